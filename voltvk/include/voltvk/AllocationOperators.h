@@ -1,0 +1,47 @@
+/**
+ * Defines the global allocation operators of a module by the convention of Allocation.h. Included by
+ * exactly one source of the module, after it has defined
+ *   extern "C" void MODULE_RELEASE(void* field);
+ * and VOLTVK_MODULE_RELEASE as that function's name. operator new answers null when memory is short,
+ * so the module is compiled with -fcheck-new.
+ */
+#ifndef VOLTVK_ALLOCATIONOPERATORS_H
+#define VOLTVK_ALLOCATIONOPERATORS_H
+
+#include "voltvk/Allocation.h"
+
+#include <new>
+
+void* operator new(std::size_t size) {
+  return voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
+}
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
+}
+void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
+  return operator new(size, tag);
+}
+
+void operator delete(void* block) noexcept {
+  voltvkRelease(block);
+}
+void operator delete[](void* block) noexcept {
+  operator delete(block);
+}
+void operator delete(void* block, std::size_t) noexcept {
+  operator delete(block);
+}
+void operator delete[](void* block, std::size_t) noexcept {
+  operator delete(block);
+}
+void operator delete(void* block, const std::nothrow_t&) noexcept {
+  operator delete(block);
+}
+void operator delete[](void* block, const std::nothrow_t&) noexcept {
+  operator delete(block);
+}
+
+#endif

@@ -1,0 +1,9 @@
+/**
+ * Visibility of the storage library's interface. Everything else in the library is hidden.
+ */
+#ifndef VOLTVK_EXPORT_H
+#define VOLTVK_EXPORT_H
+
+#define VOLTVK_EXPORT __attribute__((visibility("default")))
+
+#endif

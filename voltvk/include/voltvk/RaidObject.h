@@ -1,0 +1,44 @@
+#ifndef VOLTVK_RAIDOBJECT_H
+#define VOLTVK_RAIDOBJECT_H
+
+#include "voltvk/Export.h"
+
+#include <vector>
+
+/**
+ * A node of the storage tree: the root, the tiering adapter, a drive, pool, volume or chunk.
+ *
+ * The root and the adapter live as long as the TvkLib that they come from. All other objects belong
+ * to an immutable snapshot of the configuration and stay valid, and unchanged, while the
+ * FilterCollection through which they were reached exists. No function here needs a lock.
+ */
+class VOLTVK_EXPORT RaidObject {
+public:
+  virtual ~RaidObject();
+
+  /** "Root", "Adapter", "LogicalDevice", "VirtualPool", "VirtualVolume" or "Chunk". */
+  virtual const char* getTypeName() const = 0;
+
+  /**
+   * The child with the given index; on the root, index 0 is the TvkAdapter.
+   * @return null when there is none. Not owned by the caller.
+   */
+  virtual RaidObject* getObject(unsigned long index);
+
+  /**
+   * Appends the children of the named type to out.
+   * @param deep also children of children
+   * @param ordered in the order of their addresses
+   */
+  virtual void getChildren(std::vector<RaidObject*>& out, const char* type, bool deep, bool ordered);
+
+  /** True while the policy engine runs; meaningful on the root, false elsewhere. */
+  virtual bool isPolicyEngineRunning();
+
+protected:
+  RaidObject() = default;
+  RaidObject(const RaidObject&) = default;
+  RaidObject& operator=(const RaidObject&) = default;
+};
+
+#endif

@@ -1,0 +1,72 @@
+#ifndef VOLTVK_SPECS_H
+#define VOLTVK_SPECS_H
+
+#include "voltvk/Export.h"
+
+#include <cstdint>
+
+/** Sizes of the text fields, with the terminating NUL. */
+constexpr unsigned int TVK_NAME_SIZE = 32;
+constexpr unsigned int TVK_DESCRIPTION_SIZE = 64;
+/** Drives that one request can name, since they are named in 8 bits. */
+constexpr unsigned int TVK_SPEC_DEVICES = 256;
+/** Pools that a volume stands on. */
+constexpr unsigned int TVK_SPEC_POOLS = 2;
+/** An identifier that no pool or volume has. */
+constexpr std::uint32_t TVK_NO_ID = 0xFFFFFFFFU;
+
+/**
+ * Says what is wanted of a pool. A plain record without ownership; the library validates it.
+ * In createVirtualPool every field counts; in modifyVirtualPool name, description and tierLevel, and
+ * what is empty (tier level 0) stays as it is; as the SSD side of createCachedLD poolId and
+ * capacityInSectors.
+ */
+struct VOLTVK_EXPORT VirtualPoolSpec {
+  VirtualPoolSpec();
+
+  std::uint32_t poolId;      ///< TVK_NO_ID when not given; set by createVirtualPool
+  char name[TVK_NAME_SIZE];  ///< UTF-8, NUL-terminated
+  bool nameTooLong;          ///< the caller's text did not fit: the library refuses it
+  char description[TVK_DESCRIPTION_SIZE];
+  bool descriptionTooLong;
+  std::uint32_t numLogicalDevices;  ///< how many drives the caller announced
+  std::uint32_t numDeviceNumbers;   ///< how many are listed (a larger count than fits is refused)
+  std::uint8_t deviceNumbers[TVK_SPEC_DEVICES];
+  std::uint64_t capacityInSectors;   ///< rounded up to whole chunks
+  std::uint64_t chunkSizeInSectors;  ///< one of the supported chunk sizes
+  std::uint8_t tierLevel;            ///< TvkTierLevel
+  std::uint32_t poolFlag;            ///< TvkPoolType
+};
+
+/** One pool of a volume and what to take from it. */
+struct VirtualPoolEntry {
+  std::uint32_t poolId;
+  std::uint64_t capacityInSectors;
+};
+
+/**
+ * Says what is wanted of a volume. In modifyVirtualVolume name, description and knobSetting count,
+ * and what is empty (knob 0) stays as it is.
+ */
+struct VOLTVK_EXPORT VirtualVolumeSpec {
+  VirtualVolumeSpec();
+  ~VirtualVolumeSpec();
+
+  std::uint32_t volumeId;  ///< set by createVirtualVolume
+  char name[TVK_NAME_SIZE];
+  bool nameTooLong;
+  char description[TVK_DESCRIPTION_SIZE];
+  bool descriptionTooLong;
+  std::uint64_t capacityInSectors;  ///< requested capacity of the volume
+  VirtualPoolEntry pools[TVK_SPEC_POOLS];
+  std::uint32_t numValidPools;  ///< how many pools the caller announced
+  std::uint32_t numPoolIds;     ///< how many identifiers were listed (may exceed the array)
+  std::uint32_t numPoolSizes;   ///< how many sizes were listed (may exceed the array)
+  std::uint8_t featureType1;    ///< TvkVolumeType
+  std::uint32_t knobSetting;    ///< TvkKnob
+};
+
+/** Copies a text into a fixed field, NUL-terminated. @return false when it had to be cut. */
+VOLTVK_EXPORT bool tvkSetText(char* field, unsigned int fieldSize, const char* text);
+
+#endif

@@ -1,0 +1,80 @@
+#ifndef VOLTVK_TVKADAPTER_H
+#define VOLTVK_TVKADAPTER_H
+
+#include "voltvk/RaidObject.h"
+#include "voltvk/Ret.h"
+#include "voltvk/Specs.h"
+#include "voltvk/UserStatistics.h"
+#include "voltvk/VolEvent.h"
+
+#include <cstdint>
+
+/** What the adapter can do and how much of it. Tables are indexed by the enumerations' values. */
+struct TvkAdapterIdentity {
+  const char* name;  ///< never null, lasts as long as the library
+  std::uint16_t majorRevision;
+  std::uint16_t minorRevision;
+  std::uint16_t buildRevision;
+  std::uint32_t featureSupport[8];           ///< index 1 to 7: 1 supported, 0 not
+  std::uint32_t adjustmentSupport[9];        ///< index 1 to 8
+  std::uint32_t chunkSizeSupport[11];        ///< index 1 to 10
+  std::uint64_t maxVolumeSizeInSectors[10];  ///< index 1 to 9; element 0: the largest of all
+  std::uint8_t maxTierLevels;
+  std::uint8_t maxVolumes;
+  std::uint8_t maxTiers;
+  std::uint8_t maxLogicalDevices;
+  std::uint8_t maxLogicalDevicesPerPool;
+  std::uint64_t minTotalPoolSizeInSectors;
+  std::uint64_t minRequiredSizeFromPoolInSectors;
+  std::uint8_t plusEnabled;
+  std::uint8_t logicalDevicesCount;
+  std::uint8_t virtualPoolCount;
+  std::uint8_t virtualVolumeCount;
+};
+
+/**
+ * The tiering adapter: changes of the configuration, statistics and events.
+ *
+ * Every operation may be called from any thread and from several processes on the same state. A
+ * change is whole or not there. A refusal changes nothing and has a TvkStatus of its own; besides
+ * those named, every operation can answer TVK_NO_DRIVER, TVK_NO_ADAPTER, TVK_INTERNAL and TVK_BUSY.
+ * With an injected fault an operation may throw std::runtime_error.
+ *
+ * An adapter constructed by a caller works on the same state as the library's own.
+ */
+class VOLTVK_EXPORT TvkAdapter : public RaidObject {
+public:
+  TvkAdapter();
+  ~TvkAdapter() override;
+  TvkAdapter(const TvkAdapter&) = delete;
+  TvkAdapter& operator=(const TvkAdapter&) = delete;
+
+  virtual Ret modifyVirtualVolume(std::uint32_t volumeId, VirtualVolumeSpec& spec);
+  virtual Ret flushVirtualVolume(std::uint32_t volumeId);
+  virtual Ret deleteVirtualPool(std::uint32_t poolId);
+  virtual Ret modifyVirtualPool(std::uint32_t poolId, const VirtualPoolSpec& spec);
+  virtual Ret resetVirtualVolumeStats(std::uint32_t volumeId);
+  virtual Ret createVirtualVolume(VirtualVolumeSpec& spec);
+  virtual Ret deleteVirtualVolume(std::uint32_t volumeId);
+  virtual Ret getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId);
+  virtual Ret createVirtualPool(VirtualPoolSpec& spec);
+
+  /** Appends the events since the last fetch of this process, oldest first. */
+  virtual Ret getEvents(VolEventCollection& events);
+
+  /** Fills the identity, limits and counts; the counts are those of the current state. */
+  virtual Ret getIdentity(TvkAdapterIdentity& identity);
+
+  /**
+   * Makes a cached volume on one hard disk: the internal pool on that drive and the volume, both or
+   * neither. hddPool.poolId and volume.volumeId are set.
+   */
+  Ret createCachedLD(VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume);
+
+  const char* getTypeName() const override;
+};
+
+/** The adapter as the name builder of the product knows it. */
+using Adapter = TvkAdapter;
+
+#endif

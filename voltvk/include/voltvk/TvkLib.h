@@ -1,0 +1,50 @@
+#ifndef VOLTVK_TVKLIB_H
+#define VOLTVK_TVKLIB_H
+
+#include "voltvk/RaidObject.h"
+#include "voltvk/Ret.h"
+
+#include <memory>
+
+/** The driver as such: is it there. */
+class VOLTVK_EXPORT VolLib {
+public:
+  virtual ~VolLib();
+  VolLib(const VolLib&) = delete;
+  VolLib& operator=(const VolLib&) = delete;
+
+  /** Re-reads the configuration when it has changed. Callers see it in collections made later. */
+  virtual Ret refreshConfiguration() = 0;
+
+  /** Stores the number of controllers; 0 means that the driver is not available. */
+  Ret getControllerCount(unsigned long& count);
+
+protected:
+  VolLib() = default;
+};
+
+/**
+ * The top object of the storage library. Opens the state at construction: $VOLTVK_STATE, else
+ * /var/lib/voltvk/state.db, made on first use. A state that cannot be used leaves the object without
+ * a driver; getOpenError says why. Several objects of one process share one state; every function
+ * may be called from any thread.
+ */
+class VOLTVK_EXPORT TvkLib : public VolLib {
+public:
+  TvkLib();
+  ~TvkLib() override;
+
+  Ret refreshConfiguration() override;
+
+  /** The root of the storage tree, owned by this object; never null. */
+  RaidObject* getRootObject();
+
+  /** Why there is no driver, for an administrator; empty when there is one. Lasts as long as this. */
+  const char* getOpenError();
+
+private:
+  struct State;
+  std::unique_ptr<State> m_state;
+};
+
+#endif

@@ -1,0 +1,22 @@
+#ifndef VOLTVK_USERSTATISTICS_H
+#define VOLTVK_USERSTATISTICS_H
+
+#include <cstdint>
+
+/** I/O and placement counters of one volume, in the driver's record layout. All counts, no units. */
+struct d_ioctl_user_stat {
+  std::uint64_t ssdTotalChunks;  ///< chunks of the volume that lie on the SSD pool
+  std::uint64_t ssdExtraChunks;  ///< SSD chunks that the volume may still take
+  std::uint64_t hddTotalChunks;  ///< chunks of the volume that lie on the hard-disk pool
+  std::uint64_t readIoCount;
+  std::uint64_t writeIoCount;
+  std::uint64_t sequentialIoCount;
+  std::uint64_t randomIoCount;
+  std::uint64_t ssdReadIoCount;   ///< reads served from SSD chunks
+  std::uint64_t ssdWriteIoCount;  ///< writes taken by SSD chunks
+  std::uint64_t chunkSize;        ///< sectors of 512 bytes
+  std::uint64_t totalChunks;
+  std::uint32_t feature;  ///< the volume's feature bits
+};
+
+#endif

@@ -1,0 +1,36 @@
+#ifndef VOLTVK_VIRTUALPOOL_H
+#define VOLTVK_VIRTUALPOOL_H
+
+#include "voltvk/RaidObject.h"
+
+#include <cstdint>
+
+/** Tier level of a pool, and so the kind of its drives. */
+enum TvkTierLevel : std::uint8_t { TVK_TIER_HDD = 1, TVK_TIER_SSD = 3 };
+
+/** Pool types; a pool flag of an internal pool is this number. */
+enum TvkPoolType : std::uint32_t { TVK_POOL_USER = 0, TVK_POOL_INTERNAL = 16 };
+
+/** State of a pool or a volume: 1 good, 2 degraded (a drive is missing). */
+enum TvkHealth : std::uint8_t { TVK_HEALTH_GOOD = 1, TVK_HEALTH_DEGRADED = 2 };
+
+/** A pool of drives of one kind. Its children of type "Chunk" are its extents on the drives. */
+class VOLTVK_EXPORT VirtualPool : public RaidObject {
+public:
+  ~VirtualPool() override;
+
+  virtual const char* getName() const = 0;         ///< 1 to 31 bytes of UTF-8
+  virtual const char* getDescription() const = 0;  ///< 0 to 63 bytes of UTF-8
+  virtual std::uint32_t getPoolId() const = 0;
+  virtual std::uint32_t getPoolStatus() const = 0;  ///< TvkHealth
+  virtual std::uint8_t getNumberOfLogicalDevices() const = 0;
+  virtual std::uint8_t getNumberOfVirtualVolumes() const = 0;
+  virtual std::uint64_t getChunkSize() const = 0;  ///< sectors of 512 bytes
+  virtual std::uint8_t getTierLevel() const = 0;   ///< TvkTierLevel
+  virtual std::uint64_t getCapacityInSectors() const = 0;
+  virtual std::uint64_t getUsedCapacityInSectors() const = 0;
+  virtual std::uint8_t getHardDiskFlag() const = 0;  ///< 0 for a pool of SSDs, 1 for hard disks
+  virtual bool isInternal() const = 0;               ///< made for a cached drive
+};
+
+#endif

@@ -1,0 +1,46 @@
+#ifndef VOLTVK_VIRTUALVOLUME_H
+#define VOLTVK_VIRTUALVOLUME_H
+
+#include "voltvk/RaidObject.h"
+
+#include <cstdint>
+
+/** Kind of a volume: tiered spans its pools, cached uses the SSD pool as a cache of the other. */
+enum TvkVolumeType : std::uint8_t { TVK_VOLUME_TIERED = 1, TVK_VOLUME_CACHED = 2 };
+
+/** How a cached volume writes. */
+enum TvkCacheMode : std::uint8_t {
+  TVK_CACHE_NONE = 0,
+  TVK_CACHE_WRITE_THROUGH = 1,
+  TVK_CACHE_WRITE_BACK = 2
+};
+
+/** How eagerly chunks are fetched and flushed. */
+enum TvkKnob : std::uint8_t { TVK_KNOB_AGGRESSIVE = 1, TVK_KNOB_NORMAL = 2, TVK_KNOB_PASSIVE = 3 };
+
+/** A volume built from pools. Its children of type "Chunk" are its extents on the pools. */
+class VOLTVK_EXPORT VirtualVolume : public RaidObject {
+public:
+  ~VirtualVolume() override;
+
+  virtual const char* getName() const = 0;         ///< 1 to 31 bytes of UTF-8
+  virtual const char* getDescription() const = 0;  ///< 0 to 63 bytes of UTF-8
+  virtual std::uint32_t getVolumeId() const = 0;
+  virtual std::uint8_t getVirtualPoolsCount() const = 0;
+  virtual std::uint32_t getFeatures() const = 0;       ///< bit 1 cache, bit 2 tier
+  virtual std::uint8_t getVolumeType() const = 0;      ///< TvkVolumeType
+  virtual std::uint8_t getCacheMode() const = 0;       ///< TvkCacheMode
+  virtual std::uint32_t getMaxMoveChunks() const = 0;  ///< chunks moved per policy round
+  virtual std::uint32_t getMoveThreshold() const = 0;  ///< accesses after which a chunk is hot
+  virtual std::uint32_t getStatsSetting() const = 0;   ///< 1 statistics are kept
+  virtual std::uint32_t getNumberOfVirtualPoolsSupported() const = 0;
+  virtual std::uint16_t getDeviceNumber() const = 0;
+  virtual std::uint8_t getState() const = 0;        ///< TvkHealth
+  virtual std::uint8_t getKnobSetting() const = 0;  ///< TvkKnob
+  virtual std::uint64_t getCapacityInSectors() const = 0;
+};
+
+/** The tiering product's own name for its volumes. */
+using TvkVirtualVolume = VirtualVolume;
+
+#endif

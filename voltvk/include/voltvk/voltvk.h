@@ -1,0 +1,17 @@
+/** Everything of the storage library's interface. */
+#ifndef VOLTVK_VOLTVK_H
+#define VOLTVK_VOLTVK_H
+
+#include "voltvk/Chunk.h"
+#include "voltvk/FilterCollection.h"
+#include "voltvk/LogicalDevice.h"
+#include "voltvk/Ret.h"
+#include "voltvk/Specs.h"
+#include "voltvk/TvkAdapter.h"
+#include "voltvk/TvkLib.h"
+#include "voltvk/UserStatistics.h"
+#include "voltvk/VirtualPool.h"
+#include "voltvk/VirtualVolume.h"
+#include "voltvk/VolEvent.h"
+
+#endif
