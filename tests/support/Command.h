@@ -1,0 +1,264 @@
+#ifndef TESTS_SUPPORT_COMMAND_H
+#define TESTS_SUPPORT_COMMAND_H
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace tvp::test {
+
+/** A folder of its own for one test, removed with everything in it. */
+class TemporaryFolder {
+public:
+  TemporaryFolder() {
+    std::string name = (std::filesystem::temp_directory_path() / "tvp-test-XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) {
+      throw std::runtime_error("cannot make a temporary folder: " + name);
+    }
+    m_path = name;
+  }
+  ~TemporaryFolder() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_path, ignored);
+  }
+  TemporaryFolder(const TemporaryFolder&) = delete;
+  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+  const std::filesystem::path& path() const { return m_path; }
+  /** The path of a file in the folder. */
+  std::string file(const std::string& name) const { return (m_path / name).string(); }
+
+private:
+  std::filesystem::path m_path;
+};
+
+/** What a command left behind. */
+struct CommandResult {
+  int exitStatus = -1;    ///< -1 when the command did not end by itself
+  int signal = 0;         ///< the signal that ended it, or 0
+  bool timedOut = false;  ///< the time limit ran out and the command was killed
+  std::string out;
+  std::string err;
+};
+
+/** A command that runs beside the test. Killed by the destructor when it still runs. Not thread-safe. */
+class RunningCommand {
+public:
+  using Clock = std::chrono::steady_clock;
+
+  RunningCommand(pid_t child, int out, int err, std::chrono::milliseconds limit)
+      : m_child(child), m_out(out), m_err(err), m_deadline(Clock::now() + limit) {}
+  RunningCommand(const RunningCommand&) = delete;
+  RunningCommand& operator=(const RunningCommand&) = delete;
+  ~RunningCommand() {
+    if (m_child > 0) {
+      ::kill(m_child, SIGKILL);
+      ::waitpid(m_child, nullptr, 0);
+    }
+    closeEnd(m_out);
+    closeEnd(m_err);
+  }
+
+  /** Reads until the text has come on standard output or error; false when the command ended without it
+   *  or the time limit ran out. */
+  bool waitFor(const std::string& text) {
+    while (m_result.out.find(text) == std::string::npos && m_result.err.find(text) == std::string::npos) {
+      if (!readMore()) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  void signal(int number) const { ::kill(m_child, number); }
+  pid_t id() const { return m_child; }
+  /** What has been read so far. */
+  const CommandResult& soFar() const { return m_result; }
+
+  /** Waits for the end, with the time limit; a command that is late is killed. */
+  CommandResult finish() {
+    while (readMore()) {
+    }
+    int status = 0;
+    bool ended = ::waitpid(m_child, &status, WNOHANG) == m_child;
+    while (!ended && !m_result.timedOut) {
+      ::poll(nullptr, 0, 2);
+      ended = ::waitpid(m_child, &status, WNOHANG) == m_child;
+      m_result.timedOut = !ended && Clock::now() >= m_deadline;
+    }
+    if (!ended) {
+      ::kill(m_child, SIGKILL);
+      ::waitpid(m_child, &status, 0);
+    }
+    m_child = -1;
+    m_result.exitStatus = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    m_result.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+    return m_result;
+  }
+
+private:
+  static void closeEnd(int& end) {
+    if (end >= 0) {
+      ::close(end);
+      end = -1;
+    }
+  }
+
+  static void take(int& end, short events, std::string& text) {
+    if (events == 0) {
+      return;
+    }
+    char buffer[65536];
+    const ssize_t count = ::read(end, buffer, sizeof buffer);
+    if (count > 0) {
+      text.append(buffer, static_cast<std::size_t>(count));
+    } else if (count == 0 || errno != EINTR) {
+      closeEnd(end);  // also EIO: how a terminal says that its other side is gone
+    }
+  }
+
+  bool readMore() {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(m_deadline - Clock::now());
+    if (m_out < 0 && m_err < 0) {
+      return false;
+    }
+    pollfd ends[2] = {{m_out, POLLIN, 0}, {m_err, POLLIN, 0}};
+    if (left.count() <= 0 || ::poll(ends, 2, static_cast<int>(left.count())) == 0) {
+      m_result.timedOut = true;
+      return false;
+    }
+    take(m_out, ends[0].revents, m_result.out);
+    take(m_err, ends[1].revents, m_result.err);
+    return true;
+  }
+
+  pid_t m_child;
+  int m_out;
+  int m_err;
+  Clock::time_point m_deadline;
+  CommandResult m_result;
+};
+
+/**
+ * A command line with its environment. The environment is the test's own with the changes asked for.
+ *
+ *   CommandResult result = Command({TVP_BINARY_DIR "/bin/tvpcim", "drives"}).with("VOLTVK_STATE",
+ * file).run();
+ */
+class Command {
+public:
+  explicit Command(std::vector<std::string> arguments) : m_arguments(std::move(arguments)) {}
+
+  Command& with(const std::string& name, const std::string& value) {
+    m_set[name] = value;
+    return *this;
+  }
+  Command& without(const std::string& name) {
+    m_unset.push_back(name);
+    return *this;
+  }
+  /** The time after which the command is killed; 60 seconds when not given. */
+  Command& limit(std::chrono::milliseconds time) {
+    m_limit = time;
+    return *this;
+  }
+  /** Standard output becomes a terminal of so many columns. */
+  Command& terminal(unsigned short columns) {
+    m_columns = columns;
+    return *this;
+  }
+
+  /** Starts the command; standard input is empty. @throws std::runtime_error when there is no process to be
+   * had. */
+  RunningCommand start() const {
+    int out[2] = {-1, -1};
+    int err[2] = {-1, -1};
+    winsize size{};
+    size.ws_row = 25;
+    size.ws_col = m_columns;
+    const bool opened = m_columns == 0 ? ::pipe2(out, O_CLOEXEC) == 0
+                                       : ::openpty(&out[0], &out[1], nullptr, nullptr, &size) == 0 &&
+                                             ::fcntl(out[0], F_SETFD, FD_CLOEXEC) == 0;
+    if (!opened || ::pipe2(err, O_CLOEXEC) != 0) {
+      throw std::runtime_error("no pipe to be had");
+    }
+    // Everything that allocates is done before the fork: the test may have other threads.
+    std::vector<std::string> environment = makeEnvironment();
+    std::vector<char*> environmentPointers = pointers(environment);
+    std::vector<std::string> arguments = m_arguments;
+    std::vector<char*> argumentPointers = pointers(arguments);
+    const pid_t child = ::fork();
+    if (child < 0) {
+      throw std::runtime_error("no process to be had");
+    }
+    if (child == 0) {
+      const int null = ::open("/dev/null", O_RDONLY);
+      ::dup2(null, STDIN_FILENO);
+      ::dup2(out[1], STDOUT_FILENO);
+      ::dup2(err[1], STDERR_FILENO);
+      ::execve(argumentPointers[0], argumentPointers.data(), environmentPointers.data());
+      ::_exit(127);
+    }
+    ::close(out[1]);
+    ::close(err[1]);
+    return RunningCommand(child, out[0], err[0], m_limit);
+  }
+
+  /** Starts the command and waits for its end. */
+  CommandResult run() const { return start().finish(); }
+
+private:
+  std::vector<std::string> makeEnvironment() const {
+    std::map<std::string, std::string> values;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+      const std::string text = *entry;
+      const std::size_t equals = text.find('=');
+      values[text.substr(0, equals)] = equals == std::string::npos ? "" : text.substr(equals + 1);
+    }
+    for (const std::string& name : m_unset) {
+      values.erase(name);
+    }
+    for (const auto& [name, value] : m_set) {
+      values[name] = value;
+    }
+    std::vector<std::string> environment;
+    for (const auto& [name, value] : values) {
+      environment.push_back(name + "=" + value);
+    }
+    return environment;
+  }
+
+  static std::vector<char*> pointers(std::vector<std::string>& texts) {
+    std::vector<char*> result;
+    for (std::string& text : texts) {
+      result.push_back(text.data());
+    }
+    result.push_back(nullptr);
+    return result;
+  }
+
+  std::vector<std::string> m_arguments;
+  std::map<std::string, std::string> m_set;
+  std::vector<std::string> m_unset;
+  std::chrono::milliseconds m_limit{60000};
+  unsigned short m_columns = 0;
+};
+
+}  // namespace tvp::test
+
+#endif
