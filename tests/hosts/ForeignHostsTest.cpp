@@ -1,0 +1,52 @@
+// The provider must live in processes that it knows nothing about. Each host runs the whole life: load,
+// enumerate, create a pool, receive its event, terminating clean-up, unload.
+#include "support/Command.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using tvp::test::Command;
+using tvp::test::CommandResult;
+using tvp::test::TemporaryFolder;
+
+struct HostCase {
+  const char* name;
+  const char* program;
+  bool otherPluginFirst;
+};
+
+class ForeignHosts : public testing::TestWithParam<HostCase> {};
+
+TEST_P(ForeignHosts, RunTheWholeLife) {
+  const TemporaryFolder folder;
+  const std::string state = folder.file("state.db");
+  const CommandResult added = Command({TVP_BINARY_DIR "/bin/voltvkctl", "-o", "json", "drive", "add",
+                                       "--type", "hdd", "--size", "100GiB"})
+                                  .with("VOLTVK_STATE", state)
+                                  .run();
+  ASSERT_EQ(added.exitStatus, 0) << added.err;
+  const std::size_t number = added.out.find("\"number\"");
+  ASSERT_NE(number, std::string::npos) << added.out;
+  const std::size_t digits = added.out.find_first_of("0123456789", number);
+
+  std::vector<std::string> line = {std::string(TVP_BINARY_DIR "/bin/") + GetParam().program,
+                                   TVP_BINARY_DIR "/lib/libtarvexProProvider.so"};
+  if (GetParam().otherPluginFirst) {
+    line.emplace_back(TVP_BINARY_DIR "/lib/libother_plugin.so");
+  }
+  const CommandResult life =
+      Command(line).with("VOLTVK_STATE", state).with("TINY_HOST_DRIVE", added.out.substr(digits, 3)).run();
+  EXPECT_EQ(life.signal, 0);
+  EXPECT_EQ(life.exitStatus, 0) << life.err;
+  EXPECT_NE(life.out.find("a full life"), std::string::npos) << life.out;
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ForeignHosts,
+                         testing::Values(HostCase{"InC", "tiny_c_host", false},
+                                         HostCase{"InCAfterAnotherPlugin", "tiny_c_host", true},
+                                         HostCase{"InCpp", "tiny_cpp_host", false},
+                                         HostCase{"InCppAfterAnotherPlugin", "tiny_cpp_host", true}),
+                         [](const testing::TestParamInfo<HostCase>& host) { return host.param.name; });
+
+}  // namespace
