@@ -1,0 +1,122 @@
+#ifndef BACKEND_TARVEXPROEVENTMANAGER_H
+#define BACKEND_TARVEXPROEVENTMANAGER_H
+
+#include "oslib/KVSMutex.h"
+#include "oslib/KVSThread.h"
+#include "voltvk/VolEvent.h"
+
+#include <atomic>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace tvp::cim::fwf {
+
+class TvproEventManager;
+
+/** Destroys the event manager, and with it the listener, when the library is unloaded. */
+class TvproEventManagerCleanUp {
+public:
+  TvproEventManagerCleanUp();
+  ~TvproEventManagerCleanUp();
+  TvproEventManagerCleanUp(const TvproEventManagerCleanUp&) = delete;
+  TvproEventManagerCleanUp& operator=(const TvproEventManagerCleanUp&) = delete;
+
+  /** Remembers what to destroy; the first one stays. */
+  void SetInstance(TvproEventManager* instance);
+
+private:
+  TvproEventManager* m_instance;
+};
+
+/**
+ * Watches the storage library for events: one thread fetches them every five seconds, words each from
+ * the description catalogue, drops those of internal pools and sends the rest as indications. It also
+ * reports when the policy engine starts or stops.
+ *
+ * getInstance, initEventListener and terminateEventListener may be called from any thread; everything
+ * else belongs to the listener thread.
+ */
+class TvproEventManager {
+public:
+  /** @param policyEngineRunning the state from which the first change is told */
+  explicit TvproEventManager(bool policyEngineRunning);
+  /** Stops the listener when it runs. */
+  virtual ~TvproEventManager();
+  TvproEventManager(const TvproEventManager&) = delete;
+  TvproEventManager& operator=(const TvproEventManager&) = delete;
+
+  /** The singleton, made on first use; null when that failed. */
+  static TvproEventManager* getInstance();
+
+  /** Starts the listener thread if none runs. @return false when it cannot be made (logged) */
+  bool initEventListener();
+
+  /**
+   * Stops the listener for good and waits for it, up to five seconds. Without a running listener it
+   * only keeps one from polling later. @return true
+   */
+  bool terminateEventListener();
+
+  /** The listener's loop; returns when the listener is to stop. */
+  void pollForEvent();
+
+  /** One round of the loop: fetches, words and sends the new events and looks at the policy engine. */
+  void pollOnce();
+
+  /**
+   * Replaces the event's description by the catalogue's text with the event's arguments filled in,
+   * cut to the size of the field at a character boundary.
+   * @param skip set when the event concerns an internal pool and is not to be sent
+   * @return false when the catalogue has no text; the description is left as it was
+   */
+  bool getEventdescription(VolEvent* event, bool& skip);
+
+  /** Rewrites the arguments and puts them in the place of "{0}" to "{9}" in text. */
+  void parse(std::string& text, std::vector<std::string>& args, unsigned int code, bool& skip);
+
+  /** Turns arguments into readable words and sizes, as the event code asks. @param skip as above */
+  void rephraseEventDescription(std::vector<std::string>& args, unsigned int code, bool& skip);
+
+  /** The text without leading and trailing blanks and tabs. */
+  static std::string trim(std::string text);
+
+  /** Sends one event as an indication. */
+  void SendEventIndication(VolEvent* event);
+
+  /** Sends an event when the policy engine has started or stopped since the last call. */
+  void reportPolicyEngineEvent();
+
+private:
+  friend class TvproEventManagerCleanUp;
+
+  static std::atomic<TvproEventManager*> pOwnInstance;
+  static KvsMutexHandle s_CreateMutex;
+  static std::atomic<bool> flagTermThread;  ///< never cleared: a stopped listener stays stopped
+  static TvproEventManagerCleanUp _cleanup;
+
+  std::atomic<KvsThreadHandle> m_listener;  ///< null when no thread runs
+  bool m_policyEngineRunning;
+  std::mutex m_listenerMutex;  ///< two callers start one thread only
+};
+
+/** Thread entry: polls until the listener is stopped. @return null */
+void* TvproEventListenerThread(void* unused);
+
+/** Directory of the description catalogue, with a final "/" . */
+std::string getEvtdescPath();
+
+/** Room for any time that formatTimeStamp writes, with the terminating NUL. */
+constexpr std::size_t TVP_TIME_STAMP_SIZE = 32;
+
+/**
+ * Writes "month/day/year hours:minutes:seconds" of the local time.
+ * @param buffer at least TVP_TIME_STAMP_SIZE bytes; null is logged and nothing is written
+ * @param time seconds since the epoch; a time that cannot be converted is logged and the current one used
+ */
+void formatTimeStamp(unsigned char* buffer, long time);
+
+}  // namespace tvp::cim::fwf
+
+#endif

@@ -1,0 +1,65 @@
+#ifndef BACKEND_TARVEXPROEXECUTE_H
+#define BACKEND_TARVEXPROEXECUTE_H
+
+#include "CIM/Framework/CIMMethodParam.h"
+#include "CIM/Framework/CIMObjectPath.h"
+
+#include <map>
+#include <string>
+
+namespace tvp::cim::fwf {
+
+/** Carries out one extrinsic method: reads in, fills out. */
+using routineFunction = unsigned int (*)(const CIMObjectPath& path, const CIMMethodParam& in,
+                                         CIMMethodParam& out);
+
+/** One entry of the routine table. */
+struct routineInfo {
+  routineFunction function;
+  unsigned int flag;  ///< 1 for the creation and deletion of volumes; kept with the entry, nothing reads it
+  std::string name;
+};
+
+/** Method names, ascending, and what carries them out. */
+using routineTable = std::map<std::string, routineInfo>;
+
+/** Adds one entry; a name that is there already keeps its routine. */
+void insertRoutine(routineTable& table, const std::string& name, routineFunction function, unsigned int flag);
+
+/** Empties the table and fills it with all routines. */
+void initializeRoutineList(routineTable& table);
+
+/**
+ * The routines. Each returns 0 for success and 3 for failure: arguments that are missing or too many
+ * (logged, no output), or a refusal by the storage library, whose status is the output "RetStat"
+ * ("ReturnCode" for TvpIfResetVirtualVolumeStats). An argument that is null, of another type or without
+ * an element reads as 0 or the empty text, which the library judges. Safe from any thread.
+ */
+unsigned int getSupportedRoutines(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int TvpIfCreateVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int TvpIfDeleteVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int TvpIfModifyVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
+                                      CIMMethodParam& out);
+unsigned int TvpIfDeleteVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
+                                      CIMMethodParam& out);
+unsigned int TvpIfModifyVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
+                                      CIMMethodParam& out);
+unsigned int TvpIfFlushVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
+                                     CIMMethodParam& out);
+unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in,
+                                        CIMMethodParam& out);
+unsigned int TvpIfResetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in,
+                                          CIMMethodParam& out);
+unsigned int TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in,
+                                        CIMMethodParam& out);
+unsigned int TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in,
+                                          CIMMethodParam& out);
+unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in,
+                                        CIMMethodParam& out);
+unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in,
+                                        CIMMethodParam& out);
+
+}  // namespace tvp::cim::fwf
+
+#endif

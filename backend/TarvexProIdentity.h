@@ -1,0 +1,17 @@
+#ifndef BACKEND_TARVEXPROIDENTITY_H
+#define BACKEND_TARVEXPROIDENTITY_H
+
+namespace tvp::cim::fwf {
+
+class tvpCIMInstanceWrapper;
+
+/**
+ * Appends the properties of the one "TVP_TarvexProIdentity" to the instance: the product, its revisions,
+ * features, limits and counts, as the storage library's adapter reports them.
+ * @return 0; 3, adding nothing, when there is no adapter or it cannot be asked (logged)
+ */
+unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper);
+
+}  // namespace tvp::cim::fwf
+
+#endif

@@ -1,0 +1,105 @@
+#ifndef BACKEND_TARVEXPROINTERFACE_H
+#define BACKEND_TARVEXPROINTERFACE_H
+
+#include "backend/TarvexProExecute.h"
+#include "oslib/KVSMutex.h"
+#include "voltvk/TvkLib.h"
+
+#include <atomic>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace tvp::cim::fwf {
+
+class TVPInterface;
+
+/**
+ * Makes the locks of TVPInterface when the library is loaded; destroys the singleton and the locks when
+ * it is unloaded.
+ */
+class TVPInterfaceCleanUp {
+public:
+  TVPInterfaceCleanUp();
+  ~TVPInterfaceCleanUp();
+  TVPInterfaceCleanUp(const TVPInterfaceCleanUp&) = delete;
+  TVPInterfaceCleanUp& operator=(const TVPInterfaceCleanUp&) = delete;
+
+  /** Remembers what to destroy; the first one stays. */
+  void SetInstance(TVPInterface* instance);
+
+private:
+  TVPInterface* m_instance;
+};
+
+/**
+ * The one gateway to the storage library: owns its top object, starts and stops the event listener and
+ * carries out the extrinsic methods by name. No operation throws. All operations may be called from any
+ * thread; calls into the storage library are not serialised here.
+ */
+class TVPInterface {
+public:
+  virtual ~TVPInterface();
+  TVPInterface(const TVPInterface&) = delete;
+  TVPInterface& operator=(const TVPInterface&) = delete;
+
+  /** The singleton, made on first use; null when that failed, and a later call tries again. */
+  static TVPInterface* getInstance();
+
+  /**
+   * Makes the storage library's top object and has it read the configuration. After a terminate it
+   * makes a new one.
+   * @param startEventListener also starts the listener thread
+   * @return 0; 3 when the listener did not start (logged as fatal)
+   */
+  unsigned int initialize(bool startEventListener, bool unused = false);
+
+  /**
+   * Stops the event listener, which takes up to its sleep of five seconds, and destroys the storage
+   * library's top object. No object of that library may be in use. Always returns 0.
+   */
+  unsigned int terminate();
+
+  /**
+   * The storage library's top object, made on first use. Owned here.
+   * @return null after terminate, until initialize is called again
+   */
+  TvkLib* getTarvexProLib();
+
+  /** Has the storage library re-read its configuration. Always returns 0; the log says why there is no
+   * driver. */
+  unsigned int GetConfig();
+
+  /**
+   * Carries out an extrinsic method.
+   * @return the routine's result (0 success, 3 failure); 1 when there is no routine of that name
+   */
+  unsigned int execute(const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in,
+                       CIMMethodParam& out);
+
+  /** Replaces names by the names of all routines, ascending. Always returns 0. */
+  unsigned int TVPGetSupportedRoutines(std::vector<std::string>& names);
+
+private:
+  friend class TVPInterfaceCleanUp;
+
+  TVPInterface();
+
+  void refreshConfiguration();
+  void reportMissingDriver(TvkLib& library);
+
+  static std::atomic<TVPInterface*> pTVPInterface;
+  static KvsMutexHandle s_CreateMutex;
+  static KvsMutexHandle tarvexProlibGuard;  ///< made and destroyed with s_CreateMutex; no operation takes it
+  static TVPInterfaceCleanUp _cleanup;
+
+  std::atomic<TvkLib*> m_library;  ///< not cleared by terminate
+  std::atomic<bool> m_released;    ///< what m_library points to is gone
+  std::mutex m_reasonMutex;
+  std::string m_reason;  ///< the last logged reason for a missing driver
+  routineTable m_routines;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif

@@ -1,0 +1,47 @@
+#ifndef BACKEND_TARVEXPROVIRTUALPOOL_H
+#define BACKEND_TARVEXPROVIRTUALPOOL_H
+
+#include "CIM/Framework/CIMInstance.h"
+
+#include <vector>
+
+class Ret;
+class VirtualPool;
+struct VirtualPoolSpec;
+
+namespace tvp::cim::fwf {
+
+class tvpCIMInstanceWrapper;
+
+/**
+ * The operations on virtual pools, each around one call of the storage library's adapter, and the CIM
+ * instances of pools and their members.
+ *
+ * The operations that take a Ret copy the library's status into it and return 0, or 3 when the status is
+ * not zero or there is no adapter. When the library throws they return 0: callers rely on that, the log
+ * tells. Nothing here throws on its own account; without state, safe from any thread.
+ */
+class TarvexProVirtualPool {
+public:
+  /** @param spec its identifier is set to that of the new pool */
+  static unsigned int CreateVirtualPool(VirtualPoolSpec& spec, Ret& ret);
+  static unsigned int ModifyVirtualPool(unsigned int poolId, const VirtualPoolSpec& spec, Ret& ret);
+  static unsigned int DeleteVirtualPool(unsigned int poolId, Ret& ret);
+
+  /**
+   * Appends one instance per chunk of the pool, with "Name" and "DeviceNumber" of the drive and
+   * "LDStartRange" and "LDEndRange" in sectors. The instances carry no class name yet.
+   * @return 0, also for an identifier that no pool has; 3 when there is no adapter
+   */
+  static unsigned int GetPoolMembers(unsigned int poolId, std::vector<CIMInstance>& members);
+
+  /**
+   * Appends the properties of a "TVP_VirtualPool" to the instance.
+   * @return 0; 3, adding nothing, for an internal pool (made for a cached drive) or a null one
+   */
+  static unsigned int InsertVirtualPoolInfo(VirtualPool* pool, tvpCIMInstanceWrapper& wrapper);
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif

@@ -1,0 +1,37 @@
+#ifndef BACKEND_TVKUTIL_H
+#define BACKEND_TVKUTIL_H
+
+#include "voltvk/TvkAdapter.h"
+#include "voltvk/VirtualVolume.h"
+
+#include <string>
+
+namespace tvp::cim::fwf {
+
+/** Kinds of objects that buildDeviceName names; every other number means an internal pool. */
+enum TvkNameKind { TVK_NAME_POOL = 1, TVK_NAME_VOLUME = 3, TVK_NAME_INTERNAL_POOL = 4 };
+
+/** Small readings of the storage library's objects and codes. Without state; safe from any thread. */
+class TvkUtil {
+public:
+  /**
+   * A free default name for a new object: "Pool%u", "Volume%u" or "InternalPool%u", numbered from the
+   * smallest number that no existing object of the sort has as its identifier. All pools count for both
+   * kinds of pools. A null adapter has no objects.
+   */
+  static std::string buildDeviceName(Adapter* adapter, int kind);
+
+  /** Kind of the volume (TvkVolumeType); 0 for a null volume. */
+  static unsigned char getVolumeType(TvkVirtualVolume* volume);
+  /** Cache mode of the volume (TvkCacheMode); 0 for a null volume. */
+  static unsigned char getCacheType(TvkVirtualVolume* volume);
+
+  /** 1 "Tiered", 2 "Cached", else "Unknown". */
+  static const char* getVolumeTypeByFeatureBit(unsigned int feature);
+  /** 1 "Aggressive", 2 "Normal", 3 "Passive", else "Unknown". */
+  static const char* getFetchFlushModeStr(unsigned int mode);
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif
