@@ -1,6 +1,8 @@
 #ifndef TESTS_SUPPORT_COMMAND_H
 #define TESTS_SUPPORT_COMMAND_H
 
+#include "support/TemporaryFolder.h"
+
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -21,31 +23,6 @@
 extern char** environ;
 
 namespace tvp::test {
-
-/** A folder of its own for one test, removed with everything in it. */
-class TemporaryFolder {
-public:
-  TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "tvp-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) {
-      throw std::runtime_error("cannot make a temporary folder: " + name);
-    }
-    m_path = name;
-  }
-  ~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_path, ignored);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  const std::filesystem::path& path() const { return m_path; }
-  /** The path of a file in the folder. */
-  std::string file(const std::string& name) const { return (m_path / name).string(); }
-
-private:
-  std::filesystem::path m_path;
-};
 
 /** What a command left behind. */
 struct CommandResult {
