@@ -1,0 +1,65 @@
+#ifndef FRAMEWORK_ABSTRACTASSOCIATIONPROVIDERPLUGIN_H
+#define FRAMEWORK_ABSTRACTASSOCIATIONPROVIDERPLUGIN_H
+
+#include "CIM/Framework/AbstractInstanceProviderPlugin.h"
+
+#include <string>
+#include <vector>
+
+namespace tvp::cim::fwf {
+
+/**
+ * A plugin for an association class. It serves the association's instances as any instance plugin
+ * does, and answers the association operations from them: a concrete class only enumerates
+ * instances that have a reference property for each end.
+ *
+ * An instance takes part when one of its scalar reference properties equals the path of the request
+ * (CIMObjectPath's equality); its other references are then the far ends. Role filters compare
+ * reference names, class filters compare class names, both without regard to case; an empty filter
+ * lets everything pass. No far end is given twice. A CIMException of the enumeration passes through.
+ */
+class AbstractAssociationProviderPlugin : public AbstractInstanceProviderPlugin {
+public:
+  /**
+   * @param associationClass class whose instances this plugin serves
+   * @param antecedent class at the antecedent end
+   * @param dependent class at the dependent end
+   */
+  AbstractAssociationProviderPlugin(std::string associationClass, std::string antecedent,
+                                    std::string dependent);
+
+  const std::string& getAssociationClassName() const { return m_associationClass; }
+  const std::string& getAntecedentName() const { return m_antecedent; }
+  const std::string& getDependentName() const { return m_dependent; }
+
+  /**
+   * The instances at the far ends, as the plugin of the far end's class gives them; for a class
+   * without a plugin, an instance that has the keys of the far end's path. Of a property list the keys
+   * are kept in any case, since they are part of the path. assocClass has chosen this plugin and is
+   * not looked at again.
+   */
+  void associators(CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+                   std::string& resultClass, std::string& role, std::string& resultRole,
+                   const char** propertyList) override;
+  void associatorNames(CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
+                       std::string& resultClass, std::string& role, std::string& resultRole) override;
+  void references(CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+                  const std::string& role) override;
+  void referencesNames(CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+                       std::vector<CIMObjectPath>& names) override;
+
+private:
+  std::vector<CIMInstance> associationInstances(const CIMObjectPath& path);
+  std::vector<CIMInstance> referencing(const CIMObjectPath& path, const std::string& resultClass,
+                                       const std::string& role);
+  std::vector<CIMObjectPath> farEnds(const CIMObjectPath& path, const std::string& resultClass,
+                                     const std::string& role, const std::string& resultRole);
+
+  std::string m_associationClass;
+  std::string m_antecedent;
+  std::string m_dependent;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif

@@ -1,0 +1,16 @@
+#ifndef FRAMEWORK_ABSTRACTEVENTPROVIDERPLUGIN_H
+#define FRAMEWORK_ABSTRACTEVENTPROVIDERPLUGIN_H
+
+#include "CIM/Framework/AbstractProviderPlugin.h"
+
+namespace tvp::cim::fwf {
+
+/** A plugin that serves events. Every operation is left to the concrete class. */
+class AbstractEventProviderPlugin : public virtual AbstractProviderPlugin {
+public:
+  ~AbstractEventProviderPlugin() override;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif

@@ -1,0 +1,21 @@
+#ifndef FRAMEWORK_ABSTRACTMETHODPROVIDERPLUGIN_H
+#define FRAMEWORK_ABSTRACTMETHODPROVIDERPLUGIN_H
+
+#include "CIM/Framework/AbstractProviderPlugin.h"
+
+namespace tvp::cim::fwf {
+
+/**
+ * A plugin that serves extrinsic methods. Inherited virtually beside AbstractInstanceProviderPlugin by
+ * classes that have both, so that such a class holds one AbstractProviderPlugin.
+ */
+class AbstractMethodProviderPlugin : public virtual AbstractProviderPlugin {
+public:
+  /** Knows no method: traces and returns FW_RC_NOT_SUPPORTED. */
+  unsigned int invokeMethod(const CIMObjectPath& path, const std::string& methodName,
+                            const CIMMethodParam& in, CIMMethodParam& out) override;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif

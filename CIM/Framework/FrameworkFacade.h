@@ -1,0 +1,96 @@
+#ifndef FRAMEWORK_FRAMEWORKFACADE_H
+#define FRAMEWORK_FRAMEWORKFACADE_H
+
+#include "CIM/Framework/AbstractProviderPlugin.h"
+#include "oslib/KVSMutex.h"
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+namespace tvp::cim::fwf {
+
+/**
+ * The one entrance to the provider framework, free of any object manager's types. Requests go through
+ * it to the plugin of their class, indications through it to the object manager's adapter.
+ *
+ * A class without a plugin is not an error: the answer is empty. Operations throw CIMException: what
+ * a plugin throws, after logging it, and code FW_RC_FAILED when there is no registry. Output vectors
+ * are appended to. Operations take no lock and may be called from several threads at once.
+ */
+class FrameworkFacade {
+public:
+  /** What takes indications for delivery. @return true when delivered */
+  using DeliverIndication = bool (*)(CIMInstance& indication);
+
+  /**
+   * The facade, made on the first call. Null when the lock cannot be taken or memory is short. The
+   * pointer is kept after the facade was deleted.
+   */
+  static FrameworkFacade* getInstance();
+
+  /** Deletes the registry, and the plugins with it. */
+  ~FrameworkFacade();
+  FrameworkFacade(const FrameworkFacade&) = delete;
+  FrameworkFacade& operator=(const FrameworkFacade&) = delete;
+
+  /** Makes the registry and its plugins; called once. @return false when there is no registry */
+  bool initialize();
+
+  void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances);
+  void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names);
+  void getCIMInstance(CIMObjectPath& path, std::vector<CIMInstance>& instances);
+  void createInstance(CIMObjectPath& path, CIMInstance& instance);
+  void modifyInstance(CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList);
+  void deleteInstance(const CIMObjectPath& path);
+
+  /** @return the method's return value; 0, without output, for a class that has no plugin */
+  unsigned int invokeMethod(const CIMObjectPath& path, std::string methodName, CIMMethodParam& in,
+                            CIMMethodParam& out);
+
+  /**
+   * The association operations; arguments as in AbstractProviderPlugin. The plugin is that of the
+   * path's class for references and referencesNames, that of assocClass for the other two. The
+   * answer is empty when it is not an association plugin.
+   */
+  void references(CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+                  const std::string& role);
+  void referencesNames(CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+                       std::vector<CIMObjectPath>& names);
+  void associators(CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+                   std::string& resultClass, std::string& role, std::string& resultRole,
+                   const char** propertyList);
+  void associatorsNames(CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
+                        std::string& resultClass, std::string& role, std::string& resultRole);
+
+  /** The plugin of the class, owned by the registry; null when there is none. */
+  AbstractProviderPlugin* getPlugIn(const std::string& className);
+  /** Replaces names with the classes that are visible in the namespace. */
+  void getAllPluginNames(std::vector<std::string>& names, std::string nameSpace);
+  /** The classes at the two ends of an association class; untouched when it is none. */
+  void getAntecedentAndDependentNames(std::string className, std::string& antecedent, std::string& dependent);
+
+  /** Sets who takes indications. @return false, keeping the earlier one, for a null callback */
+  bool registerForEvent(DeliverIndication callback);
+  void deRegisterForEvent();
+  /** Hands an indication to the registered callback. @return whether it was delivered */
+  bool notify(CIMInstance instance);
+
+private:
+  struct Operation;
+
+  FrameworkFacade();
+
+  template <typename Call>
+  void withPlugin(const Operation& operation, const std::string& className, Call call);
+  template <typename Call>
+  void withAssociationPlugin(const Operation& operation, const std::string& className, Call call);
+
+  static std::atomic<FrameworkFacade*> m_ins;
+  static KvsMutexHandle m_mutexObject;
+  static std::atomic<DeliverIndication> m_deliverIndication;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif

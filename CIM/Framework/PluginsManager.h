@@ -1,0 +1,64 @@
+#ifndef FRAMEWORK_PLUGINSMANAGER_H
+#define FRAMEWORK_PLUGINSMANAGER_H
+
+#include "CIM/Framework/AbstractProviderPlugin.h"
+#include "oslib/KVSMutex.h"
+
+#include <atomic>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tvp::cim::fwf {
+
+/**
+ * The registry of the process: which plugin serves which CIM class. It makes the plugins once and
+ * owns them. Class names are looked up without regard to case.
+ *
+ * The map is written only while the provider initialises; afterwards any thread may look up.
+ */
+class PluginsManager {
+public:
+  /**
+   * The registry, made on the first call. Null when the lock cannot be taken or memory is short. The
+   * pointer is kept after the registry was deleted: nothing may follow the provider's tear-down.
+   */
+  static PluginsManager* getInstance();
+
+  /** Deletes all plugins. */
+  ~PluginsManager();
+  PluginsManager(const PluginsManager&) = delete;
+  PluginsManager& operator=(const PluginsManager&) = delete;
+
+  /**
+   * Makes and registers the plugins of pluginTable(). A second call replaces them without deleting
+   * the earlier ones, which other threads may be in. @param selective ignored @return true
+   */
+  bool initialize(bool selective);
+
+  /**
+   * Registers one plugin and takes ownership of it; a plugin that had the key is replaced, not
+   * deleted. initialize registers every row of the table with it; a class that is not in the table
+   * is added the same way, before requests are served.
+   * @param key the class name in lower case
+   */
+  void registerPlugin(const std::string& key, AbstractProviderPlugin* plugin);
+
+  /** The plugin of the class, owned by the registry; null, with an error on the log, when none. */
+  AbstractProviderPlugin* getPlugin(std::string className);
+
+  /** The class names, in lower case and ascending order, that are visible in the namespace. */
+  std::vector<std::string> getPluginNames(std::string nameSpace);
+
+private:
+  PluginsManager();
+
+  static std::atomic<PluginsManager*> m_PluginIns;
+  static KvsMutexHandle m_Mutex;
+
+  std::map<std::string, AbstractProviderPlugin*> m_plugins;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif
