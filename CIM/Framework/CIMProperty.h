@@ -1,0 +1,200 @@
+#ifndef FRAMEWORK_CIMPROPERTY_H
+#define FRAMEWORK_CIMPROPERTY_H
+
+#include "CIM/Framework/CIMValue.h"
+
+#include <cstdint>
+#include <string>
+#include <type_traits>
+
+namespace tvp::cim::fwf {
+
+/** The kinds of CIM data in alphabetical order, scalars even, their arrays odd. */
+enum Primitive_DataType : std::uint32_t {
+  PDT_BOOLEAN = 0,
+  PDT_BOOLEAN_ARRAY = 1,
+  PDT_CHAR16 = 2,
+  PDT_CHAR16_ARRAY = 3,
+  PDT_DATETIME = 4,
+  PDT_DATETIME_ARRAY = 5,
+  PDT_REAL32 = 6,
+  PDT_REAL32_ARRAY = 7,
+  PDT_REAL64 = 8,
+  PDT_REAL64_ARRAY = 9,
+  PDT_SINT16 = 10,
+  PDT_SINT16_ARRAY = 11,
+  PDT_SINT32 = 12,
+  PDT_SINT32_ARRAY = 13,
+  PDT_SINT64 = 14,
+  PDT_SINT64_ARRAY = 15,
+  PDT_SINT8 = 16,
+  PDT_SINT8_ARRAY = 17,
+  PDT_STRING = 18,
+  PDT_STRING_ARRAY = 19,
+  PDT_UINT16 = 20,
+  PDT_UINT16_ARRAY = 21,
+  PDT_UINT32 = 22,
+  PDT_UINT32_ARRAY = 23,
+  PDT_UINT64 = 24,
+  PDT_UINT64_ARRAY = 25,
+  PDT_UINT8 = 26,
+  PDT_UINT8_ARRAY = 27,
+  PDT_REFERENCE = 28,
+  PDT_REFERENCE_ARRAY = 29,
+  PDT_INSTANCE = 30,
+  PDT_INSTANCE_ARRAY = 31
+};
+
+/**
+ * A named value: a property, a key binding or a method argument. The type code says which of the value
+ * slots holds the value; the others stay empty. Everything is owned by value.
+ *
+ * Assignment replaces name, type and flags and then assigns every slot by the rule of its CIMValue, so an
+ * empty slot of the source can leave elements in the target. Containers of properties that must end equal
+ * to their source are therefore replaced whole, never element by element.
+ *
+ * Include CIMObjectPath.h or CIMInstance.h to use the slots of those types. Different properties may be
+ * used by different threads; one property only by one at a time while it changes.
+ */
+class CIMProperty {
+public:
+  /** An empty name, all slots empty, type boolean, no flags. */
+  CIMProperty();
+
+  /**
+   * A property with its value; instantiated for all types of value except long long (a sint64 is
+   * only ever copied in). Whether the type agrees with T is not checked.
+   */
+  template <typename T, std::enable_if_t<!std::is_same_v<T, long long>, int> = 0>
+  CIMProperty(std::string name, CIMValue<T> value, bool isKey, Primitive_DataType type, bool extraFlag);
+
+  CIMProperty(const CIMProperty& other);
+  CIMProperty(CIMProperty&& other) noexcept;
+  CIMProperty& operator=(const CIMProperty& other);
+  CIMProperty& operator=(CIMProperty&& other) noexcept;
+  ~CIMProperty();
+
+  std::string getName() const { return m_name; }
+  const std::string& name() const noexcept { return m_name; }
+  void setName(std::string name) { m_name = std::move(name); }
+
+  Primitive_DataType getType() const noexcept { return m_type; }
+  void setType(Primitive_DataType type) noexcept { m_type = type; }
+
+  bool isKey() const noexcept { return m_isKey; }
+  void setKey(bool isKey) noexcept { m_isKey = isKey; }
+  bool extraFlag() const noexcept { return m_extraFlag; }
+
+  // Copies of the slots. They never look at the type: the wrong slot reads as an empty value.
+  CIMValue<bool> getBoolValue() const;
+  CIMValue<signed char> getSint8Value() const;
+  CIMValue<unsigned char> getUint8Value() const;
+  CIMValue<short> getSint16Value() const;
+  CIMValue<unsigned short> getUint16Value() const;
+  CIMValue<int> getSint32Value() const;
+  CIMValue<unsigned int> getUint32Value() const;
+  CIMValue<long long> getSint64Value() const;
+  CIMValue<unsigned long long> getUint64Value() const;
+  CIMValue<std::string> getStringValue() const;
+  CIMValue<CIMObjectPath> getObjectPathValue() const;
+  CIMValue<CIMInstance> getInstanceValue() const;
+
+  // The slots themselves, valid as long as the property lives unchanged.
+  const CIMValue<std::string>& stringSlot() const noexcept { return m_string; }
+  const CIMValue<unsigned char>& uint8Slot() const noexcept { return m_uint8; }
+  const CIMValue<signed char>& sint8Slot() const noexcept { return m_sint8; }
+  const CIMValue<unsigned short>& uint16Slot() const noexcept { return m_uint16; }
+  const CIMValue<short>& sint16Slot() const noexcept { return m_sint16; }
+  const CIMValue<unsigned int>& uint32Slot() const noexcept { return m_uint32; }
+  const CIMValue<int>& sint32Slot() const noexcept { return m_sint32; }
+  const CIMValue<float>& floatSlot() const noexcept { return m_float; }
+  const CIMValue<double>& doubleSlot() const noexcept { return m_double; }
+  const CIMValue<unsigned long long>& uint64Slot() const noexcept { return m_uint64; }
+  const CIMValue<long long>& sint64Slot() const noexcept { return m_sint64; }
+  const CIMValue<bool>& booleanSlot() const noexcept { return m_boolean; }
+  const CIMValue<CIMObjectPath>& objectPathSlot() const noexcept { return m_objectPath; }
+  const CIMValue<CIMInstance>& instanceSlot() const noexcept { return m_instance; }
+
+  /** The slot of the element type T, as stringSlot() for std::string. */
+  template <typename T>
+  const CIMValue<T>& slot() const noexcept;
+
+  /**
+   * Copies the slot that belongs to the type from another property; name, type and flags stay.
+   * @return 1
+   * @throws CIMException code 1 for the types 2, 3, 5 to 9 and from 29 on, which cannot be copied.
+   */
+  int setPropValue(Primitive_DataType type, const CIMProperty& source);
+
+  /**
+   * Whether name (exactly), type, key flag and the elements agree. Properties of the types 2 to 9 and
+   * above 28 are unequal to everything, themselves included. Array, null and extra flag do not count.
+   */
+  bool equals(const CIMProperty& other) const;
+
+  /** As equals, but names and key flags do not count. */
+  bool subclassEqualsViewclass(const CIMProperty& other) const;
+
+private:
+  template <typename Visitor>
+  static bool withSlotOf(Primitive_DataType type, Visitor&& visit);
+
+  bool equalValue(const CIMProperty& other) const;
+
+  std::string m_name;
+  Primitive_DataType m_type = PDT_BOOLEAN;
+  bool m_isKey = false;
+  bool m_extraFlag = false;
+  CIMValue<std::string> m_string;
+  CIMValue<unsigned char> m_uint8;
+  CIMValue<signed char> m_sint8;
+  CIMValue<unsigned short> m_uint16;
+  CIMValue<short> m_sint16;
+  CIMValue<unsigned int> m_uint32;
+  CIMValue<int> m_sint32;
+  CIMValue<float> m_float;
+  CIMValue<double> m_double;
+  CIMValue<unsigned long long> m_uint64;
+  CIMValue<long long> m_sint64;
+  CIMValue<bool> m_boolean;
+  CIMValue<CIMObjectPath> m_objectPath;
+  CIMValue<CIMInstance> m_instance;
+};
+
+template <typename T>
+const CIMValue<T>& CIMProperty::slot() const noexcept {
+  if constexpr (std::is_same_v<T, std::string>) {
+    return m_string;
+  } else if constexpr (std::is_same_v<T, unsigned char>) {
+    return m_uint8;
+  } else if constexpr (std::is_same_v<T, signed char>) {
+    return m_sint8;
+  } else if constexpr (std::is_same_v<T, unsigned short>) {
+    return m_uint16;
+  } else if constexpr (std::is_same_v<T, short>) {
+    return m_sint16;
+  } else if constexpr (std::is_same_v<T, unsigned int>) {
+    return m_uint32;
+  } else if constexpr (std::is_same_v<T, int>) {
+    return m_sint32;
+  } else if constexpr (std::is_same_v<T, float>) {
+    return m_float;
+  } else if constexpr (std::is_same_v<T, double>) {
+    return m_double;
+  } else if constexpr (std::is_same_v<T, unsigned long long>) {
+    return m_uint64;
+  } else if constexpr (std::is_same_v<T, long long>) {
+    return m_sint64;
+  } else if constexpr (std::is_same_v<T, bool>) {
+    return m_boolean;
+  } else if constexpr (std::is_same_v<T, CIMObjectPath>) {
+    return m_objectPath;
+  } else {
+    static_assert(std::is_same_v<T, CIMInstance>, "no slot holds this type");
+    return m_instance;
+  }
+}
+
+}  // namespace tvp::cim::fwf
+
+#endif

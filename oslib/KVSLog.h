@@ -1,0 +1,61 @@
+#ifndef OSLIB_KVSLOG_H
+#define OSLIB_KVSLOG_H
+
+#include <cstdint>
+
+/** Levels of KvsLogMsg. Every message of every level is written; unknown levels count as information. */
+enum KvsLogLevel : int {
+  KVS_LOG_FATAL = 1,
+  KVS_LOG_ERROR = 2,
+  KVS_LOG_WARNING = 3,
+  KVS_LOG_DEBUG = 4,
+  KVS_LOG_INFORMATION = 5
+};
+
+/** What the functions of the log answer. */
+enum KvsLogResult : int {
+  KVS_LOG_DONE = 0,
+  KVS_LOG_FAILED = 1,  ///< no lock, not initialised, or no log file
+  KVS_LOG_NO_MEMORY = 2,
+  KVS_LOG_MISSING_ARGUMENT = 3,
+  KVS_LOG_FULL = 5  ///< the file is larger than 10,485,759 bytes
+};
+
+// The log of the process: /var/log/MODULE.txt. It is written only while that file exists; an
+// administrator switches it on by creating the file. Every function but KvsLogInit and KvsLogUninit may
+// be called from any thread at any time; lines of different threads never mix.
+extern "C" {
+
+/**
+ * Initialises the log. The first success wins: later calls answer 0 and change nothing. Not to be called
+ * by two threads at once.
+ * @param module names the file and stands in every line; up to 10 characters.
+ * @return 0; 1 no lock; 2 no memory; 3 the module is null.
+ */
+int KvsLogInit(const char* module);
+
+/** Ends the log; no other thread may be writing. @return 0; 1 when the lock cannot be had. */
+int KvsLogUninit();
+
+/**
+ * Writes one line: time stamp, module, thread, level and the message. Message and line are cut at 511
+ * bytes. When the file exists but cannot be opened the lock stays with the calling thread (intended).
+ * @return 0; 1 nothing written; 3 the format is null; 5 the file is full.
+ */
+__attribute__((format(printf, 2, 3))) int KvsLogMsg(int level, const char* format, ...);
+
+/**
+ * Writes one trace line. With a module name over 10 characters the line breaks off, and the lock stays
+ * with the calling thread (intended).
+ * @return 0; 1 nothing written; 3 the text is null; 5 the file is full.
+ */
+int KvsTrace(const char* text);
+
+/**
+ * @param size where to store the file's size in bytes; may be null.
+ * @return 1 when something exists at the path, else 0.
+ */
+int KvsFileExists(const char* path, std::uint64_t* size);
+}
+
+#endif

@@ -1,0 +1,26 @@
+#ifndef OSLIB_KVSMETHODTRACE_H
+#define OSLIB_KVSMETHODTRACE_H
+
+#include <string>
+
+namespace tvp::cim::fwf {
+
+/**
+ * Brackets a scope with two trace lines, "ENTER : name" and "EXIT  : name"; the latter also when the
+ * scope is left by an exception. Texts over 255 bytes are cut.
+ */
+class tvpMethodTrace {
+public:
+  explicit tvpMethodTrace(const char* method);
+  ~tvpMethodTrace();
+
+  tvpMethodTrace(const tvpMethodTrace&) = delete;
+  tvpMethodTrace& operator=(const tvpMethodTrace&) = delete;
+
+private:
+  std::string m_method;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif
