@@ -1,0 +1,55 @@
+#ifndef CMPI_CMPIOBJECTGUARD_H
+#define CMPI_CMPIOBJECTGUARD_H
+
+#include "cmpimacs.h"
+
+#include <utility>
+
+namespace tvp::cim::adap::cmpi {
+
+/** Whether an encapsulated object can be called: the pointer and its handle are there. */
+template <typename Object>
+bool isObject(const Object* object) {
+  return object != nullptr && object->hdl != nullptr;
+}
+
+/**
+ * Owns one encapsulated object and releases it when the guard goes, on every path. Meant for objects
+ * made by the broker that nobody else frees in time: what is made outside a request, and what a request
+ * would otherwise keep until its end. A null object is fine.
+ */
+template <typename Object>
+class CMPIObjectGuard {
+public:
+  explicit CMPIObjectGuard(Object* object = nullptr) : m_object(object) {}
+  ~CMPIObjectGuard() { reset(); }
+  CMPIObjectGuard(CMPIObjectGuard&& other) noexcept : m_object(other.leave()) {}
+  CMPIObjectGuard& operator=(CMPIObjectGuard&& other) noexcept {
+    if (this != &other) {
+      reset();
+      m_object = other.leave();
+    }
+    return *this;
+  }
+  CMPIObjectGuard(const CMPIObjectGuard&) = delete;
+  CMPIObjectGuard& operator=(const CMPIObjectGuard&) = delete;
+
+  Object* get() const { return m_object; }
+  bool usable() const { return isObject(m_object); }
+  /** Gives the object up: the caller answers for it from now on. */
+  Object* leave() { return std::exchange(m_object, nullptr); }
+
+private:
+  void reset() {
+    if (isObject(m_object)) {
+      CMRelease(m_object);
+    }
+    m_object = nullptr;
+  }
+
+  Object* m_object;
+};
+
+}  // namespace tvp::cim::adap::cmpi
+
+#endif
