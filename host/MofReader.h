@@ -22,9 +22,9 @@ private:
 
 /**
  * Reads class declarations in MOF: comments, #pragma lines and qualifier declarations (skipped), classes
- * with qualifiers, properties (arrays, references, default values), methods with parameters, joined
- * string literals. EmbeddedInstance and EmbeddedObject make a string property an instance.
- * Instance declarations are not read: a schema file has none.
+ * with qualifiers, properties (arrays, references; initial values are read over), methods with parameters,
+ * joined string literals. EmbeddedInstance and EmbeddedObject make a string property an instance. Instance
+ * declarations are not read: a schema file has none.
  */
 class MofReader {
 public:

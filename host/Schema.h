@@ -92,7 +92,8 @@ public:
   /**
    * Adds a class with its own features; what it inherits is put before them. A superclass that is
    * not there is accepted as an external class when its name begins with "CIM_".
-   * @throws std::invalid_argument for a class that is there already or an unknown superclass.
+   * @throws std::invalid_argument for a class that is there already (also as a superclass of another)
+   * or an unknown superclass.
    */
   void add(SchemaClass added);
 
@@ -106,6 +107,9 @@ public:
   Instance emptyInstance(const ObjectPath& path) const;
 
 private:
+  const SchemaClass* superclassOf(const SchemaClass& added);
+  const SchemaClass* keep(std::unique_ptr<SchemaClass> kept);
+
   std::vector<std::unique_ptr<SchemaClass>> m_classes;
   std::unordered_map<std::string, const SchemaClass*> m_byName;  ///< lower case
 };
