@@ -1,0 +1,203 @@
+#include "oslib/KVSLog.h"
+
+#include "oslib/KVSFile.h"
+#include "oslib/KVSMutexGuard.h"
+#include "oslib/KVSPaths.h"
+#include "oslib/KVSSystem.h"
+
+#include <atomic>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <pthread.h>
+#include <string>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr std::uint64_t LARGEST_SIZE_WRITTEN_TO = 0x9FFFFF;
+constexpr std::size_t LINE_SIZE = 512;
+constexpr char DASHES[] = "----------";
+constexpr std::size_t MODULE_COLUMNS = sizeof DASHES - 1;  // module name and dashes together
+
+struct LogTarget {
+  char path[512];
+  char module[256];
+};
+
+// The state outlives static destruction: threads may log until the process is gone. It is the block's
+// owner until KvsLogUninit.
+std::atomic<int> LOGInit{0};
+std::atomic<KvsMutexHandle> g_LogMutex{nullptr};
+std::atomic<LogTarget*> g_LogMsg{nullptr};
+
+const char* tagOf(int level) {
+  switch (level) {
+  case KVS_LOG_FATAL:
+    return ":LOG_FATAL::";
+  case KVS_LOG_ERROR:
+    return ":LOG_ERROR::";
+  case KVS_LOG_WARNING:
+    return ":LOG_WARN::";
+  case KVS_LOG_DEBUG:
+    return ":LOG_DEBUG::";
+  default:
+    return ":LOG_INFO::";
+  }
+}
+
+/** Whether a line may be written, as a result code. The log lock is held. */
+int checkFile() {
+  std::uint64_t size = 0;
+  if (LOGInit.load() != 1 || KvsFileExists(g_LogMsg.load()->path, &size) == 0) {
+    return KVS_LOG_FAILED;
+  }
+  return size > LARGEST_SIZE_WRITTEN_TO ? KVS_LOG_FULL : KVS_LOG_DONE;
+}
+
+/** Opens the log for a line at its end; null when it cannot be opened. Never creates it. */
+KvsFile openAtEnd() {
+  KvsFile file(std::fopen(g_LogMsg.load()->path, "r+e"));
+  if (file) {
+    std::fseek(file.get(), 0, SEEK_END);
+  }
+  return file;
+}
+
+unsigned int threadNumber() {
+  return static_cast<unsigned int>(pthread_self());
+}
+
+std::string pathOf(const char* module) {
+  std::string path = kvsLogDirectory();
+  if (path.empty() || path.back() != '/') {
+    path += '/';
+  }
+  return path + module + ".txt";
+}
+
+}  // namespace
+
+int KvsFileExists(const char* path, std::uint64_t* size) {
+  struct stat status {};
+  if (path == nullptr || stat(path, &status) != 0) {
+    return 0;
+  }
+  if (size != nullptr) {
+    *size = static_cast<std::uint64_t>(status.st_size);
+  }
+  return 1;
+}
+
+int KvsLogInit(const char* module) {
+  if (LOGInit.load() != 0) {
+    return KVS_LOG_DONE;
+  }
+  // An attempt that went wrong leaves its lock, which the next one uses.
+  if (g_LogMutex.load() == nullptr) {
+    g_LogMutex = KvsMutexInit();
+  }
+  if (g_LogMutex.load() == nullptr) {
+    return KVS_LOG_FAILED;
+  }
+  if (module == nullptr) {
+    return KVS_LOG_MISSING_ARGUMENT;
+  }
+  std::unique_ptr<LogTarget> target(new (std::nothrow) LogTarget{});
+  if (!target) {
+    return KVS_LOG_NO_MEMORY;
+  }
+  try {
+    std::snprintf(target->path, sizeof target->path, "%s", pathOf(module).c_str());
+  } catch (const std::bad_alloc&) {
+    return KVS_LOG_NO_MEMORY;
+  }
+  std::snprintf(target->module, sizeof target->module, "%s", module);
+  g_LogMsg = target.release();
+  LOGInit = 1;
+  KvsTrace("######OSLIB Init Suucesazful#####");  // misspelt as in every log so far (intended)
+  return KVS_LOG_DONE;
+}
+
+int KvsLogUninit() {
+  KvsMutexHandle mutex = g_LogMutex.load();
+  KvsMutexGuard lock(mutex);
+  if (!lock.locked()) {
+    return KVS_LOG_FAILED;
+  }
+  delete g_LogMsg.exchange(nullptr);
+  LOGInit = 0;
+  lock.unlock();
+  KvsMutexDelete(&mutex);
+  g_LogMutex = mutex;
+  return KVS_LOG_DONE;
+}
+
+int KvsLogMsg(int level, const char* format, ...) {
+  if (format == nullptr) {
+    return KVS_LOG_MISSING_ARGUMENT;
+  }
+  KvsMutexGuard lock(g_LogMutex.load());
+  if (!lock.locked()) {
+    return KVS_LOG_FAILED;
+  }
+  if (int refused = checkFile(); refused != KVS_LOG_DONE) {
+    return refused;
+  }
+  char message[LINE_SIZE];
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(message, sizeof message, format, arguments);
+  va_end(arguments);
+
+  KvsFile file = openAtEnd();
+  if (!file) {
+    lock.keepLocked();  // intended: unlike KvsTrace, a failed open leaves the lock with this thread
+    return KVS_LOG_FAILED;
+  }
+  const char* module = g_LogMsg.load()->module;
+  const std::size_t moduleLength = std::strlen(module);
+  if (moduleLength > MODULE_COLUMNS) {
+    return KVS_LOG_FAILED;
+  }
+  char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
+  KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
+  char line[LINE_SIZE];
+  std::snprintf(line, sizeof line, "%s[%s%s%8X]\t%s%s", timeStamp, module, DASHES + moduleLength,
+                threadNumber(), tagOf(level), message);
+  std::fprintf(file.get(), "%s\n", line);
+  return KVS_LOG_DONE;
+}
+
+int KvsTrace(const char* text) {
+  if (text == nullptr) {
+    return KVS_LOG_MISSING_ARGUMENT;
+  }
+  KvsMutexGuard lock(g_LogMutex.load());
+  if (!lock.locked()) {
+    return KVS_LOG_FAILED;
+  }
+  if (int refused = checkFile(); refused != KVS_LOG_DONE) {
+    return refused;
+  }
+  KvsFile file = openAtEnd();
+  if (!file) {
+    return KVS_LOG_FAILED;
+  }
+  char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
+  KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
+  const char* module = g_LogMsg.load()->module;
+  std::fprintf(file.get(), "%s[%s", timeStamp, module);
+  const std::size_t moduleLength = std::strlen(module);
+  if (moduleLength > MODULE_COLUMNS) {
+    // Intended: such modules are refused half-way, with the lock held and the file open.
+    static_cast<void>(file.release());
+    lock.keepLocked();
+    return KVS_LOG_FAILED;
+  }
+  // Other blanks and another tag than in the lines of KvsLogMsg (intended).
+  std::fprintf(file.get(), "%s%8X]  :LOG_INFO :: %s\n", DASHES + moduleLength, threadNumber(), text);
+  return KVS_LOG_DONE;
+}

@@ -1,0 +1,11 @@
+#ifndef OSLIB_KVSSTATUS_H
+#define OSLIB_KVSSTATUS_H
+
+/** What the functions of the platform layer answer. */
+enum KvsStatus : int {
+  KVS_DONE = 0,
+  KVS_FAILED = 1,
+  KVS_MISSING_ARGUMENT = 3  ///< a null pointer or handle
+};
+
+#endif
