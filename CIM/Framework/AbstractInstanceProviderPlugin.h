@@ -58,7 +58,7 @@ private:
 
   template <typename Append>
   void answerFromRepository(const TemplateOperation& operation, const CIMObjectPath& path, Append append);
-  CIMInstance composeInstance(const CIMInstance& object, CIMObjectPath& path);
+  CIMInstance composeInstance(const CIMInstance& object, const CIMObjectPath& path);
 };
 
 }  // namespace tvp::cim::fwf

@@ -81,6 +81,7 @@ private:
 
   FrameworkFacade();
 
+  static Operation begin(const Operation& operation);
   template <typename Call>
   void withPlugin(const Operation& operation, const std::string& className, Call call);
   template <typename Call>

@@ -1,0 +1,7 @@
+#include "CIM/Framework/AbstractEventProviderPlugin.h"
+
+namespace tvp::cim::fwf {
+
+AbstractEventProviderPlugin::~AbstractEventProviderPlugin() = default;
+
+}  // namespace tvp::cim::fwf

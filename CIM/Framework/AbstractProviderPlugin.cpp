@@ -1,0 +1,7 @@
+#include "CIM/Framework/AbstractProviderPlugin.h"
+
+namespace tvp::cim::fwf {
+
+AbstractProviderPlugin::~AbstractProviderPlugin() = default;
+
+}  // namespace tvp::cim::fwf

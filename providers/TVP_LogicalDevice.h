@@ -1,0 +1,24 @@
+#ifndef PROVIDERS_TVP_LOGICALDEVICE_H
+#define PROVIDERS_TVP_LOGICALDEVICE_H
+
+#include "CIM/Framework/AbstractInstanceProviderPlugin.h"
+
+namespace tvp::cim::fwf {
+
+/**
+ * The drives that pools can be made of, one instance each; none while there is no driver. Getting one
+ * answers the path of the request alone.
+ */
+class TVP_LogicalDevice : public AbstractInstanceProviderPlugin {
+public:
+  void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override;
+  /** Names nothing. */
+  void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) override;
+  void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) override;
+  void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
+  void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) override;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif

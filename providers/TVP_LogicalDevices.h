@@ -1,0 +1,24 @@
+#ifndef PROVIDERS_TVP_LOGICALDEVICES_H
+#define PROVIDERS_TVP_LOGICALDEVICES_H
+
+#include "CIM/Framework/AbstractInstanceProviderPlugin.h"
+
+namespace tvp::cim::fwf {
+
+/**
+ * The collection of drives: one instance of fixed content. An enumeration says 2 drives and getting it
+ * 10; clients rely on both, neither is counted.
+ */
+class TVP_LogicalDevices : public AbstractInstanceProviderPlugin {
+public:
+  void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override;
+  /** Names nothing. */
+  void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) override;
+  void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) override;
+  void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
+  void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) override;
+};
+
+}  // namespace tvp::cim::fwf
+
+#endif
