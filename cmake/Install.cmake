@@ -1,0 +1,80 @@
+# What `cmake --install` puts where. Two components: `provider` for machines with an object manager, `dev` for authors
+# of management clients. tvp-register and tvpcim find the rest from their own place, so every prefix works.
+
+set(TVP_SHARED_FOLDER ${CMAKE_INSTALL_DATADIR}/tarvexpro)
+set(TVP_ZSH_COMPLETION_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE PATH "Completions of zsh")
+find_program(TVP_GZIP gzip REQUIRED)
+
+# tvp_compress(OUTPUT_VARIABLE SOURCE NAME): NAME.gz in the build tree, without a time stamp.
+function(tvp_compress variable source name)
+  set(output ${CMAKE_BINARY_DIR}/documentation/${name}.gz)
+  add_custom_command(OUTPUT ${output} DEPENDS ${source} VERBATIM
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${CMAKE_BINARY_DIR}/documentation
+    COMMAND ${TVP_GZIP} -9nc ${source} > ${output})
+  set_property(GLOBAL APPEND PROPERTY tvp_compressed ${output})
+  set(${variable} ${output} PARENT_SCOPE)
+endfunction()
+
+# The indication class alone, for the namespace that indications are delivered in: the other classes of the schema are
+# not served there.
+function(tvp_extract_indication_class)
+  set(schema ${PROJECT_SOURCE_DIR}/schema/TVP.mof)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${schema})
+  file(READ ${schema} text)
+  string(FIND "${text}" "class TVP_CIMIndication" declaration)
+  string(SUBSTRING "${text}" 0 ${declaration} before)
+  string(FIND "${before}" "\n};" start REVERSE)
+  if(start GREATER -1)
+    math(EXPR start "${start} + 3")
+    string(SUBSTRING "${text}" ${start} -1 text)
+  endif()
+  string(FIND "${text}" "\n};" end)
+  if(declaration EQUAL -1 OR end EQUAL -1)
+    message(FATAL_ERROR "schema/TVP.mof: no class TVP_CIMIndication that ends with '};' on a line of its own")
+  endif()
+  string(SUBSTRING "${text}" 0 ${end} text)
+  string(STRIP "${text}" text)
+  file(CONFIGURE OUTPUT ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof CONTENT "@text@\n};\n" @ONLY)
+endfunction()
+
+tvp_extract_indication_class()
+configure_file(packaging/tvp-register.in ${CMAKE_BINARY_DIR}/sbin/tvp-register @ONLY
+  FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+install(TARGETS tarvexProProvider VOLTVK LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT provider)
+install(TARGETS voltvkctl RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
+install(TARGETS tvpcim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
+install(PROGRAMS ${CMAKE_BINARY_DIR}/sbin/tvp-register DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
+install(FILES schema/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
+  DESTINATION ${TVP_SHARED_FOLDER} COMPONENT provider)
+install(FILES schema/pegasus/TVPRegistration.mof DESTINATION ${TVP_SHARED_FOLDER}/pegasus COMPONENT provider)
+install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_FOLDER}/sfcb COMPONENT provider)
+# The provider reads its catalogue from this very place, whatever the prefix.
+install(FILES share/TVPEvents.properties DESTINATION /usr/VolMan COMPONENT provider)
+
+set(documentation ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-provider)
+file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
+install(FILES README.md DESTINATION ${documentation} COMPONENT provider)
+install(FILES ${pages} DESTINATION ${documentation}/docs COMPONENT provider)
+tvp_compress(changes ${PROJECT_SOURCE_DIR}/packaging/debian/changelog changelog)
+foreach(component IN ITEMS provider dev)
+  install(FILES ${changes} packaging/debian/copyright
+    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-${component} COMPONENT ${component})
+endforeach()
+
+# tvp_install_command_help(COMPONENT COMMAND SECTION): man page, and completion for bash and zsh.
+function(tvp_install_command_help component command section)
+  tvp_compress(page ${PROJECT_SOURCE_DIR}/packaging/man/${command}.${section} ${command}.${section})
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
+  install(FILES packaging/completion/${command}.bash RENAME ${command}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${component})
+  install(FILES packaging/completion/${command}.zsh RENAME _${command}
+    DESTINATION ${TVP_ZSH_COMPLETION_FOLDER} COMPONENT ${component})
+endfunction()
+
+tvp_install_command_help(provider tvp-register 8)
+tvp_install_command_help(provider voltvkctl 8)
+tvp_install_command_help(dev tvpcim 1)
+
+get_property(compressed GLOBAL PROPERTY tvp_compressed)
+add_custom_target(documentation ALL DEPENDS ${compressed})
