@@ -74,6 +74,8 @@ public:
   bool passedTimeOut(const CIMDateTime& start, const CIMDateTime& timeOut) const;
 
 private:
+  std::int64_t daysSince(const DateTime& past) const;
+
   DateTime m_dateTime;
 };
 

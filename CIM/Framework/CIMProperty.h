@@ -117,7 +117,9 @@ public:
 
   /** The slot of the element type T, as stringSlot() for std::string. */
   template <typename T>
-  const CIMValue<T>& slot() const noexcept;
+  const CIMValue<T>& slot() const noexcept {
+    return this->*memberOf<T>();
+  }
 
   /**
    * Copies the slot that belongs to the type from another property; name, type and flags stay.
@@ -136,9 +138,13 @@ public:
   bool subclassEqualsViewclass(const CIMProperty& other) const;
 
 private:
+  template <typename T>
+  static constexpr CIMValue<T> CIMProperty::*memberOf();
+
   template <typename Visitor>
   static bool withSlotOf(Primitive_DataType type, Visitor&& visit);
 
+  void assign(CIMProperty&& source) noexcept;
   bool equalValue(const CIMProperty& other) const;
 
   std::string m_name;
@@ -162,36 +168,36 @@ private:
 };
 
 template <typename T>
-const CIMValue<T>& CIMProperty::slot() const noexcept {
+constexpr CIMValue<T> CIMProperty::*CIMProperty::memberOf() {
   if constexpr (std::is_same_v<T, std::string>) {
-    return m_string;
+    return &CIMProperty::m_string;
   } else if constexpr (std::is_same_v<T, unsigned char>) {
-    return m_uint8;
+    return &CIMProperty::m_uint8;
   } else if constexpr (std::is_same_v<T, signed char>) {
-    return m_sint8;
+    return &CIMProperty::m_sint8;
   } else if constexpr (std::is_same_v<T, unsigned short>) {
-    return m_uint16;
+    return &CIMProperty::m_uint16;
   } else if constexpr (std::is_same_v<T, short>) {
-    return m_sint16;
+    return &CIMProperty::m_sint16;
   } else if constexpr (std::is_same_v<T, unsigned int>) {
-    return m_uint32;
+    return &CIMProperty::m_uint32;
   } else if constexpr (std::is_same_v<T, int>) {
-    return m_sint32;
+    return &CIMProperty::m_sint32;
   } else if constexpr (std::is_same_v<T, float>) {
-    return m_float;
+    return &CIMProperty::m_float;
   } else if constexpr (std::is_same_v<T, double>) {
-    return m_double;
+    return &CIMProperty::m_double;
   } else if constexpr (std::is_same_v<T, unsigned long long>) {
-    return m_uint64;
+    return &CIMProperty::m_uint64;
   } else if constexpr (std::is_same_v<T, long long>) {
-    return m_sint64;
+    return &CIMProperty::m_sint64;
   } else if constexpr (std::is_same_v<T, bool>) {
-    return m_boolean;
+    return &CIMProperty::m_boolean;
   } else if constexpr (std::is_same_v<T, CIMObjectPath>) {
-    return m_objectPath;
+    return &CIMProperty::m_objectPath;
   } else {
     static_assert(std::is_same_v<T, CIMInstance>, "no slot holds this type");
-    return m_instance;
+    return &CIMProperty::m_instance;
   }
 }
 
