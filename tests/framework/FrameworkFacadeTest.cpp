@@ -1,0 +1,309 @@
+// The road of a request and of an indication through the facade. Every case has the facade of its process to
+// itself.
+#include "CIM/Framework/FrameworkFacade.h"
+#include "CIM/Framework/CIMException.h"
+#include "CIM/Framework/PluginsManager.h"
+#include "CIM/Framework/Subscription.h"
+#include "RecordingPlugin.h"
+#include "ShortMemory.h"
+#include "support/AssociationFixtures.h"
+#include "support/LogCapture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+using namespace tvp::cim::fwf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using tvp::test::LogCapture;
+using tvp::test::RecordingPlugin;
+
+namespace {
+
+/** What the operations are called with. */
+struct Request {
+  CIMObjectPath path;
+  std::string assocClass;
+  CIMInstance instance;
+  std::vector<CIMInstance> instances;
+  std::vector<CIMObjectPath> paths;
+  std::vector<std::string> names;
+  std::string none;
+  CIMMethodParam in;
+  CIMMethodParam out;
+
+  explicit Request(const std::string& className)
+      : path("", "root/kvs/tvp/smi_15", className, {}), assocClass(className) {}
+};
+
+struct FacadeCase {
+  const char* logName;
+  const char* traceName;
+  const char* pluginCall;
+  const char* noRegistry;
+  std::function<void(FrameworkFacade&, Request&)> call;
+};
+
+const std::vector<FacadeCase>& operations() {
+  using F = FrameworkFacade;
+  static const std::vector<FacadeCase> cases = {
+      {"enumerateInstances", "enumerateInstances", "enumerateInstances",
+       "enumerateInstances :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.enumerateInstances(r.path, r.instances); }},
+      {"enumerateInstanceNames", "enumerateInstanceNames", "enumerateInstanceNames", "Internal Error.",
+       [](F& f, Request& r) { f.enumerateInstanceNames(r.path, r.paths); }},
+      {"getCIMInstance", "getCIMInstance", "getCIMInstance",
+       "getCIMInstance :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.getCIMInstance(r.path, r.instances); }},
+      {"createInstance", "createInstance", "createInstance",
+       "createInstance :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.createInstance(r.path, r.instance); }},
+      {"modifyInstance", "modifyInstance", "modifyInstance",
+       "modifyInstance :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.modifyInstance(r.path, r.instance, r.names); }},
+      {"deleteInstance", "deleteInstance", "deleteInstance",
+       "deleteInstance :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.deleteInstance(r.path); }},
+      {"invokeMethod", "invokeMethod", "invokeMethod Flush",
+       "invokeMethod :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.invokeMethod(r.path, "Flush", r.in, r.out); }},
+      {"references", "references", "references", "references :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.references(r.path, r.none, r.instances, r.none); }},
+      {"referencesNames", "referenceNames", "referencesNames",
+       "referencesNames :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.referencesNames(r.path, r.none, r.none, r.paths); }},
+      {"associators", "associators", "associators", "Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) {
+         f.associators(r.path, r.assocClass, r.instances, r.none, r.none, r.none, nullptr);
+       }},
+      {"associatorsNames", "associatorNames", "associatorNames",
+       "associatorsNames :: Failed to retrieve PluginManager handle.",
+       [](F& f, Request& r) { f.associatorsNames(r.path, r.assocClass, r.paths, r.none, r.none, r.none); }}};
+  return cases;
+}
+
+std::string entering(const FacadeCase& operation) {
+  return LogCapture::trace(std::string("Entering FrameworkFacade ") + operation.traceName + "()");
+}
+
+std::string exiting(const FacadeCase& operation) {
+  return LogCapture::trace(std::string("Exiting FrameworkFacade ") + operation.traceName + "()");
+}
+
+}  // namespace
+
+TEST(FrameworkFacade, handsEveryOperationToThePluginOfTheClass) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  ASSERT_TRUE(facade->initialize());
+  auto* plugin = dynamic_cast<RecordingPlugin*>(facade->getPlugIn("TVP_VIRTUALVOLUME"));
+  ASSERT_NE(nullptr, plugin);
+  LogCapture log;
+  for (const FacadeCase& operation : operations()) {
+    SCOPED_TRACE(operation.logName);
+    log.clear();
+    plugin->calls.clear();
+    Request request("TVP_VirtualVolume");
+    operation.call(*facade, request);
+    EXPECT_THAT(plugin->calls, ElementsAre(operation.pluginCall));
+    EXPECT_EQ(entering(operation), log.lines().front());
+    EXPECT_EQ(exiting(operation), log.lines().back());
+  }
+  Request request("TVP_VirtualVolume");
+  EXPECT_EQ(42U, facade->invokeMethod(request.path, "Flush", request.in, request.out));
+}
+
+TEST(FrameworkFacade, logsAndPassesOnWhatAPluginThrows) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  facade->initialize();
+  dynamic_cast<RecordingPlugin*>(facade->getPlugIn("TVP_VirtualVolume"))->fails = true;
+  LogCapture log;
+  for (const FacadeCase& operation : operations()) {
+    SCOPED_TRACE(operation.logName);
+    log.clear();
+    Request request("TVP_VirtualVolume");
+    try {
+      operation.call(*facade, request);
+      ADD_FAILURE() << "nothing was thrown";
+    } catch (const CIMException& failure) {
+      EXPECT_EQ(6U, failure.getErrCode());
+      EXPECT_EQ("100%s gone", failure.getErrMessage());
+    }
+    EXPECT_EQ(LogCapture::message(2, std::string(operation.logName) + " :: 100%s gone"), log.lines().back());
+  }
+}
+
+TEST(FrameworkFacade, answersAClassWithoutAPluginWithNothing) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  facade->initialize();
+  LogCapture log;
+  for (const FacadeCase& operation : operations()) {
+    SCOPED_TRACE(operation.logName);
+    log.clear();
+    Request request("CIM_Unknown");
+    EXPECT_NO_THROW(operation.call(*facade, request));
+    EXPECT_THAT(request.instances, IsEmpty());
+    EXPECT_THAT(request.paths, IsEmpty());
+    EXPECT_TRUE(log.has(LogCapture::message(2, "Plugin not initialized for CIM_Unknown.")));
+    EXPECT_EQ(exiting(operation), log.lines().back());
+  }
+  Request request("CIM_Unknown");
+  EXPECT_EQ(0U, facade->invokeMethod(request.path, "Flush", request.in, request.out));
+}
+
+TEST(FrameworkFacade, answersAssociationsOfAnInstancePluginWithNothing) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  facade->initialize();
+  tvp::test::registerAssociationFixtures();
+  for (const FacadeCase& operation : operations()) {
+    if (std::string(operation.traceName).find("ssociator") == std::string::npos &&
+        std::string(operation.traceName).find("reference") == std::string::npos) {
+      continue;
+    }
+    Request request("TEST_Shelf");
+    EXPECT_NO_THROW(operation.call(*facade, request)) << operation.logName;
+    EXPECT_THAT(request.instances, IsEmpty()) << operation.logName;
+    EXPECT_THAT(request.paths, IsEmpty()) << operation.logName;
+  }
+  std::string antecedent = "kept";
+  std::string dependent = "kept";
+  facade->getAntecedentAndDependentNames("TEST_Shelf", antecedent, dependent);
+  EXPECT_EQ("kept kept", antecedent + " " + dependent);
+  facade->getAntecedentAndDependentNames("Test_CONTAINS", antecedent, dependent);
+  EXPECT_EQ("TEST_Shelf TEST_Disk", antecedent + " " + dependent);
+}
+
+TEST(FrameworkFacade, saysWhatIsAskedOfAssociators) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  LogCapture log;
+  CIMObjectPath path = tvp::test::fixturePath("TEST_Shelf", "A");
+  std::string assocClass = "TEST_Contains";
+  std::string resultClass = "TEST_Disk";
+  std::string role = "Antecedent";
+  std::string resultRole = "Dependent";
+  std::vector<CIMInstance> found;
+  facade->associators(path, assocClass, found, resultClass, role, resultRole, nullptr);
+  const std::vector<std::string> lines = log.lines();
+  ASSERT_LE(8U, lines.size());
+  EXPECT_THAT(
+      std::vector<std::string>(lines.begin() + 1, lines.begin() + 8),
+      ElementsAre(
+          LogCapture::message(5, "################ FrameworkFacade::associators() ######################"),
+          LogCapture::message(5, "LHS ObjectPath = " + path.toString()),
+          LogCapture::message(5, "AssociationClass Name = TEST_Contains"),
+          LogCapture::message(5, "RHS resultClass = TEST_Disk"), LogCapture::message(5, "Role = Antecedent"),
+          LogCapture::message(5, "ResultRole = Dependent"),
+          LogCapture::message(5, "######################################################################")));
+}
+
+TEST(FrameworkFacade, failsWithoutARegistry) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  LogCapture log;
+  const tvp::test::ShortMemory shortage;
+  for (const FacadeCase& operation : operations()) {
+    SCOPED_TRACE(operation.logName);
+    log.clear();
+    Request request("TVP_VirtualVolume");
+    try {
+      operation.call(*facade, request);
+      ADD_FAILURE() << "nothing was thrown";
+    } catch (const CIMException& failure) {
+      EXPECT_EQ(1U, failure.getErrCode());
+      EXPECT_EQ(operation.noRegistry, failure.getErrMessage());
+    }
+    EXPECT_TRUE(log.has(LogCapture::message(2, std::string(operation.logName) +
+                                                   " :: Failed to retrieve PluginManager handle.")));
+    EXPECT_EQ(LogCapture::message(2, std::string(operation.logName) + " :: " + operation.noRegistry),
+              log.lines().back());
+  }
+  EXPECT_THROW(facade->getPlugIn("TVP_VirtualVolume"), CIMException);
+  EXPECT_EQ(LogCapture::message(2, "Failed to get PlugManager Object"), log.lines().back());
+  std::vector<std::string> names = {"kept"};
+  facade->getAllPluginNames(names, "root/kvs/tvp/smi_15");
+  EXPECT_THAT(names, ElementsAre("kept"));
+  EXPECT_FALSE(facade->initialize());
+  EXPECT_TRUE(log.has(LogCapture::message(5, "Failed to create PluginsManager instance")));
+  EXPECT_EQ(LogCapture::trace("Exiting FrameworkFacade initialize()"), log.lines().back());
+}
+
+TEST(FrameworkFacade, livesFromFirstUseToTearDown) {
+  LogCapture log;
+  {
+    const tvp::test::ShortMemory shortage;
+    EXPECT_EQ(nullptr, FrameworkFacade::getInstance());
+  }
+  EXPECT_THAT(log.lines(), ElementsAre(LogCapture::trace("Entering FrameworkFacade getInstance()"),
+                                       LogCapture::message(5, "Unlocked the mutex object"),
+                                       LogCapture::message(
+                                           5, "ERROR : Insufficient Memory : FrameworkFacade::getInstance")));
+  log.clear();
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  EXPECT_EQ(facade, FrameworkFacade::getInstance());
+  EXPECT_THAT(
+      log.lines(),
+      ElementsAre(LogCapture::trace("Entering FrameworkFacade getInstance()"),
+                  LogCapture::trace("Entering FrameworkFacade::FrameworkFacade()"),
+                  LogCapture::trace("Entering FrameworkFacade getInstance()"),
+                  LogCapture::message(5, "Referencing the earlier formed FrameworkFacade singleton object")));
+
+  log.clear();
+  EXPECT_TRUE(facade->initialize());
+  EXPECT_TRUE(log.has(LogCapture::message(5, "SELECTIVE INITIALIZATION ? 0.")));
+  EXPECT_TRUE(log.has(LogCapture::message(5, "FrameworkFacade : Provider Initialized successfully")));
+  std::vector<std::string> names = {"replaced"};
+  facade->getAllPluginNames(names, "root/kvs/tvp/smi_15");
+  EXPECT_THAT(names, ElementsAre("test_extra", "tvp_virtualvolume"));
+
+  log.clear();
+  delete facade;
+  EXPECT_EQ(0, RecordingPlugin::living);
+  EXPECT_EQ(LogCapture::trace("Entering FrameworkFacade::~FrameworkFacade()"), log.lines().front());
+  EXPECT_EQ(LogCapture::trace("Exiting ~FrameworkFacade()"), log.lines().back());
+  EXPECT_EQ(0U, log.count(LogCapture::message(2, "~FrameworkFacade :: Failed to delete mutex object.")));
+}
+
+namespace {
+
+int deliveries = 0;
+
+bool deliver(CIMInstance& indication) {
+  ++deliveries;
+  return indication.className() == "TVP_CIMIndication";
+}
+
+}  // namespace
+
+TEST(FrameworkFacade, deliversIndicationsOnlyToSubscribers) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  const CIMInstance indication("TVP_CIMIndication");
+  LogCapture log;
+
+  EXPECT_TRUE(facade->registerForEvent(deliver));
+  EXPECT_TRUE(log.has(LogCapture::message(4, "CALLBACK REGISTRATION Successful.")));
+  EXPECT_FALSE(facade->registerForEvent(nullptr));
+  EXPECT_TRUE(log.has(LogCapture::message(2, "_deliverIndication is NULL.")));
+
+  EXPECT_FALSE(facade->notify(indication));
+  EXPECT_EQ(0, deliveries);
+  EXPECT_EQ(LogCapture::message(2, "*###* Unable to deliver indication since no client subscription present"),
+            log.lines().back());
+
+  m_subscription.store(true);
+  EXPECT_TRUE(facade->notify(indication));
+  EXPECT_EQ(1, deliveries);
+  EXPECT_EQ(LogCapture::message(5, "FrameworkFacade::notify -> Successfully Delivered Indication"),
+            log.lines().back());
+  EXPECT_FALSE(facade->notify(CIMInstance("Other")));
+  EXPECT_EQ(LogCapture::message(2, "FrameworkFacade::notify -> Failed To Deliver Indication"),
+            log.lines().back());
+
+  log.clear();
+  facade->deRegisterForEvent();
+  EXPECT_FALSE(facade->notify(indication));
+  EXPECT_EQ(2, deliveries);
+  EXPECT_THAT(log.lines(), ElementsAre(LogCapture::trace("Entering FrameworkFacade registerForEvent()"),
+                                       LogCapture::trace("Exiting FrameworkFacade registerForEvent()"),
+                                       LogCapture::trace("Entering FrameworkFacade notify()"),
+                                       LogCapture::trace("Exiting FrameworkFacade notify()")));
+}

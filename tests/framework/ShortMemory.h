@@ -1,0 +1,19 @@
+#ifndef FRAMEWORK_SHORTMEMORY_H
+#define FRAMEWORK_SHORTMEMORY_H
+
+namespace tvp::test {
+
+/** While one lives, nothing can be allocated with new (std::nothrow), as singletons are. */
+class ShortMemory {
+public:
+  ShortMemory() { isShort = true; }
+  ~ShortMemory() { isShort = false; }
+  ShortMemory(const ShortMemory&) = delete;
+  ShortMemory& operator=(const ShortMemory&) = delete;
+
+  static bool isShort;
+};
+
+}  // namespace tvp::test
+
+#endif

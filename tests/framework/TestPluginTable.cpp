@@ -1,0 +1,15 @@
+// The classes of this program: one of the product, one of the profile classes, and one of its own.
+#include "CIM/Framework/PluginTable.h"
+#include "RecordingPlugin.h"
+
+namespace tvp::cim::fwf {
+
+PluginTable pluginTable() {
+  static const PluginTableRow rows[] = {
+      {"tvp_virtualvolume", []() -> AbstractProviderPlugin* { return new test::RecordingPlugin(); }},
+      {"tvp_registeredprofile", []() -> AbstractProviderPlugin* { return new test::RecordingPlugin(); }},
+      {"test_extra", []() -> AbstractProviderPlugin* { return new test::RecordingPlugin(); }}};
+  return {rows, 3};
+}
+
+}  // namespace tvp::cim::fwf
