@@ -59,6 +59,9 @@ public:
    */
   bool terminateEventListener();
 
+  /** Stops the listener when one runs; nothing else. */
+  void stopListener();
+
   /** The listener's loop; returns when the listener is to stop. */
   void pollForEvent();
 
@@ -108,7 +111,7 @@ void* TvproEventListenerThread(void* unused);
 std::string getEvtdescPath();
 
 /** Room for any time that formatTimeStamp writes, with the terminating NUL. */
-constexpr std::size_t TVP_TIME_STAMP_SIZE = 32;
+constexpr std::size_t TVP_TIME_STAMP_SIZE = 80;
 
 /**
  * Writes "month/day/year hours:minutes:seconds" of the local time.

@@ -40,6 +40,8 @@ struct PropertyKind<bool> : PropertyKindOf<bool, PDT_BOOLEAN> {};
 template <>
 struct PropertyKind<CIMInstance> : PropertyKindOf<CIMInstance, PDT_INSTANCE> {};
 template <>
+struct PropertyKind<std::vector<CIMInstance>> : PropertyKindOf<CIMInstance, PDT_INSTANCE_ARRAY> {};
+template <>
 struct PropertyKind<std::vector<std::string>> : PropertyKindOf<std::string, PDT_STRING_ARRAY> {};
 template <>
 struct PropertyKind<std::vector<unsigned char>> : PropertyKindOf<unsigned char, PDT_UINT8_ARRAY> {};
@@ -53,11 +55,11 @@ struct PropertyKind<std::vector<unsigned long long>> : PropertyKindOf<unsigned l
 
 /** A property of the CIM type that matches T: a scalar with one element, or an array for a vector. */
 template <typename T>
-CIMProperty makeProperty(const char* name, const T& value, bool isKey = false, bool extraFlag = false) {
+CIMProperty makeProperty(const char* name, T value, bool isKey = false, bool extraFlag = false) {
   using Kind = PropertyKind<T>;
   constexpr bool isArray = (Kind::TYPE % 2) == 1;
-  return CIMProperty(name, CIMValue<typename Kind::ElementType>(value, isArray, false), isKey, Kind::TYPE,
-                     extraFlag);
+  return CIMProperty(name, CIMValue<typename Kind::ElementType>(std::move(value), isArray, false), isKey,
+                     Kind::TYPE, extraFlag);
 }
 
 /** A date and time is carried as its text. */
@@ -83,13 +85,13 @@ public:
   /**
    * Appends a property of the CIM type that matches T: std::string, unsigned char, unsigned short,
    * unsigned int, unsigned long long, short, bool, DateAndTime, CIMInstance, or a vector of std::string,
-   * unsigned char, unsigned short, unsigned int or unsigned long long.
+   * unsigned char, unsigned short, unsigned int, unsigned long long or CIMInstance.
    * @param isKey makes the property a key of the instance
    * @param extraFlag carried along with the property
    */
   template <typename T>
-  void tvpAddProp(const char* name, const T& value, bool isKey, bool extraFlag) {
-    m_instance.addProperty(makeProperty(name, value, isKey, extraFlag));
+  void tvpAddProp(const char* name, T value, bool isKey, bool extraFlag) {
+    m_instance.addProperty(makeProperty(name, std::move(value), isKey, extraFlag));
   }
 
   /**

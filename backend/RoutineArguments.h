@@ -1,0 +1,53 @@
+#ifndef BACKEND_ROUTINEARGUMENTS_H
+#define BACKEND_ROUTINEARGUMENTS_H
+
+#include "CIM/Framework/CIMMethodParam.h"
+
+#include <cstddef>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+namespace tvp::cim::fwf {
+
+/**
+ * The input arguments of a routine: checked once, then read by name. Reading never fails: what is null,
+ * of another type or without an element gives the value that the storage library refuses. Refers to the
+ * arguments it was made for and belongs to one thread.
+ */
+class RoutineArguments {
+public:
+  /** @param routine name in log lines @param in must outlive this object */
+  RoutineArguments(const char* routine, const CIMMethodParam& in) : m_routine(routine), m_in(in) {}
+
+  /** Are there exactly these arguments? Logs what is wrong: the number first, then the first missing name. */
+  bool areExactly(std::initializer_list<const char*> names) const;
+  /** Are these among the arguments? Logs the first missing name. */
+  bool contain(std::initializer_list<const char*> names) const;
+
+  std::string text(const char* name) const;
+  unsigned char uint8(const char* name) const { return scalar<unsigned char>(name, 0); }
+  unsigned int uint32(const char* name) const { return scalar<unsigned int>(name, 0); }
+  unsigned long long uint64(const char* name) const { return scalar<unsigned long long>(name, 0); }
+  /** An identifier; TVK_NO_ID, which nothing has, where there is no value: 0 could be somebody's pool. */
+  unsigned int identifier(const char* name) const;
+
+  /** All elements of an array. */
+  template <typename T>
+  std::vector<T> array(const char* name) const;
+
+private:
+  template <typename T>
+  T scalar(const char* name, T missing) const;
+
+  const char* m_routine;
+  const CIMMethodParam& m_in;
+};
+
+extern template std::vector<unsigned char> RoutineArguments::array(const char*) const;
+extern template std::vector<unsigned int> RoutineArguments::array(const char*) const;
+extern template std::vector<unsigned long long> RoutineArguments::array(const char*) const;
+
+}  // namespace tvp::cim::fwf
+
+#endif

@@ -1,0 +1,60 @@
+#include "backend/RoutineSupport.h"
+
+#include "backend/RoutineArguments.h"
+#include "backend/tvpCIMInstanceWrapper.h"
+#include "oslib/KVSLog.h"
+
+#include <utility>
+
+namespace tvp::cim::fwf {
+
+void traceRoutineEntry(const char* routine) {
+  KvsTrace((std::string("Entering TVPIfExecute::") + routine + "()").c_str());
+}
+
+void answerStatus(const char* caller, const Ret& ret, CIMMethodParam& out, const char* name) {
+  KvsLogMsg(KVS_LOG_DEBUG, "%s() returned Ret.getReturn() = %d", caller, static_cast<int>(ret.getReturn()));
+  out.addArgument(makeProperty<unsigned int>(name, ret.getReturn()));
+}
+
+unsigned int runIdentifierRoutine(const IdentifierRoutine& texts, const IdentifierOperation& operation,
+                                  const CIMMethodParam& in, CIMMethodParam& out) {
+  const RoutineArguments arguments(texts.routine, in);
+  if (!arguments.areExactly({texts.argument})) {
+    return ROUTINE_FAILURE;
+  }
+  const unsigned int identifier = arguments.identifier(texts.argument);
+  KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s: %d", texts.routine, texts.argument, static_cast<int>(identifier));
+  Ret ret;
+  const unsigned int result = operation(identifier, ret);
+  answerStatus(texts.caller, ret, out, texts.output);
+  return result;
+}
+
+unsigned int runMemberRoutine(const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in,
+                              CIMMethodParam& out) {
+  KvsLogMsg(KVS_LOG_DEBUG, "%s Enter", texts.routine);
+  if (in.getArgumentCount() == 0) {
+    KvsLogMsg(KVS_LOG_DEBUG, "%s exits with without calling TVP Func", texts.routine);
+    return ROUTINE_FAILURE;
+  }
+  const RoutineArguments arguments(texts.routine, in);
+  if (!arguments.contain({texts.argument})) {
+    return ROUTINE_FAILURE;
+  }
+  const unsigned int identifier = arguments.identifier(texts.argument);
+  KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s: %d", texts.routine, texts.argument, static_cast<int>(identifier));
+  std::vector<CIMInstance> members;
+  const unsigned int result = texts.collect(identifier, members);
+  // An object manager makes embedded instances on their path, so each needs the namespace too.
+  const CIMObjectPath memberPath(path.host(), path.nameSpace(), texts.className, {});
+  for (CIMInstance& member : members) {
+    member.setPath(memberPath);
+    KvsLogMsg(KVS_LOG_DEBUG, "adding instance");
+  }
+  out.addArgument(makeProperty("Members", std::move(members)));
+  KvsLogMsg(KVS_LOG_DEBUG, "%s", texts.farewell);
+  return result;
+}
+
+}  // namespace tvp::cim::fwf

@@ -1,0 +1,277 @@
+#include "backend/LibraryAccess.h"
+#include "backend/TarvexProEventManager.h"
+#include "backend/TvkUtil.h"
+#include "oslib/KVSLog.h"
+#include "oslib/KVSPaths.h"
+#include "voltvk/Specs.h"
+#include "voltvk/VirtualPool.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <optional>
+
+namespace tvp::cim::fwf {
+
+namespace {
+
+constexpr char CATALOGUE_NAME[] = "TVPEvents.properties";
+constexpr int DECIMAL = 10;
+
+/** Substitutions in one text: far more than a description can show, and an end to arguments that name each
+ * other. */
+constexpr int MOST_SUBSTITUTIONS = 1000;
+
+// What the argument at an index becomes.
+enum class Rewriting { TierLevel, Size, VolumeType, PreviousMode, CurrentMode, PoolType, PoolTypeOfCreation };
+
+struct ArgumentRule {
+  std::size_t index;
+  Rewriting rewriting;
+};
+
+/** How the arguments of an event are rewritten. */
+struct EventRule {
+  std::uint32_t firstCode;
+  std::uint32_t lastCode;
+  const char* name;
+  std::size_t expected;
+  std::vector<ArgumentRule> arguments;
+};
+
+const std::vector<EventRule>& eventRules() {
+  static const std::vector<EventRule> rules = {
+      // The pool type stands one beyond the expected count: only events of internal pools carry it.
+      {513,
+       514,
+       "SVS_EVENT_POOL_DEV_CREATED",
+       3,
+       {{1, Rewriting::TierLevel}, {2, Rewriting::Size}, {3, Rewriting::PoolTypeOfCreation}}},
+      {515, 516, "SVS_EVENT_POOL_DEV_CREATION_FAILED", 2, {{1, Rewriting::PoolType}}},
+      {517, 518, "SVS_EVENT_POOL_DEV_DELETED", 2, {{1, Rewriting::PoolType}}},
+      {522, 522, "SVS_EVENT_POOL_MOD_LEVEL_CHANGED", 2, {{1, Rewriting::TierLevel}}},
+      {1025, 1026, "SVS_EVENT_VV_DEV_CREATED", 3, {{1, Rewriting::VolumeType}, {2, Rewriting::Size}}},
+      {1034,
+       1034,
+       "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED",
+       3,
+       {{1, Rewriting::PreviousMode}, {2, Rewriting::CurrentMode}}},
+  };
+  return rules;
+}
+
+long toNumber(const std::string& text) {
+  return std::strtol(text.c_str(), nullptr, DECIMAL);
+}
+
+std::string tierLevelShown(const std::string& level) {
+  switch (toNumber(level)) {
+  case TVK_TIER_HDD:
+    return "0";
+  case TVK_TIER_SSD:
+    return "1";
+  default:
+    return level;
+  }
+}
+
+std::string sizeShown(const std::string& sectors) {
+  constexpr double SECTOR = 512.0;
+  constexpr double UNIT = 1024.0;
+  const double bytes = static_cast<double>(std::strtoull(sectors.c_str(), nullptr, DECIMAL)) * SECTOR;
+  char text[64];
+  std::snprintf(text, sizeof text, "%.2f GB", bytes / UNIT / UNIT / UNIT);
+  return text;
+}
+
+std::string rewritten(Rewriting rewriting, const std::string& argument) {
+  switch (rewriting) {
+  case Rewriting::TierLevel:
+    return tierLevelShown(argument);
+  case Rewriting::Size:
+    return sizeShown(argument);
+  case Rewriting::VolumeType:
+    return TvkUtil::getVolumeTypeByFeatureBit(static_cast<unsigned int>(toNumber(argument)));
+  case Rewriting::PreviousMode:
+  case Rewriting::CurrentMode:
+    return TvkUtil::getFetchFlushModeStr(static_cast<unsigned int>(toNumber(argument)));
+  case Rewriting::PoolType:
+  case Rewriting::PoolTypeOfCreation:
+    break;
+  }
+  return argument;
+}
+
+const char* labelOf(Rewriting rewriting) {
+  switch (rewriting) {
+  case Rewriting::TierLevel:
+    return "Tier Level";
+  case Rewriting::Size:
+    return "Size in GB";
+  case Rewriting::VolumeType:
+    return "Volume Type";
+  case Rewriting::PreviousMode:
+    return "Previous FFMode";
+  case Rewriting::CurrentMode:
+    return "Current FFMode";
+  case Rewriting::PoolType:
+  case Rewriting::PoolTypeOfCreation:
+    break;
+  }
+  return "Pool Type";
+}
+
+void rewriteArguments(const EventRule& rule, std::vector<std::string>& args, bool& skip) {
+  if (args.size() != rule.expected) {
+    KvsLogMsg(
+        KVS_LOG_ERROR,
+        "TvproEventManager::rephraseEventDescription: %s \t\t\t\t\t\t\t\t    Not enough event arguments "
+        "from the driver ",
+        rule.name);
+  }
+  for (const ArgumentRule& part : rule.arguments) {
+    if (part.index >= args.size()) {
+      continue;
+    }
+    std::string& argument = args[part.index];
+    argument = rewritten(part.rewriting, argument);
+    const int level = part.rewriting == Rewriting::PoolTypeOfCreation ? KVS_LOG_ERROR : KVS_LOG_DEBUG;
+    KvsLogMsg(level, "TvproEventManager::rephraseEventDescription: %s : %s = %s ", rule.name,
+              labelOf(part.rewriting), argument.c_str());
+    const bool isPoolType =
+        part.rewriting == Rewriting::PoolType || part.rewriting == Rewriting::PoolTypeOfCreation;
+    skip = skip || (isPoolType && toNumber(argument) == TVK_POOL_INTERNAL);
+  }
+}
+
+/** The texts between brackets, in their order. */
+std::vector<std::string> bracketedArguments(const std::string& description) {
+  std::vector<std::string> args;
+  std::size_t position = 0;
+  while ((position = description.find('[', position)) != std::string::npos) {
+    const std::size_t end = description.find(']', position);
+    if (end == std::string::npos) {
+      break;
+    }
+    args.push_back(description.substr(position + 1, end - position - 1));
+    position = end + 1;
+  }
+  return args;
+}
+
+std::string catalogueKey(std::uint32_t code) {
+  char key[sizeof code * 2 + 1];
+  std::snprintf(key, sizeof key, "%X", code);
+  return key;
+}
+
+/** What follows the "=" in the first line for the key; nothing when no line has it, or that line no "=". */
+std::optional<std::string> findEntry(const std::string& path, const std::string& key) {
+  std::ifstream catalogue(path, std::ios::binary);
+  std::string line;
+  while (std::getline(catalogue, line)) {
+    const bool hasKey = line.compare(0, key.size(), key) == 0 && line.size() > key.size();
+    if (!hasKey || std::string(" \t=").find(line[key.size()]) == std::string::npos) {
+      continue;
+    }
+    // Files that were edited elsewhere end their lines with CR LF; trim() takes blanks and tabs alone.
+    if (line.back() == '\r') {
+      line.pop_back();
+    }
+    const std::size_t equals = line.find('=', key.size());
+    if (equals == std::string::npos) {
+      return std::nullopt;
+    }
+    return line.substr(equals + 1);
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::string getEvtdescPath() {
+  KvsLogMsg(KVS_LOG_INFORMATION, "evtDescPath = %s", KVS_EVENT_CATALOGUE_DIRECTORY);
+  return kvsEventCatalogueDirectory();
+}
+
+bool TvproEventManager::getEventdescription(VolEvent* event, bool& skip) {
+  KvsTrace("Entering TvproEventManager::getEventdescription()");
+  const std::string key = catalogueKey(event->code);
+  const std::string path = getEvtdescPath() + CATALOGUE_NAME;
+  std::vector<std::string> args = bracketedArguments(event->description);
+  std::optional<std::string> text = findEntry(path, key);
+  if (text) {
+    *text = trim(*text);
+    parse(*text, args, event->code, skip);
+    tvkSetText(event->description, TVK_EVENT_DESCRIPTION_SIZE,
+               cutToSize(std::move(*text), TVK_EVENT_DESCRIPTION_SIZE - 1).c_str());
+  }
+  KvsTrace("Exiting TvproEventManager::getEventdescription()");
+  return text.has_value();
+}
+
+void TvproEventManager::parse(std::string& text, std::vector<std::string>& args, unsigned int code,
+                              bool& skip) {
+  KvsTrace("Entering TvproEventManager::parse()");
+  rephraseEventDescription(args, code, skip);
+  if (skip) {
+    return;
+  }
+  constexpr std::size_t PLACEHOLDER_SIZE = 3;
+  std::size_t brace = text.find('{');
+  for (int count = 0; brace != std::string::npos && count < MOST_SUBSTITUTIONS; ++count) {
+    const long number = std::strtol(text.c_str() + brace + 1, nullptr, DECIMAL);
+    // Intended: always three characters, also where the number is longer; catalogues use one digit.
+    text.erase(brace, PLACEHOLDER_SIZE);
+    if (number >= 0 && static_cast<unsigned long>(number) < args.size()) {
+      text.insert(brace, args[static_cast<std::size_t>(number)]);
+      brace = text.find('{', brace);
+    } else {
+      brace = text.find('{', brace + 1);
+    }
+  }
+  KvsTrace("Exiting TvproEventManager::parse()");
+}
+
+void TvproEventManager::rephraseEventDescription(std::vector<std::string>& args, unsigned int code,
+                                                 bool& skip) {
+  skip = false;
+  try {
+    const auto& rules = eventRules();
+    const auto rule = std::find_if(rules.begin(), rules.end(), [code](const EventRule& candidate) {
+      return candidate.firstCode <= code && code <= candidate.lastCode;
+    });
+    if (rule != rules.end()) {
+      rewriteArguments(*rule, args, skip);
+    }
+  } catch (...) {
+    KvsLogMsg(
+        KVS_LOG_ERROR,
+        "TvproEventManager::rephraseEventDescription: Caught exception while rephrasing Event desc message");
+  }
+}
+
+std::string TvproEventManager::trim(std::string text) {
+  std::size_t begin = 0;
+  std::size_t end = text.size();
+  const auto dropFromEnd = [&](char character) {
+    while (end > begin && text[end - 1] == character) {
+      --end;
+    }
+  };
+  const auto dropFromBegin = [&](char character) {
+    while (begin < end && text[begin] == character) {
+      ++begin;
+    }
+  };
+  do {
+    dropFromEnd(' ');
+    dropFromBegin(' ');
+    dropFromEnd('\t');
+    dropFromBegin('\t');
+  } while (begin < end && (text[begin] == ' ' || text[begin] == '\t'));
+  return text.substr(begin, end - begin);
+}
+
+}  // namespace tvp::cim::fwf

@@ -1,0 +1,103 @@
+#include "backend/LibraryAccess.h"
+#include "backend/RoutineArguments.h"
+#include "backend/RoutineSupport.h"
+#include "backend/TarvexProExecute.h"
+#include "backend/TarvexProVirtualPool.h"
+#include "backend/TarvexProVirtualVolume.h"
+#include "backend/TvkUtil.h"
+#include "oslib/KVSLog.h"
+#include "voltvk/VirtualPool.h"
+
+namespace tvp::cim::fwf {
+
+namespace {
+
+/** The pool of one drive that the library makes together with the volume. */
+VirtualPoolSpec describeInternalPool(const RoutineArguments& arguments, unsigned char drive) {
+  VirtualPoolSpec pool;
+  pool.numLogicalDevices = 1;
+  pool.numDeviceNumbers = 1;
+  pool.deviceNumbers[0] = drive;
+  pool.capacityInSectors = arguments.uint64("LDCapacityInSectors");
+  pool.chunkSizeInSectors = arguments.uint64("ChunkSize");
+  refreshTarvexProObjects();
+  const std::string name = TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL);
+  pool.nameTooLong = fillText(pool.name, name);
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Internal Pool Name: %s", name.c_str());
+  pool.tierLevel = TVK_TIER_HDD;
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - LD TierLevel: %d", pool.tierLevel);
+  pool.poolFlag = TVK_POOL_INTERNAL;
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Internal Pool Flag: %d",
+            static_cast<int>(pool.poolFlag));
+  return pool;
+}
+
+bool poolExists(unsigned int poolId) {
+  refreshTarvexProObjects();
+  bool found = false;
+  FilteredObjects<VirtualPool>(getTvkAdapter(), "VirtualPool").visitAll([&](VirtualPool& pool) {
+    found = found || pool.getPoolId() == poolId;
+  });
+  return found;
+}
+
+}  // namespace
+
+unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfCreateDataCacheVolume");
+  const RoutineArguments arguments("TvpIfCreateDataCacheVolume", in);
+  if (!arguments.areExactly({"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool",
+                             "LDDeviceNumber", "LDCapacityInSectors", "ChunkSize", "KnobSetting"})) {
+    return ROUTINE_FAILURE;
+  }
+  const std::string name = arguments.text("VolumeName");
+  const std::string description = arguments.text("Description");
+  const unsigned char kind = arguments.uint8("VolumeType");
+  const unsigned int ssdPoolId = arguments.identifier("SSDPoolId");
+  const unsigned long long ssdCapacity = arguments.uint64("reqCapacityFromSSDPool");
+  const std::vector<unsigned char> drives = arguments.array<unsigned char>("LDDeviceNumber");
+  const unsigned int knobSetting = arguments.uint32("KnobSetting");
+
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Volume Name: %s", name.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Description: %s", description.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Volume Type: %d", kind);
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - SSD Pool# %d", static_cast<int>(ssdPoolId));
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Capacity from SSD pool: %llu", ssdCapacity);
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Knob Setting: %u", knobSetting);
+
+  if (drives.size() != 1) {
+    KvsLogMsg(KVS_LOG_DEBUG,
+              "TvpIfCreateDataCacheVolume() - !!ERROR!! - Only one LD is required for DataCache volume");
+    return ROUTINE_FAILURE;
+  }
+  VirtualPoolSpec internalPool = describeInternalPool(arguments, drives.front());
+  Ret ret;
+  const unsigned int result = TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
+      name, description, kind, ssdPoolId, ssdCapacity, knobSetting, internalPool, ret);
+  answerStatus(" TvpIfCreateDataCacheVolume", ret, out);
+  return result;
+}
+
+unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfDeleteDataCacheVolume");
+  const RoutineArguments arguments("TvpIfDeleteDataCacheVolume", in);
+  if (!arguments.areExactly({"VirtualVolumeId", "VirtualPoolId"})) {
+    return ROUTINE_FAILURE;
+  }
+  const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
+  const unsigned int poolId = arguments.identifier("VirtualPoolId");
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfDeleteDataCacheVolume() - Volume Id: %d", static_cast<int>(volumeId));
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfDeleteDataCacheVolume() - Pool Id: %d", static_cast<int>(poolId));
+
+  Ret ret;
+  TarvexProVirtualVolume::DeleteVirtualVolume(volumeId, ret);
+  // An internal pool goes with its volume; what is still there is removed as asked.
+  if (ret.getReturn() == 0 && poolExists(poolId)) {
+    TarvexProVirtualPool::DeleteVirtualPool(poolId, ret);
+  }
+  const unsigned int result = TarvexProVirtualVolume::DeleteDataCacheVolume(volumeId, poolId, ret);
+  answerStatus(" TvpIfDeleteDataCacheVolume", ret, out);
+  return result;
+}
+
+}  // namespace tvp::cim::fwf

@@ -1,0 +1,158 @@
+#include "backend/RoutineArguments.h"
+#include "backend/RoutineSupport.h"
+#include "backend/TarvexProExecute.h"
+#include "backend/TarvexProVirtualVolume.h"
+#include "backend/tvpCIMInstanceWrapper.h"
+#include "oslib/KVSLog.h"
+#include "voltvk/UserStatistics.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace tvp::cim::fwf {
+
+namespace {
+
+/** One pool entry per identifier, with the capacity at the same place; the library compares the counts. */
+void fillPools(VirtualVolumeSpec& spec, const std::vector<unsigned int>& poolIds,
+               const std::vector<unsigned long long>& sizes) {
+  spec.numPoolIds = static_cast<std::uint32_t>(poolIds.size());
+  spec.numPoolSizes = static_cast<std::uint32_t>(sizes.size());
+  for (std::size_t index = 0; index < std::min<std::size_t>(poolIds.size(), TVK_SPEC_POOLS); ++index) {
+    spec.pools[index].poolId = poolIds[index];
+    spec.pools[index].capacityInSectors = index < sizes.size() ? sizes[index] : 0;
+  }
+}
+
+void answerStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) {
+  const struct {
+    const char* name;
+    std::uint64_t value;
+  } counters[] = {
+      {"SSD_VDTotalChunks", statistics.ssdTotalChunks}, {"SSD_VDExtraChunks", statistics.ssdExtraChunks},
+      {"HDD_VDTotalChunks", statistics.hddTotalChunks}, {"ReadIO_Count", statistics.readIoCount},
+      {"WriteIO_Count", statistics.writeIoCount},       {"SeqIO_Count", statistics.sequentialIoCount},
+      {"RanIO_Count", statistics.randomIoCount},        {"SSD_RIO_Count", statistics.ssdReadIoCount},
+      {"SSD_WIO_Count", statistics.ssdWriteIoCount},    {"VD_ChunkSize", statistics.chunkSize},
+      {"VD_TotalChunks", statistics.totalChunks},
+  };
+  for (const auto& counter : counters) {
+    out.addArgument(makeProperty<unsigned long long>(counter.name, counter.value));
+  }
+  out.addArgument(makeProperty<unsigned int>("VD_Feature", statistics.feature));
+}
+
+}  // namespace
+
+unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfCreateVirtualVolume");
+  const RoutineArguments arguments("TvpIfCreateVirtualVolume", in);
+  if (!arguments.areExactly({"VolumeName", "Description", "VolumeType", "VirtualPoolsCount",
+                             "ListOfVirtualPoolIds", "UsedSizeInSectors", "KnobSetting"})) {
+    return ROUTINE_FAILURE;
+  }
+  const std::string name = arguments.text("VolumeName");
+  const std::string description = arguments.text("Description");
+  const std::vector<unsigned int> poolIds = arguments.array<unsigned int>("ListOfVirtualPoolIds");
+  const std::vector<unsigned long long> sizes = arguments.array<unsigned long long>("UsedSizeInSectors");
+  VirtualVolumeSpec spec;
+  spec.nameTooLong = fillText(spec.name, name);
+  spec.descriptionTooLong = fillText(spec.description, description);
+  spec.featureType1 = arguments.uint8("VolumeType");
+  spec.numValidPools = arguments.uint8("VirtualPoolsCount");
+  fillPools(spec, poolIds, sizes);
+  spec.knobSetting = arguments.uint32("KnobSetting");
+
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Volume Name: %s", name.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Description: %s", description.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Volume Type: %d", spec.featureType1);
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Number of Pools: %u", spec.numValidPools);
+  for (const unsigned int poolId : poolIds) {
+    KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Pool# %d", static_cast<int>(poolId));
+  }
+  for (const unsigned long long size : sizes) {
+    KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Used size in sectors: %llu", size);
+  }
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Knob Setting: %u", spec.knobSetting);
+
+  Ret ret;
+  const unsigned int result = TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
+  // Intended: this line has a name of its own; log readers know it so.
+  answerStatus(" tvpCreateVirtualVolume", ret, out);
+  return result;
+}
+
+unsigned int TvpIfDeleteVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfDeleteVirtualVolume");
+  return runIdentifierRoutine(
+      {"TvpIfDeleteVirtualVolume", "VirtualVolumeId", " TvpIfDeleteVirtualVolume", "RetStat"},
+      TarvexProVirtualVolume::DeleteVirtualVolume, in, out);
+}
+
+unsigned int TvpIfModifyVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfModifyVirtualVolume");
+  const RoutineArguments arguments("TvpIfModifyVirtualVolume", in);
+  if (!arguments.areExactly({"VirtualVolumeId", "VolumeName", "Description", "KnobSetting"})) {
+    return ROUTINE_FAILURE;
+  }
+  const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
+  const std::string name = arguments.text("VolumeName");
+  const std::string description = arguments.text("Description");
+  VirtualVolumeSpec spec;
+  spec.volumeId = volumeId;
+  spec.nameTooLong = fillText(spec.name, name);
+  spec.descriptionTooLong = fillText(spec.description, description);
+  spec.knobSetting = arguments.uint32("KnobSetting");
+
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Volume Id: %d", static_cast<int>(volumeId));
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Volume Name: %s", name.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Description: %s", description.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Knob Setting: %u", spec.knobSetting);
+
+  // Intended: both lines name the pool routine; log readers know them so.
+  KvsLogMsg(KVS_LOG_DEBUG, "Before TvpIfModifyVirtualPool() call");
+  Ret ret;
+  const unsigned int result = TarvexProVirtualVolume::ModifyVirtualVolume(volumeId, spec, ret);
+  answerStatus(" TvpIfModifyVirtualPool", ret, out);
+  return result;
+}
+
+unsigned int TvpIfFlushVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfFlushVirtualVolume");
+  return runIdentifierRoutine(
+      {"TvpIfFlushVirtualVolume", "VirtualVolumeId", " TvpIfFlushVirtualVolume", "RetStat"},
+      TarvexProVirtualVolume::FlushVirtualVolume, in, out);
+}
+
+unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfGetVirtualVolumeStats");
+  std::optional<d_ioctl_user_stat> statistics;
+  const unsigned int result = runIdentifierRoutine(
+      {"TvpIfGetVirtualVolumeStats", "VirtualVolumeId", " TvpIfGetVirtualVolumeStats", "RetStat"},
+      [&statistics](unsigned int volumeId, Ret& ret) {
+        return TarvexProVirtualVolume::GetVolumeStats(volumeId, &statistics.emplace(), ret);
+      },
+      in, out);
+  if (statistics) {
+    answerStatistics(*statistics, out);
+  }
+  return result;
+}
+
+unsigned int TvpIfResetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in,
+                                          CIMMethodParam& out) {
+  traceRoutineEntry("TvpIfResetVirtualVolumeStats");
+  // Intended: this routine alone answers the status as "ReturnCode"; clients rely on the name.
+  return runIdentifierRoutine(
+      {"TvpIfResetVirtualVolumeStats", "VirtualVolumeId", " TvpIfResetVirtualVolumeStats", "ReturnCode"},
+      TarvexProVirtualVolume::ResetVolumeStats, in, out);
+}
+
+unsigned int TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in,
+                                          CIMMethodParam& out) {
+  return runMemberRoutine({"TvpIfGetVirtualVolumeMembers", "VirtualVolumeId", "TVP_VirtualVolumeSource",
+                           "Returning pool instances", TarvexProVirtualVolume::GetVolumeMembers},
+                          path, in, out);
+}
+
+}  // namespace tvp::cim::fwf

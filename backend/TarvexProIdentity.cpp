@@ -1,0 +1,102 @@
+#include "backend/TarvexProIdentity.h"
+
+#include "backend/LibraryAccess.h"
+#include "backend/TarvexProUtil.h"
+#include "backend/tvpCIMInstanceWrapper.h"
+#include "oslib/KVSLog.h"
+#include "oslib/KVSMethodTrace.h"
+
+namespace tvp::cim::fwf {
+
+namespace {
+
+/** The support tables as published: the end markers are entries like all others. */
+tvpUtilManager collectCapabilities(const TvkAdapterIdentity& identity) {
+  tvpUtilManager capabilities;
+  for (int feature = TVP_FEATURE_CACHE; feature <= featMaxIndex; ++feature) {
+    capabilities.setFeature(static_cast<tvpFeatureEnum>(feature),
+                            static_cast<int>(identity.featureSupport[feature]));
+  }
+  for (int adjustment = TVP_ADJUST_TUNE_KNOB; adjustment <= SuppAdjMaxIndex; ++adjustment) {
+    capabilities.setSuppAdjusment(static_cast<tvpSuppAdjEnum>(adjustment),
+                                  static_cast<int>(identity.adjustmentSupport[adjustment]));
+  }
+  for (int chunkSize = TVP_CHUNKSZ_4KB; chunkSize <= SuppChunkMaxIndex; ++chunkSize) {
+    // The end marker has no size of its own and shows the largest of all.
+    const int sizeIndex = chunkSize == SuppChunkMaxIndex ? 0 : chunkSize;
+    capabilities.setSuppChunkProperties(static_cast<tvpSuppChunkEnum>(chunkSize),
+                                        static_cast<int>(identity.chunkSizeSupport[chunkSize]),
+                                        identity.maxVolumeSizeInSectors[sizeIndex]);
+  }
+  return capabilities;
+}
+
+void insertCapabilities(const tvpUtilManager& capabilities, tvpCIMInstanceWrapper& wrapper) {
+  wrapper.tvpAddProp("SupportedFeatureNames", capabilities.getFeatNames(), false, false);
+  wrapper.tvpAddProp("SupportedFeaturesValues", capabilities.getFeatValues(), false, false);
+  wrapper.tvpAddProp("SupportedAdjustmentValues", capabilities.getSuppAdjValues(), false, false);
+  wrapper.tvpAddProp("SupportedAdjustmentNames", capabilities.getSuppAdjNames(), false, false);
+  wrapper.tvpAddProp("SupportedChunkSizeValues", capabilities.getSuppChunkValues(), false, false);
+  wrapper.tvpAddProp("SupportedChunkSizeNames", capabilities.getSuppChunkNames(), false, false);
+  wrapper.tvpAddProp("SupportedMaxVolumeSizeInSectors", capabilities.getSuppMaxVolumeSize(), false, false);
+}
+
+void insertLimits(const TvkAdapterIdentity& identity, tvpCIMInstanceWrapper& wrapper) {
+  wrapper.tvpAddProp<unsigned char>("MaxTierLevels", identity.maxTierLevels, false, false);
+  wrapper.tvpAddProp<unsigned char>("MaxVolumesSupported", identity.maxVolumes, false, false);
+  wrapper.tvpAddProp<unsigned char>("MaxTiersSupported", identity.maxTiers, false, false);
+  wrapper.tvpAddProp<unsigned char>("MaxLogicalDevicesSupported", identity.maxLogicalDevices, false, false);
+  wrapper.tvpAddProp<unsigned char>("MaxLogicalDevicesPerPoolSupported", identity.maxLogicalDevicesPerPool,
+                                    false, false);
+  wrapper.tvpAddProp<unsigned long long>("MinTotalPoolSizeInSectors", identity.minTotalPoolSizeInSectors,
+                                         false, false);
+  wrapper.tvpAddProp<unsigned long long>("MinRequiredSizeFromPoolInSectors",
+                                         identity.minRequiredSizeFromPoolInSectors, false, false);
+  wrapper.tvpAddProp<unsigned char>("TarvexPlusEnabled", identity.plusEnabled, false, false);
+  wrapper.tvpAddProp<unsigned char>("LogicalDevicesCount", identity.logicalDevicesCount, false, false);
+  wrapper.tvpAddProp<unsigned char>("VirtualPoolCount", identity.virtualPoolCount, false, false);
+  wrapper.tvpAddProp<unsigned char>("VirtualVolumeCount", identity.virtualVolumeCount, false, false);
+}
+
+/** @return false when the library refuses or throws; then there is nothing to publish. */
+bool readIdentity(TvkAdapter& adapter, TvkAdapterIdentity& identity) {
+  try {
+    const Ret ret = adapter.getIdentity(identity);
+    if (ret.getReturn() == 0) {
+      return true;
+    }
+    KvsLogMsg(KVS_LOG_ERROR,
+              "InsertFeatureIdentityInfo() - the storage library does not tell its identity: %s",
+              ret.getText());
+  } catch (...) {
+    KvsTrace("Exception caught in Tvk Lib method: TvkAdapter::getIdentity() ");
+  }
+  return false;
+}
+
+}  // namespace
+
+unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
+  tvpMethodTrace trace("InsertFeatureIdentityInfo");
+  TvkAdapter* adapter = getTvkAdapter();
+  if (adapter == nullptr) {
+    KvsLogMsg(KVS_LOG_DEBUG, "InsertFeatureIdentityInfo() - !!ERROR!! - TvkAdapter object is NULL");
+    return 3;
+  }
+  TvkAdapterIdentity identity = {};
+  if (!readIdentity(*adapter, identity)) {
+    return 3;
+  }
+  wrapper.tvpAddProp<std::string>("CreationClassName", "TVP_TarvexProIdentity", true, true);
+  wrapper.tvpAddProp<std::string>("Name", identity.name, true, true);
+  wrapper.tvpAddProp<unsigned short>("MajorRevision", identity.majorRevision, false, false);
+  wrapper.tvpAddProp<unsigned short>("MinorRevision", identity.minorRevision, false, false);
+  wrapper.tvpAddProp<unsigned short>("BuildRevision", identity.buildRevision, false, false);
+  wrapper.tvpAddProp<unsigned char>("PolicyEngineStatus", getTarvexProRoot()->isPolicyEngineRunning() ? 1 : 0,
+                                    false, false);
+  insertCapabilities(collectCapabilities(identity), wrapper);
+  insertLimits(identity, wrapper);
+  return 0;
+}
+
+}  // namespace tvp::cim::fwf
