@@ -2,7 +2,12 @@
 # of management clients. tvp-register and tvpcim find the rest from their own place, so every prefix works.
 
 set(TVP_SHARED_FOLDER ${CMAKE_INSTALL_DATADIR}/tarvexpro)
-set(TVP_ZSH_COMPLETION_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE PATH "Completions of zsh")
+# Debian's zsh looks for the completions of packages in a folder of its own.
+if(EXISTS /etc/debian_version)
+  set(TVP_ZSH_COMPLETION_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions CACHE STRING "Completions of zsh")
+else()
+  set(TVP_ZSH_COMPLETION_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Completions of zsh")
+endif()
 find_program(TVP_GZIP gzip REQUIRED)
 
 # tvp_compress(OUTPUT_VARIABLE SOURCE NAME): NAME.gz in the build tree, without a time stamp.

@@ -1,0 +1,74 @@
+// What `cmake --install` lays down works where it lies, under any prefix and without LD_LIBRARY_PATH.
+#include "InstalledFiles.h"
+#include "support/Command.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+namespace fs = std::filesystem;
+using tvp::test::Command;
+using tvp::test::CommandResult;
+using tvp::test::TemporaryFolder;
+
+class InstallTest : public testing::Test {
+protected:
+  void SetUp() override {
+    const CommandResult result =
+        Command({TVP_CMAKE_COMMAND, "--install", TVP_BINARY_DIR, "--prefix", "/opt/tarvexpro"})
+            .with("DESTDIR", m_folder.path())
+            .run();
+    ASSERT_EQ(result.exitStatus, 0) << result.err;
+  }
+
+  CommandResult run(std::vector<std::string> arguments) const {
+    arguments[0] = prefix() / arguments[0];
+    return Command(std::move(arguments))
+        .without("LD_LIBRARY_PATH")
+        .with("VOLTVK_STATE", m_folder.file("state.db"))
+        .with("TVPCIM_STRICT", "1")
+        .run();
+  }
+
+  fs::path prefix() const { return m_folder.path() / "opt/tarvexpro"; }
+
+  TemporaryFolder m_folder;
+};
+
+TEST_F(InstallTest, EveryFileIsWhereItIsLookedFor) {
+  std::set<std::string> expected = tvp::test::providerFiles();
+  expected.merge(tvp::test::developmentFiles());
+  for (const std::string& file : expected) {
+    EXPECT_TRUE(fs::is_regular_file(prefix() / file)) << file;
+  }
+  // The provider opens its catalogue at this place, so no prefix applies to it.
+  EXPECT_TRUE(fs::is_regular_file(m_folder.path() / "usr/VolMan/TVPEvents.properties"));
+}
+
+TEST_F(InstallTest, CommandsFindTheirLibrariesAndClasses) {
+  const CommandResult added =
+      run({"sbin/voltvkctl", "drive", "add", "--type", "ssd", "--size", "64GiB", "--model", "Installed"});
+  ASSERT_EQ(added.exitStatus, 0) << added.err;
+  const CommandResult drives = run({"bin/tvpcim", "ei", "TVP_LogicalDevice", "-o", "json"});
+  EXPECT_EQ(drives.exitStatus, 0) << drives.err;
+  EXPECT_THAT(drives.out, testing::HasSubstr("Installed"));
+  const CommandResult steps = run({"sbin/tvp-register", "--pegasus", "--dry-run"});
+  EXPECT_EQ(steps.exitStatus, 0) << steps.err;
+  EXPECT_THAT(steps.out, testing::HasSubstr((prefix() / "share/tarvexpro/TVP.mof").string()));
+}
+
+TEST_F(InstallTest, ProviderIsLoadedFromAnotherFolderThroughLinks) {
+  const fs::path folder = m_folder.path() / "providers";
+  fs::create_directory(folder);
+  for (const char* library : {"libtarvexProProvider.so", "libVOLTVK.so"}) {
+    fs::create_symlink(prefix() / TVP_INSTALL_LIBDIR / library, folder / library);
+  }
+  const CommandResult result =
+      run({"bin/tvpcim", "--provider", folder / "libtarvexProProvider.so", "identity"});
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+}
+
+}  // namespace

@@ -1,0 +1,121 @@
+// The plugin table, the schema and the registration files name the same classes.
+#include "CIM/Framework/PluginTable.h"
+#include "host/MofReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+#include <map>
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace {
+
+const std::string modelNamespace = "root/kvs/tvp/smi_15";
+const std::string indicationNamespace = "root/PG_InterOp";
+
+/** What a file registers a class for. */
+struct Registration {
+  std::set<std::string> namespaces;
+  std::set<std::string> serves;  ///< "instance", "indication", "method"
+  bool operator==(const Registration& other) const {
+    return namespaces == other.namespaces && serves == other.serves;
+  }
+};
+
+std::ostream& operator<<(std::ostream& stream, const Registration& registration) {
+  for (const auto* texts : {&registration.namespaces, &registration.serves}) {
+    for (const std::string& text : *texts) {
+      stream << text << ' ';
+    }
+  }
+  return stream;
+}
+
+using Registrations = std::map<std::string, Registration>;
+
+std::string contentOf(const std::string& name) {
+  std::ifstream file(std::string(TVP_SOURCE_DIR "/schema/") + name);
+  std::stringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+std::set<std::string> matches(const std::string& text, const std::string& pattern) {
+  const std::regex expression(pattern);
+  std::set<std::string> found;
+  for (std::sregex_iterator i(text.begin(), text.end(), expression), end; i != end; ++i) {
+    found.insert((*i)[1]);
+  }
+  return found;
+}
+
+Registrations registeredWithPegasus() {
+  const std::map<std::string, std::string> names{{"2", "instance"}, {"4", "indication"}, {"5", "method"}};
+  const std::string text = contentOf("pegasus/TVPRegistration.mof");
+  const std::regex block(R"(instance of PG_ProviderCapabilities\s*\{([^;]*;[^;]*;[^;]*;\s*)"
+                         R"(ClassName = "(\w+)";\s*Namespaces = \{([^}]*)
+};\s*ProviderType = \{([^}]*)
+};))");
+  Registrations result;
+for (std::sregex_iterator i(text.begin(), text.end(), block), end; i != end; ++i) {
+  Registration& registration = result[(*i)[2]];
+  registration.namespaces = matches((*i)[3], R"re("([^"]+)")re");
+  for (const std::string& type : matches((*i)[4], R"((\d+))")) {
+    registration.serves.insert(names.at(type));
+  }
+}
+return result;
+}
+
+Registrations registeredWithSfcb() {
+  const std::string text = contentOf("sfcb/TVP.reg");
+  const std::regex block(R"(\[(\w+)\]\n  provider: tarvexProProvider\n  location: tarvexProProvider\n)"
+                         R"(  type: ([^\n]+)\n  namespace: ([^\n]+)\n)");
+  Registrations result;
+  for (std::sregex_iterator i(text.begin(), text.end(), block), end; i != end; ++i) {
+    result[(*i)[1]] = {matches((*i)[3], R"((\S+))"), matches((*i)[2], R"((\w+))")};
+  }
+  return result;
+}
+
+std::string lower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
+  return text;
+}
+
+/** The classes of the schema that have a plugin, in lower case, and the registrations that the schema asks
+ * for. */
+std::set<std::string> servedClasses(Registrations& expected) {
+  std::set<std::string> served;
+  const auto schema = tvp::host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof");
+  for (const tvp::host::SchemaClass* cimClass : schema->classes()) {
+    if (cimClass->isIndication()) {
+      expected[cimClass->name] = {{modelNamespace, indicationNamespace}, {"indication"}};
+      continue;
+    }
+    served.insert(lower(cimClass->name));
+    Registration& registration = expected[cimClass->name];
+    registration = {{modelNamespace}, {"instance"}};
+    if (!cimClass->methods.empty()) {
+      registration.serves.insert("method");
+    }
+  }
+  return served;
+}
+
+TEST(RegistrationFiles, NameTheSameClassesAsTheProviderAndTheSchema) {
+  Registrations expected;
+  const std::set<std::string> served = servedClasses(expected);
+  std::set<std::string> plugins;
+  for (const tvp::cim::fwf::PluginTableRow& row : tvp::cim::fwf::pluginTable()) {
+    plugins.insert(row.key);
+  }
+  EXPECT_EQ(plugins, served);
+  EXPECT_EQ(registeredWithPegasus(), expected);
+  EXPECT_EQ(registeredWithSfcb(), expected);
+}
+
+}  // namespace
