@@ -1,0 +1,51 @@
+#include "host/tvpcim/AssociationCommands.h"
+
+namespace tvp::host::tvpcim {
+
+void AssociationCommands::addTo(CLI::App& app) {
+  const auto define = [&](const char* name, const char* summary, void (AssociationCommands::*action)(),
+                          bool farEnd) {
+    CLI::App& verb = addVerb(app, name, summary, "A path is written CLASS.Key=\"text\",Number=3.",
+                             [this, action] { (this->*action)(); });
+    verb.add_option("PATH", m_path, "The object whose associations are asked for")->required();
+    if (farEnd) {
+      verb.add_option("--assoc-class", m_filter.associationClass, "Through this association only");
+    }
+    verb.add_option("--result-class", m_filter.resultClass, "Results of this class only");
+    verb.add_option("--role", m_filter.role, "The role of the object");
+    if (farEnd) {
+      verb.add_option("--result-role", m_filter.resultRole, "The role of the results");
+    }
+  };
+  define("an", "List the paths of associated objects", &AssociationCommands::associatorNames, true);
+  define("ai", "List associated objects", &AssociationCommands::associators, true);
+  define("rn", "List the paths of associations that refer to an object", &AssociationCommands::referenceNames,
+         false);
+  define("ri", "List associations that refer to an object", &AssociationCommands::references, false);
+}
+
+void AssociationCommands::associatorNames() {
+  const PathsOutcome outcome = session().provider().associatorNames(session().parsePath(m_path), m_filter);
+  session().check(outcome);
+  tool().print(formatter().paths("associated objects", outcome.paths));
+}
+
+void AssociationCommands::referenceNames() {
+  const PathsOutcome outcome = session().provider().referenceNames(session().parsePath(m_path), m_filter);
+  session().check(outcome);
+  tool().print(formatter().paths("associations", outcome.paths));
+}
+
+void AssociationCommands::associators() {
+  const InstancesOutcome outcome = session().provider().associators(session().parsePath(m_path), m_filter);
+  session().check(outcome);
+  tool().print(formatter().listing({"associated objects", outcome.instances, columnsOf(outcome.instances)}));
+}
+
+void AssociationCommands::references() {
+  const InstancesOutcome outcome = session().provider().references(session().parsePath(m_path), m_filter);
+  session().check(outcome);
+  tool().print(formatter().listing({"associations", outcome.instances, columnsOf(outcome.instances)}));
+}
+
+}  // namespace tvp::host::tvpcim

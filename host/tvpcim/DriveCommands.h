@@ -1,0 +1,23 @@
+#ifndef HOST_TVPCIM_DRIVECOMMANDS_H
+#define HOST_TVPCIM_DRIVECOMMANDS_H
+
+#include "host/tvpcim/StorageGroup.h"
+
+#include <string>
+#include <vector>
+
+namespace tvp::host::tvpcim {
+
+/** The drives that pools are made of: drives. */
+class DriveCommands : public StorageGroup {
+public:
+  using StorageGroup::StorageGroup;
+  void addTo(CLI::App& app) override;
+
+private:
+  void list();
+};
+
+}  // namespace tvp::host::tvpcim
+
+#endif

@@ -1,0 +1,23 @@
+#ifndef HOST_TVPCIM_IDENTITYCOMMAND_H
+#define HOST_TVPCIM_IDENTITYCOMMAND_H
+
+#include "host/tvpcim/StorageGroup.h"
+
+#include <string>
+#include <vector>
+
+namespace tvp::host::tvpcim {
+
+/** The product, its revisions, features and limits: identity. */
+class IdentityCommand : public StorageGroup {
+public:
+  using StorageGroup::StorageGroup;
+  void addTo(CLI::App& app) override;
+
+private:
+  void show();
+};
+
+}  // namespace tvp::host::tvpcim
+
+#endif

@@ -1,0 +1,48 @@
+#include "host/tvpcim/InstalledFiles.h"
+
+#include "host/tvpcim/Failure.h"
+#include "host/tvpcim/Text.h"
+
+#include <filesystem>
+#include <vector>
+
+namespace tvp::host::tvpcim {
+namespace {
+
+namespace fs = std::filesystem;
+
+/** The prefix that the command lies in: the parent of the folder of the executable. */
+fs::path ownPrefix() {
+  std::error_code error;
+  const fs::path executable = fs::read_symlink("/proc/self/exe", error);
+  return error ? fs::path() : executable.parent_path().parent_path();
+}
+
+std::string firstOf(const std::string& what, const std::string& option, const std::vector<fs::path>& places) {
+  std::vector<std::string> tried;
+  for (const fs::path& place : places) {
+    std::error_code error;
+    if (fs::exists(place, error)) {
+      return place.string();
+    }
+    tried.push_back(place.string());
+  }
+  throw OperationError(what + " is neither of " + join(tried, ", ") + "; name it with " + option);
+}
+
+}  // namespace
+
+std::string installedProvider() {
+  const std::string name = "libtarvexProProvider.so";
+  return firstOf("the provider", "--provider",
+                 {ownPrefix() / "lib" / name, ownPrefix() / TVP_INSTALL_LIBDIR / name,
+                  fs::path(TVP_INSTALL_FULL_LIBDIR) / name});
+}
+
+std::string installedSchema() {
+  const fs::path name = fs::path("tarvexpro") / "TVP.mof";
+  return firstOf("the file of the classes", "--schema",
+                 {ownPrefix() / "share" / name, fs::path(TVP_INSTALL_FULL_DATADIR) / name});
+}
+
+}  // namespace tvp::host::tvpcim

@@ -1,0 +1,19 @@
+#ifndef HOST_TVPCIM_INSTALLEDFILES_H
+#define HOST_TVPCIM_INSTALLEDFILES_H
+
+#include <string>
+
+namespace tvp::host::tvpcim {
+
+/**
+ * The provider that belongs to this command: the one beside the command's own folder, else the installed
+ * one. @throws OperationError when there is none; it names the places and the option.
+ */
+std::string installedProvider();
+
+/** The file of the classes that belongs to this command; as installedProvider(). */
+std::string installedSchema();
+
+}  // namespace tvp::host::tvpcim
+
+#endif

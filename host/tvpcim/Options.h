@@ -1,0 +1,23 @@
+#ifndef HOST_TVPCIM_OPTIONS_H
+#define HOST_TVPCIM_OPTIONS_H
+
+#include <string>
+
+namespace tvp::host::tvpcim {
+
+/** The forms in which an answer is written. */
+enum class Form { Table, Json, Mof };
+
+/** What every verb understands. */
+struct Options {
+  Form form = Form::Table;
+  bool wide = false;
+  std::string provider;  ///< file of the provider; empty: found beside the command
+  std::string schema;    ///< file of the classes; empty: found beside the command
+  std::string user;      ///< the principal of every request
+  std::string nameSpace = "root/kvs/tvp/smi_15";
+};
+
+}  // namespace tvp::host::tvpcim
+
+#endif

@@ -1,0 +1,143 @@
+#include "host/tvpcim/Session.h"
+
+#include "host/MofReader.h"
+#include "host/Names.h"
+#include "host/ObjectPathText.h"
+#include "host/tvpcim/Failure.h"
+#include "host/tvpcim/InstalledFiles.h"
+#include "host/tvpcim/Text.h"
+
+namespace tvp::host::tvpcim {
+
+std::string describe(const Outcome& outcome) {
+  std::string text = statusName(outcome.rc);
+  const std::string message = trimmed(outcome.message);
+  text += message.empty() ? "" : ": " + printable(message);
+  if (outcome.rc == CMPI_RC_ERR_ACCESS_DENIED) {
+    text += "; run it as root, or name an administrator with --user";
+  }
+  return text;
+}
+
+const Schema& Session::schema() {
+  if (m_schema == nullptr) {
+    m_schemaFile = m_options.schema.empty() ? installedSchema() : m_options.schema;
+    try {
+      m_schema = MofReader::readFile(m_schemaFile);
+    } catch (const MofError& error) {
+      throw OperationError(std::string(error.what()) +
+                           (error.line() == 0 ? "; name the file of the classes with --schema" : ""));
+    }
+  }
+  return *m_schema;
+}
+
+const SchemaClass& Session::classNamed(const std::string& name) {
+  const SchemaClass* found = schema().find(name);
+  if (found != nullptr && !found->external) {
+    return *found;
+  }
+  std::vector<std::string> names;
+  for (const SchemaClass* candidate : schema().classes()) {
+    names.push_back(candidate->name);
+  }
+  const std::string near = suggestion(name, names);
+  throw UsageError(statusName(CMPI_RC_ERR_INVALID_CLASS) + ": " + m_schemaFile + " has no class '" +
+                   printable(name) + "'" + (near.empty() ? "; see 'tvpcim classes'" : near));
+}
+
+ObjectPath Session::pathOf(const std::string& className) {
+  ObjectPath path;
+  path.nameSpace = m_options.nameSpace;
+  path.className = classNamed(className).name;
+  return path;
+}
+
+ObjectPath Session::parsePath(const std::string& text) {
+  ObjectPath path;
+  try {
+    path = parsePathText(text);
+  } catch (const PathSyntaxError& error) {
+    throw UsageError(statusName(CMPI_RC_ERR_INVALID_PARAMETER) + ": " + printable(error.what()));
+  }
+  const SchemaClass& schemaClass = classNamed(path.className);
+  path.className = schemaClass.name;
+  if (path.nameSpace.empty()) {
+    path.nameSpace = m_options.nameSpace;
+  }
+  std::vector<std::string> names;
+  for (const SchemaProperty& property : schemaClass.properties) {
+    names.push_back(property.name);
+  }
+  for (const NamedValue& key : path.keys) {
+    if (schemaClass.property(key.name) == nullptr) {
+      throw UsageError(statusName(CMPI_RC_ERR_NO_SUCH_PROPERTY) + ": the class " + schemaClass.name +
+                       " has no property '" + printable(key.name) + "'" + suggestion(key.name, names));
+    }
+  }
+  return path;
+}
+
+Broker& Session::broker() {
+  if (m_broker == nullptr) {
+    schema();
+    m_broker = std::make_unique<Broker>(m_schema);
+    m_broker->setHandlers(m_handlers);
+  }
+  return *m_broker;
+}
+
+Provider& Session::provider() {
+  if (m_provider == nullptr) {
+    CallOptions options;
+    options.principal = m_options.user;
+    Broker& ownBroker = broker();
+    try {
+      auto library = std::make_shared<ProviderLibrary>(m_options.provider.empty() ? installedProvider()
+                                                                                  : m_options.provider);
+      m_provider = std::make_unique<Provider>(ownBroker, std::move(library), options);
+    } catch (const ProviderLoadError& error) {
+      throw OperationError(error.what());
+    }
+  }
+  return *m_provider;
+}
+
+void Session::check(const Outcome& outcome) const {
+  if (!outcome.ok()) {
+    throw OperationError(describe(outcome));
+  }
+}
+
+std::vector<Instance> Session::enumerate(const std::string& className) {
+  InstancesOutcome outcome = provider().enumerateInstances(pathOf(className));
+  check(outcome);
+  return std::move(outcome.instances);
+}
+
+MethodOutcome Session::invoke(const ObjectPath& path, const std::string& method, const Arguments& arguments) {
+  MethodOutcome outcome = provider().invokeMethod(path, method, arguments);
+  check(outcome);
+  return outcome;
+}
+
+void Session::cleanUp() {
+  if (m_provider != nullptr) {
+    const Outcome outcome = m_provider->cleanup(true);
+    m_provider.reset();
+    m_broker->reportLeaks();
+    check(outcome);
+  }
+}
+
+std::vector<std::string> Session::breaches() {
+  std::vector<std::string> texts;
+  if (m_broker != nullptr) {
+    for (const Breach& breach : m_broker->breaches()) {
+      texts.push_back(printable(breach.text));
+    }
+  }
+  return texts;
+}
+
+}  // namespace tvp::host::tvpcim

@@ -1,0 +1,72 @@
+#ifndef HOST_TVPCIM_SESSION_H
+#define HOST_TVPCIM_SESSION_H
+
+#include "host/Broker.h"
+#include "host/Provider.h"
+#include "host/Schema.h"
+#include "host/tvpcim/Options.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tvp::host::tvpcim {
+
+/**
+ * The road to the provider: the classes, the broker and the provider itself, each loaded when it is first
+ * needed, and the requests with the user's name on them.
+ *
+ * A request that fails is an OperationError with the status' name, its message and what to do. Belongs to
+ * one thread. The destructor does not clean the provider up and must not run while the provider is loaded:
+ * the process ends first, or cleanUp() was called.
+ */
+class Session {
+public:
+  explicit Session(const Options& options) : m_options(options) {}
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+
+  /** @throws OperationError when the file is missing or is wrong (file, line, what was expected). */
+  const Schema& schema();
+  /** @throws UsageError with names that are near, for an unknown class. */
+  const SchemaClass& classNamed(const std::string& name);
+  /** A path without keys, in the namespace of the options. @throws UsageError for an unknown class. */
+  ObjectPath pathOf(const std::string& className);
+  /** Reads a path; the namespace is that of the options when the text has none. @throws UsageError for a
+   *  malformed text, an unknown class or a key that the class does not have. */
+  ObjectPath parsePath(const std::string& text);
+
+  /** @throws OperationError when it cannot be loaded. */
+  Provider& provider();
+  /** Whether provider() was called. */
+  bool hasProvider() const { return m_provider != nullptr; }
+  /** Handlers for the broker, to be set before provider() is called. */
+  void setHandlers(BrokerHandlers handlers) { m_handlers = std::move(handlers); }
+
+  std::vector<Instance> enumerate(const std::string& className);
+  MethodOutcome invoke(const ObjectPath& path, const std::string& method, const Arguments& arguments);
+  /** What a request answered. @throws OperationError unless it was success. */
+  void check(const Outcome& outcome) const;
+
+  /** Ends the provider's own threads and its interfaces; nothing can be asked afterwards. */
+  void cleanUp();
+  /** The rules that the provider has broken so far, a sentence each. */
+  std::vector<std::string> breaches();
+
+private:
+  Broker& broker();
+
+  const Options& m_options;
+  BrokerHandlers m_handlers;
+  std::shared_ptr<const Schema> m_schema;
+  std::string m_schemaFile;
+  std::unique_ptr<Broker> m_broker;
+  std::unique_ptr<Provider> m_provider;
+};
+
+/** "CIM_ERR_FAILED: message", with a sentence on what to do where there is one to give. */
+std::string describe(const Outcome& outcome);
+
+}  // namespace tvp::host::tvpcim
+
+#endif

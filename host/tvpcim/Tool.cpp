@@ -1,0 +1,66 @@
+#include "host/tvpcim/Tool.h"
+
+#include "host/tvpcim/Failure.h"
+#include "host/tvpcim/Terminal.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include <pwd.h>
+#include <unistd.h>
+
+namespace tvp::host::tvpcim {
+namespace {
+
+/** The login name of the effective user, or the number of one who has none. */
+std::string effectiveUser() {
+  const passwd* entry = ::getpwuid(::geteuid());
+  return entry == nullptr ? std::to_string(::geteuid()) : entry->pw_name;
+}
+
+[[noreturn]] void refuseOutput() {
+  throw OperationError(std::string("standard output cannot be written: ") + std::strerror(errno));
+}
+
+}  // namespace
+
+Tool::Tool() : m_session(options) {
+  options.user = effectiveUser();
+}
+
+const Formatter& Tool::formatter() {
+  if (m_formatter == nullptr) {
+    m_formatter = Formatter::make(options, Terminal::ofStandardOutput());
+  }
+  return *m_formatter;
+}
+
+void Tool::print(const std::string& text) {
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size()) {
+    refuseOutput();
+  }
+}
+
+void Tool::flush() {
+  if (std::fflush(stdout) != 0) {
+    refuseOutput();
+  }
+}
+
+void Tool::notice(const std::string& text) {
+  std::fprintf(stderr, "tvpcim: note: %s\n", text.c_str());
+}
+
+void Tool::choose(const std::string& verb, std::function<void()> action) {
+  m_verb = verb;
+  m_action = std::move(action);
+}
+
+void Tool::run() {
+  if (m_action) {
+    m_action();
+  }
+}
+
+}  // namespace tvp::host::tvpcim
