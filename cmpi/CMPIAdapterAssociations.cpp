@@ -1,0 +1,194 @@
+#include "CIM/Framework/AbstractAssociationProviderPlugin.h"
+#include "CIM/Framework/FrameworkFacade.h"
+#include "cmpi/CMPIAdapter.h"
+#include "cmpi/CMPIAdapterOperation.h"
+#include "cmpi/CMPIHelper.h"
+#include "cmpi/CMPIHelperPaths.h"
+#include "cmpi/CMPIObjectGuard.h"
+#include "oslib/KVSLog.h"
+
+#include "cmpimacs.h"
+
+#include <algorithm>
+
+namespace tvp::cim::adap::cmpi {
+namespace {
+
+using fwf::AbstractAssociationProviderPlugin;
+using fwf::CIMInstance;
+using fwf::CIMObjectPath;
+using fwf::FrameworkFacade;
+
+constexpr char NO_PLUGIN[] = "Failed to get plugin for association class";
+
+std::string textOrEmpty(const char* text) {
+  return text == nullptr ? std::string() : std::string(text);
+}
+
+/** What an association request asks for; an empty text asks for anything. */
+struct AssociationRequest {
+  AssociationRequest(const char* operation, const CMPIObjectPath* op, const char* through,
+                     const char* resultClassName)
+      : assocClass(textOrEmpty(through)), resultClass(textOrEmpty(resultClassName)) {
+    CMPIHelper::CMPIObjectPathToFrameworkObjectPath(op, true, source);
+    KvsLogMsg(KVS_LOG_INFORMATION, "CMPIAdapter::%s: From:%s To:%s Tru:%s", operation,
+              source.className().c_str(), resultClass.c_str(), assocClass.c_str());
+  }
+
+  CIMObjectPath source;
+  std::string assocClass;
+  std::string resultClass;  ///< class of the far end
+};
+
+/** The class at the other end of the association; empty, with an error on the log, when there is none. */
+std::string farEnd(FrameworkFacade& facade, const AssociationRequest& request) {
+  std::string antecedent;
+  std::string dependent;
+  facade.getAntecedentAndDependentNames(request.assocClass, antecedent, dependent);
+  const std::string source = CMPIAdapter::ToLower(request.source.className());
+  if (source == CMPIAdapter::ToLower(antecedent)) {
+    return dependent;
+  }
+  if (source == CMPIAdapter::ToLower(dependent)) {
+    return antecedent;
+  }
+  KvsLogMsg(KVS_LOG_ERROR, "Unrelated Association class %s for %s", request.assocClass.c_str(),
+            request.source.className().c_str());
+  return std::string();
+}
+
+/** The registered classes that answer a request: the named one if it is served, else the candidates. */
+std::vector<std::string> associationClasses(FrameworkFacade& facade, const AssociationRequest& request,
+                                            const CMPIBroker* broker) {
+  std::vector<std::string> classes;
+  if (!request.assocClass.empty() && facade.getPlugIn(request.assocClass) != nullptr) {
+    if (!farEnd(facade, request).empty()) {
+      classes.push_back(request.assocClass);
+    }
+    return classes;
+  }
+  CMPIHelper::GetAssociationClasses(
+      request.source, request.assocClass.empty() ? nullptr : request.assocClass.c_str(), broker, classes);
+  if (classes.empty()) {
+    KvsLogMsg(KVS_LOG_ERROR, "%s", NO_PLUGIN);
+  }
+  return classes;
+}
+
+/**
+ * Calls an operation of every association plugin that answers the request. The facade chooses the plugin
+ * of a reference operation by the class of the path, which is the source here, so that the plugins
+ * are asked themselves.
+ */
+template <typename Call>
+void askPlugins(const AssociationRequest& request, const CMPIBroker* broker, Call call) {
+  FrameworkFacade& facade = requireFacade();
+  for (const std::string& className : associationClasses(facade, request, broker)) {
+    if (auto* plugin = dynamic_cast<AbstractAssociationProviderPlugin*>(facade.getPlugIn(className))) {
+      call(*plugin);
+    }
+  }
+}
+
+/** Whether the object manager takes a class for the wanted one or a subclass of it. */
+bool isWanted(const std::string& nameSpace, const std::string& className, const std::string& wanted,
+              const CMPIBroker* broker) {
+  const CMPIObjectGuard<CMPIObjectPath> path(
+      makeObjectPath(nameSpace, className, {}, KeySelection::All, broker));
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  return path.usable() && CMClassPathIsA(broker, path.get(), wanted.c_str(), &rc) != 0 && rc.rc == CMPI_RC_OK;
+}
+
+/**
+ * Drops what is not of the wanted class. Plugins are not given the result class: they know names, and
+ * only the object manager knows which classes derive from which.
+ */
+template <typename Item>
+void keepWanted(std::vector<Item>& items, const std::string& wanted, const CMPIBroker* broker) {
+  if (wanted.empty()) {
+    return;
+  }
+  std::vector<Item> kept;
+  for (Item& item : items) {
+    if (isWanted(item.nameSpace(), item.className(), wanted, broker)) {
+      kept.push_back(std::move(item));
+    }
+  }
+  items.swap(kept);
+}
+
+}  // namespace
+
+void CMPIAdapter::Associators(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
+                              const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
+                              const char* role, const char* resultRole, const char** properties,
+                              const CMPIBroker* broker, CMPIStatus* status) {
+  runOperation("Associators", broker, status, [&] {
+    AssociationRequest request("Associators", op, assocClass, resultClass);
+    FrameworkFacade& facade = requireFacade();
+    std::string nearRole = textOrEmpty(role);
+    std::string farRole = textOrEmpty(resultRole);
+    std::string anyClass;
+    std::vector<CIMInstance> instances;
+    for (std::string& className : associationClasses(facade, request, broker)) {
+      facade.associators(request.source, className, instances, anyClass, nearRole, farRole, properties);
+    }
+    keepWanted(instances, request.resultClass, broker);
+    ReturnInstances(broker, rslt, properties, instances, status);
+  });
+}
+
+void CMPIAdapter::AssociatorNames(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
+                                  const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
+                                  const char* role, const char* resultRole, const CMPIBroker* broker,
+                                  CMPIStatus* status) {
+  runOperation("AssociatorNames", broker, status, [&] {
+    AssociationRequest request("AssociatorNames", op, assocClass, resultClass);
+    FrameworkFacade& facade = requireFacade();
+    // Intended: without a plugin that relates the source the result is not even marked as done.
+    if (facade.getPlugIn(request.assocClass) == nullptr) {
+      KvsLogMsg(KVS_LOG_ERROR, "%s", NO_PLUGIN);
+      return;
+    }
+    if (farEnd(facade, request).empty()) {
+      return;
+    }
+    std::string nearRole = textOrEmpty(role);
+    std::string farRole = textOrEmpty(resultRole);
+    std::string anyClass;
+    std::vector<CIMObjectPath> names;
+    facade.associatorsNames(request.source, request.assocClass, names, anyClass, nearRole, farRole);
+    keepWanted(names, request.resultClass, broker);
+    ReturnObjectPaths(broker, rslt, names, status);
+  });
+}
+
+void CMPIAdapter::References(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
+                             const CMPIObjectPath* op, const char* resultClass, const char* role,
+                             const char** properties, const CMPIBroker* broker, CMPIStatus* status) {
+  runOperation("References", broker, status, [&] {
+    AssociationRequest request("References", op, resultClass, nullptr);
+    const std::string nearRole = textOrEmpty(role);
+    std::vector<CIMInstance> instances;
+    askPlugins(request, broker, [&](AbstractAssociationProviderPlugin& plugin) {
+      plugin.references(request.source, std::string(), instances, nearRole);
+    });
+    ReturnInstances(broker, rslt, properties, instances, status);
+  });
+}
+
+void CMPIAdapter::ReferenceNames(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
+                                 const CMPIObjectPath* op, const char* resultClass, const char* role,
+                                 const CMPIBroker* broker, CMPIStatus* status) {
+  runOperation("ReferenceNames", broker, status, [&] {
+    AssociationRequest request("ReferenceNames", op, resultClass, nullptr);
+    const std::string nearRole = textOrEmpty(role);
+    std::vector<CIMObjectPath> names;
+    askPlugins(request, broker, [&](AbstractAssociationProviderPlugin& plugin) {
+      plugin.referencesNames(request.source, std::string(), nearRole, names);
+    });
+    ReturnObjectPaths(broker, rslt, names, status);
+  });
+}
+
+}  // namespace tvp::cim::adap::cmpi

@@ -1,0 +1,55 @@
+#include "cmpi/CMPIAdapterOperation.h"
+
+#include "cmpimacs.h"
+
+#include <cstdio>
+
+namespace tvp::cim::adap::cmpi {
+
+CMPIString* newMessage(const CMPIBroker* broker, const std::string& text) {
+  return broker == nullptr ? nullptr : CMNewString(broker, text.c_str(), nullptr);
+}
+
+void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const std::string& text) {
+  status->rc = rc;
+  status->msg = newMessage(broker, text);
+}
+
+void logAndFail(CMPIStatus* status, const CMPIBroker* broker, const char* text) {
+  KvsLogMsg(KVS_LOG_ERROR, "%s", text);
+  setStatus(status, CMPI_RC_ERR_FAILED, broker, text);
+}
+
+void throwInternalError(const char* logText, const char* message) {
+  KvsLogMsg(KVS_LOG_ERROR, "%s", logText);
+  throw fwf::CIMException(fwf::FW_RC_INTERNAL_ERROR, std::string(message));
+}
+
+void keepRefusal(const CMPIStatus& answer, CMPIStatus* status) {
+  if (answer.rc != CMPI_RC_OK && status->rc == CMPI_RC_OK) {
+    *status = answer;
+  }
+}
+
+fwf::FrameworkFacade& requireFacade() {
+  fwf::FrameworkFacade* facade = fwf::FrameworkFacade::getInstance();
+  if (facade == nullptr) {
+    throwInternalError("Failed to create FrameworkFacade instance",
+                       "Failed to Create FrameworkFacade Instance");
+  }
+  return *facade;
+}
+
+void traceAdapter(const char* direction, const char* name) {
+  char line[128];
+  std::snprintf(line, sizeof line, "%s CMPIAdapter::%s", direction, name);
+  KvsTrace(line);
+}
+
+void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status) {
+  KvsLogMsg(KVS_LOG_ERROR, "%s", exception.message().c_str());
+  setStatus(status, CMPIHelper::ConvertFrameWorkErrorCodeToCmpiErrorCode(exception.getErrCode()), broker,
+            exception.message());
+}
+
+}  // namespace tvp::cim::adap::cmpi

@@ -1,0 +1,64 @@
+#ifndef CMPI_CMPIADAPTEROPERATION_H
+#define CMPI_CMPIADAPTEROPERATION_H
+
+#include "CIM/Framework/CIMException.h"
+#include "CIM/Framework/FrameworkFacade.h"
+#include "cmpi/CMPIHelper.h"
+#include "oslib/KVSLog.h"
+
+#include "cmpidt.h"
+
+#include <string>
+
+// What the operations of the adapter share: their trace lines and what becomes of an exception.
+namespace tvp::cim::adap::cmpi {
+
+/** The message for whatever is thrown and is no CIMException. */
+inline constexpr char UNKNOWN_ERROR[] = "Failed : Unknown Error";
+
+/** A string of the broker. @return null without a broker */
+CMPIString* newMessage(const CMPIBroker* broker, const std::string& text);
+
+/** Sets a status with its message. */
+void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const std::string& text);
+
+/** Logs a failure at level 2 and sets the status CMPI_RC_ERR_FAILED with the same text. */
+void logAndFail(CMPIStatus* status, const CMPIBroker* broker, const char* text);
+
+/** Logs a failure at level 2. @throws CIMException FW_RC_INTERNAL_ERROR with message */
+[[noreturn]] void throwInternalError(const char* logText, const char* message);
+
+/** Passes on that the object manager refused a result, unless the status is bad already. */
+void keepRefusal(const CMPIStatus& answer, CMPIStatus* status);
+
+/** The facade. @throws CIMException FW_RC_INTERNAL_ERROR when there is none */
+fwf::FrameworkFacade& requireFacade();
+
+/** Writes "Entering CMPIAdapter::NAME" or "Exiting CMPIAdapter::NAME". */
+void traceAdapter(const char* direction, const char* name);
+
+/** The status of a caught exception's code and message. */
+void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status);
+
+/**
+ * Runs an operation between its two trace lines; the second is written also after an exception, which
+ * ends here as a status.
+ * @param entry first word of the entry line
+ */
+template <typename Work>
+void runOperation(const char* name, const CMPIBroker* broker, CMPIStatus* status, Work&& work,
+                  const char* entry = "Entering") {
+  traceAdapter(entry, name);
+  try {
+    work();
+  } catch (const fwf::CIMException& exception) {
+    setStatusOf(exception, broker, status);
+  } catch (...) {
+    setStatus(status, CMPI_RC_ERR_FAILED, broker, UNKNOWN_ERROR);
+  }
+  traceAdapter("Exiting", name);
+}
+
+}  // namespace tvp::cim::adap::cmpi
+
+#endif

@@ -1,0 +1,71 @@
+#include "cmpi/CMPIAdapter.h"
+#include "cmpi/CMPIAdapterOperation.h"
+#include "cmpi/CMPIHelper.h"
+#include "cmpi/CMPIObjectGuard.h"
+#include "oslib/KVSLog.h"
+
+#include "cmpimacs.h"
+
+namespace tvp::cim::adap::cmpi {
+namespace {
+
+/**
+ * Converts and returns every item, then marks the end. What an item's failure does to the status does
+ * not make the later ones fail; a status that was bad before does.
+ */
+template <typename Item, typename Convert, typename Return>
+void returnAll(const std::vector<Item>& items, const CMPIBroker* broker, const CMPIResult* rslt,
+               CMPIStatus* status, const char* failure, Convert convert, Return give) {
+  const bool alreadyFailed = status->rc != CMPI_RC_OK;
+  for (const Item& item : items) {
+    auto* object = convert(item);
+    if (!isObject(object) || alreadyFailed) {
+      logAndFail(status, broker, failure);
+    } else {
+      keepRefusal(give(object), status);
+    }
+  }
+  keepRefusal(CMReturnDone(rslt), status);
+}
+
+}  // namespace
+
+void CMPIAdapter::ReturnInstances(const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
+                                  const std::vector<fwf::CIMInstance>& instances, CMPIStatus* status) {
+  KvsTrace("Entering CMPIAdapter::ReturnInstances()");
+  returnAll(
+      instances, broker, rslt, status, "Failed to convert CIM Instance to CMPI Instance",
+      [&](const fwf::CIMInstance& instance) {
+        return CMPIHelper::FrameworkInstanceToCMPIInstance(instance, broker, properties);
+      },
+      [&](const CMPIInstance* instance) { return CMReturnInstance(rslt, instance); });
+  KvsTrace("Exiting CMPIAdapter::ReturnInstances()");
+}
+
+void CMPIAdapter::ReturnObjectPaths(const CMPIBroker* broker, const CMPIResult* rslt,
+                                    const std::vector<fwf::CIMObjectPath>& paths, CMPIStatus* status) {
+  KvsTrace("Entering CMPIAdapter::ReturnObjectPaths()");
+  returnAll(
+      paths, broker, rslt, status, "Failed to convert CIM ObjectPath to CMPI ObjectPath",
+      [&](const fwf::CIMObjectPath& path) {
+        return CMPIHelper::FrameworkObjectPathToCMPIObjectPath(path, broker);
+      },
+      [&](const CMPIObjectPath* path) { return CMReturnObjectPath(rslt, path); });
+  KvsTrace("Exiting CMPIAdapter::ReturnObjectPaths()");
+}
+
+void CMPIAdapter::FormArguments(const CMPIBroker* broker, const CMPIResult*, const fwf::CIMMethodParam& out,
+                                CMPIArgs* outArgs, CMPIStatus* status) {
+  KvsTrace("Entering CMPIAdapter::FormArguments()");
+  if (out.getArgumentCount() > 0) {
+    if (isObject(outArgs)) {
+      CMPIHelper::FrameworkArgumentsToCMPIArguments(out, outArgs, broker);
+    }
+    if (!isObject(outArgs) || status->rc != CMPI_RC_OK) {
+      logAndFail(status, broker, "Failed to convert CIM Arguments to CMPI Arguments");
+    }
+  }
+  KvsTrace("Exiting CMPIAdapter::FormArguments()");
+}
+
+}  // namespace tvp::cim::adap::cmpi

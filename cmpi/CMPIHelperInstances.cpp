@@ -1,0 +1,112 @@
+#include "CIM/Framework/CIMException.h"
+#include "cmpi/CMPIHelper.h"
+#include "cmpi/CMPIHelperPaths.h"
+#include "cmpi/CMPIHelperValues.h"
+#include "cmpi/CMPIObjectGuard.h"
+#include "oslib/KVSLog.h"
+
+#include "cmpimacs.h"
+
+#include <utility>
+
+namespace tvp::cim::adap::cmpi {
+namespace {
+
+using fwf::CIMException;
+using fwf::CIMInstance;
+using fwf::CIMProperty;
+
+[[noreturn]] void throwPropertyFailure(const CMPIStatus& status) {
+  // A fixed number, whatever the line: support searches logs for this text.
+  KvsLogMsg(KVS_LOG_DEBUG, "Exception throwin in Fun: %s in Line# %d", "setProps", 2297);
+  throwOperationFailed(status);
+}
+
+/** The kinds that an instance can carry out: everything but arrays of references and instances. */
+std::optional<OutboundShape> shapeOf(const CIMProperty& property) {
+  const fwf::Primitive_DataType code = property.getType();
+  if (code == fwf::PDT_REFERENCE_ARRAY || code > fwf::PDT_INSTANCE) {
+    return std::nullopt;
+  }
+  return naturalShape(code);
+}
+
+void setProperty(const CMPIInstance* ci, const CIMProperty& property, const OutboundRules& rules) {
+  const std::optional<OutboundShape> shape = shapeOf(property);
+  if (!shape) {
+    KvsLogMsg(KVS_LOG_DEBUG, "TVP: fwf::FW_RC_NOT_SUPPORTED - propertyType %d",
+              static_cast<int>(property.getType()));
+    throw CIMException(fwf::FW_RC_NOT_SUPPORTED, std::string(fwf::NOT_SUPPORTED_SUFFIX));
+  }
+  const OutboundValue value = valueOfProperty(property, *shape, rules);
+  const CMPIStatus rc = CMSetProperty(ci, property.name().c_str(), value.get(), value.type());
+  if (rc.rc != CMPI_RC_OK) {
+    KvsLogMsg(KVS_LOG_INFORMATION, "%s:Exception for the attribute %s due to Type MisMatch ->%d.",
+              "FrameworkInstanceToCMPIInstance", property.name().c_str(), static_cast<int>(rc.rc));
+    throwOperationFailed(rc);
+  }
+}
+
+}  // namespace
+
+bool CMPIHelper::CMPIInstanceToFrameworkInstance(CMPIInstance const* ci, fwf::CIMObjectPath& path,
+                                                 CIMInstance& out) {
+  out.setPath(path);
+  if (!setProps(ci, out)) {
+    throwOperationFailed();
+  }
+  return true;
+}
+
+bool CMPIHelper::setProps(CMPIInstance const* ci, CIMInstance& out) {
+  // References come without their keys: nothing that can be written is addressed by them.
+  const InboundRules rules{CMPIObjectPathToFrameworkObjectPath, false, false, throwPropertyFailure};
+  if (!isObject(ci)) {
+    throwOperationFailed();
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  const CMPICount count = CMGetPropertyCount(ci, &rc);
+  requireOk(rc, throwOperationFailed);
+  std::vector<CIMProperty> properties;
+  for (CMPICount i = 0; i < count; ++i) {
+    CMPIString* name = nullptr;
+    const CMPIData data = CMGetPropertyAt(ci, i, &name, &rc);
+    requireOk(rc, throwOperationFailed);
+    if (data.state != CMPI_goodValue || CMIsArray(data)) {
+      continue;
+    }
+    std::optional<CIMProperty> property = propertyOfValue(textOf(name, throwOperationFailed), data, rules);
+    if (property) {
+      properties.push_back(std::move(*property));
+    }
+  }
+  for (CIMProperty& property : properties) {
+    out.addProperty(std::move(property));
+  }
+  return true;
+}
+
+CMPIInstance* CMPIHelper::FrameworkInstanceToCMPIInstance(CIMInstance const& inst, CMPIBroker const* broker,
+                                                          char const** properties) {
+  const CMPIObjectGuard<CMPIObjectPath> op(makeObjectPath(
+      inst.nameSpace(), inst.className(), inst.keyProperties(), KeySelection::WithoutArrays, broker));
+  if (!op.usable()) {
+    return nullptr;
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  CMPIObjectGuard<CMPIInstance> ci(CMNewInstance(broker, op.get(), &rc));
+  requireOk(rc, throwOperationFailed);
+  if (!ci.usable()) {
+    return nullptr;
+  }
+  if (properties != nullptr) {
+    requireOk(CMSetPropertyFilter(ci.get(), properties, nullptr), throwOperationFailed);
+  }
+  const OutboundRules rules{broker, properties, throwOperationFailed};
+  for (const CIMProperty& property : inst.properties()) {
+    setProperty(ci.get(), property, rules);
+  }
+  return ci.leave();
+}
+
+}  // namespace tvp::cim::adap::cmpi

@@ -1,0 +1,225 @@
+#include "cmpi/CMPIHelperPaths.h"
+
+#include "CIM/Framework/CIMException.h"
+#include "cmpi/CMPIHelper.h"
+#include "cmpi/CMPIHelperValues.h"
+#include "cmpi/CMPIObjectGuard.h"
+#include "oslib/KVSLog.h"
+#include "oslib/KVSSystem.h"
+
+#include "cmpimacs.h"
+
+#include <utility>
+
+namespace tvp::cim::adap::cmpi {
+namespace {
+
+using fwf::CIMException;
+using fwf::CIMObjectPath;
+using fwf::CIMProperty;
+
+constexpr char OUTBOUND_NAME[] = "FrameworkObjectPathToCMPIObjectPath";
+constexpr std::uint32_t HOST_NAME_SIZE = 256;
+
+/** Null when the string is missing or has no text. */
+const char* charactersOf(const CMPIString* text) {
+  if (text == nullptr) {
+    return nullptr;
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  const char* characters = CMGetCharsPtr(text, &rc);
+  requireOk(rc, throwOperationFailed);
+  return characters;
+}
+
+/** Sets one text of a path. @return false, with a line on the log, when it is null */
+bool takeText(const char* text, void (*set)(CIMObjectPath&, const char*), CIMObjectPath& out,
+              const char* missing, bool logged) {
+  if (text == nullptr) {
+    if (logged) {
+      KvsLogMsg(KVS_LOG_ERROR, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - %s is NULL", missing);
+    }
+    return false;
+  }
+  set(out, text);
+  return true;
+}
+
+/** Host, namespace and class of a path. @return false when one of the texts is null */
+bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, bool logged) {
+  if (!isObject(op)) {
+    throw CIMException(fwf::FW_RC_INVALID_NAMESPACE, std::string(fwf::INVALID_NAMESPACE_SUFFIX));
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  const CMPIObjectGuard<CMPIString> nameSpace(CMGetNameSpace(op, &rc));
+  if (rc.rc != CMPI_RC_OK) {
+    throw CIMException(fwf::FW_RC_INVALID_NAMESPACE, std::string(fwf::INVALID_NAMESPACE_SUFFIX));
+  }
+  const char* nameSpaceText = charactersOf(nameSpace.get());
+  const CMPIObjectGuard<CMPIString> className(CMGetClassName(op, &rc));
+  if (rc.rc != CMPI_RC_OK) {
+    throw CIMException(fwf::FW_RC_INVALID_CLASS, std::string(fwf::INVALID_CLASS_SUFFIX));
+  }
+  const char* classText = charactersOf(className.get());
+  char host[HOST_NAME_SIZE] = {};
+  if (KvsGetHostName(host, HOST_NAME_SIZE) != 0) {
+    throwOperationFailed();
+  }
+  host[HOST_NAME_SIZE - 1] = '\0';
+  // The host that the path names is not read: the provider manages this host only.
+  out.setHost(host);
+  const auto setNameSpace = [](CIMObjectPath& path, const char* text) { path.setNameSpace(text); };
+  const auto setClassName = [](CIMObjectPath& path, const char* text) { path.setClassName(text); };
+  return takeText(nameSpaceText, setNameSpace, out, "NameSpace", logged) &&
+         takeText(classText, setClassName, out, "ClassName", logged);
+}
+
+/** The value of a key as the framework takes it; the type CMPI_null for one that it does not take. */
+CMPIData acceptedKey(CMPIData key) {
+  switch (key.type) {
+  case CMPI_string:
+  case CMPI_boolean:
+  case CMPI_ref:
+    break;
+  case CMPI_sint64:
+    // Object managers pass every number as sint64; the keys of this system are 32-bit identifiers.
+    key.type = CMPI_uint32;
+    key.value.uint32 = static_cast<CMPIUint32>(static_cast<CMPIUint64>(key.value.sint64));
+    break;
+  default:
+    key.type = CMPI_null;
+    break;
+  }
+  return key;
+}
+
+/** Replaces the keys of a path; readPath is for keys that are references. */
+void readKeys(const CMPIObjectPath* op, PathReader readPath, CIMObjectPath& out) {
+  const InboundRules rules{readPath, true, true, throwOperationFailed};
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  const CMPICount count = CMGetKeyCount(op, &rc);
+  requireOk(rc, rules.report);
+  if (count == 0) {
+    return;
+  }
+  std::vector<CIMProperty> keys;
+  for (CMPICount i = 0; i < count; ++i) {
+    CMPIString* name = nullptr;
+    const CMPIData data = CMGetKeyAt(op, i, &name, &rc);
+    requireOk(rc, rules.report);
+    if (data.state != CMPI_keyValue) {
+      continue;
+    }
+    const CMPIData accepted = acceptedKey(data);
+    if (accepted.type == CMPI_null) {
+      continue;
+    }
+    std::optional<CIMProperty> key = propertyOfValue(textOf(name, rules.report), accepted, rules);
+    if (key) {
+      keys.push_back(std::move(*key));
+    }
+  }
+  out.setKeyBindings(std::move(keys));
+}
+
+/** The conversion without its lines on the log. */
+void readPathSilently(const CMPIObjectPath* op, bool withKeys, CIMObjectPath& out) {
+  if (readNames(op, out, false) && withKeys) {
+    readKeys(op, readPathSilently, out);
+  }
+}
+
+[[noreturn]] void throwOutboundFailure(const CMPIStatus& status) {
+  const char* message = isObject(status.msg) ? CMGetCharsPtr(status.msg, nullptr) : nullptr;
+  KvsLogMsg(KVS_LOG_INFORMATION, "%s : Throw exception if operation returns error# %d with Error msg %s",
+            OUTBOUND_NAME, static_cast<int>(status.rc), message == nullptr ? "" : message);
+  throwOperationFailed(status);
+}
+
+void addKey(CMPIObjectPath* path, const CIMProperty& key, const OutboundRules& rules) {
+  const std::optional<OutboundShape> shape = naturalShape(key.getType());
+  if (!shape || key.getType() > fwf::PDT_REFERENCE) {
+    throw CIMException(fwf::FW_RC_NOT_SUPPORTED, std::string(fwf::NOT_SUPPORTED_SUFFIX));
+  }
+  if (key.getType() == fwf::PDT_STRING && !key.stringSlot().m_values.empty()) {
+    KvsLogMsg(KVS_LOG_DEBUG, " string property %s", key.stringSlot().m_values.front().c_str());
+  }
+  const OutboundValue value = valueOfProperty(key, *shape, rules);
+  if (!value.isNull()) {  // a key without a value names nothing
+    requireOk(CMAddKey(path, key.name().c_str(), value.get(), value.type()), rules.report);
+  }
+}
+
+bool isArray(const CIMProperty& property) {
+  return (property.getType() & 1U) != 0;
+}
+
+}  // namespace
+
+void CMPIHelper::CMPIObjectPathToFrameworkObjectPath(CMPIObjectPath const* op, bool withKeys,
+                                                     CIMObjectPath& out) {
+  KvsTrace("Entering CMPIHelper :: CMPIObjectPathToFrameworkObjectPath");
+  if (!readNames(op, out, true)) {
+    return;
+  }
+  if (withKeys && !setKeys(op, out)) {
+    throwOperationFailed();
+  }
+  KvsTrace("Exiting CMPIHelper :: CMPIObjectPathToFrameworkObjectPath");
+}
+
+bool CMPIHelper::setKeys(CMPIObjectPath const* op, CIMObjectPath& out) {
+  readKeys(op, CMPIObjectPathToFrameworkObjectPath, out);
+  return true;
+}
+
+std::string CMPIHelper::objectPathText(CMPIObjectPath const* op) {
+  CIMObjectPath path;
+  try {
+    readPathSilently(op, true, path);
+  } catch (const CIMException&) {
+    path.clearObjectPath();
+  }
+  return path.toString();
+}
+
+CMPIObjectPath* CMPIHelper::FrameworkObjectPathToCMPIObjectPath(CIMObjectPath const& path,
+                                                                CMPIBroker const* broker) {
+  return makeObjectPath(path.nameSpace(), path.className(), path.keyBindings(), KeySelection::All, broker);
+}
+
+CMPIObjectPath* makeObjectPath(const std::string& nameSpace, const std::string& className,
+                               const std::vector<CIMProperty>& keys, KeySelection selection,
+                               const CMPIBroker* broker) {
+  KvsLogMsg(KVS_LOG_DEBUG, " FrameworkObjectPathToCMPIObjectPath Enter");
+  KvsLogMsg(KVS_LOG_DEBUG, " namespace %s", nameSpace.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, " classname %s", className.c_str());
+  if (broker == nullptr) {
+    throwOperationFailed();
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  CMPIObjectGuard<CMPIObjectPath> path(CMNewObjectPath(broker, nameSpace.c_str(), className.c_str(), &rc));
+  if (rc.rc != CMPI_RC_OK) {
+    KvsLogMsg(KVS_LOG_INFORMATION, "%s:Cannot set object path.", OUTBOUND_NAME);
+    throwOperationFailed(rc);
+  }
+  if (!path.usable()) {
+    return nullptr;
+  }
+  const OutboundRules rules{broker, nullptr, throwOutboundFailure};
+  for (const CIMProperty& key : keys) {
+    if (selection == KeySelection::All || !isArray(key)) {
+      addKey(path.get(), key, rules);
+    }
+  }
+  KvsLogMsg(KVS_LOG_DEBUG, " FrameworkObjectPathToCMPIObjectPath Exit");
+  return path.leave();
+}
+
+void CMPIHelper::ConvertChartoStringVector(char const* const* list, std::vector<std::string>& out) {
+  for (; list != nullptr && *list != nullptr; ++list) {
+    out.emplace_back(*list);
+  }
+}
+
+}  // namespace tvp::cim::adap::cmpi

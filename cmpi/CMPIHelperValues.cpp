@@ -1,0 +1,31 @@
+#include "cmpi/CMPIHelperValues.h"
+
+#include "CIM/Framework/CIMException.h"
+#include "CIM/Framework/CIMInstance.h"
+#include "CIM/Framework/CIMObjectPath.h"
+
+#include "cmpimacs.h"
+
+namespace tvp::cim::adap::cmpi {
+
+void throwOperationFailed(const CMPIStatus&) {
+  throw fwf::CIMException(fwf::FW_RC_FAILED, std::string(fwf::OPERATION_FAILED_SUFFIX));
+}
+
+void requireOk(const CMPIStatus& status, FailureReport report) {
+  if (status.rc != CMPI_RC_OK) {
+    report(status);
+  }
+}
+
+std::string textOf(const CMPIString* text, FailureReport report) {
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  if (text == nullptr) {
+    report(rc);
+  }
+  const char* characters = CMGetCharsPtr(text, &rc);
+  requireOk(rc, report);
+  return characters == nullptr ? std::string() : std::string(characters);
+}
+
+}  // namespace tvp::cim::adap::cmpi

@@ -1,0 +1,109 @@
+#ifndef CMPI_CMPIHELPERVALUES_H
+#define CMPI_CMPIHELPERVALUES_H
+
+#include "CIM/Framework/CIMProperty.h"
+
+#include "cmpidt.h"
+
+#include <optional>
+#include <string>
+
+// What keys, properties and method arguments share when their values are converted. Which types each of
+// them takes, what it logs and how it sets a value is their own.
+namespace tvp::cim::adap::cmpi {
+
+/** Reports a failed CMPI call: logs what its conversion has to say, and throws. */
+using FailureReport = void (*)(const CMPIStatus& status);
+
+/** The report of conversions that log nothing: throws FW_RC_FAILED with " :: Operation Failed". */
+[[noreturn]] void throwOperationFailed(const CMPIStatus& status = CMPIStatus{CMPI_RC_OK, nullptr});
+
+/** @throws what report throws, unless the status is CMPI_RC_OK. */
+void requireOk(const CMPIStatus& status, FailureReport report);
+
+/**
+ * The characters of a CMPI string; a null text reads as empty.
+ * @throws what report throws when there is no string or its text cannot be had.
+ */
+std::string textOf(const CMPIString* text, FailureReport report);
+
+/** Fills a path from a CMPI path, as CMPIHelper::CMPIObjectPathToFrameworkObjectPath does. */
+using PathReader = void (*)(const CMPIObjectPath* op, bool withKeys, fwf::CIMObjectPath& out);
+
+/** How values come in. */
+struct InboundRules {
+  PathReader readPath;   ///< for references
+  bool referenceKeys;    ///< whether references bring their keys
+  bool isKey;            ///< the key flag of the property
+  FailureReport report;  ///< must throw
+};
+
+/**
+ * The property that a CMPI value makes. Taken are boolean, the unsigned integers, string, datetime and
+ * reference, and arrays of uint8, sint8, uint32, uint64, string and reference. A value with the state
+ * CMPI_nullValue becomes a default element with the null flag.
+ * @return nothing for any other type
+ */
+std::optional<fwf::CIMProperty> propertyOfValue(const std::string& name, const CMPIData& data,
+                                                const InboundRules& rules);
+
+/** How values go out. */
+struct OutboundRules {
+  const CMPIBroker* broker;
+  const char** properties;  ///< filter of embedded instances; null means all
+  FailureReport report;     ///< must throw
+};
+
+/** The types under which a property goes out. */
+struct OutboundShape {
+  CMPIType type;         ///< passed with the value
+  CMPIType arrayMadeOf;  ///< element type that an array is made with
+  CMPIType elementType;  ///< element type that its elements are set with
+};
+
+/** Lines that accompany a conversion on the log at level 4; null for none. */
+struct OutboundTexts {
+  const char* received;
+  const char* arrayMade;
+  const char* beforeConverting;  ///< each element of an array
+  const char* beforeSetting;     ///< each element of an array
+};
+
+/** The CMPI types of the same kind as a type code. @return nothing for codes that no conversion handles */
+std::optional<OutboundShape> naturalShape(fwf::Primitive_DataType code);
+
+/** A CMPI value with what was made for it; releases that when it goes. The receivers of values copy them. */
+class OutboundValue {
+public:
+  /** The value null of a type. */
+  explicit OutboundValue(CMPIType type) : m_type(type) {}
+  OutboundValue(CMPIType type, const CMPIValue& value) : m_type(type), m_value(value), m_isNull(false) {}
+  ~OutboundValue();
+  OutboundValue(OutboundValue&& other) noexcept;
+  OutboundValue& operator=(OutboundValue&&) = delete;
+  OutboundValue(const OutboundValue&) = delete;
+  OutboundValue& operator=(const OutboundValue&) = delete;
+
+  CMPIType type() const { return m_type; }
+  bool isNull() const { return m_isNull; }
+  /** What setters take: null for the value null. */
+  const CMPIValue* get() const { return m_isNull ? nullptr : &m_value; }
+
+private:
+  CMPIType m_type;
+  CMPIValue m_value{};
+  bool m_isNull = true;
+};
+
+/**
+ * The CMPI value of a property whose type code has a natural shape: its first element, or an array of
+ * all. A scalar without an element is null.
+ * @throws what rules.report throws when the broker makes no object, and what converting references
+ * and instances throws.
+ */
+OutboundValue valueOfProperty(const fwf::CIMProperty& property, const OutboundShape& shape,
+                              const OutboundRules& rules, const OutboundTexts& texts = OutboundTexts{});
+
+}  // namespace tvp::cim::adap::cmpi
+
+#endif

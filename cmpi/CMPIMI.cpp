@@ -1,0 +1,352 @@
+#include "cmpi/CMPIMI.h"
+
+#include "cmpi/CMPIAdapter.h"
+#include "cmpi/CMPIAdapterOperation.h"
+#include "cmpi/CMPIMILifecycle.h"
+#include "cmpi/CMPIObjectGuard.h"
+#include "oslib/KVSLog.h"
+
+using namespace tvp::cim::adap::cmpi;
+
+namespace {
+
+constexpr char NO_ADAPTER[] = "Failed to get CMPIAdapter singleton instance";
+
+/** The names of an exported function in its lines on the log. */
+struct FunctionNames {
+  const char* entry;
+  const char* exit;
+  const char* invalidExit;            ///< exit after arguments that are missing
+  const char* operation;              ///< in the line about a failed operation
+  const char* invalidNote = nullptr;  ///< a line of its own before that about missing arguments
+
+  constexpr explicit FunctionNames(const char* function, const char* operationName = nullptr,
+                                   const char* note = nullptr)
+      : entry(function), exit(function), invalidExit(function), operation(operationName), invalidNote(note) {}
+  constexpr FunctionNames(const char* entryName, const char* exitName, const char* invalidExitName,
+                          const char* operationName)
+      : entry(entryName), exit(exitName), invalidExit(invalidExitName), operation(operationName) {}
+};
+
+/** Whether a text argument says anything. */
+bool isText(const char* text) {
+  return text != nullptr && *text != '\0';
+}
+
+template <typename... Objects>
+bool areObjects(const Objects*... objects) {
+  return (isObject(objects) && ...);
+}
+
+CMPIStatus invalidParameters(const FunctionNames& names) {
+  if (names.invalidNote != nullptr) {
+    KvsLogMsg(KVS_LOG_INFORMATION, "%s", names.invalidNote);
+  }
+  KvsLogMsg(KVS_LOG_INFORMATION, "%s", INVALID_PARAMETERS);
+  return CMPIStatus{CMPI_RC_ERR_INVALID_PARAMETER, newEntryMessage(INVALID_PARAMETERS)};
+}
+
+/** Calls the adapter. Its operations throw nothing; whatever happens all the same must not leave. */
+template <typename AdapterCall>
+CMPIStatus callAdapter(const FunctionNames& names, AdapterCall call) {
+  CMPIStatus status{CMPI_RC_OK, nullptr};
+  try {
+    CMPIAdapter* adapter = CMPIAdapter::getInstance();
+    if (adapter == nullptr) {
+      KvsLogMsg(KVS_LOG_FATAL, "%s", NO_ADAPTER);
+      return CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(NO_ADAPTER)};
+    }
+    call(*adapter, entryBroker(), &status);
+  } catch (...) {
+    status = CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(UNKNOWN_ERROR)};
+  }
+  if (status.rc != CMPI_RC_OK) {
+    KvsLogMsg(KVS_LOG_ERROR, "%s operation failed,                 refer previous log lines for reason",
+              names.operation);
+  }
+  return status;
+}
+
+/** The shape of all functions that lead to the adapter. */
+template <typename AdapterCall>
+CMPIStatus forward(const FunctionNames& names, bool argumentsAreValid, AdapterCall call) {
+  traceFunction("Entering", names.entry);
+  const CMPIStatus status = argumentsAreValid ? callAdapter(names, call) : invalidParameters(names);
+  traceFunction("Exiting", argumentsAreValid ? names.exit : names.invalidExit);
+  return status;
+}
+
+/** The shape of the functions that only check their arguments. */
+CMPIStatus answerEmpty(const FunctionNames& names, bool argumentsAreValid) {
+  traceFunction("Entering", names.entry);
+  const CMPIStatus status = argumentsAreValid ? CMPIStatus{CMPI_RC_OK, nullptr} : invalidParameters(names);
+  traceFunction("Exiting", names.exit);
+  return status;
+}
+
+template <typename MI>
+MI* createMI(const CMPIBroker* broker, const CMPIContext* ctx, MI& mi) {
+  enterProvider(broker, ctx);
+  return &mi;
+}
+
+CMPIStatus cleanUpMI(const char* function, const void* mi, const CMPIContext* ctx, CMPIBoolean terminating) {
+  traceFunction("Entering", function);
+  CMPIStatus status{CMPI_RC_OK, nullptr};
+  if (terminating != 0) {
+    KvsTrace("CleanUp routein called due to cimserver shutdown");
+    try {
+      CommonCleanup(mi, ctx, status);
+    } catch (...) {
+      status = CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(UNKNOWN_ERROR)};
+    }
+  } else {
+    KvsTrace("CleanUp routein called due to inactivity of provider and zero indication subscription");
+    KvsTrace("Preventing provider from unloading this time");
+    status.rc = CMPI_RC_NEVER_UNLOAD;
+  }
+  traceFunction("Exiting", function);
+  return status;
+}
+
+CMPIInstanceMIFT instanceTable = {CMPIVersion200,
+                                  CMPIVersion200,
+                                  "instancetarvexProProvider",
+                                  tvpCmpiMICleanup,
+                                  tvpCmpiMIEnumInstanceNames,
+                                  tvpCmpiMIEnumInstances,
+                                  tvpCmpiMIGetInstance,
+                                  tvpCmpiMICreateInstance,
+                                  tvpCmpiMIModifyInstance,
+                                  tvpCmpiMIDeleteInstance,
+                                  tvpCmpiMIExecQuery};
+CMPIMethodMIFT methodTable = {CMPIVersion200, CMPIVersion200, "methodtarvexProProvider",
+                              tvpCmpiMIMethodCleanup, tvpCmpiMIInvokeMethod};
+CMPIAssociationMIFT associationTable = {CMPIVersion200,
+                                        CMPIVersion200,
+                                        "associationtarvexProProvider",
+                                        tvpCmpiMIAssociationCleanup,
+                                        tvpCmpiMIAssociators,
+                                        tvpCmpiMIAssociatorNames,
+                                        tvpCmpiMIReferences,
+                                        tvpCmpiMIReferenceNames};
+// The capital letter is intended: registrations name the interface so.
+CMPIIndicationMIFT indicationTable = {CMPIVersion200,
+                                      CMPIVersion200,
+                                      "IndicationtarvexProProvider",
+                                      tvpCmpiMIIndicationCleanup,
+                                      tvpCmpiMIAuthorizeFilter,
+                                      tvpCmpiMIMustPoll,
+                                      tvpCmpiMIActivateFilter,
+                                      tvpCmpiMIDeActivateFilter,
+                                      tvpCmpiMIEnableIndications,
+                                      tvpCmpiMIDisableIndications};
+
+CMPIInstanceMI instanceMI = {nullptr, &instanceTable};
+CMPIMethodMI methodMI = {nullptr, &methodTable};
+CMPIAssociationMI associationMI = {nullptr, &associationTable};
+CMPIIndicationMI indicationMI = {nullptr, &indicationTable};
+
+}  // namespace
+
+CMPIInstanceMI* tarvexProProvider_Create_InstanceMI(const CMPIBroker* broker, const CMPIContext* ctx,
+                                                    CMPIStatus*) {
+  return createMI(broker, ctx, instanceMI);
+}
+
+CMPIMethodMI* tarvexProProvider_Create_MethodMI(const CMPIBroker* broker, const CMPIContext* ctx,
+                                                CMPIStatus*) {
+  return createMI(broker, ctx, methodMI);
+}
+
+CMPIAssociationMI* tarvexProProvider_Create_AssociationMI(const CMPIBroker* broker, const CMPIContext* ctx,
+                                                          CMPIStatus*) {
+  return createMI(broker, ctx, associationMI);
+}
+
+CMPIIndicationMI* tarvexProProvider_Create_IndicationMI(const CMPIBroker* broker, const CMPIContext* ctx,
+                                                        CMPIStatus*) {
+  return createMI(broker, ctx, indicationMI);
+}
+
+CMPIStatus tvpCmpiMICleanup(CMPIInstanceMI* mi, const CMPIContext* ctx, CMPIBoolean terminating) {
+  return cleanUpMI("tvpCmpiMICleanup", mi, ctx, terminating);
+}
+
+CMPIStatus tvpCmpiMIMethodCleanup(CMPIMethodMI* mi, const CMPIContext* ctx, CMPIBoolean terminating) {
+  return cleanUpMI("tvpCmpiMIMethodCleanup", mi, ctx, terminating);
+}
+
+CMPIStatus tvpCmpiMIAssociationCleanup(CMPIAssociationMI* mi, const CMPIContext* ctx,
+                                       CMPIBoolean terminating) {
+  return cleanUpMI("tvpCmpiMIAssociationCleanup", mi, ctx, terminating);
+}
+
+CMPIStatus tvpCmpiMIIndicationCleanup(CMPIIndicationMI* mi, const CMPIContext* ctx, CMPIBoolean terminating) {
+  return cleanUpMI("tvpCmpiMIIndicationCleanup", mi, ctx, terminating);
+}
+
+CMPIStatus tvpCmpiMIEnumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                      const CMPIObjectPath* op) {
+  // The names in the traces of this function, tvpCmpiMICreateInstance and tvpCmpiMIExecQuery are odd in
+  // places; intended, as logs are searched for them.
+  constexpr FunctionNames names("tvpCmpiMIEnumInstanceNames", "tvpCmpiMIEnumInstanceNames",
+                                "KvsCmpiMIEnumInstanceNames", "EnumInstanceNames");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.EnumInstanceNames(mi, ctx, rslt, op, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIEnumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                  const CMPIObjectPath* op, const char** properties) {
+  constexpr FunctionNames names("tvpCmpiMIEnumInstances", "EnumInstances");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.EnumInstances(mi, ctx, rslt, op, properties, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIGetInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                const CMPIObjectPath* op, const char** properties) {
+  constexpr FunctionNames names("tvpCmpiMIGetInstance", "GetInstance");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.GetInstance(mi, ctx, rslt, op, properties, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMICreateInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                   const CMPIObjectPath* op, const CMPIInstance* instance) {
+  constexpr FunctionNames names("tvpCmpiMIGetInstance", "ZelCmpiMICreateInstance", "tvpCmpiMICreateInstance",
+                                "CreateInstance");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op, instance),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.CreateInstance(mi, ctx, rslt, op, instance, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIModifyInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                   const CMPIObjectPath* op, const CMPIInstance* instance,
+                                   const char** properties) {
+  constexpr FunctionNames names("tvpCmpiMIModifyInstance", "ModifyInstance");
+  return forward(names, mi != nullptr && properties != nullptr,
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.ModifyInstance(mi, ctx, rslt, op, instance, properties, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIDeleteInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                   const CMPIObjectPath* op) {
+  constexpr FunctionNames names("tvpCmpiMIDeleteInstance", "DeleteInstance");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.DeleteInstance(mi, ctx, rslt, op, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIExecQuery(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                              const CMPIObjectPath* op, const char* query, const char* language) {
+  constexpr FunctionNames names("KvsCmpiMIExecQuery", "tvpCmpiMIExecQuery", "tvpCmpiMIExecQuery", nullptr);
+  return answerEmpty(names, mi != nullptr && areObjects(ctx, rslt, op) && isText(query) && isText(language));
+}
+
+CMPIStatus tvpCmpiMIInvokeMethod(CMPIMethodMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                 const CMPIObjectPath* op, const char* methodName, const CMPIArgs* in,
+                                 CMPIArgs* out) {
+  constexpr FunctionNames names("tvpCmpiMIInvokeMethod", "InvokeMethod");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op, in, out) && isText(methodName),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.InvokeMethod(mi, ctx, rslt, op, methodName, in, out, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIAssociators(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
+                                const char* role, const char* resultRole, const char** properties) {
+  constexpr FunctionNames names("tvpCmpiMIAssociators", "Associators");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.Associators(mi, ctx, rslt, op, assocClass, resultClass, role, resultRole,
+                                       properties, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIAssociatorNames(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                    const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
+                                    const char* role, const char* resultRole) {
+  constexpr FunctionNames names("tvpCmpiMIAssociatorNames", "AssociatorNames");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op) && isText(assocClass),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.AssociatorNames(mi, ctx, rslt, op, assocClass, resultClass, role, resultRole,
+                                           broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIReferences(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                               const CMPIObjectPath* op, const char* resultClass, const char* role,
+                               const char** properties) {
+  constexpr FunctionNames names("tvpCmpiMIReferences", "References");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.References(mi, ctx, rslt, op, resultClass, role, properties, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIReferenceNames(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
+                                   const CMPIObjectPath* op, const char* resultClass, const char* role) {
+  constexpr FunctionNames names("tvpCmpiMIReferenceNames", "ReferenceNames");
+  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.ReferenceNames(mi, ctx, rslt, op, resultClass, role, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIAuthorizeFilter(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
+                                    const char* className, const CMPIObjectPath* op, const char* owner) {
+  constexpr FunctionNames names("tvpCmpiMIAuthorizeFilter");
+  return answerEmpty(names,
+                     mi != nullptr && areObjects(ctx, filter, op) && isText(className) && isText(owner));
+}
+
+CMPIStatus tvpCmpiMIMustPoll(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
+                             const char* className, const CMPIObjectPath* op) {
+  constexpr FunctionNames names("tvpCmpiMIMustPoll");
+  return answerEmpty(names, mi != nullptr && areObjects(ctx, filter, op) && isText(className));
+}
+
+CMPIStatus tvpCmpiMIActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
+                                   const char* className, const CMPIObjectPath* op,
+                                   CMPIBoolean firstActivation) {
+  constexpr FunctionNames names("tvpCmpiMIActivateFilter", "ActivateFilter", "INVALID : Indication MI");
+  return forward(names, mi != nullptr,
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.ActivateFilter(mi, ctx, filter, className, op, firstActivation, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIDeActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx,
+                                     const CMPISelectExp* filter, const char* className,
+                                     const CMPIObjectPath* op, CMPIBoolean lastActivation) {
+  constexpr FunctionNames names("tvpCmpiMIDeActivateFilter", "DeActivateFilter");
+  return forward(names, mi != nullptr,
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.DeActivateFilter(mi, ctx, filter, className, op, lastActivation, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIEnableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
+  constexpr FunctionNames names("tvpCmpiMIEnableIndications", "EnableIndications");
+  return forward(names, mi != nullptr && areObjects(ctx),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.EnableIndications(mi, ctx, broker, status);
+                 });
+}
+
+CMPIStatus tvpCmpiMIDisableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
+  constexpr FunctionNames names("tvpCmpiMIDisableIndications", "DisableIndications");
+  return forward(names, mi != nullptr && areObjects(ctx),
+                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+                   adapter.DisableIndications(mi, ctx, broker, status);
+                 });
+}

@@ -1,0 +1,115 @@
+#include "cmpi/CMPIMILifecycle.h"
+
+#include "cmpi/CMPIAdapter.h"
+#include "cmpi/CMPIAdapterOperation.h"
+#include "cmpi/CMPIObjectGuard.h"
+#include "oslib/KVSLog.h"
+#include "oslib/KVSMutex.h"
+#include "oslib/KVSMutexGuard.h"
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+
+namespace tvp::cim::adap::cmpi {
+namespace {
+
+// What the factories were given last; written by them while requests read.
+std::atomic<const CMPIBroker*> g_Broker{nullptr};
+std::atomic<const CMPIContext*> g_Context{nullptr};
+
+/** Guards the count and the flags below. */
+KvsMutexHandle mutexObject = KvsMutexInit();
+std::int32_t refCnt = 0;
+bool init = false;     ///< initialisation was tried; it is not tried again
+bool cleanup = false;  ///< the provider was torn down
+
+/** Starts log and adapter. Called once, under the lock. */
+void startProvider() {
+  KvsLogMsg(KVS_LOG_DEBUG, "I am working fine here");
+  KvsLogInit("TVP");
+  traceFunction("Entering", "tvpInitialize");
+  CMPIAdapter* adapter = CMPIAdapter::getInstance();
+  if (adapter == nullptr) {
+    KvsLogMsg(KVS_LOG_ERROR, "Failed to create CMPIAdapter instance");
+    return;
+  }
+  adapter->setBroker(g_Broker);
+  adapter->setContext(g_Context);
+  if (adapter->initialize()) {
+    KvsLogMsg(KVS_LOG_INFORMATION, "CMPIMI : Provider Initialized successfully");
+  } else {
+    KvsLogMsg(KVS_LOG_ERROR, "Failed to initialize CMPIAdapter");
+  }
+}
+
+/** Counts one interface more and starts the provider with the first. */
+void tvpInitialize() {
+  traceFunction("Entering", "tvpInitialize");
+  KvsMutexGuard guard(mutexObject);
+  if (!guard.locked()) {
+    KvsTrace("Leaving CMPIMI tvpInitialize()");
+    return;
+  }
+  ++refCnt;
+  KvsLogMsg(KVS_LOG_DEBUG, "Ref count = %d", static_cast<int>(refCnt));
+  if (refCnt == 1 && !init) {
+    init = true;
+    try {
+      startProvider();
+    } catch (...) {
+      KvsLogMsg(KVS_LOG_ERROR, "Failed to initialize CMPIAdapter");
+    }
+  } else {
+    KvsLogMsg(KVS_LOG_INFORMATION, "Provider Initialization already done");
+  }
+  guard.unlock();
+  traceFunction("Exiting", "tvpInitialize");
+}
+
+}  // namespace
+
+const CMPIBroker* entryBroker() {
+  return g_Broker;
+}
+
+CMPIString* newEntryMessage(const char* text) {
+  return newMessage(g_Broker, text);
+}
+
+void traceFunction(const char* direction, const char* name) {
+  char line[128];
+  std::snprintf(line, sizeof line, "%s CMPIMI %s()", direction, name);
+  KvsTrace(line);
+}
+
+void enterProvider(const CMPIBroker* broker, const CMPIContext* ctx) {
+  g_Broker = broker;
+  g_Context = ctx;
+  tvpInitialize();
+}
+
+void CommonCleanup(const void* mi, const CMPIContext* ctx, CMPIStatus& status) {
+  KvsMutexGuard guard(mutexObject);
+  if (!guard.locked()) {
+    return;
+  }
+  --refCnt;
+  KvsLogMsg(KVS_LOG_DEBUG, "Ref count at cleanup = %d", static_cast<int>(refCnt));
+  if (refCnt != 0 || cleanup) {
+    guard.unlock();
+    KvsLogMsg(KVS_LOG_INFORMATION, "Provider CleanUp already done");
+    return;
+  }
+  if (mi == nullptr || !isObject(ctx)) {
+    // Only a warning: an object manager that shuts down is not kept from it by what it passes.
+    KvsLogMsg(KVS_LOG_INFORMATION, "%s", INVALID_PARAMETERS);
+    status = CMPIStatus{CMPI_RC_OK, newEntryMessage("Warning : The input parameters are invalid")};
+  }
+  CMPIAdapter::deleteInstance();
+  cleanup = true;
+  guard.unlock();
+  KvsMutexDelete(&mutexObject);
+}
+
+}  // namespace tvp::cim::adap::cmpi
