@@ -57,6 +57,9 @@ install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_FOLDER}/sfcb COMPONEN
 # The provider reads its catalogue from this very place, whatever the prefix.
 install(FILES share/TVPEvents.properties DESTINATION /usr/VolMan COMPONENT provider)
 
+install(FILES packaging/debian/lintian-overrides RENAME tarvexpro-provider
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT provider)
+
 set(documentation ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-provider)
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 install(FILES README.md DESTINATION ${documentation} COMPONENT provider)

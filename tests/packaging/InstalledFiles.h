@@ -22,6 +22,7 @@ inline std::set<std::string> providerFiles() {
           "share/bash-completion/completions/tvp-register",
           TVP_ZSH_COMPLETION_FOLDER "/_voltvkctl",
           TVP_ZSH_COMPLETION_FOLDER "/_tvp-register",
+          "share/lintian/overrides/tarvexpro-provider",
           "share/doc/tarvexpro-provider/README.md",
           "share/doc/tarvexpro-provider/docs/architecture.md",
           "share/doc/tarvexpro-provider/changelog.gz",

@@ -72,7 +72,6 @@ protected:
 TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
   std::set<std::string> provider = tvp::test::providerFiles();
   provider.insert("VolMan/TVPEvents.properties");
-  provider.insert("share/lintian/overrides/tarvexpro-provider");
   // Every page of the documentation belongs to the package: new ones need no change here.
   for (const fs::directory_entry& page : fs::directory_iterator(TVP_SOURCE_DIR "/docs")) {
     provider.insert("share/doc/tarvexpro-provider/docs/" + page.path().filename().string());
@@ -84,9 +83,8 @@ TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
               HasSubstr("tarvexpro-provider (= " TVP_VERSION ")"));
 }
 
-TEST_F(PackagesTest, UnpackedCommandsRunAndScriptsTouchNoObjectManager) {
+TEST_F(PackagesTest, UnpackedCommandsRunWhereTheyLie) {
   const fs::path root = m_folder.path() / "root";
-  const fs::path control = m_folder.path() / "control";
   for (const char* name : {"tarvexpro-provider", "tarvexpro-dev"}) {
     ask({"-x", package(name), root});
   }
@@ -95,30 +93,41 @@ TEST_F(PackagesTest, UnpackedCommandsRunAndScriptsTouchNoObjectManager) {
                                    .with("VOLTVK_STATE", m_folder.file("state.db"))
                                    .run();
   EXPECT_EQ(result.exitStatus, 0) << result.err;
+}
 
-  ask({"-e", package("tarvexpro-provider"), control});
-  for (const char* script : {"preinst", "postinst", "postrm"}) {
-    EXPECT_FALSE(fs::exists(control / script)) << script;
-  }
-  EXPECT_TRUE(fs::exists(control / "md5sums"));
-  // An upgrade keeps the registration; a removal takes the links and the record away, and says what is left
-  // to do.
-  const std::string asInstalled = "/usr/" TVP_INSTALL_LIBDIR "/libVOLTVK.so";
+TEST_F(PackagesTest, ScriptsLeaveObjectManagersAloneAndTakeTheirLinksAway) {
+  const fs::path control = m_folder.path() / "control";
+  const fs::path commands = m_folder.path() / "bin";
   const fs::path records = m_folder.path() / "records";
   const fs::path link = m_folder.path() / "libVOLTVK.so";
+  ask({"-e", package("tarvexpro-provider"), control});
+  fs::create_directory(commands);
   fs::create_directory(records);
-  fs::create_symlink(asInstalled, link);
+  for (const char* command :
+       {"cimmof", "cimprovider", "cimserver", "sfcbrepos", "sfcbunstage", "systemctl"}) {
+    std::ofstream(commands / command) << "#!/bin/sh\n>'" << m_folder.file("called") << "'\n";
+    fs::permissions(commands / command, fs::perms::owner_all);
+  }
+  fs::create_symlink("/usr/" TVP_INSTALL_LIBDIR "/libVOLTVK.so", link);
   std::ofstream(records / "pegasus") << "folder=" << m_folder.path().string() << '\n';
-  const auto runScript = [&](const char* action) {
-    return Command({control / "prerm", action}).with("TVP_REGISTER_RECORDS", records).run();
+  const auto runScript = [&](const char* script, const char* action, const char* version) {
+    const CommandResult result = Command({control / script, action, version})
+                                     .with("TVP_REGISTER_RECORDS", records)
+                                     .with("PATH", commands.string() + ":/usr/bin:/bin")
+                                     .run();
+    EXPECT_EQ(result.exitStatus, 0) << script << ' ' << action << ": " << result.err;
+    return result.out;
   };
-  EXPECT_EQ(runScript("upgrade").exitStatus, 0);
+  EXPECT_THAT(runScript("postinst", "configure", ""), HasSubstr("tvp-register --pegasus or"));
+  EXPECT_EQ(runScript("prerm", "upgrade", "2.0"), "");
+  EXPECT_THAT(runScript("postinst", "configure", "0.9"), HasSubstr("run tvp-register --pegasus and"));
   EXPECT_TRUE(fs::is_symlink(link));
-  const CommandResult removed = runScript("remove");
-  EXPECT_EQ(removed.exitStatus, 0) << removed.err;
-  EXPECT_THAT(removed.out, HasSubstr("cimprovider -r -m tarvexProProviderModule"));
+  EXPECT_THAT(runScript("prerm", "remove", ""), HasSubstr("cimprovider -r -m tarvexProProviderModule"));
+  runScript("postrm", "purge", "");
   EXPECT_FALSE(fs::is_symlink(link));
   EXPECT_FALSE(fs::exists(records));
+  EXPECT_FALSE(fs::exists(m_folder.path() / "called"));
+  EXPECT_TRUE(fs::exists(control / "md5sums"));
 }
 
 }  // namespace
