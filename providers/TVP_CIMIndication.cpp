@@ -31,7 +31,7 @@ void TVP_CIMIndication::getRepositoryObjects(const CIMObjectPath&, std::vector<C
 bool TVP_CIMIndication::getKeysFromEventKeys(const std::vector<CIMProperty>& eventKeys,
                                              std::vector<CIMProperty>& keys) {
   KvsTrace("Enter TVP_CIMIndication :: getKeysFromEventKeys()");
-  keys = std::vector<CIMProperty>(eventKeys);
+  keys = std::vector<CIMProperty>(eventKeys);  // whole: a property assigned onto another may keep its values
   // "with error" is written on success too; log readers know the line so.
   KvsTrace("Exit TVP_CIMIndication :: getKeysFromEventKeys() with error");
   return true;

