@@ -3,6 +3,7 @@
 
 #include "host/tvpcim/Session.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -26,7 +27,8 @@ extern const ObjectKind VOLUME;
 /** What to say, and to do, when the identity cannot be read. */
 constexpr const char* NO_DRIVER = "no storage driver answers; 'voltvkctl status' tells why";
 
-/** Codes that the verbs have to know; the schema has the names of all of them. */
+/** Codes and limits that the verbs have to know; the schema has the names of all codes. */
+constexpr std::size_t LONGEST_NAME = 31;  ///< bytes
 constexpr std::uint8_t TIER_HDD = 1;
 constexpr std::uint8_t TIER_SSD = 3;
 constexpr std::uint64_t DEVICE_SSD = 2;

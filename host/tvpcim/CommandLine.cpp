@@ -1,0 +1,192 @@
+#include "host/tvpcim/CommandLine.h"
+
+#include "host/tvpcim/AssociationCommands.h"
+#include "host/tvpcim/DriveCommands.h"
+#include "host/tvpcim/Failure.h"
+#include "host/tvpcim/IdentityCommand.h"
+#include "host/tvpcim/IntrinsicCommands.h"
+#include "host/tvpcim/MethodCommand.h"
+#include "host/tvpcim/PoolCommands.h"
+#include "host/tvpcim/SchemaCommands.h"
+#include "host/tvpcim/Text.h"
+#include "host/tvpcim/TreeCommand.h"
+#include "host/tvpcim/VolumeCommands.h"
+#include "host/tvpcim/WatchCommand.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+
+#include <unistd.h>
+
+namespace tvp::host::tvpcim {
+namespace {
+
+constexpr int DONE = 0;
+constexpr int FAILED = 1;
+constexpr int WRONG_USAGE = 2;
+
+const char* const SUMMARY =
+    "Talks to the storage provider as a CIM object manager does: storage verbs, CIM verbs and indications.";
+const char* const FOOTER = "\nExit status: 0 done, 1 the operation failed, 2 wrong usage.\n"
+                           "'tvpcim VERB --help' tells more about a verb.";
+
+std::vector<std::string> verbsOf(const CLI::App& app) {
+  std::vector<std::string> names;
+  for (const CLI::App* verb : app.get_subcommands([](const CLI::App*) { return true; })) {
+    names.push_back(verb->get_name());
+  }
+  return names;
+}
+
+bool takesValue(const std::string& option) {
+  static const std::vector<std::string> OPTIONS = {"-o",       "--output", "--provider",
+                                                   "--schema", "--user",   "--namespace"};
+  return std::find(OPTIONS.begin(), OPTIONS.end(), option) != OPTIONS.end();
+}
+
+void printError(const Tool& tool, const std::string& text) {
+  std::fprintf(stderr, "tvpcim: %s%s%s\n", tool.verb().c_str(), tool.verb().empty() ? "" : ": ",
+               text.c_str());
+}
+
+/** Does what the command line asks for. */
+int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>& arguments) {
+  try {
+    tool.print(commandLine.parse(arguments));
+    tool.run();
+    tool.flush();
+    return DONE;
+  } catch (const UsageError& error) {
+    printError(tool, error.what());
+    return WRONG_USAGE;
+  } catch (const OperationError& error) {
+    printError(tool, error.what());
+    if (!error.reading().empty()) {
+      std::fprintf(stderr, "tvpcim: (own reading) %s\n", error.reading().c_str());
+    }
+  } catch (const std::exception& error) {
+    printError(tool, error.what());
+  }
+  return FAILED;
+}
+
+/** Warns of rules that the provider broke. @return whether that makes the command fail */
+bool reportBreaches(Tool& tool) {
+  const std::vector<std::string> breaches = tool.session().breaches();
+  for (const std::string& text : breaches) {
+    std::fprintf(stderr, "tvpcim: warning: the provider broke a rule of the interface: %s\n", text.c_str());
+  }
+  return !breaches.empty() && std::getenv("TVPCIM_STRICT") != nullptr;
+}
+
+}  // namespace
+
+CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
+  m_app.fallthrough();
+  m_app.require_subcommand(1);
+  m_app.footer(FOOTER);
+  m_app.set_version_flag("--version", "tvpcim " TVP_VERSION);
+  addGlobalOptions();
+  m_groups.push_back(std::make_unique<IdentityCommand>(tool));
+  m_groups.push_back(std::make_unique<DriveCommands>(tool));
+  m_groups.push_back(std::make_unique<PoolCommands>(tool));
+  m_groups.push_back(std::make_unique<VolumeCommands>(tool));
+  m_groups.push_back(std::make_unique<TreeCommand>(tool));
+  m_groups.push_back(std::make_unique<WatchCommand>(tool));
+  m_groups.push_back(std::make_unique<IntrinsicCommands>(tool));
+  m_groups.push_back(std::make_unique<MethodCommand>(tool));
+  m_groups.push_back(std::make_unique<AssociationCommands>(tool));
+  m_groups.push_back(std::make_unique<SchemaCommands>(tool));
+  for (const auto& group : m_groups) {
+    group->addTo(m_app);
+  }
+}
+
+void CommandLine::addGlobalOptions() {
+  static const std::map<std::string, Form> FORMS = {
+      {"table", Form::Table}, {"json", Form::Json}, {"mof", Form::Mof}};
+  Options& options = m_tool.options;
+  m_app
+      .add_option_function<std::string>(
+          "-o,--output", [&options](const std::string& form) { options.form = FORMS.at(form); },
+          "Form of the answer: table (default), json or mof")
+      ->type_name("FORM")
+      ->check(CLI::IsMember({"table", "json", "mof"}));
+  m_app.add_flag("--wide", options.wide, "Show every column of a table, whatever the width of the terminal");
+  m_app.add_option("--user", options.user, "User name of the requests; default: yours")->type_name("NAME");
+  m_app
+      .add_option("--provider", options.provider,
+                  "The provider's library; default: the one that belongs to tvpcim")
+      ->type_name("FILE");
+  m_app
+      .add_option("--schema", options.schema, "File of the classes; default: the one that belongs to tvpcim")
+      ->type_name("FILE");
+  m_app.add_option("--namespace", options.nameSpace, "Namespace of the requests")
+      ->type_name("NAME")
+      ->capture_default_str();
+}
+
+void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {
+  CLI::App* parent = &m_app;
+  std::string words;
+  for (std::size_t index = 0; index < arguments.size(); ++index) {
+    const std::string& word = arguments[index];
+    if (word == "--") {
+      return;
+    }
+    if (word.size() > 1 && word[0] == '-') {
+      index += takesValue(word) ? 1 : 0;
+      continue;
+    }
+    const std::vector<std::string> verbs = verbsOf(*parent);
+    if (verbs.empty()) {
+      return;
+    }
+    if (std::find(verbs.begin(), verbs.end(), word) == verbs.end()) {
+      const std::string near = suggestion(word, verbs);
+      throw UsageError("there is no verb '" + words + printable(word) + "'" +
+                       (near.empty() ? "; see 'tvpcim " + words + "--help'" : near));
+    }
+    parent = parent->get_subcommand(word);
+    words += word + " ";
+  }
+}
+
+std::string CommandLine::parse(const std::vector<std::string>& arguments) {
+  checkVerbs(arguments);
+  try {
+    m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
+  } catch (const CLI::CallForHelp&) {
+    return m_app.help();
+  } catch (const CLI::CallForVersion& version) {
+    return std::string(version.what()) + "\n";
+  } catch (const CLI::ParseError& error) {
+    std::string words;
+    for (const CLI::App* verb = &m_app; !verb->get_subcommands().empty();) {
+      verb = verb->get_subcommands().front();
+      words += verb->get_name() + " ";
+    }
+    throw UsageError((words.empty() ? "" : words.substr(0, words.size() - 1) + ": ") +
+                     printable(error.what()) + "; see 'tvpcim " + words + "--help'");
+  }
+  return "";
+}
+
+void runAndExit(int argumentCount, char** arguments) {
+  Tool tool;
+  CommandLine commandLine(tool);
+  int status =
+      perform(tool, commandLine,
+              std::vector<std::string>(arguments + std::min(argumentCount, 1), arguments + argumentCount));
+  if (reportBreaches(tool) && status == DONE) {
+    status = FAILED;
+  }
+  // The provider's listener sleeps for seconds at a time; nobody waits for it when the answer is out.
+  std::fflush(stdout);
+  std::fflush(stderr);
+  ::_exit(status);
+}
+
+}  // namespace tvp::host::tvpcim

@@ -1,0 +1,5 @@
+#include "host/tvpcim/CommandLine.h"
+
+int main(int argumentCount, char** arguments) {
+  tvp::host::tvpcim::runAndExit(argumentCount, arguments);
+}
