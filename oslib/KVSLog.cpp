@@ -165,8 +165,9 @@ int KvsLogMsg(int level, const char* format, ...) {
   char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
   KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
   char line[LINE_SIZE];
-  std::snprintf(line, sizeof line, "%s[%s%s%8X]\t%s%s", timeStamp, module, DASHES + moduleLength,
-                threadNumber(), tagOf(level), message);
+  std::snprintf(line, sizeof line, "%s[%s%s%8X]\t%s", timeStamp, module, DASHES + moduleLength,
+                threadNumber(), tagOf(level));
+  std::strncat(line, message, sizeof line - std::strlen(line) - 1);
   std::fprintf(file.get(), "%s\n", line);
   return KVS_LOG_DONE;
 }

@@ -1,0 +1,264 @@
+// What the log writes, when, and what it answers.
+#include "oslib/KVSLog.h"
+#include "oslib/KVSMethodTrace.h"
+#include "oslib/KVSPaths.h"
+#include "support/LogCapture.h"
+#include "support/TemporaryFolder.h"
+
+#include <chrono>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <regex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+using tvp::test::LogCapture;
+using tvp::test::TemporaryFolder;
+
+constexpr std::uintmax_t LARGEST = 10485759;
+const std::string STAMP = R"(\d\d/\d{1,2}/\d{4} \d\d:\d\d:\d\d:\d{1,3})";
+
+std::string threadColumn() {
+  char text[16];
+  std::snprintf(text, sizeof text, "%8X", static_cast<unsigned int>(pthread_self()));
+  return text;
+}
+
+/** A root of its own for the log, which is initialised by the test. */
+class Log : public ::testing::Test {
+protected:
+  Log() { kvsSetPathRoot(m_root.path().string()); }
+  ~Log() override {
+    KvsLogUninit();
+    kvsSetPathRoot("");
+  }
+
+  std::string path(const std::string& module = "TVP") const {
+    return m_root.file("var/log/" + module + ".txt");
+  }
+  void create(const std::string& module = "TVP") const { m_root.write("var/log/" + module + ".txt", ""); }
+  bool exists(const std::string& module = "TVP") const { return std::filesystem::exists(path(module)); }
+
+  std::vector<std::string> lines(const std::string& module = "TVP") const {
+    std::vector<std::string> result;
+    std::ifstream stream(path(module));
+    for (std::string line; std::getline(stream, line);) {
+      result.push_back(line);
+    }
+    return result;
+  }
+
+  TemporaryFolder m_root;
+};
+
+TEST_F(Log, LinesOfTraceAndMessageHaveTheirOwnShapes) {
+  struct Case {
+    const char* module;
+    const char* dashes;
+  };
+  for (const Case& item : {Case{"TVP", "-------"}, Case{"tvpIf", "-----"}, Case{"TenLetters", ""}}) {
+    SCOPED_TRACE(item.module);
+    create(item.module);
+    ASSERT_EQ(KvsLogInit(item.module), 0);
+    EXPECT_EQ(KvsLogMsg(KVS_LOG_DEBUG, "Ref count = %d", 1), 0);
+    EXPECT_EQ(KvsTrace("Entering %s %n"), 0);
+    const std::vector<std::string> written = lines(item.module);
+    ASSERT_EQ(written.size(), 3U);
+    const std::string header = STAMP + R"(\[)" + item.module + item.dashes + threadColumn() + R"(\])";
+    EXPECT_TRUE(
+        std::regex_match(written[0], std::regex(header + "  :LOG_INFO :: ######OSLIB Init Suucesazful#####")))
+        << written[0];
+    EXPECT_TRUE(std::regex_match(written[1], std::regex(header + "\t:LOG_DEBUG::Ref count = 1")))
+        << written[1];
+    EXPECT_TRUE(std::regex_match(written[2], std::regex(header + "  :LOG_INFO :: Entering %s %n")))
+        << written[2];
+    EXPECT_EQ(KvsLogUninit(), 0);
+  }
+}
+
+TEST_F(Log, EveryLevelHasItsTag) {
+  const LogCapture log;
+  const std::vector<std::pair<int, std::string>> tags = {
+      {1, ":LOG_FATAL::"}, {2, ":LOG_ERROR::"}, {3, ":LOG_WARN::"}, {4, ":LOG_DEBUG::"}, {5, ":LOG_INFO::"},
+      {0, ":LOG_INFO::"},  {6, ":LOG_INFO::"},  {9, ":LOG_INFO::"}, {-1, ":LOG_INFO::"}};
+  for (const auto& [level, tag] : tags) {
+    log.clear();
+    EXPECT_EQ(KvsLogMsg(level, "text"), 0);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{tag + "text"}) << level;
+  }
+}
+
+TEST_F(Log, IsSwitchedByTheFileAndNeverCreatesIt) {
+  EXPECT_EQ(KvsTrace("before initialisation"), 1);
+  std::filesystem::create_directories(m_root.file("var/log"));
+  ASSERT_EQ(KvsLogInit("TVP"), 0);
+  EXPECT_EQ(KvsTrace("absent"), 1);
+  EXPECT_EQ(KvsLogMsg(KVS_LOG_ERROR, "absent"), 1);
+  EXPECT_FALSE(exists());
+
+  create();
+  EXPECT_EQ(KvsTrace("present"), 0);
+  EXPECT_EQ(KvsLogMsg(KVS_LOG_ERROR, "present"), 0);
+  EXPECT_EQ(lines().size(), 2U);
+
+  std::filesystem::remove(path());
+  EXPECT_EQ(KvsTrace("removed"), 1);
+  EXPECT_FALSE(exists());
+}
+
+TEST_F(Log, StopsBehindTenMebibytesAndRestartsWhenEmptied) {
+  create();
+  ASSERT_EQ(KvsLogInit("TVP"), 0);
+  for (const auto& write :
+       {+[] { return KvsTrace("line"); }, +[] { return KvsLogMsg(KVS_LOG_DEBUG, "line"); }}) {
+    std::filesystem::resize_file(path(), LARGEST);
+    EXPECT_EQ(write(), 0);
+    EXPECT_GT(std::filesystem::file_size(path()), LARGEST);
+    std::filesystem::resize_file(path(), LARGEST + 1);
+    EXPECT_EQ(write(), 5);
+    EXPECT_EQ(std::filesystem::file_size(path()), LARGEST + 1);
+    std::filesystem::resize_file(path(), 0);
+    EXPECT_EQ(write(), 0);
+    EXPECT_EQ(lines().size(), 1U);
+  }
+}
+
+TEST_F(Log, FirstSuccessfulInitialisationWins) {
+  create("TVP");
+  create("tvpIf");
+  EXPECT_EQ(KvsLogUninit(), 1);
+  EXPECT_EQ(KvsLogInit(nullptr), 3);
+  EXPECT_EQ(KvsTrace("not yet"), 1);
+  EXPECT_EQ(KvsLogInit("TVP"), 0);
+  EXPECT_EQ(KvsLogInit("tvpIf"), 0);
+  EXPECT_EQ(KvsLogInit(nullptr), 0);
+  EXPECT_EQ(KvsTrace("line"), 0);
+  EXPECT_EQ(lines("TVP").size(), 2U);
+  EXPECT_TRUE(lines("tvpIf").empty());
+
+  EXPECT_EQ(KvsLogUninit(), 0);
+  EXPECT_EQ(KvsTrace("ended"), 1);
+  EXPECT_EQ(KvsLogMsg(KVS_LOG_DEBUG, "ended"), 1);
+  EXPECT_EQ(KvsLogUninit(), 1);
+  EXPECT_EQ(KvsLogInit("tvpIf"), 0);
+  EXPECT_EQ(lines("tvpIf").size(), 1U);
+}
+
+TEST_F(Log, LongMessagesAreCutAndLongTracesAreNot) {
+  create();
+  ASSERT_EQ(KvsLogInit("TVP"), 0);
+  const std::string text(700, 'x');
+  EXPECT_EQ(KvsLogMsg(KVS_LOG_DEBUG, "%s", text.c_str()), 0);
+  EXPECT_EQ(KvsTrace(text.c_str()), 0);
+  const std::vector<std::string> written = lines();
+  ASSERT_EQ(written.size(), 3U);
+  EXPECT_EQ(written[1].size(), 511U);
+  EXPECT_NE(written[2].find(text), std::string::npos);
+}
+
+TEST_F(Log, MissingArgumentsAreRefused) {
+  const LogCapture log;
+  const char* none = nullptr;
+  EXPECT_EQ(KvsTrace(none), 3);
+  EXPECT_TRUE(log.lines().empty());
+
+  std::uint64_t size = 77;
+  EXPECT_EQ(KvsFileExists(none, &size), 0);
+  EXPECT_EQ(KvsFileExists(m_root.file("absent").c_str(), &size), 0);
+  EXPECT_EQ(size, 77U);
+  const std::string present = m_root.write("present", "12345");
+  EXPECT_EQ(KvsFileExists(present.c_str(), nullptr), 1);
+  EXPECT_EQ(KvsFileExists(present.c_str(), &size), 1);
+  EXPECT_EQ(size, 5U);
+}
+
+TEST_F(Log, LinesOfThreadsDoNotMix) {
+  create();
+  ASSERT_EQ(KvsLogInit("TVP"), 0);
+  constexpr int THREADS = 4;
+  constexpr int PAIRS = 100;
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < THREADS; ++thread) {
+    threads.emplace_back([] {
+      for (int pair = 0; pair < PAIRS; ++pair) {
+        KvsTrace("a trace line of some length");
+        KvsLogMsg(KVS_LOG_DEBUG, "%s number %03d", "a message", pair);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  const std::regex shape(
+      STAMP + R"(\[TVP-------[ 0-9A-F]{8}\](\t:LOG_DEBUG::a message number \d{3}|)" +
+      R"(  :LOG_INFO :: (a trace line of some length|######OSLIB Init Suucesazful#####)))");
+  const std::vector<std::string> written = lines();
+  EXPECT_EQ(written.size(), 1U + 2 * THREADS * PAIRS);
+  for (const std::string& line : written) {
+    EXPECT_TRUE(std::regex_match(line, shape)) << line;
+  }
+}
+
+/** Ends this process with 0 when another thread gets (or, as expected, does not get) through the log. */
+[[noreturn]] void exitByLock(bool expectedHeld, int result) {
+  std::promise<void> through;
+  std::future<void> done = through.get_future();
+  std::thread([&through] {
+    KvsTrace("from another thread");
+    through.set_value();
+  }).detach();
+  const auto bound = expectedHeld ? std::chrono::milliseconds(200) : std::chrono::milliseconds(20000);
+  const bool held = done.wait_for(bound) == std::future_status::timeout;
+  _exit(result == 1 && held == expectedHeld ? 0 : 1);
+}
+
+// A directory in the log's place exists but cannot be opened, for root neither.
+TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
+  std::filesystem::create_directories(path());
+  EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(true, KvsLogMsg(KVS_LOG_DEBUG, "text"))),
+              ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(false, KvsTrace("text"))), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Log, LongModuleNamesKeepTheLockAfterATraceButNotAfterAMessage) {
+  const char* module = "ElevenChars";
+  ASSERT_EQ(KvsLogInit(module), 0);
+  EXPECT_EXIT((create(module), exitByLock(true, KvsTrace("text"))), ::testing::ExitedWithCode(0), "");
+  std::filesystem::remove(path(module));
+  EXPECT_EXIT(
+      {
+        create(module);
+        const int result = KvsLogMsg(KVS_LOG_DEBUG, "text");
+        std::filesystem::remove(path(module));
+        exitByLock(false, result);
+      },
+      ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(Log, MethodTraceBracketsItsScope) {
+  const LogCapture log;
+  const std::string longName(300, 'n');
+  try {
+    const tvp::cim::fwf::tvpMethodTrace outer("TVPInterface");
+    const tvp::cim::fwf::tvpMethodTrace inner(longName.c_str());
+    throw std::runtime_error("leave");
+  } catch (const std::runtime_error&) {
+    KvsTrace("caught");
+  }
+  const std::string cut = longName.substr(0, 255 - std::string("ENTER : ").size());
+  EXPECT_EQ(log.lines(), (std::vector<std::string>{
+                             LogCapture::trace("ENTER : TVPInterface"), LogCapture::trace("ENTER : " + cut),
+                             LogCapture::trace("EXIT  : " + cut), LogCapture::trace("EXIT  : TVPInterface"),
+                             LogCapture::trace("caught")}));
+}
+
+}  // namespace
