@@ -1,0 +1,80 @@
+#ifndef MODEL_DESCRIBE_H
+#define MODEL_DESCRIBE_H
+
+#include "CIM/Framework/CIMInstance.h"
+#include "CIM/Framework/CIMMethodParam.h"
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace tvp::test {
+
+using namespace tvp::cim::fwf;
+
+// Everything that a value of the model holds, as text: two values are the same when their texts are.
+std::string describe(const CIMProperty& property);
+
+inline std::string describe(const std::vector<CIMProperty>& properties) {
+  std::string text = "{";
+  for (const CIMProperty& property : properties) {
+    text += describe(property) + " ";
+  }
+  return text + "}";
+}
+
+inline std::string describe(const CIMObjectPath& path) {
+  return path.host() + "|" + path.nameSpace() + "|" + path.className() + describe(path.keyBindings());
+}
+
+inline std::string describe(const CIMInstance& instance) {
+  return instance.host() + "|" + instance.nameSpace() + "|" + instance.className() +
+         describe(instance.keyProperties()) + describe(instance.properties());
+}
+
+inline std::string describe(const CIMMethodParam& arguments) {
+  return describe(arguments.arguments());
+}
+
+inline std::string describe(const std::string& text) {
+  return '"' + text + '"';
+}
+
+template <typename T>
+std::string describe(const CIMValue<T>& value) {
+  std::ostringstream text;
+  text << value.m_isArray << value.m_isNull << "[";
+  for (const auto& element : value.m_values) {
+    if constexpr (std::is_arithmetic_v<T>) {
+      text << +element << " ";
+    } else {
+      text << describe(element) << " ";
+    }
+  }
+  text << "]";
+  return text.str();
+}
+
+inline std::string describe(const CIMProperty& property) {
+  std::ostringstream text;
+  text << property.name() << "/" << property.getType() << property.isKey() << property.extraFlag();
+  text << describe(property.stringSlot()) << describe(property.uint8Slot()) << describe(property.sint8Slot())
+       << describe(property.uint16Slot()) << describe(property.sint16Slot())
+       << describe(property.uint32Slot()) << describe(property.sint32Slot()) << describe(property.floatSlot())
+       << describe(property.doubleSlot()) << describe(property.uint64Slot())
+       << describe(property.sint64Slot()) << describe(property.booleanSlot())
+       << describe(property.objectPathSlot()) << describe(property.instanceSlot());
+  return text.str();
+}
+
+/** A property of one of the two commonest kinds. */
+inline CIMProperty text(const std::string& name, const std::string& value, bool isKey = false) {
+  return {name, CIMValue<std::string>(value, false, false), isKey, PDT_STRING, false};
+}
+inline CIMProperty number(const std::string& name, unsigned int value, bool isKey = false) {
+  return {name, CIMValue<unsigned int>(value, false, false), isKey, PDT_UINT32, false};
+}
+
+}  // namespace tvp::test
+
+#endif
