@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <utility>
 
 namespace tvp::host {
@@ -294,11 +294,12 @@ std::shared_ptr<const Schema> MofReader::readFile(const std::string& fileName) {
   if (!file) {
     throw MofError(fileName, 0, "cannot open the schema: " + std::string(std::strerror(errno)));
   }
-  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (file.bad()) {
+  std::ostringstream text;
+  text << file.rdbuf();
+  if (file.bad() || text.bad()) {
     throw MofError(fileName, 0, "cannot read the schema");
   }
-  return readText(text, fileName);
+  return readText(text.str(), fileName);
 }
 
 std::shared_ptr<const Schema> MofReader::readText(const std::string& text, const std::string& fileName) {

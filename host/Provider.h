@@ -41,6 +41,9 @@ struct AssociationFilter {
   std::string resultRole;
 };
 
+/** What an object manager makes of a path before a provider sees it: whole numbers as CMPI_sint64. */
+ObjectPath managerPath(ObjectPath path);
+
 /** The list of properties a request asks for; without a value, all of them. */
 using PropertyList = std::optional<std::vector<std::string>>;
 
@@ -68,7 +71,7 @@ class Provider {
 public:
   /** Creates the interfaces. The broker must outlive this object. */
   Provider(Broker& broker, const ProviderFactories& factories, CallOptions defaults = {});
-  /** The same for a loaded library, which stays loaded as long as this object. */
+  /** The same for a loaded library; without a clean-up before the end it stays in the process. */
   Provider(Broker& broker, std::shared_ptr<ProviderLibrary> library, CallOptions defaults = {});
   /** Does not clean up: a one-shot host ends without waiting for the provider's threads. */
   ~Provider();
@@ -124,9 +127,13 @@ public:
   CMPIIndicationMI* indicationMI() const { return m_indicationMI; }
 
 private:
+  void createInterfaces(const ProviderFactories& factories);
+  const CallOptions& optionsOr(const CallOptions* options) const;
+
   Broker& m_broker;
   std::shared_ptr<ProviderLibrary> m_library;
   CallOptions m_defaults;
+  bool m_cleanedUp = false;
   CMPIInstanceMI* m_instanceMI = nullptr;
   CMPIMethodMI* m_methodMI = nullptr;
   CMPIAssociationMI* m_associationMI = nullptr;

@@ -23,7 +23,8 @@ public:
   using std::runtime_error::runtime_error;
 };
 
-/** A provider's shared library, loaded as object managers do it; unloaded with the object. */
+/** A provider's shared library, loaded as object managers do it; unloaded with the object unless it is kept.
+ */
 class ProviderLibrary {
 public:
   /**
@@ -38,6 +39,8 @@ public:
   ProviderLibrary& operator=(const ProviderLibrary&) = delete;
 
   const ProviderFactories& factories() const { return m_factories; }
+  /** Leaves the library in the process for good: its threads may still run. */
+  void keepLoaded() { m_handle = nullptr; }
 
 private:
   void* m_handle;

@@ -88,9 +88,9 @@ std::string TypedElement::valueName(const std::string& number) const {
   }
   const Value::List& map = numbers->asArray();
   for (std::size_t i = 0; i < map.size() && i < names->asArray().size(); ++i) {
-    const Value& name = names->asArray()[i];
-    if (map[i] == Value::string(number) && name.type() == CMPI_string) {
-      return name.asString();
+    const Value& meaning = names->asArray()[i];
+    if (map[i] == Value::string(number) && meaning.type() == CMPI_string) {
+      return meaning.asString();
     }
   }
   return "";
