@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 
 namespace tvp::cim::fwf {
 
@@ -98,7 +99,7 @@ TvproEventManager* TvproEventManager::getInstance() {
   const std::lock_guard<std::mutex> oneCreator(creation);
   KvsMutexGuard lock(s_CreateMutex);
   if (lock.locked() && pOwnInstance.load() == nullptr) {
-    if (auto* created = new TvproEventManager(isPolicyEngineRunning())) {
+    if (auto* created = new (std::nothrow) TvproEventManager(isPolicyEngineRunning())) {
       pOwnInstance.store(created, std::memory_order_release);
       _cleanup.SetInstance(created);
       lock.keepLocked();

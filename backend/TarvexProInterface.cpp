@@ -6,6 +6,7 @@
 #include "oslib/KVSMutexGuard.h"
 
 #include <memory>
+#include <new>
 
 namespace tvp::cim::fwf {
 
@@ -54,7 +55,7 @@ TVPInterface* TVPInterface::getInstance() {
   KvsMutexGuard lock(s_CreateMutex);
   if (lock.locked() && pTVPInterface.load() == nullptr) {
     try {
-      if (auto* created = new TVPInterface) {
+      if (auto* created = new (std::nothrow) TVPInterface) {
         pTVPInterface.store(created, std::memory_order_release);
         _cleanup.SetInstance(created);
         lock.keepLocked();
@@ -103,7 +104,7 @@ TvkLib* TVPInterface::getTarvexProLib() {
     return library;
   }
   try {
-    std::unique_ptr<TvkLib> created(new TvkLib);
+    std::unique_ptr<TvkLib> created(new (std::nothrow) TvkLib);
     // Of two threads that come first together one keeps its object; the guard mutex is nobody's to take.
     if (created && m_library.compare_exchange_strong(library, created.get())) {
       library = created.release();

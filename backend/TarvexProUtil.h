@@ -7,7 +7,7 @@
 namespace tvp::cim::fwf {
 
 /** What the product can do. The numbers are published; the end marker is published as an entry too. */
-enum tvpFeatureEnum {
+enum tvpFeatureEnum : int {
   TVP_FEATURE_CACHE = 1,
   TVP_FEATURE_TIER = 2,
   TVP_FEATURE_THINP = 3,
@@ -18,7 +18,7 @@ enum tvpFeatureEnum {
 };
 
 /** What can be adjusted. Four names say ADJUST and three ADJ: clients know them so. */
-enum tvpSuppAdjEnum {
+enum tvpSuppAdjEnum : int {
   TVP_ADJUST_TUNE_KNOB = 1,
   TVP_ADJUST_MAX_MOVE_CHUNKS = 2,
   TVP_ADJUST_MOVE_THRESHOLD = 3,
@@ -30,7 +30,7 @@ enum tvpSuppAdjEnum {
 };
 
 /** Chunk sizes. There is no 2 MiB and no 8 MiB. */
-enum tvpSuppChunkEnum {
+enum tvpSuppChunkEnum : int {
   TVP_CHUNKSZ_4KB = 1,
   TVP_CHUNKSZ_64KB = 2,
   TVP_CHUNKSZ_128KB = 3,

@@ -1,0 +1,233 @@
+#include "backend/StorageFixture.h"
+#include "backend/TarvexProVirtualPool.h"
+#include "backend/TarvexProVirtualVolume.h"
+
+namespace tvp::test {
+namespace {
+
+struct OperationCase {
+  std::string method;
+  std::string exit;
+  std::string calling;
+  std::string returned;
+  std::string throwing;
+  std::string libraryOperation;
+  std::function<unsigned int(Ret&)> run;
+};
+
+const std::string POOL = "TarvexProVirtualPool::";
+const std::string VOLUME = "TarvexProVirtualVolume::";
+
+OperationCase regular(const std::string& method, const std::string& operation,
+                      std::function<unsigned int(Ret&)> run) {
+  return {method, method, operation, operation, operation, operation, std::move(run)};
+}
+
+std::vector<OperationCase> allOperations() {
+  static VirtualPoolSpec pool;
+  static VirtualVolumeSpec volume;
+  static d_ioctl_user_stat statistics;
+  std::vector<OperationCase> cases = {
+      regular(POOL + "CreateVirtualPool", "createVirtualPool",
+              [](Ret& ret) { return TarvexProVirtualPool::CreateVirtualPool(pool, ret); }),
+      regular(POOL + "ModifyVirtualPool", "modifyVirtualPool",
+              [](Ret& ret) { return TarvexProVirtualPool::ModifyVirtualPool(7, pool, ret); }),
+      regular(POOL + "DeleteVirtualPool", "deleteVirtualPool",
+              [](Ret& ret) { return TarvexProVirtualPool::DeleteVirtualPool(7, ret); }),
+      regular(VOLUME + "CreateVirtualVolume", "createVirtualVolume",
+              [](Ret& ret) { return TarvexProVirtualVolume::CreateVirtualVolume(volume, ret); }),
+      regular(VOLUME + "ModifyVirtualVolume", "modifyVirtualVolume",
+              [](Ret& ret) { return TarvexProVirtualVolume::ModifyVirtualVolume(7, volume, ret); }),
+      regular(VOLUME + "FlushVirtualVolume", "flushVirtualVolume",
+              [](Ret& ret) { return TarvexProVirtualVolume::FlushVirtualVolume(7, ret); }),
+      regular(VOLUME + "DeleteVirtualVolume", "deleteVirtualVolume",
+              [](Ret& ret) { return TarvexProVirtualVolume::DeleteVirtualVolume(7, ret); }),
+      regular(VOLUME + "ResetVolumeStats", "resetVirtualVolumeStats",
+              [](Ret& ret) { return TarvexProVirtualVolume::ResetVolumeStats(7, ret); }),
+      regular(VOLUME + "GetVolumeStats", "getVirtualVolumeStats",
+              [](Ret& ret) { return TarvexProVirtualVolume::GetVolumeStats(7, &statistics, ret); }),
+      {VOLUME + "CreateDataCacheVirtualVolume", VOLUME + "CreateDataCacheVolume", "createDataCacheVolume",
+       "CreateDataCacheVolume", "CreateDataCacheVolume", "createCachedLD",
+       [](Ret& ret) {
+         return TarvexProVirtualVolume::CreateDataCacheVirtualVolume("v", "d", 2, 1, GIBIBYTE, 2, pool, ret);
+       }},
+  };
+  cases[1].throwing = "ModifyVirtualPool";
+  cases[3].exit = POOL + "CreateVirtualVolume";
+  return cases;
+}
+
+/** The lines of an operation that speak of its course. */
+std::vector<std::string> course(const LogCapture& log) {
+  std::vector<std::string> kept;
+  for (const std::string& line : log.lines()) {
+    for (const char* word : {"Entering ", "Calling ", "Returned ", "!!ERROR!!", "Exception ", "Exiting "}) {
+      if (line.find(word) != std::string::npos) {
+        kept.push_back(line);
+      }
+    }
+  }
+  return kept;
+}
+
+class AdapterOperations : public StorageTest {
+protected:
+  static std::string entryOf(const OperationCase& operation) {
+    return operation.libraryOperation == "createCachedLD"
+               ? LogCapture::message(4, "Entering TarvexProVirtualVolume::CreateDataCacheVolume :")
+               : LogCapture::trace("Entering " + operation.method + "()");
+  }
+  static std::string exitOf(const OperationCase& operation, int result) {
+    return LogCapture::message(4, "Exiting " + operation.exit + "() with Return: " + std::to_string(result));
+  }
+};
+
+TEST_F(AdapterOperations, ARefusalIsPassedOnAndReadsAsFailure) {
+  for (const OperationCase& operation : allOperations()) {
+    SCOPED_TRACE(operation.method);
+    voltvk::Faults().fail(operation.libraryOperation, 77);
+    log.clear();
+    Ret ret;
+    EXPECT_EQ(operation.run(ret), 3U);
+    EXPECT_EQ(ret.getReturn(), 77U);
+    EXPECT_EQ(course(log),
+              (std::vector<std::string>{
+                  entryOf(operation), LogCapture::trace("Calling TvkAdapter::" + operation.calling + "()"),
+                  LogCapture::trace("Returned from TvkAdapter::" + operation.returned + "()"),
+                  exitOf(operation, 3)}));
+  }
+}
+
+TEST_F(AdapterOperations, AnExceptionOfTheLibraryReadsAsSuccess) {
+  for (const OperationCase& operation : allOperations()) {
+    SCOPED_TRACE(operation.method);
+    voltvk::Faults().throwFrom(operation.libraryOperation);
+    log.clear();
+    Ret ret;
+    EXPECT_EQ(operation.run(ret), 0U);
+    EXPECT_EQ(ret.getReturn(), 0U);
+    EXPECT_EQ(course(log),
+              (std::vector<std::string>{
+                  entryOf(operation), LogCapture::trace("Calling TvkAdapter::" + operation.calling + "()"),
+                  LogCapture::trace("Exception caught in Tvk Lib method: TvkAdapter::" + operation.throwing +
+                                    "() "),
+                  exitOf(operation, 0)}));
+  }
+}
+
+TEST_F(AdapterOperations, WithoutAnAdapterNothingIsCalled) {
+  voltvk::Faults().adapterAbsent();
+  refreshTarvexProObjects();
+  for (const OperationCase& operation : allOperations()) {
+    SCOPED_TRACE(operation.method);
+    log.clear();
+    Ret ret;
+    EXPECT_EQ(operation.run(ret), 3U);
+    EXPECT_EQ(course(log),
+              (std::vector<std::string>{
+                  entryOf(operation),
+                  LogCapture::message(4, operation.method + "() - !!ERROR!! - TvkAdapter object is NULL"),
+                  exitOf(operation, 3)}));
+  }
+  log.clear();
+  std::vector<CIMInstance> members;
+  EXPECT_EQ(TarvexProVirtualPool::GetPoolMembers(1, members), 3U);
+  EXPECT_EQ(TarvexProVirtualVolume::GetVolumeMembers(1, members), 3U);
+  EXPECT_TRUE(members.empty());
+  EXPECT_TRUE(log.has(LogCapture::message(
+      4, "TarvexProVirtualPool::GetPoolMembers() - !!ERROR!! - TvkAdapter object is NULL")));
+  EXPECT_TRUE(log.has(LogCapture::trace("Exiting TarvexProVirtualVolume::GetVolumeMembers ")));
+}
+
+TEST_F(AdapterOperations, DeletingADataCacheVolumeReportsTheStatusItIsGiven) {
+  Ret fresh;
+  EXPECT_EQ(TarvexProVirtualVolume::DeleteDataCacheVolume(5, 6, fresh), 0U);
+  EXPECT_TRUE(log.has(LogCapture::message(4, "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- "
+                                             "VirtualVolumeId : 5.\t\tVirtualPoolID = 6")));
+  Ret refused(TVK_NO_SUCH_VOLUME);
+  EXPECT_EQ(TarvexProVirtualVolume::DeleteDataCacheVolume(5, 6, refused), 3U);
+  EXPECT_EQ(refused.getReturn(), static_cast<unsigned int>(TVK_NO_SUCH_VOLUME));
+}
+
+TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
+  const unsigned int hdd = makePool("Slow", TVK_DEVICE_HDD);
+  const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
+  constexpr unsigned long long LARGEST = ~0ULL;
+  const struct {
+    VirtualPoolEntry given[2];
+    unsigned int count;
+    unsigned char kind;
+    VirtualPoolEntry passed[2];
+    unsigned long long capacity;
+    bool changed;
+  } cases[] = {
+      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}},
+       2,
+       1,
+       {{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
+       3 * GIBIBYTE,
+       true},
+      {{{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
+       2,
+       1,
+       {{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
+       3 * GIBIBYTE,
+       false},
+      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}},
+       2,
+       2,
+       {{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
+       2 * GIBIBYTE,
+       true},
+      {{{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, 1, 1, {{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, GIBIBYTE, false},
+      {{{999, GIBIBYTE}, {hdd, GIBIBYTE}}, 2, 2, {{999, GIBIBYTE}, {hdd, GIBIBYTE}}, GIBIBYTE, false},
+      {{{hdd, LARGEST}, {ssd, 2}}, 255, 1, {{hdd, LARGEST}, {ssd, 2}}, LARGEST, false},
+  };
+  int number = 0;
+  for (const auto& sample : cases) {
+    SCOPED_TRACE(number);
+    VirtualVolumeSpec spec;
+    tvkSetText(spec.name, TVK_NAME_SIZE, ("Volume " + std::to_string(number++)).c_str());
+    spec.numValidPools = sample.count;
+    spec.featureType1 = sample.kind;
+    std::copy_n(sample.given, 2, spec.pools);
+    log.clear();
+    Ret ret;
+    TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
+    for (int entry = 0; entry < 2; ++entry) {
+      EXPECT_EQ(spec.pools[entry].poolId, sample.passed[entry].poolId);
+      EXPECT_EQ(spec.pools[entry].capacityInSectors, sample.passed[entry].capacityInSectors);
+    }
+    EXPECT_EQ(spec.capacityInSectors, sample.capacity);
+    EXPECT_EQ(log.has(LogCapture::trace("Changed the pool sequence order")), sample.changed);
+    EXPECT_TRUE(
+        log.has(LogCapture::message(4, "Processing to sort Virtual Pool IDs in the order of HDD and then SSD "
+                                       "pool \t\t\t\t\t\t\t\t for total pools: " +
+                                           std::to_string(sample.count))));
+  }
+  EXPECT_TRUE(log.has(LogCapture::message(4, "The pool sequence order as: HDD " + std::to_string(hdd) +
+                                                 "  and SSD " + std::to_string(ssd))));
+}
+
+TEST_F(AdapterOperations, NamesOfCachedVolumesAreCutBetweenCharacters) {
+  const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
+  VirtualPoolSpec internal;
+  tvkSetText(internal.name, TVK_NAME_SIZE, "InternalPool7");
+  internal.numLogicalDevices = internal.numDeviceNumbers = 1;
+  internal.deviceNumbers[0] = addDrive(TVK_DEVICE_HDD);
+  internal.capacityInSectors = 4 * GIBIBYTE;
+  internal.chunkSizeInSectors = MEBIBYTE;
+  internal.tierLevel = TVK_TIER_HDD;
+  internal.poolFlag = TVK_POOL_INTERNAL;
+  Ret ret;
+  const std::string thirty(30, 'n');
+  EXPECT_EQ(TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
+                thirty + "\u00e4 and more", std::string(62, 'd') + "\u20ac", TVK_VOLUME_CACHED, ssd, GIBIBYTE,
+                2, internal, ret),
+            0U);
+  ASSERT_EQ(ret.getReturn(), 0U) << ret.getText();
+  EXPECT_EQ(volumes(), std::vector<std::string>{thirty});
+}
+
+}  // namespace
+}  // namespace tvp::test

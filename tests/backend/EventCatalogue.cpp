@@ -1,0 +1,239 @@
+#include "backend/TarvexProEventManager.h"
+#include "support/LogCapture.h"
+#include "voltvk/Specs.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <random>
+
+namespace tvp::test {
+namespace {
+
+using namespace tvp::cim::fwf;
+using Strings = std::vector<std::string>;
+
+class EventCatalogue : public ::testing::Test {
+protected:
+  struct Outcome {
+    bool applied;
+    bool skip;
+    std::string description;
+  };
+
+  void install(const std::string& catalogue) {
+    log.root().write("usr/VolMan/TVPEvents.properties", catalogue);
+  }
+
+  Outcome describe(std::uint32_t code, const std::string& description) {
+    VolEvent event;
+    event.code = code;
+    tvkSetText(event.description, TVK_EVENT_DESCRIPTION_SIZE, description.c_str());
+    Outcome outcome = {};
+    outcome.applied = manager.getEventdescription(&event, outcome.skip);
+    outcome.description = event.description;
+    return outcome;
+  }
+
+  LogCapture log;
+  TvproEventManager manager{false};
+};
+
+TEST_F(EventCatalogue, TextsReplaceTheDriversDescription) {
+  const std::string driver = "x [P1] y [P2]";
+  const struct {
+    const char* catalogue;
+    std::uint32_t code;
+    const char* expected;
+  } cases[] = {
+      {"701=Pool {0} created\n", 0x701, "Pool P1 created"},
+      {"701 \t=  {1}, {0}  \r\n", 0x701, "P2, P1"},
+      {"701\t=first\n701=second\n", 0x701, "first"},
+      {"40a=lower\n1034=decimal\n40A=right", 0x40A, "right"},
+      {"7011=longer key\n 701=indented\n701=right", 0x701, "right"},
+      {"# 701=a remark\n\n701=right", 0x701, "right"},
+      {"701=a=b", 0x701, "a=b"},
+      {"701=a {12} b {0}", 0x701, "a } b P1"},
+      {"701={7}{0}", 0x701, "{0}"},
+      {"701={9}-{x}-{", 0x701, "-P1-P1"},
+      {"701=", 0x701, ""},
+      {"701 no sign\n701=late\n", 0x701, nullptr},
+      {"702=other\n", 0x701, nullptr},
+      {"701", 0x701, nullptr},
+      {"", 0x701, nullptr},
+  };
+  for (const auto& sample : cases) {
+    SCOPED_TRACE(sample.catalogue);
+    install(sample.catalogue);
+    const Outcome outcome = describe(sample.code, driver);
+    EXPECT_EQ(outcome.applied, sample.expected != nullptr);
+    EXPECT_EQ(outcome.description, sample.expected == nullptr ? driver : sample.expected);
+    EXPECT_FALSE(outcome.skip);
+  }
+  EXPECT_TRUE(log.has(LogCapture::message(5, "evtDescPath = /usr/VolMan/")));
+}
+
+TEST_F(EventCatalogue, WithoutAFileTheDriversDescriptionStays) {
+  EXPECT_FALSE(describe(0x701, "as it was").applied);
+  std::filesystem::create_directories(log.root().file("usr/VolMan/TVPEvents.properties"));
+  const Outcome outcome = describe(0x701, "as it was");
+  EXPECT_FALSE(outcome.applied);
+  EXPECT_EQ(outcome.description, "as it was");
+}
+
+TEST_F(EventCatalogue, TextsFitTheDescriptionWhateverTheyAre) {
+  install("701=" + std::string(254, 'a') + "\u00e4\n702=" + std::string(100000, '{') +
+          "\n703={0}\n704={0}{1}\n" + std::string("705=a\0b\n", 8));
+  EXPECT_EQ(describe(0x701, "").description, std::string(254, 'a')) << "cut between characters";
+  EXPECT_LT(describe(0x702, "[{]").description.size(), TVK_EVENT_DESCRIPTION_SIZE);
+  EXPECT_LT(describe(0x703, "[{0}]").description.size(), TVK_EVENT_DESCRIPTION_SIZE)
+      << "an argument that names itself";
+  EXPECT_LT(describe(0x704, "[{0}{1}{0}] [{0}{0}]").description.size(), TVK_EVENT_DESCRIPTION_SIZE);
+  EXPECT_EQ(describe(0x705, "").description, "a");
+  std::mt19937 random(7);
+  const std::string alphabet = std::string("0123{}[]= \t\r\n\xc3\xa4%A", 19) + '\0';
+  const auto text = [&](std::size_t most) {
+    std::string result(random() % most, ' ');
+    for (char& character : result) {
+      character = alphabet[random() % alphabet.size()];
+    }
+    return result;
+  };
+  for (int round = 0; round < 300; ++round) {
+    install(text(40) + "\n201=" + text(3000) + "\n402 =" + text(60));
+    for (const std::uint32_t code : {0x201U, 0x402U, 0x40AU}) {
+      EXPECT_LT(describe(code, text(255)).description.size(), TVK_EVENT_DESCRIPTION_SIZE);
+    }
+  }
+}
+
+TEST_F(EventCatalogue, ArgumentsAreRewrittenByEventCode) {
+  const struct {
+    unsigned int code;
+    Strings given;
+    Strings expected;
+    bool skip;
+    const char* line;
+    int level;
+  } cases[] = {
+      {513,
+       {"P", "1", "2097152"},
+       {"P", "0", "1.00 GB"},
+       false,
+       "SVS_EVENT_POOL_DEV_CREATED : Size in GB = 1.00 GB ",
+       4},
+      {514,
+       {"P", "3", "1048576", "16"},
+       {"P", "1", "0.50 GB", "16"},
+       true,
+       "SVS_EVENT_POOL_DEV_CREATED : Pool Type = 16 ",
+       2},
+      {513,
+       {"P", "2", "1", "0"},
+       {"P", "2", "0.00 GB", "0"},
+       false,
+       "SVS_EVENT_POOL_DEV_CREATED : Tier Level = 2 ",
+       4},
+      {515, {"P", "16"}, {"P", "16"}, true, "SVS_EVENT_POOL_DEV_CREATION_FAILED : Pool Type = 16 ", 4},
+      {518, {"P", "0"}, {"P", "0"}, false, "SVS_EVENT_POOL_DEV_DELETED : Pool Type = 0 ", 4},
+      {522, {"P", "3"}, {"P", "1"}, false, "SVS_EVENT_POOL_MOD_LEVEL_CHANGED : Tier Level = 1 ", 4},
+      {1025,
+       {"V", "1", "18446744073709551615"},
+       {"V", "Tiered", "8796093022208.00 GB"},
+       false,
+       "SVS_EVENT_VV_DEV_CREATED : Volume Type = Tiered ",
+       4},
+      {1026,
+       {"V", "2", ""},
+       {"V", "Cached", "0.00 GB"},
+       false,
+       "SVS_EVENT_VV_DEV_CREATED : Volume Type = Cached ",
+       4},
+      {1034,
+       {"V", "1", "3"},
+       {"V", "Aggressive", "Passive"},
+       false,
+       "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED : Current FFMode = Passive ",
+       4},
+      {1034,
+       {"V", "2", "9"},
+       {"V", "Normal", "Unknown"},
+       false,
+       "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED : Previous FFMode = Normal ",
+       4},
+      {1537, {"D", "16"}, {"D", "16"}, false, nullptr, 0},
+  };
+  const std::string prefix = "TvproEventManager::rephraseEventDescription: ";
+  for (const auto& sample : cases) {
+    SCOPED_TRACE(sample.code);
+    log.clear();
+    Strings args = sample.given;
+    bool skip = true;
+    manager.rephraseEventDescription(args, sample.code, skip);
+    EXPECT_EQ(args, sample.expected);
+    EXPECT_EQ(skip, sample.skip);
+    if (sample.line != nullptr) {
+      EXPECT_TRUE(
+          log.has(LogCapture::message(static_cast<unsigned int>(sample.level), prefix + sample.line)));
+    } else {
+      EXPECT_TRUE(log.lines().empty());
+    }
+  }
+}
+
+TEST_F(EventCatalogue, MissingArgumentsAreToldAndNeverRead) {
+  const struct {
+    unsigned int code;
+    const char* name;
+  } cases[] = {{513, "SVS_EVENT_POOL_DEV_CREATED"}, {516, "SVS_EVENT_POOL_DEV_CREATION_FAILED"},
+               {517, "SVS_EVENT_POOL_DEV_DELETED"}, {522, "SVS_EVENT_POOL_MOD_LEVEL_CHANGED"},
+               {1026, "SVS_EVENT_VV_DEV_CREATED"},  {1034, "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED"}};
+  for (const auto& sample : cases) {
+    SCOPED_TRACE(sample.name);
+    Strings args;
+    bool skip = true;
+    manager.rephraseEventDescription(args, sample.code, skip);
+    EXPECT_TRUE(args.empty());
+    EXPECT_FALSE(skip);
+    EXPECT_TRUE(log.has(LogCapture::message(2, std::string("TvproEventManager::rephraseEventDescription: ") +
+                                                   sample.name +
+                                                   " \t\t\t\t\t\t\t\t    Not enough event arguments "
+                                                   "from the driver ")));
+  }
+}
+
+TEST_F(EventCatalogue, BlanksAndTabsAreTrimmedInTheirOrder) {
+  const struct {
+    const char* given;
+    const char* expected;
+  } cases[] = {{"", ""},       {" \t \t", ""}, {"  a b  ", "a b"}, {"\ta\t", "a"},
+               {" \t a", "a"}, {"a \t", "a "}, {"a\r", "a\r"},     {"\t\t \t", ""}};
+  for (const auto& sample : cases) {
+    EXPECT_EQ(TvproEventManager::trim(sample.given), sample.expected) << '"' << sample.given << '"';
+  }
+  std::string alternating;
+  for (int count = 0; count < 200000; ++count) {
+    alternating += " \t";
+  }
+  EXPECT_EQ(TvproEventManager::trim(alternating + "x"), "x") << "deep nesting is no recursion";
+}
+
+TEST_F(EventCatalogue, TheShippedCatalogueHasATextForEveryEvent) {
+  std::ifstream shipped(std::string(TVP_SOURCE_DIR) + "/share/TVPEvents.properties", std::ios::binary);
+  install({std::istreambuf_iterator<char>(shipped), std::istreambuf_iterator<char>()});
+  for (const std::uint32_t code : {0x201U, 0x202U, 0x203U, 0x204U, 0x205U, 0x206U, 0x207U, 0x20AU, 0x20BU,
+                                   0x20CU, 0x401U, 0x402U, 0x403U, 0x405U, 0x407U, 0x40AU, 0x40BU, 0x40CU,
+                                   0x40DU, 0x40EU, 0x40FU, 0x601U, 0x602U, 0x701U, 0x702U, 0x801U, 0x802U}) {
+    SCOPED_TRACE(code);
+    const Outcome outcome = describe(code, "[Name] [1] [2097152]");
+    EXPECT_TRUE(outcome.applied);
+    EXPECT_EQ(outcome.description.find_first_of("{}"), std::string::npos) << outcome.description;
+    const bool isPolicyEngine = (code & 0xF00U) == 0x700U;
+    EXPECT_EQ(outcome.description.find("Name") == std::string::npos, isPolicyEngine) << outcome.description;
+  }
+  EXPECT_EQ(describe(0x401, "[Data] [2] [2097152]").description,
+            "Virtual volume Data was created: type Cached, 1.00 GB");
+}
+
+}  // namespace
+}  // namespace tvp::test

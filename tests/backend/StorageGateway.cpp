@@ -1,0 +1,98 @@
+#include "backend/StorageFixture.h"
+#include "backend/TarvexProEventManager.h"
+#include "framework/ShortMemory.h"
+
+#include <thread>
+
+namespace tvp::test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+TEST_F(StorageTest, RoutinesAreListedInAscendingOrderAndUnknownOnesAreNotCalled) {
+  EXPECT_EQ(call("getRoutineList", arguments(makeProperty<unsigned int>("Anything", 1))), 0U);
+  const CIMProperty* list = out.getArgumentByName("Routine_List");
+  ASSERT_NE(list, nullptr);
+  EXPECT_EQ(list->getType(), PDT_STRING_ARRAY);
+  EXPECT_EQ(
+      list->stringSlot().m_values,
+      (Strings{"CreateDataCacheVolume", "CreateVirtualPool", "CreateVirtualVolume", "DeleteDataCacheVolume",
+               "DeleteVirtualPool", "DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualPoolMembers",
+               "GetVirtualVolumeMembers", "GetVirtualVolumeStats", "ModifyVirtualPool", "ModifyVirtualVolume",
+               "ResetVirtualVolumeStats", "getRoutineList"}));
+  EXPECT_EQ(call("createvirtualpool", {}), 1U);
+  EXPECT_EQ(out.getArgumentCount(), 0U);
+
+  routineTable table;
+  initializeRoutineList(table);
+  for (const auto& routine : table) {
+    const bool isFlagged = routine.first == "CreateVirtualVolume" || routine.first == "DeleteVirtualVolume";
+    EXPECT_EQ(routine.second.flag, isFlagged ? 1U : 0U) << routine.first;
+    EXPECT_EQ(routine.second.name, routine.first);
+  }
+}
+
+TEST_F(StorageTest, AMissingDriverIsToldOnceForEachReason) {
+  TemporaryFolder folder;
+  const std::string state = folder.write("state.db", "this is no database at all");
+  gateway().terminate();
+  EXPECT_EQ(gateway().getTarvexProLib(), nullptr);
+  EXPECT_EQ(gateway().GetConfig(), 0U);
+  EXPECT_EQ(getTvkAdapter(), nullptr);
+  ::setenv("VOLTVK_STATE", state.c_str(), 1);
+  log.clear();
+  EXPECT_EQ(gateway().initialize(false), 0U);
+  for (int round = 0; round < 3; ++round) {
+    EXPECT_EQ(gateway().GetConfig(), 0U);
+  }
+  const std::string reason = gateway().getTarvexProLib()->getOpenError();
+  EXPECT_FALSE(reason.empty());
+  EXPECT_EQ(log.count(LogCapture::message(2, "The storage driver is not available: " + reason)), 1U);
+  unsigned long controllers = 1;
+  gateway().getTarvexProLib()->getControllerCount(controllers);
+  EXPECT_EQ(controllers, 0U);
+}
+
+TEST_F(StorageTest, AFailingRefreshIsNoFailure) {
+  voltvk::Faults().fail("refreshConfiguration");
+  EXPECT_EQ(gateway().initialize(false), 0U);
+  voltvk::Faults().throwFrom("refreshConfiguration");
+  EXPECT_EQ(gateway().GetConfig(), 0U);
+}
+
+TEST(StorageGateway, ThreadsThatComeFirstTogetherGetTheSameObjects) {
+  TemporaryFolder folder;
+  ::setenv("VOLTVK_STATE", folder.file("state.db").c_str(), 1);
+  constexpr int THREADS = 8;
+  std::vector<std::thread> threads;
+  std::vector<TVPInterface*> gateways(THREADS);
+  std::vector<TvkLib*> libraries(THREADS);
+  std::vector<TvproEventManager*> managers(THREADS);
+  for (std::size_t index = 0; index < THREADS; ++index) {
+    threads.emplace_back([&, index] {
+      gateways[index] = TVPInterface::getInstance();
+      libraries[index] = gateways[index]->getTarvexProLib();
+      managers[index] = TvproEventManager::getInstance();
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_NE(gateways.front(), nullptr);
+  EXPECT_NE(libraries.front(), nullptr);
+  EXPECT_NE(managers.front(), nullptr);
+  EXPECT_EQ(std::count(gateways.begin(), gateways.end(), gateways.front()), THREADS);
+  EXPECT_EQ(std::count(libraries.begin(), libraries.end(), libraries.front()), THREADS);
+  EXPECT_EQ(std::count(managers.begin(), managers.end(), managers.front()), THREADS);
+}
+
+TEST(StorageGateway, AFailedConstructionIsTriedAgain) {
+  {
+    const ShortMemory shortage;
+    EXPECT_EQ(TVPInterface::getInstance(), nullptr);
+  }
+  EXPECT_NE(TVPInterface::getInstance(), nullptr);
+}
+
+}  // namespace
+}  // namespace tvp::test
