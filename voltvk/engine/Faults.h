@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -73,12 +74,19 @@ public:
   /**
    * What an operation does first: waits, throws or refuses as the faults say, and uses up what holds
    * for one call only.
+   * @throws InjectedFault
    * @return the status to refuse with; TVK_OK when the operation shall go on.
    */
   static std::uint32_t apply(State& state, const char* operation);
 
 private:
   std::shared_ptr<State> m_state;
+};
+
+/** What an operation throws when a fault says so. */
+class InjectedFault : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
 };
 
 /** The name of a kind on the command line: "driver-absent", "fail" and so on. */

@@ -21,6 +21,10 @@ public:
 
 protected:
   VolLib() = default;
+
+private:
+  /** Success when the driver is there, else why not. */
+  virtual Ret checkDriver() = 0;
 };
 
 /**
@@ -43,6 +47,8 @@ public:
   const char* getOpenError();
 
 private:
+  Ret checkDriver() override;
+
   struct State;
   std::unique_ptr<State> m_state;
 };

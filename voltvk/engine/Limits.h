@@ -1,0 +1,32 @@
+#ifndef VOLTVK_ENGINE_LIMITS_H
+#define VOLTVK_ENGINE_LIMITS_H
+
+#include "voltvk/TvkAdapter.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace voltvk {
+
+/** Supported chunk sizes in sectors; the index is the one of the identity's tables, 0 is unused. */
+constexpr std::array<std::uint64_t, 10> CHUNK_SECTORS = {0, 8, 128, 256, 512, 1024, 2048, 8192, 32768, 65536};
+
+/** Chunks of the largest volume. */
+constexpr std::uint64_t MAX_VOLUME_CHUNKS = std::uint64_t{1} << 32U;
+
+constexpr std::size_t MAX_POOLS = 128;
+constexpr std::size_t MAX_VOLUMES = 128;
+constexpr std::size_t MAX_POOL_DRIVES = 64;
+constexpr std::uint64_t MIN_POOL_SECTORS = 2048;
+constexpr std::uint64_t MIN_SECTORS_FROM_POOL = 2048;
+
+/** True for a chunk size that pools may have. */
+bool isChunkSize(std::uint64_t sectors);
+
+/** What the adapter can do, without the counts of the current state. */
+TvkAdapterIdentity identityOfProduct();
+
+}  // namespace voltvk
+
+#endif

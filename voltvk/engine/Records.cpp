@@ -1,0 +1,11 @@
+#include "voltvk/engine/Records.h"
+
+#include "voltvk/VirtualVolume.h"
+
+namespace voltvk {
+
+bool VolumeRecord::isCached() const {
+  return type == TVK_VOLUME_CACHED;
+}
+
+}  // namespace voltvk
