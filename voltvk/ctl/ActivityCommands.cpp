@@ -1,0 +1,120 @@
+#include "voltvk/ctl/Commands.h"
+#include "voltvk/engine/PolicyEngine.h"
+#include "voltvk/engine/Refusal.h"
+#include "voltvk/engine/SnapshotReader.h"
+#include "voltvk/engine/State.h"
+#include "voltvk/engine/VolumeActivity.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <stdexcept>
+
+namespace voltvk::ctl {
+
+namespace {
+
+struct IoOptions {
+  std::string volume;
+  IoPattern pattern;
+};
+
+/** The volume with an identifier or, when there is none, with a name. */
+VolumeRecord findVolume(Connection& connection, const std::string& wanted) {
+  const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
+  auto found = std::find_if(volumes.begin(), volumes.end(),
+                            [&](const VolumeRecord& volume) { return std::to_string(volume.id) == wanted; });
+  if (found == volumes.end()) {
+    found = std::find_if(volumes.begin(), volumes.end(),
+                         [&](const VolumeRecord& volume) { return volume.name == wanted; });
+  }
+  if (found == volumes.end()) {
+    throw Refusal(TVK_NO_SUCH_VOLUME, "there is no volume '" + wanted + "'; give the name or number of one");
+  }
+  return *found;
+}
+
+void playIo(const IoOptions& options, const Context& context) {
+  if (options.pattern.reads + options.pattern.writes == 0) {
+    throw std::invalid_argument("nothing to play; give --reads or --writes");
+  }
+  d_ioctl_user_stat statistics{};
+  std::string name;
+  context.state()->change([&](Connection& connection) {
+    const VolumeRecord volume = findVolume(connection, options.volume);
+    name = volume.name;
+    VolumeActivity activity(connection, volume);
+    activity.play(options.pattern);
+    activity.statistics(statistics);
+  });
+  context.output.write({{"volume", name},
+                        {"reads", options.pattern.reads},
+                        {"writes", options.pattern.writes},
+                        {"totalReads", statistics.readIoCount},
+                        {"totalWrites", statistics.writeIoCount},
+                        {"totalSsdReads", statistics.ssdReadIoCount},
+                        {"totalSsdWrites", statistics.ssdWriteIoCount}},
+                       "volume " + name + ": " + std::to_string(options.pattern.reads) + " reads and " +
+                           std::to_string(options.pattern.writes) + " writes played");
+}
+
+void setPolicy(bool running, const Context& context) {
+  context.state()->change([&](Connection& connection) { PolicyEngine(connection).setRunning(running); });
+  const std::string shown = running ? "running" : "stopped";
+  context.output.write({{"policy", shown}}, "the policy engine is " + shown);
+}
+
+void runPolicy(const Context& context) {
+  bool running = false;
+  std::vector<PolicyEngine::Moved> moved;
+  context.state()->change([&](Connection& connection) {
+    PolicyEngine engine(connection);
+    running = engine.isRunning();
+    moved = engine.runRound();
+  });
+  Json list = Json::array();
+  std::string text;
+  for (const PolicyEngine::Moved& entry : moved) {
+    list.push_back({{"volume", entry.name}, {"id", entry.volume}, {"chunks", entry.chunks}});
+    text += (text.empty() ? "volume " : "\nvolume ") + entry.name + ": " + std::to_string(entry.chunks) +
+            " chunks moved to the SSD pool";
+  }
+  if (text.empty()) {
+    text = running
+               ? "no chunk is hot enough to be moved"
+               : "the policy engine is stopped, so nothing was moved; start it with `voltvkctl policy start`";
+  }
+  context.output.write({{"policy", running ? "running" : "stopped"}, {"moved", list}}, text);
+}
+
+}  // namespace
+
+void addIoCommand(CLI::App& app, Context& context) {
+  auto options = std::make_shared<IoOptions>();
+  CLI::App* io = app.add_subcommand("io", "Play reads and writes against a volume");
+  io->add_option("VOLUME", options->volume, "Name or number of the volume")->required();
+  const CLI::Range count(std::uint64_t{0}, VolumeActivity::MAX_OPERATIONS);
+  io->add_option("--reads", options->pattern.reads, "Number of reads, up to 1000000")->check(count);
+  io->add_option("--writes", options->pattern.writes, "Number of writes, up to 1000000")->check(count);
+  CLI::Option* sequential =
+      io->add_flag("--sequential", options->pattern.sequential, "Chunk after chunk, from the first on");
+  io->add_flag("--random", "Any chunk (default)")->excludes(sequential);
+  io->add_option("--hot", options->pattern.hotPercent,
+                 "Percentage that goes to the hot area, the first 16 chunks of the volume")
+      ->check(CLI::Range(0, 100));
+  io->add_option("--seed", options->pattern.seed, "Another seed touches other chunks (default 1)");
+  io->callback([options, &context] { playIo(*options, context); });
+}
+
+void addPolicyCommands(CLI::App& app, Context& context) {
+  CLI::App* policy = app.add_subcommand("policy", "Steer the policy engine, which moves hot chunks to SSDs");
+  policy->require_subcommand(1);
+  policy->add_subcommand("start", "Start it")->callback([&context] { setPolicy(true, context); });
+  policy->add_subcommand("stop", "Stop it")->callback([&context] { setPolicy(false, context); });
+  policy->add_subcommand("run", "Run one round")->callback([&context] { runPolicy(context); });
+  policy->add_subcommand("status", "Print running or stopped")->callback([&context] {
+    const char* shown = context.state()->snapshot()->configuration().policyRunning ? "running" : "stopped";
+    context.output.write({{"policy", shown}}, shown);
+  });
+}
+
+}  // namespace voltvk::ctl

@@ -1,0 +1,95 @@
+#include "voltvk/ctl/ByteSize.h"
+#include "voltvk/ctl/Commands.h"
+#include "voltvk/engine/DriveRegistry.h"
+#include "voltvk/engine/State.h"
+
+#include <CLI/CLI.hpp>
+#include <stdexcept>
+
+namespace voltvk::ctl {
+
+namespace {
+
+struct DriveOptions {
+  std::string type;
+  std::string size;
+  VirtualDriveSpec spec;
+  std::uint16_t number = 0;
+};
+
+Json listDrives(State& state) {
+  Json list = Json::array();
+  for (const RaidObject* object : state.snapshot()->objects()) {
+    const auto* drive = dynamic_cast<const LogicalDevice*>(object);
+    if (drive == nullptr) {
+      continue;
+    }
+    const bool isVirtual = (drive->getDeviceProperty() & TVK_PROPERTY_VIRTUAL) != 0;
+    list.push_back({{"number", drive->getDeviceNumber()},
+                    {"name", drive->getDeviceName()},
+                    {"type", drive->getDeviceType() == TVK_DEVICE_SSD ? "ssd" : "hdd"},
+                    {"origin", isVirtual ? "virtual" : "host"},
+                    {"sectors", drive->getCapacityInSectors()},
+                    {"size", showSectors(drive->getCapacityInSectors())},
+                    {"status", drive->getStatus() == TVK_DEVICE_ONLINE ? "online" : "missing"},
+                    {"used", drive->isUsed()},
+                    {"bootable", drive->isBootable()},
+                    {"partitioned", drive->hasPartition()},
+                    {"model", drive->getModel()},
+                    {"serial", drive->getSerialNumber()}});
+  }
+  return list;
+}
+
+void addDrive(const DriveOptions& options, const Context& context) {
+  VirtualDriveSpec spec = options.spec;
+  spec.type = options.type == "ssd" ? TVK_DEVICE_SSD : TVK_DEVICE_HDD;
+  const std::uint64_t bytes = parseByteSize(options.size);
+  if (bytes % 512 != 0) {
+    throw std::invalid_argument("the size " + options.size + " is no multiple of 512 bytes; round it");
+  }
+  spec.sectors = bytes / 512;
+  std::uint16_t number = 0;
+  context.state()->change(
+      [&](Connection& connection) { number = DriveRegistry(connection).addVirtual(spec); });
+  context.output.write({{"number", number}}, std::to_string(number));
+}
+
+void removeDrive(std::uint16_t number, const Context& context) {
+  context.state()->change([&](Connection& connection) { DriveRegistry(connection).removeVirtual(number); });
+  context.output.write({{"number", number}}, "drive " + std::to_string(number) + " removed");
+}
+
+}  // namespace
+
+void addDriveCommands(CLI::App& app, Context& context) {
+  CLI::App* drive = app.add_subcommand("drive", "List drives, add and remove virtual ones");
+  drive->require_subcommand(1);
+  drive->add_subcommand("list", "List the drives of the machine and the virtual ones")->callback([&context] {
+    context.output.writeList(listDrives(*context.state()),
+                             {{"number", "NUMBER"},
+                              {"name", "NAME"},
+                              {"type", "TYPE"},
+                              {"origin", "ORIGIN"},
+                              {"size", "SIZE"},
+                              {"status", "STATUS"},
+                              {"used", "USED"},
+                              {"model", "MODEL"},
+                              {"serial", "SERIAL"}},
+                             "No drives.");
+  });
+
+  auto options = std::make_shared<DriveOptions>();
+  CLI::App* add = drive->add_subcommand("add", "Add a virtual drive and print its number");
+  add->add_option("--type", options->type, "hdd or ssd")->required()->check(CLI::IsMember({"hdd", "ssd"}));
+  add->add_option("--size", options->size, "Size with a unit, such as 100GiB")->required();
+  add->add_option("--model", options->spec.model, "Model text");
+  add->add_option("--serial", options->spec.serial, "Serial number, unlike those of other virtual drives");
+  add->callback([options, &context] { addDrive(*options, context); });
+
+  CLI::App* remove = drive->add_subcommand("remove", "Remove a virtual drive that no pool uses");
+  remove->add_option("NUMBER", options->number, "Number of the drive")->required()->check(CLI::Range(0, 255));
+  remove->callback([options, &context] { removeDrive(options->number, context); });
+}
+
+}  // namespace voltvk::ctl

@@ -1,0 +1,59 @@
+#include "voltvk/ctl/Commands.h"
+#include "voltvk/engine/EventJournal.h"
+#include "voltvk/engine/State.h"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cstdio>
+#include <ctime>
+
+namespace voltvk::ctl {
+
+namespace {
+
+std::string isoTime(std::uint32_t seconds) {
+  const std::time_t time = seconds;
+  std::tm parts{};
+  gmtime_r(&time, &parts);
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+  return text.data();
+}
+
+std::string hexadecimal(std::uint32_t code) {
+  std::array<char, 16> text{};
+  std::snprintf(text.data(), text.size(), "%X", code);
+  return text.data();
+}
+
+const char* typeName(std::uint32_t type) {
+  return type == TVK_EVENT_ERROR ? "error" : type == TVK_EVENT_WARNING ? "warning" : "information";
+}
+
+}  // namespace
+
+void addEventsCommand(CLI::App& app, Context& context) {
+  auto count = std::make_shared<std::uint32_t>(20);
+  CLI::App* events = app.add_subcommand("events", "Show the newest events, oldest first");
+  events->add_option("--count", *count, "How many (default 20)")->check(CLI::Range(1, 4096));
+  events->callback([count, &context] {
+    Json list = Json::array();
+    context.state()->read([&](Connection& connection) {
+      for (const VolEvent& event : EventJournal(connection).latest(*count)) {
+        list.push_back({{"id", event.id},
+                        {"time", isoTime(event.time)},
+                        {"code", event.code},
+                        {"hex", hexadecimal(event.code)},
+                        {"type", typeName(event.type)},
+                        {"description", event.description},
+                        {"actionId", event.actionId}});
+      }
+    });
+    context.output.writeList(
+        list,
+        {{"id", "ID"}, {"time", "TIME"}, {"hex", "CODE"}, {"type", "TYPE"}, {"description", "DESCRIPTION"}},
+        "No events.");
+  });
+}
+
+}  // namespace voltvk::ctl

@@ -1,0 +1,35 @@
+#ifndef VOLTVK_CTL_OUTPUT_H
+#define VOLTVK_CTL_OUTPUT_H
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace voltvk::ctl {
+
+/** Keeps the order in which members are added. */
+using Json = nlohmann::ordered_json;
+
+/** Where commands write what they have to tell. Machine output is one JSON document and nothing else. */
+class Output {
+public:
+  /** Set by the option -o. */
+  std::string form = "table";
+
+  bool isJson() const { return form == "json"; }
+
+  /** Writes the document in the form "json", else the text. */
+  void write(const Json& document, const std::string& text) const;
+
+  /**
+   * Writes a list of objects: in the form "json" as it is, else as a table.
+   * @param columns member name and heading of each column
+   * @param whenEmpty what to say in place of an empty table
+   */
+  void writeList(const Json& list, const std::vector<std::pair<const char*, const char*>>& columns,
+                 const std::string& whenEmpty) const;
+};
+
+}  // namespace voltvk::ctl
+
+#endif

@@ -1,0 +1,69 @@
+#include "voltvk/ctl/Commands.h"
+#include "voltvk/engine/Faults.h"
+#include "voltvk/engine/Refusal.h"
+#include "voltvk/engine/State.h"
+
+#include <CLI/CLI.hpp>
+#include <cstring>
+
+namespace voltvk::ctl {
+
+std::shared_ptr<State> Context::state() const {
+  std::shared_ptr<State> state = State::forProcess();
+  const std::string error = state->openError();
+  if (!error.empty()) {
+    throw Refusal(TVK_NO_DRIVER, error);
+  }
+  return state;
+}
+
+namespace {
+
+std::size_t countOf(const Snapshot& snapshot, const char* type) {
+  std::size_t count = 0;
+  for (const RaidObject* object : snapshot.objects()) {
+    count += std::strcmp(object->getTypeName(), type) == 0 ? 1 : 0;
+  }
+  return count;
+}
+
+Json describe(State& state) {
+  Json status = {{"state", state.path()}, {"driver", "available"}, {"reason", nullptr}};
+  const std::string error = state.openError();
+  if (!error.empty()) {
+    status["driver"] = "not available";
+    status["reason"] = error;
+    return status;
+  }
+  const std::shared_ptr<const Snapshot> snapshot = state.snapshot();
+  if (snapshot->hasFault(FaultKind::DriverAbsent)) {
+    status["driver"] = "not available";
+    status["reason"] = "an injected fault; clear it with `voltvkctl fault clear driver-absent`";
+  }
+  status["state"] = state.path();
+  status["drives"] = countOf(*snapshot, "LogicalDevice");
+  status["pools"] = countOf(*snapshot, "VirtualPool");
+  status["volumes"] = countOf(*snapshot, "VirtualVolume");
+  status["faults"] = snapshot->configuration().faults.size();
+  status["policy"] = snapshot->configuration().policyRunning ? "running" : "stopped";
+  return status;
+}
+
+}  // namespace
+
+void addStatusCommand(CLI::App& app, Context& context) {
+  CLI::App* status = app.add_subcommand("status", "Show whether the driver is available, and what there is");
+  status->callback([&context] {
+    const Json document = describe(*State::forProcess());
+    std::string text;
+    for (const auto& [name, value] : document.items()) {
+      if (!value.is_null()) {
+        const std::string shown = value.is_string() ? value.get<std::string>() : value.dump();
+        text += (text.empty() ? "" : "\n") + name + ":" + std::string(9 - name.size(), ' ') + shown;
+      }
+    }
+    context.output.write(document, text);
+  });
+}
+
+}  // namespace voltvk::ctl

@@ -1,0 +1,59 @@
+#include "voltvk/ctl/Commands.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iostream>
+#include <stdexcept>
+
+namespace {
+
+constexpr int FAILED = 1;
+constexpr int WRONG_USAGE = 2;
+
+/** One line on standard error. */
+int complain(std::string text, int status) {
+  std::replace(text.begin(), text.end(), '\n', ' ');
+  std::cerr << "voltvkctl: " << text << '\n';
+  return status;
+}
+
+int run(int count, char** arguments) {
+  voltvk::ctl::Context context;
+  CLI::App app("Control the embedded storage library: drives, faults, I/O, policy engine, events.\n"
+               "The state is $VOLTVK_STATE, else /var/lib/voltvk/state.db.",
+               "voltvkctl");
+  app.set_version_flag("--version", "voltvkctl " TVP_VERSION);
+  app.require_subcommand(1);
+  app.fallthrough();  // -o is understood behind every command
+  app.add_option("-o,--output", context.output.form, "Form of the output: table or json")
+      ->check(CLI::IsMember({"table", "json"}));
+  addStatusCommand(app, context);
+  addDriveCommands(app, context);
+  addFaultCommands(app, context);
+  addIoCommand(app, context);
+  addPolicyCommands(app, context);
+  addEventsCommand(app, context);
+  try {
+    app.parse(count, arguments);
+  } catch (const CLI::Success& success) {
+    return app.exit(success);  // help and version
+  } catch (const CLI::ParseError& error) {
+    return complain(std::string(error.what()) + "; see voltvkctl --help", WRONG_USAGE);
+  }
+  if (!std::cout.flush()) {
+    return complain("the output could not be written; check where it goes", FAILED);
+  }
+  return 0;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  try {
+    return run(count, arguments);
+  } catch (const std::invalid_argument& error) {
+    return complain(error.what(), WRONG_USAGE);
+  } catch (const std::exception& error) {
+    return complain(error.what(), FAILED);
+  }
+}
