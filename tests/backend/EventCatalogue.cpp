@@ -91,7 +91,7 @@ TEST_F(EventCatalogue, TextsFitTheDescriptionWhateverTheyAre) {
   EXPECT_LT(describe(0x704, "[{0}{1}{0}] [{0}{0}]").description.size(), TVK_EVENT_DESCRIPTION_SIZE);
   EXPECT_EQ(describe(0x705, "").description, "a");
   std::mt19937 random(7);
-  const std::string alphabet = std::string("0123{}[]= \t\r\n\xc3\xa4%A", 19) + '\0';
+  const std::string alphabet = std::string("0123{}[]= \t\r\n\xc3\xa4%A") + '\0';
   const auto text = [&](std::size_t most) {
     std::string result(random() % most, ' ');
     for (char& character : result) {

@@ -6,6 +6,7 @@
 #include <ctime>
 #include <mutex>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 namespace tvp::test {
@@ -168,10 +169,22 @@ TEST_F(EventListener, TimesAreWrittenMonthFirst) {
   EXPECT_TRUE(log.has(LogCapture::message(2, " Buffer is empty")));
 }
 
+TEST_F(EventListener, AnExceptionEndsTheThreadAfterOneLine) {
+  voltvk::Faults().throwFrom("getEvents");
+  TvproEventListenerThread(nullptr);
+  EXPECT_EQ(log.count(LogCapture::message(2, "TvproEventListenerThread could not poll for event")), 1U);
+  EXPECT_EQ(log.lines().back(), LogCapture::trace("Exiting TvproEventManager::TvproEventListenerThread()"));
+}
+
 TEST_F(EventListener, TheThreadEndsAfterItsSleepAndNeverStartsAgain) {
   TvproEventManager& manager = *TvproEventManager::getInstance();
   ASSERT_EQ(gateway().initialize(true), 0U);
   EXPECT_TRUE(manager.initEventListener()) << "one that runs is left alone";
+  const std::time_t deadline = std::time(nullptr) + 10;
+  while (!log.has(LogCapture::trace("Entering TvproEventManager::pollForEvent()"))) {
+    ASSERT_LT(std::time(nullptr), deadline) << "the thread does not run";
+    std::this_thread::yield();
+  }
   log.clear();
   const std::time_t before = std::time(nullptr);
   EXPECT_TRUE(manager.terminateEventListener());
@@ -181,13 +194,6 @@ TEST_F(EventListener, TheThreadEndsAfterItsSleepAndNeverStartsAgain) {
                                   LogCapture::trace("Exiting TvproEventManager::TvproEventListenerThread()"),
                                   LogCapture::trace("Exiting TvproEventManager::terminateEventListener()")}));
   EXPECT_TRUE(manager.terminateEventListener()) << "without a thread there is nothing to wait for";
-}
-
-TEST_F(EventListener, AnExceptionEndsTheThreadAfterOneLine) {
-  voltvk::Faults().throwFrom("getEvents");
-  TvproEventListenerThread(nullptr);
-  EXPECT_EQ(log.count(LogCapture::message(2, "TvproEventListenerThread could not poll for event")), 1U);
-  EXPECT_EQ(log.lines().back(), LogCapture::trace("Exiting TvproEventManager::TvproEventListenerThread()"));
 }
 
 TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsWell) {
