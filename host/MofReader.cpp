@@ -294,11 +294,12 @@ std::shared_ptr<const Schema> MofReader::readFile(const std::string& fileName) {
   if (!file) {
     throw MofError(fileName, 0, "cannot open the schema: " + std::string(std::strerror(errno)));
   }
+  file.peek();  // a folder opens like a file and fails here
+  if (file.bad()) {
+    throw MofError(fileName, 0, "cannot read the schema: it is no file");
+  }
   std::ostringstream text;
   text << file.rdbuf();
-  if (file.bad() || text.bad()) {
-    throw MofError(fileName, 0, "cannot read the schema");
-  }
   return readText(text.str(), fileName);
 }
 

@@ -59,19 +59,22 @@ Result call(Broker& broker, const CallOptions& options, MI* interface, const Ope
 /** A list of names as the C interface wants it; valid as long as this object. */
 class NameList {
 public:
-  explicit NameList(const PropertyList& names) {
-    if (names) {
-      for (const std::string& name : *names) {
+  explicit NameList(PropertyList names) : m_names(std::move(names)) {
+    if (m_names) {
+      for (const std::string& name : *m_names) {
         m_pointers.push_back(name.c_str());
       }
       m_pointers.push_back(nullptr);
     }
   }
+  NameList(const NameList&) = delete;
+  NameList& operator=(const NameList&) = delete;
 
   /** Null when there was no list. */
   const char** get() { return m_pointers.empty() ? nullptr : m_pointers.data(); }
 
 private:
+  const PropertyList m_names;
   std::vector<const char*> m_pointers;
 };
 

@@ -1,0 +1,112 @@
+#ifndef TESTS_HOST_SAMPLEPROVIDER_H
+#define TESTS_HOST_SAMPLEPROVIDER_H
+
+#include "host/Broker.h"
+#include "host/MofReader.h"
+#include "host/Provider.h"
+
+#include "cmpimacs.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tvp::host::testing {
+
+/** Classes with one property of each kind that matters. */
+inline std::shared_ptr<const Schema> sampleSchema() {
+  static const std::shared_ptr<const Schema> schema = MofReader::readText(R"(
+    class Sample_Part { [Key] string Id; };
+    class Sample_SpecialPart : Sample_Part { };
+    class Sample_Base { [Key] string Name; boolean Flag; uint8 Small; };
+    class Sample_Disk : Sample_Base {
+      uint32 Count; uint64 Size; sint8 Delta; datetime When;
+      uint64 Ranges[]; string Labels[];
+      [EmbeddedInstance("Sample_Part")] string Part;
+      Sample_Part REF Owner;
+      uint32 Scan([In] uint32 Depth, [In(FALSE), Out] uint8 Level, [In(FALSE), Out] string Labels[]);
+    };
+    [Indication] class Sample_Alarm : CIM_ProcessIndication { string Text; };)",
+                                                                          "sample.mof");
+  return schema;
+}
+
+inline ObjectPath samplePath(const std::string& className = "Sample_Disk") {
+  ObjectPath path;
+  path.nameSpace = "root/sample";
+  path.className = className;
+  return path;
+}
+
+/** What the sample provider does in its next enumeration, method or filter call. */
+struct SampleBehaviour {
+  std::function<CMPIStatus(const CMPIContext*, const CMPIResult*, const CMPIObjectPath*)> enumerate;
+  std::function<CMPIStatus(const CMPIContext*, const CMPIResult*, const CMPIArgs*, CMPIArgs*)> invoke;
+  std::function<CMPIStatus(const CMPIObjectPath*, const CMPIInstance*, const char**)> modify;
+  std::function<CMPIStatus(const CMPIContext*)> activate;
+};
+
+inline SampleBehaviour& sampleBehaviour() {
+  static SampleBehaviour behaviour;
+  return behaviour;
+}
+
+inline CMPIStatus ok() {
+  return CMPIStatus{CMPI_RC_OK, nullptr};
+}
+
+/** Factories of a provider whose instance, method and indication interfaces do as sampleBehaviour() says. */
+inline ProviderFactories sampleFactories() {
+  static CMPIInstanceMIFT instanceTable{};
+  instanceTable.enumerateInstances = [](CMPIInstanceMI*, const CMPIContext* context, const CMPIResult* result,
+                                        const CMPIObjectPath* path, const char**) {
+    return sampleBehaviour().enumerate(context, result, path);
+  };
+  instanceTable.modifyInstance = [](CMPIInstanceMI*, const CMPIContext*, const CMPIResult*,
+                                    const CMPIObjectPath* path, const CMPIInstance* instance,
+                                    const char** names) {
+    return sampleBehaviour().modify(path, instance, names);
+  };
+  instanceTable.cleanup = [](CMPIInstanceMI*, const CMPIContext*, CMPIBoolean terminating) {
+    return CMPIStatus{terminating != 0 ? CMPI_RC_OK : CMPI_RC_NEVER_UNLOAD, nullptr};
+  };
+  static CMPIMethodMIFT methodTable{};
+  methodTable.invokeMethod = [](CMPIMethodMI*, const CMPIContext* context, const CMPIResult* result,
+                                const CMPIObjectPath*, const char*, const CMPIArgs* input, CMPIArgs* output) {
+    return sampleBehaviour().invoke(context, result, input, output);
+  };
+  methodTable.cleanup = [](CMPIMethodMI*, const CMPIContext*, CMPIBoolean) { return ok(); };
+  static CMPIIndicationMIFT indicationTable{};
+  indicationTable.activateFilter = [](CMPIIndicationMI*, const CMPIContext* context, const CMPISelectExp*,
+                                      const char*, const CMPIObjectPath*,
+                                      CMPIBoolean) { return sampleBehaviour().activate(context); };
+  indicationTable.cleanup = [](CMPIIndicationMI*, const CMPIContext*, CMPIBoolean) { return ok(); };
+
+  ProviderFactories factories;
+  factories.instance = [](const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
+    static CMPIInstanceMI interface { nullptr, &instanceTable };
+    return &interface;
+  };
+  factories.method = [](const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
+    static CMPIMethodMI interface { nullptr, &methodTable };
+    return &interface;
+  };
+  factories.indication = [](const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
+    static CMPIIndicationMI interface { nullptr, &indicationTable };
+    return &interface;
+  };
+  return factories;
+}
+
+/** The texts of a broker's breaches, one per line. */
+inline std::string breachTexts(const Broker& broker) {
+  std::string texts;
+  for (const Breach& breach : broker.breaches()) {
+    texts += breach.text + "\n";
+  }
+  return texts;
+}
+
+}  // namespace tvp::host::testing
+
+#endif
