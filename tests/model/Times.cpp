@@ -6,11 +6,13 @@
 
 #include <cstdint>
 #include <ctime>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 
 namespace {
 
+using ::testing::ElementsAre;
 using tvp::cim::fwf::CIMDateTime;
 using tvp::cim::fwf::CIMException;
 using tvp::cim::fwf::DateAndTime;
@@ -54,41 +56,33 @@ TEST(DateTimeClock, TakesThePlatformsPartsAsTheyAre) {
     current.getCurrentDateTime();
   }
   const DateTime parts = current.getDateTimeStruct();
-  EXPECT_EQ(parts.microseconds, 0);
-  EXPECT_EQ(parts.seconds, expected.tm_sec);
-  EXPECT_EQ(parts.minutes, expected.tm_min);
-  EXPECT_EQ(parts.hours, expected.tm_hour);
-  EXPECT_EQ(parts.day, expected.tm_mday);
-  EXPECT_EQ(parts.platformField, expected.tm_wday);
-  EXPECT_EQ(parts.month, expected.tm_mon);
-  EXPECT_EQ(parts.year, expected.tm_year);
+  const int read[] = {parts.microseconds, parts.seconds,       parts.minutes, parts.hours,
+                      parts.day,          parts.platformField, parts.month,   parts.year};
+  EXPECT_THAT(read, ElementsAre(0, expected.tm_sec, expected.tm_min, expected.tm_hour, expected.tm_mday,
+                                expected.tm_wday, expected.tm_mon, expected.tm_year));
   _SysTime record{};
   record.month = static_cast<std::uint32_t>(expected.tm_mon);
   record.year = static_cast<std::uint32_t>(expected.tm_year);
   EXPECT_EQ(current.getCurrentTime(), current.getTimeinUSecs(record));
 }
 
-TEST(DateTimeCalendar, Tables) {
+TEST(DateTimeCalendar, LeapYearsAndMonthsOutsideTheTable) {
   const CIMDateTime calendar;
-  for (const auto& [year, leap] : {std::pair(1900U, false), {2000U, true}, {2023U, false}, {2024U, true}}) {
-    EXPECT_EQ(calendar.isLeapYear(year), leap) << year;
-    EXPECT_EQ(calendar.getDaysPerMonth(year, 2), leap ? 29U : 28U) << year;
-    unsigned int passed = 0;
-    for (unsigned int month = 1; month <= 12; ++month) {
-      passed += calendar.getDaysPerMonth(2023, month);
-      EXPECT_EQ(calendar.getDaysPassed(month), passed) << month;
-    }
-    EXPECT_EQ(passed, 365U);
+  for (const auto& [year, days] : {std::pair(1900U, 28U), {2000U, 29U}, {2023U, 28U}, {2024U, 29U}}) {
+    EXPECT_EQ(calendar.getDaysPerMonth(year, 2), days) << year;
   }
+  unsigned int passed = 0;
+  for (unsigned int month = 1; month <= 12; ++month) {
+    passed += calendar.getDaysPerMonth(2023, month);
+    EXPECT_EQ(calendar.getDaysPassed(month), passed) << month;
+  }
+  EXPECT_EQ(passed, 365U);
   for (const unsigned int month : {0U, 13U, UINT32_MAX}) {
-    EXPECT_EQ(calendar.getDaysPerMonth(2024, month), 0U);
-    EXPECT_EQ(calendar.getDaysPassed(month), 0U);
+    EXPECT_EQ(calendar.getDaysPerMonth(2024, month) + calendar.getDaysPassed(month), 0U);
   }
-  EXPECT_EQ(calendar.getDifferenceInYears(2024, 2024), 0U);
-  EXPECT_EQ(calendar.getDifferenceInYears(2023, 2024), 0U);
-  EXPECT_EQ(calendar.getDifferenceInYears(2025, 2024), 0U);
   EXPECT_EQ(calendar.getDifferenceInYears(2026, 2022), 365U + 366U + 365U);
-  EXPECT_EQ(calendar.getDifferenceInYears(5, UINT32_MAX), 0U);
+  EXPECT_EQ(calendar.getDifferenceInYears(2025, 2024), 0U);
+  EXPECT_EQ(calendar.getDifferenceInYears(2023, 2024), 0U);
 }
 
 TEST(DateTimeMicroseconds, OfIntervalsTimestampsAndRecords) {

@@ -3,6 +3,7 @@
 #include "oslib/KVSSystem.h"
 #include "support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -19,83 +20,33 @@ namespace {
 
 using tvp::test::TemporaryFolder;
 
-/** Runs a test in a time zone and gives the old one back. */
-class TimeZone {
-public:
-  explicit TimeZone(const char* zone) {
-    const char* old = std::getenv("TZ");
-    m_hadOld = old != nullptr;
-    m_old = m_hadOld ? old : "";
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-  ~TimeZone() {
-    m_hadOld ? setenv("TZ", m_old.c_str(), 1) : unsetenv("TZ");
-    tzset();
-  }
-  TimeZone(const TimeZone&) = delete;
-  TimeZone& operator=(const TimeZone&) = delete;
-
-private:
-  bool m_hadOld = false;
-  std::string m_old;
-};
-
-std::string localTime(int mode) {
-  char stamp[KVS_LOCAL_TIME_SIZE] = "";
-  EXPECT_EQ(KvsGetLocalTime(stamp, mode), 0);
-  return stamp;
+void setZone(const char* zone) {
+  setenv("TZ", zone, 1);
+  tzset();
 }
 
 TEST(Time, LocalTimeStampHasFewZeros) {
-  const TimeZone zone("UTC0");
-  const std::time_t before = std::time(nullptr);
-  const std::string stamp = localTime(1);
-  const std::time_t after = std::time(nullptr);
-  std::smatch part;
-  ASSERT_TRUE(std::regex_match(
-      stamp, part, std::regex(R"((\d\d)/([1-9]\d?)/(\d{4}) (\d\d):(\d\d):(\d\d):(0|[1-9]\d{0,2}))")))
-      << stamp;
-  std::tm parsed{};
-  parsed.tm_mon = std::stoi(part[1]) - 1;
-  parsed.tm_mday = std::stoi(part[2]);
-  parsed.tm_year = std::stoi(part[3]) - 1900;
-  parsed.tm_hour = std::stoi(part[4]);
-  parsed.tm_min = std::stoi(part[5]);
-  parsed.tm_sec = std::stoi(part[6]);
-  const std::time_t seconds = timegm(&parsed);
-  EXPECT_GE(seconds, before);
-  EXPECT_LE(seconds, after);
-
-  EXPECT_TRUE(std::regex_match(localTime(2), std::regex(R"(\d\d_\d{1,2}_\d{4} \d\d\.\d\d\.\d\d\.\d{1,3})")));
-  EXPECT_TRUE(std::regex_match(localTime(7), std::regex(R"(\d\d/\d.*:.*)")));
-  EXPECT_EQ(KvsGetLocalTime(nullptr, 1), 3);
-}
-
-TEST(Time, SystemTimeIsTheLocalBreakdownUnchanged) {
-  const TimeZone zone("XXX-3:30");
-  std::tm expected{};
-  _SysTime read{};
-  // The second may change between the two readings: take a pair of one second.
+  char expected[32] = "";
+  char stamp[KVS_LOCAL_TIME_SIZE] = "";
+  char fileName[KVS_LOCAL_TIME_SIZE] = "";
+  // The second may change between the readings: take a pair of one second.
   for (std::time_t now = 0; now != std::time(nullptr);) {
     now = std::time(nullptr);
-    localtime_r(&now, &expected);
-    ASSERT_EQ(KvsGetSystemTime(&read), 0);
+    std::tm local{};
+    localtime_r(&now, &local);
+    std::strftime(expected, sizeof expected, local.tm_mday < 10 ? "%m/%e/%Y %T:" : "%m/%d/%Y %T:", &local);
+    EXPECT_EQ(KvsGetLocalTime(stamp, 1), 0);
+    EXPECT_EQ(KvsGetLocalTime(fileName, 2), 0);
   }
-  const std::uint32_t fields[] = {read.milliseconds, read.seconds,   read.minutes, read.hours,
-                                  read.day,          read.dayOfWeek, read.month,   read.year};
-  const int parts[] = {0,
-                       expected.tm_sec,
-                       expected.tm_min,
-                       expected.tm_hour,
-                       expected.tm_mday,
-                       expected.tm_wday,
-                       expected.tm_mon,
-                       expected.tm_year};
-  for (std::size_t field = 0; field < std::size(fields); ++field) {
-    EXPECT_EQ(fields[field], static_cast<std::uint32_t>(parts[field])) << field;
-  }
-  EXPECT_EQ(KvsGetSystemTime(nullptr), 3);
+  std::string start = expected;
+  start.erase(std::remove(start.begin() + 3, start.begin() + 5, ' '), start.begin() + 5);
+  EXPECT_EQ(std::string(stamp).substr(0, start.size()), start);
+  EXPECT_TRUE(std::regex_match(stamp + start.size(), std::regex(R"(0|[1-9]\d{0,2})"))) << stamp;
+  EXPECT_TRUE(std::regex_match(fileName, std::regex(R"(\d\d_\d{1,2}_\d{4} \d\d\.\d\d\.\d\d\.\d{1,3})")))
+      << fileName;
+  EXPECT_EQ(KvsGetLocalTime(stamp, 7), 0);
+  EXPECT_NE(std::strchr(stamp, '/'), nullptr);
+  EXPECT_EQ(KvsGetLocalTime(nullptr, 1), 3);
 }
 
 TEST(Time, ZoneIsShownInMinutes) {
@@ -109,7 +60,7 @@ TEST(Time, ZoneIsShownInMinutes) {
       {"XXX0YYY,0/0,J365/25", "-060"},  // daylight saving all year
       {"XXX-1YYY,0/0,J365/25", "+000"}};
   for (const auto& [zone, expected] : cases) {
-    const TimeZone scope(zone);
+    setZone(zone);
     char text[KVS_TIME_ZONE_SIZE] = "";
     EXPECT_EQ(KvsGetTimeZone(text), 0);
     EXPECT_STREQ(text, expected) << zone;
@@ -117,45 +68,30 @@ TEST(Time, ZoneIsShownInMinutes) {
   EXPECT_EQ(KvsGetTimeZone(nullptr), 1);
 }
 
-TEST(Time, BreakdownIsValidFrom1970To3000) {
-  const TimeZone zone("UTC0");
+TEST(Time, BreakdownAndTextAreValidFrom1970To3000) {
+  setZone("UTC0");
+  constexpr std::uint64_t TIME = 1717595112999;
   constexpr std::uint64_t LAST = 32535215999999;  // the last millisecond of the year 3000
   std::tm parts{};
-  EXPECT_EQ(KvsGetTimeInTM(1717595112999, &parts), 0);
-  char text[32] = "";
-  std::strftime(text, sizeof text, "%F %T", &parts);
-  EXPECT_STREQ(text, "2024-06-05 13:45:12");
   EXPECT_EQ(KvsGetTimeInTM(0, &parts), 0);
   EXPECT_EQ(KvsGetTimeInTM(LAST, &parts), 0);
   EXPECT_EQ(KvsGetTimeInTM(LAST + 1, &parts), 1);
   EXPECT_EQ(KvsGetTimeInTM(UINT64_MAX, &parts), 1);
-  EXPECT_EQ(KvsGetTimeInTM(1000, nullptr), 1);
-  const TimeZone west("XXX5");
-  EXPECT_EQ(KvsGetTimeInTM(1000, &parts), 1) << "still 1969 there";
-}
+  EXPECT_EQ(KvsGetTimeInTM(TIME, nullptr), 1);
 
-TEST(Time, FormattedTimeNeedsRoomAndATime) {
-  const TimeZone zone("UTC0");
-  constexpr std::uint64_t TIME = 1717595112999;
   char text[32] = "untouched";
   EXPECT_EQ(KvsGetFormatedTime(TIME, text, 24), 1);
   EXPECT_EQ(KvsGetFormatedTime(0, text, 25), 1);
-  EXPECT_EQ(KvsGetFormatedTime(UINT64_MAX, text, 25), 1);
+  EXPECT_EQ(KvsGetFormatedTime(LAST + 1, text, 25), 1);
   EXPECT_EQ(KvsGetFormatedTime(TIME, nullptr, 25), 1);
   EXPECT_STREQ(text, "untouched");
   EXPECT_EQ(KvsGetFormatedTime(TIME, text, 25), 0);
   EXPECT_STREQ(text, "06/05/2024 13:45:12");
+  setZone("XXX5");
+  EXPECT_EQ(KvsGetTimeInTM(1000, &parts), 1) << "still 1969 there";
 }
 
-TEST(System, TellsHostProcessAndEnvironment) {
-  char name[256] = "";
-  char expected[256] = "";
-  gethostname(expected, sizeof expected);
-  EXPECT_EQ(KvsGetHostName(name, sizeof name), 0);
-  EXPECT_STREQ(name, expected);
-  EXPECT_EQ(KvsGetHostName(nullptr, 0), 0);
-  EXPECT_EQ(KvsGetProcessId(), getpid());
-
+TEST(System, TextsOfHostAndEnvironment) {
   utsname system{};
   uname(&system);
   const std::string info = std::string(system.sysname) + " " + system.release + " " + system.machine + " ";
@@ -165,6 +101,9 @@ TEST(System, TellsHostProcessAndEnvironment) {
   char shortText[6] = "#####";
   EXPECT_EQ(KvsGetOSInfo(shortText, 4), 0);
   EXPECT_EQ(std::string(shortText), info.substr(0, 4) + "#");
+  EXPECT_EQ(KvsGetHostName(text, sizeof text), 0);
+  EXPECT_STREQ(text, system.nodename);
+  EXPECT_EQ(KvsGetHostName(nullptr, 0), 0);
 
   setenv("TVP_TEST_VALUE", "longer than the size", 1);
   EXPECT_EQ(KvsGetenv("TVP_TEST_VALUE", 1, text), 0);
@@ -173,7 +112,6 @@ TEST(System, TellsHostProcessAndEnvironment) {
   EXPECT_EQ(KvsGetenv("TVP_TEST_VALUE", sizeof text, text), 1);
   EXPECT_EQ(KvsGetenv(nullptr, sizeof text, text), 3);
   EXPECT_EQ(KvsGetenv("PATH", 0, nullptr), 3);
-  EXPECT_STREQ(text, "longer than the size");
 }
 
 /** A root with a configuration file, for this process. */
@@ -228,18 +166,17 @@ TEST_F(Configuration, RootOfTheProcessStandsBeforeAllPlaces) {
   EXPECT_EQ(kvsProductConfigurationFile(), root + "/etc/Kelvora/hexRAID.conf");
 }
 
-/** Ends with 0 when the environment's root stands before all places but the user list. */
-[[noreturn]] void exitByEnvironmentRoot() {
-  setenv("TVP_TEST_ROOT", "/elsewhere", 1);
-  const bool good = kvsLogDirectory() == "/elsewhere/var/log" && kvsPasswdFile() == "/etc/passwd" &&
-                    kvsEventCatalogueDirectory() == "/elsewhere/usr/VolMan/" &&
-                    kvsProductConfigurationFile() == "/elsewhere/etc/Kelvora/hexRAID.conf";
-  _exit(good ? 0 : 1);
-}
-
 TEST(Paths, RootOfTheEnvironmentLeavesTheUserList) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process: the variable is read once
-  EXPECT_EXIT(exitByEnvironmentRoot(), ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        setenv("TVP_TEST_ROOT", "/elsewhere", 1);
+        const bool rooted = kvsLogDirectory() == "/elsewhere/var/log" &&
+                            kvsEventCatalogueDirectory() == "/elsewhere/usr/VolMan/" &&
+                            kvsProductConfigurationFile() == "/elsewhere/etc/Kelvora/hexRAID.conf";
+        _exit(rooted && kvsPasswdFile() == "/etc/passwd" ? 0 : 1);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
 
 TEST(Library, NameGetsItsEndingAlways) {
@@ -255,9 +192,6 @@ TEST(Library, NameGetsItsEndingAlways) {
   EXPECT_EQ(error, 9U);
   EXPECT_EQ(KvsLoadLibrary((name + ".so").c_str(), &error), nullptr);
   EXPECT_EQ(error, 1U);
-  error = 0;
-  EXPECT_EQ(KvsLoadLibrary(std::string(300, 'x').c_str(), &error), nullptr);
-  EXPECT_EQ(error, 1U);
 
   void* library = KvsLoadLibrary(name.c_str(), &error);
   ASSERT_NE(library, nullptr);
@@ -266,17 +200,10 @@ TEST(Library, NameGetsItsEndingAlways) {
   EXPECT_EQ(error, 0U);
   EXPECT_EQ(KvsGetFuncAddress(library, "no_such_symbol", &error), nullptr);
   EXPECT_EQ(error, 1U);
-  error = 9;
-  EXPECT_EQ(KvsGetFuncAddress(nullptr, "cbrt", &error), nullptr);
   EXPECT_EQ(KvsGetFuncAddress(library, nullptr, &error), nullptr);
-  EXPECT_EQ(KvsGetFuncAddress(library, "cbrt", nullptr), nullptr);
-  EXPECT_EQ(error, 9U);
-
   void* const handle = library;
   EXPECT_EQ(KvsUnloadLibrary(&library), 0);
   EXPECT_EQ(library, handle);
-  void* none = nullptr;
-  EXPECT_EQ(KvsUnloadLibrary(&none), 0);
   EXPECT_EQ(KvsUnloadLibrary(nullptr), 1);
 }
 
