@@ -42,19 +42,13 @@ unsigned int publishedCode(std::uint32_t code) {
 /** Stops the listener at unload, before anything that the listener uses is destroyed. */
 class ListenerStopper {
 public:
-  explicit ListenerStopper(TvproEventManager& manager) : m_manager(manager), m_process(KvsGetProcessId()) {}
-  ~ListenerStopper() {
-    // A forked child has the handle but not the thread, and would wait for ever.
-    if (KvsGetProcessId() == m_process) {
-      m_manager.stopListener();
-    }
-  }
+  explicit ListenerStopper(TvproEventManager& manager) : m_manager(manager) {}
+  ~ListenerStopper() { m_manager.stopListener(); }
   ListenerStopper(const ListenerStopper&) = delete;
   ListenerStopper& operator=(const ListenerStopper&) = delete;
 
 private:
   TvproEventManager& m_manager;
-  int m_process;
 };
 
 }  // namespace
@@ -75,14 +69,15 @@ void TvproEventManagerCleanUp::SetInstance(TvproEventManager* instance) {
 }
 
 TvproEventManager::TvproEventManager(bool policyEngineRunning)
-    : m_listener(nullptr), m_policyEngineRunning(policyEngineRunning) {}
+    : m_listener(nullptr), m_policyEngineRunning(policyEngineRunning), m_listenerProcess(0) {}
 
 TvproEventManager::~TvproEventManager() {
   stopListener();
 }
 
 void TvproEventManager::stopListener() {
-  if (m_listener.load() != nullptr) {
+  // A forked child has the handle but not the thread, and must not wait for it.
+  if (m_listener.load() != nullptr && m_listenerProcess == KvsGetProcessId()) {
     terminateEventListener();
   }
 }
@@ -114,6 +109,7 @@ bool TvproEventManager::initEventListener() {
     const std::lock_guard<std::mutex> oneStarter(m_listenerMutex);
     if (m_listener.load() == nullptr) {
       static ListenerStopper stopper(*this);
+      m_listenerProcess = KvsGetProcessId();
       m_listener.store(KvsThreadCreate(TvproEventListenerThread, nullptr));
     }
   }

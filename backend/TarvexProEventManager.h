@@ -59,7 +59,7 @@ public:
    */
   bool terminateEventListener();
 
-  /** Stops the listener when one runs; nothing else. */
+  /** Stops the listener when one runs in this process; nothing else. */
   void stopListener();
 
   /** The listener's loop; returns when the listener is to stop. */
@@ -101,6 +101,7 @@ private:
 
   std::atomic<KvsThreadHandle> m_listener;  ///< null when no thread runs
   bool m_policyEngineRunning;
+  int m_listenerProcess;       ///< the process that the listener runs in
   std::mutex m_listenerMutex;  ///< two callers start one thread only
 };
 
