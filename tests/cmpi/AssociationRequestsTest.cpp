@@ -1,0 +1,151 @@
+#include "CmpiTest.h"
+
+#include "cmpi/CMPIHelper.h"
+
+namespace tvp::test {
+namespace {
+
+using namespace cim::fwf;
+using cim::adap::cmpi::CMPIHelper;
+using host::AssociationFilter;
+using host::Value;
+
+/** An association class without instances, for the choice of classes. */
+class EmptyAssociation : public AbstractAssociationProviderPlugin {
+public:
+  EmptyAssociation(const char* name, const char* antecedent, const char* dependent)
+      : AbstractAssociationProviderPlugin(name, antecedent, dependent) {}
+  void getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) override {}
+  void getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) override {}
+  void getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>&) override {}
+};
+
+class AssociationRequestsTest : public RunningProviderTest {
+protected:
+  AssociationRequestsTest() { registerAssociationFixtures(); }
+
+  static host::ObjectPath shelf(const char* id) { return path("TEST_Shelf", {{"Id", Value::string(id)}}); }
+  static host::ObjectPath disk(const char* id) { return path("TEST_Disk", {{"Id", Value::string(id)}}); }
+  static AssociationFilter through(const char* associationClass, const char* resultClass = "") {
+    return {associationClass, resultClass, "", ""};
+  }
+  /** Class and identifier of every path. */
+  static std::vector<std::string> ids(const std::vector<host::ObjectPath>& paths) {
+    std::vector<std::string> result;
+    for (const host::ObjectPath& p : paths) {
+      result.push_back(p.className + " " + p.key("Id")->asString());
+    }
+    return result;
+  }
+  static std::vector<host::ObjectPath> pathsOf(const std::vector<host::Instance>& instances) {
+    std::vector<host::ObjectPath> result;
+    for (const host::Instance& instance : instances) {
+      result.push_back(instance.path);
+    }
+    return result;
+  }
+  using Texts = std::vector<std::string>;
+};
+
+TEST_F(AssociationRequestsTest, AssociatorNamesFindsTheFarEndFromBothSides) {
+  EXPECT_EQ(ids(m_provider->associatorNames(shelf("A"), through("TEST_Contains")).paths),
+            (Texts{"TEST_Disk 1", "TEST_Disk 2"}));
+  EXPECT_TRUE(m_log.has(
+      LogCapture::message(5, "CMPIAdapter::AssociatorNames: From:TEST_Shelf To: Tru:TEST_Contains")));
+  EXPECT_EQ(ids(m_provider->associatorNames(disk("3"), through("test_contains")).paths),
+            Texts{"TEST_Shelf B"});
+  EXPECT_EQ(ids(m_provider->associatorNames(shelf("B"), through("TEST_Contains")).paths),
+            (Texts{"TEST_Disk 3", "TEST_Spare 9"}));
+  EXPECT_EQ(ids(m_provider->associatorNames(shelf("B"), through("TEST_Contains", "TEST_Spare")).paths),
+            Texts{"TEST_Spare 9"});
+  AssociationFilter wrongRole = through("TEST_Contains");
+  wrongRole.role = "Dependent";
+  EXPECT_TRUE(m_provider->associatorNames(shelf("A"), wrongRole).paths.empty());
+}
+
+TEST_F(AssociationRequestsTest, WithoutAnUsableAssociationTheAnswerIsEmptySuccess) {
+  struct Case {
+    host::ObjectPath source;
+    const char* associationClass;
+    const char* line;
+  };
+  for (const Case& c : std::vector<Case>{
+           {shelf("A"), "NONE_Such", "Failed to get plugin for association class"},
+           {path("TEST_Spare", {{"Id", Value::string("9")}}), "TEST_Contains",
+            "Unrelated Association class TEST_Contains for TEST_Spare"},
+           {shelf("A"), "TVP_VirtualPool", "Unrelated Association class TVP_VirtualPool for TEST_Shelf"}}) {
+    m_log.clear();
+    const host::PathsOutcome names = m_provider->associatorNames(c.source, through(c.associationClass));
+    EXPECT_TRUE(names.ok() && names.paths.empty()) << c.line;
+    EXPECT_TRUE(m_provider->associators(c.source, through(c.associationClass)).ok());
+    const AssociationFilter asResult = through("", c.associationClass);
+    EXPECT_TRUE(m_provider->references(c.source, asResult).ok());
+    EXPECT_TRUE(m_provider->referenceNames(c.source, asResult).ok());
+    EXPECT_EQ(m_log.count(LogCapture::message(2, c.line)), 4U) << c.line;
+  }
+}
+
+TEST_F(AssociationRequestsTest, TheOtherOperationsAlsoFindTheirClassesThemselves) {
+  for (const AssociationFilter& filter : {through("TEST_Contains"), through("")}) {
+    const host::InstancesOutcome found = m_provider->associators(shelf("A"), filter);
+    ASSERT_EQ(found.instances.size(), 2U);
+    EXPECT_EQ(*found.instances[1].property("Label"), Value::string("TEST_Disk 2"));
+  }
+  EXPECT_EQ(ids(pathsOf(m_provider->associators(shelf("B"), through("", "TEST_Spare")).instances)),
+            Texts{"TEST_Spare 9"});
+  for (const char* name : {"", "TEST_Contains"}) {
+    const AssociationFilter filter = through("", name);
+    const host::InstancesOutcome instances = m_provider->references(disk("1"), filter);
+    ASSERT_EQ(instances.instances.size(), 1U);
+    EXPECT_EQ(instances.instances[0].property("Antecedent")->asReference().key("Id")->asString(), "A");
+    const host::PathsOutcome names = m_provider->referenceNames(shelf("A"), filter);
+    ASSERT_EQ(names.paths.size(), 2U);
+    EXPECT_EQ(names.paths[0].className, "TEST_Contains");
+    EXPECT_EQ(names.paths[1].key("Dependent")->asReference().key("Id")->asString(), "2");
+  }
+  EXPECT_TRUE(m_provider->references(shelf("C"), through("")).instances.empty());
+}
+
+TEST_F(AssociationRequestsTest, AssociationClassesAreChosenByNameAndByInheritance) {
+  const auto schema = host::MofReader::readText(
+      "class CIM_Box { [Key] string Id; }; class TEST_Crate : CIM_Box { string A; };"
+      "class TEST_Base { [Key] string Id; }; class TEST_Derived : TEST_Base { string B; };",
+      "classes.mof");
+  host::Broker broker(schema);
+  host::Request request(broker);
+  PluginsManager* registry = PluginsManager::getInstance();
+  registry->registerPlugin("test_base", new EmptyAssociation("TEST_Base", "TEST_Near", "TEST_Far"));
+  registry->registerPlugin("test_derived", new EmptyAssociation("TEST_Derived", "TEST_Near", "TEST_Other"));
+  registry->registerPlugin("test_standard", new EmptyAssociation("TEST_Standard", "TEST_Near2", "CIM_Box"));
+  registry->registerPlugin("test_oneend", new EmptyAssociation("TEST_OneEnd", "", "TEST_Near"));
+  const auto classes = [&](const char* source, const char* associationClass) {
+    std::vector<std::string> out = {"kept"};
+    CMPIHelper::GetAssociationClasses(CIMObjectPath("h", TEST_NAMESPACE, source, {}), associationClass,
+                                      broker.cmpi(), out);
+    return out;
+  };
+  EXPECT_EQ(classes("any", "test_BASE"), (Texts{"kept", "test_derived"})) << "not the class itself";
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, "test_derived is a child of test_BASE")));
+
+  broker.resetCalls();
+  EXPECT_EQ(classes("TEST_Near", nullptr), (Texts{"kept", "test_base", "test_derived"}));
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, "[STRING EQUAL] TEST_Near is related in test_base")));
+  EXPECT_EQ(classes("test_near", nullptr), Texts{"kept"}) << "names are compared exactly";
+  EXPECT_EQ(classes("TEST_Crate", nullptr), (Texts{"kept", "test_standard"}));
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, "[IsRelated] TEST_Crate is related in test_standard")));
+
+  broker.resetCalls(true);
+  classes("TEST_Crate", nullptr);
+  Texts calls;
+  for (std::size_t i = 0; i < broker.callCount(); ++i) {
+    calls.push_back(broker.callName(i));
+  }
+  ASSERT_EQ(calls.size(), 4U) << "path, both ends, release";
+  for (const std::size_t failing : {0U, 2U}) {
+    broker.failCall(failing + 1, CMPI_RC_ERR_FAILED);
+    EXPECT_EQ(classes("TEST_Crate", nullptr), Texts{"kept"}) << calls[failing];
+  }
+}
+
+}  // namespace
+}  // namespace tvp::test

@@ -1,0 +1,117 @@
+#ifndef CMPI_CMPITEST_H
+#define CMPI_CMPITEST_H
+
+#include "CIM/Framework/CIMException.h"
+#include "CIM/Framework/CIMInstance.h"
+#include "cmpi/CMPIMI.h"
+#include "host/Broker.h"
+#include "host/MofReader.h"
+#include "host/Provider.h"
+#include "host/Request.h"
+#include "support/AssociationFixtures.h"
+#include "support/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tvp::test {
+
+inline constexpr char TEST_NAMESPACE[] = "root/kvs/tvp/smi_15";
+
+/** A class with a property of every type, and one to embed and refer to. */
+inline constexpr char EVERY_TYPE_MOF[] = R"mof(
+class TEST_Part { [Key] string Id; uint32 Number; };
+class TEST_All {
+  [Key] string Id; [Key] uint32 Serial; uint8 Ranges[];
+  boolean Flag; boolean Flags[]; datetime When; sint8 S8; sint8 S8s[]; sint16 S16; sint16 S16s[];
+  sint32 S32; sint32 S32s[]; sint64 S64; sint64 S64s[]; uint8 U8; uint8 U8s[]; uint16 U16; uint16 U16s[];
+  uint32 U32; uint32 U32s[]; uint64 U64; uint64 U64s[]; string Text; string Texts[]; real32 Real;
+  TEST_Part REF Other; [EmbeddedInstance("TEST_Part")] string Inside;
+};
+)mof";
+
+inline std::shared_ptr<const host::Schema> testSchema() {
+  return host::MofReader::readText(std::string(EVERY_TYPE_MOF) + ASSOCIATION_FIXTURES_MOF, "test.mof");
+}
+
+/** A scalar property. */
+template <typename T>
+cim::fwf::CIMProperty scalar(const std::string& name, cim::fwf::Primitive_DataType type, T value,
+                             bool isKey = false) {
+  cim::fwf::CIMValue<T> content;
+  content.m_values.push_back(std::move(value));
+  return cim::fwf::CIMProperty(name, std::move(content), isKey, type, false);
+}
+
+/** An array property, or with no values one without elements. */
+template <typename T>
+cim::fwf::CIMProperty list(const std::string& name, cim::fwf::Primitive_DataType type,
+                           std::vector<T> values) {
+  cim::fwf::CIMValue<T> content;
+  content.m_values = std::move(values);
+  return cim::fwf::CIMProperty(name, std::move(content), false, type, false);
+}
+
+inline cim::fwf::CIMInstance instanceOf(const std::string& className,
+                                        const std::vector<cim::fwf::CIMProperty>& properties) {
+  cim::fwf::CIMInstance instance;
+  instance.setPath(cim::fwf::CIMObjectPath("", TEST_NAMESPACE, className, {}));
+  for (const cim::fwf::CIMProperty& property : properties) {
+    instance.addProperty(property);
+  }
+  return instance;
+}
+
+/** Runs something and gives the code of the CIMException it throws; 0 when it throws none. */
+template <typename Work>
+unsigned int thrownCode(Work work) {
+  try {
+    work();
+  } catch (const cim::fwf::CIMException& exception) {
+    return exception.getErrCode();
+  }
+  return 0;
+}
+
+/**
+ * The provider, linked in, with a broker, a log, a list of users and a storage state of its own. It is
+ * cleaned up at the end, which waits for its listener thread.
+ */
+class RunningProviderTest : public testing::Test {
+protected:
+  RunningProviderTest() {
+    m_log.root().write("etc/passwd", "root:x:0:0:root:/root:/bin/bash\n"
+                                     "operator:x:11:0:operator:/root:/bin/sh\n"
+                                     "rootuid:x:0:100::/:/bin/sh\n"
+                                     "short:x:0\n");
+    ::setenv("VOLTVK_STATE", m_log.root().file("state.db").c_str(), 1);
+    m_provider.emplace(m_broker, factories());
+  }
+  ~RunningProviderTest() override { m_provider->cleanup(true); }
+
+  void TearDown() override {
+    for (const host::Breach& breach : m_broker.breaches()) {
+      ADD_FAILURE() << "breach: " << breach.text;
+    }
+  }
+
+  static host::ProviderFactories factories() {
+    return {tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
+            tarvexProProvider_Create_AssociationMI, tarvexProProvider_Create_IndicationMI};
+  }
+  static host::ObjectPath path(const std::string& className, std::vector<host::NamedValue> keys = {}) {
+    return host::ObjectPath{TEST_NAMESPACE, className, std::move(keys), ""};
+  }
+
+  LogCapture m_log;
+  host::Broker m_broker{testSchema()};
+  std::optional<host::Provider> m_provider;
+};
+
+}  // namespace tvp::test
+
+#endif

@@ -1,0 +1,250 @@
+#include "CmpiTest.h"
+#include "cmpi/CMPIHelper.h"
+#include "oslib/KVSSystem.h"
+
+#include "cmpimacs.h"
+
+#include <functional>
+#include <random>
+
+namespace tvp::test {
+namespace {
+
+using namespace cim::fwf;
+using cim::adap::cmpi::CMPIHelper;
+using host::Value;
+
+constexpr char WHEN[] = "20260131235959.123456+060";
+
+class InboundConversionTest : public testing::Test {
+protected:
+  CIMObjectPath converted(const host::ObjectPath& path, bool withKeys) {
+    CIMObjectPath out;
+    CMPIHelper::CMPIObjectPathToFrameworkObjectPath(m_request.objectPath(path), withKeys, out);
+    return out;
+  }
+  CIMMethodParam converted(const host::Arguments& arguments) {
+    CIMMethodParam out;
+    CMPIHelper::CMPIArgsToFrameWorkMethodParam(m_request.arguments(arguments), out);
+    return out;
+  }
+
+  LogCapture m_log;
+  host::Broker m_broker{testSchema()};
+  host::Request m_request{m_broker};
+};
+
+host::ObjectPath partPath() {
+  return {TEST_NAMESPACE, "TEST_Part", {{"Id", Value::string("p")}}, ""};
+}
+
+host::ObjectPath pathWithAllKinds() {
+  return {TEST_NAMESPACE,
+          "TEST_All",
+          {{"Text", Value::string("t")},
+           {"Flag", Value::boolean(true)},
+           {"Number", Value::sint64(0x100000007LL)},
+           {"Unsigned", Value::uint32(7)},
+           {"Ref", Value::reference(partPath())}},
+          "far.example"};
+}
+
+TEST_F(InboundConversionTest, APathTakesTheLocalHostAndTheFourKindsOfKeys) {
+  char host[256] = {};
+  KvsGetHostName(host, sizeof host);
+  const CIMObjectPath path = converted(pathWithAllKinds(), true);
+  EXPECT_EQ(path.host(), host);
+  EXPECT_EQ(path.nameSpace(), TEST_NAMESPACE);
+  EXPECT_EQ(path.className(), "TEST_All");
+  ASSERT_EQ(path.keyBindings().size(), 4U) << "the unsigned key is dropped";
+  const std::vector<CIMProperty> expected = {scalar<std::string>("Text", PDT_STRING, "t", true),
+                                             scalar("Flag", PDT_BOOLEAN, true, true),
+                                             scalar("Number", PDT_UINT32, 7U, true),
+                                             scalar("Ref", PDT_REFERENCE, converted(partPath(), true), true)};
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    EXPECT_TRUE(path.keyBindings()[i].equals(expected[i])) << i;
+  }
+  EXPECT_EQ(converted(pathWithAllKinds(), false).keyBindings().size(), 0U);
+}
+
+TEST_F(InboundConversionTest, KeysThatDoNotSayTheyAreKeysAreDropped) {
+  host::Broker plain(testSchema(), {CMPI_goodValue, false, 16384});
+  host::Request request(plain);
+  CIMObjectPath path;
+  CMPIHelper::CMPIObjectPathToFrameworkObjectPath(request.objectPath(partPath()), true, path);
+  EXPECT_TRUE(path.keyBindings().empty());
+}
+
+TEST_F(InboundConversionTest, AnInstanceBringsTheWritableKindsAndNoNulls) {
+  host::Instance instance{partPath(), {}};
+  instance.properties = {{"Flag", Value::boolean(true)},
+                         {"U8", Value::uint8(8)},
+                         {"U16", Value::uint16(16)},
+                         {"U32", Value::uint32(32)},
+                         {"U64", Value::uint64(64)},
+                         {"Other", Value::reference(partPath())},
+                         {"Text", Value::string("t")},
+                         {"When", Value::dateTime(*host::DateTime::parse(WHEN))},
+                         {"S32", Value::signedInteger(CMPI_sint32, 1)},
+                         {"Real", Value::real(CMPI_real32, 1)},
+                         {"U32s", Value::array(CMPI_uint32, {Value::uint32(1)})},
+                         {"Inside", Value::instance(host::Instance{partPath(), {}})},
+                         {"Null", Value::null(CMPI_string)}};
+  CIMObjectPath path("h", "n", "TEST_All", {scalar<std::string>("Id", PDT_STRING, "x", true)});
+  CIMInstance out;
+  EXPECT_TRUE(CMPIHelper::CMPIInstanceToFrameworkInstance(m_request.instance(instance), path, out));
+  EXPECT_EQ(out.className(), "TEST_All");
+  EXPECT_TRUE(out.keyProperties().empty());
+  const std::vector<CIMProperty> expected = {scalar("Flag", PDT_BOOLEAN, true),
+                                             scalar<unsigned char>("U8", PDT_UINT8, 8),
+                                             scalar<unsigned short>("U16", PDT_UINT16, 16),
+                                             scalar("U32", PDT_UINT32, 32U),
+                                             scalar("U64", PDT_UINT64, 64ULL),
+                                             scalar("Other", PDT_REFERENCE, converted(partPath(), false)),
+                                             scalar<std::string>("Text", PDT_STRING, "t"),
+                                             scalar<std::string>("When", PDT_DATETIME, WHEN)};
+  ASSERT_EQ(out.getPropertyCount(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    const CIMProperty& property = out.properties()[i];
+    EXPECT_EQ(property.name(), expected[i].name());
+    EXPECT_TRUE(property.equals(expected[i]) || property.getType() == PDT_DATETIME) << property.name();
+  }
+  EXPECT_EQ(out.properties()[7].stringSlot().m_values.front(), WHEN);
+}
+
+TEST_F(InboundConversionTest, ArgumentsKeepNullsAndSeveralArrays) {
+  host::Arguments given;
+  given.add("Flag", Value::boolean(true))
+      .add("U8", Value::uint8(8))
+      .add("U64", Value::uint64(64))
+      .add("When", Value::dateTime(*host::DateTime::parse(WHEN)))
+      .add("Ref", Value::reference(partPath()))
+      .add("U8s", Value::array(CMPI_uint8, {Value::uint8(1), Value::uint8(255)}))
+      .add("S8s", Value::array(CMPI_sint8, {Value::signedInteger(CMPI_sint8, -1)}))
+      .add("U32s", Value::array(CMPI_uint32, {Value::uint32(5), Value::uint32(6)}))
+      .add("U64s", Value::array(CMPI_uint64, {}))
+      .add("Texts", Value::array(CMPI_string, {Value::string("a"), Value::null(CMPI_string)}))
+      .add("Refs", Value::array(CMPI_ref, {Value::reference(partPath())}))
+      .add("NullNumber", Value::null(CMPI_uint32))
+      .add("NullTexts", Value::null(CMPI_stringA));
+  const CIMMethodParam out = converted(given);
+  const std::vector<CIMProperty>& a = out.arguments();
+  ASSERT_EQ(a.size(), given.values.size());
+  const std::vector<unsigned int> codes = {0, 26, 24, 4, 28, 27, 17, 23, 25, 19, 29, 22, 19};
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    EXPECT_EQ(a[i].getType(), codes[i]) << a[i].name();
+    EXPECT_FALSE(a[i].isKey());
+  }
+  EXPECT_EQ(a[3].stringSlot().m_values.front(), WHEN);
+  EXPECT_EQ(a[4].objectPathSlot().m_values.front().keyBindings().size(), 1U) << "with keys";
+  EXPECT_EQ(a[5].uint8Slot().m_values, (std::vector<unsigned char>{1, 255}));
+  EXPECT_EQ(a[6].sint8Slot().m_values, (std::vector<signed char>{-1}));
+  EXPECT_EQ(a[7].getUint32Value().getuint32Data(), (std::vector<unsigned int>{5, 6}));
+  EXPECT_TRUE(a[8].uint64Slot().m_values.empty());
+  EXPECT_EQ(a[9].stringSlot().m_values, (std::vector<std::string>{"a", ""}));
+  EXPECT_EQ(a[10].objectPathSlot().m_values.size(), 1U);
+  EXPECT_TRUE(a[11].uint32Slot().m_isNull);
+  EXPECT_EQ(a[11].uint32Slot().m_values, (std::vector<unsigned int>{0}));
+  EXPECT_TRUE(a[12].stringSlot().m_isNull);
+  EXPECT_EQ(a[12].stringSlot().m_values.size(), 1U);
+  EXPECT_FALSE(a[7].uint32Slot().m_isNull);
+}
+
+TEST_F(InboundConversionTest, OtherArgumentsAreRefusedAlsoWhenNull) {
+  for (const CMPIType type :
+       {CMPI_sint8, CMPI_sint32, CMPI_real32, CMPI_char16, CMPI_uint16A, CMPI_booleanA}) {
+    host::Arguments given;
+    given.add("A", Value::null(type));
+    EXPECT_EQ(thrownCode([&] { converted(given); }), FW_RC_NOT_SUPPORTED) << type;
+    EXPECT_TRUE(m_log.has(LogCapture::message(4, "Unsupported data type: " + std::to_string(type))));
+  }
+}
+
+TEST_F(InboundConversionTest, WhicheverCallFailsTheConversionFails) {
+  host::Instance instance{partPath(),
+                          {{"Text", Value::string("t")}, {"Other", Value::reference(partPath())}}};
+  host::Arguments arguments;
+  arguments.add("Refs", Value::array(CMPI_ref, {Value::reference(partPath())}))
+      .add("When", Value::dateTime(*host::DateTime::parse(WHEN)));
+  const CMPIObjectPath* path = m_request.objectPath(pathWithAllKinds());
+  const CMPIInstance* ci = m_request.instance(instance);
+  const CMPIArgs* args = m_request.arguments(arguments);
+  const std::vector<std::function<void()>> conversions = {
+      [&] {
+        CIMObjectPath out;
+        CMPIHelper::CMPIObjectPathToFrameworkObjectPath(path, true, out);
+      },
+      [&] {
+        CIMInstance out;
+        CMPIHelper::setProps(ci, out);
+      },
+      [&] {
+        CIMMethodParam out;
+        CMPIHelper::CMPIArgsToFrameWorkMethodParam(args, out);
+      }};
+  for (const std::function<void()>& convert : conversions) {
+    m_broker.resetCalls(true);
+    convert();
+    std::vector<std::string> calls;
+    for (std::size_t i = 0; i < m_broker.callCount(); ++i) {
+      calls.push_back(m_broker.callName(i));
+    }
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+      if (calls[i].find(".release") != std::string::npos) {
+        continue;
+      }
+      m_broker.failCall(i + 1, CMPI_RC_ERR_NOT_FOUND);
+      const unsigned int expected = calls[i].find("getNameSpace") != std::string::npos   ? 3
+                                    : calls[i].find("getClassName") != std::string::npos ? 5
+                                                                                         : 1;
+      EXPECT_EQ(thrownCode(convert), expected) << i << " " << calls[i];
+    }
+  }
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, "Exception throwin in Fun: setProps in Line# 2297")));
+}
+
+TEST_F(InboundConversionTest, NullObjectsEndInExceptions) {
+  CIMObjectPath path;
+  CIMInstance instance;
+  EXPECT_EQ(thrownCode([&] { CMPIHelper::CMPIObjectPathToFrameworkObjectPath(nullptr, true, path); }), 3U);
+  EXPECT_EQ(thrownCode([&] { CMPIHelper::setProps(nullptr, instance); }), 1U);
+  EXPECT_EQ(CMPIHelper::objectPathText(nullptr), CIMObjectPath().toString());
+  std::vector<std::string> texts = {"kept"};
+  CMPIHelper::ConvertChartoStringVector(nullptr, texts);
+  const char* names[] = {"a", "b", nullptr};
+  CMPIHelper::ConvertChartoStringVector(names, texts);
+  EXPECT_EQ(texts, (std::vector<std::string>{"kept", "a", "b"}));
+}
+
+TEST_F(InboundConversionTest, TheTextOfAPathIsMadeWithoutTraces) {
+  m_log.clear();
+  const std::string text = CMPIHelper::objectPathText(m_request.objectPath(pathWithAllKinds()));
+  EXPECT_NE(text.find(":TEST_All.Text=\"t\",Flag=,Number=,Ref=//"), std::string::npos) << text;
+  EXPECT_TRUE(m_log.lines().empty());
+}
+
+TEST_F(InboundConversionTest, RandomArgumentsConvertOrAreRefused) {
+  const std::vector<CMPIType> types = {CMPI_boolean, CMPI_char16, CMPI_real32,   CMPI_real64,  CMPI_uint8,
+                                       CMPI_uint16,  CMPI_uint32, CMPI_uint64,   CMPI_sint8,   CMPI_sint64,
+                                       CMPI_string,  CMPI_ref,    CMPI_instance, CMPI_dateTime};
+  std::mt19937 random(7);
+  for (int round = 0; round < 500; ++round) {
+    host::Arguments given;
+    for (unsigned int i = random() % 4; i > 0; --i) {
+      const CMPIType type = types[random() % types.size()];
+      const bool isArray = random() % 2 == 0;
+      Value value = Value::null(isArray ? static_cast<CMPIType>(type | CMPI_ARRAY) : type);
+      if (isArray && random() % 2 == 0) {
+        value = Value::array(type, Value::List(random() % 3, Value::null(type)));
+      }
+      given.add("A" + std::to_string(i), value);
+    }
+    CIMMethodParam out;
+    const CMPIArgs* args = m_request.arguments(given);
+    const unsigned int code = thrownCode([&] { CMPIHelper::CMPIArgsToFrameWorkMethodParam(args, out); });
+    EXPECT_TRUE(code == FW_RC_NOT_SUPPORTED || (code == 0 && out.getArgumentCount() == given.values.size()));
+  }
+}
+
+}  // namespace
+}  // namespace tvp::test

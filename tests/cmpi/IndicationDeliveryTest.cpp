@@ -1,0 +1,170 @@
+#include "CmpiTest.h"
+
+#include "CIM/Framework/FrameworkFacade.h"
+#include "CIM/Framework/Subscription.h"
+#include "cmpi/CMPIAdapter.h"
+
+#include <atomic>
+#include <thread>
+
+namespace tvp::test {
+namespace {
+
+using namespace cim::fwf;
+using cim::adap::cmpi::CMPIAdapter;
+
+constexpr char EQUAL_CONTEXTS[] = "#***#Thread Context not equal to Original Context";
+
+class IndicationDeliveryTest : public RunningProviderTest {
+protected:
+  IndicationDeliveryTest() {
+    m_handlers.onIndication = [this](const std::string& nameSpace, const host::Instance& indication) {
+      m_nameSpace = nameSpace;
+      m_delivered.push_back(indication);
+      return m_answer;
+    };
+    m_broker.setHandlers(m_handlers);
+  }
+
+  /** Delivers as the listener does: on a thread of its own. */
+  bool deliver(const CIMInstance& indication) {
+    bool delivered = false;
+    std::thread([&] {
+      CIMInstance copy = indication;
+      delivered = CMPIAdapter::DeliverIndication(copy);
+    }).join();
+    return delivered;
+  }
+  bool deliver() {
+    return deliver(instanceOf("TEST_Part", {scalar<std::string>("Id", PDT_STRING, "1", true)}));
+  }
+  void subscribe() {
+    EXPECT_TRUE(m_provider->activateFilter({}).ok());
+    EXPECT_TRUE(m_provider->enableIndications().ok());
+  }
+
+  host::BrokerHandlers m_handlers;
+  CMPIrc m_answer = CMPI_RC_OK;
+  std::string m_nameSpace;
+  std::vector<host::Instance> m_delivered;
+};
+
+TEST_F(IndicationDeliveryTest, SubscriptionsAreCountedWithoutALowerBound) {
+  EXPECT_TRUE(deliver()) << "nobody to tell is success";
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "No subscription to service indications")));
+  EXPECT_FALSE(FrameworkFacade::getInstance()->notify(CIMInstance()));
+
+  m_provider->enableIndications();
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::EnableIndications --> m_subscription = 1")));
+  m_provider->enableIndications();
+  m_provider->disableIndications();
+  EXPECT_TRUE(m_subscription);
+  m_provider->disableIndications();
+  EXPECT_FALSE(m_subscription);
+  m_provider->disableIndications();  // -1
+  EXPECT_FALSE(m_subscription);
+  m_log.clear();
+  EXPECT_FALSE(deliver()) << "a count that is not 0 reads as subscribed";
+  EXPECT_FALSE(m_log.has(LogCapture::message(5, "No subscription to service indications")));
+  m_provider->enableIndications();  // 0
+  EXPECT_FALSE(m_subscription);
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::EnableIndications --> m_subscription = 0")));
+}
+
+TEST_F(IndicationDeliveryTest, ASubscribedClientGetsTheIndicationAndNothingIsLeftBehind) {
+  subscribe();
+  CIMInstance indication = instanceOf("TEST_All", {scalar<std::string>("Id", PDT_STRING, "x", true),
+                                                   scalar<std::string>("Text", PDT_STRING, "100%s"),
+                                                   list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"})});
+  EXPECT_TRUE(deliver(indication));
+  ASSERT_EQ(m_delivered.size(), 1U);
+  EXPECT_EQ(m_nameSpace, TEST_NAMESPACE);
+  EXPECT_EQ(*m_delivered[0].property("Text"), host::Value::string("100%s"));
+  m_provider->deActivateFilter({});
+  indication.setPath(CIMObjectPath("", "", "TEST_All", {}));
+  EXPECT_TRUE(deliver(indication)) << "a deactivated filter leaves what was prepared";
+  EXPECT_EQ(m_nameSpace, "");
+  EXPECT_TRUE(m_log.has(LogCapture::trace("Exiting CMPIAdapter::DeliverIndication()")));
+
+  m_answer = CMPI_RC_ERR_FAILED;
+  EXPECT_FALSE(deliver(indication));
+  EXPECT_TRUE(m_log.has(LogCapture::message(2, "Failed to deliver indication")));
+  EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
+}
+
+TEST_F(IndicationDeliveryTest, AnIndicationThatCannotBeConvertedIsDroppedAndTheNextOneArrives) {
+  subscribe();
+  EXPECT_FALSE(deliver(instanceOf("TEST_All", {list<std::string>("X", PDT_REFERENCE_ARRAY, {})})));
+  EXPECT_FALSE(deliver(instanceOf("NONE_Such", {})));
+  EXPECT_EQ(m_log.count(LogCapture::message(2, "Failed to convert CMPI Instance to Framework Instance")), 2U);
+  EXPECT_TRUE(deliver());
+  EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
+}
+
+TEST_F(IndicationDeliveryTest, AThreadIsOnlyAttachedWithAPreparedContext) {
+  m_handlers.onPrepareAttachThread = [] { return false; };
+  std::atomic<int> attached{0};
+  m_handlers.onAttachThread = [&] {
+    ++attached;
+    return CMPI_RC_OK;
+  };
+  m_broker.setHandlers(m_handlers);
+  m_provider->enableIndications();
+  m_log.clear();
+  EXPECT_FALSE(deliver()) << "enabled, never activated";
+  EXPECT_TRUE(m_provider->activateFilter({}).ok());
+  EXPECT_FALSE(deliver());
+  EXPECT_EQ(CMPIAdapter::getInstance()->getThreadContext(), CMPIAdapter::getInstance()->getContext());
+  // A later request changes the base context, not what the thread context is.
+  m_provider->enumerateInstances(path("NONE_Such"));
+  EXPECT_FALSE(deliver());
+  EXPECT_EQ(m_log.count(LogCapture::message(5, EQUAL_CONTEXTS)), 3U);
+  EXPECT_EQ(m_log.count(LogCapture::message(5, "Could not deliver indication")), 3U);
+  EXPECT_EQ(attached, 0);
+
+  m_handlers.onPrepareAttachThread = nullptr;
+  m_broker.setHandlers(m_handlers);
+  m_provider->activateFilter({});
+  EXPECT_TRUE(deliver()) << "the next activation heals it";
+  EXPECT_EQ(attached, 1);
+}
+
+TEST_F(IndicationDeliveryTest, FailedPreconditionsAreNamedOnTheLog) {
+  subscribe();
+  m_handlers.onAttachThread = [] { return CMPI_RC_ERR_FAILED; };
+  m_broker.setHandlers(m_handlers);
+  EXPECT_FALSE(deliver());
+  EXPECT_TRUE(m_log.has(LogCapture::message(2, "Failed to attach context to new thread")));
+
+  host::Request request(m_broker);
+  CMPIIndicationMI* mi = m_provider->indicationMI();
+  const CMPIStatus status = mi->ft->activateFilter(mi, nullptr, nullptr, nullptr, nullptr, 1);
+  EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(host::Request::read(status.msg), "NULL broker or context");
+  EXPECT_TRUE(m_log.has(LogCapture::trace("Exiting CMPIAdapter::ActivateFilter")));
+  EXPECT_FALSE(deliver());
+  EXPECT_TRUE(m_log.has(LogCapture::message(2, "NULL broker or context")));
+  // The reasons are also made as strings of the broker, on a thread that could not be attached.
+  m_broker.clearBreaches();
+}
+
+TEST_F(IndicationDeliveryTest, DeliveryDuringTheTearDownNeitherHangsNorTouchesTheAdapter) {
+  subscribe();
+  std::atomic<bool> stop{false};
+  std::thread listener([&] {
+    while (!stop) {
+      CIMInstance indication = instanceOf("TEST_Part", {scalar<std::string>("Id", PDT_STRING, "1", true)});
+      CMPIAdapter::DeliverIndication(indication);
+    }
+  });
+  m_provider->cleanup(true);
+  CIMInstance late;
+  m_log.clear();
+  EXPECT_FALSE(CMPIAdapter::DeliverIndication(late));
+  EXPECT_TRUE(m_log.has(LogCapture::message(2, "Failed to get CMPIAdapter singleton instance")));
+  stop = true;
+  listener.join();
+}
+
+}  // namespace
+}  // namespace tvp::test

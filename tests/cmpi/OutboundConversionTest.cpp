@@ -1,0 +1,301 @@
+#include "CmpiTest.h"
+#include "cmpi/CMPIHelper.h"
+#include "cmpi/CMPIObjectGuard.h"
+
+#include "cmpimacs.h"
+
+#include <random>
+#include <set>
+#include <thread>
+
+namespace tvp::test {
+namespace {
+
+using namespace cim::fwf;
+using cim::adap::cmpi::CMPIHelper;
+using cim::adap::cmpi::CMPIObjectGuard;
+using host::Value;
+
+constexpr char WHEN[] = "20260131235959.123456+060";
+
+class OutboundConversionTest : public testing::Test {
+protected:
+  host::Instance converted(const CIMInstance& instance, const char** properties = nullptr) {
+    return host::Request::read(
+        CMPIHelper::FrameworkInstanceToCMPIInstance(instance, m_broker.cmpi(), properties));
+  }
+  CIMInstance part(const char* id) {
+    return instanceOf("TEST_Part", {scalar<std::string>("Id", PDT_STRING, id, true)});
+  }
+
+  LogCapture m_log;
+  host::Broker m_broker{testSchema()};
+  host::Broker m_lenient{testSchema(), {CMPI_keyValue, true, 16384}};
+  host::Request m_request{m_broker};
+};
+
+Value numbers(CMPIType type, std::vector<std::uint64_t> values) {
+  Value::List elements;
+  for (const std::uint64_t value : values) {
+    elements.push_back(Value::unsignedInteger(type, value));
+  }
+  return Value::array(type, elements);
+}
+
+Value signedNumbers(CMPIType type, std::vector<std::int64_t> values) {
+  Value::List elements;
+  for (const std::int64_t value : values) {
+    elements.push_back(Value::signedInteger(type, value));
+  }
+  return Value::array(type, elements);
+}
+
+struct Converted {
+  CIMProperty property;
+  Value value;
+};
+
+TEST_F(OutboundConversionTest, EveryTypeOfPropertyArrives) {
+  const CIMObjectPath partPath = part("p").getPath();
+  const std::vector<Converted> cases = {
+      {scalar("Flag", PDT_BOOLEAN, true), Value::boolean(true)},
+      {list<bool>("Flags", PDT_BOOLEAN_ARRAY, {true, false}),
+       Value::array(CMPI_boolean, {Value::boolean(true), Value::boolean(false)})},
+      {scalar<std::string>("When", PDT_DATETIME, WHEN), Value::dateTime(*host::DateTime::parse(WHEN))},
+      {scalar<signed char>("S8", PDT_SINT8, -128), Value::signedInteger(CMPI_sint8, -128)},
+      {list<signed char>("S8s", PDT_SINT8_ARRAY, {-1, 127}), signedNumbers(CMPI_sint8, {-1, 127})},
+      {scalar<short>("S16", PDT_SINT16, -32768), Value::signedInteger(CMPI_sint16, -32768)},
+      {list<short>("S16s", PDT_SINT16_ARRAY, {-2, 2}), signedNumbers(CMPI_sint16, {-2, 2})},
+      {scalar("S32", PDT_SINT32, -7), Value::signedInteger(CMPI_sint32, -7)},
+      {list<int>("S32s", PDT_SINT32_ARRAY, {-3, 3}), signedNumbers(CMPI_sint32, {-3, 3})},
+      {list<std::string>("S64s", PDT_SINT64_ARRAY, {}), signedNumbers(CMPI_sint64, {})},
+      {scalar<unsigned char>("U8", PDT_UINT8, 255), Value::uint8(255)},
+      {list<unsigned char>("U8s", PDT_UINT8_ARRAY, {0, 255}), numbers(CMPI_uint8, {0, 255})},
+      {scalar<unsigned short>("U16", PDT_UINT16, 65535), Value::uint16(65535)},
+      {list<unsigned short>("U16s", PDT_UINT16_ARRAY, {1}), numbers(CMPI_uint16, {1})},
+      {scalar("U32", PDT_UINT32, 4294967295U), Value::uint32(4294967295U)},
+      {list<unsigned int>("U32s", PDT_UINT32_ARRAY, {4, 5, 6}), numbers(CMPI_uint32, {4, 5, 6})},
+      {scalar("U64", PDT_UINT64, ~0ULL), Value::uint64(~0ULL)},
+      {list<unsigned long long>("U64s", PDT_UINT64_ARRAY, {~0ULL, 0}), numbers(CMPI_uint64, {~0ULL, 0})},
+      {scalar<std::string>("Text", PDT_STRING, "100%s \xc3\xa4"), Value::string("100%s \xc3\xa4")},
+      {list<std::string>("Texts", PDT_STRING_ARRAY, {"a", ""}),
+       Value::array(CMPI_string, {Value::string("a"), Value::string("")})},
+      {scalar("Other", PDT_REFERENCE, partPath),
+       Value::reference({TEST_NAMESPACE, "TEST_Part", {{"Id", Value::string("p")}}, ""})},
+      {list<std::string>("S64", PDT_SINT64, {}), Value::null(CMPI_sint64)},
+  };
+  for (const Converted& c : cases) {
+    const host::Instance instance = converted(instanceOf("TEST_All", {c.property}));
+    ASSERT_NE(instance.property(c.property.name()), nullptr) << c.property.name();
+    EXPECT_EQ(*instance.property(c.property.name()), c.value) << c.property.name();
+  }
+}
+
+TEST_F(OutboundConversionTest, OnlyTheFirstEmbeddedInstanceArrivesAndSharesTheFilter) {
+  CIMInstance inner = part("1");
+  inner.addProperty(scalar("Number", PDT_UINT32, 5U));
+  const CIMInstance instance =
+      instanceOf("TEST_All", {scalar<std::string>("Text", PDT_STRING, "t"),
+                              list<CIMInstance>("Inside", PDT_INSTANCE, {inner, part("2"), part("3")})});
+  EXPECT_EQ(*converted(instance).property("Inside")->asInstance().property("Number"), Value::uint32(5));
+
+  const char* wanted[] = {"Inside", nullptr};
+  const host::Instance filtered = converted(instance, wanted);
+  EXPECT_EQ(filtered.property("Text"), nullptr);
+  EXPECT_EQ(*filtered.property("Inside")->asInstance().property("Id"), Value::string("1"));
+  EXPECT_EQ(filtered.property("Inside")->asInstance().property("Number"), nullptr);
+}
+
+TEST_F(OutboundConversionTest, ArrayKeysStayOutOfAnInstancesPathButNotOutOfAPath) {
+  CIMInstance instance = instanceOf("TEST_All", {scalar<std::string>("Id", PDT_STRING, "x", true)});
+  instance.addCimKeyBinding(list<unsigned char>("Ranges", PDT_UINT8_ARRAY, {1, 2}));
+  const host::Instance result = converted(instance);
+  EXPECT_EQ(result.path.keys.size(), 1U);
+  EXPECT_EQ(*result.property("Ranges"), numbers(CMPI_uint8, {1, 2}));
+
+  const auto convertPath = [&] {
+    CMPIHelper::FrameworkObjectPathToCMPIObjectPath(instance.getPath(), m_broker.cmpi());
+  };
+  EXPECT_EQ(thrownCode(convertPath), FW_RC_FAILED) << "the broker refuses array keys";
+  bool logged = false;
+  for (const std::string& line : m_log.lines()) {
+    logged = logged || line.find("FrameworkObjectPathToCMPIObjectPath : Throw exception if operation returns "
+                                 "error# 61 with Error msg ") != std::string::npos;
+  }
+  EXPECT_TRUE(logged);
+}
+
+TEST_F(OutboundConversionTest, ScalarKeysOfAPathKeepTypeAndOrder) {
+  const CIMObjectPath path("elsewhere", TEST_NAMESPACE, "TEST_All",
+                           {scalar<std::string>("Id", PDT_STRING, "x", true),
+                            scalar("Serial", PDT_UINT32, 3U, true), scalar("Flag", PDT_BOOLEAN, true, true),
+                            list<std::string>("Empty", PDT_UINT16, {}),
+                            scalar("Other", PDT_REFERENCE, part("p").getPath(), true)});
+  const host::ObjectPath result =
+      host::Request::read(CMPIHelper::FrameworkObjectPathToCMPIObjectPath(path, m_broker.cmpi()));
+  ASSERT_EQ(result.keys.size(), 4U);
+  EXPECT_EQ(result.keys[0].value, Value::string("x"));
+  EXPECT_EQ(result.keys[1].value, Value::uint32(3));
+  EXPECT_EQ(result.keys[2].value, Value::boolean(true));
+  EXPECT_EQ(result.keys[3].name, "Other");
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, " string property x")));
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, " FrameworkObjectPathToCMPIObjectPath Exit")));
+}
+
+TEST_F(OutboundConversionTest, ArgumentsGoOutUnderTheTypesTheirClientsKnow) {
+  CIMInstance first = part("1");
+  const std::vector<Converted> cases = {
+      {scalar("a", PDT_BOOLEAN, false), Value::boolean(false)},
+      {scalar<short>("a", PDT_SINT16, -1), Value::signedInteger(CMPI_sint16, -1)},
+      {scalar("a", PDT_SINT32, -1), Value::signedInteger(CMPI_sint32, -1)},
+      {scalar<signed char>("a", PDT_SINT8, -1), Value::signedInteger(CMPI_sint8, -1)},
+      {scalar<std::string>("a", PDT_STRING, "t"), Value::string("t")},
+      {list<std::string>("a", PDT_STRING_ARRAY, {"t", "u"}),
+       Value::array(CMPI_string, {Value::string("t"), Value::string("u")})},
+      {scalar<unsigned short>("a", PDT_UINT16, 9), Value::uint16(9)},
+      {scalar("a", PDT_UINT32, 9U), Value::uint32(9)},
+      {list<unsigned int>("a", PDT_UINT32_ARRAY, {9, 8}), numbers(CMPI_uint32, {9, 8})},
+      {scalar("a", PDT_UINT64, 9ULL), Value::uint64(9)},
+      {list<unsigned long long>("a", PDT_UINT64_ARRAY, {9}), numbers(CMPI_uint64, {9})},
+      {scalar<unsigned char>("a", PDT_UINT8, 200), Value::signedInteger(CMPI_sint8, -56)},
+      {list<unsigned char>("a", PDT_UINT8_ARRAY, {200}), numbers(CMPI_uint8, {200})},
+      {list<std::string>("a", PDT_STRING, {}), Value::null(CMPI_string)},
+  };
+  for (const Converted& c : cases) {
+    CIMMethodParam params;
+    params.addArgument(c.property);
+    CMPIArgs* out = m_request.outputArguments();
+    CMPIHelper::FrameworkArgumentsToCMPIArguments(params, out, m_broker.cmpi());
+    EXPECT_EQ(*host::Request::read(out).find("a"), c.value) << c.property.getType();
+  }
+}
+
+TEST_F(OutboundConversionTest, ReferencesAndInstancesGoOutAsArguments) {
+  CIMMethodParam params;
+  params.addArgument(scalar("Reference", PDT_REFERENCE, part("r").getPath()));
+  params.addArgument(
+      list<CIMObjectPath>("References", PDT_REFERENCE_ARRAY, {part("1").getPath(), part("2").getPath()}));
+  params.addArgument(list<CIMInstance>("Instance", PDT_INSTANCE, {part("i"), part("j")}));
+  params.addArgument(list<CIMInstance>("Instances", PDT_INSTANCE_ARRAY, {part("1"), part("2")}));
+  CMPIArgs* out = m_request.outputArguments();
+  CMPIHelper::FrameworkArgumentsToCMPIArguments(params, out, m_broker.cmpi());
+  const host::Arguments result = host::Request::read(out);
+  EXPECT_EQ(*result.find("Reference")->asReference().key("Id"), Value::string("r"));
+  ASSERT_EQ(result.find("References")->asArray().size(), 2U);
+  EXPECT_EQ(*result.find("References")->asArray()[1].asReference().key("Id"), Value::string("2"));
+  EXPECT_EQ(*result.find("Instance")->asInstance().property("Id"), Value::string("i"));
+  ASSERT_EQ(result.find("Instances")->asArray().size(), 2U);
+  EXPECT_EQ(*result.find("Instances")->asArray()[1].asInstance().property("Id"), Value::string("2"));
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "Instance ")), 1U);
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "array 3 ")), 1U);
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "inserting")), 2U);
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, "Prop type 31")));
+}
+
+TEST_F(OutboundConversionTest, EachDirectionRefusesTheTypesItDoesNotTake) {
+  const std::set<unsigned int> keys = {0,  1,  4,  10, 11, 12, 13, 14, 15, 16, 17,
+                                       18, 19, 20, 21, 22, 23, 24, 25, 26, 27, 28};
+  std::set<unsigned int> properties = keys;
+  properties.insert(30);
+  const std::set<unsigned int> arguments = {0,  10, 12, 14, 16, 18, 19, 20, 22,
+                                            23, 24, 25, 26, 27, 28, 29, 30, 31};
+  host::Request request(m_lenient);
+  for (unsigned int code = 0; code < 40; ++code) {
+    const CIMProperty property = list<std::string>("P", static_cast<Primitive_DataType>(code), {});
+    const unsigned int asKey = thrownCode([&] {
+      CMPIHelper::FrameworkObjectPathToCMPIObjectPath(CIMObjectPath("", "n", "TEST_All", {property}),
+                                                      m_lenient.cmpi());
+    });
+    EXPECT_EQ(asKey != FW_RC_NOT_SUPPORTED, keys.count(code) != 0) << code;
+    const unsigned int asProperty = thrownCode([&] {
+      CMPIHelper::FrameworkInstanceToCMPIInstance(instanceOf("TEST_All", {property}), m_lenient.cmpi(),
+                                                  nullptr);
+    });
+    EXPECT_EQ(asProperty, properties.count(code) != 0 ? 0U : 7U) << code;
+    CIMMethodParam params;
+    params.addArgument(property);
+    const unsigned int asArgument = thrownCode([&] {
+      CMPIHelper::FrameworkArgumentsToCMPIArguments(params, request.outputArguments(), m_lenient.cmpi());
+    });
+    EXPECT_EQ(asArgument, arguments.count(code) != 0 ? 0U : 7U) << code;
+  }
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, "TVP: fwf::FW_RC_NOT_SUPPORTED - propertyType 29")));
+  EXPECT_TRUE(m_log.has(LogCapture::message(4, "Unknown datattyppe 4")));
+}
+
+TEST_F(OutboundConversionTest, AMismatchIsLoggedWithThePropertyAndEndsTheConversion) {
+  const CIMInstance instance = instanceOf("TEST_All", {scalar("Text", PDT_UINT32, 1U)});
+  EXPECT_EQ(thrownCode([&] { converted(instance); }), FW_RC_FAILED);
+  EXPECT_TRUE(m_log.has(LogCapture::message(
+      5, "FrameworkInstanceToCMPIInstance:Exception for the attribute Text due to Type MisMatch ->13.")));
+}
+
+/** An instance with everything that needs objects of the broker. */
+CIMInstance richInstance() {
+  const CIMInstance inner = instanceOf("TEST_Part", {scalar<std::string>("Id", PDT_STRING, "p", true)});
+  return instanceOf("TEST_All",
+                    {scalar<std::string>("Id", PDT_STRING, "x", true),
+                     scalar<std::string>("When", PDT_DATETIME, WHEN),
+                     list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"}),
+                     scalar("Other", PDT_REFERENCE, inner.getPath()), scalar("Inside", PDT_INSTANCE, inner)});
+}
+
+// On a thread outside any request nothing is freed for the provider, so that every object which one of
+// the failing paths forgets stays.
+TEST_F(OutboundConversionTest, WhicheverCallFailsTheConversionFailsAndLeavesNothingBehind) {
+  const CMPIContext* context = CBPrepareAttachThread(m_broker.cmpi(), m_request.context());
+  std::thread([&] {
+    ASSERT_EQ(CBAttachThread(m_broker.cmpi(), context).rc, CMPI_RC_OK);
+    const CIMInstance instance = richInstance();
+    const char* wanted[] = {"Id", "When", "Texts", "Other", "Inside", nullptr};
+    const auto convert = [&] {
+      const CMPIObjectGuard<CMPIInstance> result(
+          CMPIHelper::FrameworkInstanceToCMPIInstance(instance, m_broker.cmpi(), wanted));
+    };
+    m_broker.resetCalls(true);
+    convert();
+    std::vector<std::string> calls;
+    for (std::size_t i = 0; i < m_broker.callCount(); ++i) {
+      calls.push_back(m_broker.callName(i));
+    }
+    ASSERT_GT(calls.size(), 20U);
+    EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+      if (calls[i].find(".release") == std::string::npos) {
+        m_broker.failCall(i + 1, CMPI_RC_ERR_FAILED);
+        EXPECT_EQ(thrownCode(convert), FW_RC_FAILED) << i << " " << calls[i];
+        EXPECT_EQ(m_broker.unreleasedObjects(), 0U) << i << " " << calls[i];
+      }
+    }
+  }).join();
+  m_broker.failCall(0, CMPI_RC_OK);
+}
+
+TEST_F(OutboundConversionTest, RandomValuesSurviveBothWays) {
+  std::mt19937 random(20261);
+  for (int round = 0; round < 200; ++round) {
+    std::string text;
+    for (std::size_t length = random() % 40; length > 0; --length) {
+      text += static_cast<char>(1 + random() % 126);
+    }
+    const std::vector<CIMProperty> properties = {
+        scalar<std::string>("Text", PDT_STRING, text),
+        scalar("U64", PDT_UINT64, (static_cast<unsigned long long>(random()) << 32U) | random()),
+        scalar("U32", PDT_UINT32, static_cast<unsigned int>(random())),
+        scalar("U16", PDT_UINT16, static_cast<unsigned short>(random())),
+        scalar("U8", PDT_UINT8, static_cast<unsigned char>(random())),
+        scalar("Flag", PDT_BOOLEAN, random() % 2 == 0)};
+    const CIMInstance sent = instanceOf("TEST_All", properties);
+    CIMInstance received;
+    CMPIHelper::setProps(CMPIHelper::FrameworkInstanceToCMPIInstance(sent, m_broker.cmpi(), nullptr),
+                         received);
+    ASSERT_EQ(received.getPropertyCount(), properties.size());
+    for (const CIMProperty& property : properties) {
+      ASSERT_NE(received.getPropertyByName(property.name()), nullptr);
+      EXPECT_TRUE(received.getPropertyByName(property.name())->equals(property)) << property.name();
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tvp::test

@@ -1,0 +1,268 @@
+#include "CmpiTest.h"
+#include "ScriptedPlugin.h"
+
+#include "CIM/Framework/CIMException.h"
+#include "cmpi/CMPIAdapter.h"
+
+#include <stdexcept>
+
+namespace tvp::test {
+namespace {
+
+using namespace cim::fwf;
+using cim::adap::cmpi::CMPIAdapter;
+using host::Value;
+
+/** Requests for TEST_All, answered by a plugin that the test scripts. */
+class RequestsTest : public RunningProviderTest {
+protected:
+  RequestsTest() : m_plugin(ScriptedPlugin::install()) {}
+
+  static CIMInstance item(const std::string& id, unsigned int number) {
+    return instanceOf("TEST_All",
+                      {scalar<std::string>("Id", PDT_STRING, id, true), scalar("U32", PDT_UINT32, number)});
+  }
+  static host::ObjectPath itemPath(const std::string& id) {
+    return path("TEST_All", {{"Id", Value::string(id)}, {"Serial", Value::sint64(4)}});
+  }
+  host::CallOptions user(std::optional<std::string> name) {
+    host::CallOptions options;
+    options.principal = std::move(name);
+    return options;
+  }
+
+  ScriptedPlugin& m_plugin;
+};
+
+TEST_F(RequestsTest, ReadingOperationsCarryPathAndListsBothWays) {
+  m_plugin.instances = {item("a", 1), item("b", 2)};
+  m_plugin.names = {item("a", 1).getPath()};
+  m_log.clear();
+  const host::InstancesOutcome all =
+      m_provider->enumerateInstances(itemPath("x"), std::vector<std::string>{"U32"});
+  ASSERT_EQ(all.instances.size(), 2U);
+  EXPECT_EQ(*all.instances[1].property("U32"), Value::uint32(2));
+  EXPECT_EQ(all.instances[1].path.keys.at(0).value, Value::string("b"));
+  EXPECT_TRUE(m_plugin.givenPath.keyBindings().empty()) << "enumerations leave the keys out";
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::EnumInstances ClassName:TEST_All")));
+  EXPECT_TRUE(m_log.has(LogCapture::trace("Entering CMPIAdapter::EnumInstances")));
+  EXPECT_TRUE(m_log.has(LogCapture::trace("Exiting CMPIAdapter::EnumInstances")));
+
+  const host::PathsOutcome names = m_provider->enumerateInstanceNames(itemPath("x"));
+  ASSERT_EQ(names.paths.size(), 1U);
+  EXPECT_EQ(*names.paths[0].key("Id"), Value::string("a"));
+
+  m_log.clear();
+  EXPECT_EQ(m_provider->getInstance(itemPath("q")).instances.size(), 2U);
+  EXPECT_EQ(m_plugin.givenPath.keyBindings().size(), 2U);
+  EXPECT_EQ(m_log.count(LogCapture::trace("Exiting CMPIAdapter::GetInstance")), 2U);
+  EXPECT_FALSE(m_log.has(LogCapture::trace("Entering CMPIAdapter::GetInstance")));
+
+  m_plugin.instances.clear();
+  const host::InstancesOutcome none = m_provider->getInstance(itemPath("q"));
+  EXPECT_TRUE(none.ok() && none.instances.empty());
+  const host::InstancesOutcome unknown = m_provider->enumerateInstances(path("NONE_Such"));
+  EXPECT_TRUE(unknown.ok() && unknown.instances.empty());
+  const host::InstancesOutcome nameless = m_provider->enumerateInstances(path(""));
+  EXPECT_EQ(nameless.rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(nameless.message, "Failed to convert CMPI ObjectPath to CIM ObjectPath");
+}
+
+TEST_F(RequestsTest, CreatingAndDeletingAreAcceptedAndDoNothing) {
+  host::Instance instance{path("TEST_All"), {{"Id", Value::string("a")}}};
+  EXPECT_TRUE(m_provider->createInstance(path("TEST_All"), instance).ok());
+  EXPECT_TRUE(m_provider->deleteInstance(itemPath("a")).ok());
+  EXPECT_EQ(m_plugin.changes, 0);
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::CreateInstance ClassName:TEST_All")));
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::DeleteInstance ClassName:TEST_All")));
+}
+
+TEST_F(RequestsTest, WhatIsThrownBecomesTheStatusAndTheOperationStillEndsItsTrace) {
+  struct Thrown {
+    std::function<void()> raise;
+    int rc;
+    const char* message;
+  };
+  const std::vector<Thrown> cases = {
+      {[] { throw CIMException(6, std::string("100%s gone")); }, 6, "100%s gone"},
+      {[] { throw CIMException(18, std::string("next")); }, 18, "next"},
+      {[] { throw CIMException(19, std::string("beyond")); }, 1, "beyond"},
+      {[] { throw CIMException(0, std::string("zero")); }, 1, "zero"},
+      {[] { throw std::runtime_error("inner"); }, 1, "Failed : Unknown Error"}};
+  for (const Thrown& thrown : cases) {
+    m_plugin.beforeAnswer = thrown.raise;
+    m_log.clear();
+    const host::Outcome outcome = m_provider->enumerateInstances(itemPath("x"));
+    EXPECT_EQ(static_cast<int>(outcome.rc), thrown.rc) << thrown.message;
+    EXPECT_EQ(outcome.message, thrown.message);
+    EXPECT_TRUE(m_log.has(LogCapture::trace("Exiting CMPIAdapter::EnumInstances")));
+    EXPECT_TRUE(m_log.has(LogCapture::message(2, "EnumInstances operation failed,                 refer "
+                                                 "previous log lines for reason")));
+  }
+}
+
+TEST_F(RequestsTest, AnInstanceThatCannotBeConvertedEndsTheOperationWithItsCode) {
+  m_plugin.instances = {item("a", 1),
+                        instanceOf("TEST_All", {list<std::string>("X", PDT_REFERENCE_ARRAY, {})})};
+  const host::InstancesOutcome outcome = m_provider->enumerateInstances(path("TEST_All"));
+  EXPECT_EQ(outcome.rc, CMPI_RC_ERR_NOT_SUPPORTED);
+  EXPECT_EQ(outcome.message, " :: Not supported");
+}
+
+TEST_F(RequestsTest, OnlyAdministratorsModify) {
+  const host::Instance change{itemPath("a"), {{"U32", Value::uint32(9)}, {"S32", Value::null(CMPI_sint32)}}};
+  struct Case {
+    std::optional<std::string> principal;
+    bool admitted;
+  };
+  for (const Case& c : std::vector<Case>{{"root", true},
+                                         {"operator", true},
+                                         {"", true},
+                                         {std::nullopt, true},
+                                         {"rootuid", false},
+                                         {"short", false},
+                                         {"Root", false},
+                                         {"nobody%s", false}}) {
+    m_plugin.changes = 0;
+    const host::CallOptions options = user(c.principal);
+    const host::Outcome outcome =
+        m_provider->modifyInstance(itemPath("a"), change, std::vector<std::string>{"U32"}, &options);
+    const std::string name = c.principal.value_or("");
+    EXPECT_EQ(m_plugin.changes, c.admitted ? 1 : 0) << name;
+    EXPECT_EQ(outcome.rc, c.admitted ? CMPI_RC_OK : CMPI_RC_ERR_ACCESS_DENIED) << name;
+    EXPECT_EQ(outcome.message, c.admitted ? "" : name + " : is not a member of Administrator/root");
+    EXPECT_EQ(m_log.has(LogCapture::message(5, "UserName = " + name + " is verified")), c.admitted);
+  }
+  EXPECT_EQ(m_plugin.givenList, std::vector<std::string>{"U32"});
+  EXPECT_EQ(m_plugin.givenInstance.getPropertyCount(), 1U);
+  EXPECT_EQ(m_plugin.givenPath.keyBindings().size(), 2U);
+
+  host::CallOptions without;
+  without.withPrincipal = false;
+  const host::Outcome outcome = m_provider->modifyInstance(itemPath("a"), change, {}, &without);
+  EXPECT_EQ(outcome.rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(outcome.message, "Failed to get context entry type CMPIPrinciple");
+  std::filesystem::remove(m_log.root().file("etc/passwd"));
+  EXPECT_EQ(m_provider->modifyInstance(itemPath("a"), change).rc, CMPI_RC_ERR_ACCESS_DENIED);
+}
+
+TEST_F(RequestsTest, ModifyingWithNullArgumentsIsAnErrorAndNoCrash) {
+  host::Request request(m_broker);
+  CMPIInstanceMI* mi = m_provider->instanceMI();
+  const char* list[] = {"U32", nullptr};
+  const host::Instance change{itemPath("a"), {}};
+  const CMPIObjectPath* op = request.objectPath(itemPath("a"));
+  EXPECT_EQ(mi->ft->modifyInstance(mi, nullptr, nullptr, op, request.instance(change), list).rc,
+            CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(mi->ft->modifyInstance(mi, request.context(), nullptr, op, nullptr, list).rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(
+      mi->ft->modifyInstance(mi, request.context(), nullptr, nullptr, request.instance(change), list).rc,
+      CMPI_RC_ERR_INVALID_NAMESPACE);
+  EXPECT_EQ(m_plugin.changes, 0);
+}
+
+TEST_F(RequestsTest, MethodsReturnTheirValueAndOutputOnlyOnSuccess) {
+  host::Arguments input;
+  input.add("Name", Value::string("x")).add("Count", Value::uint32(3));
+  m_plugin.output.addArgument(scalar<unsigned char>("Kind", PDT_UINT8, 2));
+  for (const unsigned int value : {0U, 5U, 4U, 1U, 4294967295U}) {
+    m_plugin.returnValue = value;
+    m_log.clear();
+    const host::MethodOutcome outcome = m_provider->invokeMethod(itemPath("a"), "Do%s", input);
+    if (value == 0 || value == 5) {
+      EXPECT_TRUE(outcome.ok());
+      EXPECT_EQ(outcome.returnValue, Value::uint32(value));
+      EXPECT_EQ(*outcome.output.find("Kind"), Value::signedInteger(CMPI_sint8, 2));
+    } else {
+      EXPECT_EQ(outcome.rc, CMPI_RC_ERR_FAILED);
+      EXPECT_EQ(outcome.message, " :: Operation Failed");
+      EXPECT_TRUE(outcome.output.values.empty());
+      EXPECT_TRUE(outcome.returnValue.isNull());
+      EXPECT_TRUE(m_log.has(
+          LogCapture::message(2, "InvokeMethod returns error = " + std::to_string(static_cast<int>(value)))));
+    }
+    EXPECT_EQ(m_log.lines().at(2), LogCapture::message(5, "CMPIAdapter::InvokeMethod:Do%s"));
+  }
+  EXPECT_EQ(m_plugin.givenInput.toString(), "NameCount");
+
+  const host::CallOptions stranger = user("stranger");
+  m_plugin.changes = 0;
+  EXPECT_EQ(m_provider->invokeMethod(itemPath("a"), "Do", input, &stranger).rc, CMPI_RC_ERR_ACCESS_DENIED);
+  EXPECT_EQ(m_plugin.changes, 0);
+  bool told = false;
+  for (const std::string& line : m_log.lines()) {
+    told = told || (line.find("UserName = stranger, HostName = \\\\") != std::string::npos &&
+                    line.find(":TEST_All.Id=\"a\",Serial=") != std::string::npos);
+  }
+  EXPECT_TRUE(told);
+}
+
+TEST_F(RequestsTest, ResultsThatGiveNoObjectAreLeftOutAndTheOthersReturned) {
+  CMPIStatus status{CMPI_RC_OK, nullptr};
+  host::Request request(m_broker);
+  // A copy of the broker that has no second path to give, and calls that no error.
+  static const CMPIBrokerEncFT* real = nullptr;
+  static int paths = 0;
+  real = m_broker.cmpi()->eft;
+  paths = 0;
+  CMPIBrokerEncFT table = *real;
+  table.newObjectPath = [](const CMPIBroker* broker, const char* ns, const char* name, CMPIStatus* rc) {
+    return ++paths == 2 ? nullptr : real->newObjectPath(broker, ns, name, rc);
+  };
+  CMPIBroker forgetful = *m_broker.cmpi();
+  forgetful.eft = &table;
+  CMPIAdapter::ReturnInstances(&forgetful, request.result(), nullptr,
+                               {item("a", 1), item("b", 2), item("c", 3)}, &status);
+  EXPECT_EQ(request.instances().size(), 2U);
+  EXPECT_TRUE(request.done());
+  EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(host::Request::read(status.msg), "Failed to convert CIM Instance to CMPI Instance");
+  EXPECT_EQ(m_log.count(LogCapture::message(2, "Failed to convert CIM Instance to CMPI Instance")), 1U);
+
+  paths = 0;
+  status = CMPIStatus{CMPI_RC_OK, nullptr};
+  host::Request second(m_broker);
+  CMPIAdapter::ReturnObjectPaths(&forgetful, second.result(),
+                                 {item("a", 1).getPath(), item("b", 2).getPath()}, &status);
+  EXPECT_EQ(second.paths().size(), 1U);
+  EXPECT_EQ(host::Request::read(status.msg), "Failed to convert CIM ObjectPath to CMPI ObjectPath");
+  CIMMethodParam output;
+  output.addArgument(scalar("A", PDT_UINT32, 1U));
+  status = CMPIStatus{CMPI_RC_OK, nullptr};
+  CMPIAdapter::FormArguments(m_broker.cmpi(), second.result(), output, nullptr, &status);
+  EXPECT_EQ(host::Request::read(status.msg), "Failed to convert CIM Arguments to CMPI Arguments");
+}
+
+// Whatever the object manager fails to do for a request, the request ends with an error, or with the
+// complete answer where only a release or a message was concerned.
+TEST_F(RequestsTest, WhicheverBrokerCallFailsTheRequestDoesNotAnswerLess) {
+  m_plugin.instances = {item("a", 1), item("b", 2)};
+  m_plugin.output.addArgument(scalar<std::string>("Text", PDT_STRING, "t"));
+  host::Arguments input;
+  input.add("Name", Value::string("x"));
+  const auto enumerate = [&] {
+    const host::InstancesOutcome outcome = m_provider->enumerateInstances(itemPath("x"));
+    return outcome.rc != CMPI_RC_OK || outcome.instances.size() == 2;
+  };
+  const auto invoke = [&] {
+    const host::MethodOutcome outcome = m_provider->invokeMethod(itemPath("x"), "Do", input);
+    return outcome.rc != CMPI_RC_OK ||
+           (outcome.returnValue == Value::uint32(0) && outcome.output.find("Text"));
+  };
+  for (const std::function<bool()>& complete :
+       {std::function<bool()>(enumerate), std::function<bool()>(invoke)}) {
+    m_broker.resetCalls(true);
+    ASSERT_TRUE(complete());
+    const std::uint64_t count = m_broker.callCount();
+    ASSERT_GT(count, 10U);
+    for (std::uint64_t n = 1; n <= count; ++n) {
+      m_broker.failCall(n, CMPI_RC_ERR_FAILED);
+      EXPECT_TRUE(complete()) << "call " << n;
+      m_broker.failCall(0, CMPI_RC_OK);
+    }
+  }
+  m_broker.clearBreaches();  // a refused end mark is the object manager's doing here
+}
+
+}  // namespace
+}  // namespace tvp::test
