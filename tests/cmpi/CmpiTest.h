@@ -77,6 +77,29 @@ unsigned int thrownCode(Work work) {
   return 0;
 }
 
+/** Makes every broker call of some work fail in turn and hands each outcome to check, with the call's name.
+ */
+template <typename Work, typename Check>
+void failEveryCall(host::Broker& broker, CMPIrc rc, Work work, Check check) {
+  broker.resetCalls(true);
+  work();
+  std::vector<std::string> calls;
+  for (std::size_t i = 0; i < broker.callCount(); ++i) {
+    calls.push_back(broker.callName(i));
+  }
+  ASSERT_GT(calls.size(), 3U);
+  for (std::size_t i = 0; i < calls.size(); ++i) {
+    SCOPED_TRACE("call " + std::to_string(i + 1) + " " + calls[i]);
+    broker.failCall(i + 1, rc);
+    check(calls[i]);
+    broker.failCall(0, CMPI_RC_OK);
+  }
+}
+
+inline bool isRelease(const std::string& call) {
+  return call.find(".release") != std::string::npos;
+}
+
 /**
  * The provider, linked in, with a broker, a log, a list of users and a storage state of its own. It is
  * cleaned up at the end, which waits for its listener thread.
