@@ -47,7 +47,7 @@ public:
     std::vector<std::string> result;
     std::ifstream stream(m_root.file("var/log/TVP.txt"));
     for (std::string line; std::getline(stream, line);) {
-      const std::size_t header = line.find("]");
+      const std::size_t header = line.find(']');
       const std::size_t tag = line.find(':', header == std::string::npos ? 0 : header);
       result.push_back(tag == std::string::npos ? line : line.substr(tag));
     }
