@@ -72,46 +72,35 @@ std::vector<std::string> course(const LogCapture& log) {
 
 class AdapterOperations : public StorageTest {
 protected:
-  static std::string entryOf(const OperationCase& operation) {
-    return operation.libraryOperation == "createCachedLD"
-               ? LogCapture::message(4, "Entering TarvexProVirtualVolume::CreateDataCacheVolume :")
-               : LogCapture::trace("Entering " + operation.method + "()");
-  }
-  static std::string exitOf(const OperationCase& operation, int result) {
-    return LogCapture::message(4, "Exiting " + operation.exit + "() with Return: " + std::to_string(result));
+  /** Runs an operation and looks at its result and at its course between entry and exit. */
+  void expectCourse(const OperationCase& operation, unsigned int result, unsigned int status,
+                    const std::vector<std::string>& between) {
+    SCOPED_TRACE(operation.method);
+    log.clear();
+    Ret ret;
+    EXPECT_EQ(operation.run(ret), result);
+    EXPECT_EQ(ret.getReturn(), status);
+    std::vector<std::string> expected = between;
+    expected.insert(expected.begin(),
+                    operation.libraryOperation == "createCachedLD"
+                        ? LogCapture::message(4, "Entering TarvexProVirtualVolume::CreateDataCacheVolume :")
+                        : LogCapture::trace("Entering " + operation.method + "()"));
+    expected.push_back(
+        LogCapture::message(4, "Exiting " + operation.exit + "() with Return: " + std::to_string(result)));
+    EXPECT_EQ(course(log), expected);
   }
 };
 
-TEST_F(AdapterOperations, ARefusalIsPassedOnAndReadsAsFailure) {
+TEST_F(AdapterOperations, RefusalsReadAsFailureAndExceptionsAsSuccess) {
   for (const OperationCase& operation : allOperations()) {
-    SCOPED_TRACE(operation.method);
+    const std::string calling = LogCapture::trace("Calling TvkAdapter::" + operation.calling + "()");
     voltvk::Faults().fail(operation.libraryOperation, 77);
-    log.clear();
-    Ret ret;
-    EXPECT_EQ(operation.run(ret), 3U);
-    EXPECT_EQ(ret.getReturn(), 77U);
-    EXPECT_EQ(course(log),
-              (std::vector<std::string>{
-                  entryOf(operation), LogCapture::trace("Calling TvkAdapter::" + operation.calling + "()"),
-                  LogCapture::trace("Returned from TvkAdapter::" + operation.returned + "()"),
-                  exitOf(operation, 3)}));
-  }
-}
-
-TEST_F(AdapterOperations, AnExceptionOfTheLibraryReadsAsSuccess) {
-  for (const OperationCase& operation : allOperations()) {
-    SCOPED_TRACE(operation.method);
+    expectCourse(operation, 3, 77,
+                 {calling, LogCapture::trace("Returned from TvkAdapter::" + operation.returned + "()")});
     voltvk::Faults().throwFrom(operation.libraryOperation);
-    log.clear();
-    Ret ret;
-    EXPECT_EQ(operation.run(ret), 0U);
-    EXPECT_EQ(ret.getReturn(), 0U);
-    EXPECT_EQ(course(log),
-              (std::vector<std::string>{
-                  entryOf(operation), LogCapture::trace("Calling TvkAdapter::" + operation.calling + "()"),
-                  LogCapture::trace("Exception caught in Tvk Lib method: TvkAdapter::" + operation.throwing +
-                                    "() "),
-                  exitOf(operation, 0)}));
+    expectCourse(operation, 0, 0,
+                 {calling, LogCapture::trace("Exception caught in Tvk Lib method: TvkAdapter::" +
+                                             operation.throwing + "() ")});
   }
 }
 
@@ -119,15 +108,8 @@ TEST_F(AdapterOperations, WithoutAnAdapterNothingIsCalled) {
   voltvk::Faults().adapterAbsent();
   refreshTarvexProObjects();
   for (const OperationCase& operation : allOperations()) {
-    SCOPED_TRACE(operation.method);
-    log.clear();
-    Ret ret;
-    EXPECT_EQ(operation.run(ret), 3U);
-    EXPECT_EQ(course(log),
-              (std::vector<std::string>{
-                  entryOf(operation),
-                  LogCapture::message(4, operation.method + "() - !!ERROR!! - TvkAdapter object is NULL"),
-                  exitOf(operation, 3)}));
+    expectCourse(operation, 3, 0,
+                 {LogCapture::message(4, operation.method + "() - !!ERROR!! - TvkAdapter object is NULL")});
   }
   log.clear();
   std::vector<CIMInstance> members;
@@ -154,34 +136,18 @@ TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
   const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
   constexpr unsigned long long LARGEST = ~0ULL;
   const struct {
-    VirtualPoolEntry given[2];
+    VirtualPoolEntry pools[2];
     unsigned int count;
     unsigned char kind;
-    VirtualPoolEntry passed[2];
     unsigned long long capacity;
-    bool changed;
+    bool exchanged;
   } cases[] = {
-      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}},
-       2,
-       1,
-       {{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
-       3 * GIBIBYTE,
-       true},
-      {{{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
-       2,
-       1,
-       {{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
-       3 * GIBIBYTE,
-       false},
-      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}},
-       2,
-       2,
-       {{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}},
-       2 * GIBIBYTE,
-       true},
-      {{{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, 1, 1, {{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, GIBIBYTE, false},
-      {{{999, GIBIBYTE}, {hdd, GIBIBYTE}}, 2, 2, {{999, GIBIBYTE}, {hdd, GIBIBYTE}}, GIBIBYTE, false},
-      {{{hdd, LARGEST}, {ssd, 2}}, 255, 1, {{hdd, LARGEST}, {ssd, 2}}, LARGEST, false},
+      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}}, 2, 1, 3 * GIBIBYTE, true},
+      {{{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}}, 2, 1, 3 * GIBIBYTE, false},
+      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}}, 2, 2, 2 * GIBIBYTE, true},
+      {{{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, 1, 1, GIBIBYTE, false},
+      {{{999, GIBIBYTE}, {hdd, GIBIBYTE}}, 2, 2, GIBIBYTE, false},
+      {{{hdd, LARGEST}, {ssd, 2}}, 255, 1, LARGEST, false},
   };
   int number = 0;
   for (const auto& sample : cases) {
@@ -190,16 +156,17 @@ TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
     tvkSetText(spec.name, TVK_NAME_SIZE, ("Volume " + std::to_string(number++)).c_str());
     spec.numValidPools = sample.count;
     spec.featureType1 = sample.kind;
-    std::copy_n(sample.given, 2, spec.pools);
+    std::copy_n(sample.pools, 2, spec.pools);
     log.clear();
     Ret ret;
     TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
     for (int entry = 0; entry < 2; ++entry) {
-      EXPECT_EQ(spec.pools[entry].poolId, sample.passed[entry].poolId);
-      EXPECT_EQ(spec.pools[entry].capacityInSectors, sample.passed[entry].capacityInSectors);
+      const VirtualPoolEntry& expected = sample.pools[sample.exchanged ? 1 - entry : entry];
+      EXPECT_EQ(spec.pools[entry].poolId, expected.poolId);
+      EXPECT_EQ(spec.pools[entry].capacityInSectors, expected.capacityInSectors);
     }
     EXPECT_EQ(spec.capacityInSectors, sample.capacity);
-    EXPECT_EQ(log.has(LogCapture::trace("Changed the pool sequence order")), sample.changed);
+    EXPECT_EQ(log.has(LogCapture::trace("Changed the pool sequence order")), sample.exchanged);
     EXPECT_TRUE(
         log.has(LogCapture::message(4, "Processing to sort Virtual Pool IDs in the order of HDD and then SSD "
                                        "pool \t\t\t\t\t\t\t\t for total pools: " +

@@ -73,21 +73,6 @@ TEST_F(EventListener, NewEventsAreWordedAndSentInOrder) {
   EXPECT_EQ(delivered.size(), 3U) << "every event once";
 }
 
-TEST_F(EventListener, AThousandEventsBetweenTwoRoundsAllArrive) {
-  TvproEventManager manager(getTarvexProRoot()->isPolicyEngineRunning());
-  const unsigned int pool = makePool("Archive", TVK_DEVICE_HDD);
-  ASSERT_EQ(call("CreateVirtualVolume", volumeArguments("Data", TVK_VOLUME_TIERED, {pool}, {GIBIBYTE})), 0U);
-  const unsigned int volume = volumeId("Data");
-  manager.pollOnce();
-  delivered.clear();
-  for (int count = 0; count < 1000; ++count) {
-    Ret ret = getTvkAdapter()->resetVirtualVolumeStats(volume);
-    ASSERT_EQ(ret.getReturn(), 0U);
-  }
-  manager.pollOnce();
-  EXPECT_EQ(delivered.size(), 1000U);
-}
-
 TEST_F(EventListener, EventsOfInternalPoolsAreDropped) {
   TvproEventManager manager(getTarvexProRoot()->isPolicyEngineRunning());
   const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
