@@ -134,6 +134,22 @@ TEST_F(CrashTest, KilledAtAnyMoment) {
   }
 }
 
+TEST_F(CrashTest, KilledWhileTheStateIsMade) {
+  for (unsigned int round = 0; round < 30; ++round) {
+    ::setenv("VOLTVK_STATE", m_folder.file("new" + std::to_string(round)).c_str(), 1);
+    const pid_t child = fork();
+    if (child == 0) {
+      TvkLib lib;
+      _exit(0);
+    }
+    usleep(round * 1000);  // the moment of the kill is the point
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    TvkLib lib;
+    EXPECT_STREQ(lib.getOpenError(), "");
+  }
+}
+
 TEST_F(CrashTest, TwoProcessesAtOnce) {
   m_lib.reset();
   const pid_t first = start(101, std::chrono::seconds(2));

@@ -197,6 +197,7 @@ TEST_F(HostDrivesTest, NumbersStayWithTheDrivesThatTheyWereGivenTo) {
   m_machine.remove("sda");
   EXPECT_EQ(names(), (std::vector<std::string>{"1 /dev/sdb"}));
   plainDrive("sdc", "three");
+  EXPECT_EQ(names(), (std::vector<std::string>{"1 /dev/sdb", "2 /dev/sdc"})) << "0 is kept for its drive";
   addDrive(TVK_DEVICE_SSD, 2 * MIB);
   EXPECT_EQ(names(), (std::vector<std::string>{"1 /dev/sdb", "2 /dev/sdc", "3 /dev/tvk3"}));
   plainDrive("sdd", "one");  // back again under another name

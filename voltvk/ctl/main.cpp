@@ -38,6 +38,10 @@ int run(int count, char** arguments) {
   } catch (const CLI::Success& success) {
     return app.exit(success);  // help and version
   } catch (const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining(true);
+    if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !unknown.empty()) {
+      return complain("there is no command '" + unknown.front() + "'; see voltvkctl --help", WRONG_USAGE);
+    }
     return complain(std::string(error.what()) + "; see voltvkctl --help", WRONG_USAGE);
   }
   if (!std::cout.flush()) {

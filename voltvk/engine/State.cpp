@@ -54,14 +54,11 @@ void State::open() {
   if (isUsable(m_reader)) {
     return;  // another thread was faster
   }
-  m_snapshot.reset();
-  m_reader.reset();
-  m_writer.reset();
+  closeConnections();
   try {
     openConnections();
   } catch (const DatabaseError& error) {
-    m_reader.reset();
-    m_writer.reset();
+    closeConnections();
     if (error.isBusy()) {
       throw Refusal(TVK_BUSY, "the state file " + m_file.path() +
                                   " is locked by another process; end that process and try again");
@@ -70,10 +67,16 @@ void State::open() {
                   "the state file " + m_file.path() + " cannot be used (" + error.what() +
                       "); restore it from a backup, or move it away to start with an empty one");
   } catch (...) {
-    m_reader.reset();
-    m_writer.reset();
+    closeConnections();
     throw;
   }
+}
+
+void State::closeConnections() {
+  m_snapshot.reset();
+  m_reader.reset();
+  m_writer.reset();
+  m_file.close();
 }
 
 void State::openConnections() {
@@ -93,6 +96,7 @@ void State::openConnections() {
   }
   auto reader = std::make_unique<Connection>(m_file.path());
   reader->execute("PRAGMA query_only = ON");
+  m_file.release();
   m_writer = std::move(writer);
   m_reader = std::move(reader);
   m_suspect = false;

@@ -71,6 +71,7 @@ private:
   bool isUsable(const std::unique_ptr<Connection>& connection) const;
   void open();
   void openConnections();
+  void closeConnections();
   [[noreturn]] void fail(const DatabaseError& error);
   void readSnapshot(Connection& connection);
   void scanDrivesWhenDue();

@@ -1,15 +1,18 @@
 #include "voltvk/engine/StateFile.h"
 
-#include "voltvk/engine/FileDescriptor.h"
+#include "voltvk/engine/Connection.h"
 #include "voltvk/engine/Refusal.h"
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace voltvk {
@@ -17,6 +20,7 @@ namespace voltvk {
 namespace {
 
 constexpr const char* DEFAULT_PATH = "/var/lib/voltvk/state.db";
+constexpr const char* CHECK_PATH = "check the path in VOLTVK_STATE, or the permissions of its folder";
 constexpr std::size_t HEADER_SIZE = 100;
 constexpr const char MAGIC[] = "SQLite format 3";  // 16 bytes with its NUL
 
@@ -85,26 +89,45 @@ void StateFile::refuse(const std::string& what, const std::string& advice) const
   throw Refusal(TVK_NO_DRIVER, "the state file " + m_path + " " + what + "; " + advice);
 }
 
-void StateFile::prepare() {
-  const std::string elsewhere = "check the path in VOLTVK_STATE, or the permissions of its folder";
-  std::string folder = split(m_path).first;
-  int error = makeFolder(folder);
+void StateFile::makeFolders() {
+  const int error = makeFolder(split(m_path).first);
   if (error != 0) {
-    refuse("cannot be made, its folder: " + errorText(error), elsewhere);
+    refuse("cannot be made, its folder: " + errorText(error), CHECK_PATH);
   }
   m_path = resolved(m_path);
+}
+
+void StateFile::openFile() {
   // O_NONBLOCK: a pipe in place of the file must not hang the caller.
-  FileDescriptor file(
+  m_file = std::make_unique<FileDescriptor>(
       open(m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
-  if (!file) {
-    if (errno == ELOOP) {
+  if (!*m_file) {
+    const int error = errno;
+    if (error == ELOOP) {
       refuse("is a symbolic link, which is not followed", "set VOLTVK_STATE to the file itself");
     }
-    refuse("cannot be opened: " + errorText(errno), elsewhere);
+    refuse("cannot be opened: " + errorText(error), CHECK_PATH);
   }
+}
+
+void StateFile::waitForTurn() const {
+  // This kind of lock is apart from those that SQLite uses on the same file.
+  const auto end = std::chrono::steady_clock::now() + BUSY_TIMEOUT;
+  while (flock(m_file->get(), LOCK_EX | LOCK_NB) != 0) {
+    if (std::chrono::steady_clock::now() > end) {
+      throw Refusal(TVK_BUSY, "the state file " + m_path +
+                                  " is being opened by another process; try again when that goes on");
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+void StateFile::prepare() {
+  makeFolders();
+  openFile();
   struct stat status {};
-  if (fstat(file.get(), &status) != 0) {
-    refuse("cannot be examined: " + errorText(errno), elsewhere);
+  if (fstat(m_file->get(), &status) != 0) {
+    refuse("cannot be examined: " + errorText(errno), CHECK_PATH);
   }
   if (!S_ISREG(status.st_mode)) {
     refuse("is no regular file", "set VOLTVK_STATE to another path");
@@ -115,22 +138,34 @@ void StateFile::prepare() {
   if ((status.st_mode & S_IWOTH) != 0) {
     refuse("can be written by everybody", "check what it holds, then chmod 600 it");
   }
-  checkHeader(file.get(), static_cast<std::uint64_t>(status.st_size));
+  waitForTurn();
+  if (fstat(m_file->get(), &status) != 0) {
+    refuse("cannot be examined: " + errorText(errno), CHECK_PATH);
+  }
+  checkHeader(static_cast<std::uint64_t>(status.st_size));
   m_device = status.st_dev;
   m_inode = status.st_ino;
 }
 
-void StateFile::checkHeader(int descriptor, std::uint64_t size) const {
+void StateFile::release() const {
+  flock(m_file->get(), LOCK_UN);
+}
+
+void StateFile::close() {
+  m_file.reset();
+}
+
+void StateFile::checkHeader(std::uint64_t size) const {
   const std::string restore = "restore it from a backup, or move it away to start with an empty one";
-  const bool journalled = fileSize(m_path + "-wal") > 0 || fileSize(m_path + "-journal") > 0;
+  const bool hasLog = fileSize(m_path + "-wal") > 0;
   if (size == 0) {
-    if (journalled) {
+    if (hasLog) {
       refuse("was cut to nothing while it was in use", restore);
     }
-    return;  // new: the tables are made by whoever gets the write lock first
+    return;  // new, or left so by a process that was killed while it made the tables
   }
   std::array<unsigned char, HEADER_SIZE> header{};
-  ssize_t count = pread(descriptor, header.data(), header.size(), 0);
+  const ssize_t count = pread(m_file->get(), header.data(), header.size(), 0);
   if (count != static_cast<ssize_t>(header.size()) || std::memcmp(header.data(), MAGIC, sizeof MAGIC) != 0) {
     refuse("is no database, or is damaged", restore);
   }
@@ -142,6 +177,7 @@ void StateFile::checkHeader(int descriptor, std::uint64_t size) const {
            "install that version or use another state file");
   }
   // A journal beside the file may hold the rest of it, so only a lone file is known to be cut short.
+  const bool journalled = hasLog || fileSize(m_path + "-journal") > 0;
   std::uint64_t pageSize = std::uint64_t{header[16]} << 8U | header[17];
   pageSize = pageSize == 1 ? 65536 : pageSize;
   if (!journalled && size < pageSize * bigEndian(&header[28])) {

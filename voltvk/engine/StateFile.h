@@ -1,7 +1,10 @@
 #ifndef VOLTVK_ENGINE_STATEFILE_H
 #define VOLTVK_ENGINE_STATEFILE_H
 
+#include "voltvk/engine/FileDescriptor.h"
+
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <sys/types.h>
 
@@ -30,21 +33,32 @@ public:
   const std::string& path() const { return m_path; }
 
   /**
-   * Makes the folder (mode 0700) and an empty file (0600) when they are missing, and checks that the
-   * file may be used. Must not be called while this process has the database open: closing any file
-   * descriptor of it would drop SQLite's locks.
-   * @throws Refusal TVK_NO_DRIVER with a sentence for an administrator
+   * Makes the folder (mode 0700) and an empty file (0600) when they are missing, checks that the file
+   * may be used, and keeps other processes from checking or making it until release is called.
+   *
+   * The file stays open until close: closing any descriptor of it would drop the locks that SQLite
+   * holds, so neither this nor close may be called while this process has the database open.
+   * @throws Refusal TVK_NO_DRIVER with a sentence for an administrator, TVK_BUSY
    */
   void prepare();
+
+  /** Lets other processes go on: the file has its tables. */
+  void release() const;
+
+  void close();
 
   /** True while the path names the file that prepare saw. */
   bool isSame() const;
 
 private:
-  void checkHeader(int descriptor, std::uint64_t size) const;
+  void makeFolders();
+  void openFile();
+  void waitForTurn() const;
+  void checkHeader(std::uint64_t size) const;
   [[noreturn]] void refuse(const std::string& what, const std::string& advice) const;
 
   std::string m_path;
+  std::unique_ptr<FileDescriptor> m_file;
   dev_t m_device = 0;
   ino_t m_inode = 0;
 };
