@@ -55,19 +55,18 @@ std::set<std::string> matches(const std::string& text, const std::string& patter
 Registrations registeredWithPegasus() {
   const std::map<std::string, std::string> names{{"2", "instance"}, {"4", "indication"}, {"5", "method"}};
   const std::string text = contentOf("pegasus/TVPRegistration.mof");
-  const std::regex block(R"(instance of PG_ProviderCapabilities\s*\{([^;]*;[^;]*;[^;]*;\s*)"
-                         R"(ClassName = "(\w+)";\s*Namespaces = \{([^}]*)
-};\s*ProviderType = \{([^}]*)
-};))");
+  const std::regex block(R"re(instance of PG_ProviderCapabilities\s*\{[^;]*;[^;]*;[^;]*;\s*)re"
+                         R"re(ClassName = "(\w+)";\s*Namespaces = \{([^}]*)\};\s*)re"
+                         R"re(ProviderType = \{([^}]*)\};)re");
   Registrations result;
-for (std::sregex_iterator i(text.begin(), text.end(), block), end; i != end; ++i) {
-  Registration& registration = result[(*i)[2]];
-  registration.namespaces = matches((*i)[3], R"re("([^"]+)")re");
-  for (const std::string& type : matches((*i)[4], R"((\d+))")) {
-    registration.serves.insert(names.at(type));
+  for (std::sregex_iterator i(text.begin(), text.end(), block), end; i != end; ++i) {
+    Registration& registration = result[(*i)[1]];
+    registration.namespaces = matches((*i)[2], R"re("([^"]+)")re");
+    for (const std::string& type : matches((*i)[3], R"((\d+))")) {
+      registration.serves.insert(names.at(type));
+    }
   }
-}
-return result;
+  return result;
 }
 
 Registrations registeredWithSfcb() {
