@@ -79,15 +79,15 @@ step tvpcim volume members data
 step tvpcim tree
 
 heading 'I/O to a small hot part, a round of the policy engine, and the same I/O again: more of it hits the SSDs'
-step voltvkctl io data --reads 4000 --writes 1000 --random --hot 1 --seed 1
+step voltvkctl io data --reads 4000 --writes 1000 --random --hot 90 --seed 1
 step tvpcim volume stats data
 step voltvkctl policy run
-step voltvkctl io data --reads 4000 --writes 1000 --random --hot 1 --seed 1
+step voltvkctl io data --reads 4000 --writes 1000 --random --hot 90 --seed 1
 step tvpcim volume stats data
 
 heading 'Modify, write the cache back, measure anew'
 step tvpcim volume modify data --knob aggressive --description 'tiered over two pools'
-step voltvkctl io mail --writes 500 --random --hot 5 --seed 2
+step voltvkctl io mail --writes 500 --random --hot 90 --seed 2
 step tvpcim volume flush mail
 step tvpcim volume reset-stats data
 
