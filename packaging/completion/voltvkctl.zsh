@@ -11,11 +11,8 @@ _arguments -C \
 [[ $state == arguments ]] || return
 case $line[1] in
   drive)
-    if [[ $words[1] == add ]]; then
-      _arguments '--type[kind]:kind:(hdd ssd)' '--size[size]:size' '--model[model]:text' '--serial[serial number]:text'
-    else
-      _arguments '1:action:(list add remove)'
-    fi
+    _arguments '1:action:(list add remove)' '2:number' '--type[kind]:kind:(hdd ssd)' '--size[size]:size' \
+      '--model[model]:text' '--serial[serial number]:text'
     ;;
   fault) _arguments '1:action:(set clear list)' '2:kind:(driver-absent adapter-absent fail throw slow)' '3:operation' ;;
   io)
