@@ -76,8 +76,10 @@ TvproEventManager::~TvproEventManager() {
 }
 
 void TvproEventManager::stopListener() {
-  // A forked child has the handle but not the thread, and must not wait for it.
-  if (m_listener.load() != nullptr && m_listenerProcess == KvsGetProcessId()) {
+  if (m_listenerProcess != KvsGetProcessId()) {
+    // A forked child has the handle but not the thread, and must not wait for it.
+    KvsThreadRelease(m_listener.exchange(nullptr));
+  } else if (m_listener.load() != nullptr) {
     terminateEventListener();
   }
 }
