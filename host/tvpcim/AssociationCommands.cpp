@@ -1,5 +1,7 @@
 #include "host/tvpcim/AssociationCommands.h"
 
+#include "host/tvpcim/Failure.h"
+
 namespace tvp::host::tvpcim {
 
 void AssociationCommands::addTo(CLI::App& app) {
@@ -9,12 +11,13 @@ void AssociationCommands::addTo(CLI::App& app) {
                              [this, action] { (this->*action)(); });
     verb.add_option("PATH", m_path, "The object whose associations are asked for")->required();
     if (farEnd) {
-      verb.add_option("--assoc-class", m_filter.associationClass, "Through this association only");
+      verb.add_option("--assoc-class", m_filter.associationClass, "Through this association only")
+          ->type_name("NAME");
     }
-    verb.add_option("--result-class", m_filter.resultClass, "Results of this class only");
-    verb.add_option("--role", m_filter.role, "The role of the object");
+    verb.add_option("--result-class", m_filter.resultClass, "Results of this class only")->type_name("NAME");
+    verb.add_option("--role", m_filter.role, "The role of the object")->type_name("NAME");
     if (farEnd) {
-      verb.add_option("--result-role", m_filter.resultRole, "The role of the results");
+      verb.add_option("--result-role", m_filter.resultRole, "The role of the results")->type_name("NAME");
     }
   };
   define("an", "List the paths of associated objects", &AssociationCommands::associatorNames, true);
@@ -26,6 +29,10 @@ void AssociationCommands::addTo(CLI::App& app) {
 
 void AssociationCommands::associatorNames() {
   const PathsOutcome outcome = session().provider().associatorNames(session().parsePath(m_path), m_filter);
+  if (!outcome.ok() && m_filter.associationClass.empty()) {
+    throw OperationError(describe(outcome),
+                         "the provider may want an association; name it with --assoc-class");
+  }
   session().check(outcome);
   tool().print(formatter().paths("associated objects", outcome.paths));
 }

@@ -87,6 +87,10 @@ CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
   m_app.fallthrough();
   m_app.require_subcommand(1);
   m_app.footer(FOOTER);
+  m_app.get_formatter()->label("TEXT", "");
+  m_app.get_formatter()->label("SUBCOMMAND", "VERB");
+  m_app.get_formatter()->label("Subcommands", "Verbs");
+  m_app.get_formatter()->label("REQUIRED", "(required)");
   m_app.set_version_flag("--version", "tvpcim " TVP_VERSION);
   addGlobalOptions();
   m_groups.push_back(std::make_unique<IdentityCommand>(tool));

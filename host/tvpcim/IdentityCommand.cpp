@@ -20,8 +20,8 @@ Value paired(const Instance& identity, const std::string& names, const std::stri
   return Value::array(CMPI_string, std::move(pairs));
 }
 
-/** The instance with its parallel arrays as pairs and its sizes in units. */
-Instance forPeople(const Instance& identity) {
+/** The instance with its parallel arrays as pairs, its sizes in units and its codes by their names. */
+Instance forPeople(const Instance& identity, const SchemaClass& schemaClass) {
   Instance shown = identity;
   shown.properties.clear();
   for (const NamedValue& property : identity.properties) {
@@ -41,6 +41,9 @@ Instance forPeople(const Instance& identity) {
         sizes.push_back(Value::string(formatSectors(size.asUnsigned())));
       }
       shown.properties.push_back({"MaxVolumeSizes", Value::array(CMPI_string, std::move(sizes))});
+    } else if (name == "PolicyEngineStatus" || name == "TarvexPlusEnabled") {
+      const std::string code = codeName(schemaClass, name, numberOf(identity, name));
+      shown.properties.push_back({name, Value::string(code)});
     } else if (name.find("Supported") != 0) {
       shown.properties.push_back(property);
     }
@@ -61,7 +64,9 @@ void IdentityCommand::show() {
     listing.instances.push_back(*identity);
   }
   const bool people = tool().options.form == Form::Table && identity != nullptr;
-  tool().print(people ? formatter().record(forPeople(*identity)) : formatter().listing(listing));
+  tool().print(people
+                   ? formatter().record(forPeople(*identity, session().classNamed(identity->path.className)))
+                   : formatter().listing(listing));
   noticeMissingDriver();
 }
 

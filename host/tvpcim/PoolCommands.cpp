@@ -60,21 +60,25 @@ void PoolCommands::addCreation(CLI::App& family) {
       addVerb(family, "create", "Create a pool of drives of one kind",
               "Example: tvpcim pool create gold --drives 3,4 --tier ssd --size 100GiB", [this] { create(); });
   verb.add_option("NAME", m_name, "Name of the pool, 1 to 31 bytes")->required();
-  verb.add_option("--drives", m_drives, "Numbers or device names of the drives, with commas")->required();
-  verb.add_option("--size", m_size, "Capacity of the pool: 100GiB, 1T, 204800s")->required();
+  verb.add_option("--drives", m_drives, "Numbers or device names of the drives, with commas")
+      ->type_name("DRIVE,...")
+      ->required();
+  verb.add_option("--size", m_size, "Capacity of the pool: 100GiB, 1T, 204800s")
+      ->type_name("SIZE")
+      ->required();
   verb.add_option("--tier", m_tier, "ssd or hdd; default: what the drives are")
       ->check(CLI::IsMember({"ssd", "hdd"}));
-  verb.add_option("--chunk", m_chunk, "Size of a chunk")->capture_default_str();
-  verb.add_option("--description", m_description, "Description, up to 63 bytes");
+  verb.add_option("--chunk", m_chunk, "Size of a chunk")->type_name("SIZE")->capture_default_str();
+  verb.add_option("--description", m_description, "Description, up to 63 bytes")->type_name("WORDS");
 }
 
 void PoolCommands::addModification(CLI::App& family) {
   CLI::App& verb =
       addVerb(family, "modify", "Change the name, tier or description of a pool", "", [this] { modify(); });
   verb.add_option("POOL", m_pool, "Name or identifier of the pool")->required();
-  verb.add_option("--name", m_name, "New name");
+  verb.add_option("--name", m_name, "New name")->type_name("WORDS");
   verb.add_option("--tier", m_tier, "New tier: ssd or hdd")->check(CLI::IsMember({"ssd", "hdd"}));
-  verb.add_option("--description", m_description, "New description");
+  verb.add_option("--description", m_description, "New description")->type_name("WORDS");
 }
 
 void PoolCommands::list() {

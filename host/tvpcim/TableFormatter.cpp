@@ -91,8 +91,8 @@ std::string TableFormatter::record(const Instance& instance) const {
   for (const NamedValue& property : instance.properties) {
     if (isListOfInstances(property.value)) {
       const std::vector<Instance> instances = instancesOf(property.value);
-      tables += fitted(property.name + ":");
-      tables += listing({property.name, instances, columnsOf(instances)});
+      tables += fitted(property.name + (instances.empty() ? ": none" : ":"));
+      tables += instances.empty() ? "" : table(instances, columnsOf(instances));
       continue;
     }
     const std::string padding(width - displayWidth(property.name), ' ');

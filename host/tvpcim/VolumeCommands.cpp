@@ -44,7 +44,7 @@ void VolumeCommands::addVolumeVerb(CLI::App& family, const char* name, const cha
 }
 
 void VolumeCommands::addTexts(CLI::App& verb) {
-  verb.add_option("--description", m_description, "Description, up to 63 bytes");
+  verb.add_option("--description", m_description, "Description, up to 63 bytes")->type_name("WORDS");
   verb.add_option("--knob", m_knob, "How eagerly chunks move: aggressive, normal or passive")
       ->check(CLI::IsMember(std::vector<std::string>(KNOBS.begin(), KNOBS.end())));
 }
@@ -70,11 +70,15 @@ void VolumeCommands::addCaching(CLI::App& family) {
               "Example: tvpcim volume cache data --drive 3 --size 100GiB --ssd-pool fast --ssd-size 10GiB",
               [this] { cache(); });
   verb.add_option("NAME", m_name, "Name of the volume, 1 to 31 bytes")->required();
-  verb.add_option("--drive", m_drive, "Number or device name of the hard disk")->required();
-  verb.add_option("--size", m_size, "What to take from the hard disk")->required();
-  verb.add_option("--ssd-pool", m_ssdPool, "Name or identifier of the SSD pool")->required();
-  verb.add_option("--ssd-size", m_ssdSize, "What to take from the SSD pool")->required();
-  verb.add_option("--chunk", m_chunk, "Size of a chunk")->capture_default_str();
+  verb.add_option("--drive", m_drive, "Number or device name of the hard disk")
+      ->type_name("DRIVE")
+      ->required();
+  verb.add_option("--size", m_size, "What to take from the hard disk")->type_name("SIZE")->required();
+  verb.add_option("--ssd-pool", m_ssdPool, "Name or identifier of the SSD pool")
+      ->type_name("POOL")
+      ->required();
+  verb.add_option("--ssd-size", m_ssdSize, "What to take from the SSD pool")->type_name("SIZE")->required();
+  verb.add_option("--chunk", m_chunk, "Size of a chunk")->type_name("SIZE")->capture_default_str();
   addTexts(verb);
 }
 
@@ -82,7 +86,7 @@ void VolumeCommands::addModification(CLI::App& family) {
   CLI::App& verb =
       addVerb(family, "modify", "Change the name, description or knob of a volume", "", [this] { modify(); });
   verb.add_option("VOLUME", m_volume, "Name or identifier of the volume")->required();
-  verb.add_option("--name", m_name, "New name");
+  verb.add_option("--name", m_name, "New name")->type_name("WORDS");
   addTexts(verb);
 }
 
