@@ -3,14 +3,15 @@
 #include "cmpimacs.h"
 
 #include <cstdio>
+#include <string>
 
 namespace tvp::cim::adap::cmpi {
 
-CMPIString* newMessage(const CMPIBroker* broker, const std::string& text) {
-  return broker == nullptr ? nullptr : CMNewString(broker, text.c_str(), nullptr);
+CMPIString* newMessage(const CMPIBroker* broker, const char* text) {
+  return broker == nullptr ? nullptr : CMNewString(broker, text, nullptr);
 }
 
-void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const std::string& text) {
+void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const char* text) {
   status->rc = rc;
   status->msg = newMessage(broker, text);
 }
@@ -49,7 +50,7 @@ void traceAdapter(const char* direction, const char* name) {
 void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status) {
   KvsLogMsg(KVS_LOG_ERROR, "%s", exception.message().c_str());
   setStatus(status, CMPIHelper::ConvertFrameWorkErrorCodeToCmpiErrorCode(exception.getErrCode()), broker,
-            exception.message());
+            exception.message().c_str());
 }
 
 }  // namespace tvp::cim::adap::cmpi

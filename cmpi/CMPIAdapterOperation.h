@@ -8,8 +8,6 @@
 
 #include "cmpidt.h"
 
-#include <string>
-
 // What the operations of the adapter share: their trace lines and what becomes of an exception.
 namespace tvp::cim::adap::cmpi {
 
@@ -17,10 +15,10 @@ namespace tvp::cim::adap::cmpi {
 inline constexpr char UNKNOWN_ERROR[] = "Failed : Unknown Error";
 
 /** A string of the broker. @return null without a broker */
-CMPIString* newMessage(const CMPIBroker* broker, const std::string& text);
+CMPIString* newMessage(const CMPIBroker* broker, const char* text);
 
 /** Sets a status with its message. */
-void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const std::string& text);
+void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const char* text);
 
 /** Logs a failure at level 2 and sets the status CMPI_RC_ERR_FAILED with the same text. */
 void logAndFail(CMPIStatus* status, const CMPIBroker* broker, const char* text);

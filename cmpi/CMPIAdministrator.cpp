@@ -53,8 +53,8 @@ bool readOrigin(const CMPIContext* ctx, const CMPIBroker* broker, RequestOrigin&
 
 bool admitOrigin(const RequestOrigin& origin, const CMPIBroker* broker, CMPIStatus* status) {
   if (!CMPIAdapter::VerifyUserRole(origin.user, origin.host) && !origin.user.empty()) {
-    setStatus(status, CMPI_RC_ERR_ACCESS_DENIED, broker,
-              origin.user + " : is not a member of Administrator/root");
+    const std::string refusal = origin.user + " : is not a member of Administrator/root";
+    setStatus(status, CMPI_RC_ERR_ACCESS_DENIED, broker, refusal.c_str());
     return false;
   }
   KvsLogMsg(KVS_LOG_INFORMATION, "UserName = %s is verified", origin.user.c_str());

@@ -29,10 +29,10 @@ std::string readString(const CMPIData& data, const InboundRules& rules) {
 }
 
 std::string readDateTime(const CMPIData& data, const InboundRules& rules) {
-  CMPIStatus rc{CMPI_RC_OK, nullptr};
   if (data.value.dateTime == nullptr) {
-    rules.report(rc);
+    fail(rules.report);
   }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPIString* text = CMGetStringFormat(data.value.dateTime, &rc);
   requireOk(rc, rules.report);
   return textOf(text, rules.report);
@@ -72,11 +72,11 @@ CIMProperty makeArray(const Inbound& in) {
   if (CMIsNullValue(in.data)) {
     return in.property(CIMValue<T>(T(), true, true));
   }
-  CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPIArray* array = in.data.value.array;
   if (array == nullptr) {
-    in.rules.report(rc);
+    fail(in.rules.report);
   }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPICount count = CMGetArrayCount(array, &rc);
   requireOk(rc, in.rules.report);
   std::vector<T> values;

@@ -19,7 +19,7 @@ using fwf::Primitive_DataType;
 template <typename Object>
 Object* made(Object* object, const CMPIStatus& rc, const OutboundRules& rules) {
   if (rc.rc != CMPI_RC_OK || object == nullptr) {
-    rules.report(rc);
+    fail(rules.report, rc);
   }
   return object;
 }
@@ -178,7 +178,7 @@ OutboundValue valueOfProperty(const CIMProperty& property, const OutboundShape& 
                               const OutboundRules& rules, const OutboundTexts& texts) {
   const OutboundKind* kind = findKind(property.getType());
   if (kind == nullptr) {
-    rules.report(CMPIStatus{CMPI_RC_OK, nullptr});
+    fail(rules.report);
   }
   logText(texts.received);
   if (isArrayCode(property.getType())) {

@@ -12,17 +12,22 @@ void throwOperationFailed(const CMPIStatus&) {
   throw fwf::CIMException(fwf::FW_RC_FAILED, std::string(fwf::OPERATION_FAILED_SUFFIX));
 }
 
+void fail(FailureReport report, const CMPIStatus& status) {
+  report(status);
+  throwOperationFailed(status);
+}
+
 void requireOk(const CMPIStatus& status, FailureReport report) {
   if (status.rc != CMPI_RC_OK) {
-    report(status);
+    fail(report, status);
   }
 }
 
 std::string textOf(const CMPIString* text, FailureReport report) {
-  CMPIStatus rc{CMPI_RC_OK, nullptr};
   if (text == nullptr) {
-    report(rc);
+    fail(report);
   }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
   const char* characters = CMGetCharsPtr(text, &rc);
   requireOk(rc, report);
   return characters == nullptr ? std::string() : std::string(characters);

@@ -18,6 +18,9 @@ using FailureReport = void (*)(const CMPIStatus& status);
 /** The report of conversions that log nothing: throws FW_RC_FAILED with " :: Operation Failed". */
 [[noreturn]] void throwOperationFailed(const CMPIStatus& status = CMPIStatus{CMPI_RC_OK, nullptr});
 
+/** Reports a failure for which the report's exception, or else that of throwOperationFailed, is thrown. */
+[[noreturn]] void fail(FailureReport report, const CMPIStatus& status = CMPIStatus{CMPI_RC_OK, nullptr});
+
 /** @throws what report throws, unless the status is CMPI_RC_OK. */
 void requireOk(const CMPIStatus& status, FailureReport report);
 

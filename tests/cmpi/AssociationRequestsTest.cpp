@@ -32,6 +32,7 @@ protected:
   /** Class and identifier of every path. */
   static std::vector<std::string> ids(const std::vector<host::ObjectPath>& paths) {
     std::vector<std::string> result;
+    result.reserve(paths.size());
     for (const host::ObjectPath& p : paths) {
       result.push_back(p.className + " " + p.key("Id")->asString());
     }
@@ -39,6 +40,7 @@ protected:
   }
   static std::vector<host::ObjectPath> pathsOf(const std::vector<host::Instance>& instances) {
     std::vector<host::ObjectPath> result;
+    result.reserve(instances.size());
     for (const host::Instance& instance : instances) {
       result.push_back(instance.path);
     }
