@@ -6,7 +6,7 @@
 namespace tvp::cim::fwf {
 
 /**
- * A sample member of a pool, of fixed content: two extents, chunks 0 to 40 and 51 to 79. Getting it
+ * A sample member of a pool, of fixed content: two extents, sectors 0 to 40 and 51 to 79. Getting it
  * leaves the extents out.
  */
 class TVP_VirtualPoolMember : public AbstractInstanceProviderPlugin {
