@@ -48,6 +48,9 @@ Result call(Broker& broker, const CallOptions& options, MI* interface, const Ope
   const CMPIStatus status = body(request, outcome);
   outcome.rc = status.rc;
   outcome.message = messageOf(status);
+  if (outcome.message.empty() && status.rc != CMPI_RC_OK) {
+    outcome.message = request.error();
+  }
   collect(request, outcome);
   if (operation.endMark && status.rc == CMPI_RC_OK && !request.done()) {
     broker.addBreach(BreachKind::MissingEndMark,

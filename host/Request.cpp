@@ -129,6 +129,10 @@ const std::vector<Value>& Request::data() const {
   return m_state->returned->data;
 }
 
+const std::string& Request::error() const {
+  return m_state->returned->error;
+}
+
 bool Request::done() const {
   return m_state->returned->done;
 }

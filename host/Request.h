@@ -64,6 +64,8 @@ public:
   const std::vector<Instance>& instances() const;
   const std::vector<ObjectPath>& paths() const;
   const std::vector<Value>& data() const;
+  /** The message of the last error that the provider put into the result; empty when there was none. */
+  const std::string& error() const;
   /** Whether the end mark came. */
   bool done() const;
 

@@ -147,6 +147,7 @@ TEST_F(BrokerObjects, ErrorsCarryWhatWentWrong) {
   EXPECT_EQ(table->setMessageArguments(error, CMNewArray(m_cmpi, 1, CMPI_uint8, nullptr)).rc,
             CMPI_RC_ERR_TYPE_MISMATCH);
   EXPECT_EQ(m_request.result()->ft->returnError(m_request.result(), error).rc, CMPI_RC_OK);
+  EXPECT_EQ(m_request.error(), "it broke");
 }
 
 TEST_F(BrokerObjects, FiltersAreHandedOverUnread) {

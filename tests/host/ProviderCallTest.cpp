@@ -102,6 +102,38 @@ TEST_F(ProviderCall, ModifyPassesTheWholeInstanceAndAList) {
   EXPECT_EQ(outcome.message, "");
 }
 
+TEST_F(ProviderCall, EachArgumentArrivesInItsPlace) {
+  const std::vector<std::string>& seen = sampleBehaviour().seen;
+  ProviderFactories factories = sampleFactories();
+  factories.association = [](const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
+    return sampleAssociations();
+  };
+  Provider provider(m_broker, factories);
+  const AssociationFilter filter{"Link", "Target", "from", "to"};
+  provider.associators(samplePath(), filter, {{"Name"}});
+  EXPECT_THAT(seen, ElementsAre("associators", "Link", "Target", "from", "to", "Name"));
+  provider.associatorNames(samplePath(), {"Link", "", "", "to"});
+  EXPECT_THAT(seen, ElementsAre("associatorNames", "Link", "-", "-", "to"));
+  provider.references(samplePath(), filter);
+  EXPECT_THAT(seen, ElementsAre("references", "Target", "from", "-"));
+  provider.referenceNames(samplePath(), filter);
+  EXPECT_THAT(seen, ElementsAre("referenceNames", "Target", "from"));
+  IndicationFilter alarms;
+  alarms.query = "SELECT * FROM Sample_Alarm";
+  alarms.className = "Sample_Alarm";
+  alarms.owner = "me";
+  provider.authorizeFilter(alarms);
+  EXPECT_THAT(seen, ElementsAre("authorizeFilter", alarms.query, "Sample_Alarm", "Sample_Alarm", "me"));
+  provider.deActivateFilter(alarms, false);
+  EXPECT_THAT(seen,
+              ElementsAre("deActivateFilter", alarms.query, "Sample_Alarm", "Sample_Alarm", "not last"));
+  std::string missing;
+  for (const Breach& breach : m_broker.breaches()) {
+    missing += breach.text.substr(0, breach.text.find(' ')) + " ";
+  }
+  EXPECT_EQ(missing, "associators references referenceNames ") << "associatorNames ends without a mark";
+}
+
 TEST_F(ProviderCall, MethodsAnswerAValueAndOutputs) {
   sampleBehaviour().invoke = [](const CMPIContext*, const CMPIResult* result, const CMPIArgs* input,
                                 CMPIArgs* output) {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace tvp::host::testing {
 
@@ -44,6 +45,8 @@ struct SampleBehaviour {
   std::function<CMPIStatus(const CMPIContext*, const CMPIResult*, const CMPIArgs*, CMPIArgs*)> invoke;
   std::function<CMPIStatus(const CMPIObjectPath*, const CMPIInstance*, const char**)> modify;
   std::function<CMPIStatus(const CMPIContext*)> activate;
+  /** What the other calls were given, one text per argument; a null one is "-". */
+  std::vector<std::string> seen;
 };
 
 inline SampleBehaviour& sampleBehaviour() {
@@ -53,6 +56,48 @@ inline SampleBehaviour& sampleBehaviour() {
 
 inline CMPIStatus ok() {
   return CMPIStatus{CMPI_RC_OK, nullptr};
+}
+
+/** Notes what a call was given. */
+template <class... Texts>
+CMPIStatus note(const char* operation, Texts... texts) {
+  std::vector<std::string>& seen = sampleBehaviour().seen;
+  seen = {operation};
+  (seen.emplace_back(texts == nullptr ? "-" : texts), ...);
+  return ok();
+}
+
+/** The interface of associations, which only notes. */
+inline CMPIAssociationMI* sampleAssociations() {
+  static CMPIAssociationMIFT table = {
+      CMPIVersion200,
+      CMPIVersion200,
+      "sample",
+      [](CMPIAssociationMI*, const CMPIContext*, CMPIBoolean) { return ok(); },
+      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
+         const char* association, const char* result, const char* role, const char* resultRole,
+         const char** names) {
+        return note("associators", association, result, role, resultRole,
+                    names == nullptr ? nullptr : names[0]);
+      },
+      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
+         const char* association, const char* result, const char* role,
+         const char* resultRole) { return note("associatorNames", association, result, role, resultRole); },
+      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char* result,
+         const char* role, const char** names) {
+        return note("references", result, role, names == nullptr ? nullptr : names[0]);
+      },
+      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char* result,
+         const char* role) { return note("referenceNames", result, role); }};
+  static CMPIAssociationMI interface { nullptr, &table };
+  return &interface;
+}
+
+/** Notes the filter's parts and the flag of an indication call. */
+inline CMPIStatus noteFilter(const char* operation, const CMPISelectExp* filter, const char* className,
+                             const CMPIObjectPath* path, const char* last) {
+  return note(operation, CMGetCharsPtr(filter->ft->getString(filter, nullptr), nullptr), className,
+              CMGetCharsPtr(CMGetClassName(path, nullptr), nullptr), last);
 }
 
 /** Factories of a provider whose instance, method and indication interfaces do as sampleBehaviour() says. */
@@ -80,6 +125,14 @@ inline ProviderFactories sampleFactories() {
   indicationTable.activateFilter = [](CMPIIndicationMI*, const CMPIContext* context, const CMPISelectExp*,
                                       const char*, const CMPIObjectPath*,
                                       CMPIBoolean) { return sampleBehaviour().activate(context); };
+  indicationTable.authorizeFilter = [](CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp* filter,
+                                       const char* className, const CMPIObjectPath* path, const char* owner) {
+    return noteFilter("authorizeFilter", filter, className, path, owner);
+  };
+  indicationTable.deActivateFilter = [](CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp* filter,
+                                        const char* className, const CMPIObjectPath* path, CMPIBoolean last) {
+    return noteFilter("deActivateFilter", filter, className, path, last != 0 ? "last" : "not last");
+  };
   indicationTable.cleanup = [](CMPIIndicationMI*, const CMPIContext*, CMPIBoolean) { return ok(); };
 
   ProviderFactories factories;

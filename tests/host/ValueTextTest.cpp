@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <random>
+
 namespace tvp::host {
 namespace {
 
@@ -59,6 +61,27 @@ TEST(ObjectPathText, SaysWhatIsWrong) {
       EXPECT_STREQ(problem.what(), each.error);
     }
   }
+}
+
+/** Damaged texts end in a path or in a PathSyntaxError, and a path that was read can be written and read. */
+TEST(ObjectPathText, SurvivesDamagedTexts) {
+  const std::string good = "//host/root/ns:Class.A=\"te\\\"xt\",B=-12,C=TRUE";
+  std::mt19937 random(11);
+  int accepted = 0;
+  for (int round = 0; round < 3000; ++round) {
+    std::string text = good.substr(random() % 8, random() % (good.size() + 1));
+    for (unsigned int hit = random() % 3; hit > 0 && !text.empty(); --hit) {
+      text[random() % text.size()] = static_cast<char>(1 + random() % 255);
+    }
+    try {
+      const ObjectPath path = parsePathText(text);
+      EXPECT_EQ(parsePathText(toPathText(path)), path) << text;
+      ++accepted;
+    } catch (const PathSyntaxError&) {
+      continue;
+    }
+  }
+  EXPECT_GT(accepted, 0);
 }
 
 TEST(DateTime, ReadsTimesAndIntervals) {
