@@ -6,10 +6,13 @@
 
 namespace tvp::test {
 
+inline const std::string libraries = TVP_INSTALL_LIBDIR;
+inline const std::string completionsOfZsh = TVP_ZSH_COMPLETION_FOLDER;
+
 /** What administrators of the provider get, below the prefix. */
 inline std::set<std::string> providerFiles() {
-  return {TVP_INSTALL_LIBDIR "/libtarvexProProvider.so",
-          TVP_INSTALL_LIBDIR "/libVOLTVK.so",
+  return {libraries + "/libtarvexProProvider.so",
+          libraries + "/libVOLTVK.so",
           "sbin/voltvkctl",
           "sbin/tvp-register",
           "share/tarvexpro/TVP.mof",
@@ -20,8 +23,8 @@ inline std::set<std::string> providerFiles() {
           "share/man/man8/tvp-register.8.gz",
           "share/bash-completion/completions/voltvkctl",
           "share/bash-completion/completions/tvp-register",
-          TVP_ZSH_COMPLETION_FOLDER "/_voltvkctl",
-          TVP_ZSH_COMPLETION_FOLDER "/_tvp-register",
+          completionsOfZsh + "/_voltvkctl",
+          completionsOfZsh + "/_tvp-register",
           "share/lintian/overrides/tarvexpro-provider",
           "share/doc/tarvexpro-provider/README.md",
           "share/doc/tarvexpro-provider/docs/architecture.md",
@@ -34,7 +37,7 @@ inline std::set<std::string> developmentFiles() {
   return {"bin/tvpcim",
           "share/man/man1/tvpcim.1.gz",
           "share/bash-completion/completions/tvpcim",
-          TVP_ZSH_COMPLETION_FOLDER "/_tvpcim",
+          completionsOfZsh + "/_tvpcim",
           "share/doc/tarvexpro-dev/changelog.gz",
           "share/doc/tarvexpro-dev/copyright"};
 }

@@ -19,6 +19,7 @@ using tvp::test::Command;
 using tvp::test::CommandResult;
 using tvp::test::TemporaryFolder;
 
+const std::string packageConfiguration = TVP_BINARY_DIR "/CPackConfig.cmake";
 const std::string packageTool = "/usr/bin/dpkg-deb";
 
 class PackagesTest : public testing::Test {
@@ -27,8 +28,8 @@ protected:
     if (!fs::exists(packageTool) || !fs::exists("/usr/bin/dpkg-shlibdeps")) {
       GTEST_SKIP() << "needs dpkg-dev, which only systems with Debian packages have";
     }
-    const CommandResult result = Command({TVP_CPACK_COMMAND, "--config", TVP_BINARY_DIR "/CPackConfig.cmake",
-                                          "-B", m_folder.path(), "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=none"})
+    const CommandResult result = Command({TVP_CPACK_COMMAND, "--config", packageConfiguration, "-B",
+                                          m_folder.path(), "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=none"})
                                      .limit(std::chrono::minutes(4))
                                      .run();
     ASSERT_EQ(result.exitStatus, 0) << result.out << result.err;

@@ -85,8 +85,7 @@ std::string lower(std::string text) {
   return text;
 }
 
-/** The classes of the schema that have a plugin, in lower case, and the registrations that the schema asks
- * for. */
+/** The lower-case names of the classes that the schema wants a plugin for; fills what is to be registered. */
 std::set<std::string> servedClasses(Registrations& expected) {
   std::set<std::string> served;
   const auto schema = tvp::host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof");
