@@ -206,7 +206,7 @@ TEST_F(RegisterCommandTest, DryRunPrintsTheStepsAndChangesNothing) {
   expectLinks(false);
 }
 
-TEST_F(RegisterCommandTest, RefusalsSayWhatIsMissingAndWhatToDo) {
+TEST_F(RegisterCommandTest, RefusalsSayWhatIsMissingAndHowToGoOn) {
   struct Case {
     std::vector<std::string> arguments;
     int exitStatus;
