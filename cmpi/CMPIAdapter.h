@@ -126,7 +126,8 @@ public:
                        const CMPIBroker* broker, CMPIStatus* status);
 
   /**
-   * Hands an indication to the object manager; runs on the event listener's thread and takes no lock.
+   * Hands an indication to the object manager; runs on the event listener's thread. Takes the class lock only
+   * while there has been no adapter yet.
    * @return true when it was delivered or nobody is subscribed; false with the reason on the log
    */
   static bool DeliverIndication(fwf::CIMInstance& indication);

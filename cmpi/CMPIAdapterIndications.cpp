@@ -105,8 +105,9 @@ void CMPIAdapter::AuthorizeFilter(CMPIIndicationMI*, const CMPIContext*, const C
 
 bool CMPIAdapter::DeliverIndication(fwf::CIMInstance& indication) {
   KvsTrace("Entering CMPIAdapter::DeliverIndication()");
-  // Without the lock: deleteInstance holds it while it waits for the listener, which is this thread.
-  const CMPIAdapter* adapter = instanceWithoutLock();
+  // Without the lock once there is an adapter: deleteInstance holds it while it waits for the listener,
+  // which is this thread.
+  const CMPIAdapter* adapter = m_adapins.load() == nullptr ? getInstance() : instanceWithoutLock();
   if (adapter == nullptr) {
     KvsLogMsg(KVS_LOG_ERROR, "Failed to get CMPIAdapter singleton instance");
     return false;

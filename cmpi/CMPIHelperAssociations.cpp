@@ -24,17 +24,6 @@ CMPIObjectGuard<CMPIObjectPath> pathOfClass(const CIMObjectPath& path, const std
       makeObjectPath(path.nameSpace(), className, {}, KeySelection::All, broker));
 }
 
-bool derivesFrom(const std::string& className, const CIMObjectPath& path, const char* ancestor,
-                 const CMPIBroker* broker) {
-  const CMPIObjectGuard<CMPIObjectPath> candidate = pathOfClass(path, className, broker);
-  if (!candidate.usable()) {
-    return false;
-  }
-  CMPIStatus rc{CMPI_RC_OK, nullptr};
-  const bool answer = CMClassPathIsA(broker, candidate.get(), ancestor, &rc) != 0;
-  return rc.rc == CMPI_RC_OK && answer;
-}
-
 /** Whether the object manager says that the class of the path derives from either end. */
 bool derivesFromAnEnd(const CIMObjectPath& path, const std::string& antecedent, const std::string& dependent,
                       const CMPIBroker* broker) {
@@ -74,7 +63,15 @@ bool isRelated(FrameworkFacade& facade, const CIMObjectPath& path, const std::st
 
 bool isChild(const CIMObjectPath& path, const std::string& plugin, const char* assocClass,
              const CMPIBroker* broker) {
-  if (plugin == CommonFunctions::toLower(assocClass) || !derivesFrom(plugin, path, assocClass, broker)) {
+  if (plugin == CommonFunctions::toLower(assocClass)) {
+    return false;
+  }
+  const CMPIObjectGuard<CMPIObjectPath> candidate = pathOfClass(path, plugin, broker);
+  if (!candidate.usable()) {
+    return false;
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  if (CMClassPathIsA(broker, candidate.get(), assocClass, &rc) == 0 || rc.rc != CMPI_RC_OK) {
     return false;
   }
   KvsLogMsg(KVS_LOG_DEBUG, "%s is a child of %s", plugin.c_str(), assocClass);

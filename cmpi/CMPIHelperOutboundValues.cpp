@@ -6,6 +6,7 @@
 #include "cmpimacs.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace tvp::cim::adap::cmpi {
 namespace {
@@ -132,10 +133,11 @@ OutboundValue makeArray(const CIMProperty& property, const OutboundKind& kind, c
   logText(texts.arrayMade);
   for (std::size_t i = 0; i < count; ++i) {
     logText(texts.beforeConverting);
-    const OutboundValue element(shape.elementType, kind.make(property, i, rules));
+    OutboundValue element(shape.elementType, kind.make(property, i, rules));
     logText(texts.beforeSetting);
     requireOk(CMSetArrayElementAt(value.array, static_cast<CMPICount>(i), element.get(), element.type()),
               rules.report);
+    array.keep(std::move(element));
   }
   return array;
 }
@@ -160,7 +162,8 @@ OutboundValue::~OutboundValue() {
 }
 
 OutboundValue::OutboundValue(OutboundValue&& other) noexcept
-    : m_type(other.m_type), m_value(other.m_value), m_isNull(other.m_isNull) {
+    : m_type(other.m_type), m_value(other.m_value), m_isNull(other.m_isNull),
+      m_elements(std::move(other.m_elements)) {
   other.m_isNull = true;
 }
 

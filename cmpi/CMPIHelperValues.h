@@ -7,6 +7,8 @@
 
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 // What keys, properties and method arguments share when their values are converted. Which types each of
 // them takes, what it logs and how it sets a value is their own.
@@ -89,6 +91,8 @@ public:
 
   CMPIType type() const { return m_type; }
   bool isNull() const { return m_isNull; }
+  /** Keeps an element of this array until the array is released: a receiver may not have copied it. */
+  void keep(OutboundValue&& element) { m_elements.push_back(std::move(element)); }
   /** What setters take: null for the value null. */
   const CMPIValue* get() const { return m_isNull ? nullptr : &m_value; }
 
@@ -96,6 +100,7 @@ private:
   CMPIType m_type;
   CMPIValue m_value{};
   bool m_isNull = true;
+  std::vector<OutboundValue> m_elements;
 };
 
 /**

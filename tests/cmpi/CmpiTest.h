@@ -106,7 +106,8 @@ inline bool isRelease(const std::string& call) {
  */
 class RunningProviderTest : public testing::Test {
 protected:
-  RunningProviderTest() {
+  explicit RunningProviderTest(std::shared_ptr<const host::Schema> schema = testSchema())
+      : m_broker(std::move(schema)) {
     m_log.root().write("etc/passwd", "root:x:0:0:root:/root:/bin/bash\n"
                                      "operator:x:11:0:operator:/root:/bin/sh\n"
                                      "rootuid:x:0:100::/:/bin/sh\n"
@@ -131,7 +132,7 @@ protected:
   }
 
   LogCapture m_log;
-  host::Broker m_broker{testSchema()};
+  host::Broker m_broker;
   std::optional<host::Provider> m_provider;
 };
 

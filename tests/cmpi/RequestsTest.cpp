@@ -181,7 +181,7 @@ TEST_F(RequestsTest, MethodsReturnTheirValueAndOutputOnlyOnSuccess) {
       EXPECT_TRUE(m_log.has(
           LogCapture::message(2, "InvokeMethod returns error = " + std::to_string(static_cast<int>(value)))));
     }
-    EXPECT_EQ(m_log.lines().at(2), LogCapture::message(5, "CMPIAdapter::InvokeMethod:Do%s"));
+    EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::InvokeMethod:Do%s")));
   }
   EXPECT_EQ(m_plugin.givenInput.toString(), "NameCount");
 
