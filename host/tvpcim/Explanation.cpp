@@ -209,7 +209,7 @@ std::string Explanation::shares(const VolumeRequest& request) {
 
 std::string Explanation::poolCreation(const PoolRequest& request) {
   return first(
-      {[&] { return texts(request.name, request.description); },
+      {[&] { return withoutName(request.name); }, [&] { return texts(request.name, request.description); },
        [&] { return nameInUse(POOL, request.name, NO_NUMBER); }, [&] { return drives(request.drives); },
        [&] { return tierLevel(request.drives, request.tier); }, [&] { return chunkSize(request.chunk); },
        [&] { return space(request.drives, request.size); }});
@@ -246,7 +246,8 @@ std::string Explanation::volumeCreation(const VolumeRequest& request) {
 
 std::string Explanation::cacheCreation(const CacheRequest& request) {
   return first(
-      {[&] { return texts(request.volume.name, request.volume.description); },
+      {[&] { return withoutName(request.volume.name); },
+       [&] { return texts(request.volume.name, request.volume.description); },
        [&] { return nameInUse(VOLUME, request.volume.name, NO_NUMBER); },
        [&] { return drives({request.drive}); },
        [&]() -> std::string {

@@ -1,0 +1,126 @@
+#include "tvpcim/Tvpcim.h"
+
+#include <gmock/gmock.h>
+
+namespace tvp::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class TvpcimInput : public TvpcimTest {};
+
+TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
+  const std::string brokenSchema = folder().write("broken.mof", "class TVP_A {\n  uint32 X\n};\n");
+  const std::string path = "TVP_VirtualPool.Name=\"x\"";
+  const struct {
+    Words words;
+    int status;
+    const char* text;
+  } cases[] = {
+      {{}, 2, "tvpcim: A subcommand is required"},
+      {{"drivse"}, 2, "did you mean 'drives'?"},
+      {{"ei", "TVP_VirtualPol"}, 2, "tvpcim: ei: CIM_ERR_INVALID_CLASS: "},
+      {{"ei", "TVP_LogicalDevice", "--property", "Modell"}, 2, "did you mean 'Model'?"},
+      {{"gi", "TVP_VirtualPool.Nane=\"x\""},
+       2,
+       "CIM_ERR_NO_SUCH_PROPERTY: the class TVP_VirtualPool has no property 'Nane'"},
+      {{"gi", "TVP_VirtualPool.Name=\"x"}, 2, "expected the closing quote"},
+      {{"mi", path, "TierLevel=256"}, 2, "no whole number from 0 to 255"},
+      {{"im", "TVP_TierService", "DeletePool"}, 2, "CIM_ERR_METHOD_NOT_FOUND"},
+      {{"im", "TVP_TierService", "DeleteVirtualPool", "PoolId=1"}, 2, "no input argument 'PoolId'"},
+      {{"im", "TVP_TierService", "DeleteVirtualPool"}, 1, "DeleteVirtualPool also takes VirtualPoolId"},
+      {{"pool", "create", "p", "--drives", "0", "--size", "1000"},
+       2,
+       "the size '1000' is not a multiple of 512"},
+      {{"pool", "modify", "p"}, 2, "say what to change"},
+      {{"pool", "delete", "gold"}, 1, "CIM_ERR_NOT_FOUND: there is no pool 'gold'; see 'tvpcim pools'"},
+      {{"volume", "create", "v", "--pool", "gold"}, 2, "--pool takes NAME_OR_ID:SIZE"},
+      {{"volume", "stats", "7"}, 1, "tvpcim: (own reading) volume 7 does not exist; see tvpcim volumes"},
+      {{"mi", path, "Description=d"}, 1, "tvpcim: mi: CIM_ERR_NOT_SUPPORTED: "},
+      {{"mi", path, "Description=d", "--user", "nobody"},
+       1,
+       "CIM_ERR_ACCESS_DENIED: nobody : is not a member of Administrator/root; "},
+      {{"drives", "--provider", "/nonexistent.so"}, 1, "/nonexistent.so: No such file"},
+      {{"drives", "--provider", "/etc/passwd"}, 1, "cannot load the provider /etc/passwd"},
+      {{"drives", "--provider", TVP_BINARY_DIR "/lib/libVOLTVK.so"}, 1, "is no provider"},
+      {{"drives", "--schema", "/nonexistent.mof"}, 1, "name the file of the classes with --schema"},
+      {{"drives", "--schema", brokenSchema}, 1, "broken.mof:3: expected "},
+      {{"watch", "TVP_Nothing"}, 2, "has no class 'TVP_Nothing'"},
+  };
+  for (const auto& [words, status, text] : cases) {
+    SCOPED_TRACE(text);
+    const CommandResult result = tvpcim(words);
+    EXPECT_EQ(result.exitStatus, status) << result.err;
+    EXPECT_THAT(result.err, HasSubstr(text));
+    EXPECT_EQ(result.out, "") << "errors are for standard error";
+  }
+}
+
+TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
+  EXPECT_EQ(answer({"ei", "tvp_tierservice"}), Json::parse(R"([{"CreationClassName": "TVP_TierService",
+                                                               "Name": "TVP_TierServiceInstance1"}])"));
+  EXPECT_EQ(answer({"ein", "TVP_TierService"}), Json::array());
+  EXPECT_EQ(answer({"gi", "TVP_VirtualPools.CreationClassName=\"any\""}).at("NumberOfStoragePool"), 5);
+  EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember"}).at(0).at("StartRange"), Json({0, 51}));
+  EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember", "--property", "endrange"}).at(0).count("StartRange"), 0U)
+      << "was not asked for";
+  EXPECT_EQ(answer({"ci", "TVP_VirtualPool", "Name=a \"b\""}).at("Path"),
+            "root/kvs/tvp/smi_15:TVP_VirtualPool.Name=\"a \\\"b\\\"\"");
+  EXPECT_EQ(answer({"di", "TVP_VirtualPool.Name=\"x\""}).at("Status"), "CIM_ERR_SUCCESS");
+  EXPECT_EQ(answer({"im", "TVP_TierService", "GetVirtualPoolMembers", "VirtualPoolId=3"}),
+            Json::parse(R"({"ReturnValue": 0, "Members": []})"));
+  for (const char* verb : {"ai", "rn", "ri"}) {
+    EXPECT_EQ(answer({verb, "TVP_VirtualPool"}), Json::array()) << verb;
+  }
+  EXPECT_EQ(answer({"an", "TVP_VirtualPool", "--assoc-class", "TVP_Any"}), Json::array());
+
+  const CommandResult nothing = tvpcim({"gi", "TVP_TierService.Name=\"x\"", "-o", "json"});
+  EXPECT_EQ(nothing.out, "null\n");
+  EXPECT_THAT(nothing.err, HasSubstr("answered without an instance"));
+  const CommandResult mof = tvpcim({"ei", "TVP_VirtualPools", "-o", "mof"});
+  EXPECT_EQ(mof.out, "instance of TVP_VirtualPools {\n  CreationClassName = \"TVP_VirtualPools\";\n"
+                     "  NumberOfStoragePool = 2;\n};\n");
+}
+
+TEST_F(TvpcimInput, TheDeclarationOfAClassIsItsOwnSchema) {
+  const Json classes = answer({"classes"});
+  EXPECT_EQ(classes.size(), 11U);
+  for (const Json& known : classes) {
+    const std::string name = known.at("Name");
+    const CommandResult shown = tvpcim({"mof", name});
+    ASSERT_EQ(shown.exitStatus, 0) << shown.err;
+    if (shown.out.find("EmbeddedInstance") != std::string::npos) {
+      continue;  // needs the classes that it embeds
+    }
+    const std::string file = folder().write(name + ".mof", shown.out);
+    const CommandResult again = tvpcim({"mof", name, "--schema", file});
+    EXPECT_EQ(again.out, shown.out) << again.err;
+    EXPECT_EQ(answer({"mof", name, "--schema", file}), answer({"mof", name}));
+  }
+}
+
+TEST_F(TvpcimInput, ATerminalGetsWhatFitsAndAFileEverything) {
+  addDrive("ssd", "10GiB");
+  const CommandResult narrow = command("tvpcim", {"drives"}).terminal(40).run();
+  EXPECT_THAT(narrow.out, HasSubstr("\033[1m"));
+  EXPECT_THAT(narrow.out, Not(HasSubstr("MODEL")));
+  const CommandResult plain = command("tvpcim", {"drives"}).terminal(40).with("NO_COLOR", "1").run();
+  EXPECT_THAT(plain.out, Not(HasSubstr("\033")));
+  for (std::size_t start = 0, end = 0; (end = plain.out.find("\r\n", start)) != std::string::npos;
+       start = end + 2) {
+    EXPECT_LE(end - start, 40U) << plain.out;
+  }
+  EXPECT_THAT(command("tvpcim", {"drives", "--wide"}).terminal(40).run().out, HasSubstr("WWID"));
+  EXPECT_THAT(command("tvpcim", {"drives"}).with("COLUMNS", "40").run().out, HasSubstr("Virtual SSD"));
+}
+
+TEST_F(TvpcimInput, OutputThatCannotBeWrittenIsAFailure) {
+  const CommandResult full =
+      Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim classes > /dev/full"}).run();
+  EXPECT_EQ(full.exitStatus, 1);
+  EXPECT_THAT(full.err, HasSubstr("standard output cannot be written"));
+}
+
+}  // namespace
+}  // namespace tvp::test

@@ -1,0 +1,175 @@
+#include "tvpcim/Tvpcim.h"
+
+#include <gmock/gmock.h>
+
+namespace tvp::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr std::uint64_t GIB = 2097152;  // sectors
+
+class TvpcimStorage : public TvpcimTest {
+protected:
+  /** The words that tvpcim finds for a refusal of the provider. */
+  std::string readingOf(const Words& words) const {
+    const CommandResult result = tvpcim(words);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, HasSubstr("CIM_ERR_FAILED: :: Operation Failed\n"));
+    const std::string mark = "tvpcim: (own reading) ";
+    const std::size_t start = result.err.find(mark);
+    return start == std::string::npos ? result.err : result.err.substr(start + mark.size());
+  }
+
+  const std::string m_hardDisk = addDrive("hdd", "100GiB");
+  const std::string m_ssd = addDrive("ssd", "50GiB");
+};
+
+TEST_F(TvpcimStorage, EveryDriveIsListedWithItsProperties) {
+  for (int count = 0; count < 20; ++count) {
+    addDrive(count % 2 == 0 ? "hdd" : "ssd", std::to_string(count + 1) + "GiB");
+  }
+  const Json listed = answer({"drives"});
+  const Json known = Json::parse(voltvkctl({"drive", "list", "-o", "json"}));
+  EXPECT_EQ(listed.size(), known.size());
+  EXPECT_EQ(listed, answer({"ei", "TVP_LogicalDevice"})) << "the storage verb shows the same instances";
+  const Json last = listed.back();
+  EXPECT_EQ(last.at("CapacityInSectors"), 20 * GIB);
+  EXPECT_EQ(last.at("DeviceType"), 2);
+  EXPECT_EQ(last.at("isUsedByTarvexPro"), false);
+  EXPECT_EQ(answer({"identity"}).at(0).at("LogicalDevicesCount"), listed.size());
+}
+
+TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
+  const Json slow = answer(
+      {"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB", "--description", "a \"b\""});
+  EXPECT_EQ(slow.at("RetStat"), 0);
+  // A name stands for the number, and the pool of SSDs may be named first.
+  answer({"pool", "create", "fast", "--drives", "/dev/tvk" + m_ssd, "--tier", "ssd", "--size", "20G",
+          "--chunk", "1MiB"});
+  answer({"volume", "create", "data", "--pool", "fast:2097152s", "--pool",
+          slow.at("VirtualPoolId").dump() + ":10GiB"});
+
+  const Json pools = answer({"pools"});
+  const Json fast = findIn(pools, "Name", "fast");
+  EXPECT_EQ(findIn(pools, "Name", "slow").at("Description"), "a \"b\"");
+  EXPECT_EQ(fast.at("TierLevel"), 3);
+  EXPECT_EQ(fast.at("CapacityInSectors"), 20 * GIB);
+  EXPECT_EQ(fast.at("UsedCapacityInSectors"), GIB);
+  const Json volume = answer({"volumes"}).at(0);
+  EXPECT_EQ(volume.at("CapacityInSectors"), 11 * GIB) << "the capacities of a tiered volume add up";
+  EXPECT_EQ(volume.at("KnobSetting"), 2);
+
+  answer({"volume", "modify", "data", "--name", "records", "--knob", "aggressive"});
+  EXPECT_EQ(answer({"volumes"}).at(0).at("KnobSetting"), 1);
+  answer({"pool", "modify", "slow", "--description", "changed"});
+  EXPECT_EQ(findIn(answer({"pools"}), "Name", "slow").at("Description"), "changed") << "the name stays";
+
+  voltvkctl({"io", "records", "--reads", "100", "--writes", "50"});
+  EXPECT_EQ(answer({"volume", "stats", "records"}).at("ReadIO_Count"), 100);
+  EXPECT_EQ(answer({"volume", "reset-stats", "records"}).at("ReturnCode"), 0);
+  EXPECT_EQ(answer({"volume", "stats", "records"}).at("WriteIO_Count"), 0);
+
+  const Json member = answer({"pool", "members", "fast"}).at(0);
+  EXPECT_EQ(member.at("DeviceNumber").dump(), m_ssd);
+  EXPECT_EQ(answer({"volume", "members", "records"}).size(), 2U);
+  const CommandResult tree = tvpcim({"tree"});
+  EXPECT_THAT(
+      tree.out,
+      HasSubstr("records (Tiered)  11 GiB\n├─ pool 1 slow (Hard Disk)  50 GiB, 20% used\n│  └─ drive "));
+
+  EXPECT_THAT(readingOf({"pool", "delete", "slow"}), HasSubstr("1 volume stands on it"));
+  answer({"volume", "delete", "records"});
+  answer({"pool", "delete", "slow"});
+  answer({"pool", "delete", "fast"});
+  EXPECT_EQ(answer({"pools"}), Json::array());
+  EXPECT_EQ(answer({"volumes"}), Json::array());
+  EXPECT_EQ(findIn(answer({"drives"}), "DeviceNumber", std::stoi(m_hardDisk)).at("isUsedByTarvexPro"), false);
+}
+
+TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
+  answer({"pool", "create", "fast", "--drives", m_ssd, "--size", "20GiB"});
+  answer({"volume", "cache", "quick", "--drive", m_hardDisk, "--size", "40GiB", "--ssd-pool", "fast",
+          "--ssd-size", "4GiB", "--knob", "passive"});
+  const Json volume = answer({"volumes"}).at(0);
+  EXPECT_EQ(volume.at("VolumeType"), 2);
+  EXPECT_EQ(volume.at("CapacityInSectors"), 40 * GIB);
+  EXPECT_EQ(volume.at("KnobSetting"), 3);
+  EXPECT_EQ(answer({"pools"}).size(), 1U) << "the internal pool is not listed";
+  EXPECT_THAT(tvpcim({"tree"}).out, HasSubstr("(internal)  40 GiB, 100% used\n   └─ drive " + m_hardDisk));
+
+  voltvkctl({"io", "quick", "--writes", "20", "--hot", "100"});
+  EXPECT_EQ(answer({"volume", "flush", "quick"}).at("RetStat"), 0);
+  EXPECT_THAT(readingOf({"volume", "cache", "again", "--drive", m_hardDisk, "--size", "1GiB", "--ssd-pool",
+                         "fast", "--ssd-size", "1GiB"}),
+              HasSubstr("belongs to another pool"));
+  answer({"volume", "delete", "quick"});
+  EXPECT_EQ(findIn(answer({"drives"}), "DeviceNumber", std::stoi(m_hardDisk)).at("isUsedByTarvexPro"), false);
+}
+
+TEST_F(TvpcimStorage, ARefusalIsExplained) {
+  const std::string other = addDrive("hdd", "10GiB");
+  answer({"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB"});
+  answer({"pool", "create", "fast", "--drives", m_ssd, "--size", "20GiB"});
+  answer({"volume", "create", "data", "--pool", "slow:1GiB"});
+  const auto pool = [](const std::string& name, const std::string& drives, const std::string& size,
+                       const char* chunk = "1MiB") {
+    return Words{"pool", "create", name, "--drives", drives, "--size", size, "--chunk", chunk};
+  };
+  const struct {
+    Words words;
+    const char* reading;
+  } cases[] = {
+      {pool("new", "200", "1GiB"), "drive 200 does not exist; see tvpcim drives"},
+      {pool("new", m_hardDisk, "1GiB"), "belongs to another pool"},
+      {pool("new", other + "," + other, "1GiB"), "is named twice"},
+      {pool("slow", other, "1GiB"), "has the name 'slow' already"},
+      {pool("", other, "1GiB"), "the name is empty"},
+      {pool(std::string(32, 'n'), other, "1GiB"), "the name has 32 bytes; a name has 1 to 31"},
+      {pool("bad\xff", other, "1GiB"), "names and descriptions are UTF-8"},
+      {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; there are 4 KiB, 64 KiB,"},
+      {pool("new", other, "11GiB"), "the drives hold 10 GiB, less than 11 GiB"},
+      {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
+       "is a hard disk, which the tier does not fit"},
+      {{"pool", "modify", "fast", "--name", "slow"}, "has the name 'slow' already"},
+      {{"pool", "delete", "99"}, "pool 99 does not exist"},
+      {{"volume", "create", "data", "--pool", "slow:1GiB"}, "has the name 'data' already"},
+      {{"volume", "create", "v", "--pool", "slow:60GiB"}, "(slow) has 49 GiB free, less than 60 GiB"},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slow:1G"}, "is named twice"},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--type", "cached"}, "a cached volume needs"},
+      {{"volume", "cache", "c", "--drive", other, "--size", "1G", "--ssd-pool", "slow", "--ssd-size", "1G"},
+       "is no pool of SSDs"},
+      {{"volume", "flush", "data"}, "the volume has no cache that could be flushed"},
+      {{"volume", "delete", "77"}, "volume 77 does not exist"},
+  };
+  const Json before = answer({"tree"});
+  for (const auto& [words, reading] : cases) {
+    SCOPED_TRACE(reading);
+    EXPECT_THAT(readingOf(words), HasSubstr(reading));
+  }
+  EXPECT_EQ(answer({"tree"}), before);
+}
+
+TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
+  voltvkctl({"fault", "set", "driver-absent"});
+  for (const char* verb : {"drives", "pools", "volumes", "identity", "tree"}) {
+    const CommandResult result = tvpcim({verb, "-o", "json"});
+    EXPECT_EQ(result.exitStatus, 0) << verb;
+    EXPECT_EQ(result.out, "[]\n") << verb;
+    EXPECT_EQ(result.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' tells why\n") << verb;
+  }
+  EXPECT_THAT(readingOf({"pool", "delete", "1"}), HasSubstr("no storage driver answers"));
+}
+
+TEST_F(TvpcimStorage, SuccessWithoutEffectIsAFailure) {
+  // An exception inside the storage library reaches a client as success.
+  voltvkctl({"fault", "set", "throw", "createVirtualPool"});
+  const CommandResult result = tvpcim({"pool", "create", "gone", "--drives", m_ssd, "--size", "1GiB"});
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, HasSubstr("the provider reported success, but nothing came of it"));
+}
+
+}  // namespace
+}  // namespace tvp::test
