@@ -49,6 +49,58 @@ void setProperty(const CMPIInstance* ci, const CIMProperty& property, const Outb
 
 /** An empty CMPI instance; its path is released at once. @return a null guard without error when none came */
 CMPIObjectGuard<CMPIInstance> newInstance(const CIMInstance& inst, const CMPIBroker* broker) {
+  const CMPIObjectGuard<CMPIObjectPath> op(makeObjectPath(
+      inst.nameSpace(), inst.className(), inst.keyProperties(), KeySelection::WithoutArrays, broker));
+  if (!op.usable()) {
+    return CMPIObjectGuard<CMPIInstance>();
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  CMPIObjectGuard<CMPIInstance> ci(CMNewInstance(broker, op.get(), &rc));
+  requireOk(rc, throwOperationFailed);
+  return ci;
+}
+
+}  // namespace
+
+bool CMPIHelper::CMPIInstanceToFrameworkInstance(CMPIInstance const* ci, fwf::CIMObjectPath& path,
+                                                 CIMInstance& out) {
+  out.setPath(path);
+  if (!setProps(ci, out)) {
+    throwOperationFailed();
+  }
+  return true;
+}
+
+bool CMPIHelper::setProps(CMPIInstance const* ci, CIMInstance& out) {
+  // References come without their keys: nothing that can be written is addressed by them.
+  const InboundRules rules{CMPIObjectPathToFrameworkObjectPath, false, false, throwPropertyFailure};
+  if (!isObject(ci)) {
+    throwOperationFailed();
+  }
+  CMPIStatus rc{CMPI_RC_OK, nullptr};
+  const CMPICount count = CMGetPropertyCount(ci, &rc);
+  requireOk(rc, throwOperationFailed);
+  std::vector<CIMProperty> properties;
+  for (CMPICount i = 0; i < count; ++i) {
+    CMPIString* name = nullptr;
+    const CMPIData data = CMGetPropertyAt(ci, i, &name, &rc);
+    requireOk(rc, throwOperationFailed);
+    if (data.state != CMPI_goodValue || CMIsArray(data)) {
+      continue;
+    }
+    std::optional<CIMProperty> property = propertyOfValue(textOf(name, throwOperationFailed), data, rules);
+    if (property) {
+      properties.push_back(std::move(*property));
+    }
+  }
+  for (CIMProperty& property : properties) {
+    out.addProperty(std::move(property));
+  }
+  return true;
+}
+
+CMPIInstance* CMPIHelper::FrameworkInstanceToCMPIInstance(CIMInstance const& inst, CMPIBroker const* broker,
+                                                          char const** properties) {
   CMPIObjectGuard<CMPIInstance> ci = newInstance(inst, broker);
   if (!ci.usable()) {
     return nullptr;
