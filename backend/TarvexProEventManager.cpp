@@ -94,8 +94,12 @@ TvproEventManager* TvproEventManager::getInstance() {
   // The thread that creates the singleton keeps s_CreateMutex for good; others must not run into it.
   static std::mutex creation;
   const std::lock_guard<std::mutex> oneCreator(creation);
+  existing = pOwnInstance.load();
+  if (existing != nullptr) {
+    return existing;
+  }
   KvsMutexGuard lock(s_CreateMutex);
-  if (lock.locked() && pOwnInstance.load() == nullptr) {
+  if (lock.locked()) {
     if (auto* created = new (std::nothrow) TvproEventManager(isPolicyEngineRunning())) {
       pOwnInstance.store(created, std::memory_order_release);
       _cleanup.SetInstance(created);

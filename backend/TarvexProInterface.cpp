@@ -52,8 +52,12 @@ TVPInterface* TVPInterface::getInstance() {
   // The thread that creates the singleton keeps s_CreateMutex for good; others must not run into it.
   static std::mutex creation;
   const std::lock_guard<std::mutex> oneCreator(creation);
+  existing = pTVPInterface.load();
+  if (existing != nullptr) {
+    return existing;
+  }
   KvsMutexGuard lock(s_CreateMutex);
-  if (lock.locked() && pTVPInterface.load() == nullptr) {
+  if (lock.locked()) {
     try {
       if (auto* created = new (std::nothrow) TVPInterface) {
         pTVPInterface.store(created, std::memory_order_release);

@@ -2,6 +2,7 @@
 #include "backend/TarvexProEventManager.h"
 #include "framework/ShortMemory.h"
 
+#include <atomic>
 #include <thread>
 
 namespace tvp::test {
@@ -68,8 +69,11 @@ TEST(StorageGateway, ThreadsThatComeFirstTogetherGetTheSameObjects) {
   std::vector<TVPInterface*> gateways(THREADS);
   std::vector<TvkLib*> libraries(THREADS);
   std::vector<TvproEventManager*> managers(THREADS);
+  std::atomic<int> waiting{THREADS};  // all start at once, so that they meet inside the creation
   for (std::size_t index = 0; index < THREADS; ++index) {
     threads.emplace_back([&, index] {
+      for (--waiting; waiting.load() > 0;) {
+      }
       gateways[index] = TVPInterface::getInstance();
       libraries[index] = gateways[index]->getTarvexProLib();
       managers[index] = TvproEventManager::getInstance();
