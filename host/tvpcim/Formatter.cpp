@@ -9,9 +9,9 @@ namespace tvp::host::tvpcim {
 std::unique_ptr<const Formatter> Formatter::make(const Options& options, const Terminal& terminal) {
   switch (options.form) {
   case Form::Json:
-    return std::make_unique<JsonFormatter>();
+    return makeJsonFormatter();
   case Form::Mof:
-    return std::make_unique<MofFormatter>();
+    return makeMofFormatter();
   case Form::Table:
     break;
   }

@@ -69,34 +69,31 @@ std::string listOf(const std::vector<Instance>& instances) {
   return array.dump(2) + "\n";
 }
 
+class JsonFormatter : public Formatter {
+public:
+  std::string listing(const Listing& listing) const override { return listOf(listing.instances); }
+
+  std::string record(const Instance& instance) const override { return toJson(instance).dump(2) + "\n"; }
+
+  std::string nothing() const override { return "null\n"; }
+
+  std::string paths(const std::string& /*noun*/, const std::vector<ObjectPath>& paths) const override {
+    Json array = Json::array();
+    for (const ObjectPath& path : paths) {
+      array.push_back(toUtf8(toPathText(path)));
+    }
+    return array.dump(2) + "\n";
+  }
+
+  std::string event(const Instance& instance) const override { return toJson(instance).dump() + "\n"; }
+
+  std::string tree(const std::vector<Instance>& roots) const override { return listOf(roots); }
+};
+
 }  // namespace
 
-std::string JsonFormatter::listing(const Listing& listing) const {
-  return listOf(listing.instances);
-}
-
-std::string JsonFormatter::record(const Instance& instance) const {
-  return toJson(instance).dump(2) + "\n";
-}
-
-std::string JsonFormatter::nothing() const {
-  return "null\n";
-}
-
-std::string JsonFormatter::paths(const std::string& /*noun*/, const std::vector<ObjectPath>& paths) const {
-  Json array = Json::array();
-  for (const ObjectPath& path : paths) {
-    array.push_back(toUtf8(toPathText(path)));
-  }
-  return array.dump(2) + "\n";
-}
-
-std::string JsonFormatter::event(const Instance& instance) const {
-  return toJson(instance).dump() + "\n";
-}
-
-std::string JsonFormatter::tree(const std::vector<Instance>& roots) const {
-  return listOf(roots);
+std::unique_ptr<const Formatter> makeJsonFormatter() {
+  return std::make_unique<JsonFormatter>();
 }
 
 }  // namespace tvp::host::tvpcim

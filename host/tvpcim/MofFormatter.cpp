@@ -25,42 +25,43 @@ std::string flattened(const Instance& node, std::uint32_t level) {
   return mofInstance(own) + below;
 }
 
+class MofFormatter : public Formatter {
+public:
+  std::string listing(const Listing& listing) const override {
+    std::string result;
+    for (const Instance& instance : listing.instances) {
+      result += mofInstance(instance);
+    }
+    return result;
+  }
+
+  std::string record(const Instance& instance) const override { return mofInstance(instance); }
+
+  std::string nothing() const override { return ""; }
+
+  std::string paths(const std::string& /*noun*/, const std::vector<ObjectPath>& paths) const override {
+    std::string result;
+    for (const ObjectPath& path : paths) {
+      result += "// " + printable(toPathText(path)) + "\n";
+    }
+    return result;
+  }
+
+  std::string event(const Instance& instance) const override { return mofInstance(instance); }
+
+  std::string tree(const std::vector<Instance>& roots) const override {
+    std::string result;
+    for (const Instance& root : roots) {
+      result += flattened(root, 0);
+    }
+    return result;
+  }
+};
+
 }  // namespace
 
-std::string MofFormatter::listing(const Listing& listing) const {
-  std::string result;
-  for (const Instance& instance : listing.instances) {
-    result += mofInstance(instance);
-  }
-  return result;
-}
-
-std::string MofFormatter::record(const Instance& instance) const {
-  return mofInstance(instance);
-}
-
-std::string MofFormatter::nothing() const {
-  return "";
-}
-
-std::string MofFormatter::paths(const std::string& /*noun*/, const std::vector<ObjectPath>& paths) const {
-  std::string result;
-  for (const ObjectPath& path : paths) {
-    result += "// " + printable(toPathText(path)) + "\n";
-  }
-  return result;
-}
-
-std::string MofFormatter::event(const Instance& instance) const {
-  return mofInstance(instance);
-}
-
-std::string MofFormatter::tree(const std::vector<Instance>& roots) const {
-  std::string result;
-  for (const Instance& root : roots) {
-    result += flattened(root, 0);
-  }
-  return result;
+std::unique_ptr<const Formatter> makeMofFormatter() {
+  return std::make_unique<MofFormatter>();
 }
 
 }  // namespace tvp::host::tvpcim
