@@ -6,11 +6,18 @@
 namespace tvp::host {
 namespace {
 
-/** A mark is a position in the current thread's scope, disguised as a pointer. */
+/** A mark is a position in the current thread's scope, kept in memory of that scope. */
 CMPIGcStat* mark(const CMPIBroker* broker, CMPIStatus* status) {
-  return brokerValueCall<CMPIGcStat*>(broker, "CMPIBroker.mark", status, [](BrokerState& state, CMPIrc&) {
-    return reinterpret_cast<CMPIGcStat*>(static_cast<std::uintptr_t>(state.scope().mark()));
-  });
+  return brokerValueCall<CMPIGcStat*>(
+      broker, "CMPIBroker.mark", status, [](BrokerState& state, CMPIrc& code) -> CMPIGcStat* {
+        auto* position = static_cast<std::uint64_t*>(state.scope().allocate(sizeof(std::uint64_t), false));
+        if (position == nullptr) {
+          code = CMPI_RC_ERROR_SYSTEM;
+          return nullptr;
+        }
+        *position = state.scope().mark();
+        return position;
+      });
 }
 
 CMPIStatus release(const CMPIBroker* broker, const CMPIGcStat* marked) {
@@ -18,7 +25,7 @@ CMPIStatus release(const CMPIBroker* broker, const CMPIGcStat* marked) {
     if (marked == nullptr) {
       return CMPI_RC_ERR_INVALID_PARAMETER;
     }
-    state.scope().endSince(reinterpret_cast<std::uintptr_t>(marked));
+    state.scope().endSince(*static_cast<const std::uint64_t*>(marked));
     return CMPI_RC_OK;
   });
 }

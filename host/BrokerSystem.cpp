@@ -4,7 +4,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
@@ -19,7 +18,9 @@ static_assert(sizeof(pthread_t) == sizeof(void*), "a thread's handle travels as 
 static_assert(sizeof(pthread_once_t) == sizeof(int), "the standard's once flag is the system's");
 
 pthread_t threadOf(void* handle) {
-  return static_cast<pthread_t>(reinterpret_cast<std::uintptr_t>(handle));
+  pthread_t thread{};
+  std::memcpy(&thread, &handle, sizeof thread);
+  return thread;
 }
 
 /** The caller frees the name. */
@@ -35,7 +36,9 @@ void* newThread(void* (*start)(void*), void* argument, int detached) {
   if (detached != 0) {
     pthread_detach(thread);
   }
-  return reinterpret_cast<void*>(static_cast<std::uintptr_t>(thread));
+  void* handle = nullptr;
+  std::memcpy(&handle, &thread, sizeof handle);
+  return handle;
 }
 
 int joinThread(void* thread, void** result) {

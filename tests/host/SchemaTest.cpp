@@ -127,7 +127,7 @@ TEST(MofReader, SurvivesDamagedTexts) {
   std::mt19937 random(7);
   for (int round = 0; round < 3000; ++round) {
     std::string text = good.substr(0, random() % (good.size() + 1));
-    for (unsigned int hit = random() % 4; hit > 0 && !text.empty(); --hit) {
+    for (std::size_t hit = random() % 4; hit > 0 && !text.empty(); --hit) {
       text[random() % text.size()] = static_cast<char>(random() % 256);
     }
     try {

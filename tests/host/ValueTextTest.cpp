@@ -70,7 +70,7 @@ TEST(ObjectPathText, SurvivesDamagedTexts) {
   int accepted = 0;
   for (int round = 0; round < 3000; ++round) {
     std::string text = good.substr(random() % 8, random() % (good.size() + 1));
-    for (unsigned int hit = random() % 3; hit > 0 && !text.empty(); --hit) {
+    for (std::size_t hit = random() % 3; hit > 0 && !text.empty(); --hit) {
       text[random() % text.size()] = static_cast<char>(1 + random() % 255);
     }
     try {
