@@ -43,10 +43,16 @@ void LibraryRoot::getChildren(std::vector<RaidObject*>& out, const char* type, b
 bool LibraryRoot::isPolicyEngineRunning() {
   try {
     const std::shared_ptr<const Snapshot> snapshot = m_adapter.state()->snapshot();
-    return snapshot->configuration().policyRunning && !snapshot->hasFault(FaultKind::DriverAbsent);
+    m_policyRunning = snapshot->configuration().policyRunning && !snapshot->hasFault(FaultKind::DriverAbsent);
+  } catch (const Refusal& refusal) {
+    // A state that is only busy tells nothing new; a listener must not take it for a stop.
+    if (refusal.status() == TVK_NO_DRIVER) {
+      m_policyRunning = false;
+    }
   } catch (const std::exception&) {
     return false;
   }
+  return m_policyRunning;
 }
 
 std::shared_ptr<State> stateOf(const TvkAdapter& adapter) {

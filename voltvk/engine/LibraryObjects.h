@@ -3,6 +3,7 @@
 
 #include "voltvk/TvkAdapter.h"
 
+#include <atomic>
 #include <memory>
 
 namespace voltvk {
@@ -34,6 +35,7 @@ public:
 
 private:
   LibraryAdapter m_adapter;
+  std::atomic<bool> m_policyRunning{false};
 };
 
 /** The state that an adapter works on: its TvkLib's, or the process's for one that a caller has made. */
