@@ -10,7 +10,6 @@ namespace tvp::host::testing {
 namespace {
 
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
 
 class ProviderCall : public ::testing::Test {
 protected:
@@ -279,6 +278,7 @@ TEST_F(ProviderCall, ThreadsWorkSideBySide) {
   m_provider.activateFilter({});
 
   std::vector<std::thread> threads;
+  threads.reserve(3);
   for (int i = 0; i < 2; ++i) {
     threads.emplace_back([this] {
       for (int round = 0; round < 200; ++round) {
