@@ -112,6 +112,8 @@ void CommandLine::addGlobalOptions() {
   static const std::map<std::string, Form> FORMS = {
       {"table", Form::Table}, {"json", Form::Json}, {"mof", Form::Mof}};
   Options& options = m_tool.options;
+  // The last one counts, so that a shell's alias may have options of its own.
+  m_app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
   m_app
       .add_option_function<std::string>(
           "-o,--output", [&options](const std::string& form) { options.form = FORMS.at(form); },
@@ -130,6 +132,7 @@ void CommandLine::addGlobalOptions() {
   m_app.add_option("--namespace", options.nameSpace, "Namespace of the requests")
       ->type_name("NAME")
       ->capture_default_str();
+  m_app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::Throw);
 }
 
 void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {

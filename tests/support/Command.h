@@ -146,6 +146,7 @@ public:
     return *this;
   }
   Command& without(const std::string& name) {
+    m_set.erase(name);
     m_unset.push_back(name);
     return *this;
   }

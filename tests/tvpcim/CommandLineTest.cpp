@@ -16,7 +16,7 @@ TEST(CommandLine, ChoosesAVerbAndTakesOptionsAnywhere) {
     std::vector<std::string> arguments;
     const char* verb;
   } cases[] = {
-      {{"ei", "TVP_LogicalDevice", "-o", "json"}, "ei"},
+      {{"-o", "mof", "ei", "TVP_LogicalDevice", "-o", "json"}, "ei"},
       {{"-o", "json", "--user", "ei", "drives"}, "drives"},
       {{"volume", "-o", "json", "create", "v", "--pool", "a:1G", "--pool=b:2G"}, "volume create"},
       {{"pool", "create", "gold", "--drives", "3,4", "--tier", "ssd", "--size", "1G", "-o", "json"},

@@ -151,6 +151,22 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
   EXPECT_EQ(answer({"tree"}), before);
 }
 
+TEST_F(TvpcimStorage, ANumberIsAnIdentifierBeforeItIsAName) {
+  answer({"pool", "create", "2", "--drives", m_hardDisk, "--size", "1GiB"});
+  answer({"pool", "create", "1", "--drives", m_ssd, "--size", "2GiB"});
+  answer({"pool", "create", "77", "--drives", addDrive("ssd", "10GiB"), "--size", "3GiB"});
+  EXPECT_EQ(answer({"pool", "modify", "1", "--description", "first"}).at("VirtualPoolId"), 1);
+  EXPECT_EQ(findIn(answer({"pools"}), "Description", "first").at("Name"), "2");
+  EXPECT_EQ(answer({"pool", "delete", "77"}).at("VirtualPoolId"), 3) << "no pool has that identifier";
+}
+
+TEST_F(TvpcimStorage, ARefusalWithoutAVisibleReasonIsNotGuessedAt) {
+  voltvkctl({"fault", "set", "fail", "createVirtualPool"});
+  const Words create = {"pool", "create", "gold", "--drives", m_ssd, "--size", "1GiB"};
+  EXPECT_THAT(readingOf(create), HasSubstr("nothing that the provider shows explains it"));
+  EXPECT_EQ(answer(create).at("RetStat"), 0) << "the fault was for one call";
+}
+
 TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
   voltvkctl({"fault", "set", "driver-absent"});
   for (const char* verb : {"drives", "pools", "volumes", "identity", "tree"}) {

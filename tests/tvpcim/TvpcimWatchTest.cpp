@@ -57,6 +57,18 @@ TEST_F(TvpcimWatch, EndsCleanlyOnASignalAndKeepsWhatItPrinted) {
   }
 }
 
+TEST_F(TvpcimWatch, EndsWithAFailureWhenItsOutputCannotBeWritten) {
+  const std::string drive = addDrive("ssd", "10GiB");
+  RunningCommand watch = Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim watch > /dev/full"})
+                             .with("VOLTVK_STATE", folder().file("state.db"))
+                             .start();
+  ASSERT_TRUE(watch.waitFor("watching TVP_CIMIndication")) << watch.soFar().err;
+  causeEvents(drive);
+  const CommandResult result = watch.finish();
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.err, HasSubstr("standard output cannot be written any more"));
+}
+
 TEST_F(TvpcimWatch, EndsAfterTheTimeWithoutEvents) {
   const CommandResult result = tvpcim({"watch", "--seconds", "1"});
   EXPECT_EQ(result.exitStatus, 0) << result.err;

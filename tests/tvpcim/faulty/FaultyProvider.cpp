@@ -1,0 +1,87 @@
+// A provider that breaks rules and says unpleasant things, to see what tvpcim makes of it.
+
+#include "cmpift.h"
+#include "cmpimacs.h"
+
+#include <cstring>
+
+namespace {
+
+const CMPIBroker* broker = nullptr;
+
+CMPIStatus success() {
+  return {CMPI_RC_OK, nullptr};
+}
+
+bool isClass(const CMPIObjectPath* path, const char* name) {
+  return std::strcmp(CMGetCharsPtr(CMGetClassName(path, nullptr), nullptr), name) == 0;
+}
+
+CMPIStatus cleanupInstance(CMPIInstanceMI* /*mi*/, const CMPIContext* /*context*/, CMPIBoolean /*end*/) {
+  return success();
+}
+
+CMPIStatus cleanupMethod(CMPIMethodMI* /*mi*/, const CMPIContext* /*context*/, CMPIBoolean /*end*/) {
+  return success();
+}
+
+/** Drives: success without the end of the result. Volumes: one with a name that terminals obey. */
+CMPIStatus enumerateInstances(CMPIInstanceMI* /*mi*/, const CMPIContext* /*context*/,
+                              const CMPIResult* result, const CMPIObjectPath* path,
+                              const char** /*properties*/) {
+  if (isClass(path, "TVP_LogicalDevice")) {
+    return success();
+  }
+  CMPIInstance* instance = CMNewInstance(broker, path, nullptr);
+  if (isClass(path, "TVP_VirtualVolume")) {
+    CMPIValue value{};
+    value.uint32 = 1;
+    CMSetProperty(instance, "VirtualVolumeId", &value, CMPI_uint32);
+    value.string = CMNewString(broker, "v\x1b[2J\xff", nullptr);
+    CMSetProperty(instance, "VolumeName", &value, CMPI_string);
+  }
+  CMReturnInstance(result, instance);
+  CMReturnDone(result);
+  return success();
+}
+
+CMPIStatus getInstance(CMPIInstanceMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* /*result*/,
+                       const CMPIObjectPath* /*path*/, const char** /*properties*/) {
+  return {CMPI_RC_ERR_FAILED, CMNewString(broker, "two\nlines \x1b[2J%s%n", nullptr)};
+}
+
+/** Every method succeeds as a call and reports a refusal of the storage library. */
+CMPIStatus invokeMethod(CMPIMethodMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* result,
+                        const CMPIObjectPath* /*path*/, const char* /*method*/, const CMPIArgs* /*input*/,
+                        CMPIArgs* output) {
+  CMPIValue value{};
+  value.uint32 = 22;
+  CMAddArg(output, "RetStat", &value, CMPI_uint32);
+  value.uint32 = 0;
+  CMReturnData(result, &value, CMPI_uint32);
+  CMReturnDone(result);
+  return success();
+}
+
+CMPIInstanceMIFT instanceTable = {
+    200,         100,     "faulty", cleanupInstance, nullptr, enumerateInstances,
+    getInstance, nullptr, nullptr,  nullptr,         nullptr};
+CMPIMethodMIFT methodTable = {200, 100, "faulty", cleanupMethod, invokeMethod};
+CMPIInstanceMI instanceMI = {nullptr, &instanceTable};
+CMPIMethodMI methodMI = {nullptr, &methodTable};
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) CMPIInstanceMI*
+tarvexProProvider_Create_InstanceMI(const CMPIBroker* hostBroker, const CMPIContext* /*context*/,
+                                    CMPIStatus* /*status*/) {
+  broker = hostBroker;
+  return &instanceMI;
+}
+
+extern "C" __attribute__((visibility("default"))) CMPIMethodMI*
+tarvexProProvider_Create_MethodMI(const CMPIBroker* hostBroker, const CMPIContext* /*context*/,
+                                  CMPIStatus* /*status*/) {
+  broker = hostBroker;
+  return &methodMI;
+}
