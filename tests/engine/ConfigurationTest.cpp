@@ -210,6 +210,7 @@ TEST_F(ConfigurationTest, CollectionsShowOneMomentWhateverHappensMeanwhile) {
     }
   });
   std::vector<std::thread> readers;
+  readers.reserve(3);
   std::atomic<int> with{0};
   std::atomic<int> without{0};
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);

@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -101,10 +102,12 @@ protected:
     VolEventCollection events(0, 8, 0);
     EXPECT_EQ(adapter().getEvents(events).getReturn(), TVK_OK);
     std::vector<std::string> texts;
+    texts.reserve(static_cast<std::size_t>(events.count()));
     for (long i = 0; i < events.count(); ++i) {
-      char code[16];
-      std::snprintf(code, sizeof code, "%X ", events.Obj_P(i)->code);
-      texts.push_back(code + std::string(events.Obj_P(i)->description));
+      const VolEvent& event = *events.Obj_P(i);
+      std::ostringstream text;
+      text << std::hex << std::uppercase << event.code << ' ' << event.description;
+      texts.push_back(text.str());
     }
     return texts;
   }
@@ -117,6 +120,7 @@ inline std::vector<Chunk*> chunksOf(RaidObject* object) {
   std::vector<RaidObject*> children;
   object->getChildren(children, "Chunk", true, true);
   std::vector<Chunk*> chunks;
+  chunks.reserve(children.size());
   for (RaidObject* child : children) {
     chunks.push_back(dynamic_cast<Chunk*>(child));
   }

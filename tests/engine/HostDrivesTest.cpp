@@ -38,7 +38,7 @@ public:
   }
   void write(const std::string& name, const Files& files) const {
     for (const auto& [file, content] : files) {
-      m_folder.write("host/sys/block/" + name + "/" + file, content);
+      m_folder.write((fs::path("host/sys/block") / name / file).string(), content);
     }
   }
   void remove(const std::string& name) const { fs::remove(m_folder.path() / "host/sys/block" / name); }
@@ -88,7 +88,7 @@ TEST_F(HostDrivesTest, WhatTheSystemTellsOfEachKind) {
                    {"device/model", "Disk Model 4000 \n"},
                    {"device/wwid", "naa.5000c500a1b2c3d4\n"},
                    {"queue/rotational", "1\n"},
-                   {"device/vpd_pg80", std::string("\0\x80\0\x08  WD-X1  ", 14)}});
+                   {"device/vpd_pg80", std::string("\0\x80\0\x08  WD-X1  ", 13)}});
   m_machine.drive("sdb", "pci0/usb2/2-1/host1/1:0:0:0", "scsi",
                   {{"size", "60000\n"},
                    {"queue/rotational", "0\n"},

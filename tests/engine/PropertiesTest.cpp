@@ -125,6 +125,7 @@ TEST_F(ThreadsTest, EveryEventIsFetchedOnceAndCapacitiesAddUp) {
   newEvents();
   std::atomic<int> working{THREADS};
   std::vector<std::thread> threads;
+  threads.reserve(THREADS + 2);
   for (int i = 0; i < THREADS; ++i) {
     threads.emplace_back([&, i] {
       TvkAdapter own;

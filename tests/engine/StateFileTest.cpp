@@ -130,7 +130,7 @@ const BadState BAD_STATES[] = {
     {"Damaged",
      [](auto&, auto& path) {
        std::string bytes = bytesOf(path);
-       bytes.replace(4096, 8 * 4096, 8 * 4096, '\xA5');
+       bytes.replace(4096, std::size_t{8} * 4096, std::size_t{8} * 4096, '\xA5');
        replace(path, bytes);
      },
      "state.db"},

@@ -58,8 +58,11 @@ void addStatusCommand(CLI::App& app, Context& context) {
     std::string text;
     for (const auto& [name, value] : document.items()) {
       if (!value.is_null()) {
-        const std::string shown = value.is_string() ? value.get<std::string>() : value.dump();
-        text += (text.empty() ? "" : "\n") + name + ":" + std::string(9 - name.size(), ' ') + shown;
+        text += text.empty() ? "" : "\n";
+        text += name;
+        text += ':';
+        text.append(9 - name.size(), ' ');
+        text += value.is_string() ? value.get<std::string>() : value.dump();
       }
     }
     context.output.write(document, text);

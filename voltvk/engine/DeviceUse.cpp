@@ -20,12 +20,13 @@ DeviceUse::DeviceUse(const std::string& sysfs, const std::string& mountInfo, con
 
 void DeviceUse::readDevices() {
   for (const std::string& device : listFolder(m_blockFolder)) {
-    const std::string folder = m_blockFolder + "/" + device;
+    const std::string folder = pathOf(m_blockFolder, device);
     m_nameOfNumber[readSystemText(folder + "/dev")] = device;
     for (const std::string& child : listFolder(folder)) {
-      if (!readSystemText(folder + "/" + child + "/partition").empty()) {
+      const std::string childFolder = pathOf(folder, child);
+      if (!readSystemText(pathOf(childFolder, "partition")).empty()) {
         m_parent[child] = device;
-        m_nameOfNumber[readSystemText(folder + "/" + child + "/dev")] = child;
+        m_nameOfNumber[readSystemText(pathOf(childFolder, "dev"))] = child;
       }
     }
     for (const std::string& slave : listFolder(folder + "/slaves")) {

@@ -63,6 +63,13 @@ std::string cleanText(std::string_view text) {
   return clean;
 }
 
+std::string pathOf(const std::string& folder, const std::string& name) {
+  std::string path = folder;
+  path += '/';
+  path += name;
+  return path;
+}
+
 std::string baseName(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
 }

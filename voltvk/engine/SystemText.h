@@ -19,6 +19,9 @@ std::vector<std::string> listFolder(const std::string& path);
 /** The text without blanks around it, with '?' for bytes that are no UTF-8 and for control characters. */
 std::string cleanText(std::string_view text);
 
+/** The path of something in a folder. */
+std::string pathOf(const std::string& folder, const std::string& name);
+
 /** The last part of a path. */
 std::string baseName(const std::string& path);
 

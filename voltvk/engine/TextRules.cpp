@@ -23,7 +23,7 @@ bool isPlainText(std::string_view text, std::size_t limit) {
 }
 
 std::string checkedName(const char (&field)[TVK_NAME_SIZE], bool tooLong) {
-  const std::string name(field, strnlen(field, sizeof field));
+  std::string name(field, strnlen(field, sizeof field));
   if (tooLong || !isPlainText(name, sizeof field - 1)) {
     throw Refusal(TVK_INVALID_NAME);
   }
@@ -31,7 +31,7 @@ std::string checkedName(const char (&field)[TVK_NAME_SIZE], bool tooLong) {
 }
 
 std::string checkedDescription(const char (&field)[TVK_DESCRIPTION_SIZE], bool tooLong) {
-  const std::string description(field, strnlen(field, sizeof field));
+  std::string description(field, strnlen(field, sizeof field));
   if (tooLong || description.size() == sizeof field || !isUtf8(description)) {
     throw Refusal(TVK_INVALID_DESCRIPTION);
   }

@@ -48,6 +48,11 @@ std::function<void(State&)> changingDrives(Change change) {
   };
 }
 
+/** True for the hard disk's side of a cached drive. */
+bool isDriveSide(const VirtualPoolSpec& spec) {
+  return spec.poolFlag == TVK_POOL_INTERNAL || spec.numDeviceNumbers > 0;
+}
+
 void countObjects(const voltvk::Snapshot& snapshot, TvkAdapterIdentity& identity) {
   for (RaidObject* object : snapshot.objects()) {
     const char* type = object->getTypeName();
@@ -109,20 +114,22 @@ Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
 
 Ret TvkAdapter::createCachedLD(VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool,
                                VirtualVolumeSpec& volume) {
-  // Callers hand the two sides over in either order: the one that lists drives is the hard disk's.
-  const bool exchanged = ssdPool.numDeviceNumbers > 0 && hddPool.numDeviceNumbers == 0;
+  // Callers hand the two sides over in either order.
+  const bool exchanged = isDriveSide(ssdPool) && !isDriveSide(hddPool);
   const VirtualPoolSpec& cache = exchanged ? hddPool : ssdPool;
   VirtualPoolSpec& drive = exchanged ? ssdPool : hddPool;
   VirtualPoolSpec made = drive;
   std::uint32_t id = TVK_NO_ID;
-  const Ret ret = run(*this, {"createCachedLD", true, changingDrives([&](Connection& connection) {
-                                id = VolumeChanges(connection).createCachedDrive(cache, made, volume);
-                              }),
-                              [&](Connection& connection) {
-                                made.poolFlag = TVK_POOL_INTERNAL;
-                                PoolChanges(connection).tellCreationFailed(made);
-                                VolumeChanges(connection).tellCreationFailed(volume);
-                              }});
+  const auto create = [&](Connection& connection) {
+    id = VolumeChanges(connection).createCachedDrive(cache, made, volume);
+  };
+  const auto tellFailure = [&](Connection& connection) {
+    made.poolFlag = TVK_POOL_INTERNAL;
+    PoolChanges(connection).tellCreationFailed(made);
+    VolumeChanges(connection).tellCreationFailed(volume);
+  };
+  const Operation operation{"createCachedLD", true, changingDrives(std::ref(create)), std::ref(tellFailure)};
+  const Ret ret = run(*this, operation);
   if (ret.getReturn() == TVK_OK) {
     drive.poolId = made.poolId;
     volume.volumeId = id;

@@ -27,7 +27,7 @@ struct TvkLib::State {
 };
 
 TvkLib::TvkLib() : m_state(std::make_unique<State>()) {
-  checkDriver();  // opens the state, so that the events from now on are seen
+  TvkLib::checkDriver();  // opens the state, so that the events from now on are seen
 }
 
 TvkLib::~TvkLib() = default;

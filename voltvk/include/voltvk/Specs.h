@@ -50,7 +50,7 @@ struct VirtualPoolEntry {
  */
 struct VOLTVK_EXPORT VirtualVolumeSpec {
   VirtualVolumeSpec();
-  ~VirtualVolumeSpec();
+  ~VirtualVolumeSpec();  // NOLINT(performance-trivially-destructible): part of the binary interface
 
   std::uint32_t volumeId;  ///< set by createVirtualVolume
   char name[TVK_NAME_SIZE];
