@@ -6,6 +6,17 @@ target_compile_options(tvp_compile INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fcheck-new>)
 target_include_directories(tvp_compile INTERFACE ${PROJECT_SOURCE_DIR})
 
+# Hardening of what is shipped. The provider runs in the object manager, usually as root. Everything is bound
+# and made read-only when it is loaded, and programs lie at a random address, in every build; what costs time
+# or needs the optimizer is left out of debug builds and of sanitizer builds, which check more anyway.
+include(CheckPIESupported)
+check_pie_supported(LANGUAGES CXX C)
+target_link_options(tvp_compile INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+if(NOT TVP_SANITIZE)
+  target_compile_options(tvp_compile INTERFACE
+    "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-fstack-protector-strong;-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+endif()
+
 if(TVP_SANITIZE)
   target_compile_options(tvp_compile INTERFACE -fsanitize=${TVP_SANITIZE} -fno-sanitize-recover=all)
   target_link_options(tvp_compile INTERFACE -fsanitize=${TVP_SANITIZE})
