@@ -6,6 +6,7 @@
 #include "oslib/KVSSystem.h"
 
 #include <atomic>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -14,6 +15,7 @@
 #include <pthread.h>
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -48,10 +50,19 @@ const char* tagOf(int level) {
   }
 }
 
+/** Whether the path is a link that another user made, who must not steer the log into a file of his choice.
+ */
+bool isForeignLink(const char* path) {
+  struct stat status {};
+  return lstat(path, &status) == 0 && S_ISLNK(status.st_mode) && status.st_uid != 0 &&
+         status.st_uid != geteuid();
+}
+
 /** Whether a line may be written, as a result code. The log lock is held. */
 int checkFile() {
   std::uint64_t size = 0;
-  if (LOGInit.load() != 1 || KvsFileExists(g_LogMsg.load()->path, &size) == 0) {
+  if (LOGInit.load() != 1 || KvsFileExists(g_LogMsg.load()->path, &size) == 0 ||
+      isForeignLink(g_LogMsg.load()->path)) {
     return KVS_LOG_FAILED;
   }
   return size > LARGEST_SIZE_WRITTEN_TO ? KVS_LOG_FULL : KVS_LOG_DONE;
@@ -146,15 +157,11 @@ int KvsLogMsg(int level, const char* format, ...) {
   if (int refused = checkFile(); refused != KVS_LOG_DONE) {
     return refused;
   }
-  char message[LINE_SIZE];
-  std::va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(message, sizeof message, format, arguments);
-  va_end(arguments);
-
   KvsFile file = openAtEnd();
   if (!file) {
-    lock.keepLocked();  // intended: unlike KvsTrace, a failed open leaves the lock with this thread
+    if (errno != ENOENT) {  // a log that is removed just now is switched off, as one that was missing before
+      lock.keepLocked();    // intended: unlike KvsTrace, a failed open leaves the lock with this thread
+    }
     return KVS_LOG_FAILED;
   }
   const char* module = g_LogMsg.load()->module;
@@ -167,7 +174,11 @@ int KvsLogMsg(int level, const char* format, ...) {
   char line[LINE_SIZE];
   std::snprintf(line, sizeof line, "%s[%s%s%8X]\t%s", timeStamp, module, DASHES + moduleLength,
                 threadNumber(), tagOf(level));
-  std::strncat(line, message, sizeof line - std::strlen(line) - 1);
+  const std::size_t headLength = std::strlen(line);
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(line + headLength, sizeof line - headLength, format, arguments);
+  va_end(arguments);
   std::fprintf(file.get(), "%s\n", line);
   return KVS_LOG_DONE;
 }
