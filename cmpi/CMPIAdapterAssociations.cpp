@@ -4,6 +4,7 @@
 #include "cmpi/CMPIAdapterOperation.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperPaths.h"
+#include "cmpi/CMPIHelperValues.h"
 #include "cmpi/CMPIObjectGuard.h"
 #include "oslib/KVSLog.h"
 
@@ -90,13 +91,21 @@ void askPlugins(const AssociationRequest& request, const CMPIBroker* broker, Cal
   }
 }
 
-/** Whether the object manager takes a class for the wanted one or a subclass of it. */
+/**
+ * Whether the object manager takes a class for the wanted one or a subclass of it; a class that it does not
+ * know is none. @throws CIMException when it cannot say, since the answer would lack what is wanted
+ */
 bool isWanted(const std::string& nameSpace, const std::string& className, const std::string& wanted,
               const CMPIBroker* broker) {
   const CMPIObjectGuard<CMPIObjectPath> path(
       makeObjectPath(nameSpace, className, {}, KeySelection::All, broker));
   CMPIStatus rc{CMPI_RC_OK, nullptr};
-  return path.usable() && CMClassPathIsA(broker, path.get(), wanted.c_str(), &rc) != 0 && rc.rc == CMPI_RC_OK;
+  const bool wantedClass = path.usable() && CMClassPathIsA(broker, path.get(), wanted.c_str(), &rc) != 0;
+  if (!path.usable() ||
+      (rc.rc != CMPI_RC_OK && rc.rc != CMPI_RC_ERR_INVALID_CLASS && rc.rc != CMPI_RC_ERR_NOT_FOUND)) {
+    throwOperationFailed(rc);
+  }
+  return wantedClass && rc.rc == CMPI_RC_OK;
 }
 
 /**
