@@ -1,0 +1,80 @@
+// Neither the log nor the state is reached through what other users may have put in its place.
+#include "engine/EngineFixture.h"
+#include "support/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace tvp::test {
+namespace {
+
+constexpr uid_t OTHER_USER = 65534;
+
+std::string contentOf(const std::string& file) {
+  std::ifstream stream(file);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+/** Changes the state. @throws what says why it cannot be used */
+void addDrive() {
+  voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
+    voltvk::DriveRegistry(connection).addVirtual({TVK_DEVICE_HDD, 100 * MIB, {}, {}});
+  });
+}
+
+TEST(Links, TheLogIsNotWrittenThroughTheLinkOfAnotherUser) {
+  if (::geteuid() != 0) {
+    GTEST_SKIP() << "only root can give a link to another user";
+  }
+  const LogCapture log;
+  const std::string path = log.root().file("var/log/TVP.txt");
+  const std::string target = log.root().write("target", "precious");
+  std::filesystem::remove(path);
+  std::filesystem::create_symlink(target, path);
+  ASSERT_EQ(::lchown(path.c_str(), OTHER_USER, OTHER_USER), 0);
+  EXPECT_NE(KvsTrace("trace"), 0);
+  EXPECT_NE(KvsLogMsg(KVS_LOG_ERROR, "message"), 0);
+  EXPECT_EQ(contentOf(target), "precious");
+  // The administrator may keep the log elsewhere, and the failures above must have left no lock behind.
+  ASSERT_EQ(::lchown(path.c_str(), 0, 0), 0);
+  EXPECT_EQ(KvsLogMsg(KVS_LOG_ERROR, "message"), 0);
+  EXPECT_NE(contentOf(target).find("message"), std::string::npos);
+}
+
+TEST(Links, TheLogIsNeverCreated) {
+  const LogCapture log;
+  std::filesystem::remove(log.root().file("var/log/TVP.txt"));
+  EXPECT_NE(KvsTrace("trace"), 0);
+  EXPECT_FALSE(std::filesystem::exists(log.root().file("var/log/TVP.txt")));
+}
+
+TEST(Links, TheStateAndItsCompanionsAreNotReachedThroughLinks) {
+  for (const char* name : {"state.db", "state.db-wal", "state.db-shm"}) {
+    SCOPED_TRACE(name);
+    const TemporaryFolder folder;
+    const std::string target = folder.write("target", "precious");
+    std::filesystem::create_symlink(target, folder.file(name));
+    ::setenv("VOLTVK_STATE", folder.file("state.db").c_str(), 1);
+    EXPECT_ANY_THROW(addDrive());
+    EXPECT_EQ(contentOf(target), "precious");
+  }
+}
+
+TEST(Links, TheStateBelongsToItsOwnerAloneWhateverTheMask) {
+  const TemporaryFolder folder;
+  const mode_t before = ::umask(0);
+  const std::string path = folder.file("new/folder/state.db");
+  ::setenv("VOLTVK_STATE", path.c_str(), 1);
+  addDrive();
+  ::umask(before);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+    struct stat status {};
+    ASSERT_EQ(::stat(entry.path().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0077U, 0U) << entry.path();
+  }
+}
+
+}  // namespace
+}  // namespace tvp::test

@@ -1,0 +1,145 @@
+#ifndef TRUST_TRUSTFIXTURE_H
+#define TRUST_TRUSTFIXTURE_H
+
+#include "cmpi/CmpiTest.h"
+#include "engine/EngineFixture.h"
+
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <string>
+
+namespace tvp::test {
+
+/** Hides the drives of the machine, before anything of the provider looks for them. */
+struct MachineWithoutDrives {
+  MachineWithoutDrives() { ::setenv("VOLTVK_HOST_ROOT", "/nonexistent", 1); }
+};
+
+/** The product's schema together with the association fixtures. */
+inline std::shared_ptr<const host::Schema> productSchema() {
+  std::ifstream file(TVP_SOURCE_DIR "/schema/TVP.mof");
+  const std::string product{std::istreambuf_iterator<char>(file), {}};
+  return host::MofReader::readText(product + ASSOCIATION_FIXTURES_MOF, "TVP.mof");
+}
+
+/**
+ * The provider, linked in, on a configuration with pools and volumes of every kind, which arrange()
+ * brings back after a change.
+ */
+class TrustTest : private MachineWithoutDrives, public RunningProviderTest {
+protected:
+  TrustTest() : RunningProviderTest(productSchema()) {
+    std::filesystem::remove(m_log.root().file("var/log/TVP.txt"));  // the log would take most of the time
+    voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
+      for (const TvkDeviceType type :
+           {TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD, TVK_DEVICE_HDD, TVK_DEVICE_HDD}) {
+        voltvk::DriveRegistry(connection).addVirtual({type, 1000 * MIB, {}, {}});
+      }
+    });
+    arrange();
+  }
+
+  static constexpr std::uint8_t FREE_DRIVE = 2;
+
+  /** Everything that a change could show in, as text. */
+  std::string state() {
+    std::string text;
+    const Listing<VirtualPool> pools(&m_adapter, "VirtualPool");
+    for (std::size_t i = 0; i < pools.size(); ++i) {
+      text += std::string("pool ") + pools[i]->getName() + " " + std::to_string(pools[i]->getTierLevel()) +
+              " " + std::to_string(pools[i]->getUsedCapacityInSectors()) + "\n";
+    }
+    const Listing<VirtualVolume> volumes(&m_adapter, "VirtualVolume");
+    for (std::size_t i = 0; i < volumes.size(); ++i) {
+      text += std::string("volume ") + volumes[i]->getName() + " " +
+              std::to_string(volumes[i]->getCapacityInSectors()) + " " +
+              std::to_string(volumes[i]->getKnobSetting()) + "\n";
+    }
+    return text;
+  }
+
+  /** Brings the configuration back when it has changed; the identifiers are other ones then. */
+  void arrange() {
+    if (!m_standard.empty() && state() == m_standard) {
+      return;
+    }
+    const Listing<VirtualVolume> volumes(&m_adapter, "VirtualVolume");
+    for (std::size_t i = 0; i < volumes.size(); ++i) {
+      m_adapter.deleteVirtualVolume(volumes[i]->getVolumeId());
+    }
+    const Listing<VirtualPool> pools(&m_adapter, "VirtualPool");
+    for (std::size_t i = 0; i < pools.size(); ++i) {
+      m_adapter.deleteVirtualPool(pools[i]->getPoolId());
+    }
+    makePool("disks", 0, TVK_TIER_HDD);
+    makePool("flash", 1, TVK_TIER_SSD);
+    makePool("spare", 3, TVK_TIER_HDD);
+    for (const std::uint8_t type : {TVK_VOLUME_TIERED, TVK_VOLUME_CACHED}) {
+      VirtualVolumeSpec volume = volumeSpec(type == TVK_VOLUME_TIERED ? "tiered" : "cached", type,
+                                            {{m_ids["disks"], 100 * MIB}, {m_ids["flash"], 50 * MIB}});
+      EXPECT_EQ(m_adapter.createVirtualVolume(volume).getReturn(), TVK_OK);
+      m_ids[volume.name] = volume.volumeId;
+    }
+    VirtualPoolSpec internal = poolSpec("InternalPool4", {4}, 50 * MIB);
+    VirtualPoolSpec cache = poolSpec("", {}, 10 * MIB);
+    cache.poolId = m_ids["flash"];
+    VirtualVolumeSpec drive = volumeSpec("drive", TVK_VOLUME_CACHED, {});
+    EXPECT_EQ(m_adapter.createCachedLD(internal, cache, drive).getReturn(), TVK_OK);
+    m_ids["drive"] = drive.volumeId;
+    m_standard = state();
+  }
+
+  /** Arguments with which a method of the product succeeds on the arranged configuration. */
+  host::Arguments goodArguments(const host::SchemaMethod& method) const {
+    using host::Value;
+    const std::uint32_t pool = m_ids.at(method.name == "DeleteVirtualPool" ? "spare" : "disks");
+    const bool dataCache = method.name == "DeleteDataCacheVolume";
+    const std::uint32_t volume = m_ids.at(dataCache ? "drive" : "cached");
+    const std::vector<host::NamedValue> known = {
+        {"Name", Value::string("a pool")},
+        {"VolumeName", Value::string("a volume")},
+        {"Description", Value::string("made by a test")},
+        {"NumberOfLogicalDevice", Value::uint8(1)},
+        {"LDDeviceNumbers", Value::array(CMPI_uint8, {Value::uint8(FREE_DRIVE)})},
+        {"LDDeviceNumber", Value::array(CMPI_uint8, {Value::uint8(FREE_DRIVE)})},
+        {"CapacityInSectors", Value::uint64(50 * MIB)},
+        {"LDCapacityInSectors", Value::uint64(50 * MIB)},
+        {"ChunkSize", Value::uint64(CHUNK)},
+        {"TierLevel", Value::uint8(TVK_TIER_HDD)},
+        {"VirtualPoolId", Value::uint32(pool)},
+        {"VirtualVolumeId", Value::uint32(volume)},
+        {"VolumeType", Value::uint8(TVK_VOLUME_CACHED)},
+        {"VirtualPoolsCount", Value::uint8(2)},
+        {"ListOfVirtualPoolIds",
+         Value::array(CMPI_uint32, {Value::uint32(m_ids.at("disks")), Value::uint32(m_ids.at("flash"))})},
+        {"UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(20 * MIB), Value::uint64(10 * MIB)})},
+        {"KnobSetting", Value::uint32(TVK_KNOB_NORMAL)},
+        {"SSDPoolId", Value::uint32(m_ids.at("flash"))},
+        {"reqCapacityFromSSDPool", Value::uint64(10 * MIB)}};
+    host::Arguments arguments;
+    for (const host::SchemaParameter& parameter : method.parameters) {
+      if (parameter.in) {
+        const Value* value = findValue(known, parameter.name);
+        EXPECT_NE(value, nullptr) << "no value is known for " << method.name << "." << parameter.name;
+        arguments.add(parameter.name, value == nullptr ? Value::null(parameter.type) : *value);
+      }
+    }
+    return arguments;
+  }
+
+  TvkAdapter m_adapter;
+  std::string m_standard;
+  std::map<std::string, std::uint32_t> m_ids;
+
+private:
+  void makePool(const char* name, std::uint8_t drive, std::uint8_t tier) {
+    VirtualPoolSpec pool = poolSpec(name, {drive}, 600 * MIB, tier);
+    EXPECT_EQ(m_adapter.createVirtualPool(pool).getReturn(), TVK_OK) << name;
+    m_ids[name] = pool.poolId;
+  }
+};
+
+}  // namespace tvp::test
+
+#endif
