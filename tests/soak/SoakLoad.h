@@ -1,0 +1,63 @@
+#ifndef SOAK_SOAKLOAD_H
+#define SOAK_SOAKLOAD_H
+
+#include "host/Provider.h"
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace tvp::soak {
+
+/** What went wrong, for the summary. Thread-safe. */
+class Findings {
+public:
+  /** Keeps the first hundred. */
+  void add(const std::string& finding);
+  std::vector<std::string> all() const;
+
+private:
+  mutable std::mutex m_mutex;
+  std::vector<std::string> m_findings;
+};
+
+/** Random requests to a provider. run() may run on several threads at once. */
+class Load {
+public:
+  Load(host::Provider& provider, Findings& findings) : m_provider(provider), m_findings(findings) {}
+
+  /** Makes requests until stop() is called. Two runs with one seed make the same requests. */
+  void run(unsigned int seed);
+  void stop() { m_stop = true; }
+
+  std::uint64_t done() const { return m_done; }
+  /** Requests that were answered with a failure, as they should when the driver is away. */
+  std::uint64_t refused() const { return m_refused; }
+
+  /** That the capacities used in each pool are those that the extents of the volumes add up to. */
+  void checkCapacities();
+
+private:
+  using Random = std::mt19937;
+
+  void request(Random& random);
+  void changeConfiguration(Random& random);
+  void subscribe(Random& random);
+  void note(const host::Outcome& outcome, const std::string& what);
+  host::MethodOutcome call(const std::string& method, const host::Arguments& arguments);
+  /** The identifier of any pool or volume; now and then one that is not there. */
+  std::uint32_t anyId(Random& random, const std::string& className, const std::string& key);
+
+  host::Provider& m_provider;
+  Findings& m_findings;
+  std::atomic<bool> m_stop{false};
+  std::atomic<std::uint64_t> m_done{0};
+  std::atomic<std::uint64_t> m_refused{0};
+};
+
+}  // namespace tvp::soak
+
+#endif

@@ -1,0 +1,182 @@
+// Lets the built provider work for a long time while everything around it changes: several threads make
+// requests, other processes change the configuration and take the driver away, the log comes, fills up and
+// goes. In the end nothing has grown and the configuration adds up.
+#include "host/MofReader.h"
+#include "soak/SoakLoad.h"
+#include "soak/SoakUsage.h"
+#include "support/Command.h"
+
+#include <cstdio>
+#include <functional>
+#include <thread>
+
+namespace {
+
+using namespace tvp;
+using Clock = std::chrono::steady_clock;
+using Words = std::vector<std::string>;
+
+constexpr unsigned int LOAD_THREADS = 4;
+constexpr std::uintmax_t FULL_LOG = 0x9FFFFF + 1;
+
+/** The folders and the environment of a run. */
+class Surroundings {
+public:
+  Surroundings() {
+    ::setenv("VOLTVK_STATE", m_folder.file("state.db").c_str(), 1);
+    ::setenv("VOLTVK_HOST_ROOT", m_folder.file("machine").c_str(), 1);
+    ::setenv("TVP_TEST_ROOT", m_folder.path().c_str(), 1);
+    std::filesystem::create_directories(m_folder.file("var/log"));
+    for (int i = 0; i < 8; ++i) {
+      voltvkctl({"drive", "add", "--type", i % 2 == 0 ? "hdd" : "ssd", "--size", "1GiB"});
+    }
+  }
+
+  /** Does one random thing, each of which is allowed to fail. */
+  void change(std::mt19937& random) {
+    const std::string name = "name" + std::to_string(random() % 12);
+    const std::vector<std::function<void()>> changes = {
+        [&] {
+          tvpcim({"pool", "create", name, "--drives", std::to_string(random() % 8), "--size", "400MiB"});
+        },
+        [&] {
+          tvpcim({"pool", "delete", name});
+        },
+        [&] {
+          tvpcim({"volume", "delete", name});
+        },
+        [&] {
+          voltvkctl({"io", name, "--reads", "500", "--writes", "500", "--hot", "50"});
+        },
+        [&] {
+          voltvkctl({"policy", "run"});
+        },
+        [&] {
+          voltvkctl({"fault", "set", random() % 2 == 0 ? "driver-absent" : "adapter-absent"});
+        },
+        [&] {
+          voltvkctl({"fault", "set", random() % 2 == 0 ? "fail" : "throw", "createVirtualPool"});
+        },
+        [&] {
+          voltvkctl({"fault", "clear"});
+        },
+        [&] {
+          voltvkctl({"fault", "clear"});
+        },
+        [&] { m_folder.write("var/log/TVP.txt", ""); },
+        [&] { m_folder.write("var/log/TVP.txt", std::string(FULL_LOG, '.')); },
+        [&] { std::filesystem::remove(m_folder.file("var/log/TVP.txt")); }};
+    changes[random() % changes.size()]();
+  }
+
+  void calmDown() {
+    voltvkctl({"fault", "clear"});
+    std::filesystem::remove(m_folder.file("var/log/TVP.txt"));
+  }
+
+  test::CommandResult tvpcim(Words words) { return run("tvpcim", std::move(words)); }
+  test::CommandResult voltvkctl(Words words) { return run("voltvkctl", std::move(words)); }
+
+  /** Commands that crashed or hung. */
+  const Words& broken() const { return m_broken; }
+  std::size_t commands() const { return m_commands; }
+
+private:
+  test::CommandResult run(const std::string& program, Words words) {
+    std::string line = program;
+    for (const std::string& word : words) {
+      line += " " + word;
+    }
+    words.insert(words.begin(), std::string(TVP_BINARY_DIR "/bin/") + program);
+    test::CommandResult result = test::Command(std::move(words)).run();
+    ++m_commands;
+    if (result.exitStatus < 0 || result.exitStatus > 1) {
+      m_broken.push_back(line + " ended with status " + std::to_string(result.exitStatus) + ", signal " +
+                         std::to_string(result.signal) + ": " + result.err);
+    }
+    return result;
+  }
+
+  test::TemporaryFolder m_folder;
+  Words m_broken;
+  std::size_t m_commands = 0;
+};
+
+int runSoak(std::chrono::seconds time, unsigned int seed) {
+  Surroundings surroundings;
+  host::BrokerOptions options;
+  options.graveyard = 1024;  // so that its growth does not look like the provider's
+  host::Broker broker(host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof"), options);
+  std::atomic<std::uint64_t> indications{0};
+  host::BrokerHandlers handlers;
+  handlers.onIndication = [&](const std::string&, const host::Instance&) {
+    ++indications;
+    return CMPI_RC_OK;
+  };
+  broker.setHandlers(handlers);
+  soak::Findings findings;
+  soak::UsageHistory history;
+  host::Provider provider(
+      broker, std::make_shared<host::ProviderLibrary>(TVP_BINARY_DIR "/lib/libtarvexProProvider.so"));
+  provider.activateFilter({});
+  provider.enableIndications();
+
+  soak::Load load(provider, findings);
+  std::vector<std::thread> threads;
+  for (unsigned int i = 0; i < LOAD_THREADS; ++i) {
+    threads.emplace_back([&load, i, seed] { load.run(seed + i); });
+  }
+  std::mt19937 random(seed);
+  for (const auto end = Clock::now() + time; Clock::now() < end && findings.all().empty();) {
+    surroundings.change(random);
+    history.add(soak::Usage::now());
+  }
+  load.stop();
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  surroundings.calmDown();
+  load.checkCapacities();
+  provider.cleanup(true);
+
+  for (const auto& text : surroundings.broken()) {
+    findings.add(text);
+  }
+  broker.reportLeaks();
+  for (const host::Breach& breach : broker.breaches()) {
+    findings.add(breach.text);
+  }
+  for (const auto& text : history.growth()) {
+    findings.add(text);
+  }
+  std::printf("requests     %llu, of them refused %llu\n", static_cast<unsigned long long>(load.done()),
+              static_cast<unsigned long long>(load.refused()));
+  std::printf("commands     %zu by other processes\nindications  %llu\n", surroundings.commands(),
+              static_cast<unsigned long long>(indications.load()));
+  std::printf("usage        %s\n", history.summary().c_str());
+  if (load.done() < 100 || indications == 0) {
+    findings.add("too little happened for a verdict");
+  }
+  for (const std::string& finding : findings.all()) {
+    std::printf("FINDING      %s\n", finding.c_str());
+  }
+  std::printf("%s (seed %u)\n", findings.all().empty() ? "nothing grew, everything adds up" : "failed", seed);
+  return findings.all().empty() ? 0 : 1;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  const int seconds = count > 1 ? std::atoi(arguments[1]) : 0;
+  if (seconds <= 0) {
+    std::fprintf(stderr, "usage: soak SECONDS [SEED]\n");
+    return 2;
+  }
+  try {
+    return runSoak(std::chrono::seconds(seconds),
+                count > 2 ? static_cast<unsigned int>(std::atoi(arguments[2])) : 1U);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "soak: %s\n", error.what());
+    return 1;
+  }
+}
