@@ -18,7 +18,7 @@ using Checks = std::vector<std::function<std::string()>>;
 /** The first thing that a check finds, else that nothing was found. */
 std::string first(const Checks& checks) {
   for (const auto& check : checks) {
-    const std::string found = check();
+    std::string found = check();
     if (!found.empty()) {
       return found;
     }
@@ -98,7 +98,7 @@ std::string Explanation::drives(const std::vector<std::uint32_t>& numbers) {
       return "drive " + std::to_string(number) + " is named twice";
     }
     seen.push_back(number);
-    const std::string reason = driveNotFree(number);
+    std::string reason = driveNotFree(number);
     if (!reason.empty()) {
       return reason;
     }
@@ -190,7 +190,7 @@ std::string Explanation::shares(const VolumeRequest& request) {
   }
   std::vector<std::uint64_t> tiers;
   for (const PoolShare& wanted : request.pools) {
-    const std::string reason = share(wanted);
+    std::string reason = share(wanted);
     if (!reason.empty()) {
       return reason;
     }

@@ -17,6 +17,9 @@ PropertyList checkedProperties(const SchemaClass& schemaClass, const std::vector
   if (names.empty()) {
     return std::nullopt;
   }
+  if (schemaClass.external) {
+    return names;
+  }
   std::vector<std::string> known;
   for (const SchemaProperty& property : schemaClass.properties) {
     known.push_back(property.name);

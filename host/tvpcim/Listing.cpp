@@ -104,6 +104,7 @@ std::vector<Column> columnsOf(const std::vector<Instance>& instances) {
     }
   }
   std::vector<Column> columns;
+  columns.reserve(known.size());
   for (const NamedValue& property : known) {
     columns.push_back(plainColumn(property.name, property.name, isNumber(property.value.type())));
   }

@@ -17,11 +17,9 @@ std::uint8_t tierLevelOf(const std::string& word) {
 }
 
 std::string shareUsed(const Instance& pool) {
-  const std::uint64_t capacity = numberOf(pool, "CapacityInSectors");
-  const double used = static_cast<double>(numberOf(pool, "UsedCapacityInSectors"));
-  return capacity == 0
-             ? "-"
-             : std::to_string(static_cast<unsigned>(100 * used / static_cast<double>(capacity) + 0.5)) + "%";
+  return std::to_string(
+             percentOf(numberOf(pool, "UsedCapacityInSectors"), numberOf(pool, "CapacityInSectors"))) +
+         "%";
 }
 
 /** The drives of "3,4,/dev/sdb". */

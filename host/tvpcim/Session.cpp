@@ -37,6 +37,14 @@ const SchemaClass& Session::classNamed(const std::string& name) {
   if (found != nullptr && !found->external) {
     return *found;
   }
+  // A class of the standard schema may be asked for though no file declares it: the provider answers for it.
+  const std::string standardPrefix = "CIM_";
+  if (name.compare(0, standardPrefix.size(), standardPrefix) == 0) {
+    SchemaClass& standard = m_standardClasses[name];
+    standard.name = name;
+    standard.external = true;
+    return standard;
+  }
   std::vector<std::string> names;
   for (const SchemaClass* candidate : schema().classes()) {
     names.push_back(candidate->name);
@@ -70,7 +78,7 @@ ObjectPath Session::parsePath(const std::string& text) {
     names.push_back(property.name);
   }
   for (const NamedValue& key : path.keys) {
-    if (schemaClass.property(key.name) == nullptr) {
+    if (!schemaClass.external && schemaClass.property(key.name) == nullptr) {
       throw UsageError(statusName(CMPI_RC_ERR_NO_SUCH_PROPERTY) + ": the class " + schemaClass.name +
                        " has no property '" + printable(key.name) + "'" + suggestion(key.name, names));
     }

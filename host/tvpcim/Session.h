@@ -6,6 +6,7 @@
 #include "host/Schema.h"
 #include "host/tvpcim/Options.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,7 +29,8 @@ public:
 
   /** @throws OperationError when the file is missing or is wrong (file, line, what was expected). */
   const Schema& schema();
-  /** @throws UsageError with names that are near, for an unknown class. */
+  /** A class of the schema, or one without properties for a name of the standard schema ("CIM_..."), valid as
+   *  long as the session. @throws UsageError with names that are near, for an unknown class. */
   const SchemaClass& classNamed(const std::string& name);
   /** A path without keys, in the namespace of the options. @throws UsageError for an unknown class. */
   ObjectPath pathOf(const std::string& className);
@@ -60,6 +62,7 @@ private:
   BrokerHandlers m_handlers;
   std::shared_ptr<const Schema> m_schema;
   std::string m_schemaFile;
+  std::map<std::string, SchemaClass> m_standardClasses;
   std::unique_ptr<Broker> m_broker;
   std::unique_ptr<Provider> m_provider;
 };

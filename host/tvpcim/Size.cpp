@@ -4,6 +4,7 @@
 #include "host/tvpcim/Failure.h"
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 #include <limits>
 #include <optional>
@@ -140,6 +141,11 @@ std::string formatSectors(std::uint64_t sectors) {
     text.pop_back();
   }
   return text + " " + UNITS.at(unit);
+}
+
+unsigned percentOf(std::uint64_t used, std::uint64_t whole) {
+  const double share = whole == 0 ? 0 : static_cast<double>(used) / static_cast<double>(whole);
+  return static_cast<unsigned>(std::lround(100 * share));
 }
 
 }  // namespace tvp::host::tvpcim

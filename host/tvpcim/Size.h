@@ -23,6 +23,9 @@ std::uint64_t parseSectors(const std::string& text);
 /** A size for people, in the largest binary unit that gives at least 1: "100 GiB", "1.5 TiB", "512 B". */
 std::string formatSectors(std::uint64_t sectors);
 
+/** How much of a whole is used, in percent and rounded; 0 of a whole of 0. */
+unsigned percentOf(std::uint64_t used, std::uint64_t whole);
+
 }  // namespace tvp::host::tvpcim
 
 #endif

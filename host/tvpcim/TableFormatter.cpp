@@ -16,6 +16,7 @@ bool isListOfInstances(const Value& value) {
 
 std::vector<Instance> instancesOf(const Value& value) {
   std::vector<Instance> instances;
+  instances.reserve(value.asArray().size());
   for (const Value& element : value.asArray()) {
     instances.push_back(element.asInstance());
   }
@@ -36,8 +37,7 @@ std::string nodeText(const Instance& node) {
   const Value* used = node.property("UsedInSectors");
   text += "  " + formatSectors(size);
   if (used != nullptr && !used->isNull() && size > 0) {
-    const double share = 100.0 * static_cast<double>(used->asUnsigned()) / static_cast<double>(size);
-    text += ", " + std::to_string(static_cast<unsigned>(share + 0.5)) + "% used";
+    text += ", " + std::to_string(percentOf(used->asUnsigned(), size)) + "% used";
   }
   return printable(text);
 }
@@ -66,6 +66,7 @@ std::string TableFormatter::table(const std::vector<Instance>& instances,
   }
   for (const Instance& instance : instances) {
     std::vector<std::string> cells;
+    cells.reserve(shown.size());
     for (const Column* column : shown) {
       cells.push_back(column->cell(instance));
     }

@@ -4,14 +4,13 @@
 
 #include <algorithm>
 #include <array>
+#include <clocale>
 #include <cstdint>
 #include <cstdio>
+#include <cwchar>
 #include <numeric>
 #include <string_view>
 #include <utility>
-
-#include <locale.h>
-#include <wchar.h>
 
 namespace tvp::host::tvpcim {
 namespace {

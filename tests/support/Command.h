@@ -20,8 +20,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace tvp::test {
 
 /** What a command left behind. */
@@ -215,14 +213,16 @@ private:
       values[name] = value;
     }
     std::vector<std::string> environment;
+    environment.reserve(values.size());
     for (const auto& [name, value] : values) {
-      environment.push_back(name + "=" + value);
+      environment.push_back(std::string(name).append("=").append(value));
     }
     return environment;
   }
 
   static std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> result;
+    result.reserve(texts.size() + 1);
     for (std::string& text : texts) {
       result.push_back(text.data());
     }

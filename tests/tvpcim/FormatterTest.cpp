@@ -142,7 +142,6 @@ TEST(TableFormatter, AlignsNumbersAndUsesColourOnATerminalOnly) {
        instanceOf("T", {{"Size", Value::uint64(3)}, {"Used", Value::null(CMPI_boolean)}})},
       {sizeColumn("SIZE", "Size"), flagColumn("USED", "Used"),
        onlyWide(plainColumn("SECTORS", "Size", true))}};
-  const std::string rows = " 100 MiB  yes\n 1.5 KiB  no\n";
   EXPECT_EQ(formatter(Form::Table)->listing(listing), "   SIZE  USED\n100 MiB  yes\n1.5 KiB  no\n");
   EXPECT_THAT(formatter(Form::Table, 80, true)->listing(listing), HasSubstr("\033[1m   SIZE  USED\033[0m\n"));
   EXPECT_THAT(formatter(Form::Table, 80, false, true)->listing(listing),

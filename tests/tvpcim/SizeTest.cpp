@@ -62,6 +62,13 @@ TEST(Size, IsRefusedWithAReason) {
   }
 }
 
+TEST(Size, SharesAreRoundedToPercent) {
+  EXPECT_EQ(percentOf(0, 0), 0U);
+  EXPECT_EQ(percentOf(1, 3), 33U);
+  EXPECT_EQ(percentOf(2, 3), 67U);
+  EXPECT_EQ(percentOf(~std::uint64_t{0}, ~std::uint64_t{0}), 100U);
+}
+
 TEST(Size, IsShownInTheLargestUnitThatFits) {
   const struct {
     std::uint64_t sectors;

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 namespace tvp::test {
 namespace {
 
@@ -61,6 +63,8 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
   EXPECT_EQ(answer({"ei", "tvp_tierservice"}), Json::parse(R"([{"CreationClassName": "TVP_TierService",
                                                                "Name": "TVP_TierServiceInstance1"}])"));
   EXPECT_EQ(answer({"ein", "TVP_TierService"}), Json::array());
+  EXPECT_EQ(answer({"ei", "CIM_ComputerSystem"}), Json::array())
+      << "a class that the provider does not serve";
   EXPECT_EQ(answer({"gi", "TVP_VirtualPools.CreationClassName=\"any\""}).at("NumberOfStoragePool"), 5);
   EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember"}).at(0).at("StartRange"), Json({0, 51}));
   EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember", "--property", "endrange"}).at(0).count("StartRange"), 0U)
@@ -113,6 +117,25 @@ TEST_F(TvpcimInput, ATerminalGetsWhatFitsAndAFileEverything) {
   }
   EXPECT_THAT(command("tvpcim", {"drives", "--wide"}).terminal(40).run().out, HasSubstr("WWID"));
   EXPECT_THAT(command("tvpcim", {"drives"}).with("COLUMNS", "40").run().out, HasSubstr("Virtual SSD"));
+}
+
+TEST_F(TvpcimInput, TheProviderAndTheClassesAreFoundBesideTheCommand) {
+  namespace fs = std::filesystem;
+  const fs::path prefix = folder().path() / "prefix";
+  fs::create_directories(prefix / "bin");
+  fs::copy_file(TVP_BINARY_DIR "/bin/tvpcim", prefix / "bin/tvpcim");
+  Command moved({(prefix / "bin/tvpcim").string(), "ei", "TVP_TierService", "-o", "json"});
+  moved.with("VOLTVK_STATE", folder().file("state.db"));
+  const CommandResult alone = moved.run();
+  EXPECT_TRUE(alone.exitStatus == 0 ||
+              alone.err.find((prefix / "share/tarvexpro/TVP.mof").string()) != std::string::npos)
+      << "says where it looked, unless the product is installed: " << alone.err;
+  for (const char* part : {"lib", "share"}) {
+    fs::create_directory_symlink(fs::path(TVP_BINARY_DIR) / part, prefix / part);
+  }
+  const CommandResult whole = moved.run();
+  EXPECT_EQ(whole.exitStatus, 0) << whole.err;
+  EXPECT_EQ(Json::parse(whole.out).size(), 1U);
 }
 
 TEST_F(TvpcimInput, OutputThatCannotBeWrittenIsAFailure) {

@@ -2,6 +2,8 @@
 
 #include <gmock/gmock.h>
 
+#include <memory>
+
 namespace tvp::test {
 namespace {
 
@@ -22,6 +24,10 @@ protected:
     return start == std::string::npos ? result.err : result.err.substr(start + mark.size());
   }
 
+  std::unique_ptr<RunningCommand> started(const Words& words) const {
+    return std::unique_ptr<RunningCommand>(new RunningCommand(command("tvpcim", words).start()));
+  }
+
   const std::string m_hardDisk = addDrive("hdd", "100GiB");
   const std::string m_ssd = addDrive("ssd", "50GiB");
 };
@@ -34,7 +40,7 @@ TEST_F(TvpcimStorage, EveryDriveIsListedWithItsProperties) {
   const Json known = Json::parse(voltvkctl({"drive", "list", "-o", "json"}));
   EXPECT_EQ(listed.size(), known.size());
   EXPECT_EQ(listed, answer({"ei", "TVP_LogicalDevice"})) << "the storage verb shows the same instances";
-  const Json last = listed.back();
+  const Json& last = listed.back();
   EXPECT_EQ(last.at("CapacityInSectors"), 20 * GIB);
   EXPECT_EQ(last.at("DeviceType"), 2);
   EXPECT_EQ(last.at("isUsedByTarvexPro"), false);
@@ -165,6 +171,33 @@ TEST_F(TvpcimStorage, ARefusalWithoutAVisibleReasonIsNotGuessedAt) {
   const Words create = {"pool", "create", "gold", "--drives", m_ssd, "--size", "1GiB"};
   EXPECT_THAT(readingOf(create), HasSubstr("nothing that the provider shows explains it"));
   EXPECT_EQ(answer(create).at("RetStat"), 0) << "the fault was for one call";
+}
+
+TEST_F(TvpcimStorage, SeveralCommandsAtOnceDoNotDisturbEachOther) {
+  constexpr int POOLS = 6;
+  std::vector<std::string> drives;
+  for (int count = 0; count < POOLS; ++count) {
+    drives.push_back(addDrive("ssd", "10GiB"));
+  }
+  std::vector<std::unique_ptr<RunningCommand>> creators;
+  std::vector<std::unique_ptr<RunningCommand>> readers;
+  for (const std::string& drive : drives) {
+    creators.push_back(started({"pool", "create", "pool" + drive, "--drives", drive, "--size", "5GiB"}));
+    readers.push_back(started({"tree", "-o", "json"}));
+  }
+  for (const auto& creator : creators) {
+    const CommandResult result = creator->finish();
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+  }
+  for (const auto& reader : readers) {
+    const CommandResult result = reader->finish();
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_TRUE(Json::accept(result.out)) << result.out;
+  }
+  EXPECT_EQ(answer({"pools"}).size(), static_cast<std::size_t>(POOLS));
+  for (const std::string& drive : drives) {
+    EXPECT_EQ(findIn(answer({"pools"}), "Name", "pool" + drive).at("CapacityInSectors"), 5 * GIB);
+  }
 }
 
 TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
