@@ -23,6 +23,9 @@ public:
       if (end == std::string::npos) {
         fail("a slash after the host name");
       }
+      if (end == 2) {  // what follows would be written as a host again
+        fail("a host name between the slashes");
+      }
       path.host = m_text.substr(2, end - 2);
       m_position = end + 1;
     }
