@@ -146,11 +146,16 @@ TEST_F(OutboundConversionTest, ArgumentsGoOutUnderTheTypesTheirClientsKnow) {
   CIMInstance first = part("1");
   const std::vector<Converted> cases = {
       {scalar("a", PDT_BOOLEAN, false), Value::boolean(false)},
+      {scalar<short>("a", PDT_SINT16, -1), Value::signedInteger(CMPI_sint16, -1)},
+      {scalar("a", PDT_SINT32, -1), Value::signedInteger(CMPI_sint32, -1)},
+      {scalar<signed char>("a", PDT_SINT8, -1), Value::signedInteger(CMPI_sint8, -1)},
       {scalar<std::string>("a", PDT_STRING, "t"), Value::string("t")},
       {list<std::string>("a", PDT_STRING_ARRAY, {"t", "u"}),
        Value::array(CMPI_string, {Value::string("t"), Value::string("u")})},
+      {scalar<unsigned short>("a", PDT_UINT16, 9), Value::uint16(9)},
       {scalar("a", PDT_UINT32, 9U), Value::uint32(9)},
       {list<unsigned int>("a", PDT_UINT32_ARRAY, {9, 8}), numbers(CMPI_uint32, {9, 8})},
+      {scalar("a", PDT_UINT64, 9ULL), Value::uint64(9)},
       {list<unsigned long long>("a", PDT_UINT64_ARRAY, {9}), numbers(CMPI_uint64, {9})},
       {scalar<unsigned char>("a", PDT_UINT8, 200), Value::signedInteger(CMPI_sint8, -56)},
       {list<unsigned char>("a", PDT_UINT8_ARRAY, {200}), numbers(CMPI_uint8, {200})},
