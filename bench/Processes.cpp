@@ -1,0 +1,108 @@
+#include "bench/Measurements.h"
+#include "bench/Work.h"
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace bench {
+
+namespace {
+
+/** A number of /proc/self/status, in KiB. */
+long statusNumber(const std::string& key) {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind(key + ":", 0) == 0) {
+      return std::stol(line.substr(key.size() + 1));
+    }
+  }
+  throw std::runtime_error("/proc/self/status has no line " + key);
+}
+
+/** Requests per second that a number of threads make together. */
+double rateOf(const Work& work, Subject& subject, unsigned int threads) {
+  constexpr std::chrono::milliseconds DURATION(400);
+  std::atomic<std::uint64_t> requests{0};
+  const auto start = std::chrono::steady_clock::now();
+  std::vector<std::thread> workers;
+  for (unsigned int i = 0; i < threads; ++i) {
+    workers.emplace_back([&] {
+      while (std::chrono::steady_clock::now() - start < DURATION) {
+        work.run(subject, nullptr);
+        ++requests;
+      }
+    });
+  }
+  for (std::thread& worker : workers) {
+    worker.join();
+  }
+  const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+  return static_cast<double>(requests.load()) / elapsed.count();
+}
+
+}  // namespace
+
+void measureThreads(const Scenario& scenario) {
+  constexpr std::size_t ROUNDS = 5;
+  Subject product(Subject::Kind::Product);
+  Subject baseline(Subject::Kind::Baseline);
+  const Work work = worksFor(scenario).front();
+  for (const bool log : {false, true}) {
+    for (const unsigned int threads : {1U, 2U, 4U, 8U}) {
+      std::array<double, ROUNDS> productRates{};
+      std::array<double, ROUNDS> baselineRates{};
+      for (std::size_t round = 0; round < ROUNDS; ++round) {
+        switchLog(log);
+        productRates[round] = rateOf(work, product, threads);
+        baselineRates[round] = rateOf(work, baseline, threads);
+      }
+      std::sort(productRates.begin(), productRates.end());
+      std::sort(baselineRates.begin(), baselineRates.end());
+      std::printf("%u\t%s\t%.1f\t%.1f\n", threads, log ? "present" : "absent", productRates[ROUNDS / 2],
+                  baselineRates[ROUNDS / 2]);
+    }
+  }
+}
+
+void measurePeak(Subject::Kind kind, const Scenario& scenario) {
+  constexpr int REQUESTS = 20;
+  Subject subject(kind);
+  const Work work = worksFor(scenario).front();
+  for (int i = 0; i < REQUESTS; ++i) {
+    work.run(subject, nullptr);
+  }
+  std::printf("%ld\n", statusNumber("VmHWM"));
+}
+
+void measureGrowth(Subject::Kind kind, const Scenario& scenario) {
+  constexpr long FIRST = 1000;
+  constexpr long LAST = 100000;
+  Subject subject(kind);
+  const std::vector<Work> works = worksFor(scenario);
+  long early = 0;
+  for (long i = 0; i < LAST; ++i) {
+    works[static_cast<std::size_t>(i) % works.size()].run(subject, nullptr);
+    if (i + 1 == FIRST) {
+      early = statusNumber("VmRSS");
+    }
+  }
+  std::printf("%ld\t%ld\n", early, statusNumber("VmRSS"));
+}
+
+void measureFirstAnswer(Subject::Kind kind, const Scenario& scenario) {
+  const Work work = worksFor(scenario).front();
+  const auto start = std::chrono::steady_clock::now();
+  Subject subject(kind);
+  work.run(subject, nullptr);
+  const std::chrono::duration<double, std::micro> elapsed = std::chrono::steady_clock::now() - start;
+  std::printf("%.1f\n", elapsed.count());
+}
+
+}  // namespace bench

@@ -1,0 +1,182 @@
+#include "bench/Stage.h"
+
+#include "host/MofReader.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <dlfcn.h>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+
+namespace bench {
+
+using tvp::host::Arguments;
+using tvp::host::ObjectPath;
+using tvp::host::Value;
+
+namespace {
+
+constexpr char OUTPUT[] = TVP_BINARY_DIR;
+constexpr std::uint64_t CHUNK_SECTORS = 2048;
+constexpr std::uint64_t GIBIBYTE_SECTORS = 2097152;
+/** Few dead objects are kept, so that what is measured is not the memory of the host. */
+constexpr std::size_t GRAVEYARD = 256;
+
+std::string libraryOf(Subject::Kind kind) {
+  const char* name = kind == Subject::Kind::Product          ? "tarvexProProvider"
+                     : kind == Subject::Kind::PollingProduct ? "benchPollingProvider"
+                                                             : "benchBaseline";
+  return std::string(OUTPUT) + "/lib/lib" + name + ".so";
+}
+
+tvp::host::BrokerOptions brokerOptions() {
+  tvp::host::BrokerOptions options;
+  options.graveyard = GRAVEYARD;
+  return options;
+}
+
+std::filesystem::path logFile() {
+  const char* root = std::getenv("TVP_TEST_ROOT");
+  if (root == nullptr || *root == '\0') {
+    throw std::runtime_error(
+        "TVP_TEST_ROOT is not set: the measurements would write to the log of this machine");
+  }
+  return std::filesystem::path(root) / "var/log/TVP.txt";
+}
+
+/** Adds a virtual hard disk. @return its number */
+std::uint8_t addDrive() {
+  const std::string command = std::string("'") + OUTPUT + "/bin/voltvkctl' drive add --type hdd --size 10GiB";
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> output(popen(command.c_str(), "r"), pclose);
+  std::array<char, 32> line{};
+  if (!output || std::fgets(line.data(), line.size(), output.get()) == nullptr) {
+    throw std::runtime_error("no virtual drive could be added with: " + command);
+  }
+  return static_cast<std::uint8_t>(std::strtoul(line.data(), nullptr, 10));
+}
+
+void invoke(Subject& subject, const std::string& method, const Arguments& arguments) {
+  const ObjectPath path{"root/tarvexPro", "TVP_TierService", {}, ""};
+  const auto outcome = subject.provider().invokeMethod(path, method, arguments);
+  const Value* status = outcome.output.find("RetStat");
+  if (!outcome.ok() || status == nullptr || status->asUnsigned() != 0) {
+    throw std::runtime_error(method + " was refused: " + outcome.message + " " +
+                             (status == nullptr ? "" : status->toText()));
+  }
+}
+
+void createPool(Subject& subject, std::size_t number, std::uint64_t sectors) {
+  invoke(subject, "CreateVirtualPool",
+         Arguments()
+             .add("Name", Value::string("Pool" + std::to_string(number)))
+             .add("Description", Value::string("for measuring"))
+             .add("NumberOfLogicalDevice", Value::uint8(1))
+             .add("LDDeviceNumbers", Value::array(CMPI_uint8, {Value::uint8(addDrive())}))
+             .add("CapacityInSectors", Value::uint64(sectors))
+             .add("ChunkSize", Value::uint64(CHUNK_SECTORS))
+             .add("TierLevel", Value::uint8(1)));
+}
+
+void createVolume(Subject& subject, std::size_t number) {
+  invoke(subject, "CreateVirtualVolume",
+         Arguments()
+             .add("VolumeName", Value::string("Volume" + std::to_string(number)))
+             .add("Description", Value::string("for measuring"))
+             .add("VolumeType", Value::uint8(1))
+             .add("VirtualPoolsCount", Value::uint8(1))
+             .add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, {Value::uint32(0)}))
+             .add("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(CHUNK_SECTORS * 16)}))
+             .add("KnobSetting", Value::uint32(2)));
+}
+
+}  // namespace
+
+Subject::Subject(Kind kind)
+    : m_broker(tvp::host::MofReader::readFile(std::string(OUTPUT) + "/share/tarvexpro/TVP.mof"),
+               brokerOptions()) {
+  tvp::host::BrokerHandlers handlers;
+  handlers.onIndication = [this](const std::string&, const tvp::host::Instance&) {
+    ++m_indications;
+    return CMPI_RC_OK;
+  };
+  m_broker.setHandlers(handlers);
+  const std::string library = libraryOf(kind);
+  const char* prefix = kind == Kind::Baseline ? "benchBaseline" : "tarvexProProvider";
+  m_provider = std::make_unique<tvp::host::Provider>(
+      m_broker, std::make_shared<tvp::host::ProviderLibrary>(library, prefix));
+  if (kind != Kind::Product) {
+    void* handle = dlopen(library.c_str(), RTLD_NOW | RTLD_NOLOAD);
+    m_pollOnce = reinterpret_cast<void (*)()>(dlsym(handle, "benchPollOnce"));
+  }
+}
+
+void Subject::subscribe() {
+  m_provider->activateFilter({});
+  m_provider->enableIndications();
+}
+
+double Subject::pollOnce() {
+  using Clock = std::chrono::steady_clock;
+  Clock::duration duration{};
+  std::thread listener([&] {
+    const Clock::time_point start = Clock::now();
+    m_pollOnce();
+    duration = Clock::now() - start;
+    m_broker.cmpi()->bft->detachThread(m_broker.cmpi(), nullptr);
+  });
+  listener.join();
+  return std::chrono::duration<double>(duration).count();
+}
+
+Scenario Scenario::named(const std::string& name) {
+  const std::size_t dash = name.find('-');
+  if (dash == std::string::npos) {
+    throw std::invalid_argument("'" + name + "' is no scenario; they are named like drives-8");
+  }
+  return {name.substr(0, dash), std::stoul(name.substr(dash + 1))};
+}
+
+void prepare(const Scenario& scenario) {
+  Subject subject(Subject::Kind::Product);
+  if (scenario.sort == "drives") {
+    const ObjectPath drives{"root/tarvexPro", "TVP_LogicalDevice", {}, ""};
+    const std::size_t present = subject.provider().enumerateInstances(drives).instances.size();
+    for (std::size_t count = present; count < scenario.count; ++count) {
+      addDrive();
+    }
+  } else if (scenario.sort == "pools") {
+    for (std::size_t number = 0; number < scenario.count; ++number) {
+      createPool(subject, number, GIBIBYTE_SECTORS);
+    }
+  } else {
+    createPool(subject, 0, GIBIBYTE_SECTORS * 8);
+    for (std::size_t number = 0; number < scenario.count; ++number) {
+      createVolume(subject, number);
+    }
+  }
+}
+
+void switchLog(bool on) {
+  const std::filesystem::path file = logFile();
+  std::filesystem::remove(file);
+  if (on) {
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream created(file);
+  }
+}
+
+void keepLogSmall() {
+  constexpr std::uintmax_t LARGEST = 4U << 20U;
+  static const std::filesystem::path file = logFile();
+  std::error_code absent;
+  const std::uintmax_t size = std::filesystem::file_size(file, absent);
+  if (!absent && size > LARGEST) {
+    std::filesystem::resize_file(file, 0);
+  }
+}
+
+}  // namespace bench

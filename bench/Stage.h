@@ -1,0 +1,57 @@
+#ifndef BENCH_STAGE_H
+#define BENCH_STAGE_H
+
+#include "host/Provider.h"
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/** A provider that is measured, with a broker of its own. */
+class Subject {
+public:
+  /** Which of the built modules: the provider, the same with an entry for one poll, or the baseline. */
+  enum class Kind { Product, PollingProduct, Baseline };
+
+  /** Loads the module and creates its interfaces. @throws tvp::host::ProviderLoadError, MofError */
+  explicit Subject(Kind kind);
+
+  tvp::host::Broker& broker() { return m_broker; }
+  tvp::host::Provider& provider() { return *m_provider; }
+  /** Subscribes to indications; they are counted. */
+  void subscribe();
+  std::uint64_t indications() const { return m_indications.load(); }
+  /** Fetches and delivers new events on a thread of its own, as the listener does. @return seconds it took */
+  double pollOnce();
+
+private:
+  tvp::host::Broker m_broker;
+  std::unique_ptr<tvp::host::Provider> m_provider;
+  void (*m_pollOnce)() = nullptr;
+  std::atomic<std::uint64_t> m_indications{0};
+};
+
+/** What a storage state holds, such as 8 pools; the first word of its name tells the sort. */
+struct Scenario {
+  std::string sort;  ///< "drives", "pools" or "volumes"
+  std::size_t count;
+
+  /** @throws std::invalid_argument unless the name is like "pools-8" */
+  static Scenario named(const std::string& name);
+};
+
+/** Fills the storage state of this process, $VOLTVK_STATE. @throws std::runtime_error when a step fails */
+void prepare(const Scenario& scenario);
+
+/** Switches the log below $TVP_TEST_ROOT on or off: it is written while its file exists. */
+void switchLog(bool on);
+/** Empties the log before it reaches the size at which it would no longer be written. */
+void keepLogSmall();
+
+}  // namespace bench
+
+#endif

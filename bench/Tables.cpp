@@ -1,0 +1,168 @@
+#include "bench/Tables.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+namespace {
+
+using Row = std::vector<std::string>;
+
+/** A folder for states and logs that goes with the object. */
+class Scratch {
+public:
+  Scratch() {
+    std::string name = (std::filesystem::temp_directory_path() / "tvp-bench-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+      throw std::runtime_error("no scratch folder could be made: " + name);
+    }
+    m_folder = name;
+  }
+  ~Scratch() {
+    std::error_code ignored;
+    std::filesystem::remove_all(m_folder, ignored);
+  }
+  Scratch(const Scratch&) = delete;
+  Scratch& operator=(const Scratch&) = delete;
+
+  const std::filesystem::path& folder() const { return m_folder; }
+
+private:
+  std::filesystem::path m_folder;
+};
+
+/** Runs measurements in child processes; a scenario is prepared when it is first used. */
+class Runner {
+public:
+  std::vector<Row> run(const std::string& measurement, const std::string& scenario,
+                       const std::string& subject = {}) {
+    const std::filesystem::path folder = m_scratch.folder() / scenario;
+    const bool isNew = std::filesystem::create_directory(folder);
+    setenv("VOLTVK_STATE", (folder / "state.db").c_str(), 1);
+    setenv("TVP_TEST_ROOT", folder.c_str(), 1);
+    if (isNew) {
+      child("prepare " + scenario);
+    }
+    return child(measurement + " " + scenario + " " + subject);
+  }
+  double number(const std::string& measurement, const std::string& scenario, const std::string& subject,
+                std::size_t column = 0) {
+    return std::stod(run(measurement, scenario, subject).at(0).at(column));
+  }
+
+private:
+  std::vector<Row> child(const std::string& arguments) {
+    const std::string command = "'" + m_program + "' " + arguments;
+    std::FILE* output = popen(command.c_str(), "r");
+    if (output == nullptr) {
+      throw std::runtime_error("could not be started: " + command);
+    }
+    std::vector<Row> rows;
+    std::array<char, 512> line{};
+    while (std::fgets(line.data(), line.size(), output) != nullptr) {
+      std::istringstream fields(line.data());
+      Row row;
+      for (std::string field; std::getline(fields, field, '\t');) {
+        row.push_back(field);
+      }
+      rows.push_back(std::move(row));
+    }
+    if (pclose(output) != 0) {
+      throw std::runtime_error("failed: " + command);
+    }
+    return rows;
+  }
+
+  Scratch m_scratch;
+  const std::string m_program = std::filesystem::read_symlink("/proc/self/exe").string();
+};
+
+void printTimes(Runner& runner) {
+  std::printf("| request | log | provider, us | baseline, us | ratio |\n|---|---|---:|---:|---:|\n");
+  const std::array<std::array<const char*, 2>, 9> measurements = {{{"times", "drives-1"},
+                                                                   {"times", "drives-8"},
+                                                                   {"times", "drives-32"},
+                                                                   {"times", "drives-64"},
+                                                                   {"times", "pools-8"},
+                                                                   {"times", "pools-32"},
+                                                                   {"times", "volumes-8"},
+                                                                   {"times", "volumes-32"},
+                                                                   {"events", "pools-8"}}};
+  for (const auto& [measurement, scenario] : measurements) {
+    for (const Row& row : runner.run(measurement, scenario)) {
+      std::printf("| %s | %s | %.1f | %.1f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(),
+                  std::stod(row.at(2)), std::stod(row.at(3)), std::stod(row.at(2)) / std::stod(row.at(3)));
+      std::fflush(stdout);
+    }
+  }
+}
+
+double medianFirstAnswer(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+void printFirstAnswer(Runner& runner) {
+  constexpr int REPETITIONS = 15;
+  std::vector<double> product;
+  std::vector<double> baseline;
+  for (int i = 0; i < REPETITIONS; ++i) {
+    product.push_back(runner.number("first", "drives-8", "product"));
+    baseline.push_back(runner.number("first", "drives-8", "baseline"));
+  }
+  const double productMedian = medianFirstAnswer(product);
+  const double baselineMedian = medianFirstAnswer(baseline);
+  std::printf("| load to first answer, 8 drives | absent | %.1f | %.1f | %.2f |\n", productMedian,
+              baselineMedian, productMedian / baselineMedian);
+}
+
+void printThreads(Runner& runner) {
+  std::printf(
+      "\n| threads, EnumInstances of 8 drives | log | provider, requests/s | scaling | baseline, requests/s "
+      "| scaling |\n|---:|---|---:|---:|---:|---:|\n");
+  std::map<std::string, std::array<double, 2>> one;
+  for (const Row& row : runner.run("threads", "drives-8")) {
+    const std::array<double, 2> rates = {std::stod(row.at(2)), std::stod(row.at(3))};
+    const std::array<double, 2>& single = one.emplace(row.at(1), rates).first->second;
+    std::printf("| %s | %s | %.0f | %.2f | %.0f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(), rates[0],
+                rates[0] / single[0], rates[1], rates[1] / single[1]);
+  }
+}
+
+void printMemory(Runner& runner) {
+  std::printf("\n| peak memory of the process | provider, KiB | baseline, KiB |\n|---|---:|---:|\n");
+  for (const char* scenario :
+       {"drives-1", "drives-8", "drives-32", "drives-64", "pools-8", "pools-32", "volumes-8", "volumes-32"}) {
+    std::printf("| %s | %.0f | %.0f |\n", scenario, runner.number("peak", scenario, "product"),
+                runner.number("peak", scenario, "baseline"));
+  }
+  std::printf(
+      "\n| resident memory, KiB | after 1,000 requests | after 100,000 | growth |\n|---|---:|---:|---:|\n");
+  for (const char* subject : {"product", "baseline"}) {
+    const Row row = runner.run("growth", "drives-8", subject).at(0);
+    std::printf("| %s | %s | %ld | %ld |\n", subject, row.at(0).c_str(), std::stol(row.at(1)),
+                std::stol(row.at(1)) - std::stol(row.at(0)));
+  }
+}
+
+}  // namespace
+
+void printTables() {
+  Runner runner;
+  printTimes(runner);
+  printFirstAnswer(runner);
+  printThreads(runner);
+  printMemory(runner);
+}
+
+}  // namespace bench

@@ -1,0 +1,48 @@
+#ifndef BENCH_WORK_H
+#define BENCH_WORK_H
+
+#include "bench/Stage.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/** What a request answered, to be compared. */
+struct Answer {
+  CMPIrc rc = CMPI_RC_OK;
+  std::vector<tvp::host::Instance> instances;
+  std::vector<tvp::host::ObjectPath> paths;
+  std::vector<tvp::host::Value> data;
+  tvp::host::Arguments output;
+
+  bool operator==(const Answer& other) const;
+};
+
+/** One sort of request. */
+struct Work {
+  std::string what;
+  /** Makes one request. @param answer filled when not null @return seconds that the provider's function took
+   */
+  std::function<double(Subject& subject, Answer* answer)> run;
+};
+
+/** The requests that are measured on a scenario. */
+std::vector<Work> worksFor(const Scenario& scenario);
+
+/** Enumerates the instances of a class. */
+Work enumeration(const std::string& what, const std::string& className);
+
+/** A change, and the round of the listener that delivers its event; only the round is timed. */
+Work eventDelivery();
+
+/**
+ * Makes sure that both subjects do the same: the same broker calls in the same order, with the same answer.
+ * @throws std::runtime_error that names the first difference
+ */
+void requireSame(const Work& work, Subject& product, Subject& baseline);
+
+}  // namespace bench
+
+#endif
