@@ -10,7 +10,7 @@ _tvpcim_options() {
     a[in]* | r[in]*) echo --assoc-class --result-class --role --result-role ;;
     watch*) echo --count --seconds ;;
   esac
-  echo --help
+  echo -o --output --wide --user --provider --schema --namespace --help --version
 }
 
 _tvpcim() {

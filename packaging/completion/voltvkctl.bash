@@ -1,4 +1,15 @@
 # bash completion of voltvkctl
+_voltvkctl_options() {
+  case $1 in
+    'drive add '*) echo --type --size --model --serial ;;
+    'fault set fail '*) echo --status ;;
+    'fault set slow '*) echo --milliseconds ;;
+    'io '*) echo --reads --writes --sequential --random --hot --seed ;;
+    'events '*) echo --count ;;
+  esac
+  echo -o --output --help --version
+}
+
 _voltvkctl() {
   local word=${COMP_WORDS[COMP_CWORD]} words='' candidates='' i
   for ((i = 1; i < COMP_CWORD; i++)); do
@@ -13,17 +24,18 @@ _voltvkctl() {
     --type) candidates='hdd ssd' ;;
     *)
       case $words in
-        '') candidates='status drive fault io policy events -o --output --help --version' ;;
+        '') candidates='status drive fault io policy events' ;;
         'drive ') candidates='list add remove' ;;
-        'drive add '*) candidates='--type --size --model --serial' ;;
         'fault ') candidates='set clear list' ;;
         'fault set ' | 'fault clear ') candidates='driver-absent adapter-absent fail throw slow' ;;
-        'fault set fail '*) candidates='--status' ;;
-        'fault set slow '*) candidates='--milliseconds' ;;
+        'fault set fail ' | 'fault set throw ' | 'fault set slow ')
+          candidates='createCachedLD createVirtualPool createVirtualVolume deleteVirtualPool deleteVirtualVolume
+            flushVirtualVolume getEvents getIdentity getVirtualVolumeStats modifyVirtualPool modifyVirtualVolume
+            refreshConfiguration resetVirtualVolumeStats'
+          ;;
         'policy ') candidates='start stop run status' ;;
-        'io '*) candidates='--reads --writes --sequential --random --hot --seed' ;;
-        'events '*) candidates='--count' ;;
       esac
+      if [[ $word == -* ]]; then candidates=$(_voltvkctl_options "$words"); fi
       ;;
   esac
   mapfile -t COMPREPLY < <(compgen -W "$candidates" -- "$word")
