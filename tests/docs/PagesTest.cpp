@@ -1,0 +1,147 @@
+// The pages say what is so: each command in them is run, and prints what the page shows.
+#include "docs/Page.h"
+#include "support/Command.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <regex>
+
+using namespace tvp::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path SOURCES = TVP_SOURCE_DIR;
+const std::string END_MARK = "=== end of a command ===\n";
+
+std::vector<std::string> pages() {
+  std::vector<std::string> names = {"README.md", "CONTRIBUTING.md"};
+  for (const auto& entry : fs::directory_iterator(SOURCES / "docs")) {
+    if (entry.path().extension() == ".md") {
+      names.push_back("docs/" + entry.path().filename().string());
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+}
+
+/** Runs the commands of a page one after the other in one shell, on a recorded machine with a state, log and
+ *  catalogue of its own. */
+class Reader {
+public:
+  Reader() {
+    fs::create_directories(m_folder.path() / "playground");
+    fs::create_directories(m_folder.path() / "root/var/log");
+    m_folder.write("root/usr/VolMan/TVPEvents.properties", readFile(SOURCES / "share/TVPEvents.properties"));
+  }
+
+  std::vector<std::string> outputsOf(const Page& page) const {
+    std::string script = "exec 2>&1\ncd '" + m_folder.file("playground") +
+                         "'\nend() { local status=$?; printf '" + END_MARK.substr(0, END_MARK.size() - 1) +
+                         "\\n'; return $status; }\n";
+    for (const PageCommand& command : page.commands()) {
+      script += here(command.text) + "end\n";
+    }
+    const CommandResult result = Command({"/bin/bash", m_folder.write("page.sh", script)})
+                                     .with("PATH", TVP_BINARY_DIR "/bin:" + std::string(std::getenv("PATH")))
+                                     .with("VOLTVK_HOST_ROOT", (SOURCES / "tests/docs/machine").string())
+                                     .with("VOLTVK_STATE", m_folder.file("playground/state.db"))
+                                     .with("TVP_TEST_ROOT", m_folder.file("root"))
+                                     .with("TZ", "UTC")
+                                     .with("LC_ALL", "C.UTF-8")
+                                     .with("COLUMNS", "100")
+                                     .limit(std::chrono::minutes(3))
+                                     .run();
+    return split(asOnThePage(result.out));
+  }
+
+private:
+  /** The places that pages name, as they are here. */
+  std::string here(std::string text) const {
+    replaceAll(text, "build/release/", TVP_BINARY_DIR "/");
+    replaceAll(text, "/tmp/playground", m_folder.file("playground"));
+    replaceAll(text, "/var/log/", m_folder.file("root/var/log/"));
+    replaceAll(text, "/usr/VolMan/", m_folder.file("root/usr/VolMan/"));
+    return text;
+  }
+  std::string asOnThePage(std::string text) const {
+    replaceAll(text, m_folder.file("playground"), "/tmp/playground");
+    replaceAll(text, m_folder.file("root"), "");
+    return text;
+  }
+  static std::vector<std::string> split(const std::string& text) {
+    std::vector<std::string> outputs;
+    std::size_t at = 0;
+    for (std::size_t end = text.find(END_MARK); end != std::string::npos; end = text.find(END_MARK, at)) {
+      outputs.push_back(text.substr(at, end - at));
+      at = end + END_MARK.size();
+    }
+    return outputs;
+  }
+
+  TemporaryFolder m_folder;
+};
+
+class PagesTest : public testing::TestWithParam<std::string> {};
+
+/** With TVP_DOCS_WRITE set, the outputs are put into the page as well; look at the difference then. */
+TEST_P(PagesTest, EveryCommandPrintsWhatThePageShows) {
+  const Page page(SOURCES / GetParam());
+  const Reader reader;
+  std::vector<std::string> outputs = reader.outputsOf(page);
+  ASSERT_EQ(outputs.size(), page.commands().size()) << "a command ended the shell or hung";
+  for (std::size_t i = 0; i < outputs.size(); ++i) {
+    const PageCommand& command = page.commands()[i];
+    if (showsTheSame(command.output, outputs[i])) {
+      outputs[i] = command.output;
+    } else {
+      ADD_FAILURE() << GetParam() << ":" << command.firstLine << ": $ " << command.text << "the page shows\n"
+                    << command.output << "the command prints\n"
+                    << outputs[i];
+    }
+  }
+  if (HasFailure() && std::getenv("TVP_DOCS_WRITE") != nullptr) {
+    page.write(outputs);
+  }
+}
+
+TEST_P(PagesTest, EveryLinkLeadsSomewhere) {
+  const fs::path path = SOURCES / GetParam();
+  for (const std::string& target : Page(path).links()) {
+    EXPECT_TRUE(fs::exists(path.parent_path() / target)) << target;
+  }
+}
+
+std::string nameOf(const testing::TestParamInfo<std::string>& info) {
+  return std::regex_replace(info.param, std::regex("[^A-Za-z0-9]"), "_");
+}
+INSTANTIATE_TEST_SUITE_P(Docs, PagesTest, testing::ValuesIn(pages()), nameOf);
+
+TEST(DocumentationTest, TheIndexNamesEveryPage) {
+  const std::vector<std::string> named = Page(SOURCES / "docs/index.md").links();
+  for (const auto& entry : fs::directory_iterator(SOURCES / "docs")) {
+    const std::string name = entry.path().filename().string();
+    EXPECT_TRUE(name == "index.md" || std::count(named.begin(), named.end(), name) > 0) << name;
+  }
+}
+
+TEST(DocumentationTest, TheModelPageHasEveryClassPropertyMethodAndParameter) {
+  const std::string schema = readFile(SOURCES / "schema/TVP.mof");
+  const std::string model = readFile(SOURCES / "docs/model.md");
+  static const std::regex NAME(R"(\n *(class|string|boolean|uint\d+) (\w+))");
+  std::size_t count = 0;
+  for (std::sregex_iterator found(schema.begin(), schema.end(), NAME), none; found != none;
+       ++found, ++count) {
+    EXPECT_NE(model.find("`" + (*found)[2].str() + "`"), std::string::npos) << (*found)[2];
+  }
+  EXPECT_GT(count, 150U);
+}
+
+}  // namespace
