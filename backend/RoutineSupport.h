@@ -51,7 +51,7 @@ unsigned int runMemberRoutine(const MemberRoutine& texts, const CIMObjectPath& p
                               CIMMethodParam& out);
 
 /**
- * Fills a text field of a spec. @return whether the text is too long for it, for the spec's own mark: the
+ * Fills a text field of a record. @return whether the text is too long for it, for the record's own mark: the
  * library then refuses the request instead of giving an object half a name
  */
 template <unsigned int size>

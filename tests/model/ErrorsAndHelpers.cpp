@@ -117,7 +117,7 @@ TEST(Helpers, ListsOfTextsAreAppended) {
 }
 
 TEST(Helpers, TimeTextIsAppendedInLocalTimeWithItsZone) {
-  setenv("TZ", "XXX-5:30", 1);
+  setenv("TZ", "LOC-5:30", 1);
   tzset();
   const LogCapture log;
   std::string out = "at ";

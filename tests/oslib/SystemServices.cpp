@@ -52,13 +52,13 @@ TEST(Time, LocalTimeStampHasFewZeros) {
 TEST(Time, ZoneIsShownInMinutes) {
   const std::pair<const char*, const char*> cases[] = {
       {"UTC0", "+000"},
-      {"XXX-5:30", "+330"},
-      {"XXX5", "-300"},
-      {"XXX-14", "+840"},
-      {"XXX12", "-720"},
-      {"XXX0:45", "-045"},
-      {"XXX0YYY,0/0,J365/25", "-060"},  // daylight saving all year
-      {"XXX-1YYY,0/0,J365/25", "+000"}};
+      {"LOC-5:30", "+330"},
+      {"LOC5", "-300"},
+      {"LOC-14", "+840"},
+      {"LOC12", "-720"},
+      {"LOC0:45", "-045"},
+      {"LOC0YYY,0/0,J365/25", "-060"},  // daylight saving all year
+      {"LOC-1YYY,0/0,J365/25", "+000"}};
   for (const auto& [zone, expected] : cases) {
     setZone(zone);
     char text[KVS_TIME_ZONE_SIZE] = "";
@@ -87,7 +87,7 @@ TEST(Time, BreakdownAndTextAreValidFrom1970To3000) {
   EXPECT_STREQ(text, "untouched");
   EXPECT_EQ(KvsGetFormatedTime(TIME, text, 25), 0);
   EXPECT_STREQ(text, "06/05/2024 13:45:12");
-  setZone("XXX5");
+  setZone("LOC5");
   EXPECT_EQ(KvsGetTimeInTM(1000, &parts), 1) << "still 1969 there";
 }
 
