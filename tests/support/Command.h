@@ -11,6 +11,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -38,6 +39,10 @@ public:
 
   RunningCommand(pid_t child, int out, int err, std::chrono::milliseconds limit)
       : m_child(child), m_out(out), m_err(err), m_deadline(Clock::now() + limit) {}
+  RunningCommand(RunningCommand&& other) noexcept
+      : m_child(std::exchange(other.m_child, -1)), m_out(std::exchange(other.m_out, -1)),
+        m_err(std::exchange(other.m_err, -1)), m_deadline(other.m_deadline),
+        m_result(std::move(other.m_result)) {}
   RunningCommand(const RunningCommand&) = delete;
   RunningCommand& operator=(const RunningCommand&) = delete;
   ~RunningCommand() {

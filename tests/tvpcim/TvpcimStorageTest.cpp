@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-#include <memory>
+#include <list>
 
 namespace tvp::test {
 namespace {
@@ -22,10 +22,6 @@ protected:
     const std::string mark = "tvpcim: (own reading) ";
     const std::size_t start = result.err.find(mark);
     return start == std::string::npos ? result.err : result.err.substr(start + mark.size());
-  }
-
-  std::unique_ptr<RunningCommand> started(const Words& words) const {
-    return std::unique_ptr<RunningCommand>(new RunningCommand(command("tvpcim", words).start()));
   }
 
   const std::string m_hardDisk = addDrive("hdd", "100GiB");
@@ -176,21 +172,23 @@ TEST_F(TvpcimStorage, ARefusalWithoutAVisibleReasonIsNotGuessedAt) {
 TEST_F(TvpcimStorage, SeveralCommandsAtOnceDoNotDisturbEachOther) {
   constexpr int POOLS = 6;
   std::vector<std::string> drives;
+  drives.reserve(POOLS);
   for (int count = 0; count < POOLS; ++count) {
     drives.push_back(addDrive("ssd", "10GiB"));
   }
-  std::vector<std::unique_ptr<RunningCommand>> creators;
-  std::vector<std::unique_ptr<RunningCommand>> readers;
+  std::list<RunningCommand> creators;
+  std::list<RunningCommand> readers;
   for (const std::string& drive : drives) {
-    creators.push_back(started({"pool", "create", "pool" + drive, "--drives", drive, "--size", "5GiB"}));
-    readers.push_back(started({"tree", "-o", "json"}));
+    creators.push_back(
+        command("tvpcim", {"pool", "create", "pool" + drive, "--drives", drive, "--size", "5GiB"}).start());
+    readers.push_back(command("tvpcim", {"tree", "-o", "json"}).start());
   }
-  for (const auto& creator : creators) {
-    const CommandResult result = creator->finish();
+  for (RunningCommand& creator : creators) {
+    const CommandResult result = creator.finish();
     EXPECT_EQ(result.exitStatus, 0) << result.err;
   }
-  for (const auto& reader : readers) {
-    const CommandResult result = reader->finish();
+  for (RunningCommand& reader : readers) {
+    const CommandResult result = reader.finish();
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     EXPECT_TRUE(Json::accept(result.out)) << result.out;
   }
