@@ -5,6 +5,7 @@
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
@@ -204,6 +205,28 @@ TEST_F(Log, LinesOfThreadsDoNotMix) {
 }
 
 // A directory in the log's place exists but cannot be opened, for root neither.
+TEST_F(Log, GoesInTheMiddleOfLinesWithoutLeavingALock) {
+  ASSERT_EQ(KvsLogInit("TVP"), 0);
+  std::atomic<bool> stop{false};
+  std::vector<std::future<void>> writers;
+  for (int writer = 0; writer < 2; ++writer) {
+    writers.push_back(std::async(std::launch::async, [&stop] {
+      while (!stop) {
+        KvsLogMsg(KVS_LOG_DEBUG, "line");
+      }
+    }));
+  }
+  for (int round = 0; round < 2000; ++round) {
+    create();
+    std::filesystem::remove(path());
+  }
+  stop = true;
+  for (std::future<void>& writer : writers) {
+    ASSERT_EQ(writer.wait_for(std::chrono::seconds(20)), std::future_status::ready)
+        << "a lock was left behind";
+  }
+}
+
 TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
   std::filesystem::create_directories(path());
   EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(true, KvsLogMsg(KVS_LOG_DEBUG, "text"))),
