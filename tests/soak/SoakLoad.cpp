@@ -92,7 +92,7 @@ void Load::subscribe(Random& random) {
 }
 
 host::MethodOutcome Load::call(const std::string& method, const host::Arguments& arguments) {
-  const host::MethodOutcome outcome = m_provider.invokeMethod(pathOf("TVP_TierService"), method, arguments);
+  host::MethodOutcome outcome = m_provider.invokeMethod(pathOf("TVP_TierService"), method, arguments);
   note(outcome, method);
   return outcome;
 }

@@ -174,7 +174,7 @@ int main(int count, char** arguments) {
   }
   try {
     return runSoak(std::chrono::seconds(seconds),
-                count > 2 ? static_cast<unsigned int>(std::atoi(arguments[2])) : 1U);
+                   count > 2 ? static_cast<unsigned int>(std::atoi(arguments[2])) : 1U);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "soak: %s\n", error.what());
     return 1;
