@@ -125,10 +125,10 @@ std::string nameOf(const testing::TestParamInfo<std::string>& info) {
 INSTANTIATE_TEST_SUITE_P(Docs, PagesTest, testing::ValuesIn(pages()), nameOf);
 
 TEST(DocumentationTest, TheIndexNamesEveryPage) {
-  const std::vector<std::string> named = Page(SOURCES / "docs/index.md").links();
+  const std::string index = readFile(SOURCES / "docs/index.md");
   for (const auto& entry : fs::directory_iterator(SOURCES / "docs")) {
     const std::string name = entry.path().filename().string();
-    EXPECT_TRUE(name == "index.md" || std::count(named.begin(), named.end(), name) > 0) << name;
+    EXPECT_TRUE(name == "index.md" || index.find(name) != std::string::npos) << name;
   }
 }
 
