@@ -21,10 +21,11 @@ class ForeignHosts : public testing::TestWithParam<HostCase> {};
 TEST_P(ForeignHosts, RunTheWholeLife) {
   const TemporaryFolder folder;
   const std::string state = folder.file("state.db");
-  const CommandResult added = Command({TVP_BINARY_DIR "/bin/voltvkctl", "-o", "json", "drive", "add",
-                                       "--type", "hdd", "--size", "100GiB"})
-                                  .with("VOLTVK_STATE", state)
-                                  .run();
+  const std::string voltvkctl = TVP_BINARY_DIR "/bin/voltvkctl";
+  const CommandResult added =
+      Command({voltvkctl, "-o", "json", "drive", "add", "--type", "hdd", "--size", "100GiB"})
+          .with("VOLTVK_STATE", state)
+          .run();
   ASSERT_EQ(added.exitStatus, 0) << added.err;
   const std::size_t number = added.out.find("\"number\"");
   ASSERT_NE(number, std::string::npos) << added.out;
