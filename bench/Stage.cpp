@@ -88,7 +88,7 @@ void createVolume(Subject& subject, std::size_t number) {
              .add("Description", Value::string("for measuring"))
              .add("VolumeType", Value::uint8(1))
              .add("VirtualPoolsCount", Value::uint8(1))
-             .add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, {Value::uint32(0)}))
+             .add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, {Value::uint32(1)}))
              .add("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(CHUNK_SECTORS * 16)}))
              .add("KnobSetting", Value::uint32(2)));
 }
@@ -162,7 +162,8 @@ void prepare(const Scenario& scenario) {
 
 void switchLog(bool on) {
   const std::filesystem::path file = logFile();
-  std::filesystem::remove(file);
+  // The folders go too: to find out that nothing is there then takes as long as in /var/log.
+  std::filesystem::remove_all(file.parent_path().parent_path());
   if (on) {
     std::filesystem::create_directories(file.parent_path());
     std::ofstream created(file);

@@ -47,7 +47,7 @@ struct Scenario {
 /** Fills the storage state of this process, $VOLTVK_STATE. @throws std::runtime_error when a step fails */
 void prepare(const Scenario& scenario);
 
-/** Switches the log below $TVP_TEST_ROOT on or off: it is written while its file exists. */
+/** Switches the log below $TVP_TEST_ROOT on or off, which is written while its file exists; replaces var. */
 void switchLog(bool on);
 /** Empties the log before it reaches the size at which it would no longer be written. */
 void keepLogSmall();

@@ -14,6 +14,7 @@ using tvp::host::Value;
 namespace {
 
 constexpr char NAME_SPACE[] = "root/tarvexPro";
+constexpr std::uint32_t POOL = 1;  ///< the number of the first pool of a state
 
 /** Times one call of an interface function within a request of its own. */
 template <typename Call>
@@ -75,7 +76,7 @@ Work members(const std::string& what) {
       ""};
   return {what, [path](Subject& subject, Answer* answer) {
             return invoke(subject, answer, path, "GetVirtualPoolMembers",
-                          Arguments().add("VirtualPoolId", Value::uint32(0)));
+                          Arguments().add("VirtualPoolId", Value::uint32(POOL)));
           }};
 }
 
@@ -88,7 +89,7 @@ double describePool(Subject& subject, Answer* answer) {
   static std::atomic<unsigned int> number{0};  // a description that is there already would change nothing
   return invoke(subject, answer, path, "ModifyVirtualPool",
                 Arguments()
-                    .add("VirtualPoolId", Value::uint32(0))
+                    .add("VirtualPoolId", Value::uint32(POOL))
                     .add("Name", Value::string("Pool0"))
                     .add("TierLevel", Value::uint8(1))
                     .add("Description", Value::string("description " + std::to_string(++number))));
