@@ -99,7 +99,8 @@ TEST_F(MethodRoutines, ArgumentsAreCountedThenLookedUpInOrder) {
                                                                  : "Entering TVPIfExecute::" + name + "()";
       EXPECT_EQ(log.lines(),
                 (Strings{LogCapture::trace("ENTER : TVPInterface::execute"), LogCapture::trace(entry),
-                         LogCapture::message(4, name + " : No " + missing + " parameter passed in"),
+                         LogCapture::message(4, std::string(name).append(" : No ").append(missing).append(
+                                                    " parameter passed in")),
                          LogCapture::trace("EXIT  : TVPInterface::execute")}));
     }
   }

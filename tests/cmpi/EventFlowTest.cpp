@@ -69,7 +69,7 @@ TEST_F(EventFlowTest, DeliveriesLeaveNothingBehind) {
   deliver(5000);  // the broker keeps some thousand dead objects, to know them again
   const std::size_t before = ::mallinfo2().uordblks;
   deliver(10000);
-  EXPECT_LT(::mallinfo2().uordblks, before + 256 * 1024);
+  EXPECT_LT(::mallinfo2().uordblks, before + std::size_t{256} * 1024);
   EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
 }
 

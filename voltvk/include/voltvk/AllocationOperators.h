@@ -12,6 +12,7 @@
 
 #include <new>
 
+// NOLINTBEGIN(misc-definitions-in-headers): one source of each module includes this file, none twice.
 void* operator new(std::size_t size) {
   return voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
 }
@@ -43,5 +44,6 @@ void operator delete(void* block, const std::nothrow_t&) noexcept {
 void operator delete[](void* block, const std::nothrow_t&) noexcept {
   operator delete(block);
 }
+// NOLINTEND(misc-definitions-in-headers)
 
 #endif
