@@ -47,7 +47,8 @@ enum Primitive_DataType : std::uint32_t {
 
 /**
  * A named value: a property, a key binding or a method argument. The type code says which of the value
- * slots holds the value; the others stay empty. Everything is owned by value.
+ * slots holds the value; the others stay empty. Everything is owned by value, deliberately without sharing or
+ * reference counting between copies: copies may go to any thread, and what each costs can be seen.
  *
  * Assignment replaces name, type and flags and then assigns every slot by the rule of its CIMValue, so an
  * empty slot of the source can leave elements in the target. Containers of properties that must end equal
