@@ -49,16 +49,18 @@ public:
     for (const PageCommand& command : page.commands()) {
       script += here(command.text) + "end\n";
     }
-    const CommandResult result = Command({"/bin/bash", m_folder.write("page.sh", script)})
-                                     .with("PATH", TVP_BINARY_DIR "/bin:" + std::string(std::getenv("PATH")))
-                                     .with("VOLTVK_HOST_ROOT", (SOURCES / "tests/docs/machine").string())
-                                     .with("VOLTVK_STATE", m_folder.file("playground/state.db"))
-                                     .with("TVP_TEST_ROOT", m_folder.file("root"))
-                                     .with("TZ", "UTC")
-                                     .with("LC_ALL", "C.UTF-8")
-                                     .with("COLUMNS", "100")
-                                     .limit(std::chrono::minutes(3))
-                                     .run();
+    const char* search = std::getenv("PATH");
+    const CommandResult result =
+        Command({"/bin/bash", m_folder.write("page.sh", script)})
+            .with("PATH", TVP_BINARY_DIR "/bin:" + std::string(search == nullptr ? "/usr/bin:/bin" : search))
+            .with("VOLTVK_HOST_ROOT", (SOURCES / "tests/docs/machine").string())
+            .with("VOLTVK_STATE", m_folder.file("playground/state.db"))
+            .with("TVP_TEST_ROOT", m_folder.file("root"))
+            .with("TZ", "UTC")
+            .with("LC_ALL", "C.UTF-8")
+            .with("COLUMNS", "100")
+            .limit(std::chrono::minutes(3))
+            .run();
     return split(asOnThePage(result.out));
   }
 

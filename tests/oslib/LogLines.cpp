@@ -209,6 +209,7 @@ TEST_F(Log, GoesInTheMiddleOfLinesWithoutLeavingALock) {
   ASSERT_EQ(KvsLogInit("TVP"), 0);
   std::atomic<bool> stop{false};
   std::vector<std::future<void>> writers;
+  writers.reserve(2);
   for (int writer = 0; writer < 2; ++writer) {
     writers.push_back(std::async(std::launch::async, [&stop] {
       while (!stop) {

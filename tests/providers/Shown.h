@@ -47,6 +47,7 @@ inline std::string shown(const cim::fwf::CIMProperty& property) {
 
 inline std::vector<std::string> shown(const std::vector<cim::fwf::CIMProperty>& properties) {
   std::vector<std::string> result;
+  result.reserve(properties.size());
   for (const cim::fwf::CIMProperty& property : properties) {
     result.push_back(shown(property));
   }
