@@ -304,7 +304,9 @@ CMPIUint32 modifyPool(const std::vector<Argument>& in, CMPIArgs* out) {
 CMPIStatus invokeMethod(CMPIMethodMI*, const CMPIContext* context, const CMPIResult* result,
                         const CMPIObjectPath* op, const char* method, const CMPIArgs* in, CMPIArgs* out) {
   const bool admitted = isAdministrator(context);
-  Path(op, true);  // the product reads the path once for its log and once for the call
+  {
+    const Path logged(op, true);  // the product reads the path once for its log and once for the call
+  }
   if (!admitted) {
     return CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, nullptr};
   }

@@ -74,6 +74,7 @@ void measureTimes(const std::string& program, const Scenario& scenario, bool eve
   std::vector<std::string> arguments = {program, "--benchmark_enable_random_interleaving=true",
                                         "--benchmark_repetitions=7", "--benchmark_min_time=0.02"};
   std::vector<char*> pointers;
+  pointers.reserve(arguments.size());
   for (std::string& argument : arguments) {
     pointers.push_back(argument.data());
   }

@@ -178,9 +178,12 @@ void requireSame(const Work& work, Subject& product, Subject& baseline) {
     const std::string call = i < calls.size() ? calls[i] : "nothing";
     const std::string baselineCall = i < baselineCalls.size() ? baselineCalls[i] : "nothing";
     if (call != baselineCall) {
-      throw std::runtime_error(work.what + ": broker call " + std::to_string(i) + " is " + call +
-                               " of the provider, " + baselineCall +
-                               " of the baseline; bring the baseline up to date");
+      throw std::runtime_error(std::string(work.what)
+                                   .append(": broker call " + std::to_string(i) + " is ")
+                                   .append(call)
+                                   .append(" of the provider, ")
+                                   .append(baselineCall)
+                                   .append(" of the baseline; bring the baseline up to date"));
     }
   }
   if (!(productAnswer == baselineAnswer)) {
