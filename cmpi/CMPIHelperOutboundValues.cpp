@@ -5,6 +5,7 @@
 
 #include "cmpimacs.h"
 
+#include <array>
 #include <cstddef>
 #include <utility>
 
@@ -102,13 +103,17 @@ bool isArrayCode(Primitive_DataType code) {
   return (code & 1U) != 0;
 }
 
-const OutboundKind* findKind(Primitive_DataType code) {
+/** The kinds by half their code, so that each property finds its kind at once. */
+constexpr auto KINDS_BY_CODE = [] {
+  std::array<const OutboundKind*, fwf::PDT_INSTANCE_ARRAY / 2 + 1> table{};
   for (const OutboundKind& kind : OUTBOUND_KINDS) {
-    if (kind.code == (code & ~1U)) {
-      return &kind;
-    }
+    table[kind.code / 2] = &kind;
   }
-  return nullptr;
+  return table;
+}();
+
+const OutboundKind* findKind(Primitive_DataType code) {
+  return code / 2 < KINDS_BY_CODE.size() ? KINDS_BY_CODE[code / 2] : nullptr;
 }
 
 template <typename Object>

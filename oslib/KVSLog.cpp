@@ -11,8 +11,10 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <pthread.h>
+#include <set>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -34,6 +36,9 @@ struct LogTarget {
 std::atomic<int> LOGInit{0};
 std::atomic<KvsMutexHandle> g_LogMutex{nullptr};
 std::atomic<LogTarget*> g_LogMsg{nullptr};
+std::atomic<const char*> g_WatchedPath{nullptr};  ///< of the log, for those who look without the lock
+std::atomic<bool> g_FileSeen{false};              ///< the last look under the lock found the file
+std::atomic<bool> g_LockKept{false};              ///< a thread keeps the lock for good
 
 const char* tagOf(int level) {
   switch (level) {
@@ -58,11 +63,39 @@ bool isForeignLink(const char* path) {
          status.st_uid != geteuid();
 }
 
+/** @return a copy of the path that stays for the life of the process: late threads may still look at it. */
+const char* keptForGood(const char* path) {
+  static std::mutex mutex;
+  static auto& paths = *new std::set<std::string>;
+  const std::lock_guard<std::mutex> lock(mutex);
+  return paths.emplace(path).first->c_str();
+}
+
+/**
+ * Whether there is no log right now. Asked before the lock is taken, so that threads do not wait for each
+ * other's look at a file that is hardly ever there. Every line looks anew: a log that was just created gets
+ * it. A kept lock holds up the other threads, whether there is a log or not (intended).
+ */
+bool isSwitchedOff() {
+  const char* path = g_WatchedPath.load();
+  return path != nullptr && !g_FileSeen.load() && !g_LockKept.load() && KvsFileExists(path, nullptr) == 0;
+}
+
+/** Leaves the lock with this thread when the guard's scope ends. */
+void keepLock(KvsMutexGuard& lock) {
+  g_LockKept = true;
+  lock.keepLocked();
+}
+
 /** Whether a line may be written, as a result code. The log lock is held. */
 int checkFile() {
   std::uint64_t size = 0;
-  if (LOGInit.load() != 1 || KvsFileExists(g_LogMsg.load()->path, &size) == 0 ||
-      isForeignLink(g_LogMsg.load()->path)) {
+  if (LOGInit.load() != 1) {
+    return KVS_LOG_FAILED;
+  }
+  const char* path = g_LogMsg.load()->path;
+  g_FileSeen = KvsFileExists(path, &size) != 0;
+  if (!g_FileSeen.load() || isForeignLink(path)) {
     return KVS_LOG_FAILED;
   }
   return size > LARGEST_SIZE_WRITTEN_TO ? KVS_LOG_FULL : KVS_LOG_DONE;
@@ -122,6 +155,7 @@ int KvsLogInit(const char* module) {
   }
   try {
     std::snprintf(target->path, sizeof target->path, "%s", pathOf(module).c_str());
+    g_WatchedPath = keptForGood(target->path);
   } catch (const std::bad_alloc&) {
     return KVS_LOG_NO_MEMORY;
   }
@@ -138,17 +172,23 @@ int KvsLogUninit() {
   if (!lock.locked()) {
     return KVS_LOG_FAILED;
   }
+  g_WatchedPath = nullptr;
+  g_FileSeen = false;
   delete g_LogMsg.exchange(nullptr);
   LOGInit = 0;
   lock.unlock();
   KvsMutexDelete(&mutex);
   g_LogMutex = mutex;
+  g_LockKept = g_LockKept.load() && mutex != nullptr;  // a lock that is held cannot be deleted
   return KVS_LOG_DONE;
 }
 
 int KvsLogMsg(int level, const char* format, ...) {
   if (format == nullptr) {
     return KVS_LOG_MISSING_ARGUMENT;
+  }
+  if (isSwitchedOff()) {
+    return KVS_LOG_FAILED;
   }
   KvsMutexGuard lock(g_LogMutex.load());
   if (!lock.locked()) {
@@ -160,7 +200,7 @@ int KvsLogMsg(int level, const char* format, ...) {
   KvsFile file = openAtEnd();
   if (!file) {
     if (errno != ENOENT) {  // a log that is removed just now is switched off, as one that was missing before
-      lock.keepLocked();    // intended: unlike KvsTrace, a failed open leaves the lock with this thread
+      keepLock(lock);       // intended: unlike KvsTrace, a failed open leaves the lock with this thread
     }
     return KVS_LOG_FAILED;
   }
@@ -187,6 +227,9 @@ int KvsTrace(const char* text) {
   if (text == nullptr) {
     return KVS_LOG_MISSING_ARGUMENT;
   }
+  if (isSwitchedOff()) {
+    return KVS_LOG_FAILED;
+  }
   KvsMutexGuard lock(g_LogMutex.load());
   if (!lock.locked()) {
     return KVS_LOG_FAILED;
@@ -206,7 +249,7 @@ int KvsTrace(const char* text) {
   if (moduleLength > MODULE_COLUMNS) {
     // Intended: such modules are refused half-way, with the lock held and the file open.
     static_cast<void>(file.release());
-    lock.keepLocked();
+    keepLock(lock);
     return KVS_LOG_FAILED;
   }
   // Other blanks and another tag than in the lines of KvsLogMsg (intended).

@@ -233,6 +233,15 @@ TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
   EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(true, KvsLogMsg(KVS_LOG_DEBUG, "text"))),
               ::testing::ExitedWithCode(0), "");
   EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(false, KvsTrace("text"))), ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        KvsLogInit("TVP");
+        const int result = KvsLogMsg(KVS_LOG_DEBUG, "text");
+        std::filesystem::remove(path());
+        KvsTrace("from the holder, which sees that there is no log any more");
+        exitByLock(true, result);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(Log, LongModuleNamesKeepTheLockAfterATraceButNotAfterAMessage) {
