@@ -39,13 +39,9 @@ tvp::host::BrokerOptions brokerOptions() {
   return options;
 }
 
+/** The log that this process writes while it exists; requireScratch() has been asked. */
 std::filesystem::path logFile() {
-  const char* root = std::getenv("TVP_TEST_ROOT");
-  if (root == nullptr || *root == '\0') {
-    throw std::runtime_error(
-        "TVP_TEST_ROOT is not set: the measurements would write to the log of this machine");
-  }
-  return std::filesystem::path(root) / "var/log/TVP.txt";
+  return std::filesystem::path(std::getenv("TVP_TEST_ROOT")) / "var/log/TVP.txt";
 }
 
 /** Adds a virtual hard disk. @return its number */
@@ -140,6 +136,18 @@ Scenario Scenario::named(const std::string& name) {
   return {name.substr(0, dash), std::stoul(name.substr(dash + 1))};
 }
 
+void requireScratch() {
+  for (const char* variable : {"VOLTVK_STATE", "TVP_TEST_ROOT"}) {
+    const char* value = std::getenv(variable);
+    if (value == nullptr || *value == '\0') {
+      throw std::runtime_error(
+          std::string(variable) +
+          " is not set: one measurement alone would use the storage state and the log of "
+          "this machine; start tvp_bench without arguments, or set it to a scratch place");
+    }
+  }
+}
+
 void prepare(const Scenario& scenario) {
   Subject subject(Subject::Kind::Product);
   if (scenario.sort == "drives") {
@@ -162,11 +170,14 @@ void prepare(const Scenario& scenario) {
 
 void switchLog(bool on) {
   const std::filesystem::path file = logFile();
-  // The folders go too: to find out that nothing is there then takes as long as in /var/log.
-  std::filesystem::remove_all(file.parent_path().parent_path());
   if (on) {
     std::filesystem::create_directories(file.parent_path());
     std::ofstream created(file);
+    return;
+  }
+  // The folders go too: to find out that nothing is there then takes as long as in /var/log.
+  for (const auto& gone : {file, file.parent_path(), file.parent_path().parent_path()}) {
+    std::filesystem::remove(gone);
   }
 }
 

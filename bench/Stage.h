@@ -44,10 +44,13 @@ struct Scenario {
   static Scenario named(const std::string& name);
 };
 
+/** @throws std::runtime_error unless the environment gives this process a state and a log of its own. */
+void requireScratch();
+
 /** Fills the storage state of this process, $VOLTVK_STATE. @throws std::runtime_error when a step fails */
 void prepare(const Scenario& scenario);
 
-/** Switches the log below $TVP_TEST_ROOT on or off, which is written while its file exists; replaces var. */
+/** Switches the log below $TVP_TEST_ROOT on or off, which is written while its file exists. */
 void switchLog(bool on);
 /** Empties the log before it reaches the size at which it would no longer be written. */
 void keepLogSmall();

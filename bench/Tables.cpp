@@ -1,5 +1,7 @@
 #include "bench/Tables.h"
 
+#include "tests/support/TemporaryFolder.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -18,35 +20,12 @@ namespace {
 
 using Row = std::vector<std::string>;
 
-/** A folder for states and logs that goes with the object. */
-class Scratch {
-public:
-  Scratch() {
-    std::string name = (std::filesystem::temp_directory_path() / "tvp-bench-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) {
-      throw std::runtime_error("no scratch folder could be made: " + name);
-    }
-    m_folder = name;
-  }
-  ~Scratch() {
-    std::error_code ignored;
-    std::filesystem::remove_all(m_folder, ignored);
-  }
-  Scratch(const Scratch&) = delete;
-  Scratch& operator=(const Scratch&) = delete;
-
-  const std::filesystem::path& folder() const { return m_folder; }
-
-private:
-  std::filesystem::path m_folder;
-};
-
 /** Runs measurements in child processes; a scenario is prepared when it is first used. */
 class Runner {
 public:
   std::vector<Row> run(const std::string& measurement, const std::string& scenario,
                        const std::string& subject = {}) {
-    const std::filesystem::path folder = m_scratch.folder() / scenario;
+    const std::filesystem::path folder = m_scratch.path() / scenario;
     const bool isNew = std::filesystem::create_directory(folder);
     setenv("VOLTVK_STATE", (folder / "state.db").c_str(), 1);
     setenv("TVP_TEST_ROOT", folder.c_str(), 1);
@@ -83,7 +62,7 @@ private:
     return rows;
   }
 
-  Scratch m_scratch;
+  tvp::test::TemporaryFolder m_scratch;  ///< for states and logs
   const std::string m_program = std::filesystem::read_symlink("/proc/self/exe").string();
 };
 

@@ -16,6 +16,7 @@ bench::Subject::Kind kindOf(const std::string& name) {
 /** What a child process does: MEASUREMENT SCENARIO [SUBJECT]. */
 void measure(const std::string& program, const std::string& measurement, const bench::Scenario& scenario,
              const std::string& subject) {
+  bench::requireScratch();
   if (measurement == "prepare") {
     bench::prepare(scenario);
   } else if (measurement == "times" || measurement == "events") {
