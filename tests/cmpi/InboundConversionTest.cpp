@@ -67,6 +67,28 @@ TEST_F(InboundConversionTest, APathTakesTheLocalHostAndTheFourKindsOfKeys) {
   EXPECT_EQ(converted(pathWithAllKinds(), false).keyBindings().size(), 0U);
 }
 
+TEST_F(InboundConversionTest, APathWithoutATextStaysHalfFilled) {
+  CMPIObjectPath* nameless = m_request.objectPath(partPath());
+  CMPIObjectPathFT* const real = nameless->ft;
+  CMPIObjectPathFT table = *real;
+  nameless->ft = &table;
+  const auto noText = [](const CMPIObjectPath*, CMPIStatus*) -> CMPIString* { return nullptr; };
+  table.getClassName = noText;
+  for (const std::string missing : {"ClassName", "NameSpace"}) {
+    CIMObjectPath path;
+    CMPIHelper::CMPIObjectPathToFrameworkObjectPath(nameless, true, path);
+    EXPECT_FALSE(path.host().empty());
+    EXPECT_EQ(path.nameSpace(), missing == "NameSpace" ? "" : TEST_NAMESPACE);
+    EXPECT_TRUE(path.className().empty());
+    EXPECT_TRUE(path.keyBindings().empty());
+    EXPECT_EQ(m_log.lines().back(),
+              LogCapture::message(2, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - " + missing +
+                                         " is NULL"));
+    table.getNameSpace = noText;
+  }
+  nameless->ft = real;
+}
+
 TEST_F(InboundConversionTest, KeysThatDoNotSayTheyAreKeysAreDropped) {
   host::Broker plain(testSchema(), {CMPI_goodValue, false, 16384});
   host::Request request(plain);

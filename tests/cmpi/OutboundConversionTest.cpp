@@ -168,6 +168,8 @@ TEST_F(OutboundConversionTest, ArgumentsGoOutUnderTheTypesTheirClientsKnow) {
     CMPIHelper::FrameworkArgumentsToCMPIArguments(params, out, m_broker.cmpi());
     EXPECT_EQ(*host::Request::read(out).find("a"), c.value) << c.property.getType();
   }
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "UintStringArray received")), 1U);
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "Uint32Array received")), 1U);
 }
 
 TEST_F(OutboundConversionTest, ReferencesAndInstancesGoOutAsArguments) {
@@ -187,7 +189,9 @@ TEST_F(OutboundConversionTest, ReferencesAndInstancesGoOutAsArguments) {
   ASSERT_EQ(result.find("Instances")->asArray().size(), 2U);
   EXPECT_EQ(*result.find("Instances")->asArray()[1].asInstance().property("Id"), Value::string("2"));
   EXPECT_EQ(m_log.count(LogCapture::message(4, "Instance ")), 1U);
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "Instance array")), 1U);
   EXPECT_EQ(m_log.count(LogCapture::message(4, "array 3 ")), 1U);
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "Converting instance ")), 2U);
   EXPECT_EQ(m_log.count(LogCapture::message(4, "inserting")), 2U);
   EXPECT_TRUE(m_log.has(LogCapture::message(4, "Prop type 31")));
 }
@@ -276,6 +280,8 @@ TEST_F(OutboundConversionTest, WhicheverCallFailsTheConversionFailsAndLeavesNoth
       }
     });
   }).join();
+  EXPECT_TRUE(
+      m_log.has(LogCapture::message(5, "FrameworkObjectPathToCMPIObjectPath:Cannot set object path.")));
 }
 
 TEST_F(OutboundConversionTest, RandomValuesSurviveBothWays) {
