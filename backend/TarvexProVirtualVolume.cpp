@@ -35,7 +35,7 @@ constexpr AdapterOperation CREATE_DATA_CACHE({"TarvexProVirtualVolume::CreateDat
 constexpr AdapterOperation DELETE_DATA_CACHE("TarvexProVirtualVolume::DeleteDataCacheVolume",
                                              "DeleteDataCacheVolume");
 
-/** Does a spec of two pools begin with the SSD pool? A pool that does not exist is left to the library. */
+/** Does a spec begin with the SSD pool? A pool that does not exist is left to the library. */
 bool beginsWithSsd(TvkAdapter& adapter, const VirtualVolumeSpec& spec) {
   std::optional<std::uint8_t> hardDiskFlag;
   FilteredObjects<VirtualPool>(&adapter, "VirtualPool").visitAll([&](VirtualPool& pool) {
@@ -43,7 +43,7 @@ bool beginsWithSsd(TvkAdapter& adapter, const VirtualVolumeSpec& spec) {
       hardDiskFlag = pool.getHardDiskFlag();
     }
   });
-  return hardDiskFlag == 0 && spec.numValidPools >= TVK_SPEC_POOLS;
+  return hardDiskFlag == 0 && spec.numValidPools > 0;
 }
 
 /** Sum of two capacities; one that does not fit becomes the largest number, which no pool can give. */

@@ -145,7 +145,7 @@ TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
       {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}}, 2, 1, 3 * GIBIBYTE, true},
       {{{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}}, 2, 1, 3 * GIBIBYTE, false},
       {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}}, 2, 2, 2 * GIBIBYTE, true},
-      {{{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, 1, 1, GIBIBYTE, false},
+      {{{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, 1, 1, GIBIBYTE, true},
       {{{999, GIBIBYTE}, {hdd, GIBIBYTE}}, 2, 2, GIBIBYTE, false},
       {{{hdd, LARGEST}, {ssd, 2}}, 255, 1, LARGEST, false},
   };

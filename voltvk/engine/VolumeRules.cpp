@@ -68,9 +68,11 @@ VolumeRecord VolumeRules::creation(const VirtualVolumeSpec& spec) const {
           TVK_POOL_COUNT_MISMATCH);
   require(count == TVK_SPEC_POOLS || !volume.isCached(), TVK_POOL_COUNT_MISMATCH);
   require(count == 1 || spec.pools[0].poolId != spec.pools[1].poolId, TVK_POOL_DUPLICATE);
+  const bool isSecondAlone = count == 1 && spec.pools[0].poolId == TVK_NO_ID;
   std::vector<Part> parts;
   for (std::uint32_t i = 0; i < count; ++i) {
-    parts.push_back({&pool(spec.pools[i].poolId), spec.pools[i].capacityInSectors});
+    const VirtualPoolEntry& entry = spec.pools[isSecondAlone ? 1 : i];
+    parts.push_back({&pool(entry.poolId), entry.capacityInSectors});
     require(!parts.back().pool->internal, TVK_POOL_IS_INTERNAL);
   }
   require(count == 1 || isSsd(*parts[0].pool) != isSsd(*parts[1].pool), TVK_POOL_KINDS_CONFLICT);

@@ -57,13 +57,13 @@ struct VOLTVK_EXPORT VirtualVolumeSpec {
   bool nameTooLong;
   char description[TVK_DESCRIPTION_SIZE];
   bool descriptionTooLong;
-  std::uint64_t capacityInSectors;  ///< requested capacity of the volume
-  VirtualPoolEntry pools[TVK_SPEC_POOLS];
-  std::uint32_t numValidPools;  ///< how many pools the caller announced
-  std::uint32_t numPoolIds;     ///< how many identifiers were listed (may exceed the array)
-  std::uint32_t numPoolSizes;   ///< how many sizes were listed (may exceed the array)
-  std::uint8_t featureType1;    ///< TvkVolumeType
-  std::uint32_t knobSetting;    ///< TvkKnob
+  std::uint64_t capacityInSectors;         ///< requested capacity of the volume
+  VirtualPoolEntry pools[TVK_SPEC_POOLS];  ///< hard disk, then SSD; an SSD pool alone may stand second
+  std::uint32_t numValidPools;             ///< how many pools the caller announced
+  std::uint32_t numPoolIds;                ///< how many identifiers were listed (may exceed the array)
+  std::uint32_t numPoolSizes;              ///< how many sizes were listed (may exceed the array)
+  std::uint8_t featureType1;               ///< TvkVolumeType
+  std::uint32_t knobSetting;               ///< TvkKnob
 };
 
 /** Copies a text into a fixed field, NUL-terminated. @return false when it had to be cut. */
