@@ -1,6 +1,7 @@
 #include "backend/LibraryAccess.h"
 
 #include "backend/TarvexProInterface.h"
+#include "oslib/KVSLog.h"
 
 namespace tvp::cim::fwf {
 
@@ -24,8 +25,12 @@ TvkAdapter* getTvkAdapter() {
 }
 
 void refreshTarvexProObjects() {
-  if (TvkLib* library = getLibrary()) {
-    library->refreshConfiguration();
+  try {
+    if (TvkLib* library = getLibrary()) {
+      library->refreshConfiguration();
+    }
+  } catch (...) {
+    KvsTrace("Exception caught in Tvk Lib method: TvkLib::refreshConfiguration() ");
   }
 }
 

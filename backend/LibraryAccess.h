@@ -19,7 +19,10 @@ RaidObject* getTarvexProRoot();
 /** Object 0 of the root; null when there is no adapter. Owned by the library. */
 TvkAdapter* getTvkAdapter();
 
-/** Has the storage library take in what other processes have changed; its answer is not looked at. */
+/**
+ * Has the storage library take in what other processes have changed. Its answer is not looked at, and an
+ * exception is only traced: what follows works on what the library knows.
+ */
 void refreshTarvexProObjects();
 
 /**

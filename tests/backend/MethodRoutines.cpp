@@ -179,6 +179,7 @@ TEST_F(MethodRoutines, PoolsAreMadeChangedAndRemoved) {
   EXPECT_TRUE(log.has(LogCapture::message(4, " TvpIfModifyVirtualPool() returned Ret.getReturn() = 0")));
   EXPECT_EQ(pools(), Strings{"100% \"new\""});
 
+  voltvk::Faults().throwFrom("refreshConfiguration");
   EXPECT_EQ(call("GetVirtualPoolMembers", identifier("VirtualPoolId", pool)), 0U);
   const std::vector<CIMInstance> drives = members();
   ASSERT_FALSE(drives.empty());
@@ -241,6 +242,12 @@ TEST_F(MethodRoutines, VolumesAreMadeChangedMeasuredAndRemoved) {
   EXPECT_TRUE(log.has(LogCapture::message(4, " TvpIfFlushVirtualVolume() returned Ret.getReturn() = " +
                                                  std::to_string(TVK_NOT_CACHED))));
   EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volume)), 0U);
+  for (const unsigned int pool : {ssd, hdd}) {
+    EXPECT_EQ(call("CreateVirtualVolume", volumeArguments("Alone", TVK_VOLUME_TIERED, {pool}, {GIBIBYTE})),
+              0U);
+    EXPECT_EQ(answered("RetStat"), 0U) << "one pool is enough";
+    EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volumeId("Alone"))), 0U);
+  }
   EXPECT_TRUE(volumes().empty());
 }
 
