@@ -37,7 +37,8 @@ bool readOrigin(const CMPIContext* ctx, const CMPIBroker* broker, RequestOrigin&
     return false;
   }
   const char* user = nullptr;
-  if (isObject(principal.value.string)) {
+  if (principal.value.string != nullptr) {
+    // The handle is not examined: where it is the text itself, that of a null text is null.
     user = CMGetCharsPtr(principal.value.string, &rc);
   } else {
     rc.rc = CMPI_RC_ERR_FAILED;

@@ -146,6 +146,33 @@ TEST_F(RequestsTest, OnlyAdministratorsModify) {
   EXPECT_EQ(m_provider->modifyInstance(itemPath("a"), change).rc, CMPI_RC_ERR_ACCESS_DENIED);
 }
 
+// One object manager keeps the text of a string as its handle: that of a principal without a text is null.
+TEST_F(RequestsTest, APrincipalWhoseStringHasANullHandleIsTheEmptyName) {
+  static CMPIStringFT strings{};
+  static CMPIContextFT contexts{};
+  static CMPIString nobody{nullptr, &strings};
+  strings.getCharPtr = [](const CMPIString* string, CMPIStatus* rc) {
+    *rc = CMPIStatus{CMPI_RC_OK, nullptr};
+    return static_cast<const char*>(string->hdl);
+  };
+  contexts.getEntry = [](const CMPIContext*, const char*, CMPIStatus* rc) {
+    *rc = CMPIStatus{CMPI_RC_OK, nullptr};
+    CMPIData principal{};
+    principal.type = CMPI_string;
+    principal.value.string = &nobody;
+    return principal;
+  };
+  const CMPIContext context{&contexts, &contexts};
+  host::Request request(m_broker);
+  CMPIInstanceMI* mi = m_provider->instanceMI();
+  const char* list[] = {"U32", nullptr};
+  const CMPIStatus status =
+      mi->ft->modifyInstance(mi, &context, nullptr, request.objectPath(itemPath("a")),
+                             request.instance({itemPath("a"), {{"U32", Value::uint32(9)}}}), list);
+  EXPECT_EQ(status.rc, CMPI_RC_OK);
+  EXPECT_EQ(m_plugin.changes, 1);
+}
+
 TEST_F(RequestsTest, ModifyingWithNullArgumentsIsAnErrorAndNoCrash) {
   host::Request request(m_broker);
   CMPIInstanceMI* mi = m_provider->instanceMI();
