@@ -18,8 +18,23 @@ namespace {
 std::atomic<const CMPIBroker*> g_Broker{nullptr};
 std::atomic<const CMPIContext*> g_Context{nullptr};
 
-/** Guards the count and the flags below. */
-KvsMutexHandle mutexObject = KvsMutexInit();
+/** A lock that is out of use. It is freed when the library is unloaded: a thread may still wait for it. */
+class RetiredMutex {
+public:
+  RetiredMutex() = default;
+  ~RetiredMutex() { KvsMutexDelete(&m_handle); }
+  RetiredMutex(const RetiredMutex&) = delete;
+  RetiredMutex& operator=(const RetiredMutex&) = delete;
+
+  void take(KvsMutexHandle handle) { m_handle = handle; }
+
+private:
+  KvsMutexHandle m_handle = nullptr;
+};
+
+/** Guards the count and the flags below; null once the provider was torn down. */
+std::atomic<KvsMutexHandle> mutexObject{KvsMutexInit()};
+RetiredMutex retiredMutex;
 std::int32_t refCnt = 0;
 bool init = false;     ///< initialisation was tried; it is not tried again
 bool cleanup = false;  ///< the provider was torn down
@@ -46,7 +61,7 @@ void startProvider() {
 /** Counts one interface more and starts the provider with the first. */
 void tvpInitialize() {
   traceFunction("Entering", "tvpInitialize");
-  KvsMutexGuard guard(mutexObject);
+  KvsMutexGuard guard(mutexObject.load());
   if (!guard.locked()) {
     KvsTrace("Leaving CMPIMI tvpInitialize()");
     return;
@@ -90,7 +105,7 @@ void enterProvider(const CMPIBroker* broker, const CMPIContext* ctx) {
 }
 
 void CommonCleanup(const void* mi, const CMPIContext* ctx, CMPIStatus& status) {
-  KvsMutexGuard guard(mutexObject);
+  KvsMutexGuard guard(mutexObject.load());
   if (!guard.locked()) {
     return;
   }
@@ -109,7 +124,8 @@ void CommonCleanup(const void* mi, const CMPIContext* ctx, CMPIStatus& status) {
   CMPIAdapter::deleteInstance();
   cleanup = true;
   guard.unlock();
-  KvsMutexDelete(&mutexObject);
+  // Gone for whoever comes from now on. A factory that was called meanwhile waits for it with the old handle.
+  retiredMutex.take(mutexObject.exchange(nullptr));
 }
 
 }  // namespace tvp::cim::adap::cmpi

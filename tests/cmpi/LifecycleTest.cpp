@@ -1,5 +1,6 @@
 #include "CmpiTest.h"
 
+#include <chrono>
 #include <thread>
 
 namespace tvp::test {
@@ -89,6 +90,29 @@ TEST_F(RunningProviderTest, TheLastTerminatingCleanUpTearsDownForGood) {
   const host::Outcome late = m_provider->enumerateInstances(path("TVP_TierService"));
   EXPECT_EQ(late.rc, CMPI_RC_ERR_FAILED);
   EXPECT_EQ(late.message, "Failed to get CMPIAdapter singleton instance");
+}
+
+// The tear-down waits for the listener, so that there is time for a factory to wait for the entry lock.
+TEST_F(RunningProviderTest, AFactoryThatWaitsForTheTearDownFindsALockToWakeUpWith) {
+  m_log.clear();
+  CMPIMethodMI* late = nullptr;
+  std::thread factory([&] {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (!m_log.has(LogCapture::message(4, "Ref count at cleanup = 0")) &&
+           std::chrono::steady_clock::now() < limit) {
+      std::this_thread::yield();
+    }
+    late = tarvexProProvider_Create_MethodMI(m_broker.cmpi(), nullptr, nullptr);
+  });
+  m_provider->cleanup(true);
+  factory.join();
+  EXPECT_EQ(late, m_provider->methodMI());
+  EXPECT_EQ(m_log.count(LogCapture::trace("Exiting CMPIMI tvpInitialize()")) +
+                m_log.count(LogCapture::trace("Leaving CMPIMI tvpInitialize()")),
+            1U);
+  m_log.clear();
+  tarvexProProvider_Create_MethodMI(m_broker.cmpi(), nullptr, nullptr);
+  EXPECT_TRUE(m_log.has(LogCapture::trace("Leaving CMPIMI tvpInitialize()"))) << "the lock is gone for good";
 }
 
 TEST(Lifecycle, WithoutABrokerErrorsHaveNoMessageAndTheStatusIsNotWritten) {
