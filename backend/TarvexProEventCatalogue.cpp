@@ -41,7 +41,8 @@ struct EventRule {
 };
 
 const std::vector<EventRule>& eventRules() {
-  static const std::vector<EventRule> rules = {
+  // Never destroyed: made by the listener, it would go before the listener is stopped at the process's end.
+  static const auto& rules = *new std::vector<EventRule>{
       // The pool type stands one beyond the expected count: only events of internal pools carry it.
       {513,
        514,

@@ -2,11 +2,13 @@
 #include "support/LogCapture.h"
 #include "voltvk/Specs.h"
 
+#include <cstdlib>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <sstream>
+#include <unistd.h>
 
 namespace tvp::test {
 namespace {
@@ -165,6 +167,23 @@ TEST_F(EventCatalogue, ArgumentsAreRewrittenByEventCode) {
   manager.rephraseEventDescription(others, 1537, skip);
   EXPECT_EQ(others, (Strings{"D", "16"}));
   EXPECT_FALSE(skip);
+}
+
+// The listener may word an event until it is stopped, which is late in the end of the process.
+TEST_F(EventCatalogue, ArgumentsAreRewrittenToTheProcessesEnd) {
+  static const auto rewrites = [] {
+    Strings args = {"P", "3"};
+    bool skip = false;
+    TvproEventManager(false).rephraseEventDescription(args, 522, skip);
+    return args == Strings{"P", "1"};
+  };
+  EXPECT_EXIT(
+      {
+        std::atexit([] { _exit(rewrites() ? 0 : 1); });  // runs after what the first use made is destroyed
+        rewrites();
+        std::exit(2);
+      },
+      ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(EventCatalogue, BlanksAndTabsAreTrimmedInTheirOrder) {
