@@ -233,6 +233,7 @@ void formatTimeStamp(unsigned char* buffer, long time) {
   } else {
     std::time_t seconds = time;
     std::tm local = {};
+    tzset();  // a changed time zone counts, as it does for localtime
     if (localtime_r(&seconds, &local) == nullptr) {
       KvsLogMsg(KVS_LOG_ERROR, "Failed to proces supplied timestamp");
       seconds = std::time(nullptr);

@@ -152,6 +152,8 @@ TEST_F(EventListener, TimesAreWrittenMonthFirst) {
   EXPECT_EQ(now.size(), std::string("06/05/2024 13:45:12").size());
   formatTimeStamp(nullptr, 0);
   EXPECT_TRUE(log.has(LogCapture::message(2, " Buffer is empty")));
+  ::setenv("TZ", "EAST-2", 1);
+  EXPECT_EQ(written(0), "01/01/1970 02:00:00") << "a changed time zone counts at once";
 }
 
 TEST_F(EventListener, AnExceptionEndsTheThreadAfterOneLine) {
