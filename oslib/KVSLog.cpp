@@ -31,8 +31,8 @@ struct LogTarget {
   char module[256];
 };
 
-// The state outlives static destruction: threads may log until the process is gone. It is the block's
-// owner until KvsLogUninit.
+// The state outlives static destruction: threads may log until the process is gone. g_LogMsg owns what it
+// points to, until KvsLogUninit.
 std::atomic<int> LOGInit{0};
 std::atomic<KvsMutexHandle> g_LogMutex{nullptr};
 std::atomic<LogTarget*> g_LogMsg{nullptr};
@@ -139,9 +139,11 @@ int KvsLogInit(const char* module) {
   if (LOGInit.load() != 0) {
     return KVS_LOG_DONE;
   }
-  // An attempt that went wrong leaves its lock, which the next one uses.
-  if (g_LogMutex.load() == nullptr) {
+  // An attempt that went wrong leaves its lock, which the next one uses; a lock that a thread keeps is of no
+  // use to a log that starts anew.
+  if (g_LogMutex.load() == nullptr || g_LockKept.load()) {
     g_LogMutex = KvsMutexInit();
+    g_LockKept = false;
   }
   if (g_LogMutex.load() == nullptr) {
     return KVS_LOG_FAILED;

@@ -204,7 +204,6 @@ TEST_F(Log, LinesOfThreadsDoNotMix) {
   _exit(result == 1 && held == expectedHeld ? 0 : 1);
 }
 
-// A directory in the log's place exists but cannot be opened, for root neither.
 TEST_F(Log, GoesInTheMiddleOfLinesWithoutLeavingALock) {
   ASSERT_EQ(KvsLogInit("TVP"), 0);
   std::atomic<bool> stop{false};
@@ -228,6 +227,7 @@ TEST_F(Log, GoesInTheMiddleOfLinesWithoutLeavingALock) {
   }
 }
 
+// A directory in the log's place exists but cannot be opened, for root neither.
 TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
   std::filesystem::create_directories(path());
   EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(true, KvsLogMsg(KVS_LOG_DEBUG, "text"))),
@@ -240,6 +240,15 @@ TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
         std::filesystem::remove(path());
         KvsTrace("from the holder, which sees that there is no log any more");
         exitByLock(true, result);
+      },
+      ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      {
+        KvsLogInit("TVP");
+        const int result = KvsLogMsg(KVS_LOG_DEBUG, "text");
+        KvsLogUninit();
+        KvsLogInit("TVP");  // with a lock of its own
+        exitByLock(false, result);
       },
       ::testing::ExitedWithCode(0), "");
 }
