@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
@@ -24,8 +23,9 @@ namespace tvp::cim::fwf {
 
 namespace {
 
+// By the C locale's table, not by std::tolower: the locale of the process is the object manager's choice.
 char lower(char character) {
-  return static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
 }
 
 }  // namespace
