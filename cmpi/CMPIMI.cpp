@@ -5,6 +5,7 @@
 #include "cmpi/CMPIMILifecycle.h"
 #include "cmpi/CMPIObjectGuard.h"
 #include "oslib/KVSLog.h"
+#include "standard/cmpi/cmpilayout.h"  // asserts the layout of all that the tables below consist of
 
 using namespace tvp::cim::adap::cmpi;
 

@@ -6,8 +6,9 @@
 #ifndef CMPILAYOUT_H
 #define CMPILAYOUT_H
 
-#include "cmpidt.h"
-#include "cmpift.h"
+/* In angle brackets: the files in use, which need not be those beside this one. */
+#include <cmpidt.h>
+#include <cmpift.h>
 
 #include <stddef.h>
 
