@@ -1,6 +1,6 @@
 #include "cmpi/CMPIAdapter.h"
 
-#include "CIM/Framework/CIMException.h"
+#include "CIM/Framework/CommonFunctions.h"
 #include "CIM/Framework/FrameworkFacade.h"
 #include "backend/TarvexProInterface.h"
 #include "cmpi/CMPIHelper.h"
@@ -10,8 +10,6 @@
 
 #include "cmpimacs.h"
 
-#include <algorithm>
-#include <cctype>
 #include <new>
 
 namespace tvp::cim::adap::cmpi {
@@ -168,10 +166,7 @@ void CMPIAdapter::getPegasusSMISProfRegObjPaths() {
 }
 
 std::string CMPIAdapter::ToLower(const std::string& text) {
-  std::string lower = text;
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char byte) { return static_cast<char>(std::tolower(byte)); });
-  return lower;
+  return fwf::CommonFunctions::toLower(text);
 }
 
 }  // namespace tvp::cim::adap::cmpi

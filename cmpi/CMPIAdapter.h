@@ -152,6 +152,7 @@ public:
    */
   static bool VerifyUserRole(const std::string& userName, const std::string& hostName);
 
+  /** The text with every byte lowered, as CommonFunctions::toLower does it. */
   static std::string ToLower(const std::string& text);
 
 private:

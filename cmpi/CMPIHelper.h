@@ -37,7 +37,8 @@ public:
 
   /**
    * Replaces the key bindings of a path by the string, boolean, sint64 and reference keys of a CMPI path;
-   * keys of other types and keys without the state CMPI_keyValue are dropped. @return true
+   * keys of other types and keys without the state CMPI_keyValue are dropped. A sint64 key becomes a
+   * uint32 of its low 32 bits. A CMPI path without any key leaves the bindings as they are. @return true
    */
   static bool setKeys(CMPIObjectPath const* op, fwf::CIMObjectPath& out);
 

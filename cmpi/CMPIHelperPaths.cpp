@@ -1,6 +1,7 @@
 #include "cmpi/CMPIHelperPaths.h"
 
 #include "CIM/Framework/CIMException.h"
+#include "CIM/Framework/CommonFunctions.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperValues.h"
 #include "cmpi/CMPIObjectGuard.h"
@@ -217,9 +218,7 @@ CMPIObjectPath* makeObjectPath(const std::string& nameSpace, const std::string& 
 }
 
 void CMPIHelper::ConvertChartoStringVector(char const* const* list, std::vector<std::string>& out) {
-  for (; list != nullptr && *list != nullptr; ++list) {
-    out.emplace_back(*list);
-  }
+  fwf::CommonFunctions::convertToStringVector(list, out);
 }
 
 }  // namespace tvp::cim::adap::cmpi

@@ -10,14 +10,9 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** CIM names do not differ by case alone. */
-bool isSameName(const std::string& first, const std::string& second) {
-  CommonFunctions functions;
-  return functions.toLower(first) == functions.toLower(second);
-}
-
+/** Whether a filter lets a name pass; CIM names do not differ by case alone. */
 bool passes(const std::string& filter, const std::string& name) {
-  return filter.empty() || isSameName(filter, name);
+  return filter.empty() || CommonFunctions::equalsIgnoringCase(filter, name);
 }
 
 /** One reference of an association instance. */
@@ -52,7 +47,7 @@ void appendOnce(std::vector<CIMObjectPath>& paths, const CIMObjectPath& path) {
 
 bool isListed(const char** propertyList, const std::string& name) {
   for (const char** listed = propertyList; *listed != nullptr; ++listed) {
-    if (isSameName(name, *listed)) {
+    if (CommonFunctions::equalsIgnoringCase(name, *listed)) {
       return true;
     }
   }

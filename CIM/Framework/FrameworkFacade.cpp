@@ -241,7 +241,7 @@ AbstractProviderPlugin* FrameworkFacade::getPlugIn(const std::string& className)
     KvsLogMsg(KVS_LOG_ERROR, "Failed to get PlugManager Object");
     throw CIMException(FW_RC_FAILED, std::string("Failed to get PlugManager Object"));
   }
-  AbstractProviderPlugin* plugin = registry->getPlugin(CommonFunctions().toLower(className));
+  AbstractProviderPlugin* plugin = registry->getPlugin(CommonFunctions::toLower(className));
   traceExit("getPlugIn");
   return plugin;
 }

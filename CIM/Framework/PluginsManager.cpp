@@ -15,6 +15,7 @@ namespace {
 
 constexpr const char* OWN_NAMESPACE = "root/kvs/tvp/smi_15";
 
+// What getPluginNames shows; which plugins there are says pluginTable() alone.
 constexpr std::array<std::string_view, 6> PROFILE_KEYS = {"tvp_registeredprofile",
                                                           "tvp_elementconformstoprofile",
                                                           "tvp_controllercomputersystemconformstoprofile",
@@ -32,7 +33,8 @@ bool contains(const Keys& keys, const std::string& key) {
   return std::find(keys.begin(), keys.end(), key) != keys.end();
 }
 
-/** The own namespace shows all but the profile classes, every other one all classes of the model. */
+/** The own namespace shows all but the profile classes; every other one shows these and the listed classes of
+ * the model. */
 bool isVisible(const std::string& key, bool ownNamespace) {
   if (ownNamespace) {
     return !contains(PROFILE_KEYS, key);
@@ -104,7 +106,7 @@ void PluginsManager::registerPlugin(const std::string& key, AbstractProviderPlug
 
 AbstractProviderPlugin* PluginsManager::getPlugin(std::string className) {
   KvsTrace("Entering PluginsManager::getPlugin()");
-  const auto found = m_plugins.find(CommonFunctions().toLower(className));
+  const auto found = m_plugins.find(CommonFunctions::toLower(className));
   if (found == m_plugins.end()) {
     KvsLogMsg(KVS_LOG_ERROR, "Plugin not initialized for %s.", className.c_str());
     return nullptr;

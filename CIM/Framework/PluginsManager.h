@@ -47,7 +47,10 @@ public:
   /** The plugin of the class, owned by the registry; null, with an error on the log, when none. */
   AbstractProviderPlugin* getPlugin(std::string className);
 
-  /** The class names, in lower case and ascending order, that are visible in the namespace. */
+  /**
+   * The registered class names, in lower case and ascending order, that are visible in the namespace: in
+   * root/kvs/tvp/smi_15 all but the classes of profiles, elsewhere those and the ten classes of the model.
+   */
   std::vector<std::string> getPluginNames(std::string nameSpace);
 
 private:
