@@ -1,15 +1,12 @@
 #ifndef BACKEND_LIBRARYACCESS_H
 #define BACKEND_LIBRARYACCESS_H
 
-#include "backend/tvpCIMInstanceWrapper.h"
-#include "voltvk/Chunk.h"
 #include "voltvk/FilterCollection.h"
 #include "voltvk/TvkAdapter.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
-#include <utility>
-#include <vector>
 
 namespace tvp::cim::fwf {
 

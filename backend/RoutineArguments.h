@@ -3,7 +3,6 @@
 
 #include "CIM/Framework/CIMMethodParam.h"
 
-#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <vector>
@@ -25,6 +24,7 @@ public:
   /** Are these among the arguments? Logs the first missing name. */
   bool contain(std::initializer_list<const char*> names) const;
 
+  /** The first element of an argument; empty or 0 where there is none. */
   std::string text(const char* name) const;
   unsigned char uint8(const char* name) const { return scalar<unsigned char>(name, 0); }
   unsigned int uint32(const char* name) const { return scalar<unsigned int>(name, 0); }
