@@ -15,7 +15,7 @@ enum KvsLogLevel : int {
 /** What the functions of the log answer. */
 enum KvsLogResult : int {
   KVS_LOG_DONE = 0,
-  KVS_LOG_FAILED = 1,  ///< no lock, not initialised, or no log file
+  KVS_LOG_FAILED = 1,  ///< no lock, not initialised, no log file that may be written, or a long module name
   KVS_LOG_NO_MEMORY = 2,
   KVS_LOG_MISSING_ARGUMENT = 3,
   KVS_LOG_FULL = 5  ///< the file is larger than 10,485,759 bytes
@@ -45,13 +45,14 @@ int KvsLogUninit();
 __attribute__((format(printf, 2, 3))) int KvsLogMsg(int level, const char* format, ...);
 
 /**
- * Writes one trace line. With a module name over 10 characters the line breaks off, and the lock stays
- * with the calling thread (intended).
+ * Writes one trace line, of any length. With a module name over 10 characters the line breaks off, and the
+ * lock stays with the calling thread (intended).
  * @return 0; 1 nothing written; 3 the text is null; 5 the file is full.
  */
 int KvsTrace(const char* text);
 
 /**
+ * Looks for a file.
  * @param size where to store the file's size in bytes; may be null.
  * @return 1 when something exists at the path, else 0.
  */

@@ -13,7 +13,7 @@ namespace voltvk::ctl {
  */
 std::uint64_t parseByteSize(const std::string& text);
 
-/** A size in the largest unit that leaves at least 1, with two digits at most: "100 GiB", "1.5 TiB". */
+/** Sectors of 512 bytes in the largest unit that leaves at least 1, with two decimals at most: "1.5 TiB". */
 std::string showSectors(std::uint64_t sectors);
 
 }  // namespace voltvk::ctl

@@ -40,7 +40,8 @@ Json describe(State& state) {
     status["driver"] = "not available";
     status["reason"] = "an injected fault; clear it with `voltvkctl fault clear driver-absent`";
   }
-  status["state"] = state.path();
+  status["state"] =
+      state.path();  // once more: with the first use of the file its folder's links are resolved
   status["drives"] = countOf(*snapshot, "LogicalDevice");
   status["pools"] = countOf(*snapshot, "VirtualPool");
   status["volumes"] = countOf(*snapshot, "VirtualVolume");

@@ -23,7 +23,7 @@ public:
 
   /** Runs one or more statements that give no rows. */
   void execute(const char* sql);
-  /** The single number that a query gives. */
+  /** The single number that a query gives; 0 when it gives no row. */
   std::int64_t number(const char* sql);
 
   std::int64_t lastInsertedId() const;

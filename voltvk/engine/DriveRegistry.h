@@ -13,10 +13,10 @@ class Connection;
 
 /** What is wanted of a virtual drive. */
 struct VirtualDriveSpec {
-  std::uint8_t type = 0;  ///< TvkDeviceType
-  std::uint64_t sectors = 0;
-  std::string model;   ///< empty for a default
-  std::string serial;  ///< empty for a default; else unlike those of the other virtual drives
+  std::uint8_t type = 0;      ///< TvkDeviceType
+  std::uint64_t sectors = 0;  ///< of 512 bytes: 2048 (1 MiB) to MAX_DRIVE_SECTORS
+  std::string model;          ///< empty for a default
+  std::string serial;         ///< empty for a default; else unlike those of the other virtual drives
 };
 
 /**

@@ -15,9 +15,12 @@ constexpr std::array<std::uint64_t, 10> CHUNK_SECTORS = {0, 8, 128, 256, 512, 10
 /** Chunks of the largest volume. */
 constexpr std::uint64_t MAX_VOLUME_CHUNKS = std::uint64_t{1} << 32U;
 
+/** How many there can be, internal pools included. */
 constexpr std::size_t MAX_POOLS = 128;
 constexpr std::size_t MAX_VOLUMES = 128;
+/** Drives of one pool. */
 constexpr std::size_t MAX_POOL_DRIVES = 64;
+/** The smallest pool, and the least that a volume takes from a pool: 1 MiB. */
 constexpr std::uint64_t MIN_POOL_SECTORS = 2048;
 constexpr std::uint64_t MIN_SECTORS_FROM_POOL = 2048;
 

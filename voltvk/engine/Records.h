@@ -36,6 +36,7 @@ struct PoolMemberRecord {
   std::uint64_t chunks = 0;
 };
 
+/** A pool with its drives; sizes in sectors of 512 bytes and in chunks of chunkSectors. */
 struct PoolRecord {
   std::uint32_t id = 0;
   std::string name;
@@ -59,6 +60,7 @@ struct VolumeExtentRecord {
   Extent extent;
 };
 
+/** A volume with its extents. Its counts are chunks of chunkSectors; extents count chunks of their pool. */
 struct VolumeRecord {
   std::uint32_t id = 0;
   std::string name;
@@ -73,7 +75,7 @@ struct VolumeRecord {
   bool isCached() const;
   std::uint64_t capacityChunks() const { return isCached() ? hddChunks : hddChunks + ssdChunks; }
   std::uint64_t capacitySectors() const { return capacityChunks() * chunkSectors; }
-  /** Bit 1 cache, bit 2 tier. */
+  /** A sum: 1 cache, 2 tier. */
   std::uint32_t features() const { return isCached() ? 1 : 2; }
 };
 

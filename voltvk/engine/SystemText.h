@@ -7,7 +7,7 @@
 
 namespace voltvk {
 
-/** The first line's worth of a small system file, cleaned and trimmed; empty when it cannot be read. */
+/** A small system file, as a rule of one line, as cleanText leaves it; empty when it cannot be read. */
 std::string readSystemText(const std::string& path);
 
 /** The whole of a system file as it is; empty when it cannot be read. */

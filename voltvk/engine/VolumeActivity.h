@@ -28,7 +28,7 @@ class VolumeActivity {
 public:
   /** Reads or writes in one pattern at most. */
   static constexpr std::uint64_t MAX_OPERATIONS = 1000000;
-  /** Chunks of the hot area at most: as many as one policy round moves. */
+  /** Chunks of the hot area at most: as many as one policy round moves for a volume with the normal knob. */
   static constexpr std::uint64_t HOT_CHUNKS = 16;
   /** Chunks of a volume whose heat is remembered; the coldest beyond that are forgotten. */
   static constexpr std::int64_t REMEMBERED_CHUNKS = 65536;

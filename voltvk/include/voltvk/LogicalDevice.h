@@ -47,10 +47,10 @@ public:
   virtual std::uint8_t getDeviceType() const = 0;          ///< TvkDeviceType
   virtual std::uint8_t getDeviceProperty() const = 0;      ///< bits of TvkDeviceProperty
   virtual bool isBootable() const = 0;                     ///< holds the file system of "/"
-  virtual bool hasPartition() const = 0;
-  virtual bool isUsed() const = 0;                    ///< a member of a pool
-  virtual std::uint8_t getInterfaceType() const = 0;  ///< TvkInterfaceType
-  virtual std::uint8_t getStatus() const = 0;         ///< TvkDeviceStatus
+  virtual bool hasPartition() const = 0;                   ///< has at least one partition
+  virtual bool isUsed() const = 0;                         ///< a member of a pool
+  virtual std::uint8_t getInterfaceType() const = 0;       ///< TvkInterfaceType
+  virtual std::uint8_t getStatus() const = 0;              ///< TvkDeviceStatus
 };
 
 #endif

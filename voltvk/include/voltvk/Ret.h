@@ -39,7 +39,7 @@ enum TvkStatus : std::uint32_t {
   TVK_NO_SUCH_VOLUME = 50,
   TVK_TOO_MANY_VOLUMES = 51,
   TVK_INVALID_VOLUME_TYPE = 52,  ///< not 1 (tiered) or 2 (cached)
-  TVK_INVALID_KNOB = 53,         ///< not 1 to 3
+  TVK_INVALID_KNOB = 53,         ///< not 1 to 3, or 0 for what is usual or stays
   TVK_NOT_CACHED = 54,           ///< flush of a volume that has no cache
   TVK_INVALID_ARGUMENT = 60      ///< a null record where one is needed
 };

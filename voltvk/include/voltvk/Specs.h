@@ -32,21 +32,22 @@ struct VOLTVK_EXPORT VirtualPoolSpec {
   std::uint32_t numLogicalDevices;  ///< how many drives the caller announced
   std::uint32_t numDeviceNumbers;   ///< how many are listed (a larger count than fits is refused)
   std::uint8_t deviceNumbers[TVK_SPEC_DEVICES];
-  std::uint64_t capacityInSectors;   ///< rounded up to whole chunks
+  std::uint64_t capacityInSectors;   ///< sectors of 512 bytes, rounded up to whole chunks
   std::uint64_t chunkSizeInSectors;  ///< one of the supported chunk sizes
   std::uint8_t tierLevel;            ///< TvkTierLevel
   std::uint32_t poolFlag;            ///< TvkPoolType
 };
 
-/** One pool of a volume and what to take from it. */
+/** One pool of a volume and what to take from it, in sectors of 512 bytes. */
 struct VirtualPoolEntry {
   std::uint32_t poolId;
   std::uint64_t capacityInSectors;
 };
 
 /**
- * Says what is wanted of a volume. In modifyVirtualVolume name, description and knobSetting count,
- * and what is empty (knob 0) stays as it is.
+ * Says what is wanted of a volume. In createVirtualVolume every field counts; in createCachedLD name,
+ * description, featureType1 and knobSetting; in both a knob of 0 means TVK_KNOB_NORMAL. In
+ * modifyVirtualVolume name, description and knobSetting count, and what is empty (knob 0) stays as it is.
  */
 struct VOLTVK_EXPORT VirtualVolumeSpec {
   VirtualVolumeSpec();
@@ -57,7 +58,7 @@ struct VOLTVK_EXPORT VirtualVolumeSpec {
   bool nameTooLong;
   char description[TVK_DESCRIPTION_SIZE];
   bool descriptionTooLong;
-  std::uint64_t capacityInSectors;         ///< requested capacity of the volume
+  std::uint64_t capacityInSectors;         ///< of the volume, in sectors; 0 when not given
   VirtualPoolEntry pools[TVK_SPEC_POOLS];  ///< hard disk, then SSD; an SSD pool alone may stand second
   std::uint32_t numValidPools;             ///< how many pools the caller announced
   std::uint32_t numPoolIds;                ///< how many identifiers were listed (may exceed the array)

@@ -19,9 +19,9 @@ struct TvkAdapterIdentity {
   std::uint32_t adjustmentSupport[9];        ///< index 1 to 8
   std::uint32_t chunkSizeSupport[11];        ///< index 1 to 10
   std::uint64_t maxVolumeSizeInSectors[10];  ///< index 1 to 9; element 0: the largest of all
-  std::uint8_t maxTierLevels;
+  std::uint8_t maxTierLevels;                ///< how many tier levels there are
   std::uint8_t maxVolumes;
-  std::uint8_t maxTiers;
+  std::uint8_t maxTiers;  ///< how many pools there can be: each is a tier
   std::uint8_t maxLogicalDevices;
   std::uint8_t maxLogicalDevicesPerPool;
   std::uint64_t minTotalPoolSizeInSectors;
@@ -49,14 +49,25 @@ public:
   TvkAdapter(const TvkAdapter&) = delete;
   TvkAdapter& operator=(const TvkAdapter&) = delete;
 
+  // The order of the virtual functions is part of the binary interface.
+
+  /** Changes what the record says; its volumeId does not count. */
   virtual Ret modifyVirtualVolume(std::uint32_t volumeId, VirtualVolumeSpec& spec);
+  /** Writes the dirty chunks of a cached volume back; any other is refused with TVK_NOT_CACHED. */
   virtual Ret flushVirtualVolume(std::uint32_t volumeId);
+  /** Deletes a pool; one that a volume stands on is refused with TVK_POOL_IN_USE or TVK_POOL_IS_INTERNAL. */
   virtual Ret deleteVirtualPool(std::uint32_t poolId);
+  /** Changes what the record says; its poolId does not count. */
   virtual Ret modifyVirtualPool(std::uint32_t poolId, const VirtualPoolSpec& spec);
+  /** Sets the I/O counters to 0; where chunks lie stays as it is. */
   virtual Ret resetVirtualVolumeStats(std::uint32_t volumeId);
+  /** Makes a volume on one or two pools. @param spec its volumeId is set on success */
   virtual Ret createVirtualVolume(VirtualVolumeSpec& spec);
+  /** Deletes a volume, and with it the internal pool of a cached drive. */
   virtual Ret deleteVirtualVolume(std::uint32_t volumeId);
+  /** @param stats filled on success; null is refused with TVK_INVALID_ARGUMENT */
   virtual Ret getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId);
+  /** Makes a pool of free drives of one kind. @param spec its poolId is set on success */
   virtual Ret createVirtualPool(VirtualPoolSpec& spec);
 
   /** Appends the events since the last fetch of this process, oldest first. */

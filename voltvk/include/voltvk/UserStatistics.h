@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-/** I/O and placement counters of one volume, in the driver's record layout. All counts, no units. */
+/** I/O and placement counters of one volume, in the driver's record layout. Counts, but for chunkSize. */
 struct d_ioctl_user_stat {
   std::uint64_t ssdTotalChunks;  ///< chunks of the volume that lie on the SSD pool
   std::uint64_t ssdExtraChunks;  ///< SSD chunks that the volume may still take
@@ -16,7 +16,7 @@ struct d_ioctl_user_stat {
   std::uint64_t ssdWriteIoCount;  ///< writes taken by SSD chunks
   std::uint64_t chunkSize;        ///< sectors of 512 bytes
   std::uint64_t totalChunks;
-  std::uint32_t feature;  ///< the volume's feature bits
+  std::uint32_t feature;  ///< a sum: 1 cache, 2 tier
 };
 
 #endif

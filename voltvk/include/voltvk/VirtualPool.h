@@ -14,23 +14,26 @@ enum TvkPoolType : std::uint32_t { TVK_POOL_USER = 0, TVK_POOL_INTERNAL = 16 };
 /** State of a pool or a volume: 1 good, 2 degraded (a drive is missing). */
 enum TvkHealth : std::uint8_t { TVK_HEALTH_GOOD = 1, TVK_HEALTH_DEGRADED = 2 };
 
-/** A pool of drives of one kind. Its children of type "Chunk" are its extents on the drives. */
+/**
+ * A pool of drives of one kind. Its children of type "Chunk" are its extents on the drives. Texts are never
+ * null and valid as long as the object.
+ */
 class VOLTVK_EXPORT VirtualPool : public RaidObject {
 public:
   ~VirtualPool() override;
 
-  virtual const char* getName() const = 0;         ///< 1 to 31 bytes of UTF-8
-  virtual const char* getDescription() const = 0;  ///< 0 to 63 bytes of UTF-8
-  virtual std::uint32_t getPoolId() const = 0;
+  virtual const char* getName() const = 0;          ///< 1 to 31 bytes of UTF-8
+  virtual const char* getDescription() const = 0;   ///< 0 to 63 bytes of UTF-8
+  virtual std::uint32_t getPoolId() const = 0;      ///< never given twice, never TVK_NO_ID
   virtual std::uint32_t getPoolStatus() const = 0;  ///< TvkHealth
   virtual std::uint8_t getNumberOfLogicalDevices() const = 0;
-  virtual std::uint8_t getNumberOfVirtualVolumes() const = 0;
-  virtual std::uint64_t getChunkSize() const = 0;  ///< sectors of 512 bytes
-  virtual std::uint8_t getTierLevel() const = 0;   ///< TvkTierLevel
-  virtual std::uint64_t getCapacityInSectors() const = 0;
-  virtual std::uint64_t getUsedCapacityInSectors() const = 0;
-  virtual std::uint8_t getHardDiskFlag() const = 0;  ///< 0 for a pool of SSDs, 1 for hard disks
-  virtual bool isInternal() const = 0;               ///< made for a cached drive
+  virtual std::uint8_t getNumberOfVirtualVolumes() const = 0;  ///< volumes that stand on it
+  virtual std::uint64_t getChunkSize() const = 0;              ///< sectors of 512 bytes
+  virtual std::uint8_t getTierLevel() const = 0;               ///< TvkTierLevel
+  virtual std::uint64_t getCapacityInSectors() const = 0;      ///< sectors of 512 bytes
+  virtual std::uint64_t getUsedCapacityInSectors() const = 0;  ///< what volumes have taken of it
+  virtual std::uint8_t getHardDiskFlag() const = 0;            ///< 0 for a pool of SSDs, 1 for hard disks
+  virtual bool isInternal() const = 0;                         ///< made for a cached drive
 };
 
 #endif

@@ -18,26 +18,29 @@ enum TvkCacheMode : std::uint8_t {
 /** How eagerly chunks are fetched and flushed. */
 enum TvkKnob : std::uint8_t { TVK_KNOB_AGGRESSIVE = 1, TVK_KNOB_NORMAL = 2, TVK_KNOB_PASSIVE = 3 };
 
-/** A volume built from pools. Its children of type "Chunk" are its extents on the pools. */
+/**
+ * A volume built from pools. Its children of type "Chunk" are its extents on the pools. Texts are never null
+ * and valid as long as the object.
+ */
 class VOLTVK_EXPORT VirtualVolume : public RaidObject {
 public:
   ~VirtualVolume() override;
 
-  virtual const char* getName() const = 0;         ///< 1 to 31 bytes of UTF-8
-  virtual const char* getDescription() const = 0;  ///< 0 to 63 bytes of UTF-8
-  virtual std::uint32_t getVolumeId() const = 0;
-  virtual std::uint8_t getVirtualPoolsCount() const = 0;
-  virtual std::uint32_t getFeatures() const = 0;       ///< bit 1 cache, bit 2 tier
-  virtual std::uint8_t getVolumeType() const = 0;      ///< TvkVolumeType
-  virtual std::uint8_t getCacheMode() const = 0;       ///< TvkCacheMode
-  virtual std::uint32_t getMaxMoveChunks() const = 0;  ///< chunks moved per policy round
-  virtual std::uint32_t getMoveThreshold() const = 0;  ///< accesses after which a chunk is hot
-  virtual std::uint32_t getStatsSetting() const = 0;   ///< 1 statistics are kept
-  virtual std::uint32_t getNumberOfVirtualPoolsSupported() const = 0;
-  virtual std::uint16_t getDeviceNumber() const = 0;
-  virtual std::uint8_t getState() const = 0;        ///< TvkHealth
-  virtual std::uint8_t getKnobSetting() const = 0;  ///< TvkKnob
-  virtual std::uint64_t getCapacityInSectors() const = 0;
+  virtual const char* getName() const = 0;                ///< 1 to 31 bytes of UTF-8
+  virtual const char* getDescription() const = 0;         ///< 0 to 63 bytes of UTF-8
+  virtual std::uint32_t getVolumeId() const = 0;          ///< never given twice, never TVK_NO_ID
+  virtual std::uint8_t getVirtualPoolsCount() const = 0;  ///< pools that it stands on
+  virtual std::uint32_t getFeatures() const = 0;          ///< a sum: 1 cache, 2 tier
+  virtual std::uint8_t getVolumeType() const = 0;         ///< TvkVolumeType
+  virtual std::uint8_t getCacheMode() const = 0;          ///< TvkCacheMode
+  virtual std::uint32_t getMaxMoveChunks() const = 0;     ///< chunks moved per policy round
+  virtual std::uint32_t getMoveThreshold() const = 0;     ///< accesses after which a chunk is hot
+  virtual std::uint32_t getStatsSetting() const = 0;      ///< 1 statistics are kept
+  virtual std::uint32_t getNumberOfVirtualPoolsSupported() const = 0;  ///< pools that it can stand on
+  virtual std::uint16_t getDeviceNumber() const = 0;       ///< of the volume as a device of the system
+  virtual std::uint8_t getState() const = 0;               ///< TvkHealth
+  virtual std::uint8_t getKnobSetting() const = 0;         ///< TvkKnob
+  virtual std::uint64_t getCapacityInSectors() const = 0;  ///< sectors of 512 bytes
 };
 
 /** The tiering product's own name for its volumes. */
