@@ -22,8 +22,11 @@ if(TVP_SANITIZE)
   target_link_options(tvp_compile INTERFACE -fsanitize=${TVP_SANITIZE})
 endif()
 if(TVP_COVERAGE)
-  target_compile_options(tvp_compile INTERFACE --coverage)
-  target_link_options(tvp_compile INTERFACE --coverage)
+  # tvpcim and the children of some tests end with _exit, before which nothing would be counted.
+  add_library(tvp_coverage STATIC ${PROJECT_SOURCE_DIR}/cmake/CoverageOfExit.c)
+  target_link_libraries(tvp_compile INTERFACE tvp_coverage)
+  target_compile_options(tvp_compile INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(tvp_compile INTERFACE --coverage -Wl,--wrap=_exit)
 endif()
 
 # tvp_add_layer(NAME [LINK targets...]): a static library from all sources of the current folder.

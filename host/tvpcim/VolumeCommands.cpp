@@ -161,10 +161,10 @@ void VolumeCommands::cache() {
   request.chunk = parseSectors(m_chunk);
   const std::uint64_t ssdSize = parseSectors(m_ssdSize);
   request.drive = inventory().resolve(DRIVE, m_drive);
-  request.volume.pools = {{inventory().resolve(POOL, m_ssdPool), ssdSize}};
   if (request.drive > 255) {
     throw UsageError("drives have numbers from 0 to 255; '" + printable(m_drive) + "' is none");
   }
+  request.volume.pools = {{inventory().resolve(POOL, m_ssdPool), ssdSize}};
   Arguments arguments;
   arguments.add("VolumeName", Value::string(m_name))
       .add("Description", Value::string(m_description))

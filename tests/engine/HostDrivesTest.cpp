@@ -227,6 +227,20 @@ TEST_F(HostDrivesTest, MemberThatIsGoneDegradesWhatStandsOnIt) {
   EXPECT_EQ(newEvents(), std::vector<std::string>{"601 Drive [/dev/sdc] was added"});
 }
 
+TEST_F(HostDrivesTest, TierLevelIsChangedWhenTheDriveTurnsOutToBeOfAnotherKind) {
+  plainDrive("sda", "one");
+  EXPECT_EQ(names().size(), 1U);
+  const std::uint32_t pool = createPool(poolSpec("pool", {0}, MIB));
+  m_machine.write("sda", {{"queue/rotational", "0\n"}});
+  EXPECT_EQ(names().size(), 1U);
+  newEvents();
+  EXPECT_EQ(adapter().modifyVirtualPool(pool, poolSpec("", {}, 0, TVK_TIER_SSD)).getReturn(), TVK_OK);
+  EXPECT_EQ(pools()[0]->getTierLevel(), TVK_TIER_SSD);
+  EXPECT_EQ(newEvents(), std::vector<std::string>{"20A Pool [pool] has now the tier level [3]"});
+  EXPECT_EQ(adapter().modifyVirtualPool(pool, poolSpec("", {}, 0, TVK_TIER_HDD)).getReturn(),
+            TVK_INVALID_TIER_LEVEL);
+}
+
 TEST_F(HostDrivesTest, RefreshFindsNewDrives) {
   EXPECT_EQ(drives().size(), 0U);
   plainDrive("sda");

@@ -155,6 +155,8 @@ TEST_F(BrokerObjects, FiltersAreHandedOverUnread) {
   EXPECT_EQ(read(filter->ft->getString(filter, nullptr)), "SELECT * FROM X");
   filter->ft->evaluate(filter, nullptr, &m_status);
   EXPECT_EQ(m_status.rc, CMPI_RC_ERR_NOT_SUPPORTED);
+  EXPECT_EQ(filter->ft->getDOC(filter, &m_status), nullptr);
+  EXPECT_EQ(m_status.rc, CMPI_RC_ERR_NOT_SUPPORTED);
   EXPECT_EQ(m_cmpi->eft->newSelectExp(m_cmpi, nullptr, "WQL", nullptr, &m_status), nullptr);
   EXPECT_EQ(m_status.rc, CMPI_RC_ERR_INVALID_PARAMETER);
 }
@@ -197,6 +199,22 @@ TEST_F(BrokerObjects, UpcallsReachTheHandlerWithWhatTheyCarry) {
   EXPECT_EQ(*seen[3].input.find("Count"), Value::uint32(0));
   EXPECT_EQ(seen[4].name, "Sample_Link");
   EXPECT_EQ(seen[4].path, samplePath());
+
+  const CMPIContext* context = m_request.context();
+  table->createInstance(m_cmpi, context, path, disk, nullptr);
+  table->getProperty(m_cmpi, context, path, "Count", nullptr);
+  CMPIEnumeration* found = table->execQuery(m_cmpi, context, path, "SELECT", "WQL", nullptr);
+  const CMPIArray* all = found->ft->toArray(found, nullptr);
+  EXPECT_EQ(CMGetArrayElementAt(all, 0, nullptr).value.uint32, 5U);
+  table->associators(m_cmpi, context, path, "Sample_Link", nullptr, nullptr, nullptr, nullptr, nullptr);
+  table->references(m_cmpi, context, path, "Sample_Link", nullptr, nullptr, nullptr);
+  table->referenceNames(m_cmpi, context, path, "Sample_Link", nullptr, nullptr);
+  std::string operations;
+  for (std::size_t i = 5; i < seen.size(); ++i) {
+    operations += seen[i].operation + ":" + seen[i].name + " ";
+  }
+  EXPECT_EQ(operations, "createInstance: getProperty:Count execQuery:SELECT associators:Sample_Link "
+                        "references:Sample_Link referenceNames:Sample_Link ");
 
   EXPECT_EQ(table->enumerateInstanceNames(m_cmpi, nullptr, path, &m_status), nullptr);
   EXPECT_EQ(m_status.rc, CMPI_RC_ERR_INVALID_HANDLE);

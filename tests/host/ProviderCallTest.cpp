@@ -248,14 +248,34 @@ TEST_F(ProviderCall, MessagesTakeTheirInserts) {
     logged = std::to_string(severity) + id + text;
   };
   m_broker.setHandlers(handlers);
-  CMPIString* text = m_cmpi->eft->getMessage(m_cmpi, "id", "$1 of $0: $2 $9 $", nullptr, 3, CMPI_sint32, -4,
-                                             CMPI_chars, "two", CMPI_boolean, 1);
+  const CMPIBrokerEncFT* table = m_cmpi->eft;
+  CMPIString* text = table->getMessage(m_cmpi, "id", "$1 of $0: $2 $9 $", nullptr, 3, CMPI_sint32, -4,
+                                       CMPI_chars, "two", CMPI_boolean, 1);
   EXPECT_EQ(Request::read(text), "two of -4: true $9 $");
-  m_cmpi->eft->logMessage(m_cmpi, 2, "id", "ignored", text);
+  table->logMessage(m_cmpi, 2, "id", "ignored", text);
   EXPECT_EQ(logged, "2idtwo of -4: true $9 $");
-  EXPECT_EQ(Request::read(m_cmpi->eft->getType(m_cmpi, text, nullptr)), "CMPIString");
-  EXPECT_EQ(Request::read(m_cmpi->eft->toString(m_cmpi, request.objectPath(samplePath()), nullptr)),
-            "root/sample:Sample_Disk");
+  table->trace(m_cmpi, 4, "part", "taken", nullptr);
+  EXPECT_EQ(logged, "4parttaken");
+  CMPIMsgFileHandle file = nullptr;
+  EXPECT_EQ(table->openMessageFile(m_cmpi, "messages", &file).rc, CMPI_RC_OK);
+  CMPIString* numbers = table->getMessage2(m_cmpi, "id", file, "$0 $1 $2 $3 $4", nullptr, 5, CMPI_uint32,
+                                           4294967295U, CMPI_sint64, -5LL, CMPI_uint64,
+                                           18446744073709551615ULL, CMPI_real64, 0.5, CMPI_string, text);
+  EXPECT_EQ(Request::read(numbers), "4294967295 -5 18446744073709551615 0.5 two of -4: true $9 $");
+  EXPECT_EQ(table->closeMessageFile(m_cmpi, file).rc, CMPI_RC_OK);
+  EXPECT_EQ(Request::read(table->getType(m_cmpi, text, nullptr)), "CMPIString");
+  EXPECT_TRUE(table->isOfType(m_cmpi, text, "CMPIString", nullptr));
+  EXPECT_FALSE(table->isOfType(m_cmpi, text, "CMPIArray", nullptr));
+
+  CMPIArray* flags = CMNewArray(m_cmpi, 2, CMPI_boolean, nullptr);
+  const std::pair<const void*, const char*> texts[] = {
+      {request.objectPath(samplePath()), "root/sample:Sample_Disk"},
+      {flags, "{NULL, NULL}"},
+      {CMNewDateTimeFromChars(m_cmpi, "20260131235959.123456+060", nullptr), "20260131235959.123456+060"},
+      {request.instance(sampleSchema()->emptyInstance(samplePath("Sample_Part"))), "Sample_Part"}};
+  for (const auto& [object, expected] : texts) {
+    EXPECT_THAT(Request::read(table->toString(m_cmpi, object, nullptr)), ::testing::HasSubstr(expected));
+  }
 }
 
 /** Requests on several threads beside a thread of the provider's own that delivers indications. */

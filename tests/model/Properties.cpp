@@ -134,6 +134,18 @@ TEST(Property, EachTypeCodeCopiesItsOwnSlotOnly) {
     EXPECT_EQ(describe(target), before) << "a foreign slot was copied";
     EXPECT_EQ(target.setPropValue(code(number), source), 1);
     EXPECT_EQ(describe(target), describe(source));
+    std::size_t elements = 0;  // as the readers give them, each of its own slot
+    for (const std::size_t count :
+         {target.getBoolValue().m_values.size(), target.getSint8Value().m_values.size(),
+          target.getUint8Value().m_values.size(), target.getSint16Value().m_values.size(),
+          target.getUint16Value().m_values.size(), target.getSint32Value().m_values.size(),
+          target.getUint32Value().m_values.size(), target.getSint64Value().m_values.size(),
+          target.getUint64Value().m_values.size(), target.getStringValue().m_values.size(),
+          target.getObjectPathValue().m_values.size(), target.getInstanceValue().m_values.size()}) {
+      EXPECT_TRUE(count == 0 || elements == 0);
+      elements += count;
+    }
+    EXPECT_EQ(elements, number / 2 == 11 ? 2U : 1U);
   }
 }
 

@@ -111,6 +111,23 @@ TEST(MofFormatter, WritesInstancesThatAMofCompilerReads) {
                  "};\n");
 }
 
+TEST(Formatters, ListPathsWhole) {
+  ObjectPath path;
+  path.nameSpace = "root/kvs/tvp/smi_15";
+  path.className = "TVP_Thing";
+  path.keys = {{"Name", Value::string(std::string(200, 'n'))}, {"Number", Value::uint32(7)}};
+  const std::string text = "root/kvs/tvp/smi_15:TVP_Thing.Name=\"" + std::string(200, 'n') + "\",Number=7";
+  EXPECT_EQ(formatter(Form::Table, 40)->paths("names", {path}), text + "\n")
+      << "a path is there to be copied";
+  EXPECT_EQ(formatter(Form::Table)->paths("names", {}), "No names.\n");
+  EXPECT_EQ(ordered_json::parse(formatter(Form::Json)->paths("names", {path})), ordered_json::array({text}));
+  EXPECT_EQ(formatter(Form::Mof)->paths("names", {path}), "// " + text + "\n");
+  const Instance holder = instanceOf("TVP_Holder", {{"Holds", Value::reference(path)}});
+  EXPECT_EQ(ordered_json::parse(formatter(Form::Json)->record(holder)).at("Holds"), text);
+  EXPECT_THAT(formatter(Form::Table)->record(holder), HasSubstr(text));
+  EXPECT_THAT(formatter(Form::Mof)->record(holder), HasSubstr("Holds = \"root/kvs"));
+}
+
 TEST(TableFormatter, NeverWrapsARow) {
   std::vector<Instance> drives;
   for (const char* name : {"/dev/sda", "日本語のディスク", "a very long name of a drive that goes on"}) {

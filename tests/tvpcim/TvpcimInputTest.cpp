@@ -35,7 +35,18 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
       {{"pool", "create", "p", "--drives", "0", "--size", "1000"},
        2,
        "the size '1000' is not a multiple of 512"},
+      {{"pool", "create", "p", "--drives", "1,256", "--size", "1GiB"},
+       2,
+       "drives have numbers from 0 to 255; '256' is none"},
+      {{"pool", "create", "p", "--drives", "", "--size", "1GiB"}, 2, "--drives names no drive"},
       {{"pool", "modify", "p"}, 2, "say what to change"},
+      {{"volume", "modify", "v"}, 2, "say what to change: --name, --description or --knob"},
+      {{"volume", "create", "v", "--pool", "a:1G", "--pool", "b:1G", "--pool", "c:1G"},
+       2,
+       "--pool is given 3"},
+      {{"volume", "cache", "v", "--drive", "256", "--size", "1G", "--ssd-pool", "p", "--ssd-size", "1G"},
+       2,
+       "drives have numbers from 0 to 255; '256' is none"},
       {{"pool", "delete", "gold"}, 1, "CIM_ERR_NOT_FOUND: there is no pool 'gold'; see 'tvpcim pools'"},
       {{"volume", "create", "v", "--pool", "gold"}, 2, "--pool takes NAME_OR_ID:SIZE"},
       {{"volume", "stats", "7"}, 1, "tvpcim: (own reading) volume 7 does not exist; see tvpcim volumes"},
@@ -82,6 +93,8 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
   const CommandResult nothing = tvpcim({"gi", "TVP_TierService.Name=\"x\"", "-o", "json"});
   EXPECT_EQ(nothing.out, "null\n");
   EXPECT_THAT(nothing.err, HasSubstr("answered without an instance"));
+  EXPECT_THAT(tvpcim({"--version"}).out, HasSubstr("1.0.0"));
+
   const CommandResult mof = tvpcim({"ei", "TVP_VirtualPools", "-o", "mof"});
   EXPECT_EQ(mof.out, "instance of TVP_VirtualPools {\n  CreationClassName = \"TVP_VirtualPools\";\n"
                      "  NumberOfStoragePool = 2;\n};\n");

@@ -112,6 +112,8 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
 
 TEST_F(TvpcimStorage, ARefusalIsExplained) {
   const std::string other = addDrive("hdd", "10GiB");
+  const std::string otherSsd = addDrive("ssd", "10GiB");
+  answer({"pool", "create", "slower", "--drives", addDrive("hdd", "10GiB"), "--size", "5GiB"});
   answer({"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB"});
   answer({"pool", "create", "fast", "--drives", m_ssd, "--size", "20GiB"});
   answer({"volume", "create", "data", "--pool", "slow:1GiB"});
@@ -134,7 +136,11 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {pool("new", other, "11GiB"), "the drives hold 10 GiB, less than 11 GiB"},
       {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
        "is a hard disk, which the tier does not fit"},
+      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds"},
+      {pool("new", other, "512"), "a pool has at least "},
       {{"pool", "modify", "fast", "--name", "slow"}, "has the name 'slow' already"},
+      {{"pool", "modify", "fast", "--tier", "hdd"}, "the tier does not fit the pool's drives"},
+      {{"pool", "modify", "fast", "--description", std::string(64, 'd')}, "the description has 64 bytes"},
       {{"pool", "delete", "99"}, "pool 99 does not exist"},
       {{"volume", "create", "data", "--pool", "slow:1GiB"}, "has the name 'data' already"},
       {{"volume", "create", "v", "--pool", "slow:60GiB"}, "(slow) has 49 GiB free, less than 60 GiB"},
@@ -142,6 +148,15 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {{"volume", "create", "v", "--pool", "slow:1G", "--type", "cached"}, "a cached volume needs"},
       {{"volume", "cache", "c", "--drive", other, "--size", "1G", "--ssd-pool", "slow", "--ssd-size", "1G"},
        "is no pool of SSDs"},
+      {{"volume", "cache", "c", "--drive", otherSsd, "--size", "1G", "--ssd-pool", "fast", "--ssd-size",
+        "1G"},
+       "is an SSD; a hard disk is what is cached"},
+      {{"volume", "cache", "c", "--drive", other, "--size", "60G", "--ssd-pool", "fast", "--ssd-size", "1G"},
+       "the drives hold 10 GiB, less than 60 GiB"},
+      {{"volume", "create", "v", "--pool", "99:1G"}, "pool 99 does not exist"},
+      {{"volume", "create", "v", "--pool", "slow:512"}, "a volume takes at least "},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"}, "both pools are of one kind"},
+      {{"volume", "modify", "77", "--name", "x"}, "volume 77 does not exist"},
       {{"volume", "flush", "data"}, "the volume has no cache that could be flushed"},
       {{"volume", "delete", "77"}, "volume 77 does not exist"},
   };
