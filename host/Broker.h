@@ -49,6 +49,7 @@ struct BrokerHandlers {
   std::function<void(int severity, const std::string& id, const std::string& text)> onLog;
 };
 
+/** How a broker behaves where object managers differ; fixed for its life. */
 struct BrokerOptions {
   /** State that getKey and getKeyAt report; one object manager passes keys as plain good values. */
   CMPIValueState keyState = CMPI_keyValue;
@@ -65,9 +66,10 @@ struct BrokerOptions {
  * handle that each call is given (an invalid one is answered with CMPI_RC_ERR_INVALID_HANDLE), can make
  * any call fail, and notes breaches of the rules.
  *
- * Strictness: an instance of an unknown class cannot be made (5); setProperty of an unknown property
- * fails (12), of a wrong type too (13; a string takes CMPI_string and CMPI_chars, every type a null);
- * addKey with an array type fails (61). Values are copied when they are set.
+ * Strictness: an instance of an unknown class cannot be made (CMPI_RC_ERR_INVALID_CLASS); setProperty of an
+ * unknown property fails (CMPI_RC_ERR_NO_SUCH_PROPERTY), of a wrong type too (CMPI_RC_ERR_TYPE_MISMATCH; a
+ * string takes CMPI_string and CMPI_chars, every type a null); addKey with an array type fails
+ * (CMPI_RC_ERR_INVALID_DATA_TYPE). Values are copied when they are set.
  *
  * Thread-safe. It must outlive the requests, the providers and the threads that use it.
  */

@@ -88,7 +88,7 @@ UpcallAnswer answer(BrokerState& state, const Upcall& upcall) {
   return none;
 }
 
-/** Fills an upcall from what every one is given. @return 0 or 60 */
+/** Fills an upcall from what every one is given. @return CMPI_RC_OK or CMPI_RC_ERR_INVALID_HANDLE */
 CMPIrc begin(Upcall& upcall, const std::string& function, const CMPIContext* context,
              const CMPIObjectPath* path) {
   Object<CMPIObjectPath>* target = livingObject(path, function.c_str());

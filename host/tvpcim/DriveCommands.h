@@ -3,9 +3,6 @@
 
 #include "host/tvpcim/StorageGroup.h"
 
-#include <string>
-#include <vector>
-
 namespace tvp::host::tvpcim {
 
 /** The drives that pools are made of: drives. */

@@ -2,6 +2,8 @@
 
 #include "host/tvpcim/Size.h"
 
+#include <algorithm>
+
 namespace tvp::host::tvpcim {
 namespace {
 

@@ -11,7 +11,7 @@ enum class Form { Table, Json, Mof };
 /** What every verb understands. */
 struct Options {
   Form form = Form::Table;
-  bool wide = false;
+  bool wide = false;     ///< tables show every column, whatever the width of the terminal
   std::string provider;  ///< file of the provider; empty: found beside the command
   std::string schema;    ///< file of the classes; empty: found beside the command
   std::string user;      ///< the principal of every request

@@ -4,7 +4,6 @@
 #include "host/tvpcim/CommandGroup.h"
 
 #include <string>
-#include <vector>
 
 namespace tvp::host::tvpcim {
 

@@ -40,8 +40,6 @@ public:
 
   /** @throws OperationError when it cannot be loaded. */
   Provider& provider();
-  /** Whether provider() was called. */
-  bool hasProvider() const { return m_provider != nullptr; }
   /** Handlers for the broker, to be set before provider() is called. */
   void setHandlers(BrokerHandlers handlers) { m_handlers = std::move(handlers); }
 

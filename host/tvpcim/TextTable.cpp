@@ -39,10 +39,6 @@ std::size_t TextTable::fitting(const Terminal& terminal) const {
   return count;
 }
 
-std::size_t TextTable::leftOut(const Terminal& terminal) const {
-  return m_columns.size() - fitting(terminal);
-}
-
 std::string TextTable::line(const std::vector<std::string>& cells, std::size_t count,
                             const Terminal& terminal) const {
   std::string result;

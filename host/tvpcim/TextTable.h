@@ -22,8 +22,6 @@ public:
 
   /** The table's lines, titles first (bold on a terminal with colour), each with its newline. */
   std::string text(const Terminal& terminal) const;
-  /** How many columns text() leaves out on such a terminal. */
-  std::size_t leftOut(const Terminal& terminal) const;
 
 private:
   struct Column {
@@ -31,6 +29,7 @@ private:
     bool numbers;
     std::size_t width;
   };
+  /** How many columns text() shows on such a terminal; at least one, if there is one. */
   std::size_t fitting(const Terminal& terminal) const;
   std::string line(const std::vector<std::string>& cells, std::size_t count, const Terminal& terminal) const;
 

@@ -3,9 +3,6 @@
 
 #include "host/tvpcim/StorageGroup.h"
 
-#include <string>
-#include <vector>
-
 namespace tvp::host::tvpcim {
 
 /** Which drives and pools stand under what, and how full they are: tree. */

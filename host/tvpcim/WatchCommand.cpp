@@ -3,6 +3,7 @@
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
