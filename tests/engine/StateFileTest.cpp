@@ -187,6 +187,18 @@ TEST_F(StateFileTest, FileTakenAwayUnderneath) {
   EXPECT_EQ(drives().size(), 1U);
 }
 
+TEST_F(StateFileTest, NumbersOfDrivesComeAgainWhenAllWereGiven) {
+  m_lib = std::make_unique<TvkLib>();
+  state()->change([](voltvk::Connection& connection) {
+    connection.execute("UPDATE setting SET value = 254 WHERE name = 'last_drive_number'");
+  });
+  EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 255U);
+  EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 1U) << "the smallest that is free";
+  state()->change(
+      [](voltvk::Connection& connection) { voltvk::DriveRegistry(connection).removeVirtual(255); });
+  EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 2U);
+}
+
 TEST_F(StateFileTest, LockedStateIsBusyAndNotForEver) {
   m_lib = std::make_unique<TvkLib>();
   sqlite3* other = nullptr;
