@@ -18,6 +18,18 @@ std::uint32_t knobOf(const std::string& word) {
   return found == KNOBS.end() ? 0 : static_cast<std::uint32_t>(found - KNOBS.begin()) + 1;
 }
 
+/** What the cached kind keeps of a longer name: at most 31 bytes, and no part of a character. */
+std::string keptOf(const std::string& name) {
+  constexpr unsigned int KIND_OF_BYTE = 0xC0;
+  constexpr unsigned int CONTINUATION = 0x80;
+  std::size_t size = std::min(name.size(), LONGEST_NAME);
+  while (size > 0 && size < name.size() &&
+         (static_cast<unsigned char>(name[size]) & KIND_OF_BYTE) == CONTINUATION) {
+    --size;
+  }
+  return name.substr(0, size);
+}
+
 }  // namespace
 
 void VolumeCommands::addTo(CLI::App& app) {
@@ -114,8 +126,7 @@ PoolShare VolumeCommands::shareOf(const std::string& text) {
 }
 
 void VolumeCommands::printCreated(Instance answer) {
-  // The cached kind keeps the first 31 bytes of a longer name.
-  const std::string name = m_name.substr(0, LONGEST_NAME);
+  const std::string name = keptOf(m_name);
   const Instance* volume = inventory().byName(VOLUME, name);
   confirm(volume != nullptr, "there is no volume " + printable(name));
   answer.properties.push_back({"VirtualVolumeId", *volume->property("VirtualVolumeId")});

@@ -108,6 +108,13 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
               HasSubstr("belongs to another pool"));
   answer({"volume", "delete", "quick"});
   EXPECT_EQ(findIn(answer({"drives"}), "DeviceNumber", std::stoi(m_hardDisk)).at("isUsedByTarvexPro"), false);
+
+  const std::string kept(30, 'n');
+  EXPECT_EQ(answer({"volume", "cache", kept + "ä", "--drive", m_hardDisk, "--size", "1GiB", "--ssd-pool",
+                    "fast", "--ssd-size", "1GiB"})
+                .at("VolumeName"),
+            kept)
+      << "the end of the name is cut before the character that does not fit";
 }
 
 TEST_F(TvpcimStorage, ARefusalIsExplained) {
