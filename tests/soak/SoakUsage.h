@@ -27,7 +27,7 @@ public:
    * @return a sentence for each thing that grew
    */
   std::vector<std::string> growth() const;
-  /** "memory 31 MiB (+0.2), ..." of the last quarter against the second. */
+  /** "memory A -> B KiB, ...": the medians of the second quarter and of the last. */
   std::string summary() const;
 
 private:

@@ -86,7 +86,6 @@ protected:
     cache.poolId = m_ids["flash"];
     VirtualVolumeSpec drive = volumeSpec("drive", TVK_VOLUME_CACHED, {});
     EXPECT_EQ(m_adapter.createCachedLD(internal, cache, drive).getReturn(), TVK_OK);
-    m_ids["drive"] = drive.volumeId;
     m_standard = state();
   }
 
@@ -94,8 +93,6 @@ protected:
   host::Arguments goodArguments(const host::SchemaMethod& method) const {
     using host::Value;
     const std::uint32_t pool = m_ids.at(method.name == "DeleteVirtualPool" ? "spare" : "disks");
-    const bool dataCache = method.name == "DeleteDataCacheVolume";
-    const std::uint32_t volume = m_ids.at(dataCache ? "drive" : "cached");
     const std::vector<host::NamedValue> known = {
         {"Name", Value::string("a pool")},
         {"VolumeName", Value::string("a volume")},
@@ -108,7 +105,7 @@ protected:
         {"ChunkSize", Value::uint64(CHUNK)},
         {"TierLevel", Value::uint8(TVK_TIER_HDD)},
         {"VirtualPoolId", Value::uint32(pool)},
-        {"VirtualVolumeId", Value::uint32(volume)},
+        {"VirtualVolumeId", Value::uint32(m_ids.at("cached"))},
         {"VolumeType", Value::uint8(TVK_VOLUME_CACHED)},
         {"VirtualPoolsCount", Value::uint8(2)},
         {"ListOfVirtualPoolIds",
