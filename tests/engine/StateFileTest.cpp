@@ -59,6 +59,27 @@ protected:
   std::string m_path;
 };
 
+TEST_F(StateFileTest, IsNotWhereAProcessWithoutStandardStreamsPrints) {
+  const pid_t child = fork();
+  if (child == 0) {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      close(stream);
+    }
+    TvkLib lib;
+    bool printed = false;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      printed = write(stream, "NUMBER  DEVICE", 14) > 0 || printed;
+    }
+    _exit(printed || controllers(lib) != 1 ? 1 : 0);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  m_lib = std::make_unique<TvkLib>();
+  EXPECT_STREQ(m_lib->getOpenError(), "");
+  EXPECT_EQ(pools().size(), 1U);
+}
+
 TEST_F(StateFileTest, MadeOnFirstUseForItsOwnerAlone) {
   const std::string path = m_folder.file("deep/deeper/state.db");
   ::setenv("VOLTVK_STATE", path.c_str(), 1);

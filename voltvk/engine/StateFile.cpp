@@ -108,6 +108,13 @@ void StateFile::openFile() {
     }
     refuse("cannot be opened: " + errorText(error), CHECK_PATH);
   }
+  if (m_file->get() <= STDERR_FILENO) {
+    // In a process whose standard streams are closed, what it prints would be written into the state.
+    m_file = std::make_unique<FileDescriptor>(fcntl(m_file->get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    if (!*m_file) {
+      refuse("cannot be opened: " + errorText(errno), CHECK_PATH);
+    }
+  }
 }
 
 void StateFile::waitForTurn() const {
