@@ -169,6 +169,10 @@ std::string catalogueKey(std::uint32_t code) {
 
 /** What follows the "=" in the first line for the key; nothing when no line has it, or that line no "=". */
 std::optional<std::string> findEntry(const std::string& path, const std::string& key) {
+  struct stat status {};
+  if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
+    return std::nullopt;  // reading a pipe would hold the listener, and the stop of the provider with it
+  }
   std::ifstream catalogue(path, std::ios::binary);
   std::string line;
   while (std::getline(catalogue, line)) {

@@ -1,8 +1,7 @@
 #include "bench/Measurements.h"
+#include "bench/Median.h"
 #include "bench/Work.h"
 
-#include <algorithm>
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -56,17 +55,15 @@ void measureThreads(const Scenario& scenario) {
   const Work work = worksFor(scenario).front();
   for (const bool log : {false, true}) {
     for (const unsigned int threads : {1U, 2U, 4U, 8U}) {
-      std::array<double, ROUNDS> productRates{};
-      std::array<double, ROUNDS> baselineRates{};
+      std::vector<double> productRates;
+      std::vector<double> baselineRates;
       for (std::size_t round = 0; round < ROUNDS; ++round) {
         switchLog(log);
-        productRates[round] = rateOf(work, product, threads);
-        baselineRates[round] = rateOf(work, baseline, threads);
+        productRates.push_back(rateOf(work, product, threads));
+        baselineRates.push_back(rateOf(work, baseline, threads));
       }
-      std::sort(productRates.begin(), productRates.end());
-      std::sort(baselineRates.begin(), baselineRates.end());
-      std::printf("%u\t%s\t%.1f\t%.1f\n", threads, log ? "present" : "absent", productRates[ROUNDS / 2],
-                  baselineRates[ROUNDS / 2]);
+      std::printf("%u\t%s\t%.1f\t%.1f\n", threads, log ? "present" : "absent", median(productRates),
+                  median(baselineRates));
     }
   }
 }

@@ -56,7 +56,7 @@ std::uint8_t addDrive() {
 }
 
 void invoke(Subject& subject, const std::string& method, const Arguments& arguments) {
-  const ObjectPath path{"root/tarvexPro", "TVP_TierService", {}, ""};
+  const ObjectPath path{"root/kvs/tvp/smi_15", "TVP_TierService", {}, ""};
   const auto outcome = subject.provider().invokeMethod(path, method, arguments);
   const Value* status = outcome.output.find("RetStat");
   if (!outcome.ok() || status == nullptr || status->asUnsigned() != 0) {
@@ -151,7 +151,7 @@ void requireScratch() {
 void prepare(const Scenario& scenario) {
   Subject subject(Subject::Kind::Product);
   if (scenario.sort == "drives") {
-    const ObjectPath drives{"root/tarvexPro", "TVP_LogicalDevice", {}, ""};
+    const ObjectPath drives{"root/kvs/tvp/smi_15", "TVP_LogicalDevice", {}, ""};
     const std::size_t present = subject.provider().enumerateInstances(drives).instances.size();
     for (std::size_t count = present; count < scenario.count; ++count) {
       addDrive();

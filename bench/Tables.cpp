@@ -1,8 +1,8 @@
 #include "bench/Tables.h"
 
+#include "bench/Median.h"
 #include "tests/support/TemporaryFolder.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -66,7 +66,28 @@ private:
   const std::string m_program = std::filesystem::read_symlink("/proc/self/exe").string();
 };
 
-void printTimes(Runner& runner) {
+/** Instances accumulate: the first drive's has the properties of one drive, the last one's those of all. */
+double propertiesOf(std::size_t drives) {
+  constexpr std::size_t OF_ONE_DRIVE = 15;
+  return static_cast<double>(OF_ONE_DRIVE * drives * (drives + 1) / 2);
+}
+
+using Microseconds = std::map<std::string, std::array<double, 2>>;
+
+void printCostPerProperty(const Microseconds& absentLog) {
+  std::printf("\n| EnumInstances, log absent | properties | provider, ns each | baseline, ns each |\n"
+              "|---|---:|---:|---:|\n");
+  for (const std::size_t drives : {8U, 32U, 64U}) {
+    const std::string what = std::to_string(drives) + " drives";
+    const std::array<double, 2>& times = absentLog.at("EnumInstances, " + what);
+    const double properties = propertiesOf(drives);
+    std::printf("| %s | %.0f | %.0f | %.0f |\n", what.c_str(), properties, times[0] * 1000 / properties,
+                times[1] * 1000 / properties);
+  }
+}
+
+Microseconds printTimes(Runner& runner) {
+  Microseconds absentLog;
   std::printf("| request | log | provider, us | baseline, us | ratio |\n|---|---|---:|---:|---:|\n");
   const std::array<std::array<const char*, 2>, 9> measurements = {{{"times", "drives-1"},
                                                                    {"times", "drives-8"},
@@ -82,13 +103,12 @@ void printTimes(Runner& runner) {
       std::printf("| %s | %s | %.1f | %.1f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(),
                   std::stod(row.at(2)), std::stod(row.at(3)), std::stod(row.at(2)) / std::stod(row.at(3)));
       std::fflush(stdout);
+      if (row.at(1) == "absent") {
+        absentLog[row.at(0)] = {std::stod(row.at(2)), std::stod(row.at(3))};
+      }
     }
   }
-}
-
-double medianFirstAnswer(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
+  return absentLog;
 }
 
 void printFirstAnswer(Runner& runner) {
@@ -99,8 +119,8 @@ void printFirstAnswer(Runner& runner) {
     product.push_back(runner.number("first", "drives-8", "product"));
     baseline.push_back(runner.number("first", "drives-8", "baseline"));
   }
-  const double productMedian = medianFirstAnswer(product);
-  const double baselineMedian = medianFirstAnswer(baseline);
+  const double productMedian = median(product);
+  const double baselineMedian = median(baseline);
   std::printf("| load to first answer, 8 drives | absent | %.1f | %.1f | %.2f |\n", productMedian,
               baselineMedian, productMedian / baselineMedian);
 }
@@ -138,8 +158,9 @@ void printMemory(Runner& runner) {
 
 void printTables() {
   Runner runner;
-  printTimes(runner);
+  const Microseconds absentLog = printTimes(runner);
   printFirstAnswer(runner);
+  printCostPerProperty(absentLog);
   printThreads(runner);
   printMemory(runner);
 }

@@ -1,7 +1,7 @@
 #include "bench/Measurements.h"
+#include "bench/Median.h"
 #include "bench/Work.h"
 
-#include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdio>
 #include <map>
@@ -10,11 +10,6 @@
 namespace bench {
 
 namespace {
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values.empty() ? 0.0 : values[values.size() / 2];
-}
 
 /** Collects the repetitions of every benchmark. */
 class Collector : public benchmark::BenchmarkReporter {

@@ -1,5 +1,6 @@
 #include "bench/Work.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <stdexcept>
@@ -13,7 +14,7 @@ using tvp::host::Value;
 
 namespace {
 
-constexpr char NAME_SPACE[] = "root/tarvexPro";
+constexpr char NAME_SPACE[] = "root/kvs/tvp/smi_15";
 constexpr std::uint32_t POOL = 1;  ///< the number of the first pool of a state
 
 /** Times one call of an interface function within a request of its own. */

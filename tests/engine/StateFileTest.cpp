@@ -4,11 +4,13 @@
 #include "voltvk/engine/Refusal.h"
 
 #include <atomic>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <set>
 #include <sqlite3.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -195,6 +197,22 @@ TEST_F(StateFileTest, PathThatCannotBe) {
     EXPECT_EQ(controllers(lib), 0U);
     EXPECT_NE(std::string(lib.getOpenError()).find("cannot be"), std::string::npos) << lib.getOpenError();
   }
+}
+
+TEST_F(StateFileTest, OnAFullDiskIsNotCalledDamaged) {
+  const auto before = signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit full = {1024, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+  m_lib = std::make_unique<TvkLib>();
+  const std::string error = m_lib->getOpenError();
+  setrlimit(RLIMIT_FSIZE, &limit);
+  signal(SIGXFSZ, before);
+  EXPECT_NE(error.find("; see that its disk works and has room"), std::string::npos) << error;
+  EXPECT_EQ(error.find("move it away"), std::string::npos) << error;
+  EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
+  EXPECT_EQ(pools().size(), 1U);
 }
 
 TEST_F(StateFileTest, FileTakenAwayUnderneath) {

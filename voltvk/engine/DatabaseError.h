@@ -16,6 +16,8 @@ public:
   bool isBusy() const;
   /** The file can no longer be trusted: damaged, exchanged, or gone. */
   bool isFileLost() const;
+  /** What to do about a state that cannot be opened: a full disk is no reason to give the state up. */
+  const char* advice() const;
 
 private:
   int m_code;

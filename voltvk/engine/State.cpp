@@ -63,9 +63,8 @@ void State::open() {
       throw Refusal(TVK_BUSY, "the state file " + m_file.path() +
                                   " is locked by another process; end that process and try again");
     }
-    throw Refusal(TVK_NO_DRIVER,
-                  "the state file " + m_file.path() + " cannot be used (" + error.what() +
-                      "); restore it from a backup, or move it away to start with an empty one");
+    throw Refusal(TVK_NO_DRIVER, "the state file " + m_file.path() + " cannot be used (" + error.what() +
+                                     "); " + error.advice());
   } catch (...) {
     closeConnections();
     throw;
