@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <optional>
+#include <sys/stat.h>
 
 namespace tvp::cim::fwf {
 

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <random>
 #include <sstream>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace tvp::test {
@@ -78,10 +79,14 @@ TEST_F(EventCatalogue, TextsReplaceTheDriversDescription) {
 
 TEST_F(EventCatalogue, WithoutAFileTheDriversDescriptionStays) {
   EXPECT_FALSE(describe(0x701, "as it was").applied);
-  std::filesystem::create_directories(log.root().file("usr/VolMan/TVPEvents.properties"));
+  const std::string path = log.root().file("usr/VolMan/TVPEvents.properties");
+  std::filesystem::create_directories(path);
   const Outcome outcome = describe(0x701, "as it was");
   EXPECT_FALSE(outcome.applied);
   EXPECT_EQ(outcome.description, "as it was");
+  std::filesystem::remove(path);
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  EXPECT_FALSE(describe(0x701, "as it was").applied) << "and the listener does not wait for a writer";
 }
 
 TEST_F(EventCatalogue, TextsFitTheDescriptionWhateverTheyAre) {
