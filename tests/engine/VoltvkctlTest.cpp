@@ -76,6 +76,15 @@ TEST_F(VoltvkctlTest, WrongUsageAndFailuresInOneLineThatHelps) {
   }
 }
 
+TEST_F(VoltvkctlTest, OutputThatCannotBeWrittenIsAFailure) {
+  for (const std::string words : {"--help", "status", "drive list"}) {
+    const CommandResult full =
+        Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/voltvkctl " + words + " > /dev/full"}).run();
+    EXPECT_EQ(full.exitStatus, 1) << words;
+    EXPECT_NE(full.err.find("could not be written"), std::string::npos) << full.err;
+  }
+}
+
 TEST_F(VoltvkctlTest, DrivesFromAddingToRemoving) {
   EXPECT_EQ(text({"drive", "list"}), "No drives.\n");
   EXPECT_EQ(json({"drive", "list"}), Json::array());

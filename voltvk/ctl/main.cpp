@@ -36,7 +36,7 @@ int run(int count, char** arguments) {
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& success) {
-    return app.exit(success);  // help and version
+    app.exit(success);  // help and version
   } catch (const CLI::ParseError& error) {
     const std::vector<std::string> unknown = app.remaining(true);
     if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && !unknown.empty()) {
