@@ -53,8 +53,10 @@ std::string Explanation::texts(const std::string& name, const std::string& descr
   if (description.size() > LONGEST_DESCRIPTION) {
     return "the description has " + std::to_string(description.size()) + " bytes; it may have 63";
   }
-  const bool legible = toUtf8(name) == name && toUtf8(description) == description;
-  return legible ? "" : "names and descriptions are UTF-8, and this one is not";
+  if (toUtf8(name) != name || toUtf8(description) != description) {
+    return "names and descriptions are UTF-8, and this one is not";
+  }
+  return printable(name) == name ? "" : "the name " + quoted(name) + " has control characters in it";
 }
 
 std::string Explanation::nameInUse(const ObjectKind& kind, const std::string& name,
@@ -145,6 +147,22 @@ std::string Explanation::chunkSize(std::uint64_t chunk) {
   return "chunks of " + formatSectors(chunk) + " are not supported; there are " + join(sizes, ", ");
 }
 
+std::string Explanation::volumeSize(std::uint64_t chunk, std::uint64_t size) {
+  const Value* names = m_inventory.identity()->property("SupportedChunkSizeNames");
+  const Value* largest = m_inventory.identity()->property("SupportedMaxVolumeSizeInSectors");
+  if (names == nullptr || largest == nullptr || names->isNull() || largest->isNull()) {
+    return "";
+  }
+  for (std::size_t index = 0; index < std::min(names->asArray().size(), largest->asArray().size()); ++index) {
+    const std::uint64_t most = largest->asArray()[index].asUnsigned();
+    if (sectorsOfChunkName(names->asArray()[index].asString()) == chunk && size > most) {
+      return "a volume with chunks of " + formatSectors(chunk) + " has at most " + formatSectors(most) +
+             "; larger ones need larger chunks";
+    }
+  }
+  return "";
+}
+
 std::string Explanation::space(const std::vector<std::uint32_t>& drives, std::uint64_t size) {
   std::uint64_t there = 0;
   for (const std::uint32_t number : drives) {
@@ -188,13 +206,22 @@ std::string Explanation::shares(const VolumeRequest& request) {
   if (request.pools.empty() || request.pools.size() > 2) {
     return "a volume stands on one or two pools";
   }
+  const bool cached = request.type == VOLUME_CACHED;
   std::vector<std::uint64_t> tiers;
+  std::uint64_t chunk = 0;
+  std::uint64_t size = 0;
   for (const PoolShare& wanted : request.pools) {
     std::string reason = share(wanted);
     if (!reason.empty()) {
       return reason;
     }
-    tiers.push_back(numberOf(*m_inventory.byNumber(POOL, wanted.pool), "TierLevel"));
+    const Instance& pool = *m_inventory.byNumber(POOL, wanted.pool);
+    tiers.push_back(numberOf(pool, "TierLevel"));
+    // Pools have been found large enough, so the sizes can be added.
+    size = cached ? std::max(size, wanted.size) : size + wanted.size;
+    if (!cached || tiers.back() != TIER_SSD) {
+      chunk = std::max(chunk, numberOf(pool, "ChunkSize"));
+    }
   }
   if (tiers.size() == 2 && request.pools[0].pool == request.pools[1].pool) {
     return "pool " + std::to_string(request.pools[0].pool) + " is named twice";
@@ -202,9 +229,8 @@ std::string Explanation::shares(const VolumeRequest& request) {
   if (tiers.size() == 2 && tiers[0] == tiers[1]) {
     return "both pools are of one kind; a volume takes one of hard disks and one of SSDs";
   }
-  return request.type == VOLUME_CACHED && tiers.size() == 1
-             ? "a cached volume needs a pool of hard disks and one of SSDs"
-             : "";
+  return cached && tiers.size() == 1 ? "a cached volume needs a pool of hard disks and one of SSDs"
+                                     : volumeSize(chunk, size);
 }
 
 std::string Explanation::poolCreation(const PoolRequest& request) {
@@ -212,7 +238,8 @@ std::string Explanation::poolCreation(const PoolRequest& request) {
       {[&] { return withoutName(request.name); }, [&] { return texts(request.name, request.description); },
        [&] { return nameInUse(POOL, request.name, NO_NUMBER); }, [&] { return drives(request.drives); },
        [&] { return tierLevel(request.drives, request.tier); }, [&] { return chunkSize(request.chunk); },
-       [&] { return space(request.drives, request.size); }});
+       [&] { return space(request.drives, request.size); },
+       [&] { return limit(POOL, "MaxTiersSupported"); }});
 }
 
 std::string Explanation::poolModification(std::uint32_t pool, const PoolRequest& request) {
@@ -263,6 +290,7 @@ std::string Explanation::cacheCreation(const CacheRequest& request) {
          return ssd ? "" : "pool " + std::to_string(pool) + " is no pool of SSDs";
        },
        [&] { return chunkSize(request.chunk); }, [&] { return space({request.drive}, request.size); },
+       [&] { return volumeSize(request.chunk, std::max(request.size, request.volume.pools.front().size)); },
        [&] { return limit(VOLUME, "MaxVolumesSupported"); }});
 }
 

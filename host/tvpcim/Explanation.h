@@ -69,6 +69,7 @@ private:
   std::string driveNotFree(std::uint32_t number);
   std::string tierLevel(const std::vector<std::uint32_t>& numbers, std::uint8_t tier);
   std::string chunkSize(std::uint64_t chunk);
+  std::string volumeSize(std::uint64_t chunk, std::uint64_t size);
   std::string space(const std::vector<std::uint32_t>& drives, std::uint64_t size);
   std::string limit(const ObjectKind& kind, const char* property);
   std::string share(const PoolShare& share);

@@ -128,7 +128,7 @@ void PoolCommands::create() {
 
 void PoolCommands::modify() {
   if (m_name.empty() && m_tier.empty() && m_description.empty()) {
-    throw UsageError("say what to change: --name, --tier or --description");
+    throw UsageError("say what to change: --name, --tier or --description; an empty text changes nothing");
   }
   // The library leaves as it is what is empty or 0.
   PoolRequest request;

@@ -193,7 +193,7 @@ void VolumeCommands::cache() {
 
 void VolumeCommands::modify() {
   if (m_name.empty() && m_knob.empty() && m_description.empty()) {
-    throw UsageError("say what to change: --name, --description or --knob");
+    throw UsageError("say what to change: --name, --description or --knob; an empty text changes nothing");
   }
   // The library leaves as it is what is empty or 0.
   VolumeRequest request;

@@ -86,7 +86,7 @@ void WatchCommand::addTo(CLI::App& app) {
                            "With -o json every indication is one object on one line.",
                            [this] { watch(); });
   verb.add_option("CLASS", m_className, "The class of the indications")->capture_default_str();
-  verb.add_option("--count", m_count, "End after so many indications")->check(CLI::PositiveNumber);
+  verb.add_option("--count", m_count, "End after so many indications")->check(CLI::Range(1, 100000000));
   verb.add_option("--seconds", m_seconds, "End after so many seconds")->check(CLI::Range(1, 100000000));
 }
 

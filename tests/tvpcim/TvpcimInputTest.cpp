@@ -39,7 +39,9 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
        2,
        "drives have numbers from 0 to 255; '256' is none"},
       {{"pool", "create", "p", "--drives", "", "--size", "1GiB"}, 2, "--drives names no drive"},
-      {{"pool", "modify", "p"}, 2, "say what to change"},
+      {{"pool", "modify", "p", "--description", ""},
+       2,
+       "say what to change: --name, --tier or --description; an empty text changes nothing"},
       {{"volume", "modify", "v"}, 2, "say what to change: --name, --description or --knob"},
       {{"volume", "create", "v", "--pool", "a:1G", "--pool", "b:1G", "--pool", "c:1G"},
        2,
@@ -60,6 +62,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
       {{"drives", "--schema", "/nonexistent.mof"}, 1, "name the file of the classes with --schema"},
       {{"drives", "--schema", brokenSchema}, 1, "broken.mof:3: expected "},
       {{"watch", "TVP_Nothing"}, 2, "has no class 'TVP_Nothing'"},
+      {{"watch", "--count", "0"}, 2, "--count: Value 0 not in range 1 to 100000000; "},
   };
   for (const auto& [words, status, text] : cases) {
     SCOPED_TRACE(text);
@@ -156,6 +159,12 @@ TEST_F(TvpcimInput, OutputThatCannotBeWrittenIsAFailure) {
       Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim classes > /dev/full"}).run();
   EXPECT_EQ(full.exitStatus, 1);
   EXPECT_THAT(full.err, HasSubstr("standard output cannot be written"));
+  addDrive("hdd", "1GiB");
+  const CommandResult closed = Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim drives >&-"})
+                                   .with("VOLTVK_STATE", folder().file("state.db"))
+                                   .run();
+  EXPECT_EQ(closed.exitStatus, 1);
+  EXPECT_GE(answer({"drives"}).size(), 1U) << "the state is not what took the place of the output";
 }
 
 }  // namespace

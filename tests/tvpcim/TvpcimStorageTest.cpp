@@ -124,6 +124,8 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
   answer({"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB"});
   answer({"pool", "create", "fast", "--drives", m_ssd, "--size", "20GiB"});
   answer({"volume", "create", "data", "--pool", "slow:1GiB"});
+  answer(
+      {"pool", "create", "fine", "--drives", addDrive("hdd", "18TiB"), "--size", "18TiB", "--chunk", "4K"});
   const auto pool = [](const std::string& name, const std::string& drives, const std::string& size,
                        const char* chunk = "1MiB") {
     return Words{"pool", "create", name, "--drives", drives, "--size", size, "--chunk", chunk};
@@ -139,6 +141,7 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {pool("", other, "1GiB"), "the name is empty"},
       {pool(std::string(32, 'n'), other, "1GiB"), "the name has 32 bytes; a name has 1 to 31"},
       {pool("bad\xff", other, "1GiB"), "names and descriptions are UTF-8"},
+      {pool("a\tb", other, "1GiB"), "the name 'a\\x09b' has control characters in it"},
       {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; there are 4 KiB, 64 KiB,"},
       {pool("new", other, "11GiB"), "the drives hold 10 GiB, less than 11 GiB"},
       {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
@@ -161,6 +164,7 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {{"volume", "cache", "c", "--drive", other, "--size", "60G", "--ssd-pool", "fast", "--ssd-size", "1G"},
        "the drives hold 10 GiB, less than 60 GiB"},
       {{"volume", "create", "v", "--pool", "99:1G"}, "pool 99 does not exist"},
+      {{"volume", "create", "v", "--pool", "fine:17T"}, "a volume with chunks of 4 KiB has at most 16 TiB; "},
       {{"volume", "create", "v", "--pool", "slow:512"}, "a volume takes at least "},
       {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"}, "both pools are of one kind"},
       {{"volume", "modify", "77", "--name", "x"}, "volume 77 does not exist"},
