@@ -3,6 +3,7 @@
 #include "support/Command.h"
 
 #include <gtest/gtest.h>
+#include <ostream>
 
 namespace {
 
@@ -15,6 +16,11 @@ struct HostCase {
   const char* program;
   bool otherPluginFirst;
 };
+
+/** GoogleTest would print the bytes, padding included. */
+std::ostream& operator<<(std::ostream& stream, const HostCase& host) {
+  return stream << host.name;
+}
 
 class ForeignHosts : public testing::TestWithParam<HostCase> {};
 
