@@ -55,7 +55,10 @@ struct BrokerOptions {
   CMPIValueState keyState = CMPI_keyValue;
   /** Accept unknown properties and wrong types silently, as some object managers do. */
   bool lenient = false;
-  /** Dead objects that are kept, so that a late use is reported instead of reading freed memory. */
+  /**
+   * Dead objects of each thread that are kept, so that a late use is reported instead of reading freed
+   * memory. From the 17th thread on, threads share what is kept.
+   */
   std::size_t graveyard = 16384;
 };
 

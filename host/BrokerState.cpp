@@ -152,14 +152,17 @@ void BrokerState::bury(std::vector<std::unique_ptr<ObjectCore>> dead) {
   if (dead.empty()) {
     return;
   }
+  static std::atomic<std::size_t> threads{0};
+  static thread_local const std::size_t thread = threads++;
+  Graveyard& graveyard = m_graveyards[thread % m_graveyards.size()];
   std::vector<std::unique_ptr<ObjectCore>> gone;
-  const std::lock_guard<std::mutex> lock(m_graveyardMutex);
+  const std::lock_guard<std::mutex> lock(graveyard.mutex);
   for (auto& object : dead) {
-    m_graveyard.push_back(std::move(object));
+    graveyard.objects.push_back(std::move(object));
   }
-  while (m_graveyard.size() > m_options.graveyard) {
-    gone.push_back(std::move(m_graveyard.front()));
-    m_graveyard.pop_front();
+  while (graveyard.objects.size() > m_options.graveyard) {
+    gone.push_back(std::move(graveyard.objects.front()));
+    graveyard.objects.pop_front();
   }
 }
 

@@ -6,6 +6,7 @@
 
 #include "cmpift.h"
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <deque>
@@ -91,14 +92,18 @@ private:
   std::atomic<int> m_failCode{0};
   std::atomic<bool> m_recording{false};
 
-  mutable std::mutex m_mutex;  ///< guards all that follows, up to the graveyard
+  mutable std::mutex m_mutex;  ///< guards all that follows, up to the graveyards
   std::shared_ptr<const BrokerHandlers> m_handlers;
   std::vector<const char*> m_callNames;
   std::vector<Breach> m_breaches;
   std::vector<std::unique_ptr<Scope>> m_attached;
 
-  std::mutex m_graveyardMutex;
-  std::deque<std::unique_ptr<ObjectCore>> m_graveyard;
+  /** The dead of a thread; apart, so that threads do not wait for each other nor free each other's memory. */
+  struct Graveyard {
+    std::mutex mutex;
+    std::deque<std::unique_ptr<ObjectCore>> objects;
+  };
+  std::array<Graveyard, 16> m_graveyards;
 
   Scope m_lasting;
   Scope m_clones;

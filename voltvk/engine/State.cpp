@@ -73,6 +73,7 @@ void State::open() {
 
 void State::closeConnections() {
   m_snapshot.reset();
+  m_versionQuery.reset();
   m_reader.reset();
   m_writer.reset();
   m_file.close();
@@ -98,6 +99,7 @@ void State::openConnections() {
   m_file.release();
   m_writer = std::move(writer);
   m_reader = std::move(reader);
+  m_versionQuery = std::make_unique<Statement>(*m_reader, "PRAGMA data_version");
   m_suspect = false;
 }
 
@@ -154,7 +156,9 @@ std::shared_ptr<const Snapshot> State::snapshot() {
 
 void State::readSnapshot(Connection& connection) {
   // Taken before the rows are read: a change in between makes the next call read once more.
-  const std::int64_t version = connection.number("PRAGMA data_version");
+  m_versionQuery->rebind();
+  const std::int64_t version = m_versionQuery->step() ? m_versionQuery->integer(0) : 0;
+  m_versionQuery->rebind();  // ends its read transaction
   if (m_snapshot != nullptr && version == m_snapshotVersion) {
     return;
   }

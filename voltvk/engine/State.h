@@ -6,6 +6,7 @@
 #include "voltvk/engine/HostDriveScanner.h"
 #include "voltvk/engine/Snapshot.h"
 #include "voltvk/engine/StateFile.h"
+#include "voltvk/engine/Statement.h"
 
 #include <atomic>
 #include <chrono>
@@ -83,6 +84,7 @@ private:
   StateFile m_file;
   std::unique_ptr<Connection> m_writer;
   std::unique_ptr<Connection> m_reader;
+  std::unique_ptr<Statement> m_versionQuery;  // of the reader: each request asks several times
   std::atomic<bool> m_suspect{false};
   std::shared_ptr<const Snapshot> m_snapshot;  // guarded by the reader's mutex, as the next one
   std::int64_t m_snapshotVersion = 0;
