@@ -56,8 +56,8 @@ struct BrokerOptions {
   /** Accept unknown properties and wrong types silently, as some object managers do. */
   bool lenient = false;
   /**
-   * Dead objects of each thread that are kept, so that a late use is reported instead of reading freed
-   * memory. From the 17th thread on, threads share what is kept.
+   * Dead objects that are kept, so that a late use is reported instead of reading freed memory. A thread
+   * gets a sixteenth of them, at least one; from the 17th on, threads share.
    */
   std::size_t graveyard = 16384;
 };

@@ -160,7 +160,8 @@ void BrokerState::bury(std::vector<std::unique_ptr<ObjectCore>> dead) {
   for (auto& object : dead) {
     graveyard.objects.push_back(std::move(object));
   }
-  while (graveyard.objects.size() > m_options.graveyard) {
+  const std::size_t most = std::max<std::size_t>(m_options.graveyard / m_graveyards.size(), 1);
+  while (graveyard.objects.size() > most) {
     gone.push_back(std::move(graveyard.objects.front()));
     graveyard.objects.pop_front();
   }
