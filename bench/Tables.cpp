@@ -69,7 +69,8 @@ private:
 /** Instances accumulate: the first drive's has the properties of one drive, the last one's those of all. */
 double propertiesOf(std::size_t drives) {
   constexpr std::size_t OF_ONE_DRIVE = 15;
-  return static_cast<double>(OF_ONE_DRIVE * drives * (drives + 1) / 2);
+  const std::size_t shares = drives * (drives + 1) / 2;
+  return static_cast<double>(OF_ONE_DRIVE * shares);
 }
 
 using Microseconds = std::map<std::string, std::array<double, 2>>;
