@@ -1,21 +1,13 @@
 #include "docs/Page.h"
 
+#include "support/Lines.h"
+
 #include <fstream>
 #include <regex>
-#include <sstream>
 
 namespace tvp::test {
 
 namespace {
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) {
-    lines.push_back(line);
-  }
-  return lines;
-}
 
 /** Times and the numbers of threads differ from run to run; everything else has to be the same. */
 std::string withoutTimes(const std::string& text) {

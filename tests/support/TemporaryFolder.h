@@ -15,7 +15,8 @@ class TemporaryFolder {
 public:
   /** @throws std::runtime_error when the folder cannot be made. */
   TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tvp-test-XXXXXX").string();
+    const std::string letters(6, 'X');  // mkdtemp asks for them, and puts others in their place
+    std::string pattern = (std::filesystem::temp_directory_path() / ("tvp-test-" + letters)).string();
     if (::mkdtemp(pattern.data()) == nullptr) {
       throw std::runtime_error("cannot make a folder like " + pattern);
     }

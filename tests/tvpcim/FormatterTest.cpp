@@ -1,17 +1,18 @@
 #include "host/tvpcim/Formatter.h"
 #include "host/tvpcim/Text.h"
+#include "support/Lines.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <random>
-#include <sstream>
 
 namespace tvp::host::tvpcim {
 namespace {
 
 using nlohmann::ordered_json;
+using test::linesOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -33,15 +34,6 @@ Instance instanceOf(const std::string& className, std::vector<NamedValue> proper
 Listing listingOf(std::vector<Instance> instances) {
   const std::vector<Column> columns = columnsOf(instances);
   return {"things", std::move(instances), columns};
-}
-
-std::vector<std::string> linesOf(const std::string& text) {
-  std::vector<std::string> lines;
-  std::istringstream stream(text);
-  for (std::string line; std::getline(stream, line);) {
-    lines.push_back(line);
-  }
-  return lines;
 }
 
 /** One property of every kind, with the contents that are easily spoilt. */
