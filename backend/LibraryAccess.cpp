@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/LibraryAccess.h"
 
 #include "backend/TarvexProInterface.h"

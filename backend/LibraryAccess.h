@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_LIBRARYACCESS_H
 #define BACKEND_LIBRARYACCESS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_MEMBERWALK_H
 #define BACKEND_MEMBERWALK_H
 
@@ -21,9 +22,9 @@ namespace tvp::cim::fwf {
  * @return 0, also when no object has the identifier or the library throws; 3 when there is no adapter
  */
 template <typename Object, typename Describe>
-unsigned int collectMembers(const char* method, const char* type, unsigned int identifier,
-                            std::uint32_t (Object::*identifierOf)() const, Describe describe,
-                            std::vector<CIMInstance>& members) {
+unsigned int collectMembers(
+    const char* method, const char* type, unsigned int identifier,
+    std::uint32_t (Object::*identifierOf)() const, Describe describe, std::vector<CIMInstance>& members) {
   unsigned int result = 0;
   try {
     refreshTarvexProObjects();

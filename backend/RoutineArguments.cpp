@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/RoutineArguments.h"
 
 #include "oslib/KVSLog.h"
@@ -7,8 +8,9 @@ namespace tvp::cim::fwf {
 
 bool RoutineArguments::areExactly(std::initializer_list<const char*> names) const {
   if (m_in.getArgumentCount() != names.size()) {
-    KvsLogMsg(KVS_LOG_DEBUG, "%s FAILURE : %d input parameters required", m_routine,
-              static_cast<int>(names.size()));
+    KvsLogMsg(
+        KVS_LOG_DEBUG, "%s FAILURE : %d input parameters required", m_routine,
+        static_cast<int>(names.size()));
     return false;
   }
   return contain(names);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_ROUTINEARGUMENTS_H
 #define BACKEND_ROUTINEARGUMENTS_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/RoutineSupport.h"
 
 #include "backend/RoutineArguments.h"
@@ -17,8 +18,9 @@ void answerStatus(const char* caller, const Ret& ret, CIMMethodParam& out, const
   out.addArgument(makeProperty<unsigned int>(name, ret.getReturn()));
 }
 
-unsigned int runIdentifierRoutine(const IdentifierRoutine& texts, const IdentifierOperation& operation,
-                                  const CIMMethodParam& in, CIMMethodParam& out) {
+unsigned int runIdentifierRoutine(
+    const IdentifierRoutine& texts, const IdentifierOperation& operation, const CIMMethodParam& in,
+    CIMMethodParam& out) {
   const RoutineArguments arguments(texts.routine, in);
   if (!arguments.areExactly({texts.argument})) {
     return ROUTINE_FAILURE;
@@ -31,8 +33,8 @@ unsigned int runIdentifierRoutine(const IdentifierRoutine& texts, const Identifi
   return result;
 }
 
-unsigned int runMemberRoutine(const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in,
-                              CIMMethodParam& out) {
+unsigned int runMemberRoutine(
+    const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out) {
   KvsLogMsg(KVS_LOG_DEBUG, "%s Enter", texts.routine);
   if (in.getArgumentCount() == 0) {
     KvsLogMsg(KVS_LOG_DEBUG, "%s exits with without calling TVP Func", texts.routine);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_ROUTINESUPPORT_H
 #define BACKEND_ROUTINESUPPORT_H
 
@@ -34,8 +35,9 @@ struct IdentifierRoutine {
 };
 
 /** Checks the one argument, runs the operation, answers its status. @return the operation's result, or 3 */
-unsigned int runIdentifierRoutine(const IdentifierRoutine& texts, const IdentifierOperation& operation,
-                                  const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int runIdentifierRoutine(
+    const IdentifierRoutine& texts, const IdentifierOperation& operation, const CIMMethodParam& in,
+    CIMMethodParam& out);
 
 /** What differs between the routines that answer members. */
 struct MemberRoutine {
@@ -47,8 +49,8 @@ struct MemberRoutine {
 };
 
 /** Answers the "Members" of a pool or a volume, as instances in the namespace of the path. */
-unsigned int runMemberRoutine(const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in,
-                              CIMMethodParam& out);
+unsigned int runMemberRoutine(
+    const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 
 /**
  * Fills a text field of a record. @return whether the text is too long for it, for the record's own mark: the

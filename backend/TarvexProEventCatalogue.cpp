@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/LibraryAccess.h"
 #include "backend/TarvexProEventManager.h"
 #include "backend/TvkUtil.h"
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <optional>
+
 #include <sys/stat.h>
 
 namespace tvp::cim::fwf {
@@ -139,8 +141,9 @@ void rewriteArguments(const EventRule& rule, std::vector<std::string>& args, boo
     std::string& argument = args[part.index];
     argument = rewritten(part.rewriting, argument);
     const int level = part.rewriting == Rewriting::PoolTypeOfCreation ? KVS_LOG_ERROR : KVS_LOG_DEBUG;
-    KvsLogMsg(level, "TvproEventManager::rephraseEventDescription: %s : %s = %s ", rule.name,
-              labelOf(part.rewriting), argument.c_str());
+    KvsLogMsg(
+        level, "TvproEventManager::rephraseEventDescription: %s : %s = %s ", rule.name,
+        labelOf(part.rewriting), argument.c_str());
     const bool isPoolType =
         part.rewriting == Rewriting::PoolType || part.rewriting == Rewriting::PoolTypeOfCreation;
     skip = skip || (isPoolType && toNumber(argument) == TVK_POOL_INTERNAL);
@@ -210,15 +213,16 @@ bool TvproEventManager::getEventdescription(VolEvent* event, bool& skip) {
   if (text) {
     *text = trim(*text);
     parse(*text, args, event->code, skip);
-    tvkSetText(event->description, TVK_EVENT_DESCRIPTION_SIZE,
-               cutToSize(std::move(*text), TVK_EVENT_DESCRIPTION_SIZE - 1).c_str());
+    tvkSetText(
+        event->description, TVK_EVENT_DESCRIPTION_SIZE,
+        cutToSize(std::move(*text), TVK_EVENT_DESCRIPTION_SIZE - 1).c_str());
   }
   KvsTrace("Exiting TvproEventManager::getEventdescription()");
   return text.has_value();
 }
 
-void TvproEventManager::parse(std::string& text, std::vector<std::string>& args, unsigned int code,
-                              bool& skip) {
+void TvproEventManager::parse(
+    std::string& text, std::vector<std::string>& args, unsigned int code, bool& skip) {
   KvsTrace("Entering TvproEventManager::parse()");
   rephraseEventDescription(args, code, skip);
   if (skip) {
@@ -240,8 +244,8 @@ void TvproEventManager::parse(std::string& text, std::vector<std::string>& args,
   KvsTrace("Exiting TvproEventManager::parse()");
 }
 
-void TvproEventManager::rephraseEventDescription(std::vector<std::string>& args, unsigned int code,
-                                                 bool& skip) {
+void TvproEventManager::rephraseEventDescription(
+    std::vector<std::string>& args, unsigned int code, bool& skip) {
   skip = false;
   try {
     const auto& rules = eventRules();

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProEventManager.h"
 
 #include "backend/EventIndication.h"
@@ -174,8 +175,9 @@ void TvproEventManager::pollOnce() {
       if (!getEventdescription(event, skip)) {
         KvsLogMsg(KVS_LOG_DEBUG, "Going with event description from driver");
       }
-      KvsLogMsg(KVS_LOG_DEBUG, "TvproEventManager::pollForEvent() - EventDesc after processing: %s",
-                event->description);
+      KvsLogMsg(
+          KVS_LOG_DEBUG, "TvproEventManager::pollForEvent() - EventDesc after processing: %s",
+          event->description);
       if (skip) {
         KvsLogMsg(KVS_LOG_DEBUG, "TvproEventManager::pollForEvent() - Ignoring internal pool related event ");
       } else {
@@ -201,12 +203,13 @@ void TvproEventManager::reportPolicyEngineEvent() {
   event.time = static_cast<std::uint32_t>(std::time(nullptr));
   event.code = running ? POLICY_ENGINE_STARTED : POLICY_ENGINE_STOPPED;
   event.type = running ? TVK_EVENT_INFORMATION : TVK_EVENT_ERROR;
-  tvkSetText(event.description, TVK_EVENT_DESCRIPTION_SIZE,
-             running ? "tarvex Plus - Policy Engine Service has started running"
-                     : "tarvex Plus - Policy Engine Service has stopped");
+  tvkSetText(
+      event.description, TVK_EVENT_DESCRIPTION_SIZE,
+      running ? "tarvex Plus - Policy Engine Service has started running"
+              : "tarvex Plus - Policy Engine Service has stopped");
   SendEventIndication(&event);
-  KvsLogMsg(KVS_LOG_DEBUG, "Delivered Policy Engine status Event with Code = %d",
-            static_cast<int>(event.code));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "Delivered Policy Engine status Event with Code = %d", static_cast<int>(event.code));
 }
 
 void TvproEventManager::SendEventIndication(VolEvent* event) {
@@ -240,9 +243,10 @@ void formatTimeStamp(unsigned char* buffer, long time) {
       localtime_r(&seconds, &local);
     }
     constexpr long FIRST_YEAR = 1900;
-    std::snprintf(reinterpret_cast<char*>(buffer), TVP_TIME_STAMP_SIZE, "%.2d/%.2d/%ld %.2d:%.2d:%.2d",
-                  local.tm_mon + 1, local.tm_mday, local.tm_year + FIRST_YEAR, local.tm_hour, local.tm_min,
-                  local.tm_sec);
+    std::snprintf(
+        reinterpret_cast<char*>(buffer), TVP_TIME_STAMP_SIZE, "%.2d/%.2d/%ld %.2d:%.2d:%.2d",
+        local.tm_mon + 1, local.tm_mday, local.tm_year + FIRST_YEAR, local.tm_hour, local.tm_min,
+        local.tm_sec);
   }
   KvsTrace("Exiting formatTimeStamp()");
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProExecute.h"
 
 #include "backend/RoutineSupport.h"
@@ -10,8 +11,8 @@
 
 namespace tvp::cim::fwf {
 
-void insertRoutine(routineTable& table, const std::string& name, routineFunction function,
-                   unsigned int flag) {
+void insertRoutine(
+    routineTable& table, const std::string& name, routineFunction function, unsigned int flag) {
   table.emplace(name, routineInfo{function, flag, name});
 }
 

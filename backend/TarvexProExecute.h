@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_TARVEXPROEXECUTE_H
 #define BACKEND_TARVEXPROEXECUTE_H
 
@@ -10,8 +11,8 @@
 namespace tvp::cim::fwf {
 
 /** Carries out one extrinsic method: reads in, fills out. */
-using routineFunction = unsigned int (*)(const CIMObjectPath& path, const CIMMethodParam& in,
-                                         CIMMethodParam& out);
+using routineFunction =
+    unsigned int (*)(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 
 /** One entry of the routine table. */
 struct routineInfo {
@@ -39,26 +40,26 @@ unsigned int getSupportedRoutines(const CIMObjectPath& path, const CIMMethodPara
 unsigned int TvpIfCreateVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 unsigned int TvpIfDeleteVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 unsigned int TvpIfModifyVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
-                                      CIMMethodParam& out);
-unsigned int TvpIfDeleteVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
-                                      CIMMethodParam& out);
-unsigned int TvpIfModifyVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
-                                      CIMMethodParam& out);
-unsigned int TvpIfFlushVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in,
-                                     CIMMethodParam& out);
-unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in,
-                                        CIMMethodParam& out);
-unsigned int TvpIfResetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in,
-                                          CIMMethodParam& out);
-unsigned int TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in,
-                                        CIMMethodParam& out);
-unsigned int TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in,
-                                          CIMMethodParam& out);
-unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in,
-                                        CIMMethodParam& out);
-unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in,
-                                        CIMMethodParam& out);
+unsigned int
+TvpIfCreateVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfDeleteVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfModifyVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfFlushVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfGetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfResetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfCreateDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+unsigned int
+TvpIfDeleteDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 
 }  // namespace tvp::cim::fwf
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/LibraryAccess.h"
 #include "backend/RoutineArguments.h"
 #include "backend/RoutineSupport.h"
@@ -27,8 +28,9 @@ VirtualPoolSpec describeInternalPool(const RoutineArguments& arguments, unsigned
   pool.tierLevel = TVK_TIER_HDD;
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - LD TierLevel: %d", pool.tierLevel);
   pool.poolFlag = TVK_POOL_INTERNAL;
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Internal Pool Flag: %d",
-            static_cast<int>(pool.poolFlag));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Internal Pool Flag: %d",
+      static_cast<int>(pool.poolFlag));
   return pool;
 }
 
@@ -46,8 +48,9 @@ bool poolExists(unsigned int poolId) {
 unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfCreateDataCacheVolume");
   const RoutineArguments arguments("TvpIfCreateDataCacheVolume", in);
-  if (!arguments.areExactly({"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool",
-                             "LDDeviceNumber", "LDCapacityInSectors", "ChunkSize", "KnobSetting"})) {
+  if (!arguments.areExactly(
+          {"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool", "LDDeviceNumber",
+           "LDCapacityInSectors", "ChunkSize", "KnobSetting"})) {
     return ROUTINE_FAILURE;
   }
   const std::string name = arguments.text("VolumeName");
@@ -66,8 +69,9 @@ unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Knob Setting: %u", knobSetting);
 
   if (drives.size() != 1) {
-    KvsLogMsg(KVS_LOG_DEBUG,
-              "TvpIfCreateDataCacheVolume() - !!ERROR!! - Only one LD is required for DataCache volume");
+    KvsLogMsg(
+        KVS_LOG_DEBUG,
+        "TvpIfCreateDataCacheVolume() - !!ERROR!! - Only one LD is required for DataCache volume");
     return ROUTINE_FAILURE;
   }
   VirtualPoolSpec internalPool = describeInternalPool(arguments, drives.front());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/RoutineArguments.h"
 #include "backend/RoutineSupport.h"
 #include "backend/TarvexProExecute.h"
@@ -11,8 +12,9 @@ namespace tvp::cim::fwf {
 unsigned int TvpIfCreateVirtualPool(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfCreateVirtualPool");
   const RoutineArguments arguments("TvpIfCreateVirtualPool", in);
-  if (!arguments.areExactly({"Name", "Description", "NumberOfLogicalDevice", "LDDeviceNumbers",
-                             "CapacityInSectors", "ChunkSize", "TierLevel"})) {
+  if (!arguments.areExactly(
+          {"Name", "Description", "NumberOfLogicalDevice", "LDDeviceNumbers", "CapacityInSectors",
+           "ChunkSize", "TierLevel"})) {
     return ROUTINE_FAILURE;
   }
   const std::string name = arguments.text("Name");
@@ -34,10 +36,12 @@ unsigned int TvpIfCreateVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
   for (const unsigned char drive : drives) {
     KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualPool() - LD# %d", drive);
   }
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualPool() - Capacity in sectors: %llu",
-            static_cast<unsigned long long>(spec.capacityInSectors));
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualPool() - Chunk size: %llu",
-            static_cast<unsigned long long>(spec.chunkSizeInSectors));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TvpIfCreateVirtualPool() - Capacity in sectors: %llu",
+      static_cast<unsigned long long>(spec.capacityInSectors));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TvpIfCreateVirtualPool() - Chunk size: %llu",
+      static_cast<unsigned long long>(spec.chunkSizeInSectors));
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualPool() - TierLevel: %d", spec.tierLevel);
 
   Ret ret;
@@ -79,11 +83,12 @@ unsigned int TvpIfModifyVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
   return result;
 }
 
-unsigned int TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in,
-                                        CIMMethodParam& out) {
-  return runMemberRoutine({"TvpIfGetVirtualPoolMembers", "VirtualPoolId", "TVP_VirtualPoolMember",
-                           "Returning Logical Device instances", TarvexProVirtualPool::GetPoolMembers},
-                          path, in, out);
+unsigned int
+TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out) {
+  return runMemberRoutine(
+      {"TvpIfGetVirtualPoolMembers", "VirtualPoolId", "TVP_VirtualPoolMember",
+       "Returning Logical Device instances", TarvexProVirtualPool::GetPoolMembers},
+      path, in, out);
 }
 
 }  // namespace tvp::cim::fwf

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/RoutineArguments.h"
 #include "backend/RoutineSupport.h"
 #include "backend/TarvexProExecute.h"
@@ -14,8 +15,9 @@ namespace tvp::cim::fwf {
 namespace {
 
 /** One pool entry per identifier, with the capacity at the same place; the library compares the counts. */
-void fillPools(VirtualVolumeSpec& spec, const std::vector<unsigned int>& poolIds,
-               const std::vector<unsigned long long>& sizes) {
+void fillPools(
+    VirtualVolumeSpec& spec, const std::vector<unsigned int>& poolIds,
+    const std::vector<unsigned long long>& sizes) {
   spec.numPoolIds = static_cast<std::uint32_t>(poolIds.size());
   spec.numPoolSizes = static_cast<std::uint32_t>(sizes.size());
   for (std::size_t index = 0; index < std::min<std::size_t>(poolIds.size(), TVK_SPEC_POOLS); ++index) {
@@ -47,8 +49,9 @@ void answerStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) 
 unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfCreateVirtualVolume");
   const RoutineArguments arguments("TvpIfCreateVirtualVolume", in);
-  if (!arguments.areExactly({"VolumeName", "Description", "VolumeType", "VirtualPoolsCount",
-                             "ListOfVirtualPoolIds", "UsedSizeInSectors", "KnobSetting"})) {
+  if (!arguments.areExactly(
+          {"VolumeName", "Description", "VolumeType", "VirtualPoolsCount", "ListOfVirtualPoolIds",
+           "UsedSizeInSectors", "KnobSetting"})) {
     return ROUTINE_FAILURE;
   }
   const std::string name = arguments.text("VolumeName");
@@ -139,8 +142,8 @@ unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodPar
   return result;
 }
 
-unsigned int TvpIfResetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in,
-                                          CIMMethodParam& out) {
+unsigned int
+TvpIfResetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfResetVirtualVolumeStats");
   // Intended: this routine alone answers the status as "ReturnCode"; clients rely on the name.
   return runIdentifierRoutine(
@@ -148,11 +151,12 @@ unsigned int TvpIfResetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodP
       TarvexProVirtualVolume::ResetVolumeStats, in, out);
 }
 
-unsigned int TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in,
-                                          CIMMethodParam& out) {
-  return runMemberRoutine({"TvpIfGetVirtualVolumeMembers", "VirtualVolumeId", "TVP_VirtualVolumeSource",
-                           "Returning pool instances", TarvexProVirtualVolume::GetVolumeMembers},
-                          path, in, out);
+unsigned int
+TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out) {
+  return runMemberRoutine(
+      {"TvpIfGetVirtualVolumeMembers", "VirtualVolumeId", "TVP_VirtualVolumeSource",
+       "Returning pool instances", TarvexProVirtualVolume::GetVolumeMembers},
+      path, in, out);
 }
 
 }  // namespace tvp::cim::fwf

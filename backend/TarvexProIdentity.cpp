@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProIdentity.h"
 
 #include "backend/LibraryAccess.h"
@@ -14,19 +15,19 @@ namespace {
 tvpUtilManager collectCapabilities(const TvkAdapterIdentity& identity) {
   tvpUtilManager capabilities;
   for (int feature = TVP_FEATURE_CACHE; feature <= featMaxIndex; ++feature) {
-    capabilities.setFeature(static_cast<tvpFeatureEnum>(feature),
-                            static_cast<int>(identity.featureSupport[feature]));
+    capabilities.setFeature(
+        static_cast<tvpFeatureEnum>(feature), static_cast<int>(identity.featureSupport[feature]));
   }
   for (int adjustment = TVP_ADJUST_TUNE_KNOB; adjustment <= SuppAdjMaxIndex; ++adjustment) {
-    capabilities.setSuppAdjusment(static_cast<tvpSuppAdjEnum>(adjustment),
-                                  static_cast<int>(identity.adjustmentSupport[adjustment]));
+    capabilities.setSuppAdjusment(
+        static_cast<tvpSuppAdjEnum>(adjustment), static_cast<int>(identity.adjustmentSupport[adjustment]));
   }
   for (int chunkSize = TVP_CHUNKSZ_4KB; chunkSize <= SuppChunkMaxIndex; ++chunkSize) {
     // The end marker has no size of its own and shows the largest of all.
     const int sizeIndex = chunkSize == SuppChunkMaxIndex ? 0 : chunkSize;
-    capabilities.setSuppChunkProperties(static_cast<tvpSuppChunkEnum>(chunkSize),
-                                        static_cast<int>(identity.chunkSizeSupport[chunkSize]),
-                                        identity.maxVolumeSizeInSectors[sizeIndex]);
+    capabilities.setSuppChunkProperties(
+        static_cast<tvpSuppChunkEnum>(chunkSize), static_cast<int>(identity.chunkSizeSupport[chunkSize]),
+        identity.maxVolumeSizeInSectors[sizeIndex]);
   }
   return capabilities;
 }
@@ -46,12 +47,12 @@ void insertLimits(const TvkAdapterIdentity& identity, tvpCIMInstanceWrapper& wra
   wrapper.tvpAddProp<unsigned char>("MaxVolumesSupported", identity.maxVolumes, false, false);
   wrapper.tvpAddProp<unsigned char>("MaxTiersSupported", identity.maxTiers, false, false);
   wrapper.tvpAddProp<unsigned char>("MaxLogicalDevicesSupported", identity.maxLogicalDevices, false, false);
-  wrapper.tvpAddProp<unsigned char>("MaxLogicalDevicesPerPoolSupported", identity.maxLogicalDevicesPerPool,
-                                    false, false);
-  wrapper.tvpAddProp<unsigned long long>("MinTotalPoolSizeInSectors", identity.minTotalPoolSizeInSectors,
-                                         false, false);
-  wrapper.tvpAddProp<unsigned long long>("MinRequiredSizeFromPoolInSectors",
-                                         identity.minRequiredSizeFromPoolInSectors, false, false);
+  wrapper.tvpAddProp<unsigned char>(
+      "MaxLogicalDevicesPerPoolSupported", identity.maxLogicalDevicesPerPool, false, false);
+  wrapper.tvpAddProp<unsigned long long>(
+      "MinTotalPoolSizeInSectors", identity.minTotalPoolSizeInSectors, false, false);
+  wrapper.tvpAddProp<unsigned long long>(
+      "MinRequiredSizeFromPoolInSectors", identity.minRequiredSizeFromPoolInSectors, false, false);
   wrapper.tvpAddProp<unsigned char>("TarvexPlusEnabled", identity.plusEnabled, false, false);
   wrapper.tvpAddProp<unsigned char>("LogicalDevicesCount", identity.logicalDevicesCount, false, false);
   wrapper.tvpAddProp<unsigned char>("VirtualPoolCount", identity.virtualPoolCount, false, false);
@@ -65,9 +66,9 @@ bool readIdentity(TvkAdapter& adapter, TvkAdapterIdentity& identity) {
     if (ret.getReturn() == 0) {
       return true;
     }
-    KvsLogMsg(KVS_LOG_ERROR,
-              "InsertFeatureIdentityInfo() - the storage library does not tell its identity: %s",
-              ret.getText());
+    KvsLogMsg(
+        KVS_LOG_ERROR, "InsertFeatureIdentityInfo() - the storage library does not tell its identity: %s",
+        ret.getText());
   } catch (...) {
     KvsTrace("Exception caught in Tvk Lib method: TvkAdapter::getIdentity() ");
   }
@@ -92,8 +93,8 @@ unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
   wrapper.tvpAddProp<unsigned short>("MajorRevision", identity.majorRevision, false, false);
   wrapper.tvpAddProp<unsigned short>("MinorRevision", identity.minorRevision, false, false);
   wrapper.tvpAddProp<unsigned short>("BuildRevision", identity.buildRevision, false, false);
-  wrapper.tvpAddProp<unsigned char>("PolicyEngineStatus", getTarvexProRoot()->isPolicyEngineRunning() ? 1 : 0,
-                                    false, false);
+  wrapper.tvpAddProp<unsigned char>(
+      "PolicyEngineStatus", getTarvexProRoot()->isPolicyEngineRunning() ? 1 : 0, false, false);
   insertCapabilities(collectCapabilities(identity), wrapper);
   insertLimits(identity, wrapper);
   return 0;

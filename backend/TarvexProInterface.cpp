@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProInterface.h"
 
 #include "backend/TarvexProEventManager.h"
@@ -148,8 +149,8 @@ unsigned int TVPInterface::GetConfig() {
   return 0;
 }
 
-unsigned int TVPInterface::execute(const CIMObjectPath& path, const std::string& name,
-                                   const CIMMethodParam& in, CIMMethodParam& out) {
+unsigned int TVPInterface::execute(
+    const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in, CIMMethodParam& out) {
   tvpMethodTrace trace("TVPInterface::execute");
   const auto routine = m_routines.find(name);
   if (routine == m_routines.end()) {
@@ -158,8 +159,9 @@ unsigned int TVPInterface::execute(const CIMObjectPath& path, const std::string&
   try {
     return routine->second.function(path, in, out);
   } catch (...) {
-    KvsLogMsg(KVS_LOG_ERROR, "The method %s ended with an exception; nothing is known of its outcome",
-              name.c_str());
+    KvsLogMsg(
+        KVS_LOG_ERROR, "The method %s ended with an exception; nothing is known of its outcome",
+        name.c_str());
     return 3;
   }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_TARVEXPROINTERFACE_H
 #define BACKEND_TARVEXPROINTERFACE_H
 
@@ -74,8 +75,8 @@ public:
    * Carries out an extrinsic method.
    * @return the routine's result (0 success, 3 failure); 1 when there is no routine of that name
    */
-  unsigned int execute(const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in,
-                       CIMMethodParam& out);
+  unsigned int
+  execute(const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in, CIMMethodParam& out);
 
   /** Replaces names by the names of all routines, ascending. Always returns 0. */
   unsigned int TVPGetSupportedRoutines(std::vector<std::string>& names);

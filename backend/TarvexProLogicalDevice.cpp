@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProLogicalDevice.h"
 
 #include "backend/tvpCIMInstanceWrapper.h"
@@ -6,8 +7,8 @@
 
 namespace tvp::cim::fwf {
 
-unsigned int TarvexProLogicalDevice::InsertLogicalDriveInfo(LogicalDevice* drive,
-                                                            tvpCIMInstanceWrapper& wrapper) {
+unsigned int
+TarvexProLogicalDevice::InsertLogicalDriveInfo(LogicalDevice* drive, tvpCIMInstanceWrapper& wrapper) {
   tvpMethodTrace trace("TarvexProLogicalDevice::InsertLogicalDriveInfo");
   if (drive == nullptr) {
     return 3;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProUtil.h"
 
 #include <algorithm>
@@ -58,8 +59,8 @@ void tvpUtilManager::setSuppAdjusment(tvpSuppAdjEnum adjustment, int value) {
   m_adjustments.add(getSuppAdjString(adjustment), value);
 }
 
-void tvpUtilManager::setSuppChunkProperties(tvpSuppChunkEnum chunkSize, int value,
-                                            unsigned long long maxVolumeSize) {
+void tvpUtilManager::setSuppChunkProperties(
+    tvpSuppChunkEnum chunkSize, int value, unsigned long long maxVolumeSize) {
   m_chunkSizes.add(getSuppChunkString(chunkSize), value);
   m_maxVolumeSizes.push_back(maxVolumeSize);
 }

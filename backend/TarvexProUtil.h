@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_TARVEXPROUTIL_H
 #define BACKEND_TARVEXPROUTIL_H
 

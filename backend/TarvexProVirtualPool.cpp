@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProVirtualPool.h"
 
 #include "backend/AdapterOperation.h"
@@ -15,9 +16,9 @@ namespace {
 constexpr AdapterOperation CREATE("TarvexProVirtualPool::CreateVirtualPool", "createVirtualPool");
 constexpr AdapterOperation DELETE("TarvexProVirtualPool::DeleteVirtualPool", "deleteVirtualPool");
 // Intended: the exception line alone has a capital M; log readers know it so.
-constexpr AdapterOperation MODIFY({"TarvexProVirtualPool::ModifyVirtualPool",
-                                   "TarvexProVirtualPool::ModifyVirtualPool", "modifyVirtualPool",
-                                   "modifyVirtualPool", "ModifyVirtualPool"});
+constexpr AdapterOperation MODIFY(
+    {"TarvexProVirtualPool::ModifyVirtualPool", "TarvexProVirtualPool::ModifyVirtualPool",
+     "modifyVirtualPool", "modifyVirtualPool", "ModifyVirtualPool"});
 
 bool describeMember(const Chunk& chunk, tvpCIMInstanceWrapper& member) {
   const LogicalDevice* drive = chunk.getProviderLogical();
@@ -26,14 +27,16 @@ bool describeMember(const Chunk& chunk, tvpCIMInstanceWrapper& member) {
   }
   KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualPool::GetPoolMembers memberName : %s", drive->getDeviceName());
   member.tvpAddProp<std::string>("Name", drive->getDeviceName(), false, false);
-  KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualPool::GetPoolMembers DeviceNumber : %d",
-            drive->getDeviceNumber());
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TarvexProVirtualPool::GetPoolMembers DeviceNumber : %d", drive->getDeviceNumber());
   member.tvpAddProp<unsigned short>("DeviceNumber", drive->getDeviceNumber(), false, false);
-  KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualPool::GetPoolMembers startRange : %ld",
-            static_cast<long>(chunk.getStartRange()));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TarvexProVirtualPool::GetPoolMembers startRange : %ld",
+      static_cast<long>(chunk.getStartRange()));
   member.tvpAddProp<unsigned long long>("LDStartRange", chunk.getStartRange(), false, false);
-  KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualPool::GetPoolMembers endRange : %ld",
-            static_cast<long>(chunk.getEndRange()));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TarvexProVirtualPool::GetPoolMembers endRange : %ld",
+      static_cast<long>(chunk.getEndRange()));
   member.tvpAddProp<unsigned long long>("LDEndRange", chunk.getEndRange(), false, false);
   return true;
 }
@@ -44,8 +47,8 @@ unsigned int TarvexProVirtualPool::CreateVirtualPool(VirtualPoolSpec& spec, Ret&
   return CREATE.run(ret, [&](TvkAdapter& adapter) { return adapter.createVirtualPool(spec); });
 }
 
-unsigned int TarvexProVirtualPool::ModifyVirtualPool(unsigned int poolId, const VirtualPoolSpec& spec,
-                                                     Ret& ret) {
+unsigned int
+TarvexProVirtualPool::ModifyVirtualPool(unsigned int poolId, const VirtualPoolSpec& spec, Ret& ret) {
   return MODIFY.run(ret, [&](TvkAdapter& adapter) { return adapter.modifyVirtualPool(poolId, spec); });
 }
 
@@ -54,10 +57,12 @@ unsigned int TarvexProVirtualPool::DeleteVirtualPool(unsigned int poolId, Ret& r
 }
 
 unsigned int TarvexProVirtualPool::GetPoolMembers(unsigned int poolId, std::vector<CIMInstance>& members) {
-  KvsLogMsg(KVS_LOG_DEBUG, "Entering TarvexProVirtualPool::GetPoolMembers :- poolId : %d",
-            static_cast<int>(poolId));
-  return collectMembers("TarvexProVirtualPool::GetPoolMembers", "VirtualPool", poolId,
-                        &VirtualPool::getPoolId, describeMember, members);
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "Entering TarvexProVirtualPool::GetPoolMembers :- poolId : %d",
+      static_cast<int>(poolId));
+  return collectMembers(
+      "TarvexProVirtualPool::GetPoolMembers", "VirtualPool", poolId, &VirtualPool::getPoolId, describeMember,
+      members);
 }
 
 unsigned int TarvexProVirtualPool::InsertVirtualPoolInfo(VirtualPool* pool, tvpCIMInstanceWrapper& wrapper) {
@@ -66,8 +71,9 @@ unsigned int TarvexProVirtualPool::InsertVirtualPoolInfo(VirtualPool* pool, tvpC
     return 3;
   }
   if (pool->isInternal()) {
-    KvsLogMsg(KVS_LOG_DEBUG, "The Pool %s is an internal pool created for CachedLD, hence ignoring it",
-              pool->getName());
+    KvsLogMsg(
+        KVS_LOG_DEBUG, "The Pool %s is an internal pool created for CachedLD, hence ignoring it",
+        pool->getName());
     return 3;
   }
   wrapper.tvpAddProp<std::string>("CreationClassName", "TVP_VirtualPool", true, true);
@@ -80,8 +86,8 @@ unsigned int TarvexProVirtualPool::InsertVirtualPoolInfo(VirtualPool* pool, tvpC
   wrapper.tvpAddProp<unsigned long long>("ChunkSize", pool->getChunkSize(), false, false);
   wrapper.tvpAddProp<unsigned char>("TierLevel", pool->getTierLevel(), false, false);
   wrapper.tvpAddProp<unsigned long long>("CapacityInSectors", pool->getCapacityInSectors(), false, false);
-  wrapper.tvpAddProp<unsigned long long>("UsedCapacityInSectors", pool->getUsedCapacityInSectors(), false,
-                                         false);
+  wrapper.tvpAddProp<unsigned long long>(
+      "UsedCapacityInSectors", pool->getUsedCapacityInSectors(), false, false);
   return 0;
 }
 

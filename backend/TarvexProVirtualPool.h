@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_TARVEXPROVIRTUALPOOL_H
 #define BACKEND_TARVEXPROVIRTUALPOOL_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProVirtualVolume.h"
 
 #include "backend/AdapterOperation.h"
@@ -19,21 +20,20 @@ namespace tvp::cim::fwf {
 namespace {
 
 // Intended: the exit line names the pool class; log readers know it so.
-constexpr AdapterOperation CREATE({"TarvexProVirtualVolume::CreateVirtualVolume",
-                                   "TarvexProVirtualPool::CreateVirtualVolume", "createVirtualVolume",
-                                   "createVirtualVolume", "createVirtualVolume"});
+constexpr AdapterOperation CREATE(
+    {"TarvexProVirtualVolume::CreateVirtualVolume", "TarvexProVirtualPool::CreateVirtualVolume",
+     "createVirtualVolume", "createVirtualVolume", "createVirtualVolume"});
 constexpr AdapterOperation MODIFY("TarvexProVirtualVolume::ModifyVirtualVolume", "modifyVirtualVolume");
 constexpr AdapterOperation FLUSH("TarvexProVirtualVolume::FlushVirtualVolume", "flushVirtualVolume");
 constexpr AdapterOperation DELETE("TarvexProVirtualVolume::DeleteVirtualVolume", "deleteVirtualVolume");
 constexpr AdapterOperation RESET_STATS("TarvexProVirtualVolume::ResetVolumeStats", "resetVirtualVolumeStats");
 constexpr AdapterOperation GET_STATS("TarvexProVirtualVolume::GetVolumeStats", "getVirtualVolumeStats");
 // Intended: the names vary from line to line; log readers know them so.
-constexpr AdapterOperation CREATE_DATA_CACHE({"TarvexProVirtualVolume::CreateDataCacheVirtualVolume",
-                                              "TarvexProVirtualVolume::CreateDataCacheVolume",
-                                              "createDataCacheVolume", "CreateDataCacheVolume",
-                                              "CreateDataCacheVolume"});
-constexpr AdapterOperation DELETE_DATA_CACHE("TarvexProVirtualVolume::DeleteDataCacheVolume",
-                                             "DeleteDataCacheVolume");
+constexpr AdapterOperation CREATE_DATA_CACHE(
+    {"TarvexProVirtualVolume::CreateDataCacheVirtualVolume", "TarvexProVirtualVolume::CreateDataCacheVolume",
+     "createDataCacheVolume", "CreateDataCacheVolume", "CreateDataCacheVolume"});
+constexpr AdapterOperation
+    DELETE_DATA_CACHE("TarvexProVirtualVolume::DeleteDataCacheVolume", "DeleteDataCacheVolume");
 
 /** Does a spec begin with the SSD pool? A pool that does not exist is left to the library. */
 bool beginsWithSsd(TvkAdapter& adapter, const VirtualVolumeSpec& spec) {
@@ -63,14 +63,16 @@ void orderPools(TvkAdapter& adapter, VirtualVolumeSpec& spec) {
     std::swap(spec.pools[0], spec.pools[1]);
     KvsTrace("Changed the pool sequence order");
   }
-  KvsLogMsg(KVS_LOG_DEBUG, "The pool sequence order as: HDD %d  and SSD %ld",
-            static_cast<int>(spec.pools[0].poolId), static_cast<long>(spec.pools[1].poolId));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "The pool sequence order as: HDD %d  and SSD %ld",
+      static_cast<int>(spec.pools[0].poolId), static_cast<long>(spec.pools[1].poolId));
   spec.capacityInSectors = spec.pools[0].capacityInSectors;
   if (spec.featureType1 == TVK_VOLUME_TIERED) {
     spec.capacityInSectors = addCapacities(spec.capacityInSectors, spec.pools[1].capacityInSectors);
   }
-  KvsLogMsg(KVS_LOG_DEBUG, "The requested Volume capacity in sectors: %lld",
-            static_cast<long long>(spec.capacityInSectors));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "The requested Volume capacity in sectors: %lld",
+      static_cast<long long>(spec.capacityInSectors));
 }
 
 bool describeMember(const Chunk& chunk, tvpCIMInstanceWrapper& member) {
@@ -81,11 +83,13 @@ bool describeMember(const Chunk& chunk, tvpCIMInstanceWrapper& member) {
   // Intended: the providing pool's name stands under "VolumeName"; clients rely on the key.
   KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualVolume::GetVolumeMembers VolumeName : %s", pool->getName());
   member.tvpAddProp<std::string>("VolumeName", pool->getName(), false, false);
-  KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualVolume::GetVolumeMembers VirtualPoolId : %d",
-            static_cast<int>(pool->getPoolId()));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TarvexProVirtualVolume::GetVolumeMembers VirtualPoolId : %d",
+      static_cast<int>(pool->getPoolId()));
   member.tvpAddProp<unsigned int>("VirtualPoolId", pool->getPoolId(), false, false);
-  KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualVolume::GetVolumeMembers MaxAllowedChunks : %ld",
-            static_cast<long>(chunk.getMaxAllowedChunks()));
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TarvexProVirtualVolume::GetVolumeMembers MaxAllowedChunks : %ld",
+      static_cast<long>(chunk.getMaxAllowedChunks()));
   member.tvpAddProp<unsigned long long>("MaxAllowedChunks", chunk.getMaxAllowedChunks(), false, false);
   return true;
 }
@@ -98,11 +102,9 @@ unsigned int TarvexProVirtualVolume::CreateVirtualVolume(VirtualVolumeSpec& spec
       [&](TvkAdapter& adapter) { orderPools(adapter, spec); });
 }
 
-unsigned int TarvexProVirtualVolume::CreateDataCacheVirtualVolume(std::string volumeName, std::string text,
-                                                                  unsigned char kind, unsigned int ssdPoolId,
-                                                                  unsigned long long ssdCapacity,
-                                                                  unsigned int knobSetting,
-                                                                  VirtualPoolSpec& internalPool, Ret& ret) {
+unsigned int TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
+    std::string volumeName, std::string text, unsigned char kind, unsigned int ssdPoolId,
+    unsigned long long ssdCapacity, unsigned int knobSetting, VirtualPoolSpec& internalPool, Ret& ret) {
   KvsLogMsg(KVS_LOG_DEBUG, "Entering TarvexProVirtualVolume::CreateDataCacheVolume :");
   return CREATE_DATA_CACHE.carryOut(ret, [&](TvkAdapter&) {
     VirtualPoolSpec ssdPool;
@@ -110,8 +112,9 @@ unsigned int TarvexProVirtualVolume::CreateDataCacheVirtualVolume(std::string vo
     ssdPool.capacityInSectors = ssdCapacity;
     VirtualVolumeSpec volume;
     tvkSetText(volume.name, TVK_NAME_SIZE, cutToSize(std::move(volumeName), TVK_NAME_SIZE - 1).c_str());
-    tvkSetText(volume.description, TVK_DESCRIPTION_SIZE,
-               cutToSize(std::move(text), TVK_DESCRIPTION_SIZE - 1).c_str());
+    tvkSetText(
+        volume.description, TVK_DESCRIPTION_SIZE,
+        cutToSize(std::move(text), TVK_DESCRIPTION_SIZE - 1).c_str());
     volume.featureType1 = kind;
     volume.knobSetting = knobSetting;
     // An adapter of its own, so that nothing that the shared one holds can get into the way.
@@ -120,8 +123,8 @@ unsigned int TarvexProVirtualVolume::CreateDataCacheVirtualVolume(std::string vo
   });
 }
 
-unsigned int TarvexProVirtualVolume::DeleteDataCacheVolume(unsigned int volumeId, unsigned int poolId,
-                                                           Ret& ret) {
+unsigned int
+TarvexProVirtualVolume::DeleteDataCacheVolume(unsigned int volumeId, unsigned int poolId, Ret& ret) {
   KvsLogMsg(
       KVS_LOG_DEBUG,
       "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- VirtualVolumeId : %d.\t\tVirtualPoolID = %d",
@@ -129,8 +132,8 @@ unsigned int TarvexProVirtualVolume::DeleteDataCacheVolume(unsigned int volumeId
   return DELETE_DATA_CACHE.carryOut(ret, [&](TvkAdapter&) { return ret; });
 }
 
-unsigned int TarvexProVirtualVolume::ModifyVirtualVolume(unsigned int volumeId, VirtualVolumeSpec& spec,
-                                                         Ret& ret) {
+unsigned int
+TarvexProVirtualVolume::ModifyVirtualVolume(unsigned int volumeId, VirtualVolumeSpec& spec, Ret& ret) {
   return MODIFY.run(ret, [&](TvkAdapter& adapter) { return adapter.modifyVirtualVolume(volumeId, spec); });
 }
 
@@ -146,22 +149,24 @@ unsigned int TarvexProVirtualVolume::ResetVolumeStats(unsigned int volumeId, Ret
   return RESET_STATS.run(ret, [&](TvkAdapter& adapter) { return adapter.resetVirtualVolumeStats(volumeId); });
 }
 
-unsigned int TarvexProVirtualVolume::GetVolumeStats(unsigned int volumeId, d_ioctl_user_stat* stats,
-                                                    Ret& ret) {
-  return GET_STATS.run(ret,
-                       [&](TvkAdapter& adapter) { return adapter.getVirtualVolumeStats(stats, volumeId); });
+unsigned int
+TarvexProVirtualVolume::GetVolumeStats(unsigned int volumeId, d_ioctl_user_stat* stats, Ret& ret) {
+  return GET_STATS.run(
+      ret, [&](TvkAdapter& adapter) { return adapter.getVirtualVolumeStats(stats, volumeId); });
 }
 
-unsigned int TarvexProVirtualVolume::GetVolumeMembers(unsigned int volumeId,
-                                                      std::vector<CIMInstance>& members) {
-  KvsLogMsg(KVS_LOG_DEBUG, "Entering TarvexProVirtualVolume::GetVolumeMembers :- volId : %d",
-            static_cast<int>(volumeId));
-  return collectMembers("TarvexProVirtualVolume::GetVolumeMembers", "VirtualVolume", volumeId,
-                        &VirtualVolume::getVolumeId, describeMember, members);
+unsigned int
+TarvexProVirtualVolume::GetVolumeMembers(unsigned int volumeId, std::vector<CIMInstance>& members) {
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "Entering TarvexProVirtualVolume::GetVolumeMembers :- volId : %d",
+      static_cast<int>(volumeId));
+  return collectMembers(
+      "TarvexProVirtualVolume::GetVolumeMembers", "VirtualVolume", volumeId, &VirtualVolume::getVolumeId,
+      describeMember, members);
 }
 
-unsigned int TarvexProVirtualVolume::InsertVirtualVolumeInfo(VirtualVolume* volume,
-                                                             tvpCIMInstanceWrapper& wrapper) {
+unsigned int
+TarvexProVirtualVolume::InsertVirtualVolumeInfo(VirtualVolume* volume, tvpCIMInstanceWrapper& wrapper) {
   tvpMethodTrace trace("TarvexProVirtualVolume::InsertVirtualVolumeInfo");
   if (volume == nullptr) {
     return 3;
@@ -179,8 +184,8 @@ unsigned int TarvexProVirtualVolume::InsertVirtualVolumeInfo(VirtualVolume* volu
   wrapper.tvpAddProp<unsigned int>("MaxMoveChunks", volume->getMaxMoveChunks(), false, false);
   wrapper.tvpAddProp<unsigned int>("MoveThreshold", volume->getMoveThreshold(), false, false);
   wrapper.tvpAddProp<unsigned int>("StatsSetting", volume->getStatsSetting(), false, false);
-  wrapper.tvpAddProp<unsigned int>("NumberOfVirtualPoolsSupported",
-                                   volume->getNumberOfVirtualPoolsSupported(), false, false);
+  wrapper.tvpAddProp<unsigned int>(
+      "NumberOfVirtualPoolsSupported", volume->getNumberOfVirtualPoolsSupported(), false, false);
   wrapper.tvpAddProp<unsigned short>("DeviceNumber", volume->getDeviceNumber(), false, false);
   wrapper.tvpAddProp<unsigned char>("State", volume->getState(), false, false);
   wrapper.tvpAddProp<unsigned char>("KnobSetting", volume->getKnobSetting(), false, false);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_TARVEXPROVIRTUALVOLUME_H
 #define BACKEND_TARVEXPROVIRTUALVOLUME_H
 
@@ -37,10 +38,9 @@ public:
    * @param ssdCapacity sectors to take from the SSD pool
    * @param internalPool the pool to make of the cached drive; its identifier is set
    */
-  static unsigned int CreateDataCacheVirtualVolume(std::string volumeName, std::string text,
-                                                   unsigned char kind, unsigned int ssdPoolId,
-                                                   unsigned long long ssdCapacity, unsigned int knobSetting,
-                                                   VirtualPoolSpec& internalPool, Ret& ret);
+  static unsigned int CreateDataCacheVirtualVolume(
+      std::string volumeName, std::string text, unsigned char kind, unsigned int ssdPoolId,
+      unsigned long long ssdCapacity, unsigned int knobSetting, VirtualPoolSpec& internalPool, Ret& ret);
 
   /** Changes nothing: reports the status that ret already holds. The removal goes through the ordinary
    * deletions. */

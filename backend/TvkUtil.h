@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_TVKUTIL_H
 #define BACKEND_TVKUTIL_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BACKEND_TVPCIMINSTANCEWRAPPER_H
 #define BACKEND_TVPCIMINSTANCEWRAPPER_H
 
@@ -58,15 +59,17 @@ template <typename T>
 CIMProperty makeProperty(const char* name, T value, bool isKey = false, bool extraFlag = false) {
   using Kind = PropertyKind<T>;
   constexpr bool isArray = (Kind::TYPE % 2) == 1;
-  return CIMProperty(name, CIMValue<typename Kind::ElementType>(std::move(value), isArray, false), isKey,
-                     Kind::TYPE, extraFlag);
+  return CIMProperty(
+      name, CIMValue<typename Kind::ElementType>(std::move(value), isArray, false), isKey, Kind::TYPE,
+      extraFlag);
 }
 
 /** A date and time is carried as its text. */
-inline CIMProperty makeProperty(const char* name, DateAndTime value, bool isKey = false,
-                                bool extraFlag = false) {
-  return CIMProperty(name, CIMValue<std::string>(value.getDateAndTimeStringValue(), false, false), isKey,
-                     PDT_DATETIME, extraFlag);
+inline CIMProperty
+makeProperty(const char* name, DateAndTime value, bool isKey = false, bool extraFlag = false) {
+  return CIMProperty(
+      name, CIMValue<std::string>(value.getDateAndTimeStringValue(), false, false), isKey, PDT_DATETIME,
+      extraFlag);
 }
 
 /**

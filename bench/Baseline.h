@@ -1,9 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BENCH_BASELINE_H
 #define BENCH_BASELINE_H
 
-#include "voltvk/TvkLib.h"
-
 #include "cmpimacs.h"
+#include "voltvk/TvkLib.h"
 
 /**
  * The least that a provider can do: the broker calls that the product makes for the same request, with the

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Baseline.h"
 #include "voltvk/Specs.h"
 #include "voltvk/TvkAdapter.h"
@@ -41,21 +42,24 @@ void deliver(const VolEvent& event) {
 CMPIStatus cleanUp(CMPIIndicationMI*, const CMPIContext*, CMPIBoolean) {
   return DONE;
 }
-CMPIStatus authorize(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                     const CMPIObjectPath*, const char*) {
+CMPIStatus authorize(
+    CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+    const char*) {
   return DONE;
 }
-CMPIStatus mustPoll(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                    const CMPIObjectPath*) {
+CMPIStatus
+mustPoll(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*) {
   return DONE;
 }
-CMPIStatus activate(CMPIIndicationMI*, const CMPIContext* context, const CMPISelectExp*, const char*,
-                    const CMPIObjectPath*, CMPIBoolean) {
+CMPIStatus activate(
+    CMPIIndicationMI*, const CMPIContext* context, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+    CMPIBoolean) {
   threadContext = CBPrepareAttachThread(broker, context);
   return DONE;
 }
-CMPIStatus deActivate(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                      const CMPIObjectPath*, CMPIBoolean) {
+CMPIStatus deActivate(
+    CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+    CMPIBoolean) {
   return DONE;
 }
 CMPIStatus enable(CMPIIndicationMI*, const CMPIContext*) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Baseline.h"
 #include "voltvk/Chunk.h"
 #include "voltvk/FilterCollection.h"
@@ -163,16 +164,17 @@ void enumerate(const char* type, const CMPIResult* result, const Path& path) {
     };
     for (int last = 0; last < objects.size(); ++last) {
       CMPIInstance* instance =
-          newInstance(path.nameSpace.c_str(), path.className.c_str(),
-                      [&](CMPIObjectPath* op) { upTo(last, [&](Object& object) { addKeys(op, object); }); });
+          newInstance(path.nameSpace.c_str(), path.className.c_str(), [&](CMPIObjectPath* op) {
+            upTo(last, [&](Object& object) { addKeys(op, object); });
+          });
       upTo(last, [&](Object& object) { setProperties(instance, object); });
       CMReturnInstance(result, instance);
     }
   });
 }
 
-CMPIStatus enumInstances(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result,
-                         const CMPIObjectPath* op, const char**) {
+CMPIStatus enumInstances(
+    CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result, const CMPIObjectPath* op, const char**) {
   const Path path(op, false);
   if (path.is("TVP_LogicalDevice")) {
     enumerate<LogicalDevice>("LogicalDevice", result, path);
@@ -184,14 +186,14 @@ CMPIStatus enumInstances(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* 
   return CMReturnDone(result);
 }
 
-CMPIStatus enumInstanceNames(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result,
-                             const CMPIObjectPath* op) {
+CMPIStatus
+enumInstanceNames(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result, const CMPIObjectPath* op) {
   const Path path(op, false);  // no class of the product names its instances
   return CMReturnDone(result);
 }
 
-CMPIStatus getInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result,
-                       const CMPIObjectPath* op, const char**) {
+CMPIStatus getInstance(
+    CMPIInstanceMI*, const CMPIContext*, const CMPIResult* result, const CMPIObjectPath* op, const char**) {
   const Path path(op, true);
   CMReturnInstance(result, newInstance(path.nameSpace.c_str(), path.className.c_str(), [](auto*) {}));
   return CMReturnDone(result);
@@ -277,8 +279,8 @@ CMPIUint32 getMembers(const Path& path, const std::vector<Argument>& in, CMPIArg
   std::vector<CMPIValue> elements;
   for (RaidObject* chunk : chunks) {
     elements.push_back(describeMember(static_cast<Chunk&>(*chunk), path));
-    CMSetArrayElementAt(members.array, static_cast<CMPICount>(elements.size() - 1), &elements.back(),
-                        CMPI_instance);
+    CMSetArrayElementAt(
+        members.array, static_cast<CMPICount>(elements.size() - 1), &elements.back(), CMPI_instance);
   }
   CMAddArg(out, "Members", &members, CMPI_instanceA);
   CMRelease(members.array);
@@ -301,8 +303,9 @@ CMPIUint32 modifyPool(const std::vector<Argument>& in, CMPIArgs* out) {
   return 0;
 }
 
-CMPIStatus invokeMethod(CMPIMethodMI*, const CMPIContext* context, const CMPIResult* result,
-                        const CMPIObjectPath* op, const char* method, const CMPIArgs* in, CMPIArgs* out) {
+CMPIStatus invokeMethod(
+    CMPIMethodMI*, const CMPIContext* context, const CMPIResult* result, const CMPIObjectPath* op,
+    const char* method, const CMPIArgs* in, CMPIArgs* out) {
   const bool admitted = isAdministrator(context);
   {
     const Path logged(op, true);  // the product reads the path once for its log and once for the call

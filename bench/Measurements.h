@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BENCH_MEASUREMENTS_H
 #define BENCH_MEASUREMENTS_H
 

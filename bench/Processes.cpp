@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Measurements.h"
 #include "bench/Median.h"
 #include "bench/Work.h"
@@ -62,8 +63,9 @@ void measureThreads(const Scenario& scenario) {
         productRates.push_back(rateOf(work, product, threads));
         baselineRates.push_back(rateOf(work, baseline, threads));
       }
-      std::printf("%u\t%s\t%.1f\t%.1f\n", threads, log ? "present" : "absent", median(productRates),
-                  median(baselineRates));
+      std::printf(
+          "%u\t%s\t%.1f\t%.1f\n", threads, log ? "present" : "absent", median(productRates),
+          median(baselineRates));
     }
   }
 }

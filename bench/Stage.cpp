@@ -1,16 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Stage.h"
 
-#include "host/MofReader.h"
+#include "host/schema/MofReader.h"
 
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <dlfcn.h>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
 #include <thread>
+
+#include <dlfcn.h>
 
 namespace bench {
 
@@ -60,40 +62,42 @@ void invoke(Subject& subject, const std::string& method, const Arguments& argume
   const auto outcome = subject.provider().invokeMethod(path, method, arguments);
   const Value* status = outcome.output.find("RetStat");
   if (!outcome.ok() || status == nullptr || status->asUnsigned() != 0) {
-    throw std::runtime_error(method + " was refused: " + outcome.message + " " +
-                             (status == nullptr ? "" : status->toText()));
+    throw std::runtime_error(
+        method + " was refused: " + outcome.message + " " + (status == nullptr ? "" : status->toText()));
   }
 }
 
 void createPool(Subject& subject, std::size_t number, std::uint64_t sectors) {
-  invoke(subject, "CreateVirtualPool",
-         Arguments()
-             .add("Name", Value::string("Pool" + std::to_string(number)))
-             .add("Description", Value::string("for measuring"))
-             .add("NumberOfLogicalDevice", Value::uint8(1))
-             .add("LDDeviceNumbers", Value::array(CMPI_uint8, {Value::uint8(addDrive())}))
-             .add("CapacityInSectors", Value::uint64(sectors))
-             .add("ChunkSize", Value::uint64(CHUNK_SECTORS))
-             .add("TierLevel", Value::uint8(1)));
+  invoke(
+      subject, "CreateVirtualPool",
+      Arguments()
+          .add("Name", Value::string("Pool" + std::to_string(number)))
+          .add("Description", Value::string("for measuring"))
+          .add("NumberOfLogicalDevice", Value::uint8(1))
+          .add("LDDeviceNumbers", Value::array(CMPI_uint8, {Value::uint8(addDrive())}))
+          .add("CapacityInSectors", Value::uint64(sectors))
+          .add("ChunkSize", Value::uint64(CHUNK_SECTORS))
+          .add("TierLevel", Value::uint8(1)));
 }
 
 void createVolume(Subject& subject, std::size_t number) {
-  invoke(subject, "CreateVirtualVolume",
-         Arguments()
-             .add("VolumeName", Value::string("Volume" + std::to_string(number)))
-             .add("Description", Value::string("for measuring"))
-             .add("VolumeType", Value::uint8(1))
-             .add("VirtualPoolsCount", Value::uint8(1))
-             .add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, {Value::uint32(1)}))
-             .add("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(CHUNK_SECTORS * 16)}))
-             .add("KnobSetting", Value::uint32(2)));
+  invoke(
+      subject, "CreateVirtualVolume",
+      Arguments()
+          .add("VolumeName", Value::string("Volume" + std::to_string(number)))
+          .add("Description", Value::string("for measuring"))
+          .add("VolumeType", Value::uint8(1))
+          .add("VirtualPoolsCount", Value::uint8(1))
+          .add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, {Value::uint32(1)}))
+          .add("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(CHUNK_SECTORS * 16)}))
+          .add("KnobSetting", Value::uint32(2)));
 }
 
 }  // namespace
 
 Subject::Subject(Kind kind)
-    : m_broker(tvp::host::MofReader::readFile(std::string(OUTPUT) + "/share/tarvexpro/TVP.mof"),
-               brokerOptions()) {
+    : m_broker(
+          tvp::host::MofReader::readFile(std::string(OUTPUT) + "/share/tarvexpro/TVP.mof"), brokerOptions()) {
   tvp::host::BrokerHandlers handlers;
   handlers.onIndication = [this](const std::string&, const tvp::host::Instance&) {
     ++m_indications;

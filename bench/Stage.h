@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef BENCH_STAGE_H
 #define BENCH_STAGE_H
 
-#include "host/Provider.h"
+#include "host/provider/Provider.h"
 
 #include <atomic>
 #include <cstddef>

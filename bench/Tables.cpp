@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Tables.h"
 
 #include "bench/Median.h"
@@ -24,8 +25,8 @@ using Row = std::vector<std::string>;
 /** Runs measurements in child processes; a scenario is prepared when it is first used. */
 class Runner {
 public:
-  std::vector<Row> run(const std::string& measurement, const std::string& scenario,
-                       const std::string& subject = {}) {
+  std::vector<Row>
+  run(const std::string& measurement, const std::string& scenario, const std::string& subject = {}) {
     const std::filesystem::path folder = m_scratch.path() / scenario;
     const bool isNew = std::filesystem::create_directory(folder);
     setenv("VOLTVK_STATE", (folder / "state.db").c_str(), 1);
@@ -35,8 +36,9 @@ public:
     }
     return child(measurement + " " + scenario + " " + subject);
   }
-  double number(const std::string& measurement, const std::string& scenario, const std::string& subject,
-                std::size_t column = 0) {
+  double number(
+      const std::string& measurement, const std::string& scenario, const std::string& subject,
+      std::size_t column = 0) {
     return std::stod(run(measurement, scenario, subject).at(0).at(column));
   }
 
@@ -83,27 +85,30 @@ void printCostPerProperty(const Microseconds& absentLog) {
     const std::string what = std::to_string(drives) + " drives";
     const std::array<double, 2>& times = absentLog.at("EnumInstances, " + what);
     const double properties = propertiesOf(drives);
-    std::printf("| %s | %.0f | %.0f | %.0f |\n", what.c_str(), properties, times[0] * 1000 / properties,
-                times[1] * 1000 / properties);
+    std::printf(
+        "| %s | %.0f | %.0f | %.0f |\n", what.c_str(), properties, times[0] * 1000 / properties,
+        times[1] * 1000 / properties);
   }
 }
 
 Microseconds printTimes(Runner& runner) {
   Microseconds absentLog;
   std::printf("| request | log | provider, us | baseline, us | ratio |\n|---|---|---:|---:|---:|\n");
-  const std::array<std::array<const char*, 2>, 9> measurements = {{{"times", "drives-1"},
-                                                                   {"times", "drives-8"},
-                                                                   {"times", "drives-32"},
-                                                                   {"times", "drives-64"},
-                                                                   {"times", "pools-8"},
-                                                                   {"times", "pools-32"},
-                                                                   {"times", "volumes-8"},
-                                                                   {"times", "volumes-32"},
-                                                                   {"events", "pools-8"}}};
+  const std::array<std::array<const char*, 2>, 9> measurements = {
+      {{"times", "drives-1"},
+       {"times", "drives-8"},
+       {"times", "drives-32"},
+       {"times", "drives-64"},
+       {"times", "pools-8"},
+       {"times", "pools-32"},
+       {"times", "volumes-8"},
+       {"times", "volumes-32"},
+       {"events", "pools-8"}}};
   for (const auto& [measurement, scenario] : measurements) {
     for (const Row& row : runner.run(measurement, scenario)) {
-      std::printf("| %s | %s | %.1f | %.1f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(),
-                  std::stod(row.at(2)), std::stod(row.at(3)), std::stod(row.at(2)) / std::stod(row.at(3)));
+      std::printf(
+          "| %s | %s | %.1f | %.1f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(), std::stod(row.at(2)),
+          std::stod(row.at(3)), std::stod(row.at(2)) / std::stod(row.at(3)));
       std::fflush(stdout);
       if (row.at(1) == "absent") {
         absentLog[row.at(0)] = {std::stod(row.at(2)), std::stod(row.at(3))};
@@ -123,8 +128,9 @@ void printFirstAnswer(Runner& runner) {
   }
   const double productMedian = median(product);
   const double baselineMedian = median(baseline);
-  std::printf("| load to first answer, 8 drives | absent | %.1f | %.1f | %.2f |\n", productMedian,
-              baselineMedian, productMedian / baselineMedian);
+  std::printf(
+      "| load to first answer, 8 drives | absent | %.1f | %.1f | %.2f |\n", productMedian, baselineMedian,
+      productMedian / baselineMedian);
 }
 
 void printThreads(Runner& runner) {
@@ -135,8 +141,9 @@ void printThreads(Runner& runner) {
   for (const Row& row : runner.run("threads", "drives-8")) {
     const std::array<double, 2> rates = {std::stod(row.at(2)), std::stod(row.at(3))};
     const std::array<double, 2>& single = one.emplace(row.at(1), rates).first->second;
-    std::printf("| %s | %s | %.0f | %.2f | %.0f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(), rates[0],
-                rates[0] / single[0], rates[1], rates[1] / single[1]);
+    std::printf(
+        "| %s | %s | %.0f | %.2f | %.0f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(), rates[0],
+        rates[0] / single[0], rates[1], rates[1] / single[1]);
   }
 }
 
@@ -144,15 +151,17 @@ void printMemory(Runner& runner) {
   std::printf("\n| peak memory of the process | provider, KiB | baseline, KiB |\n|---|---:|---:|\n");
   for (const char* scenario :
        {"drives-1", "drives-8", "drives-32", "drives-64", "pools-8", "pools-32", "volumes-8", "volumes-32"}) {
-    std::printf("| %s | %.0f | %.0f |\n", scenario, runner.number("peak", scenario, "product"),
-                runner.number("peak", scenario, "baseline"));
+    std::printf(
+        "| %s | %.0f | %.0f |\n", scenario, runner.number("peak", scenario, "product"),
+        runner.number("peak", scenario, "baseline"));
   }
   std::printf(
       "\n| resident memory, KiB | after 1,000 requests | after 100,000 | growth |\n|---|---:|---:|---:|\n");
   for (const auto& [name, subject] : {std::pair{"provider", "product"}, std::pair{"baseline", "baseline"}}) {
     const Row row = runner.run("growth", "drives-8", subject).at(0);
-    std::printf("| %s | %s | %ld | %ld |\n", name, row.at(0).c_str(), std::stol(row.at(1)),
-                std::stol(row.at(1)) - std::stol(row.at(0)));
+    std::printf(
+        "| %s | %s | %ld | %ld |\n", name, row.at(0).c_str(), std::stol(row.at(1)),
+        std::stol(row.at(1)) - std::stol(row.at(0)));
   }
 }
 

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Measurements.h"
 #include "bench/Median.h"
 #include "bench/Work.h"
 
 #include <benchmark/benchmark.h>
+
 #include <cstdio>
 #include <map>
 #include <vector>
@@ -18,8 +20,8 @@ public:
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
       if (run.run_type == Run::RT_Iteration && run.iterations != 0) {
-        m_microseconds[run.run_name.function_name].push_back(run.real_accumulated_time * 1e6 /
-                                                             static_cast<double>(run.iterations));
+        m_microseconds[run.run_name.function_name].push_back(
+            run.real_accumulated_time * 1e6 / static_cast<double>(run.iterations));
       }
     }
   }
@@ -66,8 +68,9 @@ void measureTimes(const std::string& program, const Scenario& scenario, bool eve
       add(work, baseline, log, true);
     }
   }
-  std::vector<std::string> arguments = {program, "--benchmark_enable_random_interleaving=true",
-                                        "--benchmark_repetitions=7", "--benchmark_min_time=0.02"};
+  std::vector<std::string> arguments = {
+      program, "--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=7",
+      "--benchmark_min_time=0.02"};
   std::vector<char*> pointers;
   pointers.reserve(arguments.size());
   for (std::string& argument : arguments) {
@@ -79,8 +82,9 @@ void measureTimes(const std::string& program, const Scenario& scenario, bool eve
   benchmark::RunSpecifiedBenchmarks(&collector);
   for (const Work& work : works) {
     for (const bool log : {false, true}) {
-      std::printf("%s\t%s\t%.3f\t%.3f\n", work.what.c_str(), log ? "present" : "absent",
-                  collector.medianOf(nameOf(work, log, false)), collector.medianOf(nameOf(work, log, true)));
+      std::printf(
+          "%s\t%s\t%.3f\t%.3f\n", work.what.c_str(), log ? "present" : "absent",
+          collector.medianOf(nameOf(work, log, false)), collector.medianOf(nameOf(work, log, true)));
     }
   }
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Work.h"
 
 #include <algorithm>
@@ -52,8 +53,8 @@ Work retrieval(const std::string& what, const ObjectPath& path) {
           }};
 }
 
-double invoke(Subject& subject, Answer* answer, const ObjectPath& path, const char* method,
-              const Arguments& input) {
+double
+invoke(Subject& subject, Answer* answer, const ObjectPath& path, const char* method, const Arguments& input) {
   const auto& schema = subject.broker().schema();
   CMPIArgs* output = nullptr;
   return timed(subject, answer, path, [&](Request& request, const CMPIObjectPath* op) {
@@ -76,24 +77,27 @@ Work members(const std::string& what) {
       {{"CreationClassName", Value::string("TVP_VirtualPool")}, {"Name", Value::string("Pool0")}},
       ""};
   return {what, [path](Subject& subject, Answer* answer) {
-            return invoke(subject, answer, path, "GetVirtualPoolMembers",
-                          Arguments().add("VirtualPoolId", Value::uint32(POOL)));
+            return invoke(
+                subject, answer, path, "GetVirtualPoolMembers",
+                Arguments().add("VirtualPoolId", Value::uint32(POOL)));
           }};
 }
 
 double describePool(Subject& subject, Answer* answer) {
-  static const ObjectPath path{NAME_SPACE,
-                               "TVP_TierService",
-                               {{"CreationClassName", Value::string("TVP_TierService")},
-                                {"Name", Value::string("TVP_TierServiceInstance1")}},
-                               ""};
+  static const ObjectPath path{
+      NAME_SPACE,
+      "TVP_TierService",
+      {{"CreationClassName", Value::string("TVP_TierService")},
+       {"Name", Value::string("TVP_TierServiceInstance1")}},
+      ""};
   static std::atomic<unsigned int> number{0};  // a description that is there already would change nothing
-  return invoke(subject, answer, path, "ModifyVirtualPool",
-                Arguments()
-                    .add("VirtualPoolId", Value::uint32(POOL))
-                    .add("Name", Value::string("Pool0"))
-                    .add("TierLevel", Value::uint8(1))
-                    .add("Description", Value::string("description " + std::to_string(++number))));
+  return invoke(
+      subject, answer, path, "ModifyVirtualPool",
+      Arguments()
+          .add("VirtualPoolId", Value::uint32(POOL))
+          .add("Name", Value::string("Pool0"))
+          .add("TierLevel", Value::uint8(1))
+          .add("Description", Value::string("description " + std::to_string(++number))));
 }
 
 std::vector<std::string> recordedCalls(tvp::host::Broker& broker) {
@@ -159,11 +163,12 @@ std::vector<Work> worksFor(const Scenario& scenario) {
   std::vector<Work> works = {enumeration(
       "EnumInstances, " + count + (scenario.count == 1 ? " drive" : " drives"), "TVP_LogicalDevice")};
   if (scenario.count == 8) {
-    const ObjectPath drive{NAME_SPACE,
-                           "TVP_LogicalDevice",
-                           {{"CreationClassName", Value::string("TVP_LogicalDevice")},
-                            {"DeviceName", Value::string("/dev/sda")}},
-                           ""};
+    const ObjectPath drive{
+        NAME_SPACE,
+        "TVP_LogicalDevice",
+        {{"CreationClassName", Value::string("TVP_LogicalDevice")},
+         {"DeviceName", Value::string("/dev/sda")}},
+        ""};
     works.push_back(names("EnumInstanceNames, 8 drives", "TVP_LogicalDevice"));
     works.push_back(retrieval("GetInstance, a drive", drive));
   }
@@ -188,8 +193,8 @@ void requireSame(const Work& work, Subject& product, Subject& baseline) {
     }
   }
   if (!(productAnswer == baselineAnswer)) {
-    throw std::runtime_error(work.what +
-                             ": provider and baseline answer differently; bring the baseline up to date");
+    throw std::runtime_error(
+        work.what + ": provider and baseline answer differently; bring the baseline up to date");
   }
   if (calls.empty()) {
     throw std::runtime_error(work.what + ": no broker call was recorded");

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "bench/Measurements.h"
 #include "bench/Tables.h"
 
@@ -14,8 +15,9 @@ bench::Subject::Kind kindOf(const std::string& name) {
 }
 
 /** What a child process does: MEASUREMENT SCENARIO [SUBJECT]. */
-void measure(const std::string& program, const std::string& measurement, const bench::Scenario& scenario,
-             const std::string& subject) {
+void measure(
+    const std::string& program, const std::string& measurement, const bench::Scenario& scenario,
+    const std::string& subject) {
   bench::requireScratch();
   if (measurement == "prepare") {
     bench::prepare(scenario);

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # How every target of this project is compiled.
 
 add_library(tvp_compile INTERFACE)
@@ -29,10 +30,13 @@ if(TVP_COVERAGE)
   target_link_options(tvp_compile INTERFACE --coverage -Wl,--wrap=_exit)
 endif()
 
-# tvp_add_layer(NAME [LINK targets...]): a static library from all sources of the current folder.
+# tvp_add_layer(NAME [DIRECTORIES directories...] [LINK targets...]): a static library from all sources of the current
+# directory and of the named ones below it.
 function(tvp_add_layer name)
-  cmake_parse_arguments(ARG "" "" "LINK" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  cmake_parse_arguments(ARG "" "" "DIRECTORIES;LINK" ${ARGN})
+  list(TRANSFORM ARG_DIRECTORIES APPEND "/*.cpp")
+  list(TRANSFORM ARG_DIRECTORIES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+  file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${ARG_DIRECTORIES})
   add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PUBLIC tvp_compile ${ARG_LINK})
 endfunction()

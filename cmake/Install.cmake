@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What `cmake --install` puts where. Two components: `provider` for machines with an object manager, `dev` for authors
 # of management clients. tvp-register and tvpcim find the rest from their own place, so every prefix works.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The Debian packages: tarvexpro-provider and tarvexpro-dev. Made by `./dev package`.
 
 set(CPACK_GENERATOR DEB)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # A sealed module brings its own libstdc++ and allocator and exports nothing but its interface, so that it
 # can live in a process with any other C++ code. libgcc_s stays shared: exceptions unwind across modules.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIAdapter.h"
 
 #include "CIM/Framework/CommonFunctions.h"
@@ -5,10 +6,9 @@
 #include "backend/TarvexProInterface.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIObjectGuard.h"
+#include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMutexGuard.h"
-
-#include "cmpimacs.h"
 
 #include <new>
 

@@ -1,12 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIADAPTER_H
 #define CMPI_CMPIADAPTER_H
 
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMMethodParam.h"
 #include "CIM/Framework/CIMObjectPath.h"
-#include "oslib/KVSMutex.h"
-
 #include "cmpidt.h"
+#include "oslib/KVSMutex.h"
 
 #include <atomic>
 #include <cstdint>
@@ -57,73 +57,77 @@ public:
   /** Takes a request's own context instead, with which no thread will ever be attached. */
   void resetThreadContextToContext(const CMPIContext* context);
 
-  void EnumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                     const CMPIObjectPath* op, const char** properties, const CMPIBroker* broker,
-                     CMPIStatus* status);
-  void EnumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                         const CMPIObjectPath* op, const CMPIBroker* broker, CMPIStatus* status);
+  void EnumInstances(
+      CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const char** properties, const CMPIBroker* broker, CMPIStatus* status);
+  void EnumInstanceNames(
+      CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const CMPIBroker* broker, CMPIStatus* status);
   /** An instance that is not found is success without an instance. */
-  void GetInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                   const CMPIObjectPath* op, const char** properties, const CMPIBroker* broker,
-                   CMPIStatus* status);
+  void GetInstance(
+      CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const char** properties, const CMPIBroker* broker, CMPIStatus* status);
   /** Accepts every instance and does nothing with it. */
-  void CreateInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                      const CMPIObjectPath* op, const CMPIInstance* instance, const CMPIBroker* broker,
-                      CMPIStatus* status);
+  void CreateInstance(
+      CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const CMPIInstance* instance, const CMPIBroker* broker, CMPIStatus* status);
   /** For administrators only, see VerifyUserRole. Nothing is written to the result. */
-  void ModifyInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                      const CMPIObjectPath* op, const CMPIInstance* instance, const char** properties,
-                      const CMPIBroker* broker, CMPIStatus* status);
+  void ModifyInstance(
+      CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const CMPIInstance* instance, const char** properties, const CMPIBroker* broker, CMPIStatus* status);
   /** Accepts every path and does nothing. */
-  void DeleteInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                      const CMPIObjectPath* op, const CMPIBroker* broker, CMPIStatus* status);
+  void DeleteInstance(
+      CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const CMPIBroker* broker, CMPIStatus* status);
 
   /** For administrators only. Return values 0 and 5 are success; any other is CMPI_RC_ERR_FAILED. */
-  void InvokeMethod(CMPIMethodMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                    const CMPIObjectPath* op, const char* methodName, const CMPIArgs* in, CMPIArgs* out,
-                    const CMPIBroker* broker, CMPIStatus* status);
+  void InvokeMethod(
+      CMPIMethodMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const char* methodName, const CMPIArgs* in, CMPIArgs* out, const CMPIBroker* broker,
+      CMPIStatus* status);
 
   /**
    * The association operations. Texts may be null. Associators, References and ReferenceNames take,
    * when no plugin serves the association class, every registered class that CMPIHelper's
    * GetAssociationClasses finds. AssociatorNames without a usable plugin ends without the end mark.
    */
-  void Associators(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                   const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
-                   const char* role, const char* resultRole, const char** properties,
-                   const CMPIBroker* broker, CMPIStatus* status);
-  void AssociatorNames(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                       const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
-                       const char* role, const char* resultRole, const CMPIBroker* broker,
-                       CMPIStatus* status);
-  void References(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                  const CMPIObjectPath* op, const char* resultClass, const char* role,
-                  const char** properties, const CMPIBroker* broker, CMPIStatus* status);
-  void ReferenceNames(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                      const CMPIObjectPath* op, const char* resultClass, const char* role,
-                      const CMPIBroker* broker, CMPIStatus* status);
+  void Associators(
+      CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
+      const char** properties, const CMPIBroker* broker, CMPIStatus* status);
+  void AssociatorNames(
+      CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
+      const CMPIBroker* broker, CMPIStatus* status);
+  void References(
+      CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const char* resultClass, const char* role, const char** properties, const CMPIBroker* broker,
+      CMPIStatus* status);
+  void ReferenceNames(
+      CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+      const char* resultClass, const char* role, const CMPIBroker* broker, CMPIStatus* status);
 
   /** Counts one subscription more; the first switches indications on. */
-  void EnableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPIBroker* broker,
-                         CMPIStatus* status);
+  void EnableIndications(
+      CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPIBroker* broker, CMPIStatus* status);
   /** Counts one less, below zero too; reaching zero switches indications off. */
-  void DisableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPIBroker* broker,
-                          CMPIStatus* status);
+  void DisableIndications(
+      CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPIBroker* broker, CMPIStatus* status);
   /** Remembers broker and context and prepares the thread context for deliveries. */
-  void ActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
-                      const char* className, const CMPIObjectPath* op, CMPIBoolean firstActivation,
-                      const CMPIBroker* broker, CMPIStatus* status);
+  void ActivateFilter(
+      CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+      const CMPIObjectPath* op, CMPIBoolean firstActivation, const CMPIBroker* broker, CMPIStatus* status);
   /** Keeps what ActivateFilter remembered. */
-  void DeActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
-                        const char* className, const CMPIObjectPath* op, CMPIBoolean lastActivation,
-                        const CMPIBroker* broker, CMPIStatus* status);
+  void DeActivateFilter(
+      CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+      const CMPIObjectPath* op, CMPIBoolean lastActivation, const CMPIBroker* broker, CMPIStatus* status);
   /** Always fine, as is AuthorizeFilter. */
-  void MustPoll(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
-                const char* className, const CMPIObjectPath* op, const CMPIBroker* broker,
-                CMPIStatus* status);
-  void AuthorizeFilter(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
-                       const char* className, const CMPIObjectPath* op, const char* owner,
-                       const CMPIBroker* broker, CMPIStatus* status);
+  void MustPoll(
+      CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+      const CMPIObjectPath* op, const CMPIBroker* broker, CMPIStatus* status);
+  void AuthorizeFilter(
+      CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+      const CMPIObjectPath* op, const char* owner, const CMPIBroker* broker, CMPIStatus* status);
 
   /**
    * Hands an indication to the object manager; runs on the event listener's thread. Takes the class lock only
@@ -137,14 +141,17 @@ public:
    * CMPI_RC_ERR_FAILED and is left out; the others are returned.
    * @throws CIMException what a conversion throws; then there is no end mark
    */
-  static void ReturnInstances(const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
-                              const std::vector<fwf::CIMInstance>& instances, CMPIStatus* status);
+  static void ReturnInstances(
+      const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
+      const std::vector<fwf::CIMInstance>& instances, CMPIStatus* status);
   /** The same for object paths. */
-  static void ReturnObjectPaths(const CMPIBroker* broker, const CMPIResult* rslt,
-                                const std::vector<fwf::CIMObjectPath>& paths, CMPIStatus* status);
+  static void ReturnObjectPaths(
+      const CMPIBroker* broker, const CMPIResult* rslt, const std::vector<fwf::CIMObjectPath>& paths,
+      CMPIStatus* status);
   /** Converts a method's output, if there is any. @throws CIMException what the conversion throws */
-  static void FormArguments(const CMPIBroker* broker, const CMPIResult* rslt, const fwf::CIMMethodParam& out,
-                            CMPIArgs* outArgs, CMPIStatus* status);
+  static void FormArguments(
+      const CMPIBroker* broker, const CMPIResult* rslt, const fwf::CIMMethodParam& out, CMPIArgs* outArgs,
+      CMPIStatus* status);
 
   /**
    * Whether the user's primary group in the password file is 0. Supplementary groups and the user id

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/AbstractAssociationProviderPlugin.h"
 #include "CIM/Framework/FrameworkFacade.h"
 #include "cmpi/CMPIAdapter.h"
@@ -6,9 +7,8 @@
 #include "cmpi/CMPIHelperPaths.h"
 #include "cmpi/CMPIHelperValues.h"
 #include "cmpi/CMPIObjectGuard.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 #include <algorithm>
 
@@ -28,12 +28,13 @@ std::string textOrEmpty(const char* text) {
 
 /** What an association request asks for; an empty text asks for anything. */
 struct AssociationRequest {
-  AssociationRequest(const char* operation, const CMPIObjectPath* op, const char* through,
-                     const char* resultClassName)
+  AssociationRequest(
+      const char* operation, const CMPIObjectPath* op, const char* through, const char* resultClassName)
       : assocClass(textOrEmpty(through)), resultClass(textOrEmpty(resultClassName)) {
     CMPIHelper::CMPIObjectPathToFrameworkObjectPath(op, true, source);
-    KvsLogMsg(KVS_LOG_INFORMATION, "CMPIAdapter::%s: From:%s To:%s Tru:%s", operation,
-              source.className().c_str(), resultClass.c_str(), assocClass.c_str());
+    KvsLogMsg(
+        KVS_LOG_INFORMATION, "CMPIAdapter::%s: From:%s To:%s Tru:%s", operation, source.className().c_str(),
+        resultClass.c_str(), assocClass.c_str());
   }
 
   CIMObjectPath source;
@@ -53,14 +54,15 @@ std::string farEnd(FrameworkFacade& facade, const AssociationRequest& request) {
   if (source == CMPIAdapter::ToLower(dependent)) {
     return antecedent;
   }
-  KvsLogMsg(KVS_LOG_ERROR, "Unrelated Association class %s for %s", request.assocClass.c_str(),
-            request.source.className().c_str());
+  KvsLogMsg(
+      KVS_LOG_ERROR, "Unrelated Association class %s for %s", request.assocClass.c_str(),
+      request.source.className().c_str());
   return std::string();
 }
 
 /** The registered classes that answer a request: the named one if it is served, else the candidates. */
-std::vector<std::string> associationClasses(FrameworkFacade& facade, const AssociationRequest& request,
-                                            const CMPIBroker* broker) {
+std::vector<std::string>
+associationClasses(FrameworkFacade& facade, const AssociationRequest& request, const CMPIBroker* broker) {
   std::vector<std::string> classes;
   if (!request.assocClass.empty() && facade.getPlugIn(request.assocClass) != nullptr) {
     if (!farEnd(facade, request).empty()) {
@@ -95,8 +97,9 @@ void askPlugins(const AssociationRequest& request, const CMPIBroker* broker, Cal
  * Whether the object manager takes a class for the wanted one or a subclass of it; a class that it does not
  * know is none. @throws CIMException when it cannot say, since the answer would lack what is wanted
  */
-bool isWanted(const std::string& nameSpace, const std::string& className, const std::string& wanted,
-              const CMPIBroker* broker) {
+bool isWanted(
+    const std::string& nameSpace, const std::string& className, const std::string& wanted,
+    const CMPIBroker* broker) {
   const CMPIObjectGuard<CMPIObjectPath> path(
       makeObjectPath(nameSpace, className, {}, KeySelection::All, broker));
   CMPIStatus rc{CMPI_RC_OK, nullptr};
@@ -128,10 +131,10 @@ void keepWanted(std::vector<Item>& items, const std::string& wanted, const CMPIB
 
 }  // namespace
 
-void CMPIAdapter::Associators(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
-                              const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
-                              const char* role, const char* resultRole, const char** properties,
-                              const CMPIBroker* broker, CMPIStatus* status) {
+void CMPIAdapter::Associators(
+    CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
+    const char** properties, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("Associators", broker, status, [&] {
     AssociationRequest request("Associators", op, assocClass, resultClass);
     FrameworkFacade& facade = requireFacade();
@@ -147,10 +150,10 @@ void CMPIAdapter::Associators(CMPIAssociationMI*, const CMPIContext*, const CMPI
   });
 }
 
-void CMPIAdapter::AssociatorNames(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
-                                  const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
-                                  const char* role, const char* resultRole, const CMPIBroker* broker,
-                                  CMPIStatus* status) {
+void CMPIAdapter::AssociatorNames(
+    CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
+    const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("AssociatorNames", broker, status, [&] {
     AssociationRequest request("AssociatorNames", op, assocClass, resultClass);
     FrameworkFacade& facade = requireFacade();
@@ -172,9 +175,10 @@ void CMPIAdapter::AssociatorNames(CMPIAssociationMI*, const CMPIContext*, const 
   });
 }
 
-void CMPIAdapter::References(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
-                             const CMPIObjectPath* op, const char* resultClass, const char* role,
-                             const char** properties, const CMPIBroker* broker, CMPIStatus* status) {
+void CMPIAdapter::References(
+    CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* resultClass, const char* role, const char** properties, const CMPIBroker* broker,
+    CMPIStatus* status) {
   runOperation("References", broker, status, [&] {
     AssociationRequest request("References", op, resultClass, nullptr);
     const std::string nearRole = textOrEmpty(role);
@@ -186,9 +190,9 @@ void CMPIAdapter::References(CMPIAssociationMI*, const CMPIContext*, const CMPIR
   });
 }
 
-void CMPIAdapter::ReferenceNames(CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt,
-                                 const CMPIObjectPath* op, const char* resultClass, const char* role,
-                                 const CMPIBroker* broker, CMPIStatus* status) {
+void CMPIAdapter::ReferenceNames(
+    CMPIAssociationMI*, const CMPIContext*, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* resultClass, const char* role, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("ReferenceNames", broker, status, [&] {
     AssociationRequest request("ReferenceNames", op, resultClass, nullptr);
     const std::string nearRole = textOrEmpty(role);

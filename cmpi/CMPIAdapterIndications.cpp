@@ -1,12 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/Subscription.h"
 #include "cmpi/CMPIAdapter.h"
 #include "cmpi/CMPIAdapterOperation.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIObjectGuard.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 namespace tvp::cim::adap::cmpi {
 namespace {
@@ -24,8 +24,8 @@ bool notDelivered(const CMPIBroker* broker, const char* reason) {
 }
 
 /** The CMPI instance of an indication. @return a null guard when it cannot be made */
-CMPIObjectGuard<CMPIInstance> convertIndication(const fwf::CIMInstance& indication,
-                                                const CMPIBroker* broker) {
+CMPIObjectGuard<CMPIInstance>
+convertIndication(const fwf::CIMInstance& indication, const CMPIBroker* broker) {
   try {
     return CMPIObjectGuard<CMPIInstance>(
         CMPIHelper::FrameworkInstanceToCMPIInstance(indication, broker, nullptr));
@@ -50,19 +50,20 @@ void CMPIAdapter::resetThreadContextToContext(const CMPIContext* context) {
   m_threadContext = context;
 }
 
-void CMPIAdapter::EnableIndications(CMPIIndicationMI*, const CMPIContext*, const CMPIBroker* broker,
-                                    CMPIStatus* status) {
+void CMPIAdapter::EnableIndications(
+    CMPIIndicationMI*, const CMPIContext*, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("EnableIndications", broker, status, [] {
     if (++m_numOfSubscriptions == 1) {
       fwf::m_subscription = true;
     }
-    KvsLogMsg(KVS_LOG_INFORMATION, "CMPIAdapter::EnableIndications --> m_subscription = %d",
-              fwf::m_subscription ? 1 : 0);
+    KvsLogMsg(
+        KVS_LOG_INFORMATION, "CMPIAdapter::EnableIndications --> m_subscription = %d",
+        fwf::m_subscription ? 1 : 0);
   });
 }
 
-void CMPIAdapter::DisableIndications(CMPIIndicationMI*, const CMPIContext*, const CMPIBroker* broker,
-                                     CMPIStatus* status) {
+void CMPIAdapter::DisableIndications(
+    CMPIIndicationMI*, const CMPIContext*, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("DisableIndications", broker, status, [] {
     // No lower bound, intended: a surplus call leaves a count that is not zero.
     if (--m_numOfSubscriptions == 0) {
@@ -71,9 +72,9 @@ void CMPIAdapter::DisableIndications(CMPIIndicationMI*, const CMPIContext*, cons
   });
 }
 
-void CMPIAdapter::ActivateFilter(CMPIIndicationMI*, const CMPIContext* ctx, const CMPISelectExp*, const char*,
-                                 const CMPIObjectPath*, CMPIBoolean, const CMPIBroker* broker,
-                                 CMPIStatus* status) {
+void CMPIAdapter::ActivateFilter(
+    CMPIIndicationMI*, const CMPIContext* ctx, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+    CMPIBoolean, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("ActivateFilter", broker, status, [&] {
     setContext(ctx);
     setBroker(broker);
@@ -87,19 +88,21 @@ void CMPIAdapter::ActivateFilter(CMPIIndicationMI*, const CMPIContext* ctx, cons
   });
 }
 
-void CMPIAdapter::DeActivateFilter(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                                   const CMPIObjectPath*, CMPIBoolean, const CMPIBroker* broker,
-                                   CMPIStatus* status) {
+void CMPIAdapter::DeActivateFilter(
+    CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+    CMPIBoolean, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("DeActivateFilter", broker, status, [] {});
 }
 
-void CMPIAdapter::MustPoll(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                           const CMPIObjectPath*, const CMPIBroker*, CMPIStatus* status) {
+void CMPIAdapter::MustPoll(
+    CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+    const CMPIBroker*, CMPIStatus* status) {
   *status = CMPIStatus{CMPI_RC_OK, nullptr};
 }
 
-void CMPIAdapter::AuthorizeFilter(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                                  const CMPIObjectPath*, const char*, const CMPIBroker*, CMPIStatus* status) {
+void CMPIAdapter::AuthorizeFilter(
+    CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+    const char*, const CMPIBroker*, CMPIStatus* status) {
   *status = CMPIStatus{CMPI_RC_OK, nullptr};
 }
 

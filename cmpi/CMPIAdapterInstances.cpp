@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/FrameworkFacade.h"
 #include "cmpi/CMPIAdapter.h"
 #include "cmpi/CMPIAdapterOperation.h"
@@ -38,9 +39,9 @@ CIMObjectPath changePath(const char* operation, const CMPIObjectPath* op) {
 
 }  // namespace
 
-void CMPIAdapter::EnumInstances(CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult* rslt,
-                                const CMPIObjectPath* op, const char** properties, const CMPIBroker* broker,
-                                CMPIStatus* status) {
+void CMPIAdapter::EnumInstances(
+    CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char** properties, const CMPIBroker* broker, CMPIStatus* status) {
   constexpr char NAME[] = "EnumInstances";
   runOperation(NAME, broker, status, [&] {
     setContext(ctx);
@@ -51,8 +52,9 @@ void CMPIAdapter::EnumInstances(CMPIInstanceMI*, const CMPIContext* ctx, const C
   });
 }
 
-void CMPIAdapter::EnumInstanceNames(CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult* rslt,
-                                    const CMPIObjectPath* op, const CMPIBroker* broker, CMPIStatus* status) {
+void CMPIAdapter::EnumInstanceNames(
+    CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const CMPIBroker* broker, CMPIStatus* status) {
   constexpr char NAME[] = "EnumInstanceNames";
   runOperation(NAME, broker, status, [&] {
     setContext(ctx);
@@ -63,9 +65,9 @@ void CMPIAdapter::EnumInstanceNames(CMPIInstanceMI*, const CMPIContext* ctx, con
   });
 }
 
-void CMPIAdapter::GetInstance(CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult* rslt,
-                              const CMPIObjectPath* op, const char** properties, const CMPIBroker* broker,
-                              CMPIStatus* status) {
+void CMPIAdapter::GetInstance(
+    CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char** properties, const CMPIBroker* broker, CMPIStatus* status) {
   constexpr char NAME[] = "GetInstance";
   const auto work = [&] {
     setContext(ctx);
@@ -78,9 +80,9 @@ void CMPIAdapter::GetInstance(CMPIInstanceMI*, const CMPIContext* ctx, const CMP
   runOperation(NAME, broker, status, work, "Exiting");
 }
 
-void CMPIAdapter::CreateInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult* rslt,
-                                 const CMPIObjectPath* op, const CMPIInstance*, const CMPIBroker* broker,
-                                 CMPIStatus* status) {
+void CMPIAdapter::CreateInstance(
+    CMPIInstanceMI*, const CMPIContext*, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const CMPIInstance*, const CMPIBroker* broker, CMPIStatus* status) {
   constexpr char NAME[] = "CreateInstance";
   runOperation(NAME, broker, status, [&] {
     changePath(NAME, op);
@@ -90,9 +92,9 @@ void CMPIAdapter::CreateInstance(CMPIInstanceMI*, const CMPIContext*, const CMPI
   });
 }
 
-void CMPIAdapter::ModifyInstance(CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult*,
-                                 const CMPIObjectPath* op, const CMPIInstance* instance,
-                                 const char** properties, const CMPIBroker* broker, CMPIStatus* status) {
+void CMPIAdapter::ModifyInstance(
+    CMPIInstanceMI*, const CMPIContext* ctx, const CMPIResult*, const CMPIObjectPath* op,
+    const CMPIInstance* instance, const char** properties, const CMPIBroker* broker, CMPIStatus* status) {
   constexpr char NAME[] = "ModifyInstance";
   runOperation(NAME, broker, status, [&] {
     RequestOrigin origin;
@@ -109,8 +111,9 @@ void CMPIAdapter::ModifyInstance(CMPIInstanceMI*, const CMPIContext* ctx, const 
   });
 }
 
-void CMPIAdapter::DeleteInstance(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*,
-                                 const CMPIObjectPath* op, const CMPIBroker* broker, CMPIStatus* status) {
+void CMPIAdapter::DeleteInstance(
+    CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath* op,
+    const CMPIBroker* broker, CMPIStatus* status) {
   constexpr char NAME[] = "DeleteInstance";
   runOperation(NAME, broker, status, [&] {
     changePath(NAME, op);

@@ -1,12 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/FrameworkFacade.h"
 #include "cmpi/CMPIAdapter.h"
 #include "cmpi/CMPIAdapterOperation.h"
 #include "cmpi/CMPIAdministrator.h"
 #include "cmpi/CMPIHelper.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 namespace tvp::cim::adap::cmpi {
 namespace {
@@ -18,8 +18,8 @@ constexpr unsigned int METHOD_DONE = 0;
 constexpr unsigned int METHOD_DONE_WITH_STATUS = 5;
 
 /** Calls the method. @throws CIMException when its return value is no success */
-unsigned int callMethod(const CMPIObjectPath* op, const char* methodName, const CMPIArgs* in,
-                        CIMMethodParam& output) {
+unsigned int
+callMethod(const CMPIObjectPath* op, const char* methodName, const CMPIArgs* in, CIMMethodParam& output) {
   CIMObjectPath path;
   CMPIHelper::CMPIObjectPathToFrameworkObjectPath(op, true, path);
   CIMMethodParam input;
@@ -34,17 +34,18 @@ unsigned int callMethod(const CMPIObjectPath* op, const char* methodName, const 
 
 }  // namespace
 
-void CMPIAdapter::InvokeMethod(CMPIMethodMI*, const CMPIContext* ctx, const CMPIResult* rslt,
-                               const CMPIObjectPath* op, const char* methodName, const CMPIArgs* in,
-                               CMPIArgs* out, const CMPIBroker* broker, CMPIStatus* status) {
+void CMPIAdapter::InvokeMethod(
+    CMPIMethodMI*, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* methodName, const CMPIArgs* in, CMPIArgs* out, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("InvokeMethod", broker, status, [&] {
     KvsLogMsg(KVS_LOG_INFORMATION, "CMPIAdapter::InvokeMethod:%s", methodName);
     RequestOrigin origin;
     if (!readOrigin(ctx, broker, origin, status)) {
       return;
     }
-    KvsLogMsg(KVS_LOG_INFORMATION, "UserName = %s, HostName = %s, ObjPath = %s", origin.user.c_str(),
-              origin.host.c_str(), CMPIHelper::objectPathText(op).c_str());
+    KvsLogMsg(
+        KVS_LOG_INFORMATION, "UserName = %s, HostName = %s, ObjPath = %s", origin.user.c_str(),
+        origin.host.c_str(), CMPIHelper::objectPathText(op).c_str());
     if (!admitOrigin(origin, broker, status)) {
       return;
     }

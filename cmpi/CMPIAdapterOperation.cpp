@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIAdapterOperation.h"
 
 #include "cmpimacs.h"
@@ -35,8 +36,8 @@ void keepRefusal(const CMPIStatus& answer, CMPIStatus* status) {
 fwf::FrameworkFacade& requireFacade() {
   fwf::FrameworkFacade* facade = fwf::FrameworkFacade::getInstance();
   if (facade == nullptr) {
-    throwInternalError("Failed to create FrameworkFacade instance",
-                       "Failed to Create FrameworkFacade Instance");
+    throwInternalError(
+        "Failed to create FrameworkFacade instance", "Failed to Create FrameworkFacade Instance");
   }
   return *facade;
 }
@@ -49,8 +50,9 @@ void traceAdapter(const char* direction, const char* name) {
 
 void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status) {
   KvsLogMsg(KVS_LOG_ERROR, "%s", exception.message().c_str());
-  setStatus(status, CMPIHelper::ConvertFrameWorkErrorCodeToCmpiErrorCode(exception.getErrCode()), broker,
-            exception.message().c_str());
+  setStatus(
+      status, CMPIHelper::ConvertFrameWorkErrorCodeToCmpiErrorCode(exception.getErrCode()), broker,
+      exception.message().c_str());
 }
 
 }  // namespace tvp::cim::adap::cmpi

@@ -1,12 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIADAPTEROPERATION_H
 #define CMPI_CMPIADAPTEROPERATION_H
 
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/FrameworkFacade.h"
 #include "cmpi/CMPIHelper.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpidt.h"
+#include "oslib/KVSLog.h"
 
 // What the operations of the adapter share: their trace lines and what becomes of an exception.
 namespace tvp::cim::adap::cmpi {
@@ -44,8 +44,9 @@ void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, C
  * @param entry first word of the entry line
  */
 template <typename Work>
-void runOperation(const char* name, const CMPIBroker* broker, CMPIStatus* status, Work&& work,
-                  const char* entry = "Entering") {
+void runOperation(
+    const char* name, const CMPIBroker* broker, CMPIStatus* status, Work&& work,
+    const char* entry = "Entering") {
   traceAdapter(entry, name);
   try {
     work();

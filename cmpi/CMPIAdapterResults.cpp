@@ -1,10 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIAdapter.h"
 #include "cmpi/CMPIAdapterOperation.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIObjectGuard.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 namespace tvp::cim::adap::cmpi {
 namespace {
@@ -14,8 +14,9 @@ namespace {
  * not make the later ones fail; a status that was bad before does.
  */
 template <typename Item, typename Convert, typename Return>
-void returnAll(const std::vector<Item>& items, const CMPIBroker* broker, const CMPIResult* rslt,
-               CMPIStatus* status, const char* failure, Convert convert, Return give) {
+void returnAll(
+    const std::vector<Item>& items, const CMPIBroker* broker, const CMPIResult* rslt, CMPIStatus* status,
+    const char* failure, Convert convert, Return give) {
   const bool alreadyFailed = status->rc != CMPI_RC_OK;
   for (const Item& item : items) {
     auto* object = convert(item);
@@ -30,8 +31,9 @@ void returnAll(const std::vector<Item>& items, const CMPIBroker* broker, const C
 
 }  // namespace
 
-void CMPIAdapter::ReturnInstances(const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
-                                  const std::vector<fwf::CIMInstance>& instances, CMPIStatus* status) {
+void CMPIAdapter::ReturnInstances(
+    const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
+    const std::vector<fwf::CIMInstance>& instances, CMPIStatus* status) {
   KvsTrace("Entering CMPIAdapter::ReturnInstances()");
   returnAll(
       instances, broker, rslt, status, "Failed to convert CIM Instance to CMPI Instance",
@@ -42,8 +44,9 @@ void CMPIAdapter::ReturnInstances(const CMPIBroker* broker, const CMPIResult* rs
   KvsTrace("Exiting CMPIAdapter::ReturnInstances()");
 }
 
-void CMPIAdapter::ReturnObjectPaths(const CMPIBroker* broker, const CMPIResult* rslt,
-                                    const std::vector<fwf::CIMObjectPath>& paths, CMPIStatus* status) {
+void CMPIAdapter::ReturnObjectPaths(
+    const CMPIBroker* broker, const CMPIResult* rslt, const std::vector<fwf::CIMObjectPath>& paths,
+    CMPIStatus* status) {
   KvsTrace("Entering CMPIAdapter::ReturnObjectPaths()");
   returnAll(
       paths, broker, rslt, status, "Failed to convert CIM ObjectPath to CMPI ObjectPath",
@@ -54,8 +57,9 @@ void CMPIAdapter::ReturnObjectPaths(const CMPIBroker* broker, const CMPIResult* 
   KvsTrace("Exiting CMPIAdapter::ReturnObjectPaths()");
 }
 
-void CMPIAdapter::FormArguments(const CMPIBroker* broker, const CMPIResult*, const fwf::CIMMethodParam& out,
-                                CMPIArgs* outArgs, CMPIStatus* status) {
+void CMPIAdapter::FormArguments(
+    const CMPIBroker* broker, const CMPIResult*, const fwf::CIMMethodParam& out, CMPIArgs* outArgs,
+    CMPIStatus* status) {
   KvsTrace("Entering CMPIAdapter::FormArguments()");
   if (out.getArgumentCount() > 0) {
     if (isObject(outArgs)) {

@@ -1,14 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIAdministrator.h"
 
 #include "CIM/Framework/CommonFunctions.h"
 #include "cmpi/CMPIAdapter.h"
 #include "cmpi/CMPIAdapterOperation.h"
 #include "cmpi/CMPIObjectGuard.h"
+#include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSPaths.h"
 #include "oslib/KVSSystem.h"
-
-#include "cmpimacs.h"
 
 #include <fstream>
 

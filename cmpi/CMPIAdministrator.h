@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIADMINISTRATOR_H
 #define CMPI_CMPIADMINISTRATOR_H
 

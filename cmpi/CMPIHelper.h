@@ -1,10 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIHELPER_H
 #define CMPI_CMPIHELPER_H
 
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMMethodParam.h"
 #include "CIM/Framework/CIMObjectPath.h"
-
 #include "cmpidt.h"
 
 #include <string>
@@ -32,8 +32,8 @@ public:
    * left half filled, with a line on the log.
    * @throws CIMException FW_RC_INVALID_NAMESPACE or FW_RC_INVALID_CLASS when the path cannot give them
    */
-  static void CMPIObjectPathToFrameworkObjectPath(CMPIObjectPath const* op, bool withKeys,
-                                                  fwf::CIMObjectPath& out);
+  static void
+  CMPIObjectPathToFrameworkObjectPath(CMPIObjectPath const* op, bool withKeys, fwf::CIMObjectPath& out);
 
   /**
    * Replaces the key bindings of a path by the string, boolean, sint64 and reference keys of a CMPI path;
@@ -50,15 +50,15 @@ public:
    * scalar references are refused with FW_RC_NOT_SUPPORTED.
    * @return null when the broker gives no object and no error
    */
-  static CMPIObjectPath* FrameworkObjectPathToCMPIObjectPath(fwf::CIMObjectPath const& path,
-                                                             CMPIBroker const* broker);
+  static CMPIObjectPath*
+  FrameworkObjectPathToCMPIObjectPath(fwf::CIMObjectPath const& path, CMPIBroker const* broker);
 
   /** Appends the strings of an array that ends with a null pointer; a null array adds nothing. */
   static void ConvertChartoStringVector(char const* const* list, std::vector<std::string>& out);
 
   /** Fills an instance with the class of a path and the properties of a CMPI instance. @return true */
-  static bool CMPIInstanceToFrameworkInstance(CMPIInstance const* ci, fwf::CIMObjectPath& path,
-                                              fwf::CIMInstance& out);
+  static bool
+  CMPIInstanceToFrameworkInstance(CMPIInstance const* ci, fwf::CIMObjectPath& path, fwf::CIMInstance& out);
 
   /**
    * Adds the properties of a CMPI instance: boolean, the unsigned integers, string, datetime, and
@@ -72,15 +72,15 @@ public:
    * @param properties names of the wanted properties, ended by a null pointer; null means all
    * @return null when the broker gives no path or no instance and no error
    */
-  static CMPIInstance* FrameworkInstanceToCMPIInstance(fwf::CIMInstance const& inst, CMPIBroker const* broker,
-                                                       char const** properties);
+  static CMPIInstance* FrameworkInstanceToCMPIInstance(
+      fwf::CIMInstance const& inst, CMPIBroker const* broker, char const** properties);
 
   /** Appends one argument for every CMPI argument; a null value becomes a value with the null flag. */
   static void CMPIArgsToFrameWorkMethodParam(CMPIArgs const* in, fwf::CIMMethodParam& out);
 
   /** Adds every argument to a list of CMPI arguments. */
-  static void FrameworkArgumentsToCMPIArguments(fwf::CIMMethodParam const& params, CMPIArgs* out,
-                                                CMPIBroker const* broker);
+  static void FrameworkArgumentsToCMPIArguments(
+      fwf::CIMMethodParam const& params, CMPIArgs* out, CMPIBroker const* broker);
 
   /**
    * Appends the registered classes, in lower case, that take part in an association request.
@@ -88,8 +88,9 @@ public:
    * whose ends is the class of the path, or a standard class (CIM_...) that it derives from
    * Throws nothing: a class that cannot be judged is left out.
    */
-  static void GetAssociationClasses(fwf::CIMObjectPath const& path, char const* assocClass,
-                                    CMPIBroker const* broker, std::vector<std::string>& out);
+  static void GetAssociationClasses(
+      fwf::CIMObjectPath const& path, char const* assocClass, CMPIBroker const* broker,
+      std::vector<std::string>& out);
 
   /** The CMPI code of a caught exception's code: 2 to 18 stay, everything else is CMPI_RC_ERR_FAILED. */
   static CMPIrc ConvertFrameWorkErrorCodeToCmpiErrorCode(unsigned int code);

@@ -1,9 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMException.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperValues.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 #include <utility>
 
@@ -30,9 +30,10 @@ constexpr ArgumentKind scalar(fwf::Primitive_DataType code, CMPIType type, const
 }
 
 constexpr ArgumentKind array(fwf::Primitive_DataType code, CMPIType element, const char* received = nullptr) {
-  return ArgumentKind{code,
-                      {static_cast<CMPIType>(element | CMPI_ARRAY), element, element},
-                      {received, nullptr, nullptr, nullptr}};
+  return ArgumentKind{
+      code,
+      {static_cast<CMPIType>(element | CMPI_ARRAY), element, element},
+      {received, nullptr, nullptr, nullptr}};
 }
 
 constexpr ArgumentKind ARGUMENT_KINDS[] = {
@@ -91,8 +92,8 @@ void CMPIHelper::CMPIArgsToFrameWorkMethodParam(CMPIArgs const* in, CIMMethodPar
   }
 }
 
-void CMPIHelper::FrameworkArgumentsToCMPIArguments(CIMMethodParam const& params, CMPIArgs* out,
-                                                   CMPIBroker const* broker) {
+void CMPIHelper::FrameworkArgumentsToCMPIArguments(
+    CIMMethodParam const& params, CMPIArgs* out, CMPIBroker const* broker) {
   const OutboundRules rules{broker, nullptr, throwOperationFailed};
   for (const CIMProperty& argument : params.arguments()) {
     KvsLogMsg(KVS_LOG_DEBUG, "Prop type %d", static_cast<int>(argument.getType()));

@@ -1,12 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/CommonFunctions.h"
 #include "CIM/Framework/FrameworkFacade.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperPaths.h"
 #include "cmpi/CMPIObjectGuard.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 namespace tvp::cim::adap::cmpi {
 namespace {
@@ -18,15 +18,16 @@ using fwf::FrameworkFacade;
 
 constexpr char STANDARD_PREFIX[] = "CIM_";
 
-CMPIObjectGuard<CMPIObjectPath> pathOfClass(const CIMObjectPath& path, const std::string& className,
-                                            const CMPIBroker* broker) {
+CMPIObjectGuard<CMPIObjectPath>
+pathOfClass(const CIMObjectPath& path, const std::string& className, const CMPIBroker* broker) {
   return CMPIObjectGuard<CMPIObjectPath>(
       makeObjectPath(path.nameSpace(), className, {}, KeySelection::All, broker));
 }
 
 /** Whether the object manager says that the class of the path derives from either end. */
-bool derivesFromAnEnd(const CIMObjectPath& path, const std::string& antecedent, const std::string& dependent,
-                      const CMPIBroker* broker) {
+bool derivesFromAnEnd(
+    const CIMObjectPath& path, const std::string& antecedent, const std::string& dependent,
+    const CMPIBroker* broker) {
   const CMPIObjectGuard<CMPIObjectPath> source = pathOfClass(path, path.className(), broker);
   if (!source.usable()) {
     return false;
@@ -39,8 +40,8 @@ bool derivesFromAnEnd(const CIMObjectPath& path, const std::string& antecedent, 
 }
 
 /** Whether a registered class is an association that the class of the path takes part in. */
-bool isRelated(FrameworkFacade& facade, const CIMObjectPath& path, const std::string& plugin,
-               const CMPIBroker* broker) {
+bool isRelated(
+    FrameworkFacade& facade, const CIMObjectPath& path, const std::string& plugin, const CMPIBroker* broker) {
   std::string antecedent;
   std::string dependent;
   facade.getAntecedentAndDependentNames(plugin, antecedent, dependent);
@@ -61,8 +62,8 @@ bool isRelated(FrameworkFacade& facade, const CIMObjectPath& path, const std::st
   return true;
 }
 
-bool isChild(const CIMObjectPath& path, const std::string& plugin, const char* assocClass,
-             const CMPIBroker* broker) {
+bool isChild(
+    const CIMObjectPath& path, const std::string& plugin, const char* assocClass, const CMPIBroker* broker) {
   if (plugin == CommonFunctions::toLower(assocClass)) {
     return false;
   }
@@ -80,8 +81,9 @@ bool isChild(const CIMObjectPath& path, const std::string& plugin, const char* a
 
 }  // namespace
 
-void CMPIHelper::GetAssociationClasses(CIMObjectPath const& path, char const* assocClass,
-                                       CMPIBroker const* broker, std::vector<std::string>& out) {
+void CMPIHelper::GetAssociationClasses(
+    CIMObjectPath const& path, char const* assocClass, CMPIBroker const* broker,
+    std::vector<std::string>& out) {
   KvsLogMsg(KVS_LOG_DEBUG, "Entering CMPIHelper::GetAssociationClasses()");
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   if (facade == nullptr) {

@@ -1,8 +1,7 @@
-#include "cmpi/CMPIHelperValues.h"
-
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMObjectPath.h"
-
+#include "cmpi/CMPIHelperValues.h"
 #include "cmpimacs.h"
 
 #include <utility>
@@ -119,8 +118,8 @@ constexpr InboundKind INBOUND_KINDS[] = {
 
 }  // namespace
 
-std::optional<CIMProperty> propertyOfValue(const std::string& name, const CMPIData& data,
-                                           const InboundRules& rules) {
+std::optional<CIMProperty>
+propertyOfValue(const std::string& name, const CMPIData& data, const InboundRules& rules) {
   for (const InboundKind& kind : INBOUND_KINDS) {
     if (kind.type == data.type) {
       return kind.make(Inbound{name, data, rules, kind.code});

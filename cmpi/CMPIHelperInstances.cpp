@@ -1,11 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMException.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperPaths.h"
 #include "cmpi/CMPIHelperValues.h"
 #include "cmpi/CMPIObjectGuard.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 #include <utility>
 
@@ -34,15 +34,17 @@ std::optional<OutboundShape> shapeOf(const CIMProperty& property) {
 void setProperty(const CMPIInstance* ci, const CIMProperty& property, const OutboundRules& rules) {
   const std::optional<OutboundShape> shape = shapeOf(property);
   if (!shape) {
-    KvsLogMsg(KVS_LOG_DEBUG, "TVP: fwf::FW_RC_NOT_SUPPORTED - propertyType %d",
-              static_cast<int>(property.getType()));
+    KvsLogMsg(
+        KVS_LOG_DEBUG, "TVP: fwf::FW_RC_NOT_SUPPORTED - propertyType %d",
+        static_cast<int>(property.getType()));
     throw CIMException(fwf::FW_RC_NOT_SUPPORTED, std::string(fwf::NOT_SUPPORTED_SUFFIX));
   }
   const OutboundValue value = valueOfProperty(property, *shape, rules);
   const CMPIStatus rc = CMSetProperty(ci, property.name().c_str(), value.get(), value.type());
   if (rc.rc != CMPI_RC_OK) {
-    KvsLogMsg(KVS_LOG_INFORMATION, "%s:Exception for the attribute %s due to Type MisMatch ->%d.",
-              "FrameworkInstanceToCMPIInstance", property.name().c_str(), static_cast<int>(rc.rc));
+    KvsLogMsg(
+        KVS_LOG_INFORMATION, "%s:Exception for the attribute %s due to Type MisMatch ->%d.",
+        "FrameworkInstanceToCMPIInstance", property.name().c_str(), static_cast<int>(rc.rc));
     throwOperationFailed(rc);
   }
 }
@@ -62,8 +64,8 @@ CMPIObjectGuard<CMPIInstance> newInstance(const CIMInstance& inst, const CMPIBro
 
 }  // namespace
 
-bool CMPIHelper::CMPIInstanceToFrameworkInstance(CMPIInstance const* ci, fwf::CIMObjectPath& path,
-                                                 CIMInstance& out) {
+bool CMPIHelper::CMPIInstanceToFrameworkInstance(
+    CMPIInstance const* ci, fwf::CIMObjectPath& path, CIMInstance& out) {
   out.setPath(path);
   if (!setProps(ci, out)) {
     throwOperationFailed();
@@ -99,8 +101,8 @@ bool CMPIHelper::setProps(CMPIInstance const* ci, CIMInstance& out) {
   return true;
 }
 
-CMPIInstance* CMPIHelper::FrameworkInstanceToCMPIInstance(CIMInstance const& inst, CMPIBroker const* broker,
-                                                          char const** properties) {
+CMPIInstance* CMPIHelper::FrameworkInstanceToCMPIInstance(
+    CIMInstance const& inst, CMPIBroker const* broker, char const** properties) {
   CMPIObjectGuard<CMPIInstance> ci = newInstance(inst, broker);
   if (!ci.usable()) {
     return nullptr;

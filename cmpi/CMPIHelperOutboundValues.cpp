@@ -1,9 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperValues.h"
 #include "cmpi/CMPIObjectGuard.h"
-#include "oslib/KVSLog.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSLog.h"
 
 #include <array>
 #include <cstddef>
@@ -56,16 +56,16 @@ CMPIValue makeDateTime(const CIMProperty& property, std::size_t index, const Out
 
 CMPIValue makeReference(const CIMProperty& property, std::size_t index, const OutboundRules& rules) {
   CMPIValue value{};
-  value.ref = CMPIHelper::FrameworkObjectPathToCMPIObjectPath(property.objectPathSlot().m_values[index],
-                                                              rules.broker);
+  value.ref = CMPIHelper::FrameworkObjectPathToCMPIObjectPath(
+      property.objectPathSlot().m_values[index], rules.broker);
   made(value.ref, CMPIStatus{CMPI_RC_OK, nullptr}, rules);
   return value;
 }
 
 CMPIValue makeInstance(const CIMProperty& property, std::size_t index, const OutboundRules& rules) {
   CMPIValue value{};
-  value.inst = CMPIHelper::FrameworkInstanceToCMPIInstance(property.instanceSlot().m_values[index],
-                                                           rules.broker, rules.properties);
+  value.inst = CMPIHelper::FrameworkInstanceToCMPIInstance(
+      property.instanceSlot().m_values[index], rules.broker, rules.properties);
   made(value.inst, CMPIStatus{CMPI_RC_OK, nullptr}, rules);
   return value;
 }
@@ -127,8 +127,9 @@ void logText(const char* text) {
   }
 }
 
-OutboundValue makeArray(const CIMProperty& property, const OutboundKind& kind, const OutboundShape& shape,
-                        const OutboundRules& rules, const OutboundTexts& texts) {
+OutboundValue makeArray(
+    const CIMProperty& property, const OutboundKind& kind, const OutboundShape& shape,
+    const OutboundRules& rules, const OutboundTexts& texts) {
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const std::size_t count = kind.count(property);
   CMPIValue value{};
@@ -140,8 +141,9 @@ OutboundValue makeArray(const CIMProperty& property, const OutboundKind& kind, c
     logText(texts.beforeConverting);
     OutboundValue element(shape.elementType, kind.make(property, i, rules));
     logText(texts.beforeSetting);
-    requireOk(CMSetArrayElementAt(value.array, static_cast<CMPICount>(i), element.get(), element.type()),
-              rules.report);
+    requireOk(
+        CMSetArrayElementAt(value.array, static_cast<CMPICount>(i), element.get(), element.type()),
+        rules.report);
     array.keep(std::move(element));
   }
   return array;
@@ -182,8 +184,9 @@ std::optional<OutboundShape> naturalShape(Primitive_DataType code) {
   return OutboundShape{static_cast<CMPIType>(kind->type | flag), kind->type, kind->type};
 }
 
-OutboundValue valueOfProperty(const CIMProperty& property, const OutboundShape& shape,
-                              const OutboundRules& rules, const OutboundTexts& texts) {
+OutboundValue valueOfProperty(
+    const CIMProperty& property, const OutboundShape& shape, const OutboundRules& rules,
+    const OutboundTexts& texts) {
   const OutboundKind* kind = findKind(property.getType());
   if (kind == nullptr) {
     fail(rules.report);

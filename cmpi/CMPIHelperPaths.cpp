@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIHelperPaths.h"
 
 #include "CIM/Framework/CIMException.h"
@@ -5,10 +6,9 @@
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperValues.h"
 #include "cmpi/CMPIObjectGuard.h"
+#include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSSystem.h"
-
-#include "cmpimacs.h"
 
 #include <utility>
 
@@ -34,8 +34,9 @@ const char* charactersOf(const CMPIString* text) {
 }
 
 /** Sets one text of a path. @return false, with a line on the log, when it is null */
-bool takeText(const char* text, void (*set)(CIMObjectPath&, const char*), CIMObjectPath& out,
-              const char* missing, bool logged) {
+bool takeText(
+    const char* text, void (*set)(CIMObjectPath&, const char*), CIMObjectPath& out, const char* missing,
+    bool logged) {
   if (text == nullptr) {
     if (logged) {
       KvsLogMsg(KVS_LOG_ERROR, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - %s is NULL", missing);
@@ -132,8 +133,9 @@ void readPathSilently(const CMPIObjectPath* op, bool withKeys, CIMObjectPath& ou
 
 [[noreturn]] void throwOutboundFailure(const CMPIStatus& status) {
   const char* message = isObject(status.msg) ? CMGetCharsPtr(status.msg, nullptr) : nullptr;
-  KvsLogMsg(KVS_LOG_INFORMATION, "%s : Throw exception if operation returns error# %d with Error msg %s",
-            OUTBOUND_NAME, static_cast<int>(status.rc), message == nullptr ? "" : message);
+  KvsLogMsg(
+      KVS_LOG_INFORMATION, "%s : Throw exception if operation returns error# %d with Error msg %s",
+      OUTBOUND_NAME, static_cast<int>(status.rc), message == nullptr ? "" : message);
   throwOperationFailed(status);
 }
 
@@ -157,8 +159,8 @@ bool isArray(const CIMProperty& property) {
 
 }  // namespace
 
-void CMPIHelper::CMPIObjectPathToFrameworkObjectPath(CMPIObjectPath const* op, bool withKeys,
-                                                     CIMObjectPath& out) {
+void CMPIHelper::CMPIObjectPathToFrameworkObjectPath(
+    CMPIObjectPath const* op, bool withKeys, CIMObjectPath& out) {
   KvsTrace("Entering CMPIHelper :: CMPIObjectPathToFrameworkObjectPath");
   if (!readNames(op, out, true)) {
     return;
@@ -184,14 +186,14 @@ std::string CMPIHelper::objectPathText(CMPIObjectPath const* op) {
   return path.toString();
 }
 
-CMPIObjectPath* CMPIHelper::FrameworkObjectPathToCMPIObjectPath(CIMObjectPath const& path,
-                                                                CMPIBroker const* broker) {
+CMPIObjectPath*
+CMPIHelper::FrameworkObjectPathToCMPIObjectPath(CIMObjectPath const& path, CMPIBroker const* broker) {
   return makeObjectPath(path.nameSpace(), path.className(), path.keyBindings(), KeySelection::All, broker);
 }
 
-CMPIObjectPath* makeObjectPath(const std::string& nameSpace, const std::string& className,
-                               const std::vector<CIMProperty>& keys, KeySelection selection,
-                               const CMPIBroker* broker) {
+CMPIObjectPath* makeObjectPath(
+    const std::string& nameSpace, const std::string& className, const std::vector<CIMProperty>& keys,
+    KeySelection selection, const CMPIBroker* broker) {
   KvsLogMsg(KVS_LOG_DEBUG, " FrameworkObjectPathToCMPIObjectPath Enter");
   KvsLogMsg(KVS_LOG_DEBUG, " namespace %s", nameSpace.c_str());
   KvsLogMsg(KVS_LOG_DEBUG, " classname %s", className.c_str());

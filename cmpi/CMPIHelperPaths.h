@@ -1,8 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIHELPERPATHS_H
 #define CMPI_CMPIHELPERPATHS_H
 
 #include "CIM/Framework/CIMProperty.h"
-
 #include "cmpidt.h"
 
 #include <string>
@@ -21,9 +21,9 @@ enum class KeySelection {
  * instance need not be copied into one.
  * @return a new path that the caller owns; null when the broker gives no path and no error
  */
-CMPIObjectPath* makeObjectPath(const std::string& nameSpace, const std::string& className,
-                               const std::vector<fwf::CIMProperty>& keys, KeySelection selection,
-                               const CMPIBroker* broker);
+CMPIObjectPath* makeObjectPath(
+    const std::string& nameSpace, const std::string& className, const std::vector<fwf::CIMProperty>& keys,
+    KeySelection selection, const CMPIBroker* broker);
 
 }  // namespace tvp::cim::adap::cmpi
 

@@ -1,9 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIHelperValues.h"
 
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMObjectPath.h"
-
 #include "cmpimacs.h"
 
 namespace tvp::cim::adap::cmpi {

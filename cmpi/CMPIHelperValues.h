@@ -1,8 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIHELPERVALUES_H
 #define CMPI_CMPIHELPERVALUES_H
 
 #include "CIM/Framework/CIMProperty.h"
-
 #include "cmpidt.h"
 
 #include <optional>
@@ -49,8 +49,8 @@ struct InboundRules {
  * CMPI_nullValue becomes a default element with the null flag.
  * @return nothing for any other type
  */
-std::optional<fwf::CIMProperty> propertyOfValue(const std::string& name, const CMPIData& data,
-                                                const InboundRules& rules);
+std::optional<fwf::CIMProperty>
+propertyOfValue(const std::string& name, const CMPIData& data, const InboundRules& rules);
 
 /** How values go out. */
 struct OutboundRules {
@@ -109,8 +109,9 @@ private:
  * @throws what rules.report throws when the broker makes no object, and what converting references
  * and instances throws.
  */
-OutboundValue valueOfProperty(const fwf::CIMProperty& property, const OutboundShape& shape,
-                              const OutboundRules& rules, const OutboundTexts& texts = OutboundTexts{});
+OutboundValue valueOfProperty(
+    const fwf::CIMProperty& property, const OutboundShape& shape, const OutboundRules& rules,
+    const OutboundTexts& texts = OutboundTexts{});
 
 }  // namespace tvp::cim::adap::cmpi
 

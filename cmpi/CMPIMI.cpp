@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIMI.h"
 
 #include "cmpi/CMPIAdapter.h"
@@ -21,11 +22,11 @@ struct FunctionNames {
   const char* operation;              ///< in the line about a failed operation
   const char* invalidNote = nullptr;  ///< a line of its own before that about missing arguments
 
-  constexpr explicit FunctionNames(const char* function, const char* operationName = nullptr,
-                                   const char* note = nullptr)
+  constexpr explicit FunctionNames(
+      const char* function, const char* operationName = nullptr, const char* note = nullptr)
       : entry(function), exit(function), invalidExit(function), operation(operationName), invalidNote(note) {}
-  constexpr FunctionNames(const char* entryName, const char* exitName, const char* invalidExitName,
-                          const char* operationName)
+  constexpr FunctionNames(
+      const char* entryName, const char* exitName, const char* invalidExitName, const char* operationName)
       : entry(entryName), exit(exitName), invalidExit(invalidExitName), operation(operationName) {}
 };
 
@@ -62,8 +63,9 @@ CMPIStatus callAdapter(const FunctionNames& names, AdapterCall call) {
     status = CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(UNKNOWN_ERROR)};
   }
   if (status.rc != CMPI_RC_OK) {
-    KvsLogMsg(KVS_LOG_ERROR, "%s operation failed,                 refer previous log lines for reason",
-              names.operation);
+    KvsLogMsg(
+        KVS_LOG_ERROR, "%s operation failed,                 refer previous log lines for reason",
+        names.operation);
   }
   return status;
 }
@@ -110,38 +112,41 @@ CMPIStatus cleanUpMI(const char* function, const void* mi, const CMPIContext* ct
   return status;
 }
 
-CMPIInstanceMIFT instanceTable = {CMPIVersion200,
-                                  CMPIVersion200,
-                                  "instancetarvexProProvider",
-                                  tvpCmpiMICleanup,
-                                  tvpCmpiMIEnumInstanceNames,
-                                  tvpCmpiMIEnumInstances,
-                                  tvpCmpiMIGetInstance,
-                                  tvpCmpiMICreateInstance,
-                                  tvpCmpiMIModifyInstance,
-                                  tvpCmpiMIDeleteInstance,
-                                  tvpCmpiMIExecQuery};
-CMPIMethodMIFT methodTable = {CMPIVersion200, CMPIVersion200, "methodtarvexProProvider",
-                              tvpCmpiMIMethodCleanup, tvpCmpiMIInvokeMethod};
-CMPIAssociationMIFT associationTable = {CMPIVersion200,
-                                        CMPIVersion200,
-                                        "associationtarvexProProvider",
-                                        tvpCmpiMIAssociationCleanup,
-                                        tvpCmpiMIAssociators,
-                                        tvpCmpiMIAssociatorNames,
-                                        tvpCmpiMIReferences,
-                                        tvpCmpiMIReferenceNames};
+CMPIInstanceMIFT instanceTable = {
+    CMPIVersion200,
+    CMPIVersion200,
+    "instancetarvexProProvider",
+    tvpCmpiMICleanup,
+    tvpCmpiMIEnumInstanceNames,
+    tvpCmpiMIEnumInstances,
+    tvpCmpiMIGetInstance,
+    tvpCmpiMICreateInstance,
+    tvpCmpiMIModifyInstance,
+    tvpCmpiMIDeleteInstance,
+    tvpCmpiMIExecQuery};
+CMPIMethodMIFT methodTable = {
+    CMPIVersion200, CMPIVersion200, "methodtarvexProProvider", tvpCmpiMIMethodCleanup, tvpCmpiMIInvokeMethod};
+CMPIAssociationMIFT associationTable = {
+    CMPIVersion200,
+    CMPIVersion200,
+    "associationtarvexProProvider",
+    tvpCmpiMIAssociationCleanup,
+    tvpCmpiMIAssociators,
+    tvpCmpiMIAssociatorNames,
+    tvpCmpiMIReferences,
+    tvpCmpiMIReferenceNames};
 // The capital letter is intended: registrations name the interface so.
-CMPIIndicationMIFT indicationTable = {CMPIVersion200,
-                                      CMPIVersion200,
-                                      "IndicationtarvexProProvider",
-                                      tvpCmpiMIIndicationCleanup,
-                                      tvpCmpiMIAuthorizeFilter,
-                                      tvpCmpiMIMustPoll,
-                                      tvpCmpiMIActivateFilter,
-                                      tvpCmpiMIDeActivateFilter,
-                                      tvpCmpiMIEnableIndications,
-                                      tvpCmpiMIDisableIndications};
+CMPIIndicationMIFT indicationTable = {
+    CMPIVersion200,
+    CMPIVersion200,
+    "IndicationtarvexProProvider",
+    tvpCmpiMIIndicationCleanup,
+    tvpCmpiMIAuthorizeFilter,
+    tvpCmpiMIMustPoll,
+    tvpCmpiMIActivateFilter,
+    tvpCmpiMIDeActivateFilter,
+    tvpCmpiMIEnableIndications,
+    tvpCmpiMIDisableIndications};
 
 CMPIInstanceMI instanceMI = {nullptr, &instanceTable};
 CMPIMethodMI methodMI = {nullptr, &methodTable};
@@ -150,23 +155,23 @@ CMPIIndicationMI indicationMI = {nullptr, &indicationTable};
 
 }  // namespace
 
-CMPIInstanceMI* tarvexProProvider_Create_InstanceMI(const CMPIBroker* broker, const CMPIContext* ctx,
-                                                    CMPIStatus*) {
+CMPIInstanceMI*
+tarvexProProvider_Create_InstanceMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus*) {
   return createMI(broker, ctx, instanceMI);
 }
 
-CMPIMethodMI* tarvexProProvider_Create_MethodMI(const CMPIBroker* broker, const CMPIContext* ctx,
-                                                CMPIStatus*) {
+CMPIMethodMI*
+tarvexProProvider_Create_MethodMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus*) {
   return createMI(broker, ctx, methodMI);
 }
 
-CMPIAssociationMI* tarvexProProvider_Create_AssociationMI(const CMPIBroker* broker, const CMPIContext* ctx,
-                                                          CMPIStatus*) {
+CMPIAssociationMI*
+tarvexProProvider_Create_AssociationMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus*) {
   return createMI(broker, ctx, associationMI);
 }
 
-CMPIIndicationMI* tarvexProProvider_Create_IndicationMI(const CMPIBroker* broker, const CMPIContext* ctx,
-                                                        CMPIStatus*) {
+CMPIIndicationMI*
+tarvexProProvider_Create_IndicationMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus*) {
   return createMI(broker, ctx, indicationMI);
 }
 
@@ -178,8 +183,8 @@ CMPIStatus tvpCmpiMIMethodCleanup(CMPIMethodMI* mi, const CMPIContext* ctx, CMPI
   return cleanUpMI("tvpCmpiMIMethodCleanup", mi, ctx, terminating);
 }
 
-CMPIStatus tvpCmpiMIAssociationCleanup(CMPIAssociationMI* mi, const CMPIContext* ctx,
-                                       CMPIBoolean terminating) {
+CMPIStatus
+tvpCmpiMIAssociationCleanup(CMPIAssociationMI* mi, const CMPIContext* ctx, CMPIBoolean terminating) {
   return cleanUpMI("tvpCmpiMIAssociationCleanup", mi, ctx, terminating);
 }
 
@@ -187,167 +192,188 @@ CMPIStatus tvpCmpiMIIndicationCleanup(CMPIIndicationMI* mi, const CMPIContext* c
   return cleanUpMI("tvpCmpiMIIndicationCleanup", mi, ctx, terminating);
 }
 
-CMPIStatus tvpCmpiMIEnumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                      const CMPIObjectPath* op) {
+CMPIStatus tvpCmpiMIEnumInstanceNames(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op) {
   // The names in the traces of this function, tvpCmpiMICreateInstance and tvpCmpiMIExecQuery are odd in
   // places; intended, as logs are searched for them.
-  constexpr FunctionNames names("tvpCmpiMIEnumInstanceNames", "tvpCmpiMIEnumInstanceNames",
-                                "KvsCmpiMIEnumInstanceNames", "EnumInstanceNames");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.EnumInstanceNames(mi, ctx, rslt, op, broker, status);
-                 });
+  constexpr FunctionNames names(
+      "tvpCmpiMIEnumInstanceNames", "tvpCmpiMIEnumInstanceNames", "KvsCmpiMIEnumInstanceNames",
+      "EnumInstanceNames");
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.EnumInstanceNames(mi, ctx, rslt, op, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIEnumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                  const CMPIObjectPath* op, const char** properties) {
+CMPIStatus tvpCmpiMIEnumInstances(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char** properties) {
   constexpr FunctionNames names("tvpCmpiMIEnumInstances", "EnumInstances");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.EnumInstances(mi, ctx, rslt, op, properties, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.EnumInstances(mi, ctx, rslt, op, properties, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIGetInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                const CMPIObjectPath* op, const char** properties) {
+CMPIStatus tvpCmpiMIGetInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char** properties) {
   constexpr FunctionNames names("tvpCmpiMIGetInstance", "GetInstance");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.GetInstance(mi, ctx, rslt, op, properties, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.GetInstance(mi, ctx, rslt, op, properties, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMICreateInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                   const CMPIObjectPath* op, const CMPIInstance* instance) {
-  constexpr FunctionNames names("tvpCmpiMIGetInstance", "ZelCmpiMICreateInstance", "tvpCmpiMICreateInstance",
-                                "CreateInstance");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op, instance),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.CreateInstance(mi, ctx, rslt, op, instance, broker, status);
-                 });
+CMPIStatus tvpCmpiMICreateInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const CMPIInstance* instance) {
+  constexpr FunctionNames names(
+      "tvpCmpiMIGetInstance", "ZelCmpiMICreateInstance", "tvpCmpiMICreateInstance", "CreateInstance");
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op, instance),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.CreateInstance(mi, ctx, rslt, op, instance, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIModifyInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                   const CMPIObjectPath* op, const CMPIInstance* instance,
-                                   const char** properties) {
+CMPIStatus tvpCmpiMIModifyInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const CMPIInstance* instance, const char** properties) {
   constexpr FunctionNames names("tvpCmpiMIModifyInstance", "ModifyInstance");
-  return forward(names, mi != nullptr && properties != nullptr,
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.ModifyInstance(mi, ctx, rslt, op, instance, properties, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && properties != nullptr,
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.ModifyInstance(mi, ctx, rslt, op, instance, properties, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIDeleteInstance(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                   const CMPIObjectPath* op) {
+CMPIStatus tvpCmpiMIDeleteInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op) {
   constexpr FunctionNames names("tvpCmpiMIDeleteInstance", "DeleteInstance");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.DeleteInstance(mi, ctx, rslt, op, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.DeleteInstance(mi, ctx, rslt, op, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIExecQuery(CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                              const CMPIObjectPath* op, const char* query, const char* language) {
+CMPIStatus tvpCmpiMIExecQuery(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* query, const char* language) {
   constexpr FunctionNames names("KvsCmpiMIExecQuery", "tvpCmpiMIExecQuery", "tvpCmpiMIExecQuery", nullptr);
   return answerEmpty(names, mi != nullptr && areObjects(ctx, rslt, op) && isText(query) && isText(language));
 }
 
-CMPIStatus tvpCmpiMIInvokeMethod(CMPIMethodMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                 const CMPIObjectPath* op, const char* methodName, const CMPIArgs* in,
-                                 CMPIArgs* out) {
+CMPIStatus tvpCmpiMIInvokeMethod(
+    CMPIMethodMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* methodName, const CMPIArgs* in, CMPIArgs* out) {
   constexpr FunctionNames names("tvpCmpiMIInvokeMethod", "InvokeMethod");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op, in, out) && isText(methodName),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.InvokeMethod(mi, ctx, rslt, op, methodName, in, out, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op, in, out) && isText(methodName),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.InvokeMethod(mi, ctx, rslt, op, methodName, in, out, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIAssociators(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
-                                const char* role, const char* resultRole, const char** properties) {
+CMPIStatus tvpCmpiMIAssociators(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
+    const char** properties) {
   constexpr FunctionNames names("tvpCmpiMIAssociators", "Associators");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.Associators(mi, ctx, rslt, op, assocClass, resultClass, role, resultRole,
-                                       properties, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.Associators(
+            mi, ctx, rslt, op, assocClass, resultClass, role, resultRole, properties, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIAssociatorNames(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                    const CMPIObjectPath* op, const char* assocClass, const char* resultClass,
-                                    const char* role, const char* resultRole) {
+CMPIStatus tvpCmpiMIAssociatorNames(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* assocClass, const char* resultClass, const char* role, const char* resultRole) {
   constexpr FunctionNames names("tvpCmpiMIAssociatorNames", "AssociatorNames");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op) && isText(assocClass),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.AssociatorNames(mi, ctx, rslt, op, assocClass, resultClass, role, resultRole,
-                                           broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op) && isText(assocClass),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.AssociatorNames(mi, ctx, rslt, op, assocClass, resultClass, role, resultRole, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIReferences(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                               const CMPIObjectPath* op, const char* resultClass, const char* role,
-                               const char** properties) {
+CMPIStatus tvpCmpiMIReferences(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* resultClass, const char* role, const char** properties) {
   constexpr FunctionNames names("tvpCmpiMIReferences", "References");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.References(mi, ctx, rslt, op, resultClass, role, properties, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.References(mi, ctx, rslt, op, resultClass, role, properties, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIReferenceNames(CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt,
-                                   const CMPIObjectPath* op, const char* resultClass, const char* role) {
+CMPIStatus tvpCmpiMIReferenceNames(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* resultClass, const char* role) {
   constexpr FunctionNames names("tvpCmpiMIReferenceNames", "ReferenceNames");
-  return forward(names, mi != nullptr && areObjects(ctx, rslt, op),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.ReferenceNames(mi, ctx, rslt, op, resultClass, role, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx, rslt, op),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.ReferenceNames(mi, ctx, rslt, op, resultClass, role, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIAuthorizeFilter(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
-                                    const char* className, const CMPIObjectPath* op, const char* owner) {
+CMPIStatus tvpCmpiMIAuthorizeFilter(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op, const char* owner) {
   constexpr FunctionNames names("tvpCmpiMIAuthorizeFilter");
-  return answerEmpty(names,
-                     mi != nullptr && areObjects(ctx, filter, op) && isText(className) && isText(owner));
+  return answerEmpty(
+      names, mi != nullptr && areObjects(ctx, filter, op) && isText(className) && isText(owner));
 }
 
-CMPIStatus tvpCmpiMIMustPoll(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
-                             const char* className, const CMPIObjectPath* op) {
+CMPIStatus tvpCmpiMIMustPoll(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op) {
   constexpr FunctionNames names("tvpCmpiMIMustPoll");
   return answerEmpty(names, mi != nullptr && areObjects(ctx, filter, op) && isText(className));
 }
 
-CMPIStatus tvpCmpiMIActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter,
-                                   const char* className, const CMPIObjectPath* op,
-                                   CMPIBoolean firstActivation) {
+CMPIStatus tvpCmpiMIActivateFilter(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op, CMPIBoolean firstActivation) {
   constexpr FunctionNames names("tvpCmpiMIActivateFilter", "ActivateFilter", "INVALID : Indication MI");
-  return forward(names, mi != nullptr,
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.ActivateFilter(mi, ctx, filter, className, op, firstActivation, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr, [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.ActivateFilter(mi, ctx, filter, className, op, firstActivation, broker, status);
+      });
 }
 
-CMPIStatus tvpCmpiMIDeActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx,
-                                     const CMPISelectExp* filter, const char* className,
-                                     const CMPIObjectPath* op, CMPIBoolean lastActivation) {
+CMPIStatus tvpCmpiMIDeActivateFilter(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op, CMPIBoolean lastActivation) {
   constexpr FunctionNames names("tvpCmpiMIDeActivateFilter", "DeActivateFilter");
-  return forward(names, mi != nullptr,
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.DeActivateFilter(mi, ctx, filter, className, op, lastActivation, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr, [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.DeActivateFilter(mi, ctx, filter, className, op, lastActivation, broker, status);
+      });
 }
 
 CMPIStatus tvpCmpiMIEnableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
   constexpr FunctionNames names("tvpCmpiMIEnableIndications", "EnableIndications");
-  return forward(names, mi != nullptr && areObjects(ctx),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.EnableIndications(mi, ctx, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.EnableIndications(mi, ctx, broker, status);
+      });
 }
 
 CMPIStatus tvpCmpiMIDisableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
   constexpr FunctionNames names("tvpCmpiMIDisableIndications", "DisableIndications");
-  return forward(names, mi != nullptr && areObjects(ctx),
-                 [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-                   adapter.DisableIndications(mi, ctx, broker, status);
-                 });
+  return forward(
+      names, mi != nullptr && areObjects(ctx),
+      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
+        adapter.DisableIndications(mi, ctx, broker, status);
+      });
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIMI_H
 #define CMPI_CMPIMI_H
 
@@ -25,74 +26,71 @@ extern "C" {
  */
 TVP_CMPI_EXPORT CMPIInstanceMI*
 tarvexProProvider_Create_InstanceMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus* status);
-TVP_CMPI_EXPORT CMPIMethodMI* tarvexProProvider_Create_MethodMI(const CMPIBroker* broker,
-                                                                const CMPIContext* ctx, CMPIStatus* status);
+TVP_CMPI_EXPORT CMPIMethodMI*
+tarvexProProvider_Create_MethodMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus* status);
 TVP_CMPI_EXPORT CMPIAssociationMI*
 tarvexProProvider_Create_AssociationMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus* status);
 TVP_CMPI_EXPORT CMPIIndicationMI*
 tarvexProProvider_Create_IndicationMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus* status);
 
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMICleanup(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                            CMPIBoolean terminating);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIEnumInstanceNames(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                                      const CMPIResult* rslt, const CMPIObjectPath* op);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIEnumInstances(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                                  const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                  const char** properties);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIGetInstance(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                                const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                const char** properties);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMICreateInstance(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                                   const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                   const CMPIInstance* instance);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIModifyInstance(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                                   const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                   const CMPIInstance* instance, const char** properties);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIDeleteInstance(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                                   const CMPIResult* rslt, const CMPIObjectPath* op);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIExecQuery(CMPIInstanceMI* mi, const CMPIContext* ctx,
-                                              const CMPIResult* rslt, const CMPIObjectPath* op,
-                                              const char* query, const char* language);
+TVP_CMPI_EXPORT CMPIStatus
+tvpCmpiMICleanup(CMPIInstanceMI* mi, const CMPIContext* ctx, CMPIBoolean terminating);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIEnumInstanceNames(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIEnumInstances(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char** properties);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIGetInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char** properties);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMICreateInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const CMPIInstance* instance);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIModifyInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const CMPIInstance* instance, const char** properties);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIDeleteInstance(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIExecQuery(
+    CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* query, const char* language);
 
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIMethodCleanup(CMPIMethodMI* mi, const CMPIContext* ctx,
-                                                  CMPIBoolean terminating);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIInvokeMethod(CMPIMethodMI* mi, const CMPIContext* ctx,
-                                                 const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                 const char* methodName, const CMPIArgs* in, CMPIArgs* out);
+TVP_CMPI_EXPORT CMPIStatus
+tvpCmpiMIMethodCleanup(CMPIMethodMI* mi, const CMPIContext* ctx, CMPIBoolean terminating);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIInvokeMethod(
+    CMPIMethodMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* methodName, const CMPIArgs* in, CMPIArgs* out);
 
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIAssociationCleanup(CMPIAssociationMI* mi, const CMPIContext* ctx,
-                                                       CMPIBoolean terminating);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIAssociators(CMPIAssociationMI* mi, const CMPIContext* ctx,
-                                                const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                const char* assocClass, const char* resultClass,
-                                                const char* role, const char* resultRole,
-                                                const char** properties);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIAssociatorNames(CMPIAssociationMI* mi, const CMPIContext* ctx,
-                                                    const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                    const char* assocClass, const char* resultClass,
-                                                    const char* role, const char* resultRole);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIReferences(CMPIAssociationMI* mi, const CMPIContext* ctx,
-                                               const CMPIResult* rslt, const CMPIObjectPath* op,
-                                               const char* resultClass, const char* role,
-                                               const char** properties);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIReferenceNames(CMPIAssociationMI* mi, const CMPIContext* ctx,
-                                                   const CMPIResult* rslt, const CMPIObjectPath* op,
-                                                   const char* resultClass, const char* role);
+TVP_CMPI_EXPORT CMPIStatus
+tvpCmpiMIAssociationCleanup(CMPIAssociationMI* mi, const CMPIContext* ctx, CMPIBoolean terminating);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIAssociators(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
+    const char** properties);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIAssociatorNames(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* assocClass, const char* resultClass, const char* role, const char* resultRole);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIReferences(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* resultClass, const char* role, const char** properties);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIReferenceNames(
+    CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
+    const char* resultClass, const char* role);
 
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIIndicationCleanup(CMPIIndicationMI* mi, const CMPIContext* ctx,
-                                                      CMPIBoolean terminating);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIAuthorizeFilter(CMPIIndicationMI* mi, const CMPIContext* ctx,
-                                                    const CMPISelectExp* filter, const char* className,
-                                                    const CMPIObjectPath* op, const char* owner);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIMustPoll(CMPIIndicationMI* mi, const CMPIContext* ctx,
-                                             const CMPISelectExp* filter, const char* className,
-                                             const CMPIObjectPath* op);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx,
-                                                   const CMPISelectExp* filter, const char* className,
-                                                   const CMPIObjectPath* op, CMPIBoolean firstActivation);
-TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIDeActivateFilter(CMPIIndicationMI* mi, const CMPIContext* ctx,
-                                                     const CMPISelectExp* filter, const char* className,
-                                                     const CMPIObjectPath* op, CMPIBoolean lastActivation);
+TVP_CMPI_EXPORT CMPIStatus
+tvpCmpiMIIndicationCleanup(CMPIIndicationMI* mi, const CMPIContext* ctx, CMPIBoolean terminating);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIAuthorizeFilter(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op, const char* owner);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIMustPoll(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIActivateFilter(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op, CMPIBoolean firstActivation);
+TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIDeActivateFilter(
+    CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
+    const CMPIObjectPath* op, CMPIBoolean lastActivation);
 TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIEnableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx);
 TVP_CMPI_EXPORT CMPIStatus tvpCmpiMIDisableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx);
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "cmpi/CMPIMILifecycle.h"
 
 #include "cmpi/CMPIAdapter.h"

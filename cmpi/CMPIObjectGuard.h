@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef CMPI_CMPIOBJECTGUARD_H
 #define CMPI_CMPIOBJECTGUARD_H
 

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 // The words of tvpcim's command line: values of every type, arguments of every method, sizes.
 #include "fuzz/FuzzTarget.h"
-#include "host/MofReader.h"
-#include "host/tvpcim/ArgumentText.h"
+#include "host/schema/MofReader.h"
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/Size.h"
+#include "host/tvpcim/cim/ArgumentText.h"
+#include "host/tvpcim/storage/Size.h"
 
 #include <vector>
 

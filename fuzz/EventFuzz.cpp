@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The texts of events: any catalogue, any code, any description of the storage library.
 #include "backend/TarvexProEventManager.h"
 #include "fuzz/FuzzTarget.h"
@@ -22,7 +23,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   root.write("usr/VolMan/TVPEvents.properties", bytes.rest());
   bool skip = false;
   manager.getEventdescription(&event, skip);
-  tvp::fuzz::require(std::memchr(event.description, '\0', TVK_EVENT_DESCRIPTION_SIZE) != nullptr,
-                     "the description ends in its field");
+  tvp::fuzz::require(
+      std::memchr(event.description, '\0', TVK_EVENT_DESCRIPTION_SIZE) != nullptr,
+      "the description ends in its field");
   return 0;
 }

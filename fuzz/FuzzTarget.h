@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef FUZZ_FUZZTARGET_H
 #define FUZZ_FUZZTARGET_H
 

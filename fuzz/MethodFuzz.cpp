@@ -1,12 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
 // Method calls with arguments of any name, type and number, through the provider's own function tables.
 #include "cmpi/CMPIMI.h"
 #include "fuzz/FuzzTarget.h"
-#include "host/MofReader.h"
-#include "host/Provider.h"
+#include "host/provider/Provider.h"
+#include "host/schema/MofReader.h"
 #include "oslib/KVSPaths.h"
 #include "support/TemporaryFolder.h"
-#include "voltvk/engine/DriveRegistry.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
+#include "voltvk/engine/state/State.h"
 
 #include <array>
 
@@ -30,9 +31,9 @@ public:
       }
     });
     m_provider = std::make_unique<Provider>(
-        m_broker,
-        ProviderFactories{tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
-                          tarvexProProvider_Create_AssociationMI, tarvexProProvider_Create_IndicationMI});
+        m_broker, ProviderFactories{
+                      tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
+                      tarvexProProvider_Create_AssociationMI, tarvexProProvider_Create_IndicationMI});
     for (const SchemaMethod& method : m_broker.schema().find("TVP_TierService")->methods) {
       m_methods.push_back(&method);
     }

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 // The reader of schema files: any text gives classes that can be used, or an error with its line.
 #include "fuzz/FuzzTarget.h"
-#include "host/MofReader.h"
+#include "host/schema/MofReader.h"
 
 #include <algorithm>
 
@@ -11,8 +12,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto schema = MofReader::readText(text, "fuzz.mof");
     for (const SchemaClass* schemaClass : schema->classes()) {
       const Instance instance = schema->emptyInstance({"", schemaClass->name, {}, ""});
-      tvp::fuzz::require(instance.properties.size() == schemaClass->properties.size(),
-                         "every property is there");
+      tvp::fuzz::require(
+          instance.properties.size() == schemaClass->properties.size(), "every property is there");
       tvp::fuzz::require(schema->isA(schemaClass->name, schemaClass->name), "a class is itself");
     }
   } catch (const MofError& error) {

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 // The text form of object paths: what can be read is written such that it reads the same again.
 #include "fuzz/FuzzTarget.h"
-#include "host/ObjectPathText.h"
+#include "host/schema/ObjectPathText.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace tvp::host;

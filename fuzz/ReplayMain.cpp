@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Runs a fuzz target over the files and folders it is given, for compilers without a fuzzer.
 #include "fuzz/FuzzTarget.h"
 

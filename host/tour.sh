@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: Apache-2.0
 # A full life of a tiered and of a cached volume through the provider, on a scratch state: each step shows
 # the command and what it prints. usage: tour.sh BIN_FOLDER
 set -euo pipefail

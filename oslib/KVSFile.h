@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef OSLIB_KVSFILE_H
 #define OSLIB_KVSFILE_H
 

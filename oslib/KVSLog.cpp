@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "oslib/KVSLog.h"
 
 #include "oslib/KVSFile.h"
@@ -13,9 +14,10 @@
 #include <memory>
 #include <mutex>
 #include <new>
-#include <pthread.h>
 #include <set>
 #include <string>
+
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -214,8 +216,9 @@ int KvsLogMsg(int level, const char* format, ...) {
   char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
   KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
   char line[LINE_SIZE];
-  std::snprintf(line, sizeof line, "%s[%s%s%8X]\t%s", timeStamp, module, DASHES + moduleLength,
-                threadNumber(), tagOf(level));
+  std::snprintf(
+      line, sizeof line, "%s[%s%s%8X]\t%s", timeStamp, module, DASHES + moduleLength, threadNumber(),
+      tagOf(level));
   const std::size_t headLength = std::strlen(line);
   std::va_list arguments;
   va_start(arguments, format);

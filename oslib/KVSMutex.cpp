@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "oslib/KVSMutex.h"
 
 #include "oslib/KVSStatus.h"
 
 #include <new>
+
 #include <pthread.h>
 
 namespace {

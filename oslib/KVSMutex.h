@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef OSLIB_KVSMUTEX_H
 #define OSLIB_KVSMUTEX_H
 

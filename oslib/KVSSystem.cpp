@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "oslib/KVSSystem.h"
 
 #include "oslib/KVSFile.h"
@@ -8,8 +9,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <dlfcn.h>
 #include <new>
+
+#include <dlfcn.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "oslib/KVSThread.h"
 
 #include <cerrno>
 #include <new>
+
 #include <pthread.h>
 #include <sys/select.h>
 #include <unistd.h>

@@ -1,12 +1,13 @@
-#include "oslib/KVSSystem.h"
-
+// SPDX-License-Identifier: Apache-2.0
 #include "oslib/KVSStatus.h"
+#include "oslib/KVSSystem.h"
 
 #include <array>
 #include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <string>
+
 #include <sys/time.h>
 
 namespace {
@@ -51,8 +52,9 @@ int KvsGetLocalTime(char* buffer, int mode) {
   int day = 0;
   int year = 0;
   std::sscanf(rendered, "%7s %7s %d %15s %d", weekDay, month, &day, timeOfDay, &year);
-  std::snprintf(buffer, KVS_LOCAL_TIME_SIZE, "%s/%d/%d %s:%d", monthNumber(month).c_str(), day, year,
-                timeOfDay, static_cast<int>(precise.tv_usec / 1000));
+  std::snprintf(
+      buffer, KVS_LOCAL_TIME_SIZE, "%s/%d/%d %s:%d", monthNumber(month).c_str(), day, year, timeOfDay,
+      static_cast<int>(precise.tv_usec / 1000));
   if (mode == KVS_LOCAL_TIME_FILE_NAME) {
     replaceAll(buffer, '/', '_');
     replaceAll(buffer, ':', '.');
@@ -69,14 +71,15 @@ int KvsGetSystemTime(_SysTime* systemTime) {
   tzset();  // a changed time zone counts, as it does for localtime
   localtime_r(&now, &local);
   const auto field = [](int value) { return static_cast<std::uint32_t>(value); };
-  *systemTime = {0,
-                 field(local.tm_sec),
-                 field(local.tm_min),
-                 field(local.tm_hour),
-                 field(local.tm_mday),
-                 field(local.tm_wday),
-                 field(local.tm_mon),
-                 field(local.tm_year)};
+  *systemTime = {
+      0,
+      field(local.tm_sec),
+      field(local.tm_min),
+      field(local.tm_hour),
+      field(local.tm_mday),
+      field(local.tm_wday),
+      field(local.tm_mon),
+      field(local.tm_year)};
   return KVS_DONE;
 }
 

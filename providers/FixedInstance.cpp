@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/FixedInstance.h"
 
 #include <utility>
 
 namespace tvp::cim::fwf {
 
-void appendFixedInstance(const CIMObjectPath& path, std::vector<CIMProperty> keys,
-                         std::vector<CIMInstance>& instances) {
+void appendFixedInstance(
+    const CIMObjectPath& path, std::vector<CIMProperty> keys, std::vector<CIMInstance>& instances) {
   CIMInstance instance;
   instance.setPath(path);
   for (CIMProperty& key : keys) {

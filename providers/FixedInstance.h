@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef PROVIDERS_FIXEDINSTANCE_H
 #define PROVIDERS_FIXEDINSTANCE_H
 
@@ -23,8 +24,8 @@ inline CIMProperty keyProperty(const char* name, const char* text) {
 }
 
 /** Appends the one instance of a class whose content is fixed: the path of the request and its keys. */
-void appendFixedInstance(const CIMObjectPath& path, std::vector<CIMProperty> keys,
-                         std::vector<CIMInstance>& instances);
+void appendFixedInstance(
+    const CIMObjectPath& path, std::vector<CIMProperty> keys, std::vector<CIMInstance>& instances);
 
 /** Appends an empty instance: what a class says of itself when it has something to answer for a path. */
 void appendEmptyRepositoryObject(std::vector<CIMInstance>& objects);

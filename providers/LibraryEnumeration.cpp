@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/LibraryEnumeration.h"
 
 #include "backend/TarvexProInterface.h"
@@ -34,8 +35,8 @@ bool isDriverAvailable() {
   return refreshedLibrary() != nullptr;
 }
 
-void enumerateLibraryObjects(const LibraryEnumeration& enumeration, const CIMObjectPath& path,
-                             std::vector<CIMInstance>& instances) {
+void enumerateLibraryObjects(
+    const LibraryEnumeration& enumeration, const CIMObjectPath& path, std::vector<CIMInstance>& instances) {
   TvkLib* library = refreshedLibrary();
   if (library == nullptr) {
     return;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef PROVIDERS_LIBRARYENUMERATION_H
 #define PROVIDERS_LIBRARYENUMERATION_H
 
@@ -36,8 +37,8 @@ struct LibraryEnumeration {
  * each instance carries the properties of those before it as well, its own last. This is intended:
  * object managers apply properties by name in order and end with the object's own values.
  */
-void enumerateLibraryObjects(const LibraryEnumeration& enumeration, const CIMObjectPath& path,
-                             std::vector<CIMInstance>& instances);
+void enumerateLibraryObjects(
+    const LibraryEnumeration& enumeration, const CIMObjectPath& path, std::vector<CIMInstance>& instances);
 
 }  // namespace tvp::cim::fwf
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/PluginTable.h"
 
 #include "providers/TVP_LogicalDevice.h"

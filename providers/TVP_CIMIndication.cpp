@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_CIMIndication.h"
 
 #include "CIM/Framework/FrameworkFacade.h"
@@ -28,8 +29,8 @@ void TVP_CIMIndication::getRepositoryObjects(const CIMObjectPath&, std::vector<C
   appendEmptyRepositoryObject(objects);
 }
 
-bool TVP_CIMIndication::getKeysFromEventKeys(const std::vector<CIMProperty>& eventKeys,
-                                             std::vector<CIMProperty>& keys) {
+bool TVP_CIMIndication::getKeysFromEventKeys(
+    const std::vector<CIMProperty>& eventKeys, std::vector<CIMProperty>& keys) {
   KvsTrace("Enter TVP_CIMIndication :: getKeysFromEventKeys()");
   keys = std::vector<CIMProperty>(eventKeys);  // whole: a property assigned onto another may keep its values
   // "with error" is written on success too; log readers know the line so.
@@ -67,11 +68,11 @@ void TVP_CIMIndication::EventNotify(const std::string&, std::vector<CIMProperty>
     indication.addProperty(path.getKey(name));
   }
   if (facade->notify(indication)) {
-    KvsLogMsg(KVS_LOG_DEBUG, "Successfully Delivered Indication of classname = %s",
-              indication.className().c_str());
+    KvsLogMsg(
+        KVS_LOG_DEBUG, "Successfully Delivered Indication of classname = %s", indication.className().c_str());
   } else {
-    KvsLogMsg(KVS_LOG_ERROR, "Failed To Deliver Indication of classname = %s",
-              indication.className().c_str());
+    KvsLogMsg(
+        KVS_LOG_ERROR, "Failed To Deliver Indication of classname = %s", indication.className().c_str());
   }
   KvsTrace("Exit TVP_CIMIndication :: EventNotify()");
 }

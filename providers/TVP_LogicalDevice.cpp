@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_LogicalDevice.h"
 
 #include "backend/TarvexProLogicalDevice.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_TarvexProIdentity.h"
 
 #include "backend/TarvexProIdentity.h"
@@ -10,8 +11,8 @@
 
 namespace tvp::cim::fwf {
 
-void TVP_TarvexProIdentity::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances,
-                                               bool) {
+void TVP_TarvexProIdentity::enumerateInstances(
+    CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
   KvsTrace("Entering TVP_TarvexProIdentity::enumerateInstances()");
   tvpCIMInstanceWrapper working;
   if (!isDriverAvailable()) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_TierService.h"
 
 #include "backend/TarvexProInterface.h"
@@ -31,8 +32,8 @@ void TVP_TierService::enumerateInstances(CIMObjectPath& path, std::vector<CIMIns
   KvsTrace("Exiting TVP_TierService::enuermateInstances");
 }
 
-unsigned int TVP_TierService::invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                                           const CIMMethodParam& in, CIMMethodParam& out) {
+unsigned int TVP_TierService::invokeMethod(
+    const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in, CIMMethodParam& out) {
   KvsTrace("Entering TVP_TierService::invokeMethod()");
   if (std::find(METHODS.begin(), METHODS.end(), methodName) == METHODS.end()) {
     KvsLogMsg(KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - Unsupported Method: %s", methodName.c_str());

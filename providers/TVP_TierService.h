@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef PROVIDERS_TVP_TIERSERVICE_H
 #define PROVIDERS_TVP_TIERSERVICE_H
 
@@ -20,8 +21,9 @@ public:
    * are compared exactly.
    * @return 0; 1 for a method that the service does not have; 4 when the method fails
    */
-  unsigned int invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                            const CIMMethodParam& in, CIMMethodParam& out) override;
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) override;
   void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) override;
   void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
   void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) override;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_VirtualPool.h"
 
 #include "backend/TarvexProInterface.h"
@@ -19,8 +20,8 @@ void TVP_VirtualPool::enumerateInstances(CIMObjectPath& path, std::vector<CIMIns
       path, instances);
 }
 
-unsigned int TVP_VirtualPool::invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                                           const CIMMethodParam& in, CIMMethodParam& out) {
+unsigned int TVP_VirtualPool::invokeMethod(
+    const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in, CIMMethodParam& out) {
   KvsTrace("Entering TVP_VirtualPool::invokeMethod()");
   if (methodName == "GetVirtualPoolMembers") {
     TVPInterface* gateway = TVPInterface::getInstance();

@@ -1,18 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_VirtualPoolMember.h"
 
 #include "providers/FixedInstance.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_VirtualPoolMember::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances,
-                                               bool) {
-  appendFixedInstance(path,
-                      {keyProperty("CreationClassName", "TVP_VirtualPoolMember"),
-                       keyProperty("SerialNumber", "23432125"),
-                       keyProperty("StartRange", std::vector<unsigned long long>{0, 51}),
-                       keyProperty("EndRange", std::vector<unsigned long long>{40, 79}),
-                       keyProperty<unsigned char>("NumberOfValidLDExtn", 2)},
-                      instances);
+void TVP_VirtualPoolMember::enumerateInstances(
+    CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
+  appendFixedInstance(
+      path,
+      {keyProperty("CreationClassName", "TVP_VirtualPoolMember"), keyProperty("SerialNumber", "23432125"),
+       keyProperty("StartRange", std::vector<unsigned long long>{0, 51}),
+       keyProperty("EndRange", std::vector<unsigned long long>{40, 79}),
+       keyProperty<unsigned char>("NumberOfValidLDExtn", 2)},
+      instances);
 }
 
 void TVP_VirtualPoolMember::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}

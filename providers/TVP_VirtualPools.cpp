@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_VirtualPools.h"
 
 #include "providers/FixedInstance.h"
@@ -5,10 +6,11 @@
 namespace tvp::cim::fwf {
 
 void TVP_VirtualPools::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  appendFixedInstance(path,
-                      {keyProperty("CreationClassName", "TVP_VirtualPools"),
-                       keyProperty<unsigned char>("NumberOfStoragePool", 2)},
-                      instances);
+  appendFixedInstance(
+      path,
+      {keyProperty("CreationClassName", "TVP_VirtualPools"),
+       keyProperty<unsigned char>("NumberOfStoragePool", 2)},
+      instances);
 }
 
 void TVP_VirtualPools::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_VirtualVolume.h"
 
 #include "backend/TarvexProInterface.h"
@@ -10,19 +11,19 @@
 namespace tvp::cim::fwf {
 
 void TVP_VirtualVolume::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  enumerateLibraryObjects({"VirtualVolume", nullptr, nullptr,
-                           [](RaidObject& object, int, tvpCIMInstanceWrapper& working) {
-                             // A volume is listed whatever becomes of its properties: its result is not
-                             // looked at.
-                             TarvexProVirtualVolume::InsertVirtualVolumeInfo(
-                                 static_cast<VirtualVolume*>(&object), working);
-                             return true;
-                           }},
-                          path, instances);
+  enumerateLibraryObjects(
+      {"VirtualVolume", nullptr, nullptr,
+       [](RaidObject& object, int, tvpCIMInstanceWrapper& working) {
+         // A volume is listed whatever becomes of its properties: its result is not
+         // looked at.
+         TarvexProVirtualVolume::InsertVirtualVolumeInfo(static_cast<VirtualVolume*>(&object), working);
+         return true;
+       }},
+      path, instances);
 }
 
-unsigned int TVP_VirtualVolume::invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                                             const CIMMethodParam& in, CIMMethodParam& out) {
+unsigned int TVP_VirtualVolume::invokeMethod(
+    const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in, CIMMethodParam& out) {
   KvsTrace("Entering TVP_VirtualVolume::invokeMethod()");
   if (methodName == "GetVirtualVolumeMembers") {
     if (TVPInterface* gateway = TVPInterface::getInstance()) {

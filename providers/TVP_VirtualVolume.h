@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef PROVIDERS_TVP_VIRTUALVOLUME_H
 #define PROVIDERS_TVP_VIRTUALVOLUME_H
 
@@ -19,8 +20,9 @@ public:
    * Runs "GetVirtualVolumeMembers". Any other method, and one that fails, is answered with success,
    * which is intended. @return 0
    */
-  unsigned int invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                            const CIMMethodParam& in, CIMMethodParam& out) override;
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) override;
   void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) override;
   void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
   void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) override;

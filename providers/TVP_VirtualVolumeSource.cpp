@@ -1,15 +1,17 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "providers/TVP_VirtualVolumeSource.h"
 
 #include "providers/FixedInstance.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_VirtualVolumeSource::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances,
-                                                 bool) {
-  appendFixedInstance(path,
-                      {keyProperty("CreationClassName", "TVP_VirtualVolumeSource"),
-                       keyProperty("VirtualPoolId", 21U), keyProperty("MaxAllowedChunks", 512ULL)},
-                      instances);
+void TVP_VirtualVolumeSource::enumerateInstances(
+    CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
+  appendFixedInstance(
+      path,
+      {keyProperty("CreationClassName", "TVP_VirtualVolumeSource"), keyProperty("VirtualPoolId", 21U),
+       keyProperty("MaxAllowedChunks", 512ULL)},
+      instances);
 }
 
 void TVP_VirtualVolumeSource::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}

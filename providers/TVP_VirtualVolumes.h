@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef PROVIDERS_TVP_VIRTUALVOLUMES_H
 #define PROVIDERS_TVP_VIRTUALVOLUMES_H
 

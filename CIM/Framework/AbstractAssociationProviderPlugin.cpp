@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/AbstractAssociationProviderPlugin.h"
 
 #include "CIM/Framework/CommonFunctions.h"
@@ -85,9 +86,8 @@ std::vector<CIMInstance> instancesAt(CIMObjectPath& path) {
 
 }  // namespace
 
-AbstractAssociationProviderPlugin::AbstractAssociationProviderPlugin(std::string associationClass,
-                                                                     std::string antecedent,
-                                                                     std::string dependent)
+AbstractAssociationProviderPlugin::AbstractAssociationProviderPlugin(
+    std::string associationClass, std::string antecedent, std::string dependent)
     : m_associationClass(std::move(associationClass)), m_antecedent(std::move(antecedent)),
       m_dependent(std::move(dependent)) {}
 
@@ -98,27 +98,25 @@ std::vector<CIMInstance> AbstractAssociationProviderPlugin::associationInstances
   return instances;
 }
 
-std::vector<CIMInstance> AbstractAssociationProviderPlugin::referencing(const CIMObjectPath& path,
-                                                                        const std::string& resultClass,
-                                                                        const std::string& role) {
+std::vector<CIMInstance> AbstractAssociationProviderPlugin::referencing(
+    const CIMObjectPath& path, const std::string& resultClass, const std::string& role) {
   std::vector<CIMInstance> result;
   if (!passes(resultClass, m_associationClass)) {
     return result;
   }
   for (CIMInstance& association : associationInstances(path)) {
     const std::vector<Reference> ends = referencesOf(association);
-    if (std::any_of(ends.begin(), ends.end(),
-                    [&](const Reference& end) { return pointsAt(end, path, role); })) {
+    if (std::any_of(
+            ends.begin(), ends.end(), [&](const Reference& end) { return pointsAt(end, path, role); })) {
       result.push_back(std::move(association));
     }
   }
   return result;
 }
 
-std::vector<CIMObjectPath> AbstractAssociationProviderPlugin::farEnds(const CIMObjectPath& path,
-                                                                      const std::string& resultClass,
-                                                                      const std::string& role,
-                                                                      const std::string& resultRole) {
+std::vector<CIMObjectPath> AbstractAssociationProviderPlugin::farEnds(
+    const CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+    const std::string& resultRole) {
   std::vector<CIMObjectPath> result;
   for (const CIMInstance& association : associationInstances(path)) {
     const std::vector<Reference> ends = referencesOf(association);
@@ -136,10 +134,9 @@ std::vector<CIMObjectPath> AbstractAssociationProviderPlugin::farEnds(const CIMO
   return result;
 }
 
-void AbstractAssociationProviderPlugin::associators(CIMObjectPath& path, std::string&,
-                                                    std::vector<CIMInstance>& instances,
-                                                    std::string& resultClass, std::string& role,
-                                                    std::string& resultRole, const char** propertyList) {
+void AbstractAssociationProviderPlugin::associators(
+    CIMObjectPath& path, std::string&, std::vector<CIMInstance>& instances, std::string& resultClass,
+    std::string& role, std::string& resultRole, const char** propertyList) {
   for (CIMObjectPath& far : farEnds(path, resultClass, role, resultRole)) {
     for (CIMInstance& instance : instancesAt(far)) {
       instances.push_back(propertyList == nullptr ? std::move(instance) : narrowed(instance, propertyList));
@@ -147,26 +144,25 @@ void AbstractAssociationProviderPlugin::associators(CIMObjectPath& path, std::st
   }
 }
 
-void AbstractAssociationProviderPlugin::associatorNames(CIMObjectPath& path, std::string&,
-                                                        std::vector<CIMObjectPath>& names,
-                                                        std::string& resultClass, std::string& role,
-                                                        std::string& resultRole) {
+void AbstractAssociationProviderPlugin::associatorNames(
+    CIMObjectPath& path, std::string&, std::vector<CIMObjectPath>& names, std::string& resultClass,
+    std::string& role, std::string& resultRole) {
   for (CIMObjectPath& far : farEnds(path, resultClass, role, resultRole)) {
     names.push_back(std::move(far));
   }
 }
 
-void AbstractAssociationProviderPlugin::references(CIMObjectPath& path, const std::string& resultClass,
-                                                   std::vector<CIMInstance>& instances,
-                                                   const std::string& role) {
+void AbstractAssociationProviderPlugin::references(
+    CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+    const std::string& role) {
   for (CIMInstance& association : referencing(path, resultClass, role)) {
     instances.push_back(std::move(association));
   }
 }
 
-void AbstractAssociationProviderPlugin::referencesNames(CIMObjectPath& path, const std::string& resultClass,
-                                                        const std::string& role,
-                                                        std::vector<CIMObjectPath>& names) {
+void AbstractAssociationProviderPlugin::referencesNames(
+    CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+    std::vector<CIMObjectPath>& names) {
   for (const CIMInstance& association : referencing(path, resultClass, role)) {
     names.push_back(association.getPath());
   }

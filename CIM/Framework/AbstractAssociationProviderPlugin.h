@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_ABSTRACTASSOCIATIONPROVIDERPLUGIN_H
-#define FRAMEWORK_ABSTRACTASSOCIATIONPROVIDERPLUGIN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_ABSTRACTASSOCIATIONPROVIDERPLUGIN_H
+#define CIM_FRAMEWORK_ABSTRACTASSOCIATIONPROVIDERPLUGIN_H
 
 #include "CIM/Framework/AbstractInstanceProviderPlugin.h"
 
@@ -25,8 +26,8 @@ public:
    * @param antecedent class at the antecedent end
    * @param dependent class at the dependent end
    */
-  AbstractAssociationProviderPlugin(std::string associationClass, std::string antecedent,
-                                    std::string dependent);
+  AbstractAssociationProviderPlugin(
+      std::string associationClass, std::string antecedent, std::string dependent);
 
   const std::string& getAssociationClassName() const { return m_associationClass; }
   const std::string& getAntecedentName() const { return m_antecedent; }
@@ -38,22 +39,27 @@ public:
    * are kept in any case, since they are part of the path. assocClass has chosen this plugin and is
    * not looked at again.
    */
-  void associators(CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
-                   std::string& resultClass, std::string& role, std::string& resultRole,
-                   const char** propertyList) override;
-  void associatorNames(CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
-                       std::string& resultClass, std::string& role, std::string& resultRole) override;
-  void references(CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
-                  const std::string& role) override;
-  void referencesNames(CIMObjectPath& path, const std::string& resultClass, const std::string& role,
-                       std::vector<CIMObjectPath>& names) override;
+  void associators(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+      std::string& resultClass, std::string& role, std::string& resultRole,
+      const char** propertyList) override;
+  void associatorNames(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
+      std::string& resultClass, std::string& role, std::string& resultRole) override;
+  void references(
+      CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+      const std::string& role) override;
+  void referencesNames(
+      CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+      std::vector<CIMObjectPath>& names) override;
 
 private:
   std::vector<CIMInstance> associationInstances(const CIMObjectPath& path);
-  std::vector<CIMInstance> referencing(const CIMObjectPath& path, const std::string& resultClass,
-                                       const std::string& role);
-  std::vector<CIMObjectPath> farEnds(const CIMObjectPath& path, const std::string& resultClass,
-                                     const std::string& role, const std::string& resultRole);
+  std::vector<CIMInstance>
+  referencing(const CIMObjectPath& path, const std::string& resultClass, const std::string& role);
+  std::vector<CIMObjectPath> farEnds(
+      const CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+      const std::string& resultRole);
 
   std::string m_associationClass;
   std::string m_antecedent;

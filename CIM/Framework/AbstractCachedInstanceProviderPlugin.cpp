@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/AbstractCachedInstanceProviderPlugin.h"
 
 #include "CIM/Framework/CIMException.h"
@@ -9,18 +10,18 @@ void AbstractCachedInstanceProviderPlugin::getCIMInstance(CIMObjectPath&, std::v
   throwNotSupported("getCIMInstance");
 }
 
-void AbstractCachedInstanceProviderPlugin::enumerateInstances(CIMObjectPath&, std::vector<CIMInstance>&,
-                                                              bool) {
+void AbstractCachedInstanceProviderPlugin::enumerateInstances(
+    CIMObjectPath&, std::vector<CIMInstance>&, bool) {
   throwNotSupported("enumerateInstances");
 }
 
-void AbstractCachedInstanceProviderPlugin::enumerateInstanceNames(CIMObjectPath&,
-                                                                  std::vector<CIMObjectPath>&) {
+void AbstractCachedInstanceProviderPlugin::enumerateInstanceNames(
+    CIMObjectPath&, std::vector<CIMObjectPath>&) {
   throwNotSupported("enumerateInstanceNames");
 }
 
-void AbstractCachedInstanceProviderPlugin::modifyInstance(CIMObjectPath&, CIMInstance&,
-                                                          std::vector<std::string>&) {
+void AbstractCachedInstanceProviderPlugin::modifyInstance(
+    CIMObjectPath&, CIMInstance&, std::vector<std::string>&) {
   throwNotSupported("modifyInstance");
 }
 
@@ -32,49 +33,48 @@ void AbstractCachedInstanceProviderPlugin::deleteInstance(const CIMObjectPath&) 
   throwNotSupported("deleteInstance");
 }
 
-void AbstractCachedInstanceProviderPlugin::associators(CIMObjectPath&, std::string&,
-                                                       std::vector<CIMInstance>&, std::string&, std::string&,
-                                                       std::string&, const char**) {
+void AbstractCachedInstanceProviderPlugin::associators(
+    CIMObjectPath&, std::string&, std::vector<CIMInstance>&, std::string&, std::string&, std::string&,
+    const char**) {
   throwNotSupported("associators");
 }
 
-void AbstractCachedInstanceProviderPlugin::associatorNames(CIMObjectPath&, std::string&,
-                                                           std::vector<CIMObjectPath>&, std::string&,
-                                                           std::string&, std::string&) {
+void AbstractCachedInstanceProviderPlugin::associatorNames(
+    CIMObjectPath&, std::string&, std::vector<CIMObjectPath>&, std::string&, std::string&, std::string&) {
   throwNotSupported("associatorNames");
 }
 
-void AbstractCachedInstanceProviderPlugin::references(CIMObjectPath&, const std::string&,
-                                                      std::vector<CIMInstance>&, const std::string&) {
+void AbstractCachedInstanceProviderPlugin::references(
+    CIMObjectPath&, const std::string&, std::vector<CIMInstance>&, const std::string&) {
   throwNotSupported("references");
 }
 
-void AbstractCachedInstanceProviderPlugin::referencesNames(CIMObjectPath&, const std::string&,
-                                                           const std::string&, std::vector<CIMObjectPath>&) {
+void AbstractCachedInstanceProviderPlugin::referencesNames(
+    CIMObjectPath&, const std::string&, const std::string&, std::vector<CIMObjectPath>&) {
   throwNotSupported("referencesNames");
 }
 
-unsigned int AbstractCachedInstanceProviderPlugin::invokeMethod(const CIMObjectPath&, const std::string&,
-                                                                const CIMMethodParam&, CIMMethodParam&) {
+unsigned int AbstractCachedInstanceProviderPlugin::invokeMethod(
+    const CIMObjectPath&, const std::string&, const CIMMethodParam&, CIMMethodParam&) {
   return FW_RC_NOT_SUPPORTED;
 }
 
 void AbstractCachedInstanceProviderPlugin::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
 
-void AbstractCachedInstanceProviderPlugin::getNonKeyAttributes(const CIMInstance&,
-                                                               std::vector<CIMProperty>&) {}
+void AbstractCachedInstanceProviderPlugin::getNonKeyAttributes(
+    const CIMInstance&, std::vector<CIMProperty>&) {}
 
-void AbstractCachedInstanceProviderPlugin::getRepositoryObjects(const CIMObjectPath&,
-                                                                std::vector<CIMInstance>&) {}
+void AbstractCachedInstanceProviderPlugin::getRepositoryObjects(
+    const CIMObjectPath&, std::vector<CIMInstance>&) {}
 
-unsigned int AbstractCachedInstanceProviderPlugin::getViewClassKeys(CIMObjectPath&,
-                                                                    std::vector<CIMProperty>&) {
+unsigned int
+AbstractCachedInstanceProviderPlugin::getViewClassKeys(CIMObjectPath&, std::vector<CIMProperty>&) {
   KvsTrace("Executing AbstractCachedInstanceProviderPlugin :: getViewClassKeys()");
   return 0;
 }
 
-unsigned int AbstractCachedInstanceProviderPlugin::getKeysFromEventKeys(std::vector<CIMProperty>&,
-                                                                        std::vector<CIMProperty>&) {
+unsigned int AbstractCachedInstanceProviderPlugin::getKeysFromEventKeys(
+    std::vector<CIMProperty>&, std::vector<CIMProperty>&) {
   KvsTrace("Executing AbstractCachedInstanceProviderPlugin :: getKeysFromEventKeys()");
   return 0;
 }

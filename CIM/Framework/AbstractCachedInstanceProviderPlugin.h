@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_ABSTRACTCACHEDINSTANCEPROVIDERPLUGIN_H
-#define FRAMEWORK_ABSTRACTCACHEDINSTANCEPROVIDERPLUGIN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_ABSTRACTCACHEDINSTANCEPROVIDERPLUGIN_H
+#define CIM_FRAMEWORK_ABSTRACTCACHEDINSTANCEPROVIDERPLUGIN_H
 
 #include "CIM/Framework/AbstractInstanceProviderPlugin.h"
 
@@ -18,21 +19,26 @@ public:
   void getCIMInstance(CIMObjectPath& path, std::vector<CIMInstance>& instances) override;
   void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override;
   void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) override;
-  void modifyInstance(CIMObjectPath& path, CIMInstance& instance,
-                      std::vector<std::string>& propertyList) override;
+  void
+  modifyInstance(CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList) override;
   void createInstance(CIMObjectPath& path, CIMInstance& instance) override;
   void deleteInstance(const CIMObjectPath& path) override;
-  void associators(CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
-                   std::string& resultClass, std::string& role, std::string& resultRole,
-                   const char** propertyList) override;
-  void associatorNames(CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
-                       std::string& resultClass, std::string& role, std::string& resultRole) override;
-  void references(CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
-                  const std::string& role) override;
-  void referencesNames(CIMObjectPath& path, const std::string& resultClass, const std::string& role,
-                       std::vector<CIMObjectPath>& names) override;
-  unsigned int invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                            const CIMMethodParam& in, CIMMethodParam& out) override;
+  void associators(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+      std::string& resultClass, std::string& role, std::string& resultRole,
+      const char** propertyList) override;
+  void associatorNames(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
+      std::string& resultClass, std::string& role, std::string& resultRole) override;
+  void references(
+      CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+      const std::string& role) override;
+  void referencesNames(
+      CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+      std::vector<CIMObjectPath>& names) override;
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) override;
 
   void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) override;
   void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
@@ -46,8 +52,8 @@ public:
   /** Keys of the view class that the path names. @return 0 */
   virtual unsigned int getViewClassKeys(CIMObjectPath& path, std::vector<CIMProperty>& keys);
   /** Keys of the instance that an event is about. @return 0 */
-  virtual unsigned int getKeysFromEventKeys(std::vector<CIMProperty>& eventKeys,
-                                            std::vector<CIMProperty>& keys);
+  virtual unsigned int
+  getKeysFromEventKeys(std::vector<CIMProperty>& eventKeys, std::vector<CIMProperty>& keys);
   /** Name of the concrete class; empty here. */
   virtual std::string getConcreteClassName();
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/AbstractInstanceProviderPlugin.h"
 
 #include "CIM/Framework/CIMException.h"
@@ -20,15 +21,15 @@ struct AbstractInstanceProviderPlugin::TemplateOperation {
  * error. What append has put out before a failure stays there.
  */
 template <typename Append>
-void AbstractInstanceProviderPlugin::answerFromRepository(const TemplateOperation& operation,
-                                                          const CIMObjectPath& path, Append append) {
+void AbstractInstanceProviderPlugin::answerFromRepository(
+    const TemplateOperation& operation, const CIMObjectPath& path, Append append) {
   KvsTrace(operation.entering);
   try {
     std::vector<CIMInstance> repository;
     getRepositoryObjects(path, repository);
     if (repository.empty()) {
-      KvsLogMsg(KVS_LOG_DEBUG, "%s :: Empty list returned for class %s", operation.name,
-                path.className().c_str());
+      KvsLogMsg(
+          KVS_LOG_DEBUG, "%s :: Empty list returned for class %s", operation.name, path.className().c_str());
       return;
     }
     for (const CIMInstance& object : repository) {
@@ -43,8 +44,8 @@ void AbstractInstanceProviderPlugin::answerFromRepository(const TemplateOperatio
   }
 }
 
-CIMInstance AbstractInstanceProviderPlugin::composeInstance(const CIMInstance& object,
-                                                            const CIMObjectPath& path) {
+CIMInstance
+AbstractInstanceProviderPlugin::composeInstance(const CIMInstance& object, const CIMObjectPath& path) {
   std::vector<CIMProperty> keys;
   std::vector<CIMProperty> others;
   getKeyAttributes(object, keys);
@@ -60,8 +61,8 @@ CIMInstance AbstractInstanceProviderPlugin::composeInstance(const CIMInstance& o
   return instance;
 }
 
-void AbstractInstanceProviderPlugin::getCIMInstance(CIMObjectPath& path,
-                                                    std::vector<CIMInstance>& instances) {
+void AbstractInstanceProviderPlugin::getCIMInstance(
+    CIMObjectPath& path, std::vector<CIMInstance>& instances) {
   static constexpr TemplateOperation OPERATION = {
       "getCIMInstance", "Entering AbstractInstanceProviderPlugin :: getCIMInstance()",
       "Exiting AbstractInstanceProviderPlugin :: getCIMInstance()", ""};
@@ -70,8 +71,8 @@ void AbstractInstanceProviderPlugin::getCIMInstance(CIMObjectPath& path,
   });
 }
 
-void AbstractInstanceProviderPlugin::enumerateInstances(CIMObjectPath& path,
-                                                        std::vector<CIMInstance>& instances, bool) {
+void AbstractInstanceProviderPlugin::enumerateInstances(
+    CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
   // The run of blanks is part of the text that log readers know.
   static constexpr TemplateOperation OPERATION = {
       "enumerateInstances", "Entering AbstractInstanceProviderPlugin ::              enumerateInstances()",
@@ -81,8 +82,8 @@ void AbstractInstanceProviderPlugin::enumerateInstances(CIMObjectPath& path,
   });
 }
 
-void AbstractInstanceProviderPlugin::enumerateInstanceNames(CIMObjectPath& path,
-                                                            std::vector<CIMObjectPath>& names) {
+void AbstractInstanceProviderPlugin::enumerateInstanceNames(
+    CIMObjectPath& path, std::vector<CIMObjectPath>& names) {
   // No trace at the end, and a full stop after the message of a failure: this one has always differed.
   static constexpr TemplateOperation OPERATION = {
       "enumerateInstanceNames", "Entering AbstractInstanceProviderPlugin :: enumerateInstanceNames()",
@@ -110,29 +111,29 @@ void AbstractInstanceProviderPlugin::deleteInstance(const CIMObjectPath&) {
   throwNotSupported("deleteInstance");
 }
 
-void AbstractInstanceProviderPlugin::associators(CIMObjectPath&, std::string&, std::vector<CIMInstance>&,
-                                                 std::string&, std::string&, std::string&, const char**) {
+void AbstractInstanceProviderPlugin::associators(
+    CIMObjectPath&, std::string&, std::vector<CIMInstance>&, std::string&, std::string&, std::string&,
+    const char**) {
   throwNotSupported("associators");
 }
 
-void AbstractInstanceProviderPlugin::associatorNames(CIMObjectPath&, std::string&,
-                                                     std::vector<CIMObjectPath>&, std::string&, std::string&,
-                                                     std::string&) {
+void AbstractInstanceProviderPlugin::associatorNames(
+    CIMObjectPath&, std::string&, std::vector<CIMObjectPath>&, std::string&, std::string&, std::string&) {
   throwNotSupported("associatorNames");
 }
 
-void AbstractInstanceProviderPlugin::references(CIMObjectPath&, const std::string&, std::vector<CIMInstance>&,
-                                                const std::string&) {
+void AbstractInstanceProviderPlugin::references(
+    CIMObjectPath&, const std::string&, std::vector<CIMInstance>&, const std::string&) {
   throwNotSupported("references");
 }
 
-void AbstractInstanceProviderPlugin::referencesNames(CIMObjectPath&, const std::string&, const std::string&,
-                                                     std::vector<CIMObjectPath>&) {
+void AbstractInstanceProviderPlugin::referencesNames(
+    CIMObjectPath&, const std::string&, const std::string&, std::vector<CIMObjectPath>&) {
   throwNotSupported("referencesNames");
 }
 
-unsigned int AbstractInstanceProviderPlugin::invokeMethod(const CIMObjectPath&, const std::string&,
-                                                          const CIMMethodParam&, CIMMethodParam&) {
+unsigned int AbstractInstanceProviderPlugin::invokeMethod(
+    const CIMObjectPath&, const std::string&, const CIMMethodParam&, CIMMethodParam&) {
   return FW_RC_NOT_SUPPORTED;
 }
 

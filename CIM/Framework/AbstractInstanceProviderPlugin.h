@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_ABSTRACTINSTANCEPROVIDERPLUGIN_H
-#define FRAMEWORK_ABSTRACTINSTANCEPROVIDERPLUGIN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_ABSTRACTINSTANCEPROVIDERPLUGIN_H
+#define CIM_FRAMEWORK_ABSTRACTINSTANCEPROVIDERPLUGIN_H
 
 #include "CIM/Framework/AbstractProviderPlugin.h"
 
@@ -24,21 +25,26 @@ public:
   void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override;
   /** The path of the request with the keys of every repository object. */
   void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) override;
-  void modifyInstance(CIMObjectPath& path, CIMInstance& instance,
-                      std::vector<std::string>& propertyList) override;
+  void
+  modifyInstance(CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList) override;
   void createInstance(CIMObjectPath& path, CIMInstance& instance) override;
   void deleteInstance(const CIMObjectPath& path) override;
-  void associators(CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
-                   std::string& resultClass, std::string& role, std::string& resultRole,
-                   const char** propertyList) override;
-  void associatorNames(CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
-                       std::string& resultClass, std::string& role, std::string& resultRole) override;
-  void references(CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
-                  const std::string& role) override;
-  void referencesNames(CIMObjectPath& path, const std::string& resultClass, const std::string& role,
-                       std::vector<CIMObjectPath>& names) override;
-  unsigned int invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                            const CIMMethodParam& in, CIMMethodParam& out) override;
+  void associators(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+      std::string& resultClass, std::string& role, std::string& resultRole,
+      const char** propertyList) override;
+  void associatorNames(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
+      std::string& resultClass, std::string& role, std::string& resultRole) override;
+  void references(
+      CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+      const std::string& role) override;
+  void referencesNames(
+      CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+      std::vector<CIMObjectPath>& names) override;
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) override;
   void pushCompletedJobObject(_CompletedJob job) override;
   void popCompletedJobObject(std::string jobId) override;
 

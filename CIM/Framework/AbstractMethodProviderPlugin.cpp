@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/AbstractMethodProviderPlugin.h"
 
 #include "CIM/Framework/CIMException.h"
@@ -5,8 +6,8 @@
 
 namespace tvp::cim::fwf {
 
-unsigned int AbstractMethodProviderPlugin::invokeMethod(const CIMObjectPath&, const std::string&,
-                                                        const CIMMethodParam&, CIMMethodParam&) {
+unsigned int AbstractMethodProviderPlugin::invokeMethod(
+    const CIMObjectPath&, const std::string&, const CIMMethodParam&, CIMMethodParam&) {
   KvsTrace("Inside AbstractMethodProviderPlugin::invokeMethod()");
   return FW_RC_NOT_SUPPORTED;
 }

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_ABSTRACTMETHODPROVIDERPLUGIN_H
-#define FRAMEWORK_ABSTRACTMETHODPROVIDERPLUGIN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_ABSTRACTMETHODPROVIDERPLUGIN_H
+#define CIM_FRAMEWORK_ABSTRACTMETHODPROVIDERPLUGIN_H
 
 #include "CIM/Framework/AbstractProviderPlugin.h"
 
@@ -12,8 +13,9 @@ namespace tvp::cim::fwf {
 class AbstractMethodProviderPlugin : public virtual AbstractProviderPlugin {
 public:
   /** Knows no method: traces and returns FW_RC_NOT_SUPPORTED. */
-  unsigned int invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                            const CIMMethodParam& in, CIMMethodParam& out) override;
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) override;
 };
 
 }  // namespace tvp::cim::fwf

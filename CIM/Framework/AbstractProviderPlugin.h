@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_ABSTRACTPROVIDERPLUGIN_H
-#define FRAMEWORK_ABSTRACTPROVIDERPLUGIN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_ABSTRACTPROVIDERPLUGIN_H
+#define CIM_FRAMEWORK_ABSTRACTPROVIDERPLUGIN_H
 
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMMethodParam.h"
@@ -38,8 +39,8 @@ public:
   /** Appends the path of every instance of the class. */
   virtual void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) = 0;
   /** Changes the named properties of the instance that the path names. */
-  virtual void modifyInstance(CIMObjectPath& path, CIMInstance& instance,
-                              std::vector<std::string>& propertyList) = 0;
+  virtual void
+  modifyInstance(CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList) = 0;
   virtual void createInstance(CIMObjectPath& path, CIMInstance& instance) = 0;
   virtual void deleteInstance(const CIMObjectPath& path) = 0;
 
@@ -50,27 +51,30 @@ public:
    * @param resultRole name of the reference that points at the far end
    * @param propertyList names of the wanted properties, ended by a null pointer; null means all
    */
-  virtual void associators(CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
-                           std::string& resultClass, std::string& role, std::string& resultRole,
-                           const char** propertyList) = 0;
+  virtual void associators(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+      std::string& resultClass, std::string& role, std::string& resultRole, const char** propertyList) = 0;
   /** Appends the paths of the far ends; arguments as for associators. */
-  virtual void associatorNames(CIMObjectPath& path, std::string& assocClass,
-                               std::vector<CIMObjectPath>& names, std::string& resultClass, std::string& role,
-                               std::string& resultRole) = 0;
+  virtual void associatorNames(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
+      std::string& resultClass, std::string& role, std::string& resultRole) = 0;
   /** Appends the association instances that point at the path. @param resultClass their class */
-  virtual void references(CIMObjectPath& path, const std::string& resultClass,
-                          std::vector<CIMInstance>& instances, const std::string& role) = 0;
+  virtual void references(
+      CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+      const std::string& role) = 0;
   /** Appends the paths of the association instances that point at the path. */
-  virtual void referencesNames(CIMObjectPath& path, const std::string& resultClass, const std::string& role,
-                               std::vector<CIMObjectPath>& names) = 0;
+  virtual void referencesNames(
+      CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+      std::vector<CIMObjectPath>& names) = 0;
 
   /**
    * Runs an extrinsic method.
    * @param out receives the output arguments
    * @return the method's return value; 7 (FW_RC_NOT_SUPPORTED) from plugins without methods
    */
-  virtual unsigned int invokeMethod(const CIMObjectPath& path, const std::string& methodName,
-                                    const CIMMethodParam& in, CIMMethodParam& out) = 0;
+  virtual unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) = 0;
 
   virtual void pushCompletedJobObject(_CompletedJob job) = 0;
   virtual void popCompletedJobObject(std::string jobId) = 0;

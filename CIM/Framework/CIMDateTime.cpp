@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMDateTime.h"
 
 #include "CIM/Framework/CIMException.h"
@@ -77,9 +78,9 @@ CIMDateTime::CIMDateTime(const std::string& text) : CIMDateTime() {
 
 std::string CIMDateTime::toString() const {
   char text[96];  // seven numbers of up to eleven characters
-  std::snprintf(text, sizeof text, "%04d%02d%02d%02d%02d%02d.%06d", m_dateTime.year, m_dateTime.month,
-                m_dateTime.day, m_dateTime.hours, m_dateTime.minutes, m_dateTime.seconds,
-                m_dateTime.microseconds);
+  std::snprintf(
+      text, sizeof text, "%04d%02d%02d%02d%02d%02d.%06d", m_dateTime.year, m_dateTime.month, m_dateTime.day,
+      m_dateTime.hours, m_dateTime.minutes, m_dateTime.seconds, m_dateTime.microseconds);
   return text + m_dateTime.utcOffset;
 }
 
@@ -158,12 +159,13 @@ std::uint64_t CIMDateTime::calculateTimeDifference(const CIMDateTime& past) cons
   const DateTime& now = m_dateTime;
   const DateTime& then = past.m_dateTime;
   if (then.year > now.year) {
-    throw frameworkError(FW_RC_FAILED, "calculateTimeDifference",
-                         "Current year cannot be less than past year.");
+    throw frameworkError(
+        FW_RC_FAILED, "calculateTimeDifference", "Current year cannot be less than past year.");
   }
   const std::int64_t days = daysSince(then);
-  KvsLogMsg(KVS_LOG_DEBUG, "%s :: Difference in Secs, %d n %d", "calculateTimeDifference", now.seconds,
-            then.seconds);
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "%s :: Difference in Secs, %d n %d", "calculateTimeDifference", now.seconds,
+      then.seconds);
   return static_cast<std::uint64_t>(days) * DAY + distance(now.hours, then.hours) * HOUR +
          distance(now.minutes, then.minutes) * MINUTE + distance(now.seconds, then.seconds) * SECOND +
          distance(now.microseconds, then.microseconds);

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_CIMDATETIME_H
-#define FRAMEWORK_CIMDATETIME_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_CIMDATETIME_H
+#define CIM_FRAMEWORK_CIMDATETIME_H
 
 #include "oslib/KVSSystem.h"
 

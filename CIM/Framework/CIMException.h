@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_CIMEXCEPTION_H
-#define FRAMEWORK_CIMEXCEPTION_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_CIMEXCEPTION_H
+#define CIM_FRAMEWORK_CIMEXCEPTION_H
 
 #include <string>
 
@@ -55,12 +56,12 @@ private:
 };
 
 /** @return an exception with the message "function :: text". */
-[[nodiscard]] CIMException frameworkError(unsigned int code, const std::string& function,
-                                          const std::string& text);
+[[nodiscard]] CIMException
+frameworkError(unsigned int code, const std::string& function, const std::string& text);
 
 /** @return an exception with the message "function :: text." */
-[[nodiscard]] CIMException frameworkErrorWithStop(unsigned int code, const std::string& function,
-                                                  const std::string& text);
+[[nodiscard]] CIMException
+frameworkErrorWithStop(unsigned int code, const std::string& function, const std::string& text);
 
 }  // namespace tvp::cim::fwf
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMInstance.h"
 
 #include "CIM/Framework/PropertyLookup.h"

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_CIMINSTANCE_H
-#define FRAMEWORK_CIMINSTANCE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_CIMINSTANCE_H
+#define CIM_FRAMEWORK_CIMINSTANCE_H
 
 #include "CIM/Framework/CIMObjectPath.h"
 #include "CIM/Framework/CIMProperty.h"

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_CIMMETHODPARAM_H
-#define FRAMEWORK_CIMMETHODPARAM_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_CIMMETHODPARAM_H
+#define CIM_FRAMEWORK_CIMMETHODPARAM_H
 
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMProperty.h"

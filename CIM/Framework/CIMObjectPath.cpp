@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMObjectPath.h"
 
 #include "CIM/Framework/CIMInstance.h"
@@ -27,8 +28,8 @@ std::string valueText(const CIMProperty& key) {
 }  // namespace
 
 CIMObjectPath::CIMObjectPath() = default;
-CIMObjectPath::CIMObjectPath(std::string host, std::string nameSpace, std::string className,
-                             std::vector<CIMProperty> keyBindings)
+CIMObjectPath::CIMObjectPath(
+    std::string host, std::string nameSpace, std::string className, std::vector<CIMProperty> keyBindings)
     : m_host(std::move(host)), m_nameSpace(std::move(nameSpace)), m_className(std::move(className)),
       m_keyBindings(std::move(keyBindings)) {}
 CIMObjectPath::CIMObjectPath(const CIMObjectPath& other) = default;

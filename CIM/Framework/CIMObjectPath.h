@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_CIMOBJECTPATH_H
-#define FRAMEWORK_CIMOBJECTPATH_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_CIMOBJECTPATH_H
+#define CIM_FRAMEWORK_CIMOBJECTPATH_H
 
 #include "CIM/Framework/CIMProperty.h"
 
@@ -12,8 +13,8 @@ namespace tvp::cim::fwf {
 class CIMObjectPath {
 public:
   CIMObjectPath();
-  CIMObjectPath(std::string host, std::string nameSpace, std::string className,
-                std::vector<CIMProperty> keyBindings);
+  CIMObjectPath(
+      std::string host, std::string nameSpace, std::string className, std::vector<CIMProperty> keyBindings);
   CIMObjectPath(const CIMObjectPath& other);
   CIMObjectPath(CIMObjectPath&& other) noexcept;
   /** Afterwards equal to the source in every part. */

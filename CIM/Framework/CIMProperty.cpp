@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CIMProperty.h"
 
 #include "CIM/Framework/CIMException.h"
@@ -52,8 +53,8 @@ void CIMProperty::assign(CIMProperty&& source) noexcept {
 
 // The value is assigned, not constructed, into its slot: the array flag follows the slot's rule (intended).
 template <typename T, std::enable_if_t<!std::is_same_v<T, long long>, int>>
-CIMProperty::CIMProperty(std::string name, CIMValue<T> value, bool isKey, Primitive_DataType type,
-                         bool extraFlag)
+CIMProperty::CIMProperty(
+    std::string name, CIMValue<T> value, bool isKey, Primitive_DataType type, bool extraFlag)
     : m_name(std::move(name)), m_type(type), m_isKey(isKey), m_extraFlag(extraFlag) {
   this->*memberOf<T>() = std::move(value);
 }

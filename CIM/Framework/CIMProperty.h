@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_CIMPROPERTY_H
-#define FRAMEWORK_CIMPROPERTY_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_CIMPROPERTY_H
+#define CIM_FRAMEWORK_CIMPROPERTY_H
 
 #include "CIM/Framework/CIMValue.h"
 

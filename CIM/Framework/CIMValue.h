@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_CIMVALUE_H
-#define FRAMEWORK_CIMVALUE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_CIMVALUE_H
+#define CIM_FRAMEWORK_CIMVALUE_H
 
 #include <cstdint>
 #include <string>
@@ -30,12 +31,12 @@ template <typename T>
 class CIMValue {
 public:
   /** Whether a value can be made of one element, or of a list of them. */
-  static constexpr bool hasScalarConstructor =
-      isOneOf<T, bool, signed char, unsigned char, short, unsigned short, unsigned int, unsigned long long,
-              std::string, CIMObjectPath, CIMInstance>;
-  static constexpr bool hasListConstructor =
-      isOneOf<T, signed char, unsigned char, unsigned short, unsigned int, unsigned long long, std::string,
-              CIMObjectPath, CIMInstance>;
+  static constexpr bool hasScalarConstructor = isOneOf<
+      T, bool, signed char, unsigned char, short, unsigned short, unsigned int, unsigned long long,
+      std::string, CIMObjectPath, CIMInstance>;
+  static constexpr bool hasListConstructor = isOneOf<
+      T, signed char, unsigned char, unsigned short, unsigned int, unsigned long long, std::string,
+      CIMObjectPath, CIMInstance>;
 
   /** Whether assignment replaces everything, see above. */
   static constexpr bool assignsEverything = isOneOf<T, short, bool, CIMInstance>;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/CommonFunctions.h"
 
 #include "CIM/Framework/CIMObjectPath.h"
@@ -30,16 +31,16 @@ char lower(char character) {
 
 }  // namespace
 
-bool CommonFunctions::getRedundancy(unsigned int raidLevel, unsigned short& first,
-                                    unsigned short& packageRedundancy) {
+bool CommonFunctions::getRedundancy(
+    unsigned int raidLevel, unsigned short& first, unsigned short& packageRedundancy) {
   struct Level {
     unsigned int raidLevel;
     unsigned short first;
     unsigned short packageRedundancy;
   };
   static constexpr std::array<Level, 4> LEVELS = {{{0, 0, 0}, {1, 1, 1}, {5, 0, 1}, {6, 0, 2}}};
-  const auto* level = std::find_if(LEVELS.begin(), LEVELS.end(),
-                                   [raidLevel](const Level& row) { return row.raidLevel == raidLevel; });
+  const auto* level = std::find_if(
+      LEVELS.begin(), LEVELS.end(), [raidLevel](const Level& row) { return row.raidLevel == raidLevel; });
   if (level == LEVELS.end()) {
     return false;
   }
@@ -90,8 +91,9 @@ std::string CommonFunctions::toLower(const std::string& text) {
 
 bool CommonFunctions::equalsIgnoringCase(const std::string& left, const std::string& right) {
   return left.size() == right.size() &&
-         std::equal(left.begin(), left.end(), right.begin(),
-                    [](char one, char other) { return lower(one) == lower(other); });
+         std::equal(left.begin(), left.end(), right.begin(), [](char one, char other) {
+           return lower(one) == lower(other);
+         });
 }
 
 std::size_t CommonFunctions::trim(char* text) {

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_COMMONFUNCTIONS_H
-#define FRAMEWORK_COMMONFUNCTIONS_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_COMMONFUNCTIONS_H
+#define CIM_FRAMEWORK_COMMONFUNCTIONS_H
 
 #include <cstddef>
 #include <optional>

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_DATEANDTIME_H
-#define FRAMEWORK_DATEANDTIME_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_DATEANDTIME_H
+#define CIM_FRAMEWORK_DATEANDTIME_H
 
 #include <string>
 #include <utility>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/FrameworkFacade.h"
 
 #include "CIM/Framework/AbstractAssociationProviderPlugin.h"
@@ -110,8 +111,9 @@ bool FrameworkFacade::initialize() {
   if (PluginsManager* registry = PluginsManager::getInstance()) {
     KvsLogMsg(KVS_LOG_INFORMATION, "SELECTIVE INITIALIZATION ? %d.", 0);
     initialized = registry->initialize(false);
-    KvsLogMsg(KVS_LOG_INFORMATION, initialized ? "FrameworkFacade : Provider Initialized successfully"
-                                               : "Failed to initialize PluginsManager");
+    KvsLogMsg(
+        KVS_LOG_INFORMATION, initialized ? "FrameworkFacade : Provider Initialized successfully"
+                                         : "Failed to initialize PluginsManager");
   } else {
     KvsLogMsg(KVS_LOG_INFORMATION, "Failed to create PluginsManager instance");
   }
@@ -146,8 +148,8 @@ void FrameworkFacade::withPlugin(const Operation& operation, const std::string& 
 
 /** As withPlugin; a plugin that is no association plugin is answered with nothing as well. */
 template <typename Call>
-void FrameworkFacade::withAssociationPlugin(const Operation& operation, const std::string& className,
-                                            Call call) {
+void FrameworkFacade::withAssociationPlugin(
+    const Operation& operation, const std::string& className, Call call) {
   withPlugin(operation, className, [&](AbstractProviderPlugin& plugin) {
     if (asAssociationPlugin(&plugin) != nullptr) {
       call(plugin);
@@ -156,38 +158,44 @@ void FrameworkFacade::withAssociationPlugin(const Operation& operation, const st
 }
 
 void FrameworkFacade::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances) {
-  withPlugin(begin({"enumerateInstances", "enumerateInstances"}), path.className(),
-             [&](AbstractProviderPlugin& plugin) { plugin.enumerateInstances(path, instances, false); });
+  withPlugin(
+      begin({"enumerateInstances", "enumerateInstances"}), path.className(),
+      [&](AbstractProviderPlugin& plugin) { plugin.enumerateInstances(path, instances, false); });
 }
 
 void FrameworkFacade::enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) {
-  withPlugin(begin({"enumerateInstanceNames", "enumerateInstanceNames", "Internal Error."}), path.className(),
-             [&](AbstractProviderPlugin& plugin) { plugin.enumerateInstanceNames(path, names); });
+  withPlugin(
+      begin({"enumerateInstanceNames", "enumerateInstanceNames", "Internal Error."}), path.className(),
+      [&](AbstractProviderPlugin& plugin) { plugin.enumerateInstanceNames(path, names); });
 }
 
 void FrameworkFacade::getCIMInstance(CIMObjectPath& path, std::vector<CIMInstance>& instances) {
-  withPlugin(begin({"getCIMInstance", "getCIMInstance"}), path.className(),
-             [&](AbstractProviderPlugin& plugin) { plugin.getCIMInstance(path, instances); });
+  withPlugin(
+      begin({"getCIMInstance", "getCIMInstance"}), path.className(),
+      [&](AbstractProviderPlugin& plugin) { plugin.getCIMInstance(path, instances); });
 }
 
 void FrameworkFacade::createInstance(CIMObjectPath& path, CIMInstance& instance) {
-  withPlugin(begin({"createInstance", "createInstance"}), path.className(),
-             [&](AbstractProviderPlugin& plugin) { plugin.createInstance(path, instance); });
+  withPlugin(
+      begin({"createInstance", "createInstance"}), path.className(),
+      [&](AbstractProviderPlugin& plugin) { plugin.createInstance(path, instance); });
 }
 
-void FrameworkFacade::modifyInstance(CIMObjectPath& path, CIMInstance& instance,
-                                     std::vector<std::string>& propertyList) {
-  withPlugin(begin({"modifyInstance", "modifyInstance"}), path.className(),
-             [&](AbstractProviderPlugin& plugin) { plugin.modifyInstance(path, instance, propertyList); });
+void FrameworkFacade::modifyInstance(
+    CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList) {
+  withPlugin(
+      begin({"modifyInstance", "modifyInstance"}), path.className(),
+      [&](AbstractProviderPlugin& plugin) { plugin.modifyInstance(path, instance, propertyList); });
 }
 
 void FrameworkFacade::deleteInstance(const CIMObjectPath& path) {
-  withPlugin(begin({"deleteInstance", "deleteInstance"}), path.className(),
-             [&](AbstractProviderPlugin& plugin) { plugin.deleteInstance(path); });
+  withPlugin(
+      begin({"deleteInstance", "deleteInstance"}), path.className(),
+      [&](AbstractProviderPlugin& plugin) { plugin.deleteInstance(path); });
 }
 
-unsigned int FrameworkFacade::invokeMethod(const CIMObjectPath& path, std::string methodName,
-                                           CIMMethodParam& in, CIMMethodParam& out) {
+unsigned int FrameworkFacade::invokeMethod(
+    const CIMObjectPath& path, std::string methodName, CIMMethodParam& in, CIMMethodParam& out) {
   unsigned int returnValue = 0;
   withPlugin(begin({"invokeMethod", "invokeMethod"}), path.className(), [&](AbstractProviderPlugin& plugin) {
     returnValue = plugin.invokeMethod(path, methodName, in, out);
@@ -195,23 +203,25 @@ unsigned int FrameworkFacade::invokeMethod(const CIMObjectPath& path, std::strin
   return returnValue;
 }
 
-void FrameworkFacade::references(CIMObjectPath& path, const std::string& resultClass,
-                                 std::vector<CIMInstance>& instances, const std::string& role) {
+void FrameworkFacade::references(
+    CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+    const std::string& role) {
   withAssociationPlugin(
       begin({"references", "references"}), path.className(),
       [&](AbstractProviderPlugin& plugin) { plugin.references(path, resultClass, instances, role); });
 }
 
-void FrameworkFacade::referencesNames(CIMObjectPath& path, const std::string& resultClass,
-                                      const std::string& role, std::vector<CIMObjectPath>& names) {
+void FrameworkFacade::referencesNames(
+    CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+    std::vector<CIMObjectPath>& names) {
   withAssociationPlugin(
       begin({"referenceNames", "referencesNames"}), path.className(),
       [&](AbstractProviderPlugin& plugin) { plugin.referencesNames(path, resultClass, role, names); });
 }
 
-void FrameworkFacade::associators(CIMObjectPath& path, std::string& assocClass,
-                                  std::vector<CIMInstance>& instances, std::string& resultClass,
-                                  std::string& role, std::string& resultRole, const char** propertyList) {
+void FrameworkFacade::associators(
+    CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+    std::string& resultClass, std::string& role, std::string& resultRole, const char** propertyList) {
   const Operation operation = begin({"associators", "associators", NO_REGISTRY});
   KvsLogMsg(KVS_LOG_INFORMATION, "################ FrameworkFacade::associators() ######################");
   KvsLogMsg(KVS_LOG_INFORMATION, "LHS ObjectPath = %s", path.toString().c_str());
@@ -225,13 +235,13 @@ void FrameworkFacade::associators(CIMObjectPath& path, std::string& assocClass,
   });
 }
 
-void FrameworkFacade::associatorsNames(CIMObjectPath& path, std::string& assocClass,
-                                       std::vector<CIMObjectPath>& names, std::string& resultClass,
-                                       std::string& role, std::string& resultRole) {
-  withAssociationPlugin(begin({"associatorNames", "associatorsNames"}), assocClass,
-                        [&](AbstractProviderPlugin& plugin) {
-                          plugin.associatorNames(path, assocClass, names, resultClass, role, resultRole);
-                        });
+void FrameworkFacade::associatorsNames(
+    CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names, std::string& resultClass,
+    std::string& role, std::string& resultRole) {
+  withAssociationPlugin(
+      begin({"associatorNames", "associatorsNames"}), assocClass, [&](AbstractProviderPlugin& plugin) {
+        plugin.associatorNames(path, assocClass, names, resultClass, role, resultRole);
+      });
 }
 
 AbstractProviderPlugin* FrameworkFacade::getPlugIn(const std::string& className) {
@@ -252,8 +262,8 @@ void FrameworkFacade::getAllPluginNames(std::vector<std::string>& names, std::st
   }
 }
 
-void FrameworkFacade::getAntecedentAndDependentNames(std::string className, std::string& antecedent,
-                                                     std::string& dependent) {
+void FrameworkFacade::getAntecedentAndDependentNames(
+    std::string className, std::string& antecedent, std::string& dependent) {
   PluginsManager* registry = PluginsManager::getInstance();
   if (registry == nullptr) {
     return;

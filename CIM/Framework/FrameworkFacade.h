@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_FRAMEWORKFACADE_H
-#define FRAMEWORK_FRAMEWORKFACADE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_FRAMEWORKFACADE_H
+#define CIM_FRAMEWORK_FRAMEWORKFACADE_H
 
 #include "CIM/Framework/AbstractProviderPlugin.h"
 #include "oslib/KVSMutex.h"
@@ -48,23 +49,26 @@ public:
   void deleteInstance(const CIMObjectPath& path);
 
   /** @return the method's return value; 0, without output, for a class that has no plugin */
-  unsigned int invokeMethod(const CIMObjectPath& path, std::string methodName, CIMMethodParam& in,
-                            CIMMethodParam& out);
+  unsigned int
+  invokeMethod(const CIMObjectPath& path, std::string methodName, CIMMethodParam& in, CIMMethodParam& out);
 
   /**
    * The association operations; arguments as in AbstractProviderPlugin. The plugin is that of the
    * path's class for references and referencesNames, that of assocClass for the other two. The
    * answer is empty when it is not an association plugin.
    */
-  void references(CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
-                  const std::string& role);
-  void referencesNames(CIMObjectPath& path, const std::string& resultClass, const std::string& role,
-                       std::vector<CIMObjectPath>& names);
-  void associators(CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
-                   std::string& resultClass, std::string& role, std::string& resultRole,
-                   const char** propertyList);
-  void associatorsNames(CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
-                        std::string& resultClass, std::string& role, std::string& resultRole);
+  void references(
+      CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
+      const std::string& role);
+  void referencesNames(
+      CIMObjectPath& path, const std::string& resultClass, const std::string& role,
+      std::vector<CIMObjectPath>& names);
+  void associators(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
+      std::string& resultClass, std::string& role, std::string& resultRole, const char** propertyList);
+  void associatorsNames(
+      CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
+      std::string& resultClass, std::string& role, std::string& resultRole);
 
   /** The plugin of the class, owned by the registry; null when there is none. */
   AbstractProviderPlugin* getPlugIn(const std::string& className);

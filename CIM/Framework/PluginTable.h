@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_PLUGINTABLE_H
-#define FRAMEWORK_PLUGINTABLE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_PLUGINTABLE_H
+#define CIM_FRAMEWORK_PLUGINTABLE_H
 
 #include "CIM/Framework/AbstractProviderPlugin.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/PluginsManager.h"
 
 #include "CIM/Framework/CommonFunctions.h"
@@ -16,12 +17,13 @@ namespace {
 constexpr const char* OWN_NAMESPACE = "root/kvs/tvp/smi_15";
 
 // What getPluginNames shows; which plugins there are says pluginTable() alone.
-constexpr std::array<std::string_view, 6> PROFILE_KEYS = {"tvp_registeredprofile",
-                                                          "tvp_elementconformstoprofile",
-                                                          "tvp_controllercomputersystemconformstoprofile",
-                                                          "tvp_hostcomputersystemconformstoprofile",
-                                                          "tvp_registeredsubprofile",
-                                                          "tvp_subprofilerequiresprofile"};
+constexpr std::array<std::string_view, 6> PROFILE_KEYS = {
+    "tvp_registeredprofile",
+    "tvp_elementconformstoprofile",
+    "tvp_controllercomputersystemconformstoprofile",
+    "tvp_hostcomputersystemconformstoprofile",
+    "tvp_registeredsubprofile",
+    "tvp_subprofilerequiresprofile"};
 
 constexpr std::array<std::string_view, 10> CLASS_KEYS = {
     "tvp_tarvexproidentity", "tvp_logicaldevice", "tvp_logicaldevices",      "tvp_virtualpoolmember",
@@ -72,9 +74,10 @@ PluginsManager* PluginsManager::getInstance() {
   }
   KvsMutexUnlock(m_Mutex);
   KvsLogMsg(KVS_LOG_INFORMATION, "Unlocked the mutex object");
-  KvsLogMsg(KVS_LOG_INFORMATION, instance != nullptr
-                                     ? "Returning successfully formed PluginsManager singleton object"
-                                     : "ERROR : Insufficient Memory : PluginsManager::getInstance");
+  KvsLogMsg(
+      KVS_LOG_INFORMATION, instance != nullptr
+                               ? "Returning successfully formed PluginsManager singleton object"
+                               : "ERROR : Insufficient Memory : PluginsManager::getInstance");
   return instance;
 }
 

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_PLUGINSMANAGER_H
-#define FRAMEWORK_PLUGINSMANAGER_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_PLUGINSMANAGER_H
+#define CIM_FRAMEWORK_PLUGINSMANAGER_H
 
 #include "CIM/Framework/AbstractProviderPlugin.h"
 #include "oslib/KVSMutex.h"

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_PROPERTYLOOKUP_H
-#define FRAMEWORK_PROPERTYLOOKUP_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_PROPERTYLOOKUP_H
+#define CIM_FRAMEWORK_PROPERTYLOOKUP_H
 
 #include "CIM/Framework/CIMProperty.h"
 

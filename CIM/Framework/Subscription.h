@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_SUBSCRIPTION_H
-#define FRAMEWORK_SUBSCRIPTION_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef CIM_FRAMEWORK_SUBSCRIPTION_H
+#define CIM_FRAMEWORK_SUBSCRIPTION_H
 
 #include <atomic>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The provider's own allocator. Left out of unsealed builds, whose allocations the sanitizers watch.
 #ifdef TVP_SEALED
 #include "voltvk/Allocation.h"

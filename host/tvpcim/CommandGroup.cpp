@@ -1,12 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/CommandGroup.h"
 
 namespace tvp::host::tvpcim {
 
-CLI::App& CommandGroup::addVerb(CLI::App& parent, const std::string& name, const std::string& summary,
-                                const std::string& help, std::function<void()> action) {
+CLI::App& CommandGroup::addVerb(
+    CLI::App& parent, const std::string& name, const std::string& summary, const std::string& help,
+    std::function<void()> action) {
   CLI::App* verb = parent.add_subcommand(name, summary);
-  verb->footer("\n" + help + (help.empty() ? "" : "\n") +
-               "Options of every verb, such as -o json, are those of 'tvpcim --help'.");
+  verb->footer(
+      "\n" + help + (help.empty() ? "" : "\n") +
+      "Options of every verb, such as -o json, are those of 'tvpcim --help'.");
   const std::string fullName = parent.get_parent() == nullptr ? name : parent.get_name() + " " + name;
   verb->callback([this, fullName, action = std::move(action)] { m_tool.choose(fullName, action); });
   return *verb;

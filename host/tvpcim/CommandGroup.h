@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef HOST_TVPCIM_COMMANDGROUP_H
 #define HOST_TVPCIM_COMMANDGROUP_H
 
@@ -26,8 +27,9 @@ public:
 
 protected:
   /** Adds a verb. @param help what stands at the end of its --help, or empty */
-  CLI::App& addVerb(CLI::App& parent, const std::string& name, const std::string& summary,
-                    const std::string& help, std::function<void()> action);
+  CLI::App& addVerb(
+      CLI::App& parent, const std::string& name, const std::string& summary, const std::string& help,
+      std::function<void()> action);
   /** Adds a word that has verbs under it. */
   static CLI::App& addFamily(CLI::App& app, const std::string& name, const std::string& summary);
 

@@ -1,17 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/CommandLine.h"
 
-#include "host/tvpcim/AssociationCommands.h"
-#include "host/tvpcim/DriveCommands.h"
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/IdentityCommand.h"
-#include "host/tvpcim/IntrinsicCommands.h"
-#include "host/tvpcim/MethodCommand.h"
-#include "host/tvpcim/PoolCommands.h"
-#include "host/tvpcim/SchemaCommands.h"
-#include "host/tvpcim/Text.h"
-#include "host/tvpcim/TreeCommand.h"
-#include "host/tvpcim/VolumeCommands.h"
-#include "host/tvpcim/WatchCommand.h"
+#include "host/tvpcim/cim/AssociationCommands.h"
+#include "host/tvpcim/cim/IntrinsicCommands.h"
+#include "host/tvpcim/cim/MethodCommand.h"
+#include "host/tvpcim/cim/SchemaCommands.h"
+#include "host/tvpcim/cim/WatchCommand.h"
+#include "host/tvpcim/output/Text.h"
+#include "host/tvpcim/storage/DriveCommands.h"
+#include "host/tvpcim/storage/IdentityCommand.h"
+#include "host/tvpcim/storage/PoolCommands.h"
+#include "host/tvpcim/storage/TreeCommand.h"
+#include "host/tvpcim/storage/VolumeCommands.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -47,8 +48,8 @@ bool takesValue(const std::string& option) {
 }
 
 void printError(const Tool& tool, const std::string& text) {
-  std::fprintf(stderr, "tvpcim: %s%s%s\n", tool.verb().c_str(), tool.verb().empty() ? "" : ": ",
-               text.c_str());
+  std::fprintf(
+      stderr, "tvpcim: %s%s%s\n", tool.verb().c_str(), tool.verb().empty() ? "" : ": ", text.c_str());
 }
 
 /** Does what the command line asks for. */
@@ -123,8 +124,8 @@ void CommandLine::addGlobalOptions() {
   m_app.add_flag("--wide", options.wide, "Show every column of a table, whatever the width of the terminal");
   m_app.add_option("--user", options.user, "User name of the requests; default: yours")->type_name("NAME");
   m_app
-      .add_option("--provider", options.provider,
-                  "The provider's library; default: the one that belongs to tvpcim")
+      .add_option(
+          "--provider", options.provider, "The provider's library; default: the one that belongs to tvpcim")
       ->type_name("FILE");
   m_app
       .add_option("--schema", options.schema, "File of the classes; default: the one that belongs to tvpcim")
@@ -153,8 +154,9 @@ void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {
     }
     if (std::find(verbs.begin(), verbs.end(), word) == verbs.end()) {
       const std::string near = suggestion(word, verbs);
-      throw UsageError("there is no verb '" + words + printable(word) + "'" +
-                       (near.empty() ? "; see 'tvpcim " + words + "--help'" : near));
+      throw UsageError(
+          "there is no verb '" + words + printable(word) + "'" +
+          (near.empty() ? "; see 'tvpcim " + words + "--help'" : near));
     }
     parent = parent->get_subcommand(word);
     words += word + " ";
@@ -175,8 +177,9 @@ std::string CommandLine::parse(const std::vector<std::string>& arguments) {
       verb = verb->get_subcommands().front();
       words += verb->get_name() + " ";
     }
-    throw UsageError((words.empty() ? "" : words.substr(0, words.size() - 1) + ": ") +
-                     printable(error.what()) + "; see 'tvpcim " + words + "--help'");
+    throw UsageError(
+        (words.empty() ? "" : words.substr(0, words.size() - 1) + ": ") + printable(error.what()) +
+        "; see 'tvpcim " + words + "--help'");
   }
   return "";
 }
@@ -184,9 +187,9 @@ std::string CommandLine::parse(const std::vector<std::string>& arguments) {
 void runAndExit(int argumentCount, char** arguments) {
   Tool tool;
   CommandLine commandLine(tool);
-  int status =
-      perform(tool, commandLine,
-              std::vector<std::string>(arguments + std::min(argumentCount, 1), arguments + argumentCount));
+  int status = perform(
+      tool, commandLine,
+      std::vector<std::string>(arguments + std::min(argumentCount, 1), arguments + argumentCount));
   if (reportBreaches(tool) && status == DONE) {
     status = FAILED;
   }

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/InstalledFiles.h"
 
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/Text.h"
+#include "host/tvpcim/output/Text.h"
 
 #include <filesystem>
 #include <vector>
@@ -34,15 +35,17 @@ std::string firstOf(const std::string& what, const std::string& option, const st
 
 std::string installedProvider() {
   const std::string name = "libtarvexProProvider.so";
-  return firstOf("the provider", "--provider",
-                 {ownPrefix() / "lib" / name, ownPrefix() / TVP_INSTALL_LIBDIR / name,
-                  fs::path(TVP_INSTALL_FULL_LIBDIR) / name});
+  return firstOf(
+      "the provider", "--provider",
+      {ownPrefix() / "lib" / name, ownPrefix() / TVP_INSTALL_LIBDIR / name,
+       fs::path(TVP_INSTALL_FULL_LIBDIR) / name});
 }
 
 std::string installedSchema() {
   const fs::path name = fs::path("tarvexpro") / "TVP.mof";
-  return firstOf("the file of the classes", "--schema",
-                 {ownPrefix() / "share" / name, fs::path(TVP_INSTALL_FULL_DATADIR) / name});
+  return firstOf(
+      "the file of the classes", "--schema",
+      {ownPrefix() / "share" / name, fs::path(TVP_INSTALL_FULL_DATADIR) / name});
 }
 
 }  // namespace tvp::host::tvpcim

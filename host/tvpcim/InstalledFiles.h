@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef HOST_TVPCIM_INSTALLEDFILES_H
 #define HOST_TVPCIM_INSTALLEDFILES_H
 

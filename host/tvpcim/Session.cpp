@@ -1,11 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/Session.h"
 
-#include "host/MofReader.h"
-#include "host/Names.h"
-#include "host/ObjectPathText.h"
+#include "host/schema/MofReader.h"
+#include "host/schema/Names.h"
+#include "host/schema/ObjectPathText.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/InstalledFiles.h"
-#include "host/tvpcim/Text.h"
+#include "host/tvpcim/output/Text.h"
 
 namespace tvp::host::tvpcim {
 
@@ -25,8 +26,9 @@ const Schema& Session::schema() {
     try {
       m_schema = MofReader::readFile(m_schemaFile);
     } catch (const MofError& error) {
-      throw OperationError(std::string(error.what()) +
-                           (error.line() == 0 ? "; name the file of the classes with --schema" : ""));
+      throw OperationError(
+          std::string(error.what()) +
+          (error.line() == 0 ? "; name the file of the classes with --schema" : ""));
     }
   }
   return *m_schema;
@@ -50,8 +52,9 @@ const SchemaClass& Session::classNamed(const std::string& name) {
     names.push_back(candidate->name);
   }
   const std::string near = suggestion(name, names);
-  throw UsageError(statusName(CMPI_RC_ERR_INVALID_CLASS) + ": " + m_schemaFile + " has no class '" +
-                   printable(name) + "'" + (near.empty() ? "; see 'tvpcim classes'" : near));
+  throw UsageError(
+      statusName(CMPI_RC_ERR_INVALID_CLASS) + ": " + m_schemaFile + " has no class '" + printable(name) +
+      "'" + (near.empty() ? "; see 'tvpcim classes'" : near));
 }
 
 ObjectPath Session::pathOf(const std::string& className) {
@@ -79,8 +82,9 @@ ObjectPath Session::parsePath(const std::string& text) {
   }
   for (const NamedValue& key : path.keys) {
     if (!schemaClass.external && schemaClass.property(key.name) == nullptr) {
-      throw UsageError(statusName(CMPI_RC_ERR_NO_SUCH_PROPERTY) + ": the class " + schemaClass.name +
-                       " has no property '" + printable(key.name) + "'" + suggestion(key.name, names));
+      throw UsageError(
+          statusName(CMPI_RC_ERR_NO_SUCH_PROPERTY) + ": the class " + schemaClass.name +
+          " has no property '" + printable(key.name) + "'" + suggestion(key.name, names));
     }
   }
   return path;
@@ -101,8 +105,8 @@ Provider& Session::provider() {
     options.principal = m_options.user;
     Broker& ownBroker = broker();
     try {
-      auto library = std::make_shared<ProviderLibrary>(m_options.provider.empty() ? installedProvider()
-                                                                                  : m_options.provider);
+      auto library = std::make_shared<ProviderLibrary>(
+          m_options.provider.empty() ? installedProvider() : m_options.provider);
       m_provider = std::make_unique<Provider>(ownBroker, std::move(library), options);
     } catch (const ProviderLoadError& error) {
       throw OperationError(error.what());

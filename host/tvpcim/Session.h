@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef HOST_TVPCIM_SESSION_H
 #define HOST_TVPCIM_SESSION_H
 
-#include "host/Broker.h"
-#include "host/Provider.h"
-#include "host/Schema.h"
+#include "host/broker/Broker.h"
+#include "host/provider/Provider.h"
+#include "host/schema/Schema.h"
 #include "host/tvpcim/Options.h"
 
 #include <map>

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/Tool.h"
 
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/Terminal.h"
+#include "host/tvpcim/output/Terminal.h"
 
 #include <cerrno>
 #include <cstdio>

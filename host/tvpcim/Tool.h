@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef HOST_TVPCIM_TOOL_H
 #define HOST_TVPCIM_TOOL_H
 
-#include "host/tvpcim/Formatter.h"
 #include "host/tvpcim/Options.h"
 #include "host/tvpcim/Session.h"
+#include "host/tvpcim/output/Formatter.h"
 
 #include <functional>
 #include <memory>

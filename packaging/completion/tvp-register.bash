@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # bash completion of tvp-register
 _tvp_register() {
   local word=${COMP_WORDS[COMP_CWORD]}

@@ -1,4 +1,5 @@
 #compdef tvp-register
+# SPDX-License-Identifier: Apache-2.0
 _arguments \
   '(--sfcb)--pegasus[the object manager is OpenPegasus]' \
   '(--pegasus)--sfcb[the object manager is SFCB]' \

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # bash completion of tvpcim
 _tvpcim_options() {
   case $1 in

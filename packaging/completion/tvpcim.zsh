@@ -1,4 +1,5 @@
 #compdef tvpcim
+# SPDX-License-Identifier: Apache-2.0
 local curcontext=$curcontext state line
 _arguments -C \
   '(-o --output)'{-o,--output}'[form of the answer]:form:(table json mof)' \

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # bash completion of voltvkctl
 _voltvkctl_options() {
   case $1 in

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 /**
  * Data types of CMPI 2.0 for Linux x86-64: scalars, type codes, states, return codes and the
  * encapsulated objects. Usable from C and C++.
  */
-#ifndef CMPIDT_H
-#define CMPIDT_H
+#ifndef STANDARD_CMPI_CMPIDT_H
+#define STANDARD_CMPI_CMPIDT_H
 
 #ifdef __cplusplus
 extern "C" {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /**
  * Function tables of CMPI 2.0 for Linux x86-64: the slots through which an object manager and a
  * provider call each other. The order of the members is the interface; cmpilayout.h asserts every
@@ -6,8 +7,8 @@
  * A table function takes the object it belongs to as its first argument; a CMPIStatus* argument
  * may be null.
  */
-#ifndef CMPIFT_H
-#define CMPIFT_H
+#ifndef STANDARD_CMPI_CMPIFT_H
+#define STANDARD_CMPI_CMPIFT_H
 
 #include "cmpidt.h"
 
@@ -27,33 +28,37 @@ struct CMPIBrokerFT {
   CMPIStatus (*attachThread)(const CMPIBroker*, const CMPIContext*);
   CMPIStatus (*detachThread)(const CMPIBroker*, const CMPIContext*);
   CMPIStatus (*deliverIndication)(const CMPIBroker*, const CMPIContext*, const char*, const CMPIInstance*);
-  CMPIEnumeration* (*enumerateInstanceNames)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*,
-                                             CMPIStatus*);
-  CMPIInstance* (*getInstance)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char**,
-                               CMPIStatus*);
-  CMPIObjectPath* (*createInstance)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*,
-                                    const CMPIInstance*, CMPIStatus*);
-  CMPIStatus (*modifyInstance)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*,
-                               const CMPIInstance*, const char**);
+  CMPIEnumeration* (*enumerateInstanceNames)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, CMPIStatus*);
+  CMPIInstance* (*getInstance)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char**, CMPIStatus*);
+  CMPIObjectPath* (*createInstance)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const CMPIInstance*, CMPIStatus*);
+  CMPIStatus (*modifyInstance)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const CMPIInstance*, const char**);
   CMPIStatus (*deleteInstance)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*);
-  CMPIEnumeration* (*execQuery)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*,
-                                const char*, CMPIStatus*);
-  CMPIEnumeration* (*enumerateInstances)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*,
-                                         const char**, CMPIStatus*);
-  CMPIEnumeration* (*associators)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*,
-                                  const char*, const char*, const char*, const char**, CMPIStatus*);
-  CMPIEnumeration* (*associatorNames)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*,
-                                      const char*, const char*, const char*, const char*, CMPIStatus*);
-  CMPIEnumeration* (*references)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*,
-                                 const char*, const char**, CMPIStatus*);
-  CMPIEnumeration* (*referenceNames)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*,
-                                     const char*, const char*, CMPIStatus*);
-  CMPIData (*invokeMethod)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*,
-                           const CMPIArgs*, CMPIArgs*, CMPIStatus*);
-  CMPIStatus (*setProperty)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*,
-                            const CMPIValue*, CMPIType);
-  CMPIData (*getProperty)(const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*,
-                          CMPIStatus*);
+  CMPIEnumeration* (*execQuery)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, const char*, CMPIStatus*);
+  CMPIEnumeration* (*enumerateInstances)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char**, CMPIStatus*);
+  CMPIEnumeration* (*associators)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, const char*, const char*,
+      const char*, const char**, CMPIStatus*);
+  CMPIEnumeration* (*associatorNames)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, const char*, const char*,
+      const char*, CMPIStatus*);
+  CMPIEnumeration* (*references)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, const char*, const char**,
+      CMPIStatus*);
+  CMPIEnumeration* (*referenceNames)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, const char*, CMPIStatus*);
+  CMPIData (*invokeMethod)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, const CMPIArgs*, CMPIArgs*,
+      CMPIStatus*);
+  CMPIStatus (*setProperty)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, const CMPIValue*, CMPIType);
+  CMPIData (*getProperty)(
+      const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, CMPIStatus*);
 };
 
 /** Services of the broker that make and examine encapsulated objects. */
@@ -75,13 +80,13 @@ struct CMPIBrokerEncFT {
   CMPIString* (*getMessage)(const CMPIBroker*, const char*, const char*, CMPIStatus*, CMPICount, ...);
   CMPIStatus (*logMessage)(const CMPIBroker*, int, const char*, const char*, const CMPIString*);
   CMPIStatus (*trace)(const CMPIBroker*, int, const char*, const char*, const CMPIString*);
-  CMPIError* (*newCMPIError)(const CMPIBroker*, const char*, const char*, const char*,
-                             const CMPIErrorSeverity, const CMPIErrorProbableCause, const CMPIrc,
-                             CMPIStatus*);
+  CMPIError* (*newCMPIError)(
+      const CMPIBroker*, const char*, const char*, const char*, const CMPIErrorSeverity,
+      const CMPIErrorProbableCause, const CMPIrc, CMPIStatus*);
   CMPIStatus (*openMessageFile)(const CMPIBroker*, const char*, CMPIMsgFileHandle*);
   CMPIStatus (*closeMessageFile)(const CMPIBroker*, const CMPIMsgFileHandle);
-  CMPIString* (*getMessage2)(const CMPIBroker*, const char*, const CMPIMsgFileHandle, const char*,
-                             CMPIStatus*, CMPICount, ...);
+  CMPIString* (*getMessage2)(
+      const CMPIBroker*, const char*, const CMPIMsgFileHandle, const char*, CMPIStatus*, CMPICount, ...);
 };
 
 /** Operating-system services that a broker offers to portable providers. */
@@ -134,19 +139,21 @@ struct CMPIInstanceMIFT {
   int miVersion;
   const char* miName;
   CMPIStatus (*cleanup)(CMPIInstanceMI*, const CMPIContext*, CMPIBoolean);
-  CMPIStatus (*enumerateInstanceNames)(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*,
-                                       const CMPIObjectPath*);
-  CMPIStatus (*enumerateInstances)(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*,
-                                   const CMPIObjectPath*, const char**);
-  CMPIStatus (*getInstance)(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-                            const char**);
-  CMPIStatus (*createInstance)(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-                               const CMPIInstance*);
-  CMPIStatus (*modifyInstance)(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-                               const CMPIInstance*, const char**);
+  CMPIStatus (*enumerateInstanceNames)(
+      CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*);
+  CMPIStatus (*enumerateInstances)(
+      CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char**);
+  CMPIStatus (*getInstance)(
+      CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char**);
+  CMPIStatus (*createInstance)(
+      CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const CMPIInstance*);
+  CMPIStatus (*modifyInstance)(
+      CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const CMPIInstance*,
+      const char**);
   CMPIStatus (*deleteInstance)(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*);
-  CMPIStatus (*execQuery)(CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-                          const char*, const char*);
+  CMPIStatus (*execQuery)(
+      CMPIInstanceMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char*,
+      const char*);
 };
 
 /** What a method provider answers. */
@@ -155,8 +162,9 @@ struct CMPIMethodMIFT {
   int miVersion;
   const char* miName;
   CMPIStatus (*cleanup)(CMPIMethodMI*, const CMPIContext*, CMPIBoolean);
-  CMPIStatus (*invokeMethod)(CMPIMethodMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-                             const char*, const CMPIArgs*, CMPIArgs*);
+  CMPIStatus (*invokeMethod)(
+      CMPIMethodMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char*,
+      const CMPIArgs*, CMPIArgs*);
 };
 
 /** What an association provider answers. */
@@ -165,14 +173,18 @@ struct CMPIAssociationMIFT {
   const CMPISint32 miVersion;
   const char* miName;
   CMPIStatus (*cleanup)(CMPIAssociationMI*, const CMPIContext*, CMPIBoolean);
-  CMPIStatus (*associators)(CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-                            const char*, const char*, const char*, const char*, const char**);
-  CMPIStatus (*associatorNames)(CMPIAssociationMI*, const CMPIContext*, const CMPIResult*,
-                                const CMPIObjectPath*, const char*, const char*, const char*, const char*);
-  CMPIStatus (*references)(CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-                           const char*, const char*, const char**);
-  CMPIStatus (*referenceNames)(CMPIAssociationMI*, const CMPIContext*, const CMPIResult*,
-                               const CMPIObjectPath*, const char*, const char*);
+  CMPIStatus (*associators)(
+      CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char*,
+      const char*, const char*, const char*, const char**);
+  CMPIStatus (*associatorNames)(
+      CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char*,
+      const char*, const char*, const char*);
+  CMPIStatus (*references)(
+      CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char*,
+      const char*, const char**);
+  CMPIStatus (*referenceNames)(
+      CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char*,
+      const char*);
 };
 
 /** What an indication provider answers. mustPoll has no result argument in this version. */
@@ -181,14 +193,17 @@ struct CMPIIndicationMIFT {
   int miVersion;
   const char* miName;
   CMPIStatus (*cleanup)(CMPIIndicationMI*, const CMPIContext*, CMPIBoolean);
-  CMPIStatus (*authorizeFilter)(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                                const CMPIObjectPath*, const char*);
-  CMPIStatus (*mustPoll)(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                         const CMPIObjectPath*);
-  CMPIStatus (*activateFilter)(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                               const CMPIObjectPath*, CMPIBoolean);
-  CMPIStatus (*deActivateFilter)(CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*,
-                                 const CMPIObjectPath*, CMPIBoolean);
+  CMPIStatus (*authorizeFilter)(
+      CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+      const char*);
+  CMPIStatus (*mustPoll)(
+      CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*);
+  CMPIStatus (*activateFilter)(
+      CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+      CMPIBoolean);
+  CMPIStatus (*deActivateFilter)(
+      CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp*, const char*, const CMPIObjectPath*,
+      CMPIBoolean);
   CMPIStatus (*enableIndications)(CMPIIndicationMI*, const CMPIContext*);
   CMPIStatus (*disableIndications)(CMPIIndicationMI*, const CMPIContext*);
 };
@@ -213,8 +228,8 @@ struct CMPIObjectPathFT {
   CMPIData (*getClassQualifier)(const CMPIObjectPath*, const char*, CMPIStatus*);
   CMPIData (*getPropertyQualifier)(const CMPIObjectPath*, const char*, const char*, CMPIStatus*);
   CMPIData (*getMethodQualifier)(const CMPIObjectPath*, const char*, const char*, CMPIStatus*);
-  CMPIData (*getParameterQualifier)(const CMPIObjectPath*, const char*, const char*, const char*,
-                                    CMPIStatus*);
+  CMPIData (*getParameterQualifier)(
+      const CMPIObjectPath*, const char*, const char*, const char*, CMPIStatus*);
   CMPIString* (*toString)(const CMPIObjectPath*, CMPIStatus*);
 };
 
@@ -230,8 +245,8 @@ struct CMPIInstanceFT {
   CMPIObjectPath* (*getObjectPath)(const CMPIInstance*, CMPIStatus*);
   CMPIStatus (*setPropertyFilter)(CMPIInstance*, const char**, const char**);
   CMPIStatus (*setObjectPath)(CMPIInstance*, const CMPIObjectPath*);
-  CMPIStatus (*setPropertyWithOrigin)(const CMPIInstance*, const char*, const CMPIValue*, const CMPIType,
-                                      const char*);
+  CMPIStatus (*setPropertyWithOrigin)(
+      const CMPIInstance*, const char*, const CMPIValue*, const CMPIType, const char*);
 };
 
 /** Functions of CMPIArgs. */

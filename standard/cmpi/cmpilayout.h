@@ -1,15 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
 /**
  * Asserts the sizes and offsets of the CMPI structures on Linux x86-64. A provider and an object
  * manager that were never compiled together meet only through these numbers, so they are checked
  * whichever header files are in use, ours or those of an installed development package.
  */
-#ifndef CMPILAYOUT_H
-#define CMPILAYOUT_H
+#ifndef STANDARD_CMPI_CMPILAYOUT_H
+#define STANDARD_CMPI_CMPILAYOUT_H
 
 /* In angle brackets: the files in use, which need not be those beside this one. */
 #include <cmpidt.h>
 #include <cmpift.h>
-
 #include <stddef.h>
 
 #ifdef __cplusplus

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 /**
  * Short forms of the calls through the function tables of CMPI 2.0, under their standard names.
  * Each is one call; a CMPIStatus* argument may be null. They are inline functions where the type of
  * the object is known, so that a wrong argument is a compile error.
  */
-#ifndef CMPIMACS_H
-#define CMPIMACS_H
+#ifndef STANDARD_CMPI_CMPIMACS_H
+#define STANDARD_CMPI_CMPIMACS_H
 
 #include "cmpidt.h"
 #include "cmpift.h"
@@ -21,8 +22,8 @@
 static inline CMPIInstance* CMNewInstance(const CMPIBroker* b, const CMPIObjectPath* op, CMPIStatus* rc) {
   return b->eft->newInstance(b, op, rc);
 }
-static inline CMPIObjectPath* CMNewObjectPath(const CMPIBroker* b, const char* ns, const char* cn,
-                                              CMPIStatus* rc) {
+static inline CMPIObjectPath*
+CMNewObjectPath(const CMPIBroker* b, const char* ns, const char* cn, CMPIStatus* rc) {
   return b->eft->newObjectPath(b, ns, cn, rc);
 }
 static inline CMPIArgs* CMNewArgs(const CMPIBroker* b, CMPIStatus* rc) {
@@ -37,16 +38,16 @@ static inline CMPIArray* CMNewArray(const CMPIBroker* b, CMPICount max, CMPIType
 static inline CMPIDateTime* CMNewDateTime(const CMPIBroker* b, CMPIStatus* rc) {
   return b->eft->newDateTime(b, rc);
 }
-static inline CMPIDateTime* CMNewDateTimeFromChars(const CMPIBroker* b, const char* datetime,
-                                                   CMPIStatus* rc) {
+static inline CMPIDateTime*
+CMNewDateTimeFromChars(const CMPIBroker* b, const char* datetime, CMPIStatus* rc) {
   return b->eft->newDateTimeFromChars(b, datetime, rc);
 }
-static inline CMPIDateTime* CMNewDateTimeFromBinary(const CMPIBroker* b, CMPIUint64 usecs,
-                                                    CMPIBoolean interval, CMPIStatus* rc) {
+static inline CMPIDateTime*
+CMNewDateTimeFromBinary(const CMPIBroker* b, CMPIUint64 usecs, CMPIBoolean interval, CMPIStatus* rc) {
   return b->eft->newDateTimeFromBinary(b, usecs, interval, rc);
 }
-static inline CMPIBoolean CMClassPathIsA(const CMPIBroker* b, const CMPIObjectPath* op, const char* type,
-                                         CMPIStatus* rc) {
+static inline CMPIBoolean
+CMClassPathIsA(const CMPIBroker* b, const CMPIObjectPath* op, const char* type, CMPIStatus* rc) {
   return b->eft->classPathIsA(b, op, type, rc);
 }
 
@@ -61,25 +62,27 @@ static inline CMPIStatus CBAttachThread(const CMPIBroker* b, const CMPIContext* 
 static inline CMPIStatus CBDetachThread(const CMPIBroker* b, const CMPIContext* c) {
   return b->bft->detachThread(b, c);
 }
-static inline CMPIStatus CBDeliverIndication(const CMPIBroker* b, const CMPIContext* c, const char* ns,
-                                             const CMPIInstance* ind) {
+static inline CMPIStatus
+CBDeliverIndication(const CMPIBroker* b, const CMPIContext* c, const char* ns, const CMPIInstance* ind) {
   return b->bft->deliverIndication(b, c, ns, ind);
 }
-static inline CMPIEnumeration* CBEnumInstanceNames(const CMPIBroker* b, const CMPIContext* c,
-                                                   const CMPIObjectPath* op, CMPIStatus* rc) {
+static inline CMPIEnumeration*
+CBEnumInstanceNames(const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* op, CMPIStatus* rc) {
   return b->bft->enumerateInstanceNames(b, c, op, rc);
 }
-static inline CMPIEnumeration* CBEnumInstances(const CMPIBroker* b, const CMPIContext* c,
-                                               const CMPIObjectPath* op, const char** properties,
-                                               CMPIStatus* rc) {
+static inline CMPIEnumeration* CBEnumInstances(
+    const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* op, const char** properties,
+    CMPIStatus* rc) {
   return b->bft->enumerateInstances(b, c, op, properties, rc);
 }
-static inline CMPIInstance* CBGetInstance(const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* op,
-                                          const char** properties, CMPIStatus* rc) {
+static inline CMPIInstance* CBGetInstance(
+    const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* op, const char** properties,
+    CMPIStatus* rc) {
   return b->bft->getInstance(b, c, op, properties, rc);
 }
-static inline CMPIData CBInvokeMethod(const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* op,
-                                      const char* method, const CMPIArgs* in, CMPIArgs* out, CMPIStatus* rc) {
+static inline CMPIData CBInvokeMethod(
+    const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* op, const char* method,
+    const CMPIArgs* in, CMPIArgs* out, CMPIStatus* rc) {
   return b->bft->invokeMethod(b, c, op, method, in, out, rc);
 }
 
@@ -202,8 +205,8 @@ static inline CMPIStatus CMReturnDone(const CMPIResult* r) {
 static inline CMPIData CMGetContextEntry(const CMPIContext* c, const char* n, CMPIStatus* rc) {
   return c->ft->getEntry(c, n, rc);
 }
-static inline CMPIStatus CMAddContextEntry(const CMPIContext* c, const char* n, const CMPIValue* v,
-                                           CMPIType t) {
+static inline CMPIStatus
+CMAddContextEntry(const CMPIContext* c, const char* n, const CMPIValue* v, CMPIType t) {
   return c->ft->addEntry(c, n, v, t);
 }
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/StorageFixture.h"
 #include "backend/TarvexProVirtualPool.h"
 #include "backend/TarvexProVirtualVolume.h"
@@ -18,8 +19,8 @@ struct OperationCase {
 const std::string POOL = "TarvexProVirtualPool::";
 const std::string VOLUME = "TarvexProVirtualVolume::";
 
-OperationCase regular(const std::string& method, const std::string& operation,
-                      std::function<unsigned int(Ret&)> run) {
+OperationCase
+regular(const std::string& method, const std::string& operation, std::function<unsigned int(Ret&)> run) {
   return {method, method, operation, operation, operation, operation, std::move(run)};
 }
 
@@ -28,24 +29,33 @@ std::vector<OperationCase> allOperations() {
   static VirtualVolumeSpec volume;
   static d_ioctl_user_stat statistics;
   std::vector<OperationCase> cases = {
-      regular(POOL + "CreateVirtualPool", "createVirtualPool",
-              [](Ret& ret) { return TarvexProVirtualPool::CreateVirtualPool(pool, ret); }),
-      regular(POOL + "ModifyVirtualPool", "modifyVirtualPool",
-              [](Ret& ret) { return TarvexProVirtualPool::ModifyVirtualPool(7, pool, ret); }),
-      regular(POOL + "DeleteVirtualPool", "deleteVirtualPool",
-              [](Ret& ret) { return TarvexProVirtualPool::DeleteVirtualPool(7, ret); }),
-      regular(VOLUME + "CreateVirtualVolume", "createVirtualVolume",
-              [](Ret& ret) { return TarvexProVirtualVolume::CreateVirtualVolume(volume, ret); }),
-      regular(VOLUME + "ModifyVirtualVolume", "modifyVirtualVolume",
-              [](Ret& ret) { return TarvexProVirtualVolume::ModifyVirtualVolume(7, volume, ret); }),
-      regular(VOLUME + "FlushVirtualVolume", "flushVirtualVolume",
-              [](Ret& ret) { return TarvexProVirtualVolume::FlushVirtualVolume(7, ret); }),
-      regular(VOLUME + "DeleteVirtualVolume", "deleteVirtualVolume",
-              [](Ret& ret) { return TarvexProVirtualVolume::DeleteVirtualVolume(7, ret); }),
-      regular(VOLUME + "ResetVolumeStats", "resetVirtualVolumeStats",
-              [](Ret& ret) { return TarvexProVirtualVolume::ResetVolumeStats(7, ret); }),
-      regular(VOLUME + "GetVolumeStats", "getVirtualVolumeStats",
-              [](Ret& ret) { return TarvexProVirtualVolume::GetVolumeStats(7, &statistics, ret); }),
+      regular(
+          POOL + "CreateVirtualPool", "createVirtualPool",
+          [](Ret& ret) { return TarvexProVirtualPool::CreateVirtualPool(pool, ret); }),
+      regular(
+          POOL + "ModifyVirtualPool", "modifyVirtualPool",
+          [](Ret& ret) { return TarvexProVirtualPool::ModifyVirtualPool(7, pool, ret); }),
+      regular(
+          POOL + "DeleteVirtualPool", "deleteVirtualPool",
+          [](Ret& ret) { return TarvexProVirtualPool::DeleteVirtualPool(7, ret); }),
+      regular(
+          VOLUME + "CreateVirtualVolume", "createVirtualVolume",
+          [](Ret& ret) { return TarvexProVirtualVolume::CreateVirtualVolume(volume, ret); }),
+      regular(
+          VOLUME + "ModifyVirtualVolume", "modifyVirtualVolume",
+          [](Ret& ret) { return TarvexProVirtualVolume::ModifyVirtualVolume(7, volume, ret); }),
+      regular(
+          VOLUME + "FlushVirtualVolume", "flushVirtualVolume",
+          [](Ret& ret) { return TarvexProVirtualVolume::FlushVirtualVolume(7, ret); }),
+      regular(
+          VOLUME + "DeleteVirtualVolume", "deleteVirtualVolume",
+          [](Ret& ret) { return TarvexProVirtualVolume::DeleteVirtualVolume(7, ret); }),
+      regular(
+          VOLUME + "ResetVolumeStats", "resetVirtualVolumeStats",
+          [](Ret& ret) { return TarvexProVirtualVolume::ResetVolumeStats(7, ret); }),
+      regular(
+          VOLUME + "GetVolumeStats", "getVirtualVolumeStats",
+          [](Ret& ret) { return TarvexProVirtualVolume::GetVolumeStats(7, &statistics, ret); }),
       {VOLUME + "CreateDataCacheVirtualVolume", VOLUME + "CreateDataCacheVolume", "createDataCacheVolume",
        "CreateDataCacheVolume", "CreateDataCacheVolume", "createCachedLD",
        [](Ret& ret) {
@@ -73,18 +83,20 @@ std::vector<std::string> course(const LogCapture& log) {
 class AdapterOperations : public StorageTest {
 protected:
   /** Runs an operation and looks at its result and at its course between entry and exit. */
-  void expectCourse(const OperationCase& operation, unsigned int result, unsigned int status,
-                    const std::vector<std::string>& between) {
+  void expectCourse(
+      const OperationCase& operation, unsigned int result, unsigned int status,
+      const std::vector<std::string>& between) {
     SCOPED_TRACE(operation.method);
     log.clear();
     Ret ret;
     EXPECT_EQ(operation.run(ret), result);
     EXPECT_EQ(ret.getReturn(), status);
     std::vector<std::string> expected = between;
-    expected.insert(expected.begin(),
-                    operation.libraryOperation == "createCachedLD"
-                        ? LogCapture::message(4, "Entering TarvexProVirtualVolume::CreateDataCacheVolume :")
-                        : LogCapture::trace("Entering " + operation.method + "()"));
+    expected.insert(
+        expected.begin(),
+        operation.libraryOperation == "createCachedLD"
+            ? LogCapture::message(4, "Entering TarvexProVirtualVolume::CreateDataCacheVolume :")
+            : LogCapture::trace("Entering " + operation.method + "()"));
     expected.push_back(
         LogCapture::message(4, "Exiting " + operation.exit + "() with Return: " + std::to_string(result)));
     EXPECT_EQ(course(log), expected);
@@ -95,12 +107,14 @@ TEST_F(AdapterOperations, RefusalsReadAsFailureAndExceptionsAsSuccess) {
   for (const OperationCase& operation : allOperations()) {
     const std::string calling = LogCapture::trace("Calling TvkAdapter::" + operation.calling + "()");
     voltvk::Faults().fail(operation.libraryOperation, 77);
-    expectCourse(operation, 3, 77,
-                 {calling, LogCapture::trace("Returned from TvkAdapter::" + operation.returned + "()")});
+    expectCourse(
+        operation, 3, 77,
+        {calling, LogCapture::trace("Returned from TvkAdapter::" + operation.returned + "()")});
     voltvk::Faults().throwFrom(operation.libraryOperation);
-    expectCourse(operation, 0, 0,
-                 {calling, LogCapture::trace("Exception caught in Tvk Lib method: TvkAdapter::" +
-                                             operation.throwing + "() ")});
+    expectCourse(
+        operation, 0, 0,
+        {calling,
+         LogCapture::trace("Exception caught in Tvk Lib method: TvkAdapter::" + operation.throwing + "() ")});
   }
 }
 
@@ -108,8 +122,9 @@ TEST_F(AdapterOperations, WithoutAnAdapterNothingIsCalled) {
   voltvk::Faults().adapterAbsent();
   refreshTarvexProObjects();
   for (const OperationCase& operation : allOperations()) {
-    expectCourse(operation, 3, 0,
-                 {LogCapture::message(4, operation.method + "() - !!ERROR!! - TvkAdapter object is NULL")});
+    expectCourse(
+        operation, 3, 0,
+        {LogCapture::message(4, operation.method + "() - !!ERROR!! - TvkAdapter object is NULL")});
   }
   log.clear();
   std::vector<CIMInstance> members;
@@ -124,8 +139,9 @@ TEST_F(AdapterOperations, WithoutAnAdapterNothingIsCalled) {
 TEST_F(AdapterOperations, DeletingADataCacheVolumeReportsTheStatusItIsGiven) {
   Ret fresh;
   EXPECT_EQ(TarvexProVirtualVolume::DeleteDataCacheVolume(5, 6, fresh), 0U);
-  EXPECT_TRUE(log.has(LogCapture::message(4, "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- "
-                                             "VirtualVolumeId : 5.\t\tVirtualPoolID = 6")));
+  EXPECT_TRUE(log.has(LogCapture::message(
+      4, "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- "
+         "VirtualVolumeId : 5.\t\tVirtualPoolID = 6")));
   Ret refused(TVK_NO_SUCH_VOLUME);
   EXPECT_EQ(TarvexProVirtualVolume::DeleteDataCacheVolume(5, 6, refused), 3U);
   EXPECT_EQ(refused.getReturn(), static_cast<unsigned int>(TVK_NO_SUCH_VOLUME));
@@ -167,13 +183,13 @@ TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
     }
     EXPECT_EQ(spec.capacityInSectors, sample.capacity);
     EXPECT_EQ(log.has(LogCapture::trace("Changed the pool sequence order")), sample.exchanged);
-    EXPECT_TRUE(
-        log.has(LogCapture::message(4, "Processing to sort Virtual Pool IDs in the order of HDD and then SSD "
-                                       "pool \t\t\t\t\t\t\t\t for total pools: " +
-                                           std::to_string(sample.count))));
+    EXPECT_TRUE(log.has(LogCapture::message(
+        4, "Processing to sort Virtual Pool IDs in the order of HDD and then SSD "
+           "pool \t\t\t\t\t\t\t\t for total pools: " +
+               std::to_string(sample.count))));
   }
-  EXPECT_TRUE(log.has(LogCapture::message(4, "The pool sequence order as: HDD " + std::to_string(hdd) +
-                                                 "  and SSD " + std::to_string(ssd))));
+  EXPECT_TRUE(log.has(LogCapture::message(
+      4, "The pool sequence order as: HDD " + std::to_string(hdd) + "  and SSD " + std::to_string(ssd))));
 }
 
 TEST_F(AdapterOperations, NamesOfCachedVolumesAreCutBetweenCharacters) {
@@ -188,10 +204,11 @@ TEST_F(AdapterOperations, NamesOfCachedVolumesAreCutBetweenCharacters) {
   internal.poolFlag = TVK_POOL_INTERNAL;
   Ret ret;
   const std::string thirty(30, 'n');
-  EXPECT_EQ(TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
-                thirty + "\u00e4 and more", std::string(62, 'd') + "\u20ac", TVK_VOLUME_CACHED, ssd, GIBIBYTE,
-                2, internal, ret),
-            0U);
+  EXPECT_EQ(
+      TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
+          thirty + "\u00e4 and more", std::string(62, 'd') + "\u20ac", TVK_VOLUME_CACHED, ssd, GIBIBYTE, 2,
+          internal, ret),
+      0U);
   ASSERT_EQ(ret.getReturn(), 0U) << ret.getText();
   EXPECT_EQ(volumes(), std::vector<std::string>{thirty});
 }

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProUtil.h"
 
 #include <gtest/gtest.h>
@@ -13,11 +14,13 @@ TEST(CapabilityTables, NamesIncludeEndMarkersAndKnowNothingElse) {
   for (int value = 0; value <= 8; ++value) {
     features.emplace_back(tvpUtilManager::getFeatString(static_cast<tvpFeatureEnum>(value)));
   }
-  EXPECT_EQ(features, (Strings{"unknown", "TVP_FEATURE_CACHE", "TVP_FEATURE_TIER", "TVP_FEATURE_THINP",
-                               "TVP_FEATURE_DEDUP", "TVP_FEATURE_WT_CACHE", "TVP_FEATURE_WB_CACHE",
-                               "featMaxIndex", "unknown"}));
-  EXPECT_STREQ(tvpUtilManager::getSuppAdjString(TVP_ADJUST_USER_STAT_DISPLAY),
-               "TVP_ADJUST_USER_STAT_DISPLAY");
+  EXPECT_EQ(
+      features,
+      (Strings{
+          "unknown", "TVP_FEATURE_CACHE", "TVP_FEATURE_TIER", "TVP_FEATURE_THINP", "TVP_FEATURE_DEDUP",
+          "TVP_FEATURE_WT_CACHE", "TVP_FEATURE_WB_CACHE", "featMaxIndex", "unknown"}));
+  EXPECT_STREQ(
+      tvpUtilManager::getSuppAdjString(TVP_ADJUST_USER_STAT_DISPLAY), "TVP_ADJUST_USER_STAT_DISPLAY");
   EXPECT_STREQ(tvpUtilManager::getSuppAdjString(TVP_ADJ_VOLUME_NAME), "TVP_ADJ_VOLUME_NAME");
   EXPECT_STREQ(tvpUtilManager::getSuppAdjString(SuppAdjMaxIndex), "SuppAdjMaxIndex");
   EXPECT_STREQ(tvpUtilManager::getSuppChunkString(TVP_CHUNKSZ_4MB), "TVP_CHUNKSZ_4MB");

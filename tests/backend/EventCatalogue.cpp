@@ -1,13 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProEventManager.h"
 #include "support/LogCapture.h"
 #include "voltvk/Specs.h"
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
 #include <random>
 #include <sstream>
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -90,8 +93,9 @@ TEST_F(EventCatalogue, WithoutAFileTheDriversDescriptionStays) {
 }
 
 TEST_F(EventCatalogue, TextsFitTheDescriptionWhateverTheyAre) {
-  install("701=" + std::string(254, 'a') + "\u00e4\n702=" + std::string(100000, '{') +
-          "\n703={0}\n704={0}{1}\n" + std::string("705=a\0b\n", 8));
+  install(
+      "701=" + std::string(254, 'a') + "\u00e4\n702=" + std::string(100000, '{') + "\n703={0}\n704={0}{1}\n" +
+      std::string("705=a\0b\n", 8));
   EXPECT_EQ(describe(0x701, "").description, std::string(254, 'a')) << "cut between characters";
   EXPECT_LT(describe(0x702, "[{]").description.size(), TVK_EVENT_DESCRIPTION_SIZE);
   EXPECT_LT(describe(0x703, "[{0}]").description.size(), TVK_EVENT_DESCRIPTION_SIZE)
@@ -220,8 +224,9 @@ TEST_F(EventCatalogue, TheShippedCatalogueHasATextForEveryEvent) {
     const bool isPolicyEngine = (code & 0xF00U) == 0x700U;
     EXPECT_EQ(outcome.description.find("Name") == std::string::npos, isPolicyEngine) << outcome.description;
   }
-  EXPECT_EQ(describe(0x401, "[Data] [2] [2097152]").description,
-            "Virtual volume Data was created: type Cached, 1.00 GB");
+  EXPECT_EQ(
+      describe(0x401, "[Data] [2] [2097152]").description,
+      "Virtual volume Data was created: type Cached, 1.00 GB");
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/FrameworkFacade.h"
 #include "CIM/Framework/Subscription.h"
 #include "backend/StorageFixture.h"
@@ -5,8 +6,9 @@
 
 #include <ctime>
 #include <mutex>
-#include <sys/wait.h>
 #include <thread>
+
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tvp::test {
@@ -28,8 +30,8 @@ protected:
   EventListener() {
     FrameworkFacade::getInstance()->registerForEvent(take);
     m_subscription.store(true);
-    log.root().write("usr/VolMan/TVPEvents.properties",
-                     "201=Pool {0} made, level {1}, {2}\n205=Pool {0} gone\n");
+    log.root().write(
+        "usr/VolMan/TVPEvents.properties", "201=Pool {0} made, level {1}, {2}\n205=Pool {0} gone\n");
     delivered.clear();
   }
   ~EventListener() override {
@@ -86,9 +88,10 @@ TEST_F(EventListener, EventsOfInternalPoolsAreDropped) {
     EXPECT_EQ(description.find("Pool"), std::string::npos) << description;
   }
   EXPECT_FALSE(delivered.empty()) << "the volume's event arrives";
-  EXPECT_EQ(log.count(LogCapture::message(
-                4, "TvproEventManager::pollForEvent() - Ignoring internal pool related event ")),
-            1U);
+  EXPECT_EQ(
+      log.count(LogCapture::message(
+          4, "TvproEventManager::pollForEvent() - Ignoring internal pool related event ")),
+      1U);
 }
 
 TEST_F(EventListener, AChangeOfThePolicyEngineIsToldOnce) {
@@ -176,10 +179,12 @@ TEST_F(EventListener, TheThreadEndsAfterItsSleepAndNeverStartsAgain) {
   const std::time_t before = std::time(nullptr);
   EXPECT_TRUE(manager.terminateEventListener());
   EXPECT_LE(std::time(nullptr) - before, 7);
-  EXPECT_EQ(log.lines(), (Strings{LogCapture::trace("Entering TvproEventManager::terminateEventListener()"),
-                                  LogCapture::message(2, "CancelSynchronousIo Failed for listner thread"),
-                                  LogCapture::trace("Exiting TvproEventManager::TvproEventListenerThread()"),
-                                  LogCapture::trace("Exiting TvproEventManager::terminateEventListener()")}));
+  EXPECT_EQ(
+      log.lines(), (Strings{
+                       LogCapture::trace("Entering TvproEventManager::terminateEventListener()"),
+                       LogCapture::message(2, "CancelSynchronousIo Failed for listner thread"),
+                       LogCapture::trace("Exiting TvproEventManager::TvproEventListenerThread()"),
+                       LogCapture::trace("Exiting TvproEventManager::terminateEventListener()")}));
   EXPECT_TRUE(manager.terminateEventListener()) << "without a thread there is nothing to wait for";
 }
 

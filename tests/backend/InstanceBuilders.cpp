@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/StorageFixture.h"
 #include "backend/TarvexProIdentity.h"
 #include "backend/TarvexProLogicalDevice.h"
@@ -14,8 +15,9 @@ using Strings = std::vector<std::string>;
 Strings shapeOf(const CIMInstance& instance) {
   Strings shape;
   for (const CIMProperty& property : instance.properties()) {
-    shape.push_back((property.isKey() && property.extraFlag() ? "!" : "") + property.name() + ":" +
-                    std::to_string(property.getType()));
+    shape.push_back(
+        (property.isKey() && property.extraFlag() ? "!" : "") + property.name() + ":" +
+        std::to_string(property.getType()));
   }
   return shape;
 }
@@ -29,8 +31,9 @@ std::vector<T> valuesOf(const CIMInstance& instance, const char* name) {
 class InstanceBuilders : public StorageTest {
 protected:
   template <typename Object>
-  static unsigned int build(const char* type, unsigned int (*builder)(Object*, tvpCIMInstanceWrapper&),
-                            tvpCIMInstanceWrapper& wrapper, int index = 0) {
+  static unsigned int build(
+      const char* type, unsigned int (*builder)(Object*, tvpCIMInstanceWrapper&),
+      tvpCIMInstanceWrapper& wrapper, int index = 0) {
     unsigned int result = 99;
     int current = 0;
     FilteredObjects<Object>(getTvkAdapter(), type).visitAll([&](Object& object) {
@@ -52,24 +55,29 @@ TEST_F(InstanceBuilders, DrivesPoolsAndVolumesHaveTheirPropertiesInOrder) {
   EXPECT_EQ(build<LogicalDevice>("LogicalDevice", TarvexProLogicalDevice::InsertLogicalDriveInfo, drive), 0U);
   EXPECT_EQ(
       shapeOf(drive.instance()),
-      (Strings{"!CreationClassName:18", "!DeviceName:18", "SerialNumber:18", "WWID:18", "Vendor:18",
-               "Model:18", "CapacityInSectors:24", "DeviceNumber:20", "DeviceType:26", "DeviceProperty:26",
-               "IsBootable:0", "HasPartition:0", "isUsedByTarvexPro:0", "InterfaceType:26", "LD_Status:26"}));
+      (Strings{
+          "!CreationClassName:18", "!DeviceName:18", "SerialNumber:18", "WWID:18", "Vendor:18", "Model:18",
+          "CapacityInSectors:24", "DeviceNumber:20", "DeviceType:26", "DeviceProperty:26", "IsBootable:0",
+          "HasPartition:0", "isUsedByTarvexPro:0", "InterfaceType:26", "LD_Status:26"}));
   EXPECT_EQ(build<VirtualPool>("VirtualPool", TarvexProVirtualPool::InsertVirtualPoolInfo, pool), 0U);
-  EXPECT_EQ(shapeOf(pool.instance()),
-            (Strings{"!CreationClassName:18", "!Name:18", "PoolStatus:22", "Description:18",
-                     "VirtualPoolId:22", "NumberOfLogicalDevice:26", "NumberOfVirtualVolume:26",
-                     "ChunkSize:24", "TierLevel:26", "CapacityInSectors:24", "UsedCapacityInSectors:24"}));
-  EXPECT_EQ(valuesOf<unsigned long long>(pool.instance(), "UsedCapacityInSectors"),
-            std::vector<unsigned long long>{GIBIBYTE});
-  EXPECT_EQ(build<VirtualVolume>("VirtualVolume", TarvexProVirtualVolume::InsertVirtualVolumeInfo, volume),
-            0U);
+  EXPECT_EQ(
+      shapeOf(pool.instance()),
+      (Strings{
+          "!CreationClassName:18", "!Name:18", "PoolStatus:22", "Description:18", "VirtualPoolId:22",
+          "NumberOfLogicalDevice:26", "NumberOfVirtualVolume:26", "ChunkSize:24", "TierLevel:26",
+          "CapacityInSectors:24", "UsedCapacityInSectors:24"}));
+  EXPECT_EQ(
+      valuesOf<unsigned long long>(pool.instance(), "UsedCapacityInSectors"),
+      std::vector<unsigned long long>{GIBIBYTE});
+  EXPECT_EQ(
+      build<VirtualVolume>("VirtualVolume", TarvexProVirtualVolume::InsertVirtualVolumeInfo, volume), 0U);
   EXPECT_EQ(
       shapeOf(volume.instance()),
-      (Strings{"!CreationClassName:18", "!VolumeName:18", "Description:18", "VirtualVolumeId:22",
-               "VirtualPoolsCount:26", "Features:27", "VolumeType:26", "CacheMode:26", "MaxMoveChunks:22",
-               "MoveThreshold:22", "StatsSetting:22", "NumberOfVirtualPoolsSupported:22", "DeviceNumber:20",
-               "State:26", "KnobSetting:26", "CapacityInSectors:24"}));
+      (Strings{
+          "!CreationClassName:18", "!VolumeName:18", "Description:18", "VirtualVolumeId:22",
+          "VirtualPoolsCount:26", "Features:27", "VolumeType:26", "CacheMode:26", "MaxMoveChunks:22",
+          "MoveThreshold:22", "StatsSetting:22", "NumberOfVirtualPoolsSupported:22", "DeviceNumber:20",
+          "State:26", "KnobSetting:26", "CapacityInSectors:24"}));
   EXPECT_EQ(valuesOf<std::string>(volume.instance(), "VolumeName"), Strings{"Data"});
   EXPECT_EQ(valuesOf<unsigned char>(volume.instance(), "Features"), (std::vector<unsigned char>{2, 3}));
   EXPECT_EQ(TarvexProLogicalDevice::InsertLogicalDriveInfo(nullptr, drive), 3U);
@@ -93,37 +101,40 @@ TEST_F(InstanceBuilders, InternalPoolsAreLeftOut) {
 TEST_F(InstanceBuilders, TheIdentityPublishesItsTablesWithTheirEndMarkers) {
   tvpCIMInstanceWrapper identity;
   ASSERT_EQ(InsertFeatureIdentityInfo(identity), 0U);
-  EXPECT_EQ(shapeOf(identity.instance()), (Strings{"!CreationClassName:18",
-                                                   "!Name:18",
-                                                   "MajorRevision:20",
-                                                   "MinorRevision:20",
-                                                   "BuildRevision:20",
-                                                   "PolicyEngineStatus:26",
-                                                   "SupportedFeatureNames:19",
-                                                   "SupportedFeaturesValues:27",
-                                                   "SupportedAdjustmentValues:27",
-                                                   "SupportedAdjustmentNames:19",
-                                                   "SupportedChunkSizeValues:27",
-                                                   "SupportedChunkSizeNames:19",
-                                                   "SupportedMaxVolumeSizeInSectors:25",
-                                                   "MaxTierLevels:26",
-                                                   "MaxVolumesSupported:26",
-                                                   "MaxTiersSupported:26",
-                                                   "MaxLogicalDevicesSupported:26",
-                                                   "MaxLogicalDevicesPerPoolSupported:26",
-                                                   "MinTotalPoolSizeInSectors:24",
-                                                   "MinRequiredSizeFromPoolInSectors:24",
-                                                   "TarvexPlusEnabled:26",
-                                                   "LogicalDevicesCount:26",
-                                                   "VirtualPoolCount:26",
-                                                   "VirtualVolumeCount:26"}));
+  EXPECT_EQ(
+      shapeOf(identity.instance()), (Strings{
+                                        "!CreationClassName:18",
+                                        "!Name:18",
+                                        "MajorRevision:20",
+                                        "MinorRevision:20",
+                                        "BuildRevision:20",
+                                        "PolicyEngineStatus:26",
+                                        "SupportedFeatureNames:19",
+                                        "SupportedFeaturesValues:27",
+                                        "SupportedAdjustmentValues:27",
+                                        "SupportedAdjustmentNames:19",
+                                        "SupportedChunkSizeValues:27",
+                                        "SupportedChunkSizeNames:19",
+                                        "SupportedMaxVolumeSizeInSectors:25",
+                                        "MaxTierLevels:26",
+                                        "MaxVolumesSupported:26",
+                                        "MaxTiersSupported:26",
+                                        "MaxLogicalDevicesSupported:26",
+                                        "MaxLogicalDevicesPerPoolSupported:26",
+                                        "MinTotalPoolSizeInSectors:24",
+                                        "MinRequiredSizeFromPoolInSectors:24",
+                                        "TarvexPlusEnabled:26",
+                                        "LogicalDevicesCount:26",
+                                        "VirtualPoolCount:26",
+                                        "VirtualVolumeCount:26"}));
   const struct {
     const char* names;
     const char* last;
     std::size_t count;
-  } tables[] = {{"SupportedFeatureNames", "featMaxIndex", 7},
-                {"SupportedAdjustmentNames", "SuppAdjMaxIndex", 8},
-                {"SupportedChunkSizeNames", "SuppChunkMaxIndex", 10}};
+  } tables[] = {
+      {"SupportedFeatureNames", "featMaxIndex", 7},
+      {"SupportedAdjustmentNames", "SuppAdjMaxIndex", 8},
+      {"SupportedChunkSizeNames", "SuppChunkMaxIndex", 10}};
   for (const auto& table : tables) {
     const Strings names = valuesOf<std::string>(identity.instance(), table.names);
     ASSERT_EQ(names.size(), table.count);
@@ -162,11 +173,14 @@ TEST_F(InstanceBuilders, DefaultNamesAreFree) {
   const std::string first = "Pool" + std::to_string(free);
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_POOL), first);
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), "Internal" + first);
-  ASSERT_EQ(call("ModifyVirtualPool", arguments(makeProperty<unsigned int>("VirtualPoolId", identifiers[0]),
-                                                makeProperty<std::string>("Name", first),
-                                                makeProperty<unsigned char>("TierLevel", 0),
-                                                makeProperty<std::string>("Description", ""))),
-            0U);
+  ASSERT_EQ(
+      call(
+          "ModifyVirtualPool",
+          arguments(
+              makeProperty<unsigned int>("VirtualPoolId", identifiers[0]),
+              makeProperty<std::string>("Name", first), makeProperty<unsigned char>("TierLevel", 0),
+              makeProperty<std::string>("Description", ""))),
+      0U);
   refreshTarvexProObjects();
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_POOL), "Pool" + std::to_string(free + 1));
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_VOLUME), "Volume0");

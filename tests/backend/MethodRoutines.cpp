@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/StorageFixture.h"
 #include "voltvk/UserStatistics.h"
 
@@ -85,9 +86,10 @@ TEST_F(MethodRoutines, ArgumentsAreCountedThenLookedUpInOrder) {
     for (const Strings& wrong : {Strings(), tooMany}) {
       log.clear();
       EXPECT_EQ(call(routine.method, named(wrong)), 3U);
-      EXPECT_EQ(log.lines().at(2),
-                LogCapture::message(4, name + " FAILURE : " + std::to_string(routine.arguments.size()) +
-                                           " input parameters required"));
+      EXPECT_EQ(
+          log.lines().at(2), LogCapture::message(
+                                 4, name + " FAILURE : " + std::to_string(routine.arguments.size()) +
+                                        " input parameters required"));
       EXPECT_EQ(out.getArgumentCount(), 0U);
     }
     for (const std::string& missing : routine.arguments) {
@@ -97,11 +99,13 @@ TEST_F(MethodRoutines, ArgumentsAreCountedThenLookedUpInOrder) {
       EXPECT_EQ(call(routine.method, named(renamed)), 3U);
       const std::string entry = name == "TvpIfDeleteVirtualPool" ? "Entering " + name + "()"
                                                                  : "Entering TVPIfExecute::" + name + "()";
-      EXPECT_EQ(log.lines(),
-                (Strings{LogCapture::trace("ENTER : TVPInterface::execute"), LogCapture::trace(entry),
-                         LogCapture::message(4, std::string(name).append(" : No ").append(missing).append(
-                                                    " parameter passed in")),
-                         LogCapture::trace("EXIT  : TVPInterface::execute")}));
+      EXPECT_EQ(
+          log.lines(),
+          (Strings{
+              LogCapture::trace("ENTER : TVPInterface::execute"), LogCapture::trace(entry),
+              LogCapture::message(
+                  4, std::string(name).append(" : No ").append(missing).append(" parameter passed in")),
+              LogCapture::trace("EXIT  : TVPInterface::execute")}));
     }
   }
 }
@@ -166,16 +170,20 @@ TEST_F(MethodRoutines, PoolsAreMadeChangedAndRemoved) {
   EXPECT_EQ(call("CreateVirtualPool", poolArguments("Archive", {first}, TVK_TIER_HDD)), 3U);
   const unsigned int refused = answered("RetStat");
   EXPECT_TRUE(refused == TVK_NAME_IN_USE || refused == TVK_DEVICE_IN_USE);
-  EXPECT_EQ(call("CreateVirtualPool",
-                 poolArguments(std::string(32, 'n'), {addDrive(TVK_DEVICE_HDD)}, TVK_TIER_HDD)),
-            3U);
+  EXPECT_EQ(
+      call(
+          "CreateVirtualPool", poolArguments(std::string(32, 'n'), {addDrive(TVK_DEVICE_HDD)}, TVK_TIER_HDD)),
+      3U);
   EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_INVALID_NAME)) << "a long name is not cut";
 
-  EXPECT_EQ(call("ModifyVirtualPool", arguments(makeProperty<unsigned int>("VirtualPoolId", pool),
-                                                makeProperty<std::string>("Name", "100% \"new\""),
-                                                makeProperty<unsigned char>("TierLevel", TVK_TIER_HDD),
-                                                makeProperty<std::string>("Description", "%s%n"))),
-            0U);
+  EXPECT_EQ(
+      call(
+          "ModifyVirtualPool", arguments(
+                                   makeProperty<unsigned int>("VirtualPoolId", pool),
+                                   makeProperty<std::string>("Name", "100% \"new\""),
+                                   makeProperty<unsigned char>("TierLevel", TVK_TIER_HDD),
+                                   makeProperty<std::string>("Description", "%s%n"))),
+      0U);
   EXPECT_TRUE(log.has(LogCapture::message(4, " TvpIfModifyVirtualPool() returned Ret.getReturn() = 0")));
   EXPECT_EQ(pools(), Strings{"100% \"new\""});
 
@@ -201,27 +209,33 @@ TEST_F(MethodRoutines, PoolsAreMadeChangedAndRemoved) {
 TEST_F(MethodRoutines, VolumesAreMadeChangedMeasuredAndRemoved) {
   const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
   const unsigned int hdd = makePool("Slow", TVK_DEVICE_HDD);
-  EXPECT_EQ(call("CreateVirtualVolume",
-                 volumeArguments("Data", TVK_VOLUME_TIERED, {ssd, hdd}, {GIBIBYTE, 2 * GIBIBYTE})),
-            0U);
+  EXPECT_EQ(
+      call(
+          "CreateVirtualVolume",
+          volumeArguments("Data", TVK_VOLUME_TIERED, {ssd, hdd}, {GIBIBYTE, 2 * GIBIBYTE})),
+      0U);
   ASSERT_EQ(answered("RetStat"), 0U);
   EXPECT_TRUE(log.has(LogCapture::message(4, " tvpCreateVirtualVolume() returned Ret.getReturn() = 0")));
   const unsigned int volume = volumeId("Data");
 
-  EXPECT_EQ(call("ModifyVirtualVolume", arguments(makeProperty<unsigned int>("VirtualVolumeId", volume),
-                                                  makeProperty<std::string>("VolumeName", "Data 2"),
-                                                  makeProperty<std::string>("Description", ""),
-                                                  makeProperty<unsigned int>("KnobSetting", 1))),
-            0U);
+  EXPECT_EQ(
+      call(
+          "ModifyVirtualVolume",
+          arguments(
+              makeProperty<unsigned int>("VirtualVolumeId", volume),
+              makeProperty<std::string>("VolumeName", "Data 2"), makeProperty<std::string>("Description", ""),
+              makeProperty<unsigned int>("KnobSetting", 1))),
+      0U);
   EXPECT_TRUE(log.has(LogCapture::message(4, "Before TvpIfModifyVirtualPool() call")));
   EXPECT_EQ(volumes(), Strings{"Data 2"});
 
   EXPECT_EQ(call("GetVirtualVolumeStats", identifier("VirtualVolumeId", volume)), 0U);
-  EXPECT_EQ(out.toString(),
-            "RetStatSSD_VDTotalChunksSSD_VDExtraChunksHDD_VDTotalChunksReadIO_CountWriteIO_Count"
-            "SeqIO_CountRanIO_CountSSD_RIO_CountSSD_WIO_CountVD_ChunkSizeVD_TotalChunksVD_Feature");
-  EXPECT_EQ(out.getArgumentByName("VD_TotalChunks")->uint64Slot().m_values,
-            std::vector<unsigned long long>{3 * GIBIBYTE / MEBIBYTE});
+  EXPECT_EQ(
+      out.toString(), "RetStatSSD_VDTotalChunksSSD_VDExtraChunksHDD_VDTotalChunksReadIO_CountWriteIO_Count"
+                      "SeqIO_CountRanIO_CountSSD_RIO_CountSSD_WIO_CountVD_ChunkSizeVD_TotalChunksVD_Feature");
+  EXPECT_EQ(
+      out.getArgumentByName("VD_TotalChunks")->uint64Slot().m_values,
+      std::vector<unsigned long long>{3 * GIBIBYTE / MEBIBYTE});
   EXPECT_EQ(answered("VD_Feature"), 2U);
   EXPECT_EQ(call("ResetVirtualVolumeStats", identifier("VirtualVolumeId", volume)), 0U);
   EXPECT_EQ(out.toString(), "ReturnCode");
@@ -239,12 +253,12 @@ TEST_F(MethodRoutines, VolumesAreMadeChangedMeasuredAndRemoved) {
   log.clear();
   EXPECT_EQ(call("FlushVirtualVolume", identifier("VirtualVolumeId", volume)), 3U);
   EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_NOT_CACHED));
-  EXPECT_TRUE(log.has(LogCapture::message(4, " TvpIfFlushVirtualVolume() returned Ret.getReturn() = " +
-                                                 std::to_string(TVK_NOT_CACHED))));
+  EXPECT_TRUE(log.has(LogCapture::message(
+      4, " TvpIfFlushVirtualVolume() returned Ret.getReturn() = " + std::to_string(TVK_NOT_CACHED))));
   EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volume)), 0U);
   for (const unsigned int pool : {ssd, hdd}) {
-    EXPECT_EQ(call("CreateVirtualVolume", volumeArguments("Alone", TVK_VOLUME_TIERED, {pool}, {GIBIBYTE})),
-              0U);
+    EXPECT_EQ(
+        call("CreateVirtualVolume", volumeArguments("Alone", TVK_VOLUME_TIERED, {pool}, {GIBIBYTE})), 0U);
     EXPECT_EQ(answered("RetStat"), 0U) << "one pool is enough";
     EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volumeId("Alone"))), 0U);
   }
@@ -273,15 +287,20 @@ TEST_F(MethodRoutines, CachedVolumesComeAndGoWithTheirInternalPool) {
   EXPECT_EQ(call("FlushVirtualVolume", identifier("VirtualVolumeId", volumeId("Cached"))), 0U);
 
   const unsigned int internal = idOf<VirtualPool>("VirtualPool", both[1], &VirtualPool::getPoolId);
-  EXPECT_EQ(call("DeleteDataCacheVolume", arguments(makeProperty<unsigned int>("VirtualVolumeId", 4711),
-                                                    makeProperty<unsigned int>("VirtualPoolId", internal))),
-            3U);
+  EXPECT_EQ(
+      call(
+          "DeleteDataCacheVolume", arguments(
+                                       makeProperty<unsigned int>("VirtualVolumeId", 4711),
+                                       makeProperty<unsigned int>("VirtualPoolId", internal))),
+      3U);
   EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_NO_SUCH_VOLUME));
   EXPECT_EQ(pools(), both);
-  EXPECT_EQ(call("DeleteDataCacheVolume",
-                 arguments(makeProperty<unsigned int>("VirtualVolumeId", volumeId("Cached")),
-                           makeProperty<unsigned int>("VirtualPoolId", internal))),
-            0U);
+  EXPECT_EQ(
+      call(
+          "DeleteDataCacheVolume", arguments(
+                                       makeProperty<unsigned int>("VirtualVolumeId", volumeId("Cached")),
+                                       makeProperty<unsigned int>("VirtualPoolId", internal))),
+      0U);
   EXPECT_EQ(answered("RetStat"), 0U);
   EXPECT_TRUE(volumes().empty());
   EXPECT_EQ(pools(), Strings{"Fast"});

@@ -1,5 +1,6 @@
-#ifndef BACKEND_STORAGEFIXTURE_H
-#define BACKEND_STORAGEFIXTURE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_BACKEND_STORAGEFIXTURE_H
+#define TESTS_BACKEND_STORAGEFIXTURE_H
 
 #include "backend/LibraryAccess.h"
 #include "backend/TarvexProInterface.h"
@@ -9,12 +10,13 @@
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
-#include "voltvk/engine/DriveRegistry.h"
-#include "voltvk/engine/Faults.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
+#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/state/State.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <gtest/gtest.h>
 #include <string>
 #include <utility>
 #include <vector>
@@ -73,8 +75,8 @@ protected:
     return argument->uint32Slot().m_values.front();
   }
 
-  static CIMMethodParam poolArguments(const std::string& name, const std::vector<unsigned char>& drives,
-                                      unsigned char tierLevel) {
+  static CIMMethodParam
+  poolArguments(const std::string& name, const std::vector<unsigned char>& drives, unsigned char tierLevel) {
     return arguments(
         makeProperty<std::string>("Name", name), makeProperty<std::string>("Description", "of a test"),
         makeProperty<unsigned char>("NumberOfLogicalDevice", static_cast<unsigned char>(drives.size())),
@@ -84,9 +86,9 @@ protected:
         makeProperty<unsigned char>("TierLevel", tierLevel));
   }
 
-  static CIMMethodParam volumeArguments(const std::string& name, unsigned char type,
-                                        const std::vector<unsigned int>& pools,
-                                        const std::vector<unsigned long long>& sizes) {
+  static CIMMethodParam volumeArguments(
+      const std::string& name, unsigned char type, const std::vector<unsigned int>& pools,
+      const std::vector<unsigned long long>& sizes) {
     return arguments(
         makeProperty<std::string>("VolumeName", name), makeProperty<std::string>("Description", "of a test"),
         makeProperty<unsigned char>("VolumeType", type),
@@ -95,17 +97,17 @@ protected:
         makeProperty<unsigned int>("KnobSetting", 2));
   }
 
-  static CIMMethodParam dataCacheArguments(const std::string& name, unsigned int ssdPool,
-                                           const std::vector<unsigned char>& drives) {
-    return arguments(makeProperty<std::string>("VolumeName", name),
-                     makeProperty<std::string>("Description", "cached"),
-                     makeProperty<unsigned char>("VolumeType", TVK_VOLUME_CACHED),
-                     makeProperty<unsigned int>("SSDPoolId", ssdPool),
-                     makeProperty<unsigned long long>("reqCapacityFromSSDPool", GIBIBYTE),
-                     makeProperty("LDDeviceNumber", drives),
-                     makeProperty<unsigned long long>("LDCapacityInSectors", 4 * GIBIBYTE),
-                     makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
-                     makeProperty<unsigned int>("KnobSetting", 2));
+  static CIMMethodParam dataCacheArguments(
+      const std::string& name, unsigned int ssdPool, const std::vector<unsigned char>& drives) {
+    return arguments(
+        makeProperty<std::string>("VolumeName", name), makeProperty<std::string>("Description", "cached"),
+        makeProperty<unsigned char>("VolumeType", TVK_VOLUME_CACHED),
+        makeProperty<unsigned int>("SSDPoolId", ssdPool),
+        makeProperty<unsigned long long>("reqCapacityFromSSDPool", GIBIBYTE),
+        makeProperty("LDDeviceNumber", drives),
+        makeProperty<unsigned long long>("LDCapacityInSectors", 4 * GIBIBYTE),
+        makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
+        makeProperty<unsigned int>("KnobSetting", 2));
   }
 
   /** Makes a pool of one drive. @return its identifier */
@@ -130,8 +132,8 @@ protected:
   static std::vector<std::string> volumes() { return namesOf<VirtualVolume>("VirtualVolume"); }
 
   template <typename Object>
-  static unsigned int idOf(const char* type, const std::string& name,
-                           std::uint32_t (Object::*identifier)() const) {
+  static unsigned int
+  idOf(const char* type, const std::string& name, std::uint32_t (Object::*identifier)() const) {
     unsigned int result = TVK_NO_ID;
     refreshTarvexProObjects();
     FilteredObjects<Object>(getTvkAdapter(), type).visitAll([&](Object& object) {

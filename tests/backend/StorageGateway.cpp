@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "backend/StorageFixture.h"
 #include "backend/TarvexProEventManager.h"
 #include "framework/ShortMemory.h"
@@ -17,10 +18,11 @@ TEST_F(StorageTest, RoutinesAreListedInAscendingOrderAndUnknownOnesAreNotCalled)
   EXPECT_EQ(list->getType(), PDT_STRING_ARRAY);
   EXPECT_EQ(
       list->stringSlot().m_values,
-      (Strings{"CreateDataCacheVolume", "CreateVirtualPool", "CreateVirtualVolume", "DeleteDataCacheVolume",
-               "DeleteVirtualPool", "DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualPoolMembers",
-               "GetVirtualVolumeMembers", "GetVirtualVolumeStats", "ModifyVirtualPool", "ModifyVirtualVolume",
-               "ResetVirtualVolumeStats", "getRoutineList"}));
+      (Strings{
+          "CreateDataCacheVolume", "CreateVirtualPool", "CreateVirtualVolume", "DeleteDataCacheVolume",
+          "DeleteVirtualPool", "DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualPoolMembers",
+          "GetVirtualVolumeMembers", "GetVirtualVolumeStats", "ModifyVirtualPool", "ModifyVirtualVolume",
+          "ResetVirtualVolumeStats", "getRoutineList"}));
   EXPECT_EQ(call("createvirtualpool", {}), 1U);
   EXPECT_EQ(out.getArgumentCount(), 0U);
 

@@ -1,5 +1,5 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
-
 #include "cmpi/CMPIHelper.h"
 
 namespace tvp::test {
@@ -50,16 +50,19 @@ protected:
 };
 
 TEST_F(AssociationRequestsTest, AssociatorNamesFindsTheFarEndFromBothSides) {
-  EXPECT_EQ(ids(m_provider->associatorNames(shelf("A"), through("TEST_Contains")).paths),
-            (Texts{"TEST_Disk 1", "TEST_Disk 2"}));
+  EXPECT_EQ(
+      ids(m_provider->associatorNames(shelf("A"), through("TEST_Contains")).paths),
+      (Texts{"TEST_Disk 1", "TEST_Disk 2"}));
   EXPECT_TRUE(m_log.has(
       LogCapture::message(5, "CMPIAdapter::AssociatorNames: From:TEST_Shelf To: Tru:TEST_Contains")));
-  EXPECT_EQ(ids(m_provider->associatorNames(disk("3"), through("test_contains")).paths),
-            Texts{"TEST_Shelf B"});
-  EXPECT_EQ(ids(m_provider->associatorNames(shelf("B"), through("TEST_Contains")).paths),
-            (Texts{"TEST_Disk 3", "TEST_Spare 9"}));
-  EXPECT_EQ(ids(m_provider->associatorNames(shelf("B"), through("TEST_Contains", "TEST_Spare")).paths),
-            Texts{"TEST_Spare 9"});
+  EXPECT_EQ(
+      ids(m_provider->associatorNames(disk("3"), through("test_contains")).paths), Texts{"TEST_Shelf B"});
+  EXPECT_EQ(
+      ids(m_provider->associatorNames(shelf("B"), through("TEST_Contains")).paths),
+      (Texts{"TEST_Disk 3", "TEST_Spare 9"}));
+  EXPECT_EQ(
+      ids(m_provider->associatorNames(shelf("B"), through("TEST_Contains", "TEST_Spare")).paths),
+      Texts{"TEST_Spare 9"});
   AssociationFilter wrongRole = through("TEST_Contains");
   wrongRole.role = "Dependent";
   EXPECT_TRUE(m_provider->associatorNames(shelf("A"), wrongRole).paths.empty());
@@ -93,8 +96,9 @@ TEST_F(AssociationRequestsTest, TheOtherOperationsAlsoFindTheirClassesThemselves
     ASSERT_EQ(found.instances.size(), 2U);
     EXPECT_EQ(*found.instances[1].property("Label"), Value::string("TEST_Disk 2"));
   }
-  EXPECT_EQ(ids(pathsOf(m_provider->associators(shelf("B"), through("", "TEST_Spare")).instances)),
-            Texts{"TEST_Spare 9"});
+  EXPECT_EQ(
+      ids(pathsOf(m_provider->associators(shelf("B"), through("", "TEST_Spare")).instances)),
+      Texts{"TEST_Spare 9"});
   for (const char* name : {"", "TEST_Contains"}) {
     const AssociationFilter filter = through("", name);
     const host::InstancesOutcome instances = m_provider->references(disk("1"), filter);
@@ -122,8 +126,8 @@ TEST_F(AssociationRequestsTest, AssociationClassesAreChosenByNameAndByInheritanc
   registry->registerPlugin("test_oneend", new EmptyAssociation("TEST_OneEnd", "", "TEST_Near"));
   const auto classes = [&](const char* source, const char* associationClass) {
     std::vector<std::string> out = {"kept"};
-    CMPIHelper::GetAssociationClasses(CIMObjectPath("h", TEST_NAMESPACE, source, {}), associationClass,
-                                      broker.cmpi(), out);
+    CMPIHelper::GetAssociationClasses(
+        CIMObjectPath("h", TEST_NAMESPACE, source, {}), associationClass, broker.cmpi(), out);
     return out;
   };
   EXPECT_EQ(classes("any", "test_BASE"), (Texts{"kept", "test_derived"})) << "not the class itself";

@@ -1,13 +1,14 @@
-#ifndef CMPI_CMPITEST_H
-#define CMPI_CMPITEST_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_CMPI_CMPITEST_H
+#define TESTS_CMPI_CMPITEST_H
 
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/CIMInstance.h"
 #include "cmpi/CMPIMI.h"
-#include "host/Broker.h"
-#include "host/MofReader.h"
-#include "host/Provider.h"
-#include "host/Request.h"
+#include "host/broker/Broker.h"
+#include "host/provider/Provider.h"
+#include "host/provider/Request.h"
+#include "host/schema/MofReader.h"
 #include "support/AssociationFixtures.h"
 #include "support/LogCapture.h"
 
@@ -40,8 +41,8 @@ inline std::shared_ptr<const host::Schema> testSchema() {
 
 /** A scalar property. */
 template <typename T>
-cim::fwf::CIMProperty scalar(const std::string& name, cim::fwf::Primitive_DataType type, T value,
-                             bool isKey = false) {
+cim::fwf::CIMProperty
+scalar(const std::string& name, cim::fwf::Primitive_DataType type, T value, bool isKey = false) {
   cim::fwf::CIMValue<T> content;
   content.m_values.push_back(std::move(value));
   return cim::fwf::CIMProperty(name, std::move(content), isKey, type, false);
@@ -49,15 +50,15 @@ cim::fwf::CIMProperty scalar(const std::string& name, cim::fwf::Primitive_DataTy
 
 /** An array property, or with no values one without elements. */
 template <typename T>
-cim::fwf::CIMProperty list(const std::string& name, cim::fwf::Primitive_DataType type,
-                           std::vector<T> values) {
+cim::fwf::CIMProperty
+list(const std::string& name, cim::fwf::Primitive_DataType type, std::vector<T> values) {
   cim::fwf::CIMValue<T> content;
   content.m_values = std::move(values);
   return cim::fwf::CIMProperty(name, std::move(content), false, type, false);
 }
 
-inline cim::fwf::CIMInstance instanceOf(const std::string& className,
-                                        const std::vector<cim::fwf::CIMProperty>& properties) {
+inline cim::fwf::CIMInstance
+instanceOf(const std::string& className, const std::vector<cim::fwf::CIMProperty>& properties) {
   cim::fwf::CIMInstance instance;
   instance.setPath(cim::fwf::CIMObjectPath("", TEST_NAMESPACE, className, {}));
   for (const cim::fwf::CIMProperty& property : properties) {
@@ -108,10 +109,11 @@ class RunningProviderTest : public testing::Test {
 protected:
   explicit RunningProviderTest(std::shared_ptr<const host::Schema> schema = testSchema())
       : m_broker(std::move(schema)) {
-    m_log.root().write("etc/passwd", "root:x:0:0:root:/root:/bin/bash\n"
-                                     "operator:x:11:0:operator:/root:/bin/sh\n"
-                                     "rootuid:x:0:100::/:/bin/sh\n"
-                                     "short:x:0\n");
+    m_log.root().write(
+        "etc/passwd", "root:x:0:0:root:/root:/bin/bash\n"
+                      "operator:x:11:0:operator:/root:/bin/sh\n"
+                      "rootuid:x:0:100::/:/bin/sh\n"
+                      "short:x:0\n");
     ::setenv("VOLTVK_STATE", m_log.root().file("state.db").c_str(), 1);
     m_provider.emplace(m_broker, factories());
   }
@@ -124,8 +126,9 @@ protected:
   }
 
   static host::ProviderFactories factories() {
-    return {tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
-            tarvexProProvider_Create_AssociationMI, tarvexProProvider_Create_IndicationMI};
+    return {
+        tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
+        tarvexProProvider_Create_AssociationMI, tarvexProProvider_Create_IndicationMI};
   }
   static host::ObjectPath path(const std::string& className, std::vector<host::NamedValue> keys = {}) {
     return host::ObjectPath{TEST_NAMESPACE, className, std::move(keys), ""};

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
 
 #include <functional>
@@ -128,8 +129,8 @@ std::string messageOf(const CMPIStatus& status) {
 }
 
 std::string traced(const char* direction, const char* special, const char* name) {
-  return LogCapture::trace(std::string(direction) + " CMPIMI " + (special == nullptr ? name : special) +
-                           "()");
+  return LogCapture::trace(
+      std::string(direction) + " CMPIMI " + (special == nullptr ? name : special) + "()");
 }
 
 // Arguments that are fine are told from missing ones by what is answered once the adapter is gone.
@@ -159,8 +160,9 @@ TEST_F(RunningProviderTest, EveryFunctionChecksItsArgumentsBeforeItAsksForTheAda
           }
           expected.push_back(traced("Exiting", function.exit, function.name));
           EXPECT_EQ(status.rc, function.reachesAdapter ? CMPI_RC_ERR_FAILED : CMPI_RC_OK);
-          EXPECT_EQ(messageOf(status),
-                    function.reachesAdapter ? "Failed to get CMPIAdapter singleton instance" : "(none)");
+          EXPECT_EQ(
+              messageOf(status),
+              function.reachesAdapter ? "Failed to get CMPIAdapter singleton instance" : "(none)");
         }
         EXPECT_EQ(m_log.lines(), expected);
       }

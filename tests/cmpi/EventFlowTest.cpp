@@ -1,15 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
 // The whole road of events: from the storage library's record over the real listener to the broker.
 #include "CmpiTest.h"
-
 #include "cmpi/CMPIAdapter.h"
-#include "voltvk/engine/EventJournal.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/state/State.h"
 
 #include <condition_variable>
 #include <filesystem>
-#include <malloc.h>
 #include <mutex>
 #include <thread>
+
+#include <malloc.h>
 
 namespace tvp::test {
 namespace {
@@ -53,9 +54,9 @@ TEST_F(EventFlowTest, AThousandEventsBetweenTwoPollsAllArriveInOrder) {
 
 TEST_F(EventFlowTest, DeliveriesLeaveNothingBehind) {
   std::filesystem::remove(m_log.root().file("var/log/TVP.txt"));
-  const cim::fwf::CIMInstance indication =
-      instanceOf("TVP_CIMIndication", {scalar<std::string>("eventDesc", cim::fwf::PDT_STRING, "told", true),
-                                       scalar("Id", cim::fwf::PDT_UINT32, 1U)});
+  const cim::fwf::CIMInstance indication = instanceOf(
+      "TVP_CIMIndication", {scalar<std::string>("eventDesc", cim::fwf::PDT_STRING, "told", true),
+                            scalar("Id", cim::fwf::PDT_UINT32, 1U)});
   const auto deliver = [&](int times) {
     for (int i = 0; i < times; ++i) {
       cim::fwf::CIMInstance copy = indication;

@@ -1,8 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
 #include "cmpi/CMPIHelper.h"
-#include "oslib/KVSSystem.h"
-
 #include "cmpimacs.h"
+#include "oslib/KVSSystem.h"
 
 #include <functional>
 #include <random>
@@ -39,14 +39,15 @@ host::ObjectPath partPath() {
 }
 
 host::ObjectPath pathWithAllKinds() {
-  return {TEST_NAMESPACE,
-          "TEST_All",
-          {{"Text", Value::string("t")},
-           {"Flag", Value::boolean(true)},
-           {"Number", Value::sint64(0x100000007LL)},
-           {"Unsigned", Value::uint32(7)},
-           {"Ref", Value::reference(partPath())}},
-          "far.example"};
+  return {
+      TEST_NAMESPACE,
+      "TEST_All",
+      {{"Text", Value::string("t")},
+       {"Flag", Value::boolean(true)},
+       {"Number", Value::sint64(0x100000007LL)},
+       {"Unsigned", Value::uint32(7)},
+       {"Ref", Value::reference(partPath())}},
+      "far.example"};
 }
 
 TEST_F(InboundConversionTest, APathTakesTheLocalHostAndTheFourKindsOfKeys) {
@@ -57,10 +58,10 @@ TEST_F(InboundConversionTest, APathTakesTheLocalHostAndTheFourKindsOfKeys) {
   EXPECT_EQ(path.nameSpace(), TEST_NAMESPACE);
   EXPECT_EQ(path.className(), "TEST_All");
   ASSERT_EQ(path.keyBindings().size(), 4U) << "the unsigned key is dropped";
-  const std::vector<CIMProperty> expected = {scalar<std::string>("Text", PDT_STRING, "t", true),
-                                             scalar("Flag", PDT_BOOLEAN, true, true),
-                                             scalar("Number", PDT_UINT32, 7U, true),
-                                             scalar("Ref", PDT_REFERENCE, converted(partPath(), true), true)};
+  const std::vector<CIMProperty> expected = {
+      scalar<std::string>("Text", PDT_STRING, "t", true), scalar("Flag", PDT_BOOLEAN, true, true),
+      scalar("Number", PDT_UINT32, 7U, true),
+      scalar("Ref", PDT_REFERENCE, converted(partPath(), true), true)};
   for (std::size_t i = 0; i < expected.size(); ++i) {
     EXPECT_TRUE(path.keyBindings()[i].equals(expected[i])) << i;
   }
@@ -81,9 +82,10 @@ TEST_F(InboundConversionTest, APathWithoutATextStaysHalfFilled) {
     EXPECT_EQ(path.nameSpace(), missing == "NameSpace" ? "" : TEST_NAMESPACE);
     EXPECT_TRUE(path.className().empty());
     EXPECT_TRUE(path.keyBindings().empty());
-    EXPECT_EQ(m_log.lines().back(),
-              LogCapture::message(2, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - " + missing +
-                                         " is NULL"));
+    EXPECT_EQ(
+        m_log.lines().back(),
+        LogCapture::message(
+            2, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - " + missing + " is NULL"));
     table.getNameSpace = noText;
   }
   nameless->ft = real;
@@ -99,32 +101,34 @@ TEST_F(InboundConversionTest, KeysThatDoNotSayTheyAreKeysAreDropped) {
 
 TEST_F(InboundConversionTest, AnInstanceBringsTheWritableKindsAndNoNulls) {
   host::Instance instance{partPath(), {}};
-  instance.properties = {{"Flag", Value::boolean(true)},
-                         {"U8", Value::uint8(8)},
-                         {"U16", Value::uint16(16)},
-                         {"U32", Value::uint32(32)},
-                         {"U64", Value::uint64(64)},
-                         {"Other", Value::reference(partPath())},
-                         {"Text", Value::string("t")},
-                         {"When", Value::dateTime(*host::DateTime::parse(WHEN))},
-                         {"S32", Value::signedInteger(CMPI_sint32, 1)},
-                         {"Real", Value::real(CMPI_real32, 1)},
-                         {"U32s", Value::array(CMPI_uint32, {Value::uint32(1)})},
-                         {"Inside", Value::instance(host::Instance{partPath(), {}})},
-                         {"Null", Value::null(CMPI_string)}};
+  instance.properties = {
+      {"Flag", Value::boolean(true)},
+      {"U8", Value::uint8(8)},
+      {"U16", Value::uint16(16)},
+      {"U32", Value::uint32(32)},
+      {"U64", Value::uint64(64)},
+      {"Other", Value::reference(partPath())},
+      {"Text", Value::string("t")},
+      {"When", Value::dateTime(*host::DateTime::parse(WHEN))},
+      {"S32", Value::signedInteger(CMPI_sint32, 1)},
+      {"Real", Value::real(CMPI_real32, 1)},
+      {"U32s", Value::array(CMPI_uint32, {Value::uint32(1)})},
+      {"Inside", Value::instance(host::Instance{partPath(), {}})},
+      {"Null", Value::null(CMPI_string)}};
   CIMObjectPath path("h", "n", "TEST_All", {scalar<std::string>("Id", PDT_STRING, "x", true)});
   CIMInstance out;
   EXPECT_TRUE(CMPIHelper::CMPIInstanceToFrameworkInstance(m_request.instance(instance), path, out));
   EXPECT_EQ(out.className(), "TEST_All");
   EXPECT_TRUE(out.keyProperties().empty());
-  const std::vector<CIMProperty> expected = {scalar("Flag", PDT_BOOLEAN, true),
-                                             scalar<unsigned char>("U8", PDT_UINT8, 8),
-                                             scalar<unsigned short>("U16", PDT_UINT16, 16),
-                                             scalar("U32", PDT_UINT32, 32U),
-                                             scalar("U64", PDT_UINT64, 64ULL),
-                                             scalar("Other", PDT_REFERENCE, converted(partPath(), false)),
-                                             scalar<std::string>("Text", PDT_STRING, "t"),
-                                             scalar<std::string>("When", PDT_DATETIME, WHEN)};
+  const std::vector<CIMProperty> expected = {
+      scalar("Flag", PDT_BOOLEAN, true),
+      scalar<unsigned char>("U8", PDT_UINT8, 8),
+      scalar<unsigned short>("U16", PDT_UINT16, 16),
+      scalar("U32", PDT_UINT32, 32U),
+      scalar("U64", PDT_UINT64, 64ULL),
+      scalar("Other", PDT_REFERENCE, converted(partPath(), false)),
+      scalar<std::string>("Text", PDT_STRING, "t"),
+      scalar<std::string>("When", PDT_DATETIME, WHEN)};
   ASSERT_EQ(out.getPropertyCount(), expected.size());
   for (std::size_t i = 0; i < expected.size(); ++i) {
     const CIMProperty& property = out.properties()[i];
@@ -183,8 +187,8 @@ TEST_F(InboundConversionTest, OtherArgumentsAreRefusedAlsoWhenNull) {
 }
 
 TEST_F(InboundConversionTest, WhicheverCallFailsTheConversionFails) {
-  host::Instance instance{partPath(),
-                          {{"Text", Value::string("t")}, {"Other", Value::reference(partPath())}}};
+  host::Instance instance{
+      partPath(), {{"Text", Value::string("t")}, {"Other", Value::reference(partPath())}}};
   host::Arguments arguments;
   arguments.add("Refs", Value::array(CMPI_ref, {Value::reference(partPath())}))
       .add("When", Value::dateTime(*host::DateTime::parse(WHEN)));

@@ -1,7 +1,7 @@
-#include "CmpiTest.h"
-
+// SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/FrameworkFacade.h"
 #include "CIM/Framework/Subscription.h"
+#include "CmpiTest.h"
 #include "cmpi/CMPIAdapter.h"
 
 #include <atomic>
@@ -73,9 +73,10 @@ TEST_F(IndicationDeliveryTest, SubscriptionsAreCountedWithoutALowerBound) {
 
 TEST_F(IndicationDeliveryTest, ASubscribedClientGetsTheIndicationAndNothingIsLeftBehind) {
   subscribe();
-  CIMInstance indication = instanceOf("TEST_All", {scalar<std::string>("Id", PDT_STRING, "x", true),
-                                                   scalar<std::string>("Text", PDT_STRING, "100%s"),
-                                                   list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"})});
+  CIMInstance indication = instanceOf(
+      "TEST_All",
+      {scalar<std::string>("Id", PDT_STRING, "x", true), scalar<std::string>("Text", PDT_STRING, "100%s"),
+       list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"})});
   EXPECT_TRUE(deliver(indication));
   ASSERT_EQ(m_delivered.size(), 1U);
   EXPECT_EQ(m_nameSpace, TEST_NAMESPACE);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
 
 #include <chrono>
@@ -7,8 +8,8 @@ namespace tvp::test {
 namespace {
 
 /** The lines of one beginning, in order. */
-std::vector<std::string> linesWith(const std::vector<std::string>& lines,
-                                   const std::vector<std::string>& wanted) {
+std::vector<std::string>
+linesWith(const std::vector<std::string>& lines, const std::vector<std::string>& wanted) {
   std::vector<std::string> found;
   for (const std::string& line : lines) {
     if (std::find(wanted.begin(), wanted.end(), line) != wanted.end()) {
@@ -51,8 +52,9 @@ TEST_F(RunningProviderTest, ACleanUpThatDoesNotTerminateIsRefusedAndChangesNothi
   EXPECT_EQ(m_log.count(LogCapture::trace("Preventing provider from unloading this time")), 12U);
   EXPECT_TRUE(m_log.has(LogCapture::trace(
       "CleanUp routein called due to inactivity of provider and zero indication subscription")));
-  EXPECT_EQ(m_provider->enumerateInstances(path("TVP_TarvexProIdentity")).message.find("singleton"),
-            std::string::npos);
+  EXPECT_EQ(
+      m_provider->enumerateInstances(path("TVP_TarvexProIdentity")).message.find("singleton"),
+      std::string::npos);
   EXPECT_FALSE(m_log.has(LogCapture::message(4, "Ref count at cleanup = 3")));
 }
 
@@ -83,10 +85,13 @@ TEST_F(RunningProviderTest, TheLastTerminatingCleanUpTearsDownForGood) {
   EXPECT_EQ(linesWith(m_log.lines(), expected), expected);
 
   m_log.clear();
-  EXPECT_EQ(tarvexProProvider_Create_InstanceMI(m_broker.cmpi(), request.context(), nullptr),
-            m_provider->instanceMI());
-  EXPECT_EQ(m_log.lines(), (std::vector<std::string>{LogCapture::trace("Entering CMPIMI tvpInitialize()"),
-                                                     LogCapture::trace("Leaving CMPIMI tvpInitialize()")}));
+  EXPECT_EQ(
+      tarvexProProvider_Create_InstanceMI(m_broker.cmpi(), request.context(), nullptr),
+      m_provider->instanceMI());
+  EXPECT_EQ(
+      m_log.lines(), (std::vector<std::string>{
+                         LogCapture::trace("Entering CMPIMI tvpInitialize()"),
+                         LogCapture::trace("Leaving CMPIMI tvpInitialize()")}));
   const host::Outcome late = m_provider->enumerateInstances(path("TVP_TierService"));
   EXPECT_EQ(late.rc, CMPI_RC_ERR_FAILED);
   EXPECT_EQ(late.message, "Failed to get CMPIAdapter singleton instance");
@@ -107,9 +112,10 @@ TEST_F(RunningProviderTest, AFactoryThatWaitsForTheTearDownFindsALockToWakeUpWit
   m_provider->cleanup(true);
   factory.join();
   EXPECT_EQ(late, m_provider->methodMI());
-  EXPECT_EQ(m_log.count(LogCapture::trace("Exiting CMPIMI tvpInitialize()")) +
-                m_log.count(LogCapture::trace("Leaving CMPIMI tvpInitialize()")),
-            1U);
+  EXPECT_EQ(
+      m_log.count(LogCapture::trace("Exiting CMPIMI tvpInitialize()")) +
+          m_log.count(LogCapture::trace("Leaving CMPIMI tvpInitialize()")),
+      1U);
   m_log.clear();
   tarvexProProvider_Create_MethodMI(m_broker.cmpi(), nullptr, nullptr);
   EXPECT_TRUE(m_log.has(LogCapture::trace("Leaving CMPIMI tvpInitialize()"))) << "the lock is gone for good";

@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIObjectGuard.h"
-
 #include "cmpimacs.h"
 
 #include <random>
@@ -94,9 +94,9 @@ TEST_F(OutboundConversionTest, EveryTypeOfPropertyArrives) {
 TEST_F(OutboundConversionTest, OnlyTheFirstEmbeddedInstanceArrivesAndSharesTheFilter) {
   CIMInstance inner = part("1");
   inner.addProperty(scalar("Number", PDT_UINT32, 5U));
-  const CIMInstance instance =
-      instanceOf("TEST_All", {scalar<std::string>("Text", PDT_STRING, "t"),
-                              list<CIMInstance>("Inside", PDT_INSTANCE, {inner, part("2"), part("3")})});
+  const CIMInstance instance = instanceOf(
+      "TEST_All", {scalar<std::string>("Text", PDT_STRING, "t"),
+                   list<CIMInstance>("Inside", PDT_INSTANCE, {inner, part("2"), part("3")})});
   EXPECT_EQ(*converted(instance).property("Inside")->asInstance().property("Number"), Value::uint32(5));
 
   const char* wanted[] = {"Inside", nullptr};
@@ -126,11 +126,11 @@ TEST_F(OutboundConversionTest, ArrayKeysStayOutOfAnInstancesPathButNotOutOfAPath
 }
 
 TEST_F(OutboundConversionTest, ScalarKeysOfAPathKeepTypeAndOrder) {
-  const CIMObjectPath path("elsewhere", TEST_NAMESPACE, "TEST_All",
-                           {scalar<std::string>("Id", PDT_STRING, "x", true),
-                            scalar("Serial", PDT_UINT32, 3U, true), scalar("Flag", PDT_BOOLEAN, true, true),
-                            list<std::string>("Empty", PDT_UINT16, {}),
-                            scalar("Other", PDT_REFERENCE, part("p").getPath(), true)});
+  const CIMObjectPath path(
+      "elsewhere", TEST_NAMESPACE, "TEST_All",
+      {scalar<std::string>("Id", PDT_STRING, "x", true), scalar("Serial", PDT_UINT32, 3U, true),
+       scalar("Flag", PDT_BOOLEAN, true, true), list<std::string>("Empty", PDT_UINT16, {}),
+       scalar("Other", PDT_REFERENCE, part("p").getPath(), true)});
   const host::ObjectPath result =
       host::Request::read(CMPIHelper::FrameworkObjectPathToCMPIObjectPath(path, m_broker.cmpi()));
   ASSERT_EQ(result.keys.size(), 4U);
@@ -207,13 +207,13 @@ TEST_F(OutboundConversionTest, EachDirectionRefusesTheTypesItDoesNotTake) {
   for (unsigned int code = 0; code < 40; ++code) {
     const CIMProperty property = list<std::string>("P", static_cast<Primitive_DataType>(code), {});
     const unsigned int asKey = thrownCode([&] {
-      CMPIHelper::FrameworkObjectPathToCMPIObjectPath(CIMObjectPath("", "n", "TEST_All", {property}),
-                                                      m_lenient.cmpi());
+      CMPIHelper::FrameworkObjectPathToCMPIObjectPath(
+          CIMObjectPath("", "n", "TEST_All", {property}), m_lenient.cmpi());
     });
     EXPECT_EQ(asKey != FW_RC_NOT_SUPPORTED, keys.count(code) != 0) << code;
     const unsigned int asProperty = thrownCode([&] {
-      CMPIHelper::FrameworkInstanceToCMPIInstance(instanceOf("TEST_All", {property}), m_lenient.cmpi(),
-                                                  nullptr);
+      CMPIHelper::FrameworkInstanceToCMPIInstance(
+          instanceOf("TEST_All", {property}), m_lenient.cmpi(), nullptr);
     });
     EXPECT_EQ(asProperty, properties.count(code) != 0 ? 0U : 7U) << code;
     CIMMethodParam params;
@@ -237,11 +237,11 @@ TEST_F(OutboundConversionTest, AMismatchIsLoggedWithThePropertyAndEndsTheConvers
 /** An instance with everything that needs objects of the broker. */
 CIMInstance richInstance() {
   const CIMInstance inner = instanceOf("TEST_Part", {scalar<std::string>("Id", PDT_STRING, "p", true)});
-  return instanceOf("TEST_All",
-                    {scalar<std::string>("Id", PDT_STRING, "x", true),
-                     scalar<std::string>("When", PDT_DATETIME, WHEN),
-                     list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"}),
-                     scalar("Other", PDT_REFERENCE, inner.getPath()), scalar("Inside", PDT_INSTANCE, inner)});
+  return instanceOf(
+      "TEST_All",
+      {scalar<std::string>("Id", PDT_STRING, "x", true), scalar<std::string>("When", PDT_DATETIME, WHEN),
+       list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"}),
+       scalar("Other", PDT_REFERENCE, inner.getPath()), scalar("Inside", PDT_INSTANCE, inner)});
 }
 
 // Some object managers keep pointers where others copy: an element must outlive its array.
@@ -300,8 +300,8 @@ TEST_F(OutboundConversionTest, RandomValuesSurviveBothWays) {
         scalar("Flag", PDT_BOOLEAN, random() % 2 == 0)};
     const CIMInstance sent = instanceOf("TEST_All", properties);
     CIMInstance received;
-    CMPIHelper::setProps(CMPIHelper::FrameworkInstanceToCMPIInstance(sent, m_broker.cmpi(), nullptr),
-                         received);
+    CMPIHelper::setProps(
+        CMPIHelper::FrameworkInstanceToCMPIInstance(sent, m_broker.cmpi(), nullptr), received);
     ASSERT_EQ(received.getPropertyCount(), properties.size());
     for (const CIMProperty& property : properties) {
       ASSERT_NE(received.getPropertyByName(property.name()), nullptr);

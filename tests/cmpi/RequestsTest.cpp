@@ -1,7 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "CIM/Framework/CIMException.h"
 #include "CmpiTest.h"
 #include "ScriptedPlugin.h"
-
-#include "CIM/Framework/CIMException.h"
 #include "cmpi/CMPIAdapter.h"
 
 #include <stdexcept>
@@ -19,8 +19,8 @@ protected:
   RequestsTest() : m_plugin(ScriptedPlugin::install()) {}
 
   static CIMInstance item(const std::string& id, unsigned int number) {
-    return instanceOf("TEST_All",
-                      {scalar<std::string>("Id", PDT_STRING, id, true), scalar("U32", PDT_UINT32, number)});
+    return instanceOf(
+        "TEST_All", {scalar<std::string>("Id", PDT_STRING, id, true), scalar("U32", PDT_UINT32, number)});
   }
   static host::ObjectPath itemPath(const std::string& id) {
     return path("TEST_All", {{"Id", Value::string(id)}, {"Serial", Value::sint64(4)}});
@@ -96,14 +96,15 @@ TEST_F(RequestsTest, WhatIsThrownBecomesTheStatusAndTheOperationStillEndsItsTrac
     EXPECT_EQ(static_cast<int>(outcome.rc), thrown.rc) << thrown.message;
     EXPECT_EQ(outcome.message, thrown.message);
     EXPECT_TRUE(m_log.has(LogCapture::trace("Exiting CMPIAdapter::EnumInstances")));
-    EXPECT_TRUE(m_log.has(LogCapture::message(2, "EnumInstances operation failed,                 refer "
-                                                 "previous log lines for reason")));
+    EXPECT_TRUE(m_log.has(LogCapture::message(
+        2, "EnumInstances operation failed,                 refer "
+           "previous log lines for reason")));
   }
 }
 
 TEST_F(RequestsTest, AnInstanceThatCannotBeConvertedEndsTheOperationWithItsCode) {
-  m_plugin.instances = {item("a", 1),
-                        instanceOf("TEST_All", {list<std::string>("X", PDT_REFERENCE_ARRAY, {})})};
+  m_plugin.instances = {
+      item("a", 1), instanceOf("TEST_All", {list<std::string>("X", PDT_REFERENCE_ARRAY, {})})};
   const host::InstancesOutcome outcome = m_provider->enumerateInstances(path("TEST_All"));
   EXPECT_EQ(outcome.rc, CMPI_RC_ERR_NOT_SUPPORTED);
   EXPECT_EQ(outcome.message, " :: Not supported");
@@ -115,14 +116,15 @@ TEST_F(RequestsTest, OnlyAdministratorsModify) {
     std::optional<std::string> principal;
     bool admitted;
   };
-  for (const Case& c : std::vector<Case>{{"root", true},
-                                         {"operator", true},
-                                         {"", true},
-                                         {std::nullopt, true},
-                                         {"rootuid", false},
-                                         {"short", false},
-                                         {"Root", false},
-                                         {"nobody%s", false}}) {
+  for (const Case& c : std::vector<Case>{
+           {"root", true},
+           {"operator", true},
+           {"", true},
+           {std::nullopt, true},
+           {"rootuid", false},
+           {"short", false},
+           {"Root", false},
+           {"nobody%s", false}}) {
     m_plugin.changes = 0;
     const host::CallOptions options = user(c.principal);
     const host::Outcome outcome =
@@ -166,9 +168,9 @@ TEST_F(RequestsTest, APrincipalWhoseStringHasANullHandleIsTheEmptyName) {
   host::Request request(m_broker);
   CMPIInstanceMI* mi = m_provider->instanceMI();
   const char* list[] = {"U32", nullptr};
-  const CMPIStatus status =
-      mi->ft->modifyInstance(mi, &context, nullptr, request.objectPath(itemPath("a")),
-                             request.instance({itemPath("a"), {{"U32", Value::uint32(9)}}}), list);
+  const CMPIStatus status = mi->ft->modifyInstance(
+      mi, &context, nullptr, request.objectPath(itemPath("a")),
+      request.instance({itemPath("a"), {{"U32", Value::uint32(9)}}}), list);
   EXPECT_EQ(status.rc, CMPI_RC_OK);
   EXPECT_EQ(m_plugin.changes, 1);
 }
@@ -179,8 +181,9 @@ TEST_F(RequestsTest, ModifyingWithNullArgumentsIsAnErrorAndNoCrash) {
   const char* list[] = {"U32", nullptr};
   const host::Instance change{itemPath("a"), {}};
   const CMPIObjectPath* op = request.objectPath(itemPath("a"));
-  EXPECT_EQ(mi->ft->modifyInstance(mi, nullptr, nullptr, op, request.instance(change), list).rc,
-            CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(
+      mi->ft->modifyInstance(mi, nullptr, nullptr, op, request.instance(change), list).rc,
+      CMPI_RC_ERR_FAILED);
   EXPECT_EQ(mi->ft->modifyInstance(mi, request.context(), nullptr, op, nullptr, list).rc, CMPI_RC_ERR_FAILED);
   EXPECT_EQ(
       mi->ft->modifyInstance(mi, request.context(), nullptr, nullptr, request.instance(change), list).rc,
@@ -238,8 +241,8 @@ TEST_F(RequestsTest, ResultsThatGiveNoObjectAreLeftOutAndTheOthersReturned) {
   };
   CMPIBroker forgetful = *m_broker.cmpi();
   forgetful.eft = &table;
-  CMPIAdapter::ReturnInstances(&forgetful, request.result(), nullptr,
-                               {item("a", 1), item("b", 2), item("c", 3)}, &status);
+  CMPIAdapter::ReturnInstances(
+      &forgetful, request.result(), nullptr, {item("a", 1), item("b", 2), item("c", 3)}, &status);
   EXPECT_EQ(request.instances().size(), 2U);
   EXPECT_TRUE(request.done());
   EXPECT_EQ(status.rc, CMPI_RC_ERR_FAILED);
@@ -249,8 +252,8 @@ TEST_F(RequestsTest, ResultsThatGiveNoObjectAreLeftOutAndTheOthersReturned) {
   paths = 0;
   status = CMPIStatus{CMPI_RC_OK, nullptr};
   host::Request second(m_broker);
-  CMPIAdapter::ReturnObjectPaths(&forgetful, second.result(),
-                                 {item("a", 1).getPath(), item("b", 2).getPath()}, &status);
+  CMPIAdapter::ReturnObjectPaths(
+      &forgetful, second.result(), {item("a", 1).getPath(), item("b", 2).getPath()}, &status);
   EXPECT_EQ(second.paths().size(), 1U);
   EXPECT_EQ(host::Request::read(status.msg), "Failed to convert CIM ObjectPath to CMPI ObjectPath");
   CIMMethodParam output;
@@ -278,8 +281,8 @@ TEST_F(RequestsTest, WhicheverBrokerCallFailsTheRequestDoesNotAnswerLess) {
   };
   for (const std::function<bool()>& complete :
        {std::function<bool()>(enumerate), std::function<bool()>(invoke)}) {
-    failEveryCall(m_broker, CMPI_RC_ERR_FAILED, complete,
-                  [&](const std::string&) { EXPECT_TRUE(complete()); });
+    failEveryCall(
+        m_broker, CMPI_RC_ERR_FAILED, complete, [&](const std::string&) { EXPECT_TRUE(complete()); });
   }
   m_broker.clearBreaches();  // a refused end mark is the object manager's doing here
 }

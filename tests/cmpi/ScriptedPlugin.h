@@ -1,5 +1,6 @@
-#ifndef CMPI_SCRIPTEDPLUGIN_H
-#define CMPI_SCRIPTEDPLUGIN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_CMPI_SCRIPTEDPLUGIN_H
+#define TESTS_CMPI_SCRIPTEDPLUGIN_H
 
 #include "CIM/Framework/AbstractInstanceProviderPlugin.h"
 #include "CIM/Framework/PluginsManager.h"
@@ -55,8 +56,9 @@ public:
     givenList = list;
     beforeAnswer();
   }
-  unsigned int invokeMethod(const Path& path, const std::string&, const cim::fwf::CIMMethodParam& in,
-                            cim::fwf::CIMMethodParam& out) override {
+  unsigned int invokeMethod(
+      const Path& path, const std::string&, const cim::fwf::CIMMethodParam& in,
+      cim::fwf::CIMMethodParam& out) override {
     ++changes;
     givenPath = path;
     givenInput = in;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Man pages and completions know every verb and option that the commands' own help has.
 #include "docs/Page.h"
 #include "support/Command.h"
@@ -127,10 +128,12 @@ TEST_P(CommandReferenceTest, TheManPageHasItsSectionsAndNoErrors) {
 std::string nameOf(const testing::TestParamInfo<Reference>& info) {
   return std::regex_replace(info.param.name, std::regex("-"), "_");
 }
-INSTANTIATE_TEST_SUITE_P(Commands, CommandReferenceTest,
-                         testing::Values(Reference{"tvpcim", TVP_BINARY_DIR "/bin/tvpcim", "1"},
-                                         Reference{"voltvkctl", TVP_BINARY_DIR "/bin/voltvkctl", "8"},
-                                         Reference{"tvp-register", TVP_BINARY_DIR "/sbin/tvp-register", "8"}),
-                         nameOf);
+INSTANTIATE_TEST_SUITE_P(
+    Commands, CommandReferenceTest,
+    testing::Values(
+        Reference{"tvpcim", TVP_BINARY_DIR "/bin/tvpcim", "1"},
+        Reference{"voltvkctl", TVP_BINARY_DIR "/bin/voltvkctl", "8"},
+        Reference{"tvp-register", TVP_BINARY_DIR "/sbin/tvp-register", "8"}),
+    nameOf);
 
 }  // namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "docs/Page.h"
 
 #include "support/Lines.h"
@@ -19,8 +20,9 @@ std::string withoutTimes(const std::string& text) {
   return std::regex_replace(result, THREAD, "[TVP-------<thread>]");
 }
 
-bool matches(const std::vector<std::string>& shown, std::size_t at, const std::vector<std::string>& printed,
-             std::size_t from) {
+bool matches(
+    const std::vector<std::string>& shown, std::size_t at, const std::vector<std::string>& printed,
+    std::size_t from) {
   for (; at < shown.size() && shown[at] != "..."; ++at, ++from) {
     if (from >= printed.size() || shown[at] != printed[from]) {
       return false;

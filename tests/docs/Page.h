@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef TESTS_DOCS_PAGE_H
 #define TESTS_DOCS_PAGE_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The pages say what is so: each command in them is run, and prints what the page shows.
 #include "docs/Page.h"
 #include "support/Command.h"

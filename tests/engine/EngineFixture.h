@@ -1,14 +1,16 @@
-#ifndef ENGINE_ENGINEFIXTURE_H
-#define ENGINE_ENGINEFIXTURE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_ENGINE_ENGINEFIXTURE_H
+#define TESTS_ENGINE_ENGINEFIXTURE_H
 
 #include "support/TemporaryFolder.h"
-#include "voltvk/engine/DriveRegistry.h"
-#include "voltvk/engine/Faults.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
+#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/state/State.h"
 #include "voltvk/voltvk.h"
 
-#include <cstdlib>
 #include <gtest/gtest.h>
+
+#include <cstdlib>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -19,9 +21,9 @@ namespace tvp::test {
 constexpr std::uint64_t MIB = 2048;  ///< sectors
 constexpr std::uint64_t CHUNK = MIB;
 
-inline VirtualPoolSpec poolSpec(const char* name, const std::vector<std::uint8_t>& drives,
-                                std::uint64_t sectors, std::uint8_t tier = TVK_TIER_HDD,
-                                std::uint64_t chunk = CHUNK) {
+inline VirtualPoolSpec poolSpec(
+    const char* name, const std::vector<std::uint8_t>& drives, std::uint64_t sectors,
+    std::uint8_t tier = TVK_TIER_HDD, std::uint64_t chunk = CHUNK) {
   VirtualPoolSpec spec;
   spec.nameTooLong = !tvkSetText(spec.name, sizeof spec.name, name);
   spec.numLogicalDevices = static_cast<std::uint32_t>(drives.size());
@@ -33,8 +35,8 @@ inline VirtualPoolSpec poolSpec(const char* name, const std::vector<std::uint8_t
   return spec;
 }
 
-inline VirtualVolumeSpec volumeSpec(const char* name, std::uint8_t type,
-                                    const std::vector<VirtualPoolEntry>& pools) {
+inline VirtualVolumeSpec
+volumeSpec(const char* name, std::uint8_t type, const std::vector<VirtualPoolEntry>& pools) {
   VirtualVolumeSpec spec;
   spec.nameTooLong = !tvkSetText(spec.name, sizeof spec.name, name);
   spec.featureType1 = type;

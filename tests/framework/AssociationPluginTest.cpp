@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The association operations, answered from the instances of an association class that only tests have.
 #include "CIM/Framework/FrameworkFacade.h"
 #include "support/AssociationFixtures.h"
@@ -57,19 +58,19 @@ TEST_F(AssociationPlugin, findsTheFarEndsThatPassTheFilters) {
       {fixturePath("TEST_Disk", "2"), "", "", "", {"TEST_Shelf A"}},
   };
   for (Case tested : cases) {
-    SCOPED_TRACE(tested.source.toString() + " " + tested.resultClass + " " + tested.role + " " +
-                 tested.resultRole);
+    SCOPED_TRACE(
+        tested.source.toString() + " " + tested.resultClass + " " + tested.role + " " + tested.resultRole);
     std::string association = "Test_Contains";
     std::vector<CIMObjectPath> names;
-    m_facade->associatorsNames(tested.source, association, names, tested.resultClass, tested.role,
-                               tested.resultRole);
+    m_facade->associatorsNames(
+        tested.source, association, names, tested.resultClass, tested.role, tested.resultRole);
     std::vector<std::string> found;
     std::transform(names.begin(), names.end(), std::back_inserter(found), shortName);
     EXPECT_THAT(found, UnorderedElementsAreArray(tested.found));
 
     std::vector<CIMInstance> instances;
-    m_facade->associators(tested.source, association, instances, tested.resultClass, tested.role,
-                          tested.resultRole, nullptr);
+    m_facade->associators(
+        tested.source, association, instances, tested.resultClass, tested.role, tested.resultRole, nullptr);
     found.clear();
     for (const CIMInstance& instance : instances) {
       found.push_back(shortName(instance.getPath()));
@@ -101,12 +102,13 @@ TEST_F(AssociationPlugin, findsTheAssociationsOfAnEnd) {
     const char* role;
     std::size_t count;
   };
-  const std::vector<Case> cases = {{fixturePath("TEST_Shelf", "A"), "", "", 2},
-                                   {fixturePath("TEST_Shelf", "A"), "test_contains", "antecedent", 2},
-                                   {fixturePath("TEST_Shelf", "A"), "", "Dependent", 0},
-                                   {fixturePath("TEST_Shelf", "A"), "TEST_Other", "", 0},
-                                   {fixturePath("TEST_Disk", "3"), "", "", 1},
-                                   {fixturePath("TEST_Shelf", "C"), "", "", 0}};
+  const std::vector<Case> cases = {
+      {fixturePath("TEST_Shelf", "A"), "", "", 2},
+      {fixturePath("TEST_Shelf", "A"), "test_contains", "antecedent", 2},
+      {fixturePath("TEST_Shelf", "A"), "", "Dependent", 0},
+      {fixturePath("TEST_Shelf", "A"), "TEST_Other", "", 0},
+      {fixturePath("TEST_Disk", "3"), "", "", 1},
+      {fixturePath("TEST_Shelf", "C"), "", "", 0}};
   for (Case tested : cases) {
     SCOPED_TRACE(tested.source.toString() + " " + tested.resultClass + " " + tested.role);
     std::vector<CIMInstance> instances;
@@ -133,9 +135,9 @@ TEST_F(AssociationPlugin, givesAFarEndOnce) {
       CIMInstance self;
       self.setPath(path);
       for (const char* name : {"Antecedent", "Dependent"}) {
-        self.addProperty(CIMProperty(name,
-                                     CIMValue<CIMObjectPath>(fixturePath("TEST_Shelf", "C"), false, false),
-                                     true, PDT_REFERENCE, false));
+        self.addProperty(CIMProperty(
+            name, CIMValue<CIMObjectPath>(fixturePath("TEST_Shelf", "C"), false, false), true, PDT_REFERENCE,
+            false));
       }
       instances.push_back(self);
     }

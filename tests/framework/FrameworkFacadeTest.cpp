@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 // The road of a request and of an indication through the facade. Every case has the facade of its process to
 // itself.
 #include "CIM/Framework/FrameworkFacade.h"
+
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/PluginsManager.h"
 #include "CIM/Framework/Subscription.h"
@@ -216,19 +218,21 @@ TEST(FrameworkFacade, livesFromFirstUseToTearDown) {
     const tvp::test::ShortMemory shortage;
     EXPECT_EQ(nullptr, FrameworkFacade::getInstance());
   }
-  EXPECT_THAT(log.lines(), ElementsAre(LogCapture::trace("Entering FrameworkFacade getInstance()"),
-                                       LogCapture::message(5, "Unlocked the mutex object"),
-                                       LogCapture::message(
-                                           5, "ERROR : Insufficient Memory : FrameworkFacade::getInstance")));
+  EXPECT_THAT(
+      log.lines(), ElementsAre(
+                       LogCapture::trace("Entering FrameworkFacade getInstance()"),
+                       LogCapture::message(5, "Unlocked the mutex object"),
+                       LogCapture::message(5, "ERROR : Insufficient Memory : FrameworkFacade::getInstance")));
   log.clear();
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   EXPECT_EQ(facade, FrameworkFacade::getInstance());
   EXPECT_THAT(
       log.lines(),
-      ElementsAre(LogCapture::trace("Entering FrameworkFacade getInstance()"),
-                  LogCapture::trace("Entering FrameworkFacade::FrameworkFacade()"),
-                  LogCapture::trace("Entering FrameworkFacade getInstance()"),
-                  LogCapture::message(5, "Referencing the earlier formed FrameworkFacade singleton object")));
+      ElementsAre(
+          LogCapture::trace("Entering FrameworkFacade getInstance()"),
+          LogCapture::trace("Entering FrameworkFacade::FrameworkFacade()"),
+          LogCapture::trace("Entering FrameworkFacade getInstance()"),
+          LogCapture::message(5, "Referencing the earlier formed FrameworkFacade singleton object")));
 
   log.clear();
   EXPECT_TRUE(facade->initialize());
@@ -269,24 +273,28 @@ TEST(FrameworkFacade, deliversIndicationsOnlyToSubscribers) {
 
   EXPECT_FALSE(facade->notify(indication));
   EXPECT_EQ(0, deliveries);
-  EXPECT_EQ(LogCapture::message(2, "*###* Unable to deliver indication since no client subscription present"),
-            log.lines().back());
+  EXPECT_EQ(
+      LogCapture::message(2, "*###* Unable to deliver indication since no client subscription present"),
+      log.lines().back());
 
   m_subscription.store(true);
   EXPECT_TRUE(facade->notify(indication));
   EXPECT_EQ(1, deliveries);
-  EXPECT_EQ(LogCapture::message(5, "FrameworkFacade::notify -> Successfully Delivered Indication"),
-            log.lines().back());
+  EXPECT_EQ(
+      LogCapture::message(5, "FrameworkFacade::notify -> Successfully Delivered Indication"),
+      log.lines().back());
   EXPECT_FALSE(facade->notify(CIMInstance("Other")));
-  EXPECT_EQ(LogCapture::message(2, "FrameworkFacade::notify -> Failed To Deliver Indication"),
-            log.lines().back());
+  EXPECT_EQ(
+      LogCapture::message(2, "FrameworkFacade::notify -> Failed To Deliver Indication"), log.lines().back());
 
   log.clear();
   facade->deRegisterForEvent();
   EXPECT_FALSE(facade->notify(indication));
   EXPECT_EQ(2, deliveries);
-  EXPECT_THAT(log.lines(), ElementsAre(LogCapture::trace("Entering FrameworkFacade registerForEvent()"),
-                                       LogCapture::trace("Exiting FrameworkFacade registerForEvent()"),
-                                       LogCapture::trace("Entering FrameworkFacade notify()"),
-                                       LogCapture::trace("Exiting FrameworkFacade notify()")));
+  EXPECT_THAT(
+      log.lines(), ElementsAre(
+                       LogCapture::trace("Entering FrameworkFacade registerForEvent()"),
+                       LogCapture::trace("Exiting FrameworkFacade registerForEvent()"),
+                       LogCapture::trace("Entering FrameworkFacade notify()"),
+                       LogCapture::trace("Exiting FrameworkFacade notify()")));
 }

@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 // Which plugin serves a class, and who deletes it. Every case has the registry of its process to itself.
 #include "CIM/Framework/PluginsManager.h"
+
 #include "RecordingPlugin.h"
 #include "ShortMemory.h"
 #include "support/LogCapture.h"
@@ -22,16 +24,17 @@ TEST(PluginsManager, findsAPluginWhateverTheCaseOfTheClassName) {
 
   LogCapture log;
   EXPECT_EQ(nullptr, registry->getPlugin("CIM_ComputerSystem"));
-  EXPECT_THAT(log.lines(),
-              ElementsAre(LogCapture::trace("Entering PluginsManager::getPlugin()"),
-                          LogCapture::message(2, "Plugin not initialized for CIM_ComputerSystem.")));
+  EXPECT_THAT(
+      log.lines(), ElementsAre(
+                       LogCapture::trace("Entering PluginsManager::getPlugin()"),
+                       LogCapture::message(2, "Plugin not initialized for CIM_ComputerSystem.")));
 }
 
 TEST(PluginsManager, showsEveryNamespaceItsClasses) {
   PluginsManager* registry = PluginsManager::getInstance();
   registry->initialize(false);
-  EXPECT_THAT(registry->getPluginNames("root/kvs/tvp/smi_15"),
-              ElementsAre("test_extra", "tvp_virtualvolume"));
+  EXPECT_THAT(
+      registry->getPluginNames("root/kvs/tvp/smi_15"), ElementsAre("test_extra", "tvp_virtualvolume"));
   for (const char* other : {"root/PG_InterOp", "ROOT/KVS/TVP/SMI_15", ""}) {
     EXPECT_THAT(registry->getPluginNames(other), ElementsAre("tvp_registeredprofile", "tvp_virtualvolume"))
         << other;
@@ -58,26 +61,30 @@ TEST(PluginsManager, livesFromFirstUseToTearDown) {
   PluginsManager* registry = PluginsManager::getInstance();
   EXPECT_THAT(
       log.lines(),
-      ElementsAre(LogCapture::message(5, "Entering PluginsManager getInstance()"),
-                  LogCapture::trace("Entering PluginsManager::PluginsManager()"),
-                  LogCapture::message(5, "Unlocked the mutex object"),
-                  LogCapture::message(5, "Returning successfully formed PluginsManager singleton object")));
+      ElementsAre(
+          LogCapture::message(5, "Entering PluginsManager getInstance()"),
+          LogCapture::trace("Entering PluginsManager::PluginsManager()"),
+          LogCapture::message(5, "Unlocked the mutex object"),
+          LogCapture::message(5, "Returning successfully formed PluginsManager singleton object")));
   log.clear();
   EXPECT_EQ(registry, PluginsManager::getInstance());
   EXPECT_THAT(
       log.lines(),
-      ElementsAre(LogCapture::message(5, "Entering PluginsManager getInstance()"),
-                  LogCapture::message(5, "Referencing the earlier formed PluginsManager singleton object")));
+      ElementsAre(
+          LogCapture::message(5, "Entering PluginsManager getInstance()"),
+          LogCapture::message(5, "Referencing the earlier formed PluginsManager singleton object")));
 
   log.clear();
   registry->initialize(false);
   EXPECT_EQ(3, RecordingPlugin::living);
   delete registry;
   EXPECT_EQ(0, RecordingPlugin::living);
-  EXPECT_THAT(log.lines(), ElementsAre(LogCapture::trace("Entering PluginsManager::initialize()"),
-                                       LogCapture::trace("Exiting PluginsManager::initialize()"),
-                                       LogCapture::trace("Exiting PluginsManager::~PluginsManager()"),
-                                       LogCapture::trace("Exiting PluginsManager::~PluginsManager()")));
+  EXPECT_THAT(
+      log.lines(), ElementsAre(
+                       LogCapture::trace("Entering PluginsManager::initialize()"),
+                       LogCapture::trace("Exiting PluginsManager::initialize()"),
+                       LogCapture::trace("Exiting PluginsManager::~PluginsManager()"),
+                       LogCapture::trace("Exiting PluginsManager::~PluginsManager()")));
 }
 
 TEST(PluginsManager, comesIntoBeingWhenMemoryIsThereAgain) {
@@ -86,9 +93,10 @@ TEST(PluginsManager, comesIntoBeingWhenMemoryIsThereAgain) {
     const tvp::test::ShortMemory shortage;
     EXPECT_EQ(nullptr, PluginsManager::getInstance());
   }
-  EXPECT_THAT(log.lines(), ElementsAre(LogCapture::message(5, "Entering PluginsManager getInstance()"),
-                                       LogCapture::message(5, "Unlocked the mutex object"),
-                                       LogCapture::message(
-                                           5, "ERROR : Insufficient Memory : PluginsManager::getInstance")));
+  EXPECT_THAT(
+      log.lines(), ElementsAre(
+                       LogCapture::message(5, "Entering PluginsManager getInstance()"),
+                       LogCapture::message(5, "Unlocked the mutex object"),
+                       LogCapture::message(5, "ERROR : Insufficient Memory : PluginsManager::getInstance")));
   EXPECT_NE(nullptr, PluginsManager::getInstance());
 }

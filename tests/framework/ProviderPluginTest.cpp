@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a plugin does that overrides nothing, and how instances are composed from the hooks.
 #include "CIM/Framework/AbstractCachedInstanceProviderPlugin.h"
 #include "CIM/Framework/AbstractMethodProviderPlugin.h"
@@ -46,8 +47,9 @@ public:
 /** A class with instances and a method, as the pools and volumes are. */
 class MethodPlugin : public HookPlugin, public virtual AbstractMethodProviderPlugin {
 public:
-  unsigned int invokeMethod(const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in,
-                            CIMMethodParam& out) override {
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in,
+      CIMMethodParam& out) override {
     return name == "default" ? AbstractMethodProviderPlugin::invokeMethod(path, name, in, out) : 5;
   }
 };
@@ -139,8 +141,8 @@ TEST(ProviderPlugin, answersMethodsByReturnCode) {
   EXPECT_EQ(5U, invoke(method, "own"));
   EXPECT_THAT(log.lines(), IsEmpty());
   EXPECT_EQ(7U, invoke(method, "default"));
-  EXPECT_THAT(log.lines(),
-              ElementsAre(LogCapture::trace("Inside AbstractMethodProviderPlugin::invokeMethod()")));
+  EXPECT_THAT(
+      log.lines(), ElementsAre(LogCapture::trace("Inside AbstractMethodProviderPlugin::invokeMethod()")));
 }
 
 TEST(ProviderPlugin, composesInstancesAndNamesFromTheHooks) {
@@ -160,8 +162,9 @@ TEST(ProviderPlugin, composesInstancesAndNamesFromTheHooks) {
     EXPECT_EQ(traces[i], log.lines());
     ASSERT_EQ(2U, arguments.instances.size() + arguments.names.size());
     const bool hasInstances = !arguments.instances.empty();
-    EXPECT_EQ("//h/root/kvs/tvp/smi_15:TEST_Class.Id=\"2\"",
-              (hasInstances ? arguments.instances[1].getPath() : arguments.names[1]).toString());
+    EXPECT_EQ(
+        "//h/root/kvs/tvp/smi_15:TEST_Class.Id=\"2\"",
+        (hasInstances ? arguments.instances[1].getPath() : arguments.names[1]).toString());
     if (hasInstances) {
       ASSERT_EQ(2U, arguments.instances[1].getPropertyCount());
       EXPECT_EQ("object 2", arguments.instances[1].getPropertyByName("Label")->stringSlot().m_values.front());
@@ -211,8 +214,8 @@ TEST(ProviderPlugin, keepsWhatWasAnsweredBeforeAFailure) {
     EXPECT_THROW(operation.call(plugin, arguments), CIMException);
     EXPECT_EQ(1U, arguments.instances.size() + arguments.names.size());
     const std::string stop = std::string(operation.name) == "enumerateInstanceNames" ? "." : "";
-    EXPECT_EQ(LogCapture::message(2, std::string(operation.name) + " :: no object 2" + stop),
-              log.lines().back());
+    EXPECT_EQ(
+        LogCapture::message(2, std::string(operation.name) + " :: no object 2" + stop), log.lines().back());
 
     plugin.beforeKeys = [](int) { throw std::runtime_error("another kind"); };
     EXPECT_THROW(operation.call(plugin, arguments), std::runtime_error);

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_RECORDINGPLUGIN_H
-#define FRAMEWORK_RECORDINGPLUGIN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_FRAMEWORK_RECORDINGPLUGIN_H
+#define TESTS_FRAMEWORK_RECORDINGPLUGIN_H
 
 #include "CIM/Framework/AbstractAssociationProviderPlugin.h"
 #include "CIM/Framework/AbstractMethodProviderPlugin.h"
@@ -40,8 +41,8 @@ public:
   }
   void createInstance(Path&, cim::fwf::CIMInstance&) override { note("createInstance"); }
   void deleteInstance(const Path&) override { note("deleteInstance"); }
-  void associators(Path&, std::string&, Instances&, std::string&, std::string&, std::string&,
-                   const char**) override {
+  void associators(
+      Path&, std::string&, Instances&, std::string&, std::string&, std::string&, const char**) override {
     note("associators");
   }
   void associatorNames(Path&, std::string&, Paths&, std::string&, std::string&, std::string&) override {
@@ -51,8 +52,9 @@ public:
   void referencesNames(Path&, const std::string&, const std::string&, Paths&) override {
     note("referencesNames");
   }
-  unsigned int invokeMethod(const Path&, const std::string& name, const cim::fwf::CIMMethodParam&,
-                            cim::fwf::CIMMethodParam&) override {
+  unsigned int invokeMethod(
+      const Path&, const std::string& name, const cim::fwf::CIMMethodParam&,
+      cim::fwf::CIMMethodParam&) override {
     note("invokeMethod " + name);
     return 42;
   }

@@ -1,5 +1,6 @@
-#ifndef FRAMEWORK_SHORTMEMORY_H
-#define FRAMEWORK_SHORTMEMORY_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_FRAMEWORK_SHORTMEMORY_H
+#define TESTS_FRAMEWORK_SHORTMEMORY_H
 
 namespace tvp::test {
 

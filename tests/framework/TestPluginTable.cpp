@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The classes of this program: one of the product, one of the profile classes, and one of its own.
 #include "CIM/Framework/PluginTable.h"
 #include "RecordingPlugin.h"

@@ -1,11 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef TESTS_HOST_SAMPLEPROVIDER_H
 #define TESTS_HOST_SAMPLEPROVIDER_H
 
-#include "host/Broker.h"
-#include "host/MofReader.h"
-#include "host/Provider.h"
-
 #include "cmpimacs.h"
+#include "host/broker/Broker.h"
+#include "host/provider/Provider.h"
+#include "host/schema/MofReader.h"
 
 #include <functional>
 #include <memory>
@@ -16,7 +16,8 @@ namespace tvp::host::testing {
 
 /** Classes with one property of each kind that matters. */
 inline std::shared_ptr<const Schema> sampleSchema() {
-  static const std::shared_ptr<const Schema> schema = MofReader::readText(R"(
+  static const std::shared_ptr<const Schema> schema = MofReader::readText(
+      R"(
     class Sample_Part { [Key] string Id; };
     class Sample_SpecialPart : Sample_Part { };
     class Sample_Base { [Key] string Name; boolean Flag; uint8 Small; };
@@ -28,7 +29,7 @@ inline std::shared_ptr<const Schema> sampleSchema() {
       uint32 Scan([In] uint32 Depth, [In(FALSE), Out] uint8 Level, [In(FALSE), Out] string Labels[]);
     };
     [Indication] class Sample_Alarm : CIM_ProcessIndication { string Text; };)",
-                                                                          "sample.mof");
+      "sample.mof");
   return schema;
 }
 
@@ -77,8 +78,8 @@ inline CMPIAssociationMI* sampleAssociations() {
       [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
          const char* association, const char* result, const char* role, const char* resultRole,
          const char** names) {
-        return note("associators", association, result, role, resultRole,
-                    names == nullptr ? nullptr : names[0]);
+        return note(
+            "associators", association, result, role, resultRole, names == nullptr ? nullptr : names[0]);
       },
       [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
          const char* association, const char* result, const char* role,
@@ -94,10 +95,12 @@ inline CMPIAssociationMI* sampleAssociations() {
 }
 
 /** Notes the filter's parts and the flag of an indication call. */
-inline CMPIStatus noteFilter(const char* operation, const CMPISelectExp* filter, const char* className,
-                             const CMPIObjectPath* path, const char* last) {
-  return note(operation, CMGetCharsPtr(filter->ft->getString(filter, nullptr), nullptr), className,
-              CMGetCharsPtr(CMGetClassName(path, nullptr), nullptr), last);
+inline CMPIStatus noteFilter(
+    const char* operation, const CMPISelectExp* filter, const char* className, const CMPIObjectPath* path,
+    const char* last) {
+  return note(
+      operation, CMGetCharsPtr(filter->ft->getString(filter, nullptr), nullptr), className,
+      CMGetCharsPtr(CMGetClassName(path, nullptr), nullptr), last);
 }
 
 /** Factories of a provider whose instance, method and indication interfaces do as sampleBehaviour() says. */

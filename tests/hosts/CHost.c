@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /* A host without any C++ of its own. */
 #include "TinyBroker.h"
 

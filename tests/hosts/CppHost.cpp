@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A host in C++ on the shared libstdc++, whose allocator the provider must neither use nor disturb.
 #include "TinyBroker.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What a sealed module exports is its interface; one symbol more could clash with its host's.
 #include "support/Command.h"
 
@@ -36,10 +37,10 @@ TEST(ExportedSymbols, OfTheProviderAreItsEntryPoints) {
       entries.push_back(name);
     }
   }
-  EXPECT_THAT(entries, testing::UnorderedElementsAre("tarvexProProvider_Create_InstanceMI",
-                                                     "tarvexProProvider_Create_MethodMI",
-                                                     "tarvexProProvider_Create_AssociationMI",
-                                                     "tarvexProProvider_Create_IndicationMI"));
+  EXPECT_THAT(
+      entries, testing::UnorderedElementsAre(
+                   "tarvexProProvider_Create_InstanceMI", "tarvexProProvider_Create_MethodMI",
+                   "tarvexProProvider_Create_AssociationMI", "tarvexProProvider_Create_IndicationMI"));
 }
 
 TEST(ExportedSymbols, OfTheStorageLibraryAreItsContract) {

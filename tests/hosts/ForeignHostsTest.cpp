@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 // The provider must live in processes that it knows nothing about. Each host runs the whole life: load,
 // enumerate, create a pool, receive its event, terminating clean-up, unload.
 #include "support/Command.h"
 
 #include <gtest/gtest.h>
+
 #include <ostream>
 
 namespace {
@@ -37,8 +39,9 @@ TEST_P(ForeignHosts, RunTheWholeLife) {
   ASSERT_NE(number, std::string::npos) << added.out;
   const std::size_t digits = added.out.find_first_of("0123456789", number);
 
-  std::vector<std::string> line = {std::string(TVP_BINARY_DIR "/bin/") + GetParam().program,
-                                   TVP_BINARY_DIR "/lib/libtarvexProProvider.so"};
+  std::vector<std::string> line = {
+      std::string(TVP_BINARY_DIR "/bin/") + GetParam().program,
+      TVP_BINARY_DIR "/lib/libtarvexProProvider.so"};
   if (GetParam().otherPluginFirst) {
     line.emplace_back(TVP_BINARY_DIR "/lib/libother_plugin.so");
   }
@@ -49,11 +52,12 @@ TEST_P(ForeignHosts, RunTheWholeLife) {
   EXPECT_NE(life.out.find("a full life"), std::string::npos) << life.out;
 }
 
-INSTANTIATE_TEST_SUITE_P(Each, ForeignHosts,
-                         testing::Values(HostCase{"InC", "tiny_c_host", false},
-                                         HostCase{"InCAfterAnotherPlugin", "tiny_c_host", true},
-                                         HostCase{"InCpp", "tiny_cpp_host", false},
-                                         HostCase{"InCppAfterAnotherPlugin", "tiny_cpp_host", true}),
-                         [](const testing::TestParamInfo<HostCase>& host) { return host.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Each, ForeignHosts,
+    testing::Values(
+        HostCase{"InC", "tiny_c_host", false}, HostCase{"InCAfterAnotherPlugin", "tiny_c_host", true},
+        HostCase{"InCpp", "tiny_cpp_host", false},
+        HostCase{"InCppAfterAnotherPlugin", "tiny_cpp_host", true}),
+    [](const testing::TestParamInfo<HostCase>& host) { return host.param.name; });
 
 }  // namespace

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Another plugin of the same process: brings the shared libstdc++ in before the provider comes.
 #include <string>
 #include <vector>

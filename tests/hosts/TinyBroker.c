@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "TinyBroker.h"
 
 #include <pthread.h>
@@ -129,8 +130,8 @@ static CMPICount pathKeyCount(const CMPIObjectPath* p, CMPIStatus* status) {
   return self(p)->count;
 }
 static CMPIObjectPathFT pathTable;
-static CMPIObjectPath* newObjectPath(const CMPIBroker* b, const char* ns, const char* cn,
-                                     CMPIStatus* status) {
+static CMPIObjectPath*
+newObjectPath(const CMPIBroker* b, const char* ns, const char* cn, CMPIStatus* status) {
   Object* object = newObject(&pathTable, cn, status);
   (void)b;
   object->nameSpace = strdup(ns == NULL ? "" : ns);
@@ -238,8 +239,8 @@ static CMPIStatus deliver(const CMPIBroker* b, const CMPIContext* c, const char*
   pthread_mutex_unlock(&listLock);
   return done;
 }
-static CMPIEnumeration* noNames(const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* p,
-                                CMPIStatus* s) {
+static CMPIEnumeration*
+noNames(const CMPIBroker* b, const CMPIContext* c, const CMPIObjectPath* p, CMPIStatus* s) {
   (void)b, (void)c, (void)p;
   setStatus(s, CMPI_RC_ERR_NOT_SUPPORTED);
   return NULL;

@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 /**
  * The least of an object manager that a provider can live in, in plain C, for the tests of foreign
  * hosts. Nothing is checked and everything lives until tinyBrokerFree: the point is the process
  * around it, not the broker.
  */
-#ifndef TESTS_TINYBROKER_H
-#define TESTS_TINYBROKER_H
+#ifndef TESTS_HOSTS_TINYBROKER_H
+#define TESTS_HOSTS_TINYBROKER_H
 
 #include "cmpidt.h"
 #include "cmpift.h"

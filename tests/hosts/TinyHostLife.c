@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "TinyBroker.h"
 
 #include <dlfcn.h>
@@ -36,8 +37,8 @@ static int createMis(void* library, Mis* mis) {
 
 static int enumerate(const Mis* mis, const char* className, unsigned int atLeast) {
   CMPIResult* result = tinyResult();
-  CMPIStatus status = mis->instance->ft->enumerateInstances(mis->instance, tinyContext(), result,
-                                                            tinyPath(modelNameSpace, className), NULL);
+  CMPIStatus status = mis->instance->ft->enumerateInstances(
+      mis->instance, tinyContext(), result, tinyPath(modelNameSpace, className), NULL);
   if (status.rc != CMPI_RC_OK || tinyResultCount(result) < atLeast) {
     fprintf(stderr, "%s: status %d, %u instances\n", className, (int)status.rc, tinyResultCount(result));
     return 0;
@@ -74,13 +75,14 @@ static int createPool(const Mis* mis) {
   CMAddArg(in, "ChunkSize", &value, CMPI_uint64);
   value.uint8 = 1;
   CMAddArg(in, "TierLevel", &value, CMPI_uint8);
-  status = mis->method->ft->invokeMethod(mis->method, tinyContext(), tinyResult(),
-                                         tinyPath(modelNameSpace, "TVP_TierService"), "CreateVirtualPool", in,
-                                         out);
+  status = mis->method->ft->invokeMethod(
+      mis->method, tinyContext(), tinyResult(), tinyPath(modelNameSpace, "TVP_TierService"),
+      "CreateVirtualPool", in, out);
   result = CMGetArg(out, "RetStat", NULL);
   if (status.rc != CMPI_RC_OK || result.state == CMPI_notFound || result.value.uint32 != 0) {
-    fprintf(stderr, "CreateVirtualPool: status %d, %s\n", (int)status.rc,
-            status.msg == NULL ? "no text" : CMGetCharsPtr(status.msg, NULL));
+    fprintf(
+        stderr, "CreateVirtualPool: status %d, %s\n", (int)status.rc,
+        status.msg == NULL ? "no text" : CMGetCharsPtr(status.msg, NULL));
     return 0;
   }
   return 1;

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 // Object paths, instances and argument lists.
 #include "model/Describe.h"
 
 #include <gtest/gtest.h>
+
 #include <stdexcept>
 #include <utility>
 
@@ -11,15 +13,15 @@ using namespace tvp::test;
 
 using Keys = std::vector<CIMProperty>;
 
-CIMObjectPath path(const std::string& nameSpace, const std::string& className, Keys keys,
-                   const std::string& host = "h") {
+CIMObjectPath
+path(const std::string& nameSpace, const std::string& className, Keys keys, const std::string& host = "h") {
   return {host, nameSpace, className, std::move(keys)};
 }
 
 /** Two keys of different kinds: assigned element-wise, each would keep something of the other. */
 const Keys FILLED = {number("A", 5, true), text("B", "old", true)};
-const Keys OTHER = {text("A", "new", true),
-                    CIMProperty("B", CIMValue<unsigned int>(), true, PDT_UINT32, false)};
+const Keys OTHER = {
+    text("A", "new", true), CIMProperty("B", CIMValue<unsigned int>(), true, PDT_UINT32, false)};
 
 template <typename T>
 void expectAssignmentIsWhole(const T& filled, const T& other) {
@@ -107,16 +109,20 @@ TEST(ObjectPath, Text) {
        "//h/root/kvs/tvp/smi_15:TVP_VirtualPool.InstanceID=\"7\",Number="},
       {path("ns", "Class", {}, "host"), "//host/ns:Class."},
       {CIMObjectPath(), "///:."},
-      {path("n", "C",
-            {CIMProperty("Ref", CIMValue<CIMObjectPath>(target, false, false), true, PDT_REFERENCE, false),
-             CIMProperty("List", CIMValue<std::string>(std::vector<std::string>{"a"}, true, false), true,
-                         PDT_STRING_ARRAY, false),
-             CIMProperty("Two", CIMValue<std::string>(std::vector<std::string>{"x", "y"}, false, false), true,
-                         PDT_STRING, false)}),
+      {path(
+           "n", "C",
+           {CIMProperty("Ref", CIMValue<CIMObjectPath>(target, false, false), true, PDT_REFERENCE, false),
+            CIMProperty(
+                "List", CIMValue<std::string>(std::vector<std::string>{"a"}, true, false), true,
+                PDT_STRING_ARRAY, false),
+            CIMProperty(
+                "Two", CIMValue<std::string>(std::vector<std::string>{"x", "y"}, false, false), true,
+                PDT_STRING, false)}),
        "//h/n:C.Ref=//there/root:Target.Name=\"a \"b\"\",List=,Two=\"x\""},
-      {path("n", "C",
-            {CIMProperty("Text", CIMValue<std::string>(), true, PDT_STRING, false),
-             CIMProperty("Ref", CIMValue<CIMObjectPath>(), true, PDT_REFERENCE, false)}),
+      {path(
+           "n", "C",
+           {CIMProperty("Text", CIMValue<std::string>(), true, PDT_STRING, false),
+            CIMProperty("Ref", CIMValue<CIMObjectPath>(), true, PDT_REFERENCE, false)}),
        "//h/n:C.Text=\"\",Ref="},
   };
   for (const Case& item : cases) {

@@ -1,5 +1,6 @@
-#ifndef MODEL_DESCRIBE_H
-#define MODEL_DESCRIBE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_MODEL_DESCRIBE_H
+#define TESTS_MODEL_DESCRIBE_H
 
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMMethodParam.h"

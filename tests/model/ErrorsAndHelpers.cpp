@@ -1,13 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
 // The framework's exception and the small text helpers.
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/CommonFunctions.h"
 #include "model/Describe.h"
 #include "support/LogCapture.h"
 
+#include <gtest/gtest.h>
+
 #include <clocale>
 #include <cstdlib>
 #include <ctime>
-#include <gtest/gtest.h>
 #include <limits>
 #include <optional>
 

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 // Properties: their slots, their odd assignment, their comparison.
 #include "CIM/Framework/CIMException.h"
 #include "model/Describe.h"
 
-#include <functional>
 #include <gtest/gtest.h>
+
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -46,8 +48,8 @@ std::map<unsigned int, Kind> servedCodes() {
       {22, {make<unsigned int>({5, 6}), make<unsigned int>({6, 5})}},
       {24, {make<unsigned long long>({5}), make<unsigned long long>({6})}},
       {26, {make<unsigned char>({5}), make<unsigned char>({6})}}};
-  std::map<unsigned int, Kind> served = {{4, texts},
-                                         {28, {make<CIMObjectPath>({five}), make<CIMObjectPath>({six})}}};
+  std::map<unsigned int, Kind> served = {
+      {4, texts}, {28, {make<CIMObjectPath>({five}), make<CIMObjectPath>({six})}}};
   for (const auto& [scalar, kind] : scalars) {
     served.emplace(scalar, kind);
     served.emplace(scalar + 1, kind);
@@ -56,8 +58,9 @@ std::map<unsigned int, Kind> servedCodes() {
 }
 
 TEST(Property, ConstructorAssignsByTheRuleOfTheSlot) {
-  const CIMProperty array("List", CIMValue<std::string>(std::vector<std::string>{"a", "b"}, true, true), true,
-                          PDT_STRING_ARRAY, true);
+  const CIMProperty array(
+      "List", CIMValue<std::string>(std::vector<std::string>{"a", "b"}, true, true), true, PDT_STRING_ARRAY,
+      true);
   EXPECT_EQ(array.getName(), "List");
   EXPECT_EQ(array.getType(), PDT_STRING_ARRAY);
   EXPECT_TRUE(array.isKey());

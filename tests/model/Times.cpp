@@ -1,13 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
 // Datetime texts and the arithmetic of time-outs.
 #include "CIM/Framework/CIMDateTime.h"
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/DateAndTime.h"
 #include "support/LogCapture.h"
 
-#include <cstdint>
-#include <ctime>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <cstdint>
+#include <ctime>
 #include <string>
 
 namespace {
@@ -58,8 +60,10 @@ TEST(DateTimeClock, TakesThePlatformsPartsAsTheyAre) {
   const DateTime parts = current.getDateTimeStruct();
   const int read[] = {parts.microseconds, parts.seconds,       parts.minutes, parts.hours,
                       parts.day,          parts.platformField, parts.month,   parts.year};
-  EXPECT_THAT(read, ElementsAre(0, expected.tm_sec, expected.tm_min, expected.tm_hour, expected.tm_mday,
-                                expected.tm_wday, expected.tm_mon, expected.tm_year));
+  EXPECT_THAT(
+      read, ElementsAre(
+                0, expected.tm_sec, expected.tm_min, expected.tm_hour, expected.tm_mday, expected.tm_wday,
+                expected.tm_mon, expected.tm_year));
   _SysTime record{};
   record.month = static_cast<std::uint32_t>(expected.tm_mon);
   record.year = static_cast<std::uint32_t>(expected.tm_year);
@@ -86,8 +90,9 @@ TEST(DateTimeCalendar, LeapYearsAndMonthsOutsideTheTable) {
 }
 
 TEST(DateTimeMicroseconds, OfIntervalsTimestampsAndRecords) {
-  EXPECT_EQ(CIMDateTime("00000012030405.000006:000").getTimeinUSecs(),
-            12 * DAY + 3 * HOUR + 4 * 60000000ULL + 5 * 1000000ULL + 6);
+  EXPECT_EQ(
+      CIMDateTime("00000012030405.000006:000").getTimeinUSecs(),
+      12 * DAY + 3 * HOUR + 4 * 60000000ULL + 5 * 1000000ULL + 6);
   EXPECT_EQ(CIMDateTime("20240210030405.000006+000").getTimeinUSecs(), (29 + 10) * DAY);
   EXPECT_EQ(CIMDateTime("20241310000000.000000+000").getTimeinUSecs(), 10 * DAY);
   const CIMDateTime any;
@@ -126,20 +131,23 @@ TEST(DateTimeDifference, CountsDaysItsOwnWay) {
 TEST(DateTimeDifference, FieldsOfTheDayDoNotBorrow) {
   const tvp::test::LogCapture log;
   const CIMDateTime current("20240310100005.000001+000");
-  EXPECT_EQ(current.calculateTimeDifference(CIMDateTime("20240310095930.000004+000")),
-            HOUR + 59 * 60000000ULL + 25 * 1000000ULL + 3);
-  EXPECT_EQ(log.lines(), std::vector<std::string>{tvp::test::LogCapture::message(
-                             4, "calculateTimeDifference :: Difference in Secs, 5 n 30")});
-  EXPECT_EQ(CIMDateTime("20240310100000.000000+000")
-                .calculateTimeDifference(CIMDateTime("20240310095900.000000+000")),
-            7140000000ULL);
+  EXPECT_EQ(
+      current.calculateTimeDifference(CIMDateTime("20240310095930.000004+000")),
+      HOUR + 59 * 60000000ULL + 25 * 1000000ULL + 3);
+  EXPECT_EQ(
+      log.lines(), std::vector<std::string>{tvp::test::LogCapture::message(
+                       4, "calculateTimeDifference :: Difference in Secs, 5 n 30")});
+  EXPECT_EQ(
+      CIMDateTime("20240310100000.000000+000")
+          .calculateTimeDifference(CIMDateTime("20240310095900.000000+000")),
+      7140000000ULL);
   try {
     static_cast<void>(current.calculateTimeDifference(CIMDateTime("20250310100000.000000+000")));
     ADD_FAILURE() << "a later year was accepted";
   } catch (const CIMException& failure) {
     EXPECT_EQ(failure.getErrCode(), 1U);
-    EXPECT_EQ(failure.getErrMessage(),
-              "calculateTimeDifference :: Current year cannot be less than past year.");
+    EXPECT_EQ(
+        failure.getErrMessage(), "calculateTimeDifference :: Current year cannot be less than past year.");
   }
 }
 

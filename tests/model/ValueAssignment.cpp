@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 // The two rules by which values are assigned, copying and moving, and what values are made of.
 #include "model/Describe.h"
 
 #include <gtest/gtest.h>
+
 #include <type_traits>
 #include <utility>
 
@@ -59,8 +61,9 @@ void checkNumbers() {
 }
 
 TEST(Value, AssignmentFollowsTheRuleOfItsType) {
-  checkNumbers<bool, signed char, unsigned char, short, unsigned short, int, unsigned int, long long,
-               unsigned long long, float, double>();
+  checkNumbers<
+      bool, signed char, unsigned char, short, unsigned short, int, unsigned int, long long,
+      unsigned long long, float, double>();
   checkAssignment<std::string>("five", "six");
   checkAssignment(CIMObjectPath("", "", "Five", {text("Key", "5")}), CIMObjectPath("", "", "Six", {}));
   checkAssignment(CIMInstance("Five"), CIMInstance("Six"));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What the log writes, when, and what it answers.
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMethodTrace.h"
@@ -5,20 +6,22 @@
 #include "support/LogCapture.h"
 #include "support/TemporaryFolder.h"
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <gtest/gtest.h>
-#include <pthread.h>
 #include <regex>
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <unistd.h>
 #include <vector>
+
+#include <pthread.h>
+#include <unistd.h>
 
 namespace {
 
@@ -230,8 +233,9 @@ TEST_F(Log, GoesInTheMiddleOfLinesWithoutLeavingALock) {
 // A directory in the log's place exists but cannot be opened, for root neither.
 TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
   std::filesystem::create_directories(path());
-  EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(true, KvsLogMsg(KVS_LOG_DEBUG, "text"))),
-              ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(
+      (KvsLogInit("TVP"), exitByLock(true, KvsLogMsg(KVS_LOG_DEBUG, "text"))), ::testing::ExitedWithCode(0),
+      "");
   EXPECT_EXIT((KvsLogInit("TVP"), exitByLock(false, KvsTrace("text"))), ::testing::ExitedWithCode(0), "");
   EXPECT_EXIT(
       {
@@ -279,10 +283,11 @@ TEST_F(Log, MethodTraceBracketsItsScope) {
     KvsTrace("caught");
   }
   const std::string cut = longName.substr(0, 255 - std::string("ENTER : ").size());
-  EXPECT_EQ(log.lines(), (std::vector<std::string>{
-                             LogCapture::trace("ENTER : TVPInterface"), LogCapture::trace("ENTER : " + cut),
-                             LogCapture::trace("EXIT  : " + cut), LogCapture::trace("EXIT  : TVPInterface"),
-                             LogCapture::trace("caught")}));
+  EXPECT_EQ(
+      log.lines(), (std::vector<std::string>{
+                       LogCapture::trace("ENTER : TVPInterface"), LogCapture::trace("ENTER : " + cut),
+                       LogCapture::trace("EXIT  : " + cut), LogCapture::trace("EXIT  : TVPInterface"),
+                       LogCapture::trace("caught")}));
 }
 
 }  // namespace

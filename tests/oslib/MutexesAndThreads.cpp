@@ -1,13 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
 // Mutexes that the whole provider is guarded by, and the listener's thread.
 #include "oslib/KVSMutex.h"
 #include "oslib/KVSMutexGuard.h"
 #include "oslib/KVSThread.h"
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <future>
-#include <gtest/gtest.h>
+
 #include <pthread.h>
 
 /** These tests misuse mutexes to see it refused: the thread sanitizer need not say so too. */

@@ -1,18 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
 // Clock texts, host facts, fixed files and dynamic libraries.
 #include "oslib/KVSPaths.h"
 #include "oslib/KVSSystem.h"
 #include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <dlfcn.h>
 #include <filesystem>
-#include <gtest/gtest.h>
 #include <regex>
 #include <string>
+
+#include <dlfcn.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 

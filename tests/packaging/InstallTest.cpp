@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What `cmake --install` lays down works where it lies, under any prefix and without LD_LIBRARY_PATH.
 #include "InstalledFiles.h"
 #include "support/Command.h"

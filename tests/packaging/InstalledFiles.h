@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef TESTS_PACKAGING_INSTALLEDFILES_H
 #define TESTS_PACKAGING_INSTALLEDFILES_H
 
@@ -11,35 +12,37 @@ inline const std::string completionsOfZsh = TVP_ZSH_COMPLETION_FOLDER;
 
 /** What administrators of the provider get, below the prefix. */
 inline std::set<std::string> providerFiles() {
-  return {libraries + "/libtarvexProProvider.so",
-          libraries + "/libVOLTVK.so",
-          "sbin/voltvkctl",
-          "sbin/tvp-register",
-          "share/tarvexpro/TVP.mof",
-          "share/tarvexpro/TVPIndication.mof",
-          "share/tarvexpro/pegasus/TVPRegistration.mof",
-          "share/tarvexpro/sfcb/TVP.reg",
-          "share/man/man8/voltvkctl.8.gz",
-          "share/man/man8/tvp-register.8.gz",
-          "share/bash-completion/completions/voltvkctl",
-          "share/bash-completion/completions/tvp-register",
-          completionsOfZsh + "/_voltvkctl",
-          completionsOfZsh + "/_tvp-register",
-          "share/lintian/overrides/tarvexpro-provider",
-          "share/doc/tarvexpro-provider/README.md",
-          "share/doc/tarvexpro-provider/docs/architecture.md",
-          "share/doc/tarvexpro-provider/changelog.gz",
-          "share/doc/tarvexpro-provider/copyright"};
+  return {
+      libraries + "/libtarvexProProvider.so",
+      libraries + "/libVOLTVK.so",
+      "sbin/voltvkctl",
+      "sbin/tvp-register",
+      "share/tarvexpro/TVP.mof",
+      "share/tarvexpro/TVPIndication.mof",
+      "share/tarvexpro/pegasus/TVPRegistration.mof",
+      "share/tarvexpro/sfcb/TVP.reg",
+      "share/man/man8/voltvkctl.8.gz",
+      "share/man/man8/tvp-register.8.gz",
+      "share/bash-completion/completions/voltvkctl",
+      "share/bash-completion/completions/tvp-register",
+      completionsOfZsh + "/_voltvkctl",
+      completionsOfZsh + "/_tvp-register",
+      "share/lintian/overrides/tarvexpro-provider",
+      "share/doc/tarvexpro-provider/README.md",
+      "share/doc/tarvexpro-provider/docs/architecture.md",
+      "share/doc/tarvexpro-provider/changelog.gz",
+      "share/doc/tarvexpro-provider/copyright"};
 }
 
 /** What authors of clients get besides. */
 inline std::set<std::string> developmentFiles() {
-  return {"bin/tvpcim",
-          "share/man/man1/tvpcim.1.gz",
-          "share/bash-completion/completions/tvpcim",
-          completionsOfZsh + "/_tvpcim",
-          "share/doc/tarvexpro-dev/changelog.gz",
-          "share/doc/tarvexpro-dev/copyright"};
+  return {
+      "bin/tvpcim",
+      "share/man/man1/tvpcim.1.gz",
+      "share/bash-completion/completions/tvpcim",
+      completionsOfZsh + "/_tvpcim",
+      "share/doc/tarvexpro-dev/changelog.gz",
+      "share/doc/tarvexpro-dev/copyright"};
 }
 
 }  // namespace tvp::test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The Debian packages: what is in them, what they depend on, and that their maintainer scripts leave object
 // managers alone.
 #include "InstalledFiles.h"
@@ -80,8 +81,8 @@ TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
   EXPECT_EQ(content("tarvexpro-provider"), provider);
   EXPECT_EQ(content("tarvexpro-dev"), tvp::test::developmentFiles());
   EXPECT_THAT(ask({"-f", package("tarvexpro-provider"), "Depends"}), HasSubstr("libsqlite3-0"));
-  EXPECT_THAT(ask({"-f", package("tarvexpro-dev"), "Depends"}),
-              HasSubstr("tarvexpro-provider (= " TVP_VERSION ")"));
+  EXPECT_THAT(
+      ask({"-f", package("tarvexpro-dev"), "Depends"}), HasSubstr("tarvexpro-provider (= " TVP_VERSION ")"));
 }
 
 TEST_F(PackagesTest, UnpackedCommandsRunWhereTheyLie) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // tvp-register against object managers that are played by small scripts: each keeps what it was told in
 // files, and writes every change that it was asked for to the file "changes".
 #include "support/Command.h"
@@ -34,8 +35,8 @@ protected:
     fs::copy_file(TVP_BINARY_DIR "/sbin/tvp-register", prefix() / "sbin/tvp-register");
     fs::copy_file(TVP_SOURCE_DIR "/schema/TVP.mof", schemas / "TVP.mof");
     fs::copy_file(TVP_BINARY_DIR "/share/tarvexpro/TVPIndication.mof", schemas / "TVPIndication.mof");
-    fs::copy_file(TVP_SOURCE_DIR "/schema/pegasus/TVPRegistration.mof",
-                  schemas / "pegasus/TVPRegistration.mof");
+    fs::copy_file(
+        TVP_SOURCE_DIR "/schema/pegasus/TVPRegistration.mof", schemas / "pegasus/TVPRegistration.mof");
     fs::copy_file(TVP_SOURCE_DIR "/schema/sfcb/TVP.reg", schemas / "sfcb/TVP.reg");
     for (const char* file : {"cim/qualifiers.mof", "modules", "classes", "changes"}) {
       write(file, "");
@@ -111,8 +112,9 @@ cp "$1" "$s/mofs/$n/"
   void expectLinks(bool there) const {
     for (const char* library : {"libtarvexProProvider.so", "libVOLTVK.so"}) {
       std::error_code none;
-      EXPECT_EQ(fs::read_symlink(root() / "providers" / library, none),
-                there ? prefix() / TVP_INSTALL_LIBDIR / library : fs::path());
+      EXPECT_EQ(
+          fs::read_symlink(root() / "providers" / library, none),
+          there ? prefix() / TVP_INSTALL_LIBDIR / library : fs::path());
     }
   }
 
@@ -124,12 +126,13 @@ TEST_F(RegisterCommandTest, PegasusIsRegisteredOnceAndTakenOutWhole) {
   fakePegasus();
   const std::string share = prefix() / "share/tarvexpro/";
   const std::string cim = root() / "cim";
-  EXPECT_EQ(changesOf(m_pegasus), "cimmof -w -n root/kvs/tvp/smi_15 -I " + cim + " " + cim +
-                                      "/qualifiers.mof " + cim + "/Event/CIM_Indication.mof " + cim +
-                                      "/Event/CIM_ProcessIndication.mof\n" +
-                                      "cimmof -uc -n root/kvs/tvp/smi_15 " + share + "TVP.mof\n" +
-                                      "cimmof -uc -n root/PG_InterOp " + share + "TVPIndication.mof\n" +
-                                      "cimmof -n root/PG_InterOp " + share + "pegasus/TVPRegistration.mof\n");
+  EXPECT_EQ(
+      changesOf(m_pegasus), "cimmof -w -n root/kvs/tvp/smi_15 -I " + cim + " " + cim + "/qualifiers.mof " +
+                                cim + "/Event/CIM_Indication.mof " + cim +
+                                "/Event/CIM_ProcessIndication.mof\n" + "cimmof -uc -n root/kvs/tvp/smi_15 " +
+                                share + "TVP.mof\n" + "cimmof -uc -n root/PG_InterOp " + share +
+                                "TVPIndication.mof\n" + "cimmof -n root/PG_InterOp " + share +
+                                "pegasus/TVPRegistration.mof\n");
   EXPECT_EQ(read("modules"), module + "\n");
   // Only the indication class goes into the namespace that indications are delivered in.
   EXPECT_THAT(read("classes"), HasSubstr("root/kvs/tvp/smi_15 TVP_CIMIndication\n"));
@@ -164,10 +167,11 @@ TEST_F(RegisterCommandTest, SfcbIsRegisteredOnceAndTakenOutWhole) {
   fakeSfcb();
   const std::string stage = root() / "stage";
   const std::string share = prefix() / "share/tarvexpro/";
-  EXPECT_EQ(changesOf({"--sfcb"}), "sfcbstage -s " + stage + " -n root/kvs/tvp/smi_15 -r " + share +
-                                       "sfcb/TVP.reg " + share + "TVP.mof\n" + "sfcbstage -s " + stage +
-                                       " -n root/PG_InterOp " + share + "TVPIndication.mof\n" +
-                                       "sfcbrepos -f -s " + stage + "\n");
+  EXPECT_EQ(
+      changesOf({"--sfcb"}), "sfcbstage -s " + stage + " -n root/kvs/tvp/smi_15 -r " + share +
+                                 "sfcb/TVP.reg " + share + "TVP.mof\n" + "sfcbstage -s " + stage +
+                                 " -n root/PG_InterOp " + share + "TVPIndication.mof\n" + "sfcbrepos -f -s " +
+                                 stage + "\n");
   expectLinks(true);
   EXPECT_EQ(changesOf({"--sfcb"}), "");
   changesOf({"--sfcb", "--remove"});

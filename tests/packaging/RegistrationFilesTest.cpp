@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 // The plugin table, the schema and the registration files name the same classes.
 #include "CIM/Framework/PluginTable.h"
-#include "host/MofReader.h"
+#include "host/schema/MofReader.h"
 
 #include <gtest/gtest.h>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The classes whose content is fixed, what getting an instance answers, and the names that nobody gives.
 #include "CIM/Framework/PluginsManager.h"
 #include "ProviderTest.h"
@@ -27,10 +28,11 @@ TEST_F(FixedClasses, areTenClassesInEveryNamespace) {
   for (const char* nameSpace : {"root/kvs/tvp/smi_15", "root/PG_InterOp", "ROOT/KVS/TVP/SMI_15"}) {
     std::vector<std::string> names;
     m_facade->getAllPluginNames(names, nameSpace);
-    EXPECT_THAT(names,
-                ElementsAre("tvp_logicaldevice", "tvp_logicaldevices", "tvp_tarvexproidentity",
-                            "tvp_tierservice", "tvp_virtualpool", "tvp_virtualpoolmember", "tvp_virtualpools",
-                            "tvp_virtualvolume", "tvp_virtualvolumes", "tvp_virtualvolumesource"));
+    EXPECT_THAT(
+        names, ElementsAre(
+                   "tvp_logicaldevice", "tvp_logicaldevices", "tvp_tarvexproidentity", "tvp_tierservice",
+                   "tvp_virtualpool", "tvp_virtualpoolmember", "tvp_virtualpools", "tvp_virtualvolume",
+                   "tvp_virtualvolumes", "tvp_virtualvolumesource"));
   }
 }
 
@@ -71,11 +73,13 @@ TEST_F(FixedClasses, enumerateAndGetTheirConstants) {
 TEST_F(FixedClasses, answerGettingASampleAnEmptyInstanceOrNothing) {
   const std::vector<CIMInstance> pool = get("TVP_VirtualPool");
   ASSERT_EQ(1U, pool.size());
-  EXPECT_THAT(shown(pool[0].keyProperties()),
-              ElementsAre("*CreationClassName string TVP_VirtualPool", "*Name string VP1",
-                          "*Description string Virtual Pool 1", "*VirtualPoolId uint32 110",
-                          "*NumberOfLogicalDevice uint8 10", "*NumberOfVirtualVolume uint8 10",
-                          "*CapacityInSectors uint64 1150", "*TierLevel uint8 126"));
+  EXPECT_THAT(
+      shown(pool[0].keyProperties()),
+      ElementsAre(
+          "*CreationClassName string TVP_VirtualPool", "*Name string VP1",
+          "*Description string Virtual Pool 1", "*VirtualPoolId uint32 110",
+          "*NumberOfLogicalDevice uint8 10", "*NumberOfVirtualVolume uint8 10",
+          "*CapacityInSectors uint64 1150", "*TierLevel uint8 126"));
   for (const char* bare : {"TVP_TarvexProIdentity", "TVP_LogicalDevice", "TVP_VirtualVolume"}) {
     const std::vector<CIMInstance> found = get(bare);
     ASSERT_EQ(1U, found.size()) << bare;
@@ -109,8 +113,11 @@ TEST_F(FixedClasses, holdOneServiceInstance) {
   const LogCapture log;
   plugin->enumerateInstances(path, found, false);
   ASSERT_EQ(1U, found.size());
-  EXPECT_THAT(shown(found[0].properties()), ElementsAre("*CreationClassName string TVP_TierService",
-                                                        "*Name string TVP_TierServiceInstance1"));
-  EXPECT_THAT(log.lines(), ElementsAre(LogCapture::trace("Entering TVP_TierService::enuermateInstances"),
-                                       LogCapture::trace("Exiting TVP_TierService::enuermateInstances")));
+  EXPECT_THAT(
+      shown(found[0].properties()),
+      ElementsAre("*CreationClassName string TVP_TierService", "*Name string TVP_TierServiceInstance1"));
+  EXPECT_THAT(
+      log.lines(), ElementsAre(
+                       LogCapture::trace("Entering TVP_TierService::enuermateInstances"),
+                       LogCapture::trace("Exiting TVP_TierService::enuermateInstances")));
 }

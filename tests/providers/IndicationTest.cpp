@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How an event becomes an indication.
 #include "CIM/Framework/Subscription.h"
 #include "ProviderTest.h"
@@ -25,12 +26,13 @@ bool take(CIMInstance& indication) {
 }
 
 std::vector<CIMProperty> eventKeys() {
-  return {makeProperty("Id", 7U),
-          makeProperty("eventTime", std::string("01/02/2024 10:11:12"), true),
-          makeProperty("eventCode", 701U),
-          makeProperty("eventType", 3U),
-          makeProperty("eventDesc", std::string("something happened"), true),
-          makeProperty("ActionId", 9U)};
+  return {
+      makeProperty("Id", 7U),
+      makeProperty("eventTime", std::string("01/02/2024 10:11:12"), true),
+      makeProperty("eventCode", 701U),
+      makeProperty("eventType", 3U),
+      makeProperty("eventDesc", std::string("something happened"), true),
+      makeProperty("ActionId", 9U)};
 }
 
 const char* const ENTER_LINE = "Enter TVP_CIMIndication :: EventNotify()";
@@ -45,10 +47,11 @@ TEST_F(Indication, carriesTheSixPropertiesOfTheEvent) {
   LogCapture log;
   notifyEventIndication("ignored", keys);
   ASSERT_EQ(1U, delivered.size());
-  EXPECT_THAT(shown(delivered[0].properties()),
-              ElementsAre("*eventTime string 01/02/2024 10:11:12", "eventCode uint32 701",
-                          "eventType uint32 3", "*eventDesc string something happened", "Id uint32 7",
-                          "ActionId uint32 9"));
+  EXPECT_THAT(
+      shown(delivered[0].properties()),
+      ElementsAre(
+          "*eventTime string 01/02/2024 10:11:12", "eventCode uint32 701", "eventType uint32 3",
+          "*eventDesc string something happened", "Id uint32 7", "ActionId uint32 9"));
   char host[256] = {};
   KvsGetHostName(host, sizeof host);
   EXPECT_EQ(host, delivered[0].host());
@@ -61,8 +64,9 @@ TEST_F(Indication, carriesTheSixPropertiesOfTheEvent) {
   EXPECT_EQ(LogCapture::trace(ENTER_LINE), lines.front());
   EXPECT_TRUE(log.has(LogCapture::trace("Enter TVP_CIMIndication :: getKeysFromEventKeys()")));
   EXPECT_TRUE(log.has(LogCapture::trace("Exit TVP_CIMIndication :: getKeysFromEventKeys() with error")));
-  EXPECT_EQ(LogCapture::message(4, "Successfully Delivered Indication of classname = TVP_CIMIndication"),
-            lines[lines.size() - 2]);
+  EXPECT_EQ(
+      LogCapture::message(4, "Successfully Delivered Indication of classname = TVP_CIMIndication"),
+      lines[lines.size() - 2]);
   EXPECT_EQ(LogCapture::trace(EXIT_LINE), lines.back());
 
   log.clear();

@@ -1,5 +1,6 @@
-#ifndef PROVIDERS_PROVIDERTEST_H
-#define PROVIDERS_PROVIDERTEST_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_PROVIDERS_PROVIDERTEST_H
+#define TESTS_PROVIDERS_PROVIDERTEST_H
 
 #include "CIM/Framework/FrameworkFacade.h"
 #include "backend/TarvexProInterface.h"
@@ -43,8 +44,8 @@ protected:
     m_facade->getCIMInstance(path, instances);
     return instances;
   }
-  unsigned int invoke(const std::string& className, const std::string& method,
-                      cim::fwf::CIMMethodParam in = {}) {
+  unsigned int
+  invoke(const std::string& className, const std::string& method, cim::fwf::CIMMethodParam in = {}) {
     m_out = cim::fwf::CIMMethodParam();
     return m_facade->invokeMethod(classPath(className), method, in, m_out);
   }

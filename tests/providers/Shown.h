@@ -1,5 +1,6 @@
-#ifndef PROVIDERS_SHOWN_H
-#define PROVIDERS_SHOWN_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_PROVIDERS_SHOWN_H
+#define TESTS_PROVIDERS_SHOWN_H
 
 #include "CIM/Framework/CIMInstance.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The classes that show and change the state of the storage library, on the library itself.
 #include "ProviderTest.h"
 #include "Shown.h"
@@ -5,9 +6,9 @@
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/Specs.h"
 #include "voltvk/VirtualPool.h"
-#include "voltvk/engine/DriveRegistry.h"
-#include "voltvk/engine/Faults.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
+#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/state/State.h"
 
 #include <gmock/gmock.h>
 
@@ -108,8 +109,8 @@ unsigned int lastId(const CIMInstance& instance, const std::string& name) {
   return id;
 }
 
-const char* const LIBRARY_CLASSES[] = {"TVP_TarvexProIdentity", "TVP_LogicalDevice", "TVP_VirtualPool",
-                                       "TVP_VirtualVolume"};
+const char* const LIBRARY_CLASSES[] = {
+    "TVP_TarvexProIdentity", "TVP_LogicalDevice", "TVP_VirtualPool", "TVP_VirtualVolume"};
 
 }  // namespace
 
@@ -120,8 +121,9 @@ TEST_F(StorageClasses, areEmptyWithoutADriver) {
     const LogCapture log;
     EXPECT_THAT(enumerate(name), IsEmpty()) << name;
     // The identity alone says so; the drives keep silent here.
-    EXPECT_EQ(name == "TVP_TarvexProIdentity" ? 1U : 0U,
-              log.count(LogCapture::trace(name + " : Driver is not available")));
+    EXPECT_EQ(
+        name == "TVP_TarvexProIdentity" ? 1U : 0U,
+        log.count(LogCapture::trace(name + " : Driver is not available")));
     EXPECT_FALSE(log.has(
         LogCapture::message(4, name + "::enumerateInstances() - !!ERROR!! - TvkAdapter object is NULL")));
   }
@@ -136,11 +138,12 @@ TEST_F(StorageClasses, areEmptyWithoutAnAdapter) {
     const LogCapture log;
     EXPECT_THAT(enumerate(name), IsEmpty()) << name;
     const bool tells = name == "TVP_LogicalDevice" || name == "TVP_VirtualPool";
-    EXPECT_EQ(tells ? 1U : 0U,
-              log.count(LogCapture::message(
-                  4, name + "::enumerateInstances() - !!ERROR!! - TvkAdapter object is NULL")));
-    EXPECT_EQ(name == "TVP_LogicalDevice" ? 1U : 0U,
-              log.count(LogCapture::trace(name + " : Driver is not available")));
+    EXPECT_EQ(
+        tells ? 1U : 0U, log.count(LogCapture::message(
+                             4, name + "::enumerateInstances() - !!ERROR!! - TvkAdapter object is NULL")));
+    EXPECT_EQ(
+        name == "TVP_LogicalDevice" ? 1U : 0U,
+        log.count(LogCapture::trace(name + " : Driver is not available")));
   }
 }
 
@@ -166,8 +169,9 @@ TEST_F(StorageClasses, accumulateThePropertiesOfTheDrivesBefore) {
     EXPECT_EQ(kinds[i], lastValue(found[i], "DeviceType"));
     EXPECT_EQ("TVP_LogicalDevice", found[i].className());
     EXPECT_EQ("host", found[i].host());
-    EXPECT_EQ(1U, log.count(LogCapture::message(4, "TVP_LogicalDevice::enumerateInstances() - LD# " +
-                                                       std::to_string(i))));
+    EXPECT_EQ(
+        1U, log.count(LogCapture::message(
+                4, "TVP_LogicalDevice::enumerateInstances() - LD# " + std::to_string(i))));
   }
   // What the first drives left stays in front of the last one's own.
   EXPECT_EQ(
@@ -239,9 +243,10 @@ TEST_F(StorageClasses, runTheMethodsOfTheService) {
     EXPECT_EQ(1U, plugin->invokeMethod(path, method, CIMMethodParam(), m_out)) << method;
     EXPECT_THAT(
         log.lines(),
-        ElementsAre(LogCapture::trace("Entering TVP_TierService::invokeMethod()"),
-                    LogCapture::message(4, "TVP_TierService::invokeMethod() - Unsupported Method: " + method),
-                    LogCapture::trace("Exiting TVP_TierService::invokeMethod()")));
+        ElementsAre(
+            LogCapture::trace("Entering TVP_TierService::invokeMethod()"),
+            LogCapture::message(4, "TVP_TierService::invokeMethod() - Unsupported Method: " + method),
+            LogCapture::trace("Exiting TVP_TierService::invokeMethod()")));
   }
 }
 
@@ -279,10 +284,11 @@ TEST_F(StorageClasses, answerMembersAndIgnoreOtherMethods) {
     AbstractProviderPlugin* plugin = m_facade->getPlugIn(tested.className);
     const LogCapture log;
     CIMMethodParam answer;
-    EXPECT_EQ(tested.result,
-              plugin->invokeMethod(classPath(tested.className), tested.method, tested.in, answer));
-    EXPECT_EQ(LogCapture::trace(std::string("Entering ") + tested.className + "::invokeMethod()"),
-              log.lines().front());
+    EXPECT_EQ(
+        tested.result, plugin->invokeMethod(classPath(tested.className), tested.method, tested.in, answer));
+    EXPECT_EQ(
+        LogCapture::trace(std::string("Entering ") + tested.className + "::invokeMethod()"),
+        log.lines().front());
     EXPECT_EQ(LogCapture::trace(tested.lastLine), log.lines().back());
     const CIMProperty* members = answer.getArgumentByName("Members");
     EXPECT_EQ(tested.members, members == nullptr ? 0U : members->instanceSlot().m_values.size());
@@ -316,8 +322,10 @@ TEST_F(StorageClasses, staySoundWhileTheStateChanges) {
     EXPECT_EQ(0U, createPool("passing", drives[1], TVK_TIER_SSD));
     const std::vector<CIMInstance> pools = enumerate("TVP_VirtualPool");
     EXPECT_EQ(2U, pools.size());
-    EXPECT_EQ(0U, invoke("TVP_TierService", "DeleteVirtualPool",
-                         identifier("VirtualPoolId", lastId(pools.back(), "VirtualPoolId"))));
+    EXPECT_EQ(
+        0U, invoke(
+                "TVP_TierService", "DeleteVirtualPool",
+                identifier("VirtualPoolId", lastId(pools.back(), "VirtualPoolId"))));
   }
   finished.store(true);
   for (std::thread& reader : readers) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "soak/SoakLoad.h"
 
 #include <map>
@@ -178,9 +179,10 @@ void Load::checkCapacities() {
   for (const host::Instance& pool : m_provider.enumerateInstances(pathOf("TVP_VirtualPool")).instances) {
     const std::uint64_t id = numberOf(pool, "VirtualPoolId");
     if (used[id] != numberOf(pool, "UsedCapacityInSectors")) {
-      m_findings.add("pool " + std::to_string(id) + " says that " +
-                     std::to_string(numberOf(pool, "UsedCapacityInSectors")) +
-                     " sectors are used; its volumes use " + std::to_string(used[id]));
+      m_findings.add(
+          "pool " + std::to_string(id) + " says that " +
+          std::to_string(numberOf(pool, "UsedCapacityInSectors")) + " sectors are used; its volumes use " +
+          std::to_string(used[id]));
     }
     if (numberOf(pool, "UsedCapacityInSectors") > numberOf(pool, "CapacityInSectors")) {
       m_findings.add("pool " + std::to_string(id) + " is used beyond its capacity");

@@ -1,7 +1,8 @@
-#ifndef SOAK_SOAKLOAD_H
-#define SOAK_SOAKLOAD_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_SOAK_SOAKLOAD_H
+#define TESTS_SOAK_SOAKLOAD_H
 
-#include "host/Provider.h"
+#include "host/provider/Provider.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,7 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 // Lets the built provider work for a long time while everything around it changes: several threads make
 // requests, other processes change the configuration and take the driver away, the log comes, fills up and
 // goes. In the end nothing has grown and the configuration adds up.
-#include "host/MofReader.h"
+#include "host/schema/MofReader.h"
 #include "soak/SoakLoad.h"
 #include "soak/SoakUsage.h"
 #include "support/Command.h"
@@ -91,8 +92,9 @@ private:
     test::CommandResult result = test::Command(std::move(words)).run();
     ++m_commands;
     if (result.exitStatus < 0 || result.exitStatus > 1) {
-      m_broken.push_back(line + " ended with status " + std::to_string(result.exitStatus) + ", signal " +
-                         std::to_string(result.signal) + ": " + result.err);
+      m_broken.push_back(
+          line + " ended with status " + std::to_string(result.exitStatus) + ", signal " +
+          std::to_string(result.signal) + ": " + result.err);
     }
     return result;
   }
@@ -153,10 +155,12 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
   for (const auto& text : history.growth()) {
     findings.add(text);
   }
-  std::printf("requests     %llu, of them refused %llu\n", static_cast<unsigned long long>(load.done()),
-              static_cast<unsigned long long>(load.refused()));
-  std::printf("commands     %zu by other processes\nindications  %llu\n", surroundings.commands(),
-              static_cast<unsigned long long>(indications.load()));
+  std::printf(
+      "requests     %llu, of them refused %llu\n", static_cast<unsigned long long>(load.done()),
+      static_cast<unsigned long long>(load.refused()));
+  std::printf(
+      "commands     %zu by other processes\nindications  %llu\n", surroundings.commands(),
+      static_cast<unsigned long long>(indications.load()));
   std::printf("usage        %s\n", history.summary().c_str());
   if (!enough()) {
     findings.add("too little happened for a verdict");
@@ -177,8 +181,8 @@ int main(int count, char** arguments) {
     return 2;
   }
   try {
-    return runSoak(std::chrono::seconds(seconds),
-                   count > 2 ? static_cast<unsigned int>(std::atoi(arguments[2])) : 1U);
+    return runSoak(
+        std::chrono::seconds(seconds), count > 2 ? static_cast<unsigned int>(std::atoi(arguments[2])) : 1U);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "soak: %s\n", error.what());
     return 1;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "soak/SoakUsage.h"
 
 #include <algorithm>
@@ -38,8 +39,8 @@ std::size_t UsageHistory::median(std::size_t Usage::*member, std::size_t quarter
   if (values.empty()) {
     return 0;
   }
-  std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2),
-                   values.end());
+  std::nth_element(
+      values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
   return values[values.size() / 2];
 }
 
@@ -50,14 +51,16 @@ std::vector<std::string> UsageHistory::growth() const {
     std::size_t slack;
   };
   std::vector<std::string> grown;
-  for (const Resource& resource : {Resource{"KiB of memory", &Usage::kibibytes, MEMORY_SLACK},
-                                   {"descriptors", &Usage::descriptors, OTHER_SLACK},
-                                   {"threads", &Usage::threads, OTHER_SLACK}}) {
+  for (const Resource& resource :
+       {Resource{"KiB of memory", &Usage::kibibytes, MEMORY_SLACK},
+        {"descriptors", &Usage::descriptors, OTHER_SLACK},
+        {"threads", &Usage::threads, OTHER_SLACK}}) {
     const std::size_t before = median(resource.member, 1);
     const std::size_t after = median(resource.member, 3);
     if (after > before + resource.slack) {
-      grown.push_back(std::string(resource.name) + " grew from " + std::to_string(before) + " to " +
-                      std::to_string(after));
+      grown.push_back(
+          std::string(resource.name) + " grew from " + std::to_string(before) + " to " +
+          std::to_string(after));
     }
   }
   return grown;
@@ -65,9 +68,10 @@ std::vector<std::string> UsageHistory::growth() const {
 
 std::string UsageHistory::summary() const {
   char text[160];
-  std::snprintf(text, sizeof text, "memory %zu -> %zu KiB, descriptors %zu -> %zu, threads %zu -> %zu",
-                median(&Usage::kibibytes, 1), median(&Usage::kibibytes, 3), median(&Usage::descriptors, 1),
-                median(&Usage::descriptors, 3), median(&Usage::threads, 1), median(&Usage::threads, 3));
+  std::snprintf(
+      text, sizeof text, "memory %zu -> %zu KiB, descriptors %zu -> %zu, threads %zu -> %zu",
+      median(&Usage::kibibytes, 1), median(&Usage::kibibytes, 3), median(&Usage::descriptors, 1),
+      median(&Usage::descriptors, 3), median(&Usage::threads, 1), median(&Usage::threads, 3));
   return text;
 }
 

@@ -1,5 +1,6 @@
-#ifndef SOAK_SOAKUSAGE_H
-#define SOAK_SOAKUSAGE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_SOAK_SOAKUSAGE_H
+#define TESTS_SOAK_SOAKUSAGE_H
 
 #include <cstddef>
 #include <string>

@@ -1,5 +1,6 @@
-#ifndef SUPPORT_ASSOCIATIONFIXTURES_H
-#define SUPPORT_ASSOCIATIONFIXTURES_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_SUPPORT_ASSOCIATIONFIXTURES_H
+#define TESTS_SUPPORT_ASSOCIATIONFIXTURES_H
 
 #include "CIM/Framework/AbstractAssociationProviderPlugin.h"
 #include "CIM/Framework/AbstractInstanceProviderPlugin.h"
@@ -45,18 +46,18 @@ public:
   FixtureEndPlugin(std::string className, std::vector<std::string> ids)
       : m_className(std::move(className)), m_ids(std::move(ids)) {}
 
-  void getKeyAttributes(const cim::fwf::CIMInstance& object,
-                        std::vector<cim::fwf::CIMProperty>& keys) override {
+  void
+  getKeyAttributes(const cim::fwf::CIMInstance& object, std::vector<cim::fwf::CIMProperty>& keys) override {
     keys.push_back(*object.getPropertyByName("Id"));
   }
-  void getNonKeyAttributes(const cim::fwf::CIMInstance& object,
-                           std::vector<cim::fwf::CIMProperty>& properties) override {
+  void getNonKeyAttributes(
+      const cim::fwf::CIMInstance& object, std::vector<cim::fwf::CIMProperty>& properties) override {
     const std::string id = object.getPropertyByName("Id")->stringSlot().m_values.front();
     properties.push_back(textProperty("Label", m_className + " " + id, false));
   }
   /** All of the class, or the one that the path's key names. */
-  void getRepositoryObjects(const cim::fwf::CIMObjectPath& path,
-                            std::vector<cim::fwf::CIMInstance>& objects) override {
+  void getRepositoryObjects(
+      const cim::fwf::CIMObjectPath& path, std::vector<cim::fwf::CIMInstance>& objects) override {
     for (const std::string& id : m_ids) {
       if (path.keyBindings().empty() || path == fixturePath(m_className, id)) {
         cim::fwf::CIMInstance object(m_className);
@@ -77,8 +78,8 @@ public:
   FixtureAssociationPlugin()
       : AbstractAssociationProviderPlugin("TEST_Contains", "TEST_Shelf", "TEST_Disk") {}
 
-  void enumerateInstances(cim::fwf::CIMObjectPath& path, std::vector<cim::fwf::CIMInstance>& instances,
-                          bool) override {
+  void enumerateInstances(
+      cim::fwf::CIMObjectPath& path, std::vector<cim::fwf::CIMInstance>& instances, bool) override {
     const std::vector<std::pair<const char*, cim::fwf::CIMObjectPath>> contents = {
         {"A", fixturePath("TEST_Disk", "1")},
         {"A", fixturePath("TEST_Disk", "2")},
@@ -106,10 +107,10 @@ private:
 /** Adds the plugins to the registry, which owns them from then on. */
 inline void registerAssociationFixtures() {
   cim::fwf::PluginsManager* registry = cim::fwf::PluginsManager::getInstance();
-  registry->registerPlugin("test_shelf",
-                           new FixtureEndPlugin("TEST_Shelf", std::vector<std::string>{"A", "B", "C"}));
-  registry->registerPlugin("test_disk",
-                           new FixtureEndPlugin("TEST_Disk", std::vector<std::string>{"1", "2", "3"}));
+  registry->registerPlugin(
+      "test_shelf", new FixtureEndPlugin("TEST_Shelf", std::vector<std::string>{"A", "B", "C"}));
+  registry->registerPlugin(
+      "test_disk", new FixtureEndPlugin("TEST_Disk", std::vector<std::string>{"1", "2", "3"}));
   registry->registerPlugin("test_contains", new FixtureAssociationPlugin());
 }
 

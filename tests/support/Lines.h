@@ -1,5 +1,6 @@
-#ifndef SUPPORT_LINES_H
-#define SUPPORT_LINES_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_SUPPORT_LINES_H
+#define TESTS_SUPPORT_LINES_H
 
 #include <sstream>
 #include <string>

@@ -1,5 +1,6 @@
-#ifndef SUPPORT_LOGCAPTURE_H
-#define SUPPORT_LOGCAPTURE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_SUPPORT_LOGCAPTURE_H
+#define TESTS_SUPPORT_LOGCAPTURE_H
 
 #include "oslib/KVSLog.h"
 #include "oslib/KVSPaths.h"

@@ -1,5 +1,6 @@
-#ifndef SUPPORT_TEMPORARYFOLDER_H
-#define SUPPORT_TEMPORARYFOLDER_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_SUPPORT_TEMPORARYFOLDER_H
+#define TESTS_SUPPORT_TEMPORARYFOLDER_H
 
 #include <cstdlib>
 #include <filesystem>

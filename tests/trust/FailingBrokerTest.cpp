@@ -1,14 +1,15 @@
+// SPDX-License-Identifier: Apache-2.0
 // Whatever the object manager fails to do, the provider answers, changes all or nothing, and goes on.
 #include "TrustFixture.h"
-
 #include "cmpi/CMPIAdapter.h"
-#include "host/ObjectPathText.h"
+#include "host/schema/ObjectPathText.h"
 
 #include <csignal>
 #include <functional>
 #include <set>
-#include <sys/wait.h>
 #include <thread>
+
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace tvp::test {
@@ -139,8 +140,9 @@ TEST_F(FailingBrokerTest, EveryMethodOfEveryClass) {
       const host::MethodOutcome good = m_provider->invokeMethod(target, method.name, goodArguments(method));
       EXPECT_TRUE(good.ok()) << method.name << ": " << good.message;
       EXPECT_EQ(good.returnValue, Value::uint32(0)) << method.name;
-      survives(schemaClass->name + "." + method.name,
-               [&] { return seen(m_provider->invokeMethod(target, method.name, goodArguments(method))); });
+      survives(schemaClass->name + "." + method.name, [&] {
+        return seen(m_provider->invokeMethod(target, method.name, goodArguments(method)));
+      });
       ++methods;
     }
   }
@@ -218,9 +220,9 @@ int startWithFailure(const std::string& stateFile, std::uint64_t call, std::uint
     broker.setHandlers(handlers);
     broker.resetCalls();
     broker.failCall(call, CMPI_RC_ERR_FAILED);
-    host::Provider provider(broker,
-                            {tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
-                             tarvexProProvider_Create_AssociationMI, tarvexProProvider_Create_IndicationMI});
+    host::Provider provider(
+        broker, {tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
+                 tarvexProProvider_Create_AssociationMI, tarvexProProvider_Create_IndicationMI});
     const std::uint64_t made = broker.callCount();
     broker.failCall(0, CMPI_RC_OK);
     const host::InstancesOutcome identity =

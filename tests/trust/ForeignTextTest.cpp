@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // What clients and drives are called is shown and stored, and never acted upon.
 #include "TrustFixture.h"
 
@@ -29,8 +30,9 @@ TEST_F(ForeignTextTest, IsNoFormatNoPathAndNoStatement) {
     host::CallOptions options;
     options.principal = text;
     EXPECT_EQ(m_provider->invokeMethod(service, text, {}, &options).rc, CMPI_RC_ERR_ACCESS_DENIED);
-    EXPECT_EQ(m_provider->invokeMethod(service, create.name, arguments, &options).message,
-              text + " : is not a member of Administrator/root");
+    EXPECT_EQ(
+        m_provider->invokeMethod(service, create.name, arguments, &options).message,
+        text + " : is not a member of Administrator/root");
     m_provider->invokeMethod(service, text, arguments);
     EXPECT_TRUE(m_provider->enumerateInstances(path(text)).instances.empty());
     EXPECT_TRUE(m_provider->getInstance(path("TVP_VirtualPool", {{text, Value::string(text)}})).ok());

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The built files carry the protections that the build asks the compiler and the linker for.
 #include "support/Command.h"
 
@@ -30,10 +31,11 @@ TEST(Hardening, IsInEveryBuiltFile) {
     bool program;
     bool formats;  ///< has calls that the checked variants of the C library replace
   };
-  for (const Case& c : {Case{"lib/libtarvexProProvider.so", false, true},
-                        {"lib/libVOLTVK.so", false, false},
-                        {"bin/tvpcim", true, false},
-                        {"bin/voltvkctl", true, false}}) {
+  for (const Case& c :
+       {Case{"lib/libtarvexProProvider.so", false, true},
+        {"lib/libVOLTVK.so", false, false},
+        {"bin/tvpcim", true, false},
+        {"bin/voltvkctl", true, false}}) {
     SCOPED_TRACE(c.file);
     const std::string segments = readelf("-l", c.file);
     const std::string dynamic = readelf("-d", c.file);
@@ -49,8 +51,9 @@ TEST(Hardening, IsInEveryBuiltFile) {
 #ifdef TVP_FORTIFIED
     const std::string symbols = readelf("--dyn-syms", c.file);
     EXPECT_NE(symbols.find("__stack_chk_fail"), std::string::npos);
-    EXPECT_TRUE(!c.formats || symbols.find("__vsnprintf_chk") != std::string::npos ||
-                symbols.find("__snprintf_chk") != std::string::npos);
+    EXPECT_TRUE(
+        !c.formats || symbols.find("__vsnprintf_chk") != std::string::npos ||
+        symbols.find("__snprintf_chk") != std::string::npos);
 #endif
   }
 }

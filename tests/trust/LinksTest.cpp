@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Neither the log nor the state is reached through what other users may have put in its place.
 #include "engine/EngineFixture.h"
 #include "support/LogCapture.h"

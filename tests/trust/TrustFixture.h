@@ -1,5 +1,6 @@
-#ifndef TRUST_TRUSTFIXTURE_H
-#define TRUST_TRUSTFIXTURE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TESTS_TRUST_TRUSTFIXTURE_H
+#define TESTS_TRUST_TRUSTFIXTURE_H
 
 #include "cmpi/CmpiTest.h"
 #include "engine/EngineFixture.h"
@@ -76,8 +77,9 @@ protected:
     makePool("flash", 1, TVK_TIER_SSD);
     makePool("spare", 3, TVK_TIER_HDD);
     for (const std::uint8_t type : {TVK_VOLUME_TIERED, TVK_VOLUME_CACHED}) {
-      VirtualVolumeSpec volume = volumeSpec(type == TVK_VOLUME_TIERED ? "tiered" : "cached", type,
-                                            {{m_ids["disks"], 100 * MIB}, {m_ids["flash"], 50 * MIB}});
+      VirtualVolumeSpec volume = volumeSpec(
+          type == TVK_VOLUME_TIERED ? "tiered" : "cached", type,
+          {{m_ids["disks"], 100 * MIB}, {m_ids["flash"], 50 * MIB}});
       EXPECT_EQ(m_adapter.createVirtualVolume(volume).getReturn(), TVK_OK);
       m_ids[volume.name] = volume.volumeId;
     }

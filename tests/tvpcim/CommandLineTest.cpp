@@ -1,4 +1,6 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/CommandLine.h"
+
 #include "host/tvpcim/Failure.h"
 
 #include <gmock/gmock.h>
@@ -69,16 +71,17 @@ TEST(CommandLine, SaysWhatIsWrongAndWhatToDo) {
 }
 
 TEST(CommandLine, HelpsWithEveryVerb) {
-  const std::vector<std::vector<std::string>> verbs = {{},
-                                                       {"ei"},
-                                                       {"im"},
-                                                       {"watch"},
-                                                       {"tree"},
-                                                       {"pool"},
-                                                       {"classes"},
-                                                       {"pool", "create"},
-                                                       {"volume", "cache"},
-                                                       {"volume", "reset-stats"}};
+  const std::vector<std::vector<std::string>> verbs = {
+      {},
+      {"ei"},
+      {"im"},
+      {"watch"},
+      {"tree"},
+      {"pool"},
+      {"classes"},
+      {"pool", "create"},
+      {"volume", "cache"},
+      {"volume", "reset-stats"}};
   for (std::vector<std::string> words : verbs) {
     Tool tool;
     CommandLine commandLine(tool);

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef TESTS_TVPCIM_TVPCIM_H
 #define TESTS_TVPCIM_TVPCIM_H
 
@@ -59,8 +60,8 @@ private:
 };
 
 /** The first object of an array whose member has the value; null when there is none. */
-inline nlohmann::ordered_json findIn(const nlohmann::ordered_json& array, const std::string& member,
-                                     const nlohmann::ordered_json& value) {
+inline nlohmann::ordered_json
+findIn(const nlohmann::ordered_json& array, const std::string& member, const nlohmann::ordered_json& value) {
   for (const auto& object : array) {
     if (object.at(member) == value) {
       return object;

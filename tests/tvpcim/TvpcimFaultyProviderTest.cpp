@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tvpcim/Tvpcim.h"
 
 #include <gmock/gmock.h>
@@ -52,8 +53,8 @@ TEST_F(TvpcimFaultyProvider, WhatItLacksIsNotSupported) {
   const CommandResult associators = onFaulty({"ai", "TVP_VirtualPool"}).run();
   EXPECT_EQ(associators.exitStatus, 1);
   EXPECT_THAT(associators.err, HasSubstr("tvpcim: ai: CIM_ERR_NOT_SUPPORTED"));
-  EXPECT_THAT(onFaulty({"watch", "--seconds", "1"}).run().err,
-              HasSubstr("tvpcim: watch: CIM_ERR_NOT_SUPPORTED"));
+  EXPECT_THAT(
+      onFaulty({"watch", "--seconds", "1"}).run().err, HasSubstr("tvpcim: watch: CIM_ERR_NOT_SUPPORTED"));
 }
 
 }  // namespace

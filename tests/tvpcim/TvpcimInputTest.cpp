@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tvpcim/Tvpcim.h"
 
 #include <gmock/gmock.h>
@@ -83,11 +84,13 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
   EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember"}).at(0).at("StartRange"), Json({0, 51}));
   EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember", "--property", "endrange"}).at(0).count("StartRange"), 0U)
       << "was not asked for";
-  EXPECT_EQ(answer({"ci", "TVP_VirtualPool", "Name=a \"b\""}).at("Path"),
-            "root/kvs/tvp/smi_15:TVP_VirtualPool.Name=\"a \\\"b\\\"\"");
+  EXPECT_EQ(
+      answer({"ci", "TVP_VirtualPool", "Name=a \"b\""}).at("Path"),
+      "root/kvs/tvp/smi_15:TVP_VirtualPool.Name=\"a \\\"b\\\"\"");
   EXPECT_EQ(answer({"di", "TVP_VirtualPool.Name=\"x\""}).at("Status"), "CIM_ERR_SUCCESS");
-  EXPECT_EQ(answer({"im", "TVP_TierService", "GetVirtualPoolMembers", "VirtualPoolId=3"}),
-            Json::parse(R"({"ReturnValue": 0, "Members": []})"));
+  EXPECT_EQ(
+      answer({"im", "TVP_TierService", "GetVirtualPoolMembers", "VirtualPoolId=3"}),
+      Json::parse(R"({"ReturnValue": 0, "Members": []})"));
   for (const char* verb : {"ai", "rn", "ri"}) {
     EXPECT_EQ(answer({verb, "TVP_VirtualPool"}), Json::array()) << verb;
   }
@@ -99,8 +102,9 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
   EXPECT_THAT(tvpcim({"--version"}).out, HasSubstr("1.0.0"));
 
   const CommandResult mof = tvpcim({"ei", "TVP_VirtualPools", "-o", "mof"});
-  EXPECT_EQ(mof.out, "instance of TVP_VirtualPools {\n  CreationClassName = \"TVP_VirtualPools\";\n"
-                     "  NumberOfStoragePool = 2;\n};\n");
+  EXPECT_EQ(
+      mof.out, "instance of TVP_VirtualPools {\n  CreationClassName = \"TVP_VirtualPools\";\n"
+               "  NumberOfStoragePool = 2;\n};\n");
 }
 
 TEST_F(TvpcimInput, TheDeclarationOfAClassIsItsOwnSchema) {
@@ -143,8 +147,9 @@ TEST_F(TvpcimInput, TheProviderAndTheClassesAreFoundBesideTheCommand) {
   Command moved({(prefix / "bin/tvpcim").string(), "ei", "TVP_TierService", "-o", "json"});
   moved.with("VOLTVK_STATE", folder().file("state.db"));
   const CommandResult alone = moved.run();
-  EXPECT_TRUE(alone.exitStatus == 0 ||
-              alone.err.find((prefix / "share/tarvexpro/TVP.mof").string()) != std::string::npos)
+  EXPECT_TRUE(
+      alone.exitStatus == 0 ||
+      alone.err.find((prefix / "share/tarvexpro/TVP.mof").string()) != std::string::npos)
       << "says where it looked, unless the product is installed: " << alone.err;
   for (const char* part : {"lib", "share"}) {
     fs::create_directory_symlink(fs::path(TVP_BINARY_DIR) / part, prefix / part);

@@ -1,11 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
-#include "voltvk/engine/PolicyEngine.h"
-#include "voltvk/engine/Refusal.h"
-#include "voltvk/engine/SnapshotReader.h"
-#include "voltvk/engine/State.h"
-#include "voltvk/engine/VolumeActivity.h"
+#include "voltvk/engine/activity/PolicyEngine.h"
+#include "voltvk/engine/activity/VolumeActivity.h"
+#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+#include "voltvk/engine/state/State.h"
 
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -21,11 +23,12 @@ struct IoOptions {
 /** The volume with an identifier or, when there is none, with a name. */
 VolumeRecord findVolume(Connection& connection, const std::string& wanted) {
   const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
-  auto found = std::find_if(volumes.begin(), volumes.end(),
-                            [&](const VolumeRecord& volume) { return std::to_string(volume.id) == wanted; });
+  auto found = std::find_if(volumes.begin(), volumes.end(), [&](const VolumeRecord& volume) {
+    return std::to_string(volume.id) == wanted;
+  });
   if (found == volumes.end()) {
-    found = std::find_if(volumes.begin(), volumes.end(),
-                         [&](const VolumeRecord& volume) { return volume.name == wanted; });
+    found = std::find_if(
+        volumes.begin(), volumes.end(), [&](const VolumeRecord& volume) { return volume.name == wanted; });
   }
   if (found == volumes.end()) {
     throw Refusal(TVK_NO_SUCH_VOLUME, "there is no volume '" + wanted + "'; give the name or number of one");
@@ -46,15 +49,16 @@ void playIo(const IoOptions& options, const Context& context) {
     activity.play(options.pattern);
     activity.statistics(statistics);
   });
-  context.output.write({{"volume", name},
-                        {"reads", options.pattern.reads},
-                        {"writes", options.pattern.writes},
-                        {"totalReads", statistics.readIoCount},
-                        {"totalWrites", statistics.writeIoCount},
-                        {"totalSsdReads", statistics.ssdReadIoCount},
-                        {"totalSsdWrites", statistics.ssdWriteIoCount}},
-                       "volume " + name + ": " + std::to_string(options.pattern.reads) + " reads and " +
-                           std::to_string(options.pattern.writes) + " writes played");
+  context.output.write(
+      {{"volume", name},
+       {"reads", options.pattern.reads},
+       {"writes", options.pattern.writes},
+       {"totalReads", statistics.readIoCount},
+       {"totalWrites", statistics.writeIoCount},
+       {"totalSsdReads", statistics.ssdReadIoCount},
+       {"totalSsdWrites", statistics.ssdWriteIoCount}},
+      "volume " + name + ": " + std::to_string(options.pattern.reads) + " reads and " +
+          std::to_string(options.pattern.writes) + " writes played");
 }
 
 void setPolicy(bool running, const Context& context) {
@@ -98,8 +102,9 @@ void addIoCommand(CLI::App& app, Context& context) {
   CLI::Option* sequential =
       io->add_flag("--sequential", options->pattern.sequential, "Chunk after chunk, from the first on");
   io->add_flag("--random", "Any chunk (default)")->excludes(sequential);
-  io->add_option("--hot", options->pattern.hotPercent,
-                 "Percentage that goes to the hot area, the first 16 chunks of the volume")
+  io->add_option(
+        "--hot", options->pattern.hotPercent,
+        "Percentage that goes to the hot area, the first 16 chunks of the volume")
       ->check(CLI::Range(0, 100));
   io->add_option("--seed", options->pattern.seed, "Another seed touches other chunks (default 1)");
   io->callback([options, &context] { playIo(*options, context); });

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/ByteSize.h"
 
 #include <array>
@@ -37,8 +38,8 @@ std::uint64_t parseByteSize(const std::string& text) {
   }
   const int exponent = exponentOf(text.substr(digits));
   if (digits == 0 || exponent < 0) {
-    throw std::invalid_argument("'" + text +
-                                "' is no size; give a number and B, KiB, MiB, GiB or TiB, as 100GiB");
+    throw std::invalid_argument(
+        "'" + text + "' is no size; give a number and B, KiB, MiB, GiB or TiB, as 100GiB");
   }
   const std::uint64_t unit = std::uint64_t{1} << (10U * static_cast<unsigned int>(exponent));
   if (!fits || value > UINT64_MAX / unit) {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef VOLTVK_CTL_COMMANDS_H
 #define VOLTVK_CTL_COMMANDS_H
 

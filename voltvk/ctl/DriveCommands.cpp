@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/ByteSize.h"
 #include "voltvk/ctl/Commands.h"
-#include "voltvk/engine/DriveRegistry.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
+#include "voltvk/engine/state/State.h"
 
 #include <CLI/CLI.hpp>
+
 #include <stdexcept>
 
 namespace voltvk::ctl {
@@ -25,18 +27,19 @@ Json listDrives(State& state) {
       continue;
     }
     const bool isVirtual = (drive->getDeviceProperty() & TVK_PROPERTY_VIRTUAL) != 0;
-    list.push_back({{"number", drive->getDeviceNumber()},
-                    {"name", drive->getDeviceName()},
-                    {"type", drive->getDeviceType() == TVK_DEVICE_SSD ? "ssd" : "hdd"},
-                    {"origin", isVirtual ? "virtual" : "host"},
-                    {"sectors", drive->getCapacityInSectors()},
-                    {"size", showSectors(drive->getCapacityInSectors())},
-                    {"status", drive->getStatus() == TVK_DEVICE_ONLINE ? "online" : "missing"},
-                    {"used", drive->isUsed()},
-                    {"bootable", drive->isBootable()},
-                    {"partitioned", drive->hasPartition()},
-                    {"model", drive->getModel()},
-                    {"serial", drive->getSerialNumber()}});
+    list.push_back(
+        {{"number", drive->getDeviceNumber()},
+         {"name", drive->getDeviceName()},
+         {"type", drive->getDeviceType() == TVK_DEVICE_SSD ? "ssd" : "hdd"},
+         {"origin", isVirtual ? "virtual" : "host"},
+         {"sectors", drive->getCapacityInSectors()},
+         {"size", showSectors(drive->getCapacityInSectors())},
+         {"status", drive->getStatus() == TVK_DEVICE_ONLINE ? "online" : "missing"},
+         {"used", drive->isUsed()},
+         {"bootable", drive->isBootable()},
+         {"partitioned", drive->hasPartition()},
+         {"model", drive->getModel()},
+         {"serial", drive->getSerialNumber()}});
   }
   return list;
 }
@@ -66,17 +69,18 @@ void addDriveCommands(CLI::App& app, Context& context) {
   CLI::App* drive = app.add_subcommand("drive", "List drives, add and remove virtual ones");
   drive->require_subcommand(1);
   drive->add_subcommand("list", "List the drives of the machine and the virtual ones")->callback([&context] {
-    context.output.writeList(listDrives(*context.state()),
-                             {{"number", "NUMBER"},
-                              {"name", "NAME"},
-                              {"type", "TYPE"},
-                              {"origin", "ORIGIN"},
-                              {"size", "SIZE"},
-                              {"status", "STATUS"},
-                              {"used", "USED"},
-                              {"model", "MODEL"},
-                              {"serial", "SERIAL"}},
-                             "No drives.");
+    context.output.writeList(
+        listDrives(*context.state()),
+        {{"number", "NUMBER"},
+         {"name", "NAME"},
+         {"type", "TYPE"},
+         {"origin", "ORIGIN"},
+         {"size", "SIZE"},
+         {"status", "STATUS"},
+         {"used", "USED"},
+         {"model", "MODEL"},
+         {"serial", "SERIAL"}},
+        "No drives.");
   });
 
   auto options = std::make_shared<DriveOptions>();

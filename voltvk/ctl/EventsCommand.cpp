@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
-#include "voltvk/engine/EventJournal.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/state/State.h"
 
 #include <CLI/CLI.hpp>
+
 #include <array>
 #include <cstdio>
 #include <ctime>
@@ -40,13 +42,14 @@ void addEventsCommand(CLI::App& app, Context& context) {
     Json list = Json::array();
     context.state()->read([&](Connection& connection) {
       for (const VolEvent& event : EventJournal(connection).latest(*count)) {
-        list.push_back({{"id", event.id},
-                        {"time", isoTime(event.time)},
-                        {"code", event.code},
-                        {"hex", hexadecimal(event.code)},
-                        {"type", typeName(event.type)},
-                        {"description", event.description},
-                        {"actionId", event.actionId}});
+        list.push_back(
+            {{"id", event.id},
+             {"time", isoTime(event.time)},
+             {"code", event.code},
+             {"hex", hexadecimal(event.code)},
+             {"type", typeName(event.type)},
+             {"description", event.description},
+             {"actionId", event.actionId}});
       }
     });
     context.output.writeList(

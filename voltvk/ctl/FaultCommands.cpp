@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
-#include "voltvk/engine/Faults.h"
+#include "voltvk/engine/state/Faults.h"
 
 #include <CLI/CLI.hpp>
+
 #include <array>
 #include <stdexcept>
 
@@ -9,15 +11,16 @@ namespace voltvk::ctl {
 
 namespace {
 
-constexpr std::array<FaultKind, 5> KINDS = {FaultKind::DriverAbsent, FaultKind::AdapterAbsent,
-                                            FaultKind::Fail, FaultKind::Throw, FaultKind::Slow};
+constexpr std::array<FaultKind, 5> KINDS = {
+    FaultKind::DriverAbsent, FaultKind::AdapterAbsent, FaultKind::Fail, FaultKind::Throw, FaultKind::Slow};
 
 Json describe(const Fault& fault) {
   const bool ofOperation = !fault.operation.empty();
-  return {{"kind", faultKindName(fault.kind)},
-          {"operation", ofOperation ? Json(fault.operation) : Json(nullptr)},
-          {"status", fault.kind == FaultKind::Fail ? Json(fault.status) : Json(nullptr)},
-          {"milliseconds", fault.kind == FaultKind::Slow ? Json(fault.milliseconds) : Json(nullptr)}};
+  return {
+      {"kind", faultKindName(fault.kind)},
+      {"operation", ofOperation ? Json(fault.operation) : Json(nullptr)},
+      {"status", fault.kind == FaultKind::Fail ? Json(fault.status) : Json(nullptr)},
+      {"milliseconds", fault.kind == FaultKind::Slow ? Json(fault.milliseconds) : Json(nullptr)}};
 }
 
 void setFault(const Fault& fault, const Context& context) {
@@ -58,12 +61,13 @@ void clearFaults(const ClearOptions& options, const Context& context) {
     }
   }
   if (!kind && !options.kind.empty()) {
-    throw std::invalid_argument("there is no fault '" + options.kind +
-                                "'; use driver-absent, adapter-absent, fail, throw or slow");
+    throw std::invalid_argument(
+        "there is no fault '" + options.kind + "'; use driver-absent, adapter-absent, fail, throw or slow");
   }
   const std::size_t count = Faults(context.state()).clear(kind, options.operation);
-  context.output.write({{"cleared", count}},
-                       count == 0 ? "no such fault was set" : "faults cleared: " + std::to_string(count));
+  context.output.write(
+      {{"cleared", count}},
+      count == 0 ? "no such fault was set" : "faults cleared: " + std::to_string(count));
 }
 
 }  // namespace
@@ -86,12 +90,13 @@ void addFaultCommands(CLI::App& app, Context& context) {
     for (const Fault& entry : Faults(context.state()).list()) {
       list.push_back(describe(entry));
     }
-    context.output.writeList(list,
-                             {{"kind", "KIND"},
-                              {"operation", "OPERATION"},
-                              {"status", "STATUS"},
-                              {"milliseconds", "MILLISECONDS"}},
-                             "No faults.");
+    context.output.writeList(
+        list,
+        {{"kind", "KIND"},
+         {"operation", "OPERATION"},
+         {"status", "STATUS"},
+         {"milliseconds", "MILLISECONDS"}},
+        "No faults.");
   });
 }
 

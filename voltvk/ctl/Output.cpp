@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Output.h"
 
 #include <algorithm>
@@ -43,8 +44,9 @@ void Output::write(const Json& document, const std::string& text) const {
   }
 }
 
-void Output::writeList(const Json& list, const std::vector<std::pair<const char*, const char*>>& columns,
-                       const std::string& whenEmpty) const {
+void Output::writeList(
+    const Json& list, const std::vector<std::pair<const char*, const char*>>& columns,
+    const std::string& whenEmpty) const {
   if (isJson() || list.empty()) {
     write(list, whenEmpty);
     return;

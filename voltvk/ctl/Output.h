@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef VOLTVK_CTL_OUTPUT_H
 #define VOLTVK_CTL_OUTPUT_H
 
 #include <nlohmann/json.hpp>
+
 #include <string>
 #include <vector>
 
@@ -26,8 +28,9 @@ public:
    * @param columns member name and heading of each column
    * @param whenEmpty what to say in place of an empty table
    */
-  void writeList(const Json& list, const std::vector<std::pair<const char*, const char*>>& columns,
-                 const std::string& whenEmpty) const;
+  void writeList(
+      const Json& list, const std::vector<std::pair<const char*, const char*>>& columns,
+      const std::string& whenEmpty) const;
 };
 
 }  // namespace voltvk::ctl

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
-#include "voltvk/engine/Faults.h"
-#include "voltvk/engine/Refusal.h"
-#include "voltvk/engine/State.h"
+#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/state/State.h"
 
 #include <CLI/CLI.hpp>
+
 #include <cstring>
 
 namespace voltvk::ctl {

@@ -1,6 +1,8 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
 
 #include <CLI/CLI.hpp>
+
 #include <algorithm>
 #include <iostream>
 #include <stdexcept>
@@ -19,9 +21,10 @@ int complain(std::string text, int status) {
 
 int run(int count, char** arguments) {
   voltvk::ctl::Context context;
-  CLI::App app("Control the embedded storage library: drives, faults, I/O, policy engine, events.\n"
-               "The state is $VOLTVK_STATE, else /var/lib/voltvk/state.db.",
-               "voltvkctl");
+  CLI::App app(
+      "Control the embedded storage library: drives, faults, I/O, policy engine, events.\n"
+      "The state is $VOLTVK_STATE, else /var/lib/voltvk/state.db.",
+      "voltvkctl");
   app.set_version_flag("--version", "voltvkctl " TVP_VERSION);
   app.require_subcommand(1);
   app.fallthrough();  // -o is understood behind every command

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/Utf8.h"
 
 #include <cstdint>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #ifndef VOLTVK_ENGINE_UTF8_H
 #define VOLTVK_ENGINE_UTF8_H
 

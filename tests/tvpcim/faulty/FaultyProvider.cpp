@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A provider that breaks rules and says unpleasant things, to see what tvpcim makes of it.
 
 #include "cmpift.h"
@@ -26,9 +27,9 @@ CMPIStatus cleanupMethod(CMPIMethodMI* /*mi*/, const CMPIContext* /*context*/, C
 }
 
 /** Drives: success without the end of the result. Volumes: one with a name that terminals obey. */
-CMPIStatus enumerateInstances(CMPIInstanceMI* /*mi*/, const CMPIContext* /*context*/,
-                              const CMPIResult* result, const CMPIObjectPath* path,
-                              const char** /*properties*/) {
+CMPIStatus enumerateInstances(
+    CMPIInstanceMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* result,
+    const CMPIObjectPath* path, const char** /*properties*/) {
   if (isClass(path, "TVP_LogicalDevice")) {
     return success();
   }
@@ -45,15 +46,16 @@ CMPIStatus enumerateInstances(CMPIInstanceMI* /*mi*/, const CMPIContext* /*conte
   return success();
 }
 
-CMPIStatus getInstance(CMPIInstanceMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* /*result*/,
-                       const CMPIObjectPath* /*path*/, const char** /*properties*/) {
+CMPIStatus getInstance(
+    CMPIInstanceMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* /*result*/,
+    const CMPIObjectPath* /*path*/, const char** /*properties*/) {
   return {CMPI_RC_ERR_FAILED, CMNewString(broker, "two\nlines \x1b[2J%s%n", nullptr)};
 }
 
 /** Every method succeeds as a call and reports a refusal of the storage library. */
-CMPIStatus invokeMethod(CMPIMethodMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* result,
-                        const CMPIObjectPath* /*path*/, const char* /*method*/, const CMPIArgs* /*input*/,
-                        CMPIArgs* output) {
+CMPIStatus invokeMethod(
+    CMPIMethodMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* result,
+    const CMPIObjectPath* /*path*/, const char* /*method*/, const CMPIArgs* /*input*/, CMPIArgs* output) {
   CMPIValue value{};
   value.uint32 = 22;
   CMAddArg(output, "RetStat", &value, CMPI_uint32);
@@ -72,16 +74,14 @@ CMPIMethodMI methodMI = {nullptr, &methodTable};
 
 }  // namespace
 
-extern "C" __attribute__((visibility("default"))) CMPIInstanceMI*
-tarvexProProvider_Create_InstanceMI(const CMPIBroker* hostBroker, const CMPIContext* /*context*/,
-                                    CMPIStatus* /*status*/) {
+extern "C" __attribute__((visibility("default"))) CMPIInstanceMI* tarvexProProvider_Create_InstanceMI(
+    const CMPIBroker* hostBroker, const CMPIContext* /*context*/, CMPIStatus* /*status*/) {
   broker = hostBroker;
   return &instanceMI;
 }
 
-extern "C" __attribute__((visibility("default"))) CMPIMethodMI*
-tarvexProProvider_Create_MethodMI(const CMPIBroker* hostBroker, const CMPIContext* /*context*/,
-                                  CMPIStatus* /*status*/) {
+extern "C" __attribute__((visibility("default"))) CMPIMethodMI* tarvexProProvider_Create_MethodMI(
+    const CMPIBroker* hostBroker, const CMPIContext* /*context*/, CMPIStatus* /*status*/) {
   broker = hostBroker;
   return &methodMI;
 }

@@ -1,5 +1,6 @@
-#ifndef VOLTVK_ALLOCATION_H
-#define VOLTVK_ALLOCATION_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_ALLOCATION_H
+#define VOLTVK_INCLUDE_VOLTVK_ALLOCATION_H
 
 #include <cstddef>
 #include <cstdint>

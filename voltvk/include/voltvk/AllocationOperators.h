@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 /**
  * Defines the global allocation operators of a module by the convention of Allocation.h. Included by
  * exactly one source of the module, after it has defined
@@ -5,8 +6,8 @@
  * and VOLTVK_MODULE_RELEASE as that function's name. operator new answers null when memory is short,
  * so the module is compiled with -fcheck-new.
  */
-#ifndef VOLTVK_ALLOCATIONOPERATORS_H
-#define VOLTVK_ALLOCATIONOPERATORS_H
+#ifndef VOLTVK_INCLUDE_VOLTVK_ALLOCATIONOPERATORS_H
+#define VOLTVK_INCLUDE_VOLTVK_ALLOCATIONOPERATORS_H
 
 #include "voltvk/Allocation.h"
 

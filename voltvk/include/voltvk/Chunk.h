@@ -1,5 +1,6 @@
-#ifndef VOLTVK_CHUNK_H
-#define VOLTVK_CHUNK_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_CHUNK_H
+#define VOLTVK_INCLUDE_VOLTVK_CHUNK_H
 
 #include "voltvk/RaidObject.h"
 

@@ -1,5 +1,6 @@
-#ifndef VOLTVK_LOGICALDEVICE_H
-#define VOLTVK_LOGICALDEVICE_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_LOGICALDEVICE_H
+#define VOLTVK_INCLUDE_VOLTVK_LOGICALDEVICE_H
 
 #include "voltvk/RaidObject.h"
 

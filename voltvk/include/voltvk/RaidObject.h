@@ -1,5 +1,6 @@
-#ifndef VOLTVK_RAIDOBJECT_H
-#define VOLTVK_RAIDOBJECT_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_RAIDOBJECT_H
+#define VOLTVK_INCLUDE_VOLTVK_RAIDOBJECT_H
 
 #include "voltvk/Export.h"
 

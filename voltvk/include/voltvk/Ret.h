@@ -1,5 +1,6 @@
-#ifndef VOLTVK_RET_H
-#define VOLTVK_RET_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_RET_H
+#define VOLTVK_INCLUDE_VOLTVK_RET_H
 
 #include "voltvk/Export.h"
 

@@ -1,5 +1,6 @@
-#ifndef VOLTVK_SPECS_H
-#define VOLTVK_SPECS_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_SPECS_H
+#define VOLTVK_INCLUDE_VOLTVK_SPECS_H
 
 #include "voltvk/Export.h"
 

@@ -1,5 +1,6 @@
-#ifndef VOLTVK_TVKADAPTER_H
-#define VOLTVK_TVKADAPTER_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_TVKADAPTER_H
+#define VOLTVK_INCLUDE_VOLTVK_TVKADAPTER_H
 
 #include "voltvk/RaidObject.h"
 #include "voltvk/Ret.h"

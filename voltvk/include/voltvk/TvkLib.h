@@ -1,5 +1,6 @@
-#ifndef VOLTVK_TVKLIB_H
-#define VOLTVK_TVKLIB_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_TVKLIB_H
+#define VOLTVK_INCLUDE_VOLTVK_TVKLIB_H
 
 #include "voltvk/RaidObject.h"
 #include "voltvk/Ret.h"

@@ -1,5 +1,6 @@
-#ifndef VOLTVK_VIRTUALPOOL_H
-#define VOLTVK_VIRTUALPOOL_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_VIRTUALPOOL_H
+#define VOLTVK_INCLUDE_VOLTVK_VIRTUALPOOL_H
 
 #include "voltvk/RaidObject.h"
 

@@ -1,5 +1,6 @@
-#ifndef VOLTVK_VIRTUALVOLUME_H
-#define VOLTVK_VIRTUALVOLUME_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_VIRTUALVOLUME_H
+#define VOLTVK_INCLUDE_VOLTVK_VIRTUALVOLUME_H
 
 #include "voltvk/RaidObject.h"
 

@@ -1,5 +1,6 @@
-#ifndef VOLTVK_VOLEVENT_H
-#define VOLTVK_VOLEVENT_H
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_INCLUDE_VOLTVK_VOLEVENT_H
+#define VOLTVK_INCLUDE_VOLTVK_VOLEVENT_H
 
 #include "voltvk/Export.h"
 

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: Apache-2.0
 /** Everything of the storage library's interface. */
-#ifndef VOLTVK_VOLTVK_H
-#define VOLTVK_VOLTVK_H
+#ifndef VOLTVK_INCLUDE_VOLTVK_VOLTVK_H
+#define VOLTVK_INCLUDE_VOLTVK_VOLTVK_H
 
 #include "voltvk/Chunk.h"
 #include "voltvk/FilterCollection.h"

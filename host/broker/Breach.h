@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef HOST_BROKER_BREACH_H
+#define HOST_BROKER_BREACH_H
+
+#include <string>
+
+namespace tvp::host {
+
+/** Rules of the interface that a provider can break. */
+enum class BreachKind {
+  MissingEndMark,     ///< success was answered, and the result was never marked as done
+  UsedAfterCall,      ///< an object was used after the call that it belonged to
+  UsedAfterRelease,   ///< an object was used (or released again) after its release
+  ThreadNotAttached,  ///< a thread talked to the broker outside a request and without being attached
+  Leak                ///< an attached thread made an object and never released it
+};
+
+/** One breach, with a sentence that names the function and the object. */
+struct Breach {
+  BreachKind kind;
+  std::string text;
+};
+
+}  // namespace tvp::host
+
+#endif

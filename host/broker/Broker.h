@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef HOST_BROKER_BROKER_H
+#define HOST_BROKER_BROKER_H
+
+#include "cmpidt.h"
+#include "host/broker/Breach.h"
+#include "host/schema/Schema.h"
+#include "host/schema/Value.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tvp::host {
+
+class BrokerState;
+
+/** A call of the provider back into the broker: one of the intrinsic operations or a method call. */
+struct Upcall {
+  std::string operation;  ///< the name of the broker's function, for example "enumerateInstanceNames"
+  ObjectPath path;
+  Instance instance;  ///< of createInstance and modifyInstance
+  std::string name;   ///< the method or property; the query of execQuery
+  Arguments input;    ///< of invokeMethod; of setProperty, the value under its name
+};
+
+/** What an upcall is answered with: instances, paths or one value, by operation. */
+struct UpcallAnswer {
+  CMPIrc rc = CMPI_RC_ERR_NOT_SUPPORTED;
+  std::string message;
+  std::vector<Value> values;
+  Arguments output;  ///< of invokeMethod
+};
+
+/** What the host does when the provider calls. Called on the provider's threads, several at once. */
+struct BrokerHandlers {
+  /** An indication arrives; the answer is the status of deliverIndication. Default: taken and dropped. */
+  std::function<CMPIrc(const std::string& nameSpace, const Instance& indication)> onIndication;
+  /** Whether prepareAttachThread gives a context. Default: it does. */
+  std::function<bool()> onPrepareAttachThread;
+  /** The status of attachThread; the thread is attached when it is CMPI_RC_OK. Default: CMPI_RC_OK. */
+  std::function<CMPIrc()> onAttachThread;
+  /** Default: enumerations answer empty, everything else is not supported. */
+  std::function<UpcallAnswer(const Upcall&)> onUpcall;
+  /** logMessage and trace, with the complete text. Default: dropped. */
+  std::function<void(int severity, const std::string& id, const std::string& text)> onLog;
+};
+
+/** How a broker behaves where object managers differ; fixed for its life. */
+struct BrokerOptions {
+  /** State that getKey and getKeyAt report; one object manager passes keys as plain good values. */
+  CMPIValueState keyState = CMPI_keyValue;
+  /** Accept unknown properties and wrong types silently, as some object managers do. */
+  bool lenient = false;
+  /**
+   * Dead objects that are kept, so that a late use is reported instead of reading freed memory. A thread
+   * gets a sixteenth of them, at least one; from the 17th on, threads share.
+   */
+  std::size_t graveyard = 16384;
+};
+
+/**
+ * The object manager's side of CMPI 2.0: the function tables and every encapsulated object.
+ *
+ * It is stricter than any object manager (see setProperty and addKey in Strictness below), checks the
+ * handle that each call is given (an invalid one is answered with CMPI_RC_ERR_INVALID_HANDLE), can make
+ * any call fail, and notes breaches of the rules.
+ *
+ * Strictness: an instance of an unknown class cannot be made (CMPI_RC_ERR_INVALID_CLASS); setProperty of an
+ * unknown property fails (CMPI_RC_ERR_NO_SUCH_PROPERTY), of a wrong type too (CMPI_RC_ERR_TYPE_MISMATCH; a
+ * string takes CMPI_string and CMPI_chars, every type a null); addKey with an array type fails
+ * (CMPI_RC_ERR_INVALID_DATA_TYPE). Values are copied when they are set.
+ *
+ * Thread-safe. It must outlive the requests, the providers and the threads that use it.
+ */
+class Broker {
+public:
+  explicit Broker(std::shared_ptr<const Schema> schema, BrokerOptions options = {});
+  ~Broker();
+  Broker(const Broker&) = delete;
+  Broker& operator=(const Broker&) = delete;
+
+  /** The interface handed to a provider; valid as long as this object. */
+  const CMPIBroker* cmpi() const;
+  const Schema& schema() const;
+  std::shared_ptr<const Schema> sharedSchema() const;
+  const BrokerOptions& options() const;
+
+  /** Replaces all handlers; calls that run already may still use the old ones. */
+  void setHandlers(BrokerHandlers handlers);
+
+  /**
+   * Makes the n-th call from now fail, counted from 1 over all functions of the broker and of its
+   * objects: one that returns a status answers rc, any other answers null or 0 and sets rc.
+   * n = 0 takes the order back. The failing happens once.
+   */
+  void failCall(std::uint64_t n, CMPIrc rc);
+  /** Calls made since the construction or resetCalls(). */
+  std::uint64_t callCount() const;
+  /** Sets the count to 0, forgets the names, and records names from now on when asked to. */
+  void resetCalls(bool recordNames = false);
+  /** Name of the i-th recorded call, from 0, for example "CMPIInstance.setProperty"; empty beyond. */
+  std::string callName(std::size_t i) const;
+
+  /** What went wrong so far, in order. Leaks appear after reportLeaks(). */
+  std::vector<Breach> breaches() const;
+  void clearBreaches();
+  /** Notes a breach, as the host's own checks do. */
+  void addBreach(BreachKind kind, const std::string& text);
+  /** Notes every object that attached threads made and have not released. Call it when they have ended. */
+  void reportLeaks();
+  /** Objects that attached threads made and have not released, right now. */
+  std::size_t unreleasedObjects() const;
+
+  /** For the host's own classes. */
+  BrokerState& state() const { return *m_state; }
+
+private:
+  std::unique_ptr<BrokerState> m_state;
+};
+
+}  // namespace tvp::host
+
+#endif

@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef HOST_PROVIDER_PROVIDERLIBRARY_H
+#define HOST_PROVIDER_PROVIDERLIBRARY_H
+
+#include "cmpift.h"
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace tvp::host {
+
+/** The four factory functions of a provider; one that it lacks is null. */
+struct ProviderFactories {
+  CMPIInstanceMI* (*instance)(const CMPIBroker*, const CMPIContext*, CMPIStatus*) = nullptr;
+  CMPIMethodMI* (*method)(const CMPIBroker*, const CMPIContext*, CMPIStatus*) = nullptr;
+  CMPIAssociationMI* (*association)(const CMPIBroker*, const CMPIContext*, CMPIStatus*) = nullptr;
+  CMPIIndicationMI* (*indication)(const CMPIBroker*, const CMPIContext*, CMPIStatus*) = nullptr;
+};
+
+/** A provider that cannot be loaded; what() says what was wrong and what to do. */
+class ProviderLoadError : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
+
+/** A provider's shared library, loaded as object managers do it; unloaded with the object unless it is kept.
+ */
+class ProviderLibrary {
+public:
+  /**
+   * @param fileName the library
+   * @param providerName the name that the factories begin with, NAME_Create_InstanceMI
+   * @throws ProviderLoadError when the file is missing, is no library, or has none of the factories.
+   */
+  explicit ProviderLibrary(
+      const std::string& fileName, const std::string& providerName = "tarvexProProvider");
+  ~ProviderLibrary();
+  ProviderLibrary(const ProviderLibrary&) = delete;
+  ProviderLibrary& operator=(const ProviderLibrary&) = delete;
+
+  const ProviderFactories& factories() const { return m_factories; }
+  /** Leaves the library in the process for good: its threads may still run. */
+  void keepLoaded() { m_handle = nullptr; }
+
+private:
+  void* m_handle;
+  ProviderFactories m_factories;
+};
+
+}  // namespace tvp::host
+
+#endif

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef HOST_PROVIDER_REQUEST_H
+#define HOST_PROVIDER_REQUEST_H
+
+#include "cmpift.h"
+#include "host/broker/Broker.h"
+#include "host/schema/Value.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tvp::host {
+
+class RequestState;
+
+/** What a request's context carries. */
+struct CallOptions {
+  /** Whether the context has the entry CMPIPrincipal at all. */
+  bool withPrincipal = true;
+  /** The user name; without a value the entry's string has a null text. */
+  std::optional<std::string> principal = "root";
+  /** The entry CMPIInvocationFlags. */
+  CMPIFlags flags = 0;
+};
+
+/**
+ * The scope of one call into a provider, on the thread that makes the call: its context, its result
+ * and every object that is made on this thread meanwhile. When it ends, the objects are dead (a later
+ * use is a breach); the results stay readable as C++ values.
+ *
+ * Requests nest (an upcall within a call). Not thread-safe: made, used and ended on one thread.
+ */
+class Request {
+public:
+  explicit Request(Broker& broker, const CallOptions& options = {});
+  /** Ends it. */
+  ~Request();
+  Request(const Request&) = delete;
+  Request& operator=(const Request&) = delete;
+
+  CMPIContext* context() const;
+  CMPIResult* result() const;
+
+  /** Objects of this request made from values; owned by the request. No check of the schema is made. */
+  CMPIObjectPath* objectPath(const ObjectPath& path);
+  CMPIInstance* instance(const Instance& instance);
+  CMPIArgs* arguments(const Arguments& arguments);
+  CMPISelectExp* selectExpression(const std::string& query, const std::string& language);
+  /** The list for a method's output; with a method, names and types are checked against its parameters. */
+  CMPIArgs* outputArguments(const SchemaMethod* method = nullptr);
+
+  /** Reads objects back into values. @throws std::invalid_argument for an invalid or a dead object. */
+  static ObjectPath read(const CMPIObjectPath* path);
+  static Instance read(const CMPIInstance* instance);
+  static Arguments read(const CMPIArgs* arguments);
+  static std::string read(const CMPIString* text);
+
+  /** Marks every object of the request dead and frees it; a second call does nothing. */
+  void end();
+
+  /** What the provider has returned, in order; also after the end. */
+  const std::vector<Instance>& instances() const;
+  const std::vector<ObjectPath>& paths() const;
+  const std::vector<Value>& data() const;
+  /** The message of the last error that the provider put into the result; empty when there was none. */
+  const std::string& error() const;
+  /** Whether the end mark came. */
+  bool done() const;
+
+private:
+  std::unique_ptr<RequestState> m_state;
+};
+
+}  // namespace tvp::host
+
+#endif

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef HOST_SCHEMA_NAMES_H
+#define HOST_SCHEMA_NAMES_H
+
+#include "cmpidt.h"
+
+#include <optional>
+#include <string>
+
+namespace tvp::host {
+
+/** The MOF name of a type: "uint32", "string[]"; a reference is "ref". */
+std::string typeName(CMPIType type);
+/** The scalar type of a MOF name ("uint32", "datetime"); nothing for a name that is no type. */
+std::optional<CMPIType> typeOfName(const std::string& name);
+/** The CIM name of a status code, "CIM_ERR_FAILED"; codes beyond CIM's keep their CMPI name. */
+std::string statusName(CMPIrc code);
+
+/** ASCII letters in lower case; other bytes stay. */
+std::string lowerCase(const std::string& text);
+/** Compares without regard to the case of ASCII letters. */
+bool equalNames(const std::string& left, const std::string& right);
+bool equalNames(const char* left, const char* right);
+
+}  // namespace tvp::host
+
+#endif

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/tvpcim/output/JsonFormatter.h"
+
+#include "host/schema/ObjectPathText.h"
+#include "host/tvpcim/output/Text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cmath>
+
+namespace tvp::host::tvpcim {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json toJson(const Instance& instance);
+
+Json scalarToJson(const Value& value) {
+  switch (value.type()) {
+  case CMPI_boolean:
+    return value.asBoolean();
+  case CMPI_string:
+    return toUtf8(value.asString());
+  case CMPI_dateTime:
+    return value.asDateTime().iso8601();
+  case CMPI_ref:
+    return toUtf8(toPathText(value.asReference()));
+  case CMPI_instance:
+    return toJson(value.asInstance());
+  case CMPI_real32:
+  case CMPI_real64:
+    return std::isfinite(value.asReal()) ? Json(value.asReal()) : Json(nullptr);
+  case CMPI_sint8:
+  case CMPI_sint16:
+  case CMPI_sint32:
+  case CMPI_sint64:
+    return value.asSigned();
+  default:
+    return value.asUnsigned();
+  }
+}
+
+Json toJson(const Value& value) {
+  if (value.isNull()) {
+    return nullptr;
+  }
+  if (!value.isArray()) {
+    return scalarToJson(value);
+  }
+  Json array = Json::array();
+  for (const Value& element : value.asArray()) {
+    array.push_back(toJson(element));
+  }
+  return array;
+}
+
+Json toJson(const Instance& instance) {
+  Json object = Json::object();
+  for (const NamedValue& property : instance.properties) {
+    object[toUtf8(property.name)] = toJson(property.value);
+  }
+  return object;
+}
+
+std::string listOf(const std::vector<Instance>& instances) {
+  Json array = Json::array();
+  for (const Instance& instance : instances) {
+    array.push_back(toJson(instance));
+  }
+  return array.dump(2) + "\n";
+}
+
+class JsonFormatter : public Formatter {
+public:
+  std::string listing(const Listing& listing) const override { return listOf(listing.instances); }
+
+  std::string record(const Instance& instance) const override { return toJson(instance).dump(2) + "\n"; }
+
+  std::string nothing() const override { return "null\n"; }
+
+  std::string paths(const std::string& /*noun*/, const std::vector<ObjectPath>& paths) const override {
+    Json array = Json::array();
+    for (const ObjectPath& path : paths) {
+      array.push_back(toUtf8(toPathText(path)));
+    }
+    return array.dump(2) + "\n";
+  }
+
+  std::string event(const Instance& instance) const override { return toJson(instance).dump() + "\n"; }
+
+  std::string tree(const std::vector<Instance>& roots) const override { return listOf(roots); }
+};
+
+}  // namespace
+
+std::unique_ptr<const Formatter> makeJsonFormatter() {
+  return std::make_unique<JsonFormatter>();
+}
+
+}  // namespace tvp::host::tvpcim

@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: Apache-2.0
+// I/O, the counters that tell of it, and what the policy engine makes of it.
+#include "engine/EngineFixture.h"
+#include "voltvk/engine/activity/PolicyEngine.h"
+#include "voltvk/engine/activity/VolumeActivity.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+
+using namespace tvp::test;
+using voltvk::IoPattern;
+
+namespace {
+
+class ActivityTest : public EngineTest {
+protected:
+  ActivityTest() {
+    addDrive(TVK_DEVICE_HDD, 1000 * MIB);
+    addDrive(TVK_DEVICE_SSD, 1000 * MIB);
+    m_hdd = createPool(poolSpec("hdd", {0}, 1000 * MIB));
+    m_ssd = createPool(poolSpec("ssd", {1}, 1000 * MIB, TVK_TIER_SSD));
+  }
+  std::uint32_t create(std::uint8_t type, std::uint64_t hddChunks, std::uint64_t ssdChunks) {
+    return createVolume(volumeSpec("volume", type, {{m_hdd, hddChunks * MIB}, {m_ssd, ssdChunks * MIB}}));
+  }
+  void play(const IoPattern& pattern) {
+    state()->change([&](voltvk::Connection& connection) {
+      const auto volumes = voltvk::SnapshotReader(connection).volumes();
+      voltvk::VolumeActivity(connection, volumes.back()).play(pattern);
+    });
+  }
+  /** Reads the first chunks of the volume, each so many times. */
+  void heat(std::uint64_t chunks, std::uint64_t times) {
+    for (std::uint64_t i = 0; i < times; ++i) {
+      play({chunks, 0, true, 0, 1});
+    }
+  }
+  std::uint64_t runRound() {
+    std::uint64_t moved = 0;
+    state()->change([&](voltvk::Connection& connection) {
+      for (const auto& entry : voltvk::PolicyEngine(connection).runRound()) {
+        moved += entry.chunks;
+      }
+    });
+    return moved;
+  }
+  d_ioctl_user_stat statistics(std::uint32_t id) {
+    d_ioctl_user_stat out{};
+    EXPECT_EQ(adapter().getVirtualVolumeStats(&out, id).getReturn(), TVK_OK);
+    return out;
+  }
+
+  std::uint32_t m_hdd = 0;
+  std::uint32_t m_ssd = 0;
+};
+
+TEST_F(ActivityTest, CountersTellWhatWasPlayed) {
+  const std::uint32_t id = create(TVK_VOLUME_TIERED, 30, 10);
+  play({40, 20, true, 0, 1});  // once through all chunks and half of them again
+  play({5, 5, false, 100, 7});
+  d_ioctl_user_stat counted = statistics(id);
+  EXPECT_EQ(counted.readIoCount, 45U);
+  EXPECT_EQ(counted.writeIoCount, 25U);
+  EXPECT_EQ(counted.sequentialIoCount, 60U);
+  EXPECT_EQ(counted.randomIoCount, 10U);
+  EXPECT_EQ(counted.ssdReadIoCount + counted.ssdWriteIoCount, 10U) << "those that lie on the SSD part";
+  EXPECT_EQ(counted.hddTotalChunks, 30U);
+  EXPECT_EQ(counted.ssdTotalChunks, 10U);
+  EXPECT_EQ(counted.ssdExtraChunks, 0U);
+  EXPECT_EQ(counted.totalChunks, 40U);
+  EXPECT_EQ(counted.chunkSize, CHUNK);
+  EXPECT_EQ(counted.feature, 2U);
+  EXPECT_EQ(adapter().resetVirtualVolumeStats(id).getReturn(), TVK_OK);
+  counted = statistics(id);
+  EXPECT_EQ(
+      counted.readIoCount + counted.writeIoCount + counted.sequentialIoCount + counted.randomIoCount +
+          counted.ssdReadIoCount + counted.ssdWriteIoCount,
+      0U);
+  EXPECT_EQ(counted.totalChunks, 40U);
+}
+
+TEST_F(ActivityTest, PolicyExchangesHotChunksOfTieredVolumes) {
+  const std::uint32_t id = create(TVK_VOLUME_TIERED, 100, 20);
+  EXPECT_EQ(volumes()[0]->getMaxMoveChunks(), 16U);
+  EXPECT_EQ(volumes()[0]->getMoveThreshold(), 4U);
+  heat(24, 3);
+  EXPECT_EQ(runRound(), 0U) << "not hot yet";
+  heat(24, 1);
+  newEvents();
+  EXPECT_EQ(runRound(), 16U);
+  EXPECT_EQ(newEvents(), std::vector<std::string>{"40F Volume [volume]: [16] chunks moved to the SSD pool"});
+  EXPECT_EQ(adapter().resetVirtualVolumeStats(id).getReturn(), TVK_OK);
+  heat(24, 1);
+  EXPECT_EQ(statistics(id).ssdReadIoCount, 16U);
+  // Four places are left; the chunks that were moved are as hot as the rest.
+  EXPECT_EQ(runRound(), 8U) << "4 unused places, 4 that have cooled";
+  const d_ioctl_user_stat counted = statistics(id);
+  EXPECT_EQ(counted.ssdTotalChunks, 20U);
+  EXPECT_EQ(counted.hddTotalChunks, 100U);
+}
+
+TEST_F(ActivityTest, CacheFillsTakesWritesAndIsFlushed) {
+  const std::uint32_t id = create(TVK_VOLUME_CACHED, 100, 10);
+  heat(12, 4);
+  EXPECT_EQ(runRound(), 10U) << "the cache is full";
+  d_ioctl_user_stat counted = statistics(id);
+  EXPECT_EQ(counted.ssdTotalChunks, 10U);
+  EXPECT_EQ(counted.ssdExtraChunks, 0U);
+  EXPECT_EQ(counted.totalChunks, 100U);
+  EXPECT_EQ(counted.ssdReadIoCount, 0U);
+  play({0, 5, true, 0, 1});
+  EXPECT_EQ(statistics(id).ssdWriteIoCount, 5U);
+  newEvents();
+  EXPECT_EQ(adapter().flushVirtualVolume(id).getReturn(), TVK_OK);
+  EXPECT_EQ(adapter().flushVirtualVolume(id).getReturn(), TVK_OK);
+  const std::vector<std::string> expected = {
+      "40D Volume [volume] was flushed: [5] chunks written back",
+      "40D Volume [volume] was flushed: [0] chunks written back"};
+  EXPECT_EQ(newEvents(), expected);
+}
+
+TEST_F(ActivityTest, KnobDecidesHowMuchIsMoved) {
+  const std::uint32_t id = create(TVK_VOLUME_TIERED, 200, 100);
+  struct Case {
+    TvkKnob knob;
+    std::uint64_t accesses;
+    std::uint64_t moved;
+  };
+  for (const Case& one :
+       {Case{TVK_KNOB_PASSIVE, 7, 0}, Case{TVK_KNOB_AGGRESSIVE, 0, 32}, Case{TVK_KNOB_NORMAL, 0, 16},
+        Case{TVK_KNOB_PASSIVE, 1, 8}}) {
+    auto change = volumeSpec("", 0, {});
+    change.knobSetting = one.knob;
+    ASSERT_EQ(adapter().modifyVirtualVolume(id, change).getReturn(), TVK_OK);
+    heat(100, one.accesses);
+    EXPECT_EQ(runRound(), one.moved) << "knob " << one.knob;
+    EXPECT_EQ(volumes()[0]->getKnobSetting(), one.knob);
+  }
+}
+
+TEST_F(ActivityTest, StoppedPolicyMovesNothing) {
+  create(TVK_VOLUME_TIERED, 100, 20);
+  heat(10, 10);
+  EXPECT_TRUE(m_lib->getRootObject()->isPolicyEngineRunning()) << "running from the beginning";
+  const auto set = [&](bool running) {
+    state()->change(
+        [&](voltvk::Connection& connection) { voltvk::PolicyEngine(connection).setRunning(running); });
+  };
+  set(false);
+  EXPECT_FALSE(m_lib->getRootObject()->isPolicyEngineRunning());
+  EXPECT_EQ(runRound(), 0U);
+  set(true);
+  EXPECT_EQ(runRound(), 10U);
+}
+
+TEST_F(ActivityTest, HeatOfHugeVolumesIsRememberedInPart) {
+  const std::uint32_t pool = m_hdd;
+  createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, 900 * MIB}, {m_ssd, 900 * MIB}}));
+  addDrive(TVK_DEVICE_HDD, 100000 * MIB);
+  const std::uint32_t large = createPool(poolSpec("large", {2}, 100000 * MIB, TVK_TIER_HDD, 8));
+  createVolume(volumeSpec("huge", TVK_VOLUME_TIERED, {{large, 100000 * MIB}}));
+  play({200000, 0, false, 20, 3});
+  std::int64_t rows = 0;
+  std::int64_t hot = 0;
+  state()->read([&](voltvk::Connection& connection) {
+    rows = connection.number("SELECT count(*) FROM chunk");
+    hot = connection.number("SELECT count(*) FROM chunk WHERE number < 16 AND heat > 1000");
+  });
+  EXPECT_EQ(rows, voltvk::VolumeActivity::REMEMBERED_CHUNKS);
+  EXPECT_EQ(hot, 16);
+}
+
+}  // namespace

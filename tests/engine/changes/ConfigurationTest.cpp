@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: Apache-2.0
+// What pools and volumes are once they are made, and what is told of their changes.
+#include "engine/EngineFixture.h"
+#include "voltvk/engine/activity/EventJournal.h"
+
+#include <atomic>
+#include <thread>
+
+using namespace tvp::test;
+
+namespace {
+
+class ConfigurationTest : public EngineTest {
+protected:
+  std::uint32_t createCachedDrive(
+      std::uint8_t drive, std::uint32_t ssdPool, const char* name, std::uint64_t chunk = CHUNK) {
+    VirtualPoolSpec ssd;
+    ssd.poolId = ssdPool;
+    ssd.capacityInSectors = 8 * MIB;
+    VirtualPoolSpec hdd = poolSpec("InternalPool1", {drive}, 50 * MIB - 3, TVK_TIER_HDD, chunk);
+    VirtualVolumeSpec volume = volumeSpec(name, TVK_VOLUME_CACHED, {});
+    // The caller of the interface hands over the internal pool first; either order must do.
+    EXPECT_EQ(TvkAdapter().createCachedLD(hdd, ssd, volume).getReturn(), TVK_OK);
+    EXPECT_NE(hdd.poolId, TVK_NO_ID);
+    return volume.volumeId;
+  }
+};
+
+TEST_F(ConfigurationTest, PoolSharesItsCapacityOverItsDrives) {
+  addDrive(TVK_DEVICE_HDD, 10 * MIB);
+  addDrive(TVK_DEVICE_HDD, 100 * MIB + 5);
+  addDrive(TVK_DEVICE_HDD, 100 * MIB);
+  createPool(poolSpec("gold \xE2\x82\xAC %s '\"", {2, 0, 1}, 50 * MIB + 1));
+  const auto listed = pools();
+  ASSERT_EQ(listed.size(), 1U);
+  VirtualPool* pool = listed[0];
+  EXPECT_STREQ(pool->getName(), "gold \xE2\x82\xAC %s '\"");
+  EXPECT_EQ(pool->getCapacityInSectors(), 51 * MIB);  // whole chunks
+  EXPECT_EQ(pool->getUsedCapacityInSectors(), 0U);
+  EXPECT_EQ(pool->getNumberOfLogicalDevices(), 3);
+  EXPECT_EQ(pool->getTierLevel(), TVK_TIER_HDD);
+  EXPECT_EQ(pool->getHardDiskFlag(), 1);
+  EXPECT_FALSE(pool->isInternal());
+  const std::vector<Chunk*> chunks = chunksOf(pool);
+  ASSERT_EQ(chunks.size(), 3U);
+  const std::uint64_t expected[][2] = {{2, 21}, {0, 10}, {1, 20}};
+  for (std::size_t i = 0; i < 3; ++i) {
+    EXPECT_EQ(chunks[i]->getProviderLogical()->getDeviceNumber(), expected[i][0]);
+    EXPECT_EQ(chunks[i]->getStartRange(), 0U);
+    EXPECT_EQ(chunks[i]->getEndRange(), expected[i][1] * MIB - 1);
+    EXPECT_TRUE(chunks[i]->getProviderLogical()->isUsed());
+  }
+}
+
+TEST_F(ConfigurationTest, VolumeUsesTheGapsThatOthersLeave) {
+  addDrive(TVK_DEVICE_HDD, 30 * MIB);
+  const std::uint32_t pool = createPool(poolSpec("pool", {0}, 30 * MIB));
+  std::vector<std::uint32_t> ids;
+  for (const char* name : {"a", "b", "c"}) {
+    ids.push_back(createVolume(volumeSpec(name, TVK_VOLUME_TIERED, {{pool, 10 * MIB}})));
+  }
+  EXPECT_EQ(adapter().deleteVirtualVolume(ids[0]).getReturn(), TVK_OK);
+  EXPECT_EQ(adapter().deleteVirtualVolume(ids[2]).getReturn(), TVK_OK);
+  createVolume(volumeSpec("d", TVK_VOLUME_TIERED, {{pool, 15 * MIB}}));
+  const auto listed = volumes();
+  ASSERT_EQ(listed.size(), 2U);
+  const std::vector<Chunk*> chunks = chunksOf(listed.last());
+  ASSERT_EQ(chunks.size(), 2U);
+  EXPECT_EQ(chunks[0]->getStartRange(), 0U);
+  EXPECT_EQ(chunks[0]->getEndRange(), 10 * MIB - 1);
+  EXPECT_EQ(chunks[1]->getStartRange(), 20 * MIB);
+  EXPECT_EQ(chunks[1]->getEndRange(), 25 * MIB - 1);
+  EXPECT_EQ(chunks[1]->getProviderVirtualPool()->getPoolId(), pool);
+  EXPECT_EQ(chunks[1]->getMaxAllowedChunks(), 15U);
+  EXPECT_EQ(pools()[0]->getUsedCapacityInSectors(), 25 * MIB);
+  EXPECT_EQ(pools()[0]->getNumberOfVirtualVolumes(), 2);
+  EXPECT_GT(listed.last()->getVolumeId(), ids[2]) << "identifiers are never given twice";
+}
+
+TEST_F(ConfigurationTest, KindsOfVolumesTakeTheirCapacityFromTheRightPool) {
+  addDrive(TVK_DEVICE_HDD, 1000 * MIB);
+  addDrive(TVK_DEVICE_SSD, 1000 * MIB);
+  const std::uint32_t hdd = createPool(poolSpec("hdd", {0}, 500 * MIB, TVK_TIER_HDD, 8));
+  const std::uint32_t ssd = createPool(poolSpec("ssd", {1}, 500 * MIB, TVK_TIER_SSD, 4 * MIB));
+  // In either order, and the chunks of a tiered volume fit both pools.
+  createVolume(volumeSpec("tiered", TVK_VOLUME_TIERED, {{ssd, 5 * MIB}, {hdd, 20 * MIB}}));
+  createVolume(volumeSpec("cached", TVK_VOLUME_CACHED, {{hdd, 20 * MIB + 1}, {ssd, 5 * MIB}}));
+  const auto listed = volumes();
+  ASSERT_EQ(listed.size(), 2U);
+  EXPECT_EQ(listed[0]->getCapacityInSectors(), 28 * MIB);
+  EXPECT_EQ(listed[0]->getFeatures(), 2U);
+  EXPECT_EQ(listed[0]->getCacheMode(), TVK_CACHE_NONE);
+  EXPECT_EQ(listed[1]->getCapacityInSectors(), 20 * MIB + 8);
+  EXPECT_EQ(listed[1]->getFeatures(), 1U);
+  EXPECT_EQ(listed[1]->getCacheMode(), TVK_CACHE_WRITE_BACK);
+  EXPECT_EQ(listed[1]->getKnobSetting(), TVK_KNOB_NORMAL) << "none given";
+  for (std::size_t i = 0; i < 2; ++i) {
+    EXPECT_EQ(listed[i]->getVirtualPoolsCount(), 2);
+    EXPECT_EQ(chunksOf(listed[i])[0]->getProviderVirtualPool()->getPoolId(), hdd);
+    EXPECT_EQ(chunksOf(listed[i])[1]->getProviderVirtualPool()->getPoolId(), ssd);
+  }
+  EXPECT_EQ(pools()[1]->getUsedCapacityInSectors(), 16 * MIB);
+}
+
+TEST_F(ConfigurationTest, CachedDriveBringsItsInternalPoolAndTakesItAlong) {
+  addDrive(TVK_DEVICE_HDD, 50 * MIB);
+  addDrive(TVK_DEVICE_SSD, 50 * MIB);
+  const std::uint32_t ssd = createPool(poolSpec("ssd", {1}, 48 * MIB, TVK_TIER_SSD, 4 * MIB));
+  newEvents();
+  const std::uint32_t id = createCachedDrive(0, ssd, "cached");
+  ASSERT_EQ(pools().size(), 2U);
+  EXPECT_TRUE(pools().last()->isInternal());
+  EXPECT_EQ(volumes()[0]->getCapacityInSectors(), 50 * MIB);
+  EXPECT_EQ(pools().last()->getUsedCapacityInSectors(), 50 * MIB);
+  EXPECT_EQ(adapter().deleteVirtualVolume(id).getReturn(), TVK_OK);
+  EXPECT_EQ(pools().size(), 1U);
+  EXPECT_FALSE(drives()[0]->isUsed());
+  EXPECT_EQ(pools()[0]->getUsedCapacityInSectors(), 0U);
+  const std::vector<std::string> expected = {
+      "201 Pool [InternalPool1] was created: tier level [1], [102400] sectors, pool type [16]",
+      "401 Volume [cached] was created: volume type [2], [102400] sectors",
+      "405 Volume [cached] was deleted",
+      "205 Pool [InternalPool1] was deleted, pool type [16]",
+  };
+  EXPECT_EQ(newEvents(), expected);
+}
+
+TEST_F(ConfigurationTest, EveryChangeIsTold) {
+  addDrive(TVK_DEVICE_HDD, 50 * MIB);
+  const std::uint32_t pool = createPool(poolSpec("a[b]c", {0}, 50 * MIB));
+  auto spec = poolSpec("new", {}, 0, TVK_TIER_HDD);
+  tvkSetText(spec.description, sizeof spec.description, "two\nlines");
+  EXPECT_EQ(adapter().modifyVirtualPool(pool, spec).getReturn(), TVK_OK);
+  EXPECT_STREQ(pools()[0]->getDescription(), "two\nlines");
+  EXPECT_EQ(adapter().modifyVirtualPool(pool, poolSpec("", {}, 0, 0)).getReturn(), TVK_OK);
+  const std::uint32_t id = createVolume(volumeSpec("v", TVK_VOLUME_TIERED, {{pool, MIB}}));
+  auto change = volumeSpec("w", 0, {});
+  tvkSetText(change.description, sizeof change.description, "d");
+  change.knobSetting = TVK_KNOB_AGGRESSIVE;
+  EXPECT_EQ(adapter().modifyVirtualVolume(id, change).getReturn(), TVK_OK);
+  EXPECT_EQ(adapter().modifyVirtualVolume(id, change).getReturn(), TVK_OK);  // nothing new to tell
+  EXPECT_EQ(adapter().resetVirtualVolumeStats(id).getReturn(), TVK_OK);
+  EXPECT_EQ(adapter().deleteVirtualPool(pool).getReturn(), TVK_POOL_IN_USE);
+  EXPECT_EQ(adapter().deleteVirtualVolume(id).getReturn(), TVK_OK);
+  EXPECT_EQ(adapter().deleteVirtualVolume(id).getReturn(), TVK_NO_SUCH_VOLUME);
+  EXPECT_EQ(adapter().deleteVirtualPool(pool).getReturn(), TVK_OK);
+  const std::vector<std::string> expected = {
+      "601 Drive [/dev/tvk0] was added",
+      "201 Pool [a(b)c] was created: tier level [1], [102400] sectors",
+      "20B Pool [a(b)c] was renamed to [new]",
+      "20C Pool [new] got a new description",
+      "401 Volume [v] was created: volume type [1], [2048] sectors",
+      "40B Volume [v] was renamed to [w]",
+      "40C Volume [w] got a new description",
+      "40A Volume [w] changed its fetch and flush mode from [2] to [1]",
+      "40E The statistics of volume [w] were reset",
+      "207 Pool [new] could not be deleted",
+      "405 Volume [w] was deleted",
+      "407 Volume [" + std::to_string(id) + "] could not be deleted",
+      "205 Pool [new] was deleted, pool type [0]",
+  };
+  EXPECT_EQ(newEvents(), expected);
+  EXPECT_TRUE(newEvents().empty());
+}
+
+TEST_F(ConfigurationTest, EventsOfTwoPollsAllArriveAndOldOnesGo) {
+  addDrive(TVK_DEVICE_HDD, 50 * MIB);
+  newEvents();
+  state()->change([&](voltvk::Connection& connection) {
+    for (int i = 0; i < 1000; ++i) {
+      voltvk::EventJournal(connection)
+          .append(TVK_EVENT_DRIVE_ADDED, TVK_EVENT_INFORMATION, "{}", {std::to_string(i)});
+    }
+  });
+  const std::vector<std::string> events = newEvents();
+  ASSERT_EQ(events.size(), 1000U);
+  EXPECT_EQ(events.front(), "601 [0]");
+  EXPECT_EQ(events.back(), "601 [999]");
+  state()->change([&](voltvk::Connection& connection) {
+    for (int i = 0; i < voltvk::EventJournal::CAPACITY + 1; ++i) {
+      voltvk::EventJournal(connection)
+          .append(TVK_EVENT_DRIVE_ADDED, TVK_EVENT_INFORMATION, "{}", {std::to_string(i)});
+    }
+  });
+  const std::vector<std::string> kept = newEvents();
+  ASSERT_EQ(kept.size(), static_cast<std::size_t>(voltvk::EventJournal::CAPACITY));
+  EXPECT_EQ(kept.front(), "601 [1]");
+}
+
+TEST_F(ConfigurationTest, ConfigurationOutlivesTheProcessThatMadeIt) {
+  addDrive(TVK_DEVICE_SSD, 50 * MIB);
+  const std::uint32_t pool = createPool(poolSpec("pool", {0}, 50 * MIB, TVK_TIER_SSD));
+  const std::uint32_t id = createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, 10 * MIB}}));
+  m_lib.reset();
+  m_lib = std::make_unique<TvkLib>();
+  ASSERT_EQ(volumes().size(), 1U);
+  EXPECT_EQ(volumes()[0]->getVolumeId(), id);
+  EXPECT_TRUE(newEvents().empty()) << "what happened before is no news";
+}
+
+TEST_F(ConfigurationTest, CollectionsShowOneMomentWhateverHappensMeanwhile) {
+  addDrive(TVK_DEVICE_HDD, 100 * MIB);
+  const std::uint32_t pool = createPool(poolSpec("pool", {0}, 100 * MIB));
+  std::atomic<bool> stop{false};
+  std::thread writer([&] {
+    while (!stop) {
+      VirtualVolumeSpec spec = volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, 10 * MIB}});
+      adapter().createVirtualVolume(spec);
+      adapter().deleteVirtualVolume(spec.volumeId);
+    }
+  });
+  std::vector<std::thread> readers;
+  readers.reserve(3);
+  std::atomic<int> with{0};
+  std::atomic<int> without{0};
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  for (int i = 0; i < 3; ++i) {
+    readers.emplace_back([&] {
+      while ((with < 20 || without < 20) && std::chrono::steady_clock::now() < end) {
+        m_lib->refreshConfiguration();
+        FilterCollection all(&adapter());
+        std::unique_ptr<FilterCollection> some(all.filterByType("VirtualVolume", 0));
+        std::unique_ptr<FilterCollection> under(all.filterByType("VirtualPool", 0));
+        const auto* first = dynamic_cast<VirtualPool*>(under->elementAt(0));
+        const int count = some->size();
+        EXPECT_EQ(first->getUsedCapacityInSectors(), static_cast<std::uint64_t>(count) * 10 * MIB);
+        EXPECT_EQ(first->getNumberOfVirtualVolumes(), count);
+        if (count > 0) {
+          EXPECT_STREQ(dynamic_cast<VirtualVolume*>(some->elementAt(0))->getName(), "volume");
+        }
+        ++(count > 0 ? with : without);
+      }
+    });
+  }
+  for (std::thread& reader : readers) {
+    reader.join();
+  }
+  stop = true;
+  writer.join();
+  EXPECT_GE(with, 20);
+  EXPECT_GE(without, 20);
+}
+
+TEST_F(ConfigurationTest, CollectionsOfNothing) {
+  addDrive(TVK_DEVICE_HDD, 50 * MIB);
+  FilterCollection none(nullptr);
+  EXPECT_EQ(none.size(), 0);
+  EXPECT_EQ(none.elementAt(0), nullptr);
+  EXPECT_EQ(none.filterByType("LogicalDevice", 0), nullptr);
+  FilterCollection all(m_lib->getRootObject());
+  EXPECT_EQ(all.size(), 1);
+  EXPECT_EQ(all.elementAt(-1), nullptr);
+  EXPECT_EQ(all.elementAt(1), nullptr);
+  std::unique_ptr<FilterCollection> unknown(all.filterByType("Nothing", 0));
+  ASSERT_NE(unknown, nullptr);
+  EXPECT_EQ(unknown->size(), 0);
+  EXPECT_EQ(m_lib->getRootObject()->getObject(1), nullptr);
+}
+
+}  // namespace

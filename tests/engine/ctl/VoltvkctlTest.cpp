@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: Apache-2.0
+// The command voltvkctl, and what the storage library shows to those who link it.
+#include "engine/EngineFixture.h"
+#include "support/Command.h"
+
+#include <nlohmann/json.hpp>
+
+#include <regex>
+#include <sstream>
+
+using namespace tvp::test;
+using Json = nlohmann::json;
+
+namespace {
+
+class VoltvkctlTest : public EngineTest {
+protected:
+  CommandResult ctl(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), TVP_BINARY_DIR "/bin/voltvkctl");
+    return Command(arguments).run();
+  }
+  std::string text(const std::vector<std::string>& arguments) const {
+    const CommandResult result = ctl(arguments);
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    return result.out;
+  }
+  Json json(std::vector<std::string> arguments) const {
+    arguments.insert(arguments.end(), {"-o", "json"});
+    return Json::parse(text(arguments));
+  }
+};
+
+TEST_F(VoltvkctlTest, WrongUsageAndFailuresInOneLineThatHelps) {
+  struct Case {
+    int status;
+    std::vector<std::string> arguments;
+    const char* message;
+  };
+  const std::vector<Case> cases = {
+      {2, {}, "--help"},
+      {2, {"frobnicate"}, "frobnicate"},
+      {2, {"drive", "frobnicate"}, "frobnicate"},
+      {2, {"status", "-o", "xml"}, "xml"},
+      {2, {"drive", "add", "--type", "hdd"}, "--size is required"},
+      {2, {"drive", "add", "--type", "tape", "--size", "1G"}, "tape"},
+      {2, {"drive", "add", "--type", "hdd", "--size", "1Q"}, "'1Q' is no size"},
+      {2, {"drive", "add", "--type", "hdd", "--size", "-1"}, "-1"},
+      {2, {"drive", "add", "--type", "hdd", "--size", "1000001"}, "multiple of 512"},
+      {2, {"drive", "add", "--type", "hdd", "--size", "16777216TiB"}, "too large"},
+      {2, {"drive", "add", "--type", "hdd", "--size", "99999999999999999999"}, "too large"},
+      {1, {"drive", "add", "--type", "hdd", "--size", "512"}, "1 MiB"},
+      {1, {"drive", "add", "--type", "hdd", "--size", "1G", "--serial", "same"}, "another"},
+      {1, {"drive", "add", "--type", "hdd", "--size", "1G", "--model", "a\nb"}, "printable"},
+      {2, {"drive", "remove", "256"}, "256"},
+      {1, {"drive", "remove", "0"}, "pool gold"},
+      {1, {"drive", "remove", "99"}, "no drive 99"},
+      {2, {"fault", "set", "explode"}, "explode"},
+      {2, {"fault", "set", "fail", "nothing"}, "createVirtualPool"},
+      {2, {"fault", "set", "slow", "getEvents", "--milliseconds", "0"}, "milliseconds"},
+      {2, {"fault", "clear", "nothing"}, "driver-absent"},
+      {2, {"io", "gold"}, "--reads"},
+      {2, {"io", "gold", "--reads", "1", "--random", "--sequential"}, "excludes"},
+      {2, {"io", "gold", "--reads", "1000001"}, "1000001"},
+      {1, {"io", "nowhere", "--reads", "1"}, "no volume 'nowhere'"},
+  };
+  addDrive(TVK_DEVICE_HDD, 100 * MIB);
+  createPool(poolSpec("gold", {0}, 100 * MIB));
+  text({"drive", "add", "--type", "hdd", "--size", "1G", "--serial", "same"});
+  for (const Case& one : cases) {
+    const CommandResult result = ctl(one.arguments);
+    EXPECT_EQ(result.exitStatus, one.status) << result.err;
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err.rfind("voltvkctl: ", 0), 0U) << result.err;
+    EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << result.err;
+    EXPECT_NE(result.err.find(one.message), std::string::npos) << result.err;
+  }
+}
+
+TEST_F(VoltvkctlTest, OutputThatCannotBeWrittenIsAFailure) {
+  for (const std::string words : {"--help", "status", "drive list"}) {
+    const CommandResult full =
+        Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/voltvkctl " + words + " > /dev/full"}).run();
+    EXPECT_EQ(full.exitStatus, 1) << words;
+    EXPECT_NE(full.err.find("could not be written"), std::string::npos) << full.err;
+  }
+}
+
+TEST_F(VoltvkctlTest, DrivesFromAddingToRemoving) {
+  EXPECT_EQ(text({"drive", "list"}), "No drives.\n");
+  EXPECT_EQ(json({"drive", "list"}), Json::array());
+  EXPECT_EQ(text({"drive", "add", "--type", "hdd", "--size", "100GiB"}), "0\n");
+  EXPECT_EQ(text({"drive", "add", "--type", "ssd", "--size", "1536M", "--model", "Fast \xC3\xA9"}), "1\n");
+  const Json drives = json({"drive", "list"});
+  ASSERT_EQ(drives.size(), 2U);
+  EXPECT_EQ(drives[0]["sectors"], 209715200);
+  EXPECT_EQ(drives[0]["type"], "hdd");
+  EXPECT_EQ(drives[1]["size"], "1.5 GiB");
+  EXPECT_EQ(drives[1]["model"], "Fast \xC3\xA9");
+  EXPECT_EQ(json({"drive", "remove", "0"})["number"], 0);
+  EXPECT_EQ(json({"drive", "list"}).size(), 1U);
+  EXPECT_EQ(text({"drive", "add", "--type", "hdd", "--size", "8T"}), "2\n") << "numbers are not given again";
+}
+
+TEST_F(VoltvkctlTest, StatusTellsWhyThereIsNoDriver) {
+  Json status = json({"status"});
+  EXPECT_EQ(status["driver"], "available");
+  EXPECT_EQ(status["policy"], "running");
+  EXPECT_EQ(status["state"], m_folder.file("state.db"));
+  text({"fault", "set", "driver-absent"});
+  EXPECT_NE(json({"status"})["reason"].get<std::string>().find("fault clear"), std::string::npos);
+  m_lib.reset();
+  m_folder.write(
+      "state.db", "this is no database, whatever its name says: it is a text of some length. "
+                  "A header has a hundred bytes.");
+  status = json({"status"});
+  EXPECT_EQ(status["driver"], "not available");
+  EXPECT_NE(status["reason"].get<std::string>().find("no database"), std::string::npos);
+  EXPECT_EQ(ctl({"drive", "list"}).exitStatus, 1);
+}
+
+TEST_F(VoltvkctlTest, FaultsReachOtherProcesses) {
+  text({"fault", "set", "fail", "createVirtualPool", "--status", "35"});
+  text({"fault", "set", "throw", "getIdentity"});
+  text({"fault", "set", "slow", "getEvents", "--milliseconds", "7"});
+  const Json faults = json({"fault", "list"});
+  ASSERT_EQ(faults.size(), 3U);
+  EXPECT_EQ(
+      faults[0],
+      (Json{
+          {"kind", "fail"}, {"operation", "createVirtualPool"}, {"status", 35}, {"milliseconds", nullptr}}));
+  EXPECT_EQ(faults[2]["milliseconds"], 7);
+  VirtualPoolSpec spec;
+  EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), 35U);
+  EXPECT_EQ(json({"fault", "clear", "throw", "getIdentity"})["cleared"], 1);
+  EXPECT_EQ(json({"fault", "clear"})["cleared"], 1);
+  EXPECT_EQ(text({"fault", "list"}), "No faults.\n");
+}
+
+TEST_F(VoltvkctlTest, IoAndPolicyMoveTheHotArea) {
+  addDrive(TVK_DEVICE_HDD, 1000 * MIB);
+  addDrive(TVK_DEVICE_SSD, 1000 * MIB);
+  const std::uint32_t hdd = createPool(poolSpec("hdd", {0}, 1000 * MIB));
+  const std::uint32_t ssd = createPool(poolSpec("ssd", {1}, 1000 * MIB, TVK_TIER_SSD));
+  const std::uint32_t id =
+      createVolume(volumeSpec("data", TVK_VOLUME_CACHED, {{hdd, 900 * MIB}, {ssd, 100 * MIB}}));
+  text({"io", "data", "--reads", "500", "--writes", "500", "--hot", "90", "--seed", "5"});
+  EXPECT_EQ(text({"policy", "stop"}), "the policy engine is stopped\n");
+  EXPECT_EQ(text({"policy", "status"}), "stopped\n");
+  EXPECT_NE(text({"policy", "run"}).find("stopped"), std::string::npos);
+  EXPECT_EQ(json({"policy", "run"})["moved"], Json::array());
+  text({"policy", "start"});
+  EXPECT_EQ(text({"policy", "status"}), "running\n");
+  EXPECT_EQ(
+      json({"policy", "run"})["moved"], (Json::array({{{"volume", "data"}, {"id", id}, {"chunks", 16}}})));
+  const Json counted = json({"io", std::to_string(id), "--reads", "100", "--sequential", "--hot", "100"});
+  EXPECT_EQ(counted["totalSsdReads"], 100);
+  EXPECT_EQ(counted["totalReads"], 600);
+}
+
+TEST_F(VoltvkctlTest, EventsInOrder) {
+  for (int i = 0; i < 3; ++i) {
+    text({"drive", "add", "--type", "hdd", "--size", "1G"});
+  }
+  const Json events = json({"events", "--count", "2"});
+  ASSERT_EQ(events.size(), 2U);
+  EXPECT_EQ(events[0]["description"], "Drive [/dev/tvk1] was added");
+  EXPECT_EQ(events[1]["id"], 3);
+  EXPECT_EQ(events[1]["code"], 0x601);
+  EXPECT_EQ(events[1]["hex"], "601");
+  EXPECT_TRUE(std::regex_match(
+      events[1]["time"].get<std::string>(), std::regex("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\dZ")));
+}
+
+#ifdef TVP_SEALED
+TEST(LibraryInterface, ShowsTheContractAndNothingElse) {
+  const CommandResult symbols =
+      Command({"/usr/bin/nm", "-DC", "--defined-only", TVP_BINARY_DIR "/lib/libVOLTVK.so"}).run();
+  ASSERT_EQ(symbols.exitStatus, 0) << symbols.err;
+  const std::string classes =
+      "(Ret|RaidObject|LogicalDevice|VirtualPool|VirtualVolume|Chunk|VirtualPoolSpec|"
+      "VirtualVolumeSpec|VolEvent|VolEventCollection|TvkAdapter|FilterCollection|VolLib|TvkLib)";
+  const std::regex allowed(
+      "(" + classes + "::.*|(vtable|typeinfo|typeinfo name) for " + classes +
+      "|tvkStatusText\\(unsigned int\\)|tvkSetText\\(.*)");
+  std::istringstream lines(symbols.out);
+  int vtables = 0;
+  for (std::string line; std::getline(lines, line);) {
+    const std::string name = line.substr(19);
+    EXPECT_TRUE(std::regex_match(name, allowed)) << name;
+    vtables += name.rfind("vtable for ", 0) == 0 ? 1 : 0;
+  }
+  EXPECT_EQ(vtables, 9);
+}
+#endif
+
+}  // namespace

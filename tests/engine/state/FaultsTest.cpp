@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+// Injected faults: who sees them, how long they last.
+#include "voltvk/engine/state/Faults.h"
+
+#include "engine/EngineFixture.h"
+
+#include <functional>
+#include <map>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tvp::test;
+using voltvk::FaultKind;
+using voltvk::Faults;
+
+namespace {
+
+class FaultsTest : public EngineTest {
+protected:
+  FaultsTest() {
+    addDrive(TVK_DEVICE_HDD, 50 * MIB);
+    newEvents();
+  }
+};
+
+TEST_F(FaultsTest, DriverAbsent) {
+  Faults().driverAbsent();
+  unsigned long count = 99;
+  EXPECT_EQ(m_lib->getControllerCount(count).getReturn(), TVK_NO_DRIVER);
+  EXPECT_EQ(count, 0U);
+  EXPECT_NE(std::string(m_lib->getOpenError()).find("voltvkctl fault clear"), std::string::npos);
+  EXPECT_FALSE(drives().isReadable());
+  VirtualPoolSpec spec = poolSpec("pool", {0}, 50 * MIB);
+  EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_NO_DRIVER);
+  EXPECT_EQ(Faults().clear(FaultKind::DriverAbsent), 1U);
+  EXPECT_EQ(m_lib->getControllerCount(count).getReturn(), TVK_OK);
+  EXPECT_EQ(count, 1U);
+  EXPECT_EQ(drives().size(), 1U);
+}
+
+TEST_F(FaultsTest, AdapterAbsent) {
+  TvkAdapter& held = adapter();
+  Faults().adapterAbsent();
+  EXPECT_EQ(m_lib->getRootObject()->getObject(0), nullptr);
+  EXPECT_EQ(TvkAdapter().deleteVirtualPool(1).getReturn(), TVK_NO_ADAPTER);
+  EXPECT_EQ(held.deleteVirtualPool(1).getReturn(), TVK_NO_ADAPTER);
+  unsigned long count = 0;
+  m_lib->getControllerCount(count);
+  EXPECT_EQ(count, 1U);
+  Faults().clear();
+  EXPECT_EQ(m_lib->getRootObject()->getObject(0), &held) << "the adapter is the same all the time";
+}
+
+TEST_F(FaultsTest, EveryOperationFailsAndThrowsOnce) {
+  VirtualPoolSpec pool = poolSpec("pool", {0}, 50 * MIB);
+  VirtualPoolSpec other;
+  VirtualVolumeSpec volume = volumeSpec("volume", TVK_VOLUME_TIERED, {});
+  VolEventCollection events(0, 8, 0);
+  TvkAdapterIdentity identity{};
+  d_ioctl_user_stat statistics{};
+  const std::map<std::string, std::function<Ret()>> calls = {
+      {"createCachedLD", [&] { return adapter().createCachedLD(other, pool, volume); }},
+      {"createVirtualPool", [&] { return adapter().createVirtualPool(pool); }},
+      {"createVirtualVolume", [&] { return adapter().createVirtualVolume(volume); }},
+      {"deleteVirtualPool", [&] { return adapter().deleteVirtualPool(77); }},
+      {"deleteVirtualVolume", [&] { return adapter().deleteVirtualVolume(77); }},
+      {"flushVirtualVolume", [&] { return adapter().flushVirtualVolume(77); }},
+      {"getEvents", [&] { return adapter().getEvents(events); }},
+      {"getIdentity", [&] { return adapter().getIdentity(identity); }},
+      {"getVirtualVolumeStats", [&] { return adapter().getVirtualVolumeStats(&statistics, 77); }},
+      {"modifyVirtualPool", [&] { return adapter().modifyVirtualPool(77, pool); }},
+      {"modifyVirtualVolume", [&] { return adapter().modifyVirtualVolume(77, volume); }},
+      {"refreshConfiguration", [&] { return m_lib->refreshConfiguration(); }},
+      {"resetVirtualVolumeStats", [&] { return adapter().resetVirtualVolumeStats(77); }},
+  };
+  ASSERT_EQ(calls.size(), Faults::operations().size());
+  for (const std::string& operation : Faults::operations()) {
+    Faults().fail(operation, 4242);
+    Faults().throwFrom(operation);
+    EXPECT_EQ(calls.at(operation)().getReturn(), 4242U) << operation;
+    EXPECT_THROW(calls.at(operation)(), std::runtime_error) << operation;
+    EXPECT_TRUE(Faults().list().empty()) << operation;
+    EXPECT_NE(calls.at(operation)().getReturn(), 4242U) << operation;
+  }
+}
+
+TEST_F(FaultsTest, SlowOperationsTakeLongerUntilCleared) {
+  const auto duration = [&] {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
+    return std::chrono::steady_clock::now() - start;
+  };
+  Faults().slow("refreshConfiguration", std::chrono::milliseconds(60));
+  EXPECT_GE(duration(), std::chrono::milliseconds(60));
+  EXPECT_GE(duration(), std::chrono::milliseconds(60));
+  EXPECT_EQ(Faults().clear(FaultKind::Slow, "refreshConfiguration"), 1U);
+}
+
+TEST_F(FaultsTest, SetByAnotherProcessAndTold) {
+  TvkAdapter& ours = adapter();
+  const pid_t child = fork();
+  if (child == 0) {
+    // A state of its own: the parent's belongs to the parent.
+    auto own =
+        std::make_shared<voltvk::State>(m_folder.file("state.db"), voltvk::HostDriveScanner::ofThisMachine());
+    Faults(own).fail("getIdentity", 77);
+    _exit(0);
+  }
+  waitpid(child, nullptr, 0);
+  TvkAdapterIdentity identity{};
+  EXPECT_EQ(ours.getIdentity(identity).getReturn(), 77U);
+  EXPECT_EQ(
+      newEvents(), std::vector<std::string>{"801 A fault was injected: [fail getIdentity with status 77]"});
+}
+
+TEST_F(FaultsTest, WhatMakesNoSenseIsRefused) {
+  EXPECT_THROW(Faults().fail("noSuchOperation"), std::invalid_argument);
+  EXPECT_THROW(Faults().fail("getIdentity", 0), std::invalid_argument);
+  EXPECT_THROW(Faults().slow("getIdentity", std::chrono::milliseconds(0)), std::invalid_argument);
+  EXPECT_THROW(Faults().set({FaultKind::DriverAbsent, "getIdentity", 0, 0}), std::invalid_argument);
+  EXPECT_TRUE(Faults().list().empty());
+}
+
+}  // namespace

@@ -1,0 +1,287 @@
+// SPDX-License-Identifier: Apache-2.0
+// States that cannot be used mean "no driver", say why, and stay as they are.
+#include "engine/EngineFixture.h"
+#include "voltvk/engine/rules/Refusal.h"
+
+#include <sqlite3.h>
+
+#include <atomic>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <thread>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace tvp::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string bytesOf(const std::string& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+void runSql(const std::string& path, const char* sql) {
+  sqlite3* handle = nullptr;
+  ASSERT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(handle, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
+  sqlite3_close(handle);
+}
+
+unsigned int modeOf(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777U : 0;
+}
+
+unsigned long controllers(TvkLib& lib) {
+  unsigned long count = 99;
+  lib.getControllerCount(count);
+  return count;
+}
+
+class StateFileTest : public EngineTest {
+protected:
+  StateFileTest() : m_path(m_folder.file("state.db")) {
+    addDrive(TVK_DEVICE_HDD, 50 * MIB);
+    createPool(poolSpec("pool", {0}, 50 * MIB));
+    m_lib.reset();  // the last connection moves everything into the file
+  }
+  std::set<std::string> entries() const {
+    std::set<std::string> names;
+    for (const auto& entry : fs::directory_iterator(m_folder.path())) {
+      names.insert(entry.path().filename());
+    }
+    return names;
+  }
+  std::string m_path;
+};
+
+TEST_F(StateFileTest, IsNotWhereAProcessWithoutStandardStreamsPrints) {
+  const pid_t child = fork();
+  if (child == 0) {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      close(stream);
+    }
+    TvkLib lib;
+    bool printed = false;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+      printed = write(stream, "NUMBER  DEVICE", 14) > 0 || printed;
+    }
+    _exit(printed || controllers(lib) != 1 ? 1 : 0);
+  }
+  int status = -1;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+  m_lib = std::make_unique<TvkLib>();
+  EXPECT_STREQ(m_lib->getOpenError(), "");
+  EXPECT_EQ(pools().size(), 1U);
+}
+
+TEST_F(StateFileTest, MadeOnFirstUseForItsOwnerAlone) {
+  const std::string path = m_folder.file("deep/deeper/state.db");
+  ::setenv("VOLTVK_STATE", path.c_str(), 1);
+  const mode_t mask = umask(0);
+  TvkLib lib;
+  umask(mask);
+  EXPECT_STREQ(lib.getOpenError(), "");
+  EXPECT_EQ(controllers(lib), 1U);
+  EXPECT_EQ(modeOf(m_folder.file("deep")), 0700U);
+  EXPECT_EQ(modeOf(m_folder.file("deep/deeper")), 0700U);
+  for (const char* suffix : {"", "-wal", "-shm"}) {
+    EXPECT_EQ(modeOf(path + suffix), 0600U) << suffix;
+  }
+}
+
+struct BadState {
+  const char* name;
+  std::function<void(const TemporaryFolder&, const std::string&)> spoil;
+  const char* reason;
+};
+
+void PrintTo(const BadState& bad, std::ostream* out) {
+  *out << bad.name;
+}
+
+class BadStates : public StateFileTest, public ::testing::WithParamInterface<BadState> {};
+
+TEST_P(BadStates, MeanNoDriverAndAreLeftAlone) {
+  GetParam().spoil(m_folder, m_path);
+  const bool regular = fs::is_regular_file(fs::symlink_status(m_path));
+  const std::string before = regular ? bytesOf(m_path) : "";
+  const std::set<std::string> listing = entries();
+  m_lib = std::make_unique<TvkLib>();
+  EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_NO_DRIVER);
+  EXPECT_EQ(controllers(*m_lib), 0U);
+  const std::string error = m_lib->getOpenError();
+  EXPECT_NE(error.find(GetParam().reason), std::string::npos) << error;
+  EXPECT_NE(error.find(m_path), std::string::npos) << error;
+  EXPECT_NE(error.find("; "), std::string::npos) << "no advice in: " << error;
+  EXPECT_FALSE(drives().isReadable());
+  VirtualPoolSpec spec = poolSpec("pool", {0}, 50 * MIB);
+  EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_NO_DRIVER);
+  EXPECT_FALSE(m_lib->getRootObject()->isPolicyEngineRunning());
+  EXPECT_EQ(regular ? bytesOf(m_path) : "", before);
+  EXPECT_EQ(entries(), listing);
+  // Once the obstacle is gone, a later call finds the driver.
+  fs::remove_all(m_path);
+  fs::remove(m_path + "-wal");
+  EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
+  EXPECT_EQ(controllers(*m_lib), 1U);
+  EXPECT_STREQ(m_lib->getOpenError(), "");
+}
+
+void replace(const std::string& path, const std::string& content) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
+}
+
+const BadState BAD_STATES[] = {
+    {"NoDatabase", [](auto&, auto& path) { replace(path, std::string(5000, 'x')); }, "no database"},
+    {"Short", [](auto&, auto& path) { replace(path, "SQLite format 3"); }, "no database"},
+    {"CutShort", [](auto&, auto& path) { fs::resize_file(path, fs::file_size(path) / 2); }, "cut short"},
+    {"CutToOnePage", [](auto&, auto& path) { fs::resize_file(path, 4096); }, "cut short"},
+    {"CutToNothingInUse",
+     [](auto&, auto& path) {
+       replace(path, "");
+       replace(path + "-wal", "left over");
+     },
+     "cut to nothing"},
+    {"Damaged",
+     [](auto&, auto& path) {
+       std::string bytes = bytesOf(path);
+       bytes.replace(4096, std::size_t{8} * 4096, std::size_t{8} * 4096, '\xA5');
+       replace(path, bytes);
+     },
+     "state.db"},
+    {"OfAnotherProgram",
+     [](auto&, auto& path) {
+       fs::remove(path);
+       runSql(path, "CREATE TABLE something(a); INSERT INTO something VALUES(1)");
+     },
+     "another program"},
+    {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=2"); },
+     "newer version"},
+    {"SymbolicLink",
+     [](auto& folder, auto& path) {
+       fs::rename(path, folder.file("elsewhere"));
+       fs::create_symlink(folder.file("elsewhere"), path);
+     },
+     "symbolic link"},
+    {"Folder",
+     [](auto&, auto& path) {
+       fs::remove(path);
+       fs::create_directory(path);
+     },
+     "cannot be opened"},
+    {"Pipe",
+     [](auto&, auto& path) {
+       fs::remove(path);
+       ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+     },
+     "no regular file"},
+    {"WritableByAll", [](auto&, auto& path) { chmod(path.c_str(), 0666); }, "everybody"},
+    {"OfAnotherUser", [](auto&, auto& path) { EXPECT_EQ(chown(path.c_str(), 4711, 0), 0); }, "user 4711"},
+};
+
+INSTANTIATE_TEST_SUITE_P(Files, BadStates, ::testing::ValuesIn(BAD_STATES), [](const auto& bad) {
+  return bad.param.name;
+});
+
+TEST_F(StateFileTest, PathThatCannotBe) {
+  for (const std::string& path : {m_path + "/below/a/file", std::string("/proc/nowhere/state.db")}) {
+    ::setenv("VOLTVK_STATE", path.c_str(), 1);
+    TvkLib lib;
+    EXPECT_EQ(controllers(lib), 0U);
+    EXPECT_NE(std::string(lib.getOpenError()).find("cannot be"), std::string::npos) << lib.getOpenError();
+  }
+}
+
+TEST_F(StateFileTest, OnAFullDiskIsNotCalledDamaged) {
+  const auto before = signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit full = {1024, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &full), 0);
+  m_lib = std::make_unique<TvkLib>();
+  const std::string error = m_lib->getOpenError();
+  setrlimit(RLIMIT_FSIZE, &limit);
+  signal(SIGXFSZ, before);
+  EXPECT_NE(error.find("; see that its disk works and has room"), std::string::npos) << error;
+  EXPECT_EQ(error.find("move it away"), std::string::npos) << error;
+  EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
+  EXPECT_EQ(pools().size(), 1U);
+}
+
+TEST_F(StateFileTest, FileTakenAwayUnderneath) {
+  m_lib = std::make_unique<TvkLib>();
+  ASSERT_EQ(pools().size(), 1U);
+  fs::rename(m_path, m_path + ".old");
+  EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
+  EXPECT_EQ(pools().size(), 0U) << "a new, empty state";
+  EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
+  addDrive(TVK_DEVICE_HDD, 50 * MIB);
+  EXPECT_EQ(drives().size(), 1U);
+}
+
+TEST_F(StateFileTest, NumbersOfDrivesComeAgainWhenAllWereGiven) {
+  m_lib = std::make_unique<TvkLib>();
+  state()->change([](voltvk::Connection& connection) {
+    connection.execute("UPDATE setting SET value = 254 WHERE name = 'last_drive_number'");
+  });
+  EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 255U);
+  EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 1U) << "the smallest that is free";
+  state()->change(
+      [](voltvk::Connection& connection) { voltvk::DriveRegistry(connection).removeVirtual(255); });
+  EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 2U);
+}
+
+TEST_F(StateFileTest, LockedStateIsBusyAndNotForEver) {
+  m_lib = std::make_unique<TvkLib>();
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(m_path.c_str(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  const auto start = std::chrono::steady_clock::now();
+  std::atomic<bool> done{false};
+  std::thread reader([&] {
+    while (!done) {  // readers go on while a change waits
+      EXPECT_EQ(pools().size(), 1U);
+    }
+  });
+  EXPECT_EQ(adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0)).getReturn(), TVK_BUSY);
+  done = true;
+  reader.join();
+  const auto waited = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(waited, voltvk::BUSY_TIMEOUT / 2);
+  EXPECT_LE(waited, voltvk::BUSY_TIMEOUT * 3);
+  sqlite3_close(other);
+  EXPECT_EQ(adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0)).getReturn(), TVK_OK);
+}
+
+TEST_F(StateFileTest, ManyStartAtOnceOnANewState) {
+  for (int round = 0; round < 5; ++round) {
+    const std::string path = m_folder.file("new" + std::to_string(round));
+    std::vector<pid_t> children;
+    for (int i = 0; i < 6; ++i) {
+      const pid_t child = fork();
+      if (child == 0) {
+        ::setenv("VOLTVK_STATE", path.c_str(), 1);
+        TvkLib lib;
+        _exit(controllers(lib) == 1 ? 0 : 1);
+      }
+      children.push_back(child);
+    }
+    for (pid_t child : children) {
+      int status = -1;
+      waitpid(child, &status, 0);
+      EXPECT_EQ(status, 0);
+    }
+  }
+}
+
+}  // namespace

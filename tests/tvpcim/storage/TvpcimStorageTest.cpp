@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tvpcim/Tvpcim.h"
+
+#include <gmock/gmock.h>
+
+#include <list>
+
+namespace tvp::test {
+namespace {
+
+using testing::HasSubstr;
+
+constexpr std::uint64_t GIB = 2097152;  // sectors
+
+class TvpcimStorage : public TvpcimTest {
+protected:
+  /** The words that tvpcim finds for a refusal of the provider. */
+  std::string readingOf(const Words& words) const {
+    const CommandResult result = tvpcim(words);
+    EXPECT_EQ(result.exitStatus, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, HasSubstr("CIM_ERR_FAILED: :: Operation Failed\n"));
+    const std::string mark = "tvpcim: (own reading) ";
+    const std::size_t start = result.err.find(mark);
+    return start == std::string::npos ? result.err : result.err.substr(start + mark.size());
+  }
+
+  const std::string m_hardDisk = addDrive("hdd", "100GiB");
+  const std::string m_ssd = addDrive("ssd", "50GiB");
+};
+
+TEST_F(TvpcimStorage, EveryDriveIsListedWithItsProperties) {
+  for (int count = 0; count < 20; ++count) {
+    addDrive(count % 2 == 0 ? "hdd" : "ssd", std::to_string(count + 1) + "GiB");
+  }
+  const Json listed = answer({"drives"});
+  const Json known = Json::parse(voltvkctl({"drive", "list", "-o", "json"}));
+  EXPECT_EQ(listed.size(), known.size());
+  EXPECT_EQ(listed, answer({"ei", "TVP_LogicalDevice"})) << "the storage verb shows the same instances";
+  const Json& last = listed.back();
+  EXPECT_EQ(last.at("CapacityInSectors"), 20 * GIB);
+  EXPECT_EQ(last.at("DeviceType"), 2);
+  EXPECT_EQ(last.at("isUsedByTarvexPro"), false);
+  EXPECT_EQ(answer({"identity"}).at(0).at("LogicalDevicesCount"), listed.size());
+}
+
+TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
+  const Json slow = answer(
+      {"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB", "--description", "a \"b\""});
+  EXPECT_EQ(slow.at("RetStat"), 0);
+  // A name stands for the number, and the pool of SSDs may be named first.
+  answer(
+      {"pool", "create", "fast", "--drives", "/dev/tvk" + m_ssd, "--tier", "ssd", "--size", "20G", "--chunk",
+       "1MiB"});
+  answer(
+      {"volume", "create", "data", "--pool", "fast:2097152s", "--pool",
+       slow.at("VirtualPoolId").dump() + ":10GiB"});
+
+  const Json pools = answer({"pools"});
+  const Json fast = findIn(pools, "Name", "fast");
+  EXPECT_EQ(findIn(pools, "Name", "slow").at("Description"), "a \"b\"");
+  EXPECT_EQ(fast.at("TierLevel"), 3);
+  EXPECT_EQ(fast.at("CapacityInSectors"), 20 * GIB);
+  EXPECT_EQ(fast.at("UsedCapacityInSectors"), GIB);
+  const Json volume = answer({"volumes"}).at(0);
+  EXPECT_EQ(volume.at("CapacityInSectors"), 11 * GIB) << "the capacities of a tiered volume add up";
+  EXPECT_EQ(volume.at("KnobSetting"), 2);
+
+  answer({"volume", "modify", "data", "--name", "records", "--knob", "aggressive"});
+  EXPECT_EQ(answer({"volumes"}).at(0).at("KnobSetting"), 1);
+  answer({"pool", "modify", "slow", "--description", "changed"});
+  EXPECT_EQ(findIn(answer({"pools"}), "Name", "slow").at("Description"), "changed") << "the name stays";
+
+  voltvkctl({"io", "records", "--reads", "100", "--writes", "50"});
+  EXPECT_EQ(answer({"volume", "stats", "records"}).at("ReadIO_Count"), 100);
+  EXPECT_EQ(answer({"volume", "reset-stats", "records"}).at("ReturnCode"), 0);
+  EXPECT_EQ(answer({"volume", "stats", "records"}).at("WriteIO_Count"), 0);
+
+  const Json member = answer({"pool", "members", "fast"}).at(0);
+  EXPECT_EQ(member.at("DeviceNumber").dump(), m_ssd);
+  EXPECT_EQ(answer({"volume", "members", "records"}).size(), 2U);
+  const CommandResult tree = tvpcim({"tree"});
+  EXPECT_THAT(
+      tree.out,
+      HasSubstr("records (Tiered)  11 GiB\n├─ pool 1 slow (Hard Disk)  50 GiB, 20% used\n│  └─ drive "));
+
+  EXPECT_THAT(readingOf({"pool", "delete", "slow"}), HasSubstr("1 volume stands on it"));
+  answer({"volume", "delete", "records"});
+  answer({"pool", "delete", "slow"});
+  answer({"pool", "delete", "fast"});
+  EXPECT_EQ(answer({"pools"}), Json::array());
+  EXPECT_EQ(answer({"volumes"}), Json::array());
+  EXPECT_EQ(findIn(answer({"drives"}), "DeviceNumber", std::stoi(m_hardDisk)).at("isUsedByTarvexPro"), false);
+}
+
+TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
+  answer({"pool", "create", "fast", "--drives", m_ssd, "--size", "20GiB"});
+  answer(
+      {"volume", "cache", "quick", "--drive", m_hardDisk, "--size", "40GiB", "--ssd-pool", "fast",
+       "--ssd-size", "4GiB", "--knob", "passive"});
+  const Json volume = answer({"volumes"}).at(0);
+  EXPECT_EQ(volume.at("VolumeType"), 2);
+  EXPECT_EQ(volume.at("CapacityInSectors"), 40 * GIB);
+  EXPECT_EQ(volume.at("KnobSetting"), 3);
+  EXPECT_EQ(answer({"pools"}).size(), 1U) << "the internal pool is not listed";
+  EXPECT_THAT(tvpcim({"tree"}).out, HasSubstr("(internal)  40 GiB, 100% used\n   └─ drive " + m_hardDisk));
+
+  voltvkctl({"io", "quick", "--writes", "20", "--hot", "100"});
+  EXPECT_EQ(answer({"volume", "flush", "quick"}).at("RetStat"), 0);
+  EXPECT_THAT(
+      readingOf(
+          {"volume", "cache", "again", "--drive", m_hardDisk, "--size", "1GiB", "--ssd-pool", "fast",
+           "--ssd-size", "1GiB"}),
+      HasSubstr("belongs to another pool"));
+  answer({"volume", "delete", "quick"});
+  EXPECT_EQ(findIn(answer({"drives"}), "DeviceNumber", std::stoi(m_hardDisk)).at("isUsedByTarvexPro"), false);
+
+  const std::string kept(30, 'n');
+  EXPECT_EQ(
+      answer({"volume", "cache", kept + "ä", "--drive", m_hardDisk, "--size", "1GiB", "--ssd-pool", "fast",
+              "--ssd-size", "1GiB"})
+          .at("VolumeName"),
+      kept)
+      << "the end of the name is cut before the character that does not fit";
+}
+
+TEST_F(TvpcimStorage, ARefusalIsExplained) {
+  const std::string other = addDrive("hdd", "10GiB");
+  const std::string otherSsd = addDrive("ssd", "10GiB");
+  answer({"pool", "create", "slower", "--drives", addDrive("hdd", "10GiB"), "--size", "5GiB"});
+  answer({"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB"});
+  answer({"pool", "create", "fast", "--drives", m_ssd, "--size", "20GiB"});
+  answer({"volume", "create", "data", "--pool", "slow:1GiB"});
+  answer(
+      {"pool", "create", "fine", "--drives", addDrive("hdd", "18TiB"), "--size", "18TiB", "--chunk", "4K"});
+  const auto pool = [](const std::string& name, const std::string& drives, const std::string& size,
+                       const char* chunk = "1MiB") {
+    return Words{"pool", "create", name, "--drives", drives, "--size", size, "--chunk", chunk};
+  };
+  const struct {
+    Words words;
+    const char* reading;
+  } cases[] = {
+      {pool("new", "200", "1GiB"), "drive 200 does not exist; see tvpcim drives"},
+      {pool("new", m_hardDisk, "1GiB"), "belongs to another pool"},
+      {pool("new", other + "," + other, "1GiB"), "is named twice"},
+      {pool("slow", other, "1GiB"), "has the name 'slow' already"},
+      {pool("", other, "1GiB"), "the name is empty"},
+      {pool(std::string(32, 'n'), other, "1GiB"), "the name has 32 bytes; a name has 1 to 31"},
+      {pool("bad\xff", other, "1GiB"), "names and descriptions are UTF-8"},
+      {pool("a\tb", other, "1GiB"), "the name 'a\\x09b' has control characters in it"},
+      {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; there are 4 KiB, 64 KiB,"},
+      {pool("new", other, "11GiB"), "the drives hold 10 GiB, less than 11 GiB"},
+      {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
+       "is a hard disk, which the tier does not fit"},
+      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds"},
+      {pool("new", other, "512"), "a pool has at least "},
+      {{"pool", "modify", "fast", "--name", "slow"}, "has the name 'slow' already"},
+      {{"pool", "modify", "fast", "--tier", "hdd"}, "the tier does not fit the pool's drives"},
+      {{"pool", "modify", "fast", "--description", std::string(64, 'd')}, "the description has 64 bytes"},
+      {{"pool", "delete", "99"}, "pool 99 does not exist"},
+      {{"volume", "create", "data", "--pool", "slow:1GiB"}, "has the name 'data' already"},
+      {{"volume", "create", "v", "--pool", "slow:60GiB"}, "(slow) has 49 GiB free, less than 60 GiB"},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slow:1G"}, "is named twice"},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--type", "cached"}, "a cached volume needs"},
+      {{"volume", "cache", "c", "--drive", other, "--size", "1G", "--ssd-pool", "slow", "--ssd-size", "1G"},
+       "is no pool of SSDs"},
+      {{"volume", "cache", "c", "--drive", otherSsd, "--size", "1G", "--ssd-pool", "fast", "--ssd-size",
+        "1G"},
+       "is an SSD; a hard disk is what is cached"},
+      {{"volume", "cache", "c", "--drive", other, "--size", "60G", "--ssd-pool", "fast", "--ssd-size", "1G"},
+       "the drives hold 10 GiB, less than 60 GiB"},
+      {{"volume", "create", "v", "--pool", "99:1G"}, "pool 99 does not exist"},
+      {{"volume", "create", "v", "--pool", "fine:17T"}, "a volume with chunks of 4 KiB has at most 16 TiB; "},
+      {{"volume", "create", "v", "--pool", "slow:512"}, "a volume takes at least "},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"}, "both pools are of one kind"},
+      {{"volume", "modify", "77", "--name", "x"}, "volume 77 does not exist"},
+      {{"volume", "flush", "data"}, "the volume has no cache that could be flushed"},
+      {{"volume", "delete", "77"}, "volume 77 does not exist"},
+  };
+  const Json before = answer({"tree"});
+  for (const auto& [words, reading] : cases) {
+    SCOPED_TRACE(reading);
+    EXPECT_THAT(readingOf(words), HasSubstr(reading));
+  }
+  EXPECT_EQ(answer({"tree"}), before);
+}
+
+TEST_F(TvpcimStorage, ANumberIsAnIdentifierBeforeItIsAName) {
+  answer({"pool", "create", "2", "--drives", m_hardDisk, "--size", "1GiB"});
+  answer({"pool", "create", "1", "--drives", m_ssd, "--size", "2GiB"});
+  answer({"pool", "create", "77", "--drives", addDrive("ssd", "10GiB"), "--size", "3GiB"});
+  EXPECT_EQ(answer({"pool", "modify", "1", "--description", "first"}).at("VirtualPoolId"), 1);
+  EXPECT_EQ(findIn(answer({"pools"}), "Description", "first").at("Name"), "2");
+  EXPECT_EQ(answer({"pool", "delete", "77"}).at("VirtualPoolId"), 3) << "no pool has that identifier";
+}
+
+TEST_F(TvpcimStorage, ARefusalWithoutAVisibleReasonIsNotGuessedAt) {
+  voltvkctl({"fault", "set", "fail", "createVirtualPool"});
+  const Words create = {"pool", "create", "gold", "--drives", m_ssd, "--size", "1GiB"};
+  EXPECT_THAT(readingOf(create), HasSubstr("nothing that the provider shows explains it"));
+  EXPECT_EQ(answer(create).at("RetStat"), 0) << "the fault was for one call";
+}
+
+TEST_F(TvpcimStorage, SeveralCommandsAtOnceDoNotDisturbEachOther) {
+  constexpr int POOLS = 6;
+  std::vector<std::string> drives;
+  drives.reserve(POOLS);
+  for (int count = 0; count < POOLS; ++count) {
+    drives.push_back(addDrive("ssd", "10GiB"));
+  }
+  std::list<RunningCommand> creators;
+  std::list<RunningCommand> readers;
+  for (const std::string& drive : drives) {
+    creators.push_back(
+        command("tvpcim", {"pool", "create", "pool" + drive, "--drives", drive, "--size", "5GiB"}).start());
+    readers.push_back(command("tvpcim", {"tree", "-o", "json"}).start());
+  }
+  for (RunningCommand& creator : creators) {
+    const CommandResult result = creator.finish();
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+  }
+  for (RunningCommand& reader : readers) {
+    const CommandResult result = reader.finish();
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_TRUE(Json::accept(result.out)) << result.out;
+  }
+  EXPECT_EQ(answer({"pools"}).size(), static_cast<std::size_t>(POOLS));
+  for (const std::string& drive : drives) {
+    EXPECT_EQ(findIn(answer({"pools"}), "Name", "pool" + drive).at("CapacityInSectors"), 5 * GIB);
+  }
+}
+
+TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
+  voltvkctl({"fault", "set", "driver-absent"});
+  for (const char* verb : {"drives", "pools", "volumes", "identity", "tree"}) {
+    const CommandResult result = tvpcim({verb, "-o", "json"});
+    EXPECT_EQ(result.exitStatus, 0) << verb;
+    EXPECT_EQ(result.out, "[]\n") << verb;
+    EXPECT_EQ(result.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' tells why\n") << verb;
+  }
+  EXPECT_THAT(readingOf({"pool", "delete", "1"}), HasSubstr("no storage driver answers"));
+}
+
+TEST_F(TvpcimStorage, SuccessWithoutEffectIsAFailure) {
+  // An exception inside the storage library reaches a client as success.
+  voltvkctl({"fault", "set", "throw", "createVirtualPool"});
+  const CommandResult result = tvpcim({"pool", "create", "gone", "--drives", m_ssd, "--size", "1GiB"});
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_EQ(result.out, "");
+  EXPECT_THAT(result.err, HasSubstr("the provider reported success, but nothing came of it"));
+}
+
+}  // namespace
+}  // namespace tvp::test

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/activity/EventJournal.h"
+
+#include "voltvk/Specs.h"
+#include "voltvk/engine/Utf8.h"
+#include "voltvk/engine/drives/SystemText.h"
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/Statement.h"
+
+#include <algorithm>
+#include <ctime>
+
+namespace voltvk {
+
+namespace {
+
+std::string bracketed(const std::string& argument) {
+  std::string shown = cleanText(argument);
+  std::replace(shown.begin(), shown.end(), '[', '(');
+  std::replace(shown.begin(), shown.end(), ']', ')');
+  return "[" + shown + "]";
+}
+
+std::string fill(const std::string& text, std::initializer_list<std::string> arguments) {
+  std::string filled;
+  std::size_t position = 0;
+  for (const std::string& argument : arguments) {
+    const std::size_t place = std::min(text.find("{}", position), text.size());
+    filled += text.substr(position, place - position) + bracketed(argument);
+    position = std::min(place + 2, text.size());
+  }
+  return filled + text.substr(position);
+}
+
+VolEvent readEvent(const Statement& row) {
+  VolEvent event;
+  event.id = row.as<std::uint32_t>(0);
+  event.time = row.as<std::uint32_t>(1);
+  event.code = row.as<std::uint32_t>(2);
+  event.type = row.as<std::uint32_t>(3);
+  tvkSetText(event.description, sizeof event.description, row.text(4).c_str());
+  event.actionId = row.as<std::uint32_t>(5);
+  return event;
+}
+
+}  // namespace
+
+void EventJournal::append(
+    TvkEventCode code, TvkEventType type, const char* text, std::initializer_list<std::string> arguments,
+    std::uint32_t actionId) {
+  const std::string description = fill(text, arguments);
+  Statement(
+      m_connection, "INSERT INTO event(time, code, type, description, action) VALUES(?, ?, ?, ?, ?)",
+      std::time(nullptr), code, type, cutUtf8(description, TVK_EVENT_DESCRIPTION_SIZE - 1), actionId)
+      .run();
+  Statement(m_connection, "DELETE FROM event WHERE id <= ?", m_connection.lastInsertedId() - CAPACITY).run();
+}
+
+std::int64_t EventJournal::newest() {
+  return m_connection.number("SELECT seq FROM sqlite_sequence WHERE name = 'event'");
+}
+
+std::int64_t EventJournal::readAfter(std::int64_t number, VolEventCollection& out) {
+  Statement rows(
+      m_connection, "SELECT id, time, code, type, description, action FROM event WHERE id > ? ORDER BY id",
+      number);
+  while (rows.step()) {
+    out.append(readEvent(rows));
+    number = rows.integer(0);
+  }
+  return number;
+}
+
+std::vector<VolEvent> EventJournal::latest(std::uint32_t count) {
+  std::vector<VolEvent> events;
+  Statement rows(
+      m_connection, "SELECT id, time, code, type, description, action FROM event ORDER BY id DESC LIMIT ?",
+      count);
+  while (rows.step()) {
+    events.push_back(readEvent(rows));
+  }
+  std::reverse(events.begin(), events.end());
+  return events;
+}
+
+}  // namespace voltvk

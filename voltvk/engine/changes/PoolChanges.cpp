@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/changes/PoolChanges.h"
+
+#include "voltvk/VirtualPool.h"
+#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/rules/PoolRules.h"
+#include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+#include "voltvk/engine/state/Statement.h"
+
+namespace voltvk {
+
+namespace {
+
+std::string typeArgument(bool internal) {
+  return std::to_string(internal ? TVK_POOL_INTERNAL : TVK_POOL_USER);
+}
+
+}  // namespace
+
+std::uint32_t PoolChanges::create(const VirtualPoolSpec& spec) {
+  SnapshotReader reader(m_connection);
+  const std::vector<DriveRecord> drives = reader.drives();
+  const std::vector<PoolRecord> pools = reader.pools();
+  const PoolRecord pool = PoolRules(drives, pools, {}).creation(spec);
+  Statement(
+      m_connection,
+      "INSERT INTO pool(name, description, tier, chunk_sectors, chunks, internal)"
+      " VALUES(?, ?, ?, ?, ?, ?)",
+      pool.name, pool.description, pool.tierLevel, pool.chunkSectors, pool.chunks, pool.internal)
+      .run();
+  const auto id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
+  Statement member(m_connection, "INSERT INTO pool_member(pool, position, drive, chunks) VALUES(?, ?, ?, ?)");
+  for (std::size_t position = 0; position < pool.members.size(); ++position) {
+    member.runWith(id, position, pool.members[position].drive, pool.members[position].chunks);
+  }
+  const std::string tier = std::to_string(pool.tierLevel);
+  const std::string sectors = std::to_string(pool.chunks * pool.chunkSectors);
+  EventJournal journal(m_connection);
+  if (pool.internal) {
+    journal.append(
+        TVK_EVENT_POOL_CREATED, TVK_EVENT_INFORMATION,
+        "Pool {} was created: tier level {}, {} sectors, pool type {}",
+        {pool.name, tier, sectors, typeArgument(true)}, id);
+  } else {
+    journal.append(
+        TVK_EVENT_POOL_CREATED, TVK_EVENT_INFORMATION, "Pool {} was created: tier level {}, {} sectors",
+        {pool.name, tier, sectors}, id);
+  }
+  return id;
+}
+
+void PoolChanges::modify(std::uint32_t poolId, const VirtualPoolSpec& spec) {
+  SnapshotReader reader(m_connection);
+  const std::vector<DriveRecord> drives = reader.drives();
+  const std::vector<PoolRecord> pools = reader.pools();
+  const PoolChange change = PoolRules(drives, pools, {}).modification(poolId, spec);
+  Statement old(m_connection, "SELECT name FROM pool WHERE id = ?", poolId);
+  old.step();
+  std::string name = old.text(0);
+  EventJournal journal(m_connection);
+  if (change.name) {
+    Statement(m_connection, "UPDATE pool SET name = ? WHERE id = ?", *change.name, poolId).run();
+    journal.append(
+        TVK_EVENT_POOL_RENAMED, TVK_EVENT_INFORMATION, "Pool {} was renamed to {}", {name, *change.name},
+        poolId);
+    name = *change.name;
+  }
+  if (change.description) {
+    Statement(m_connection, "UPDATE pool SET description = ? WHERE id = ?", *change.description, poolId)
+        .run();
+    journal.append(
+        TVK_EVENT_POOL_DESCRIBED, TVK_EVENT_INFORMATION, "Pool {} got a new description", {name}, poolId);
+  }
+  if (change.tierLevel) {
+    Statement(m_connection, "UPDATE pool SET tier = ? WHERE id = ?", *change.tierLevel, poolId).run();
+    journal.append(
+        TVK_EVENT_POOL_LEVEL_CHANGED, TVK_EVENT_INFORMATION, "Pool {} has now the tier level {}",
+        {name, std::to_string(*change.tierLevel)}, poolId);
+  }
+}
+
+void PoolChanges::remove(std::uint32_t poolId) {
+  SnapshotReader reader(m_connection);
+  const std::vector<PoolRecord> pools = reader.pools();
+  const std::vector<VolumeRecord> volumes = reader.volumes();
+  deleteRows(PoolRules({}, pools, volumes).deletion(poolId));
+}
+
+void PoolChanges::removeInternal(const PoolRecord& pool) {
+  deleteRows(pool);
+}
+
+void PoolChanges::deleteRows(const PoolRecord& pool) {
+  Statement(m_connection, "DELETE FROM pool_member WHERE pool = ?", pool.id).run();
+  Statement(m_connection, "DELETE FROM pool WHERE id = ?", pool.id).run();
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_POOL_DELETED, TVK_EVENT_INFORMATION, "Pool {} was deleted, pool type {}",
+          {pool.name, typeArgument(pool.internal)}, pool.id);
+}
+
+void PoolChanges::tellCreationFailed(const VirtualPoolSpec& spec) {
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_POOL_CREATION_FAILED, TVK_EVENT_ERROR, "Pool {} could not be created, pool type {}",
+          {shownName(spec.name), typeArgument(spec.poolFlag == TVK_POOL_INTERNAL)});
+}
+
+void PoolChanges::tellDeletionFailed(std::uint32_t poolId) {
+  Statement pool(m_connection, "SELECT name FROM pool WHERE id = ?", poolId);
+  const std::string shown = pool.step() ? pool.text(0) : std::to_string(poolId);
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_POOL_DELETION_FAILED, TVK_EVENT_ERROR, "Pool {} could not be deleted", {shown}, poolId);
+}
+
+}  // namespace voltvk

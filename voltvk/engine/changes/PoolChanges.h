@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_CHANGES_POOLCHANGES_H
+#define VOLTVK_ENGINE_CHANGES_POOLCHANGES_H
+
+#include "voltvk/Specs.h"
+#include "voltvk/engine/state/Records.h"
+
+#include <cstdint>
+#include <string>
+
+namespace voltvk {
+
+class Connection;
+
+/**
+ * Changes of pools: checks the rules, writes the rows, and appends the events, all within the caller's
+ * transaction. Functions throw Refusal as the rules say, and DatabaseError.
+ */
+class PoolChanges {
+public:
+  explicit PoolChanges(Connection& connection) : m_connection(connection) {}
+
+  /** @return the identifier of the new pool. Identifiers are never given twice. */
+  std::uint32_t create(const VirtualPoolSpec& spec);
+  void modify(std::uint32_t poolId, const VirtualPoolSpec& spec);
+  void remove(std::uint32_t poolId);
+
+  /** Removes an internal pool whose volume is gone. */
+  void removeInternal(const PoolRecord& pool);
+
+  /** Tells of a pool that could not be made. */
+  void tellCreationFailed(const VirtualPoolSpec& spec);
+  /** Tells of a pool that could not be deleted. */
+  void tellDeletionFailed(std::uint32_t poolId);
+
+private:
+  void deleteRows(const PoolRecord& pool);
+
+  Connection& m_connection;
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,155 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/changes/VolumeChanges.h"
+
+#include "voltvk/VirtualPool.h"
+#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/changes/PoolChanges.h"
+#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/rules/VolumeRules.h"
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+#include "voltvk/engine/state/Statement.h"
+
+#include <algorithm>
+
+namespace voltvk {
+
+VolumeRecord VolumeChanges::find(std::uint32_t volumeId) {
+  const std::vector<VolumeRecord> volumes = SnapshotReader(m_connection).volumes();
+  return VolumeRules({}, volumes).volume(volumeId);
+}
+
+std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
+  Statement(
+      m_connection,
+      "INSERT INTO volume(name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob)"
+      " VALUES(?, ?, ?, ?, ?, ?, ?)",
+      volume.name, volume.description, volume.type, volume.chunkSectors, volume.hddChunks, volume.ssdChunks,
+      volume.knob)
+      .run();
+  const auto id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
+  Statement extent(
+      m_connection, "INSERT INTO volume_extent(volume, position, pool, first, chunks) VALUES(?, ?, ?, ?, ?)");
+  for (std::size_t position = 0; position < volume.extents.size(); ++position) {
+    const VolumeExtentRecord& part = volume.extents[position];
+    extent.runWith(id, position, part.pool, part.extent.first, part.extent.chunks);
+  }
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_VOLUME_CREATED, TVK_EVENT_INFORMATION,
+          "Volume {} was created: volume type {}, {} sectors",
+          {volume.name, std::to_string(volume.type), std::to_string(volume.capacitySectors())}, id);
+  return id;
+}
+
+std::uint32_t VolumeChanges::create(const VirtualVolumeSpec& spec) {
+  SnapshotReader reader(m_connection);
+  const std::vector<PoolRecord> pools = reader.pools();
+  const std::vector<VolumeRecord> volumes = reader.volumes();
+  return insert(VolumeRules(pools, volumes).creation(spec));
+}
+
+std::uint32_t VolumeChanges::createCachedDrive(
+    const VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, const VirtualVolumeSpec& volume) {
+  hddPool.poolFlag = TVK_POOL_INTERNAL;
+  hddPool.poolId = PoolChanges(m_connection).create(hddPool);
+  SnapshotReader reader(m_connection);
+  const std::vector<PoolRecord> pools = reader.pools();
+  const std::vector<VolumeRecord> volumes = reader.volumes();
+  const VirtualPoolEntry cache{ssdPool.poolId, ssdPool.capacityInSectors};
+  return insert(VolumeRules(pools, volumes).cachedDrive(volume, hddPool.poolId, cache));
+}
+
+void VolumeChanges::modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec) {
+  SnapshotReader reader(m_connection);
+  const std::vector<PoolRecord> pools = reader.pools();
+  const std::vector<VolumeRecord> volumes = reader.volumes();
+  const VolumeRules rules(pools, volumes);
+  const VolumeChange change = rules.modification(volumeId, spec);
+  const VolumeRecord& current = rules.volume(volumeId);
+  std::string name = current.name;
+  EventJournal journal(m_connection);
+  if (change.name) {
+    Statement(m_connection, "UPDATE volume SET name = ? WHERE id = ?", *change.name, volumeId).run();
+    journal.append(
+        TVK_EVENT_VOLUME_RENAMED, TVK_EVENT_INFORMATION, "Volume {} was renamed to {}", {name, *change.name},
+        volumeId);
+    name = *change.name;
+  }
+  if (change.description) {
+    Statement(m_connection, "UPDATE volume SET description = ? WHERE id = ?", *change.description, volumeId)
+        .run();
+    journal.append(
+        TVK_EVENT_VOLUME_DESCRIBED, TVK_EVENT_INFORMATION, "Volume {} got a new description", {name},
+        volumeId);
+  }
+  if (change.knob) {
+    Statement(m_connection, "UPDATE volume SET knob = ? WHERE id = ?", *change.knob, volumeId).run();
+    journal.append(
+        TVK_EVENT_VOLUME_KNOB_CHANGED, TVK_EVENT_INFORMATION,
+        "Volume {} changed its fetch and flush mode from {} to {}",
+        {name, std::to_string(current.knob), std::to_string(*change.knob)}, volumeId);
+  }
+}
+
+void VolumeChanges::remove(std::uint32_t volumeId) {
+  const VolumeRecord volume = find(volumeId);
+  Statement(m_connection, "DELETE FROM chunk WHERE volume = ?", volumeId).run();
+  Statement(m_connection, "DELETE FROM volume_extent WHERE volume = ?", volumeId).run();
+  Statement(m_connection, "DELETE FROM volume WHERE id = ?", volumeId).run();
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_VOLUME_DELETED, TVK_EVENT_INFORMATION, "Volume {} was deleted", {volume.name}, volumeId);
+  for (const PoolRecord& pool : SnapshotReader(m_connection).pools()) {
+    const bool own =
+        std::any_of(volume.extents.begin(), volume.extents.end(), [&](const VolumeExtentRecord& part) {
+          return part.pool == pool.id;
+        });
+    if (own && pool.internal) {
+      PoolChanges(m_connection).removeInternal(pool);
+    }
+  }
+}
+
+void VolumeChanges::flush(std::uint32_t volumeId) {
+  const VolumeRecord volume = find(volumeId);
+  require(volume.isCached(), TVK_NOT_CACHED);
+  Statement(m_connection, "UPDATE chunk SET dirty = 0 WHERE volume = ? AND dirty = 1", volumeId).run();
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_VOLUME_FLUSHED, TVK_EVENT_INFORMATION, "Volume {} was flushed: {} chunks written back",
+          {volume.name, std::to_string(m_connection.changes())}, volumeId);
+}
+
+void VolumeChanges::resetStatistics(std::uint32_t volumeId) {
+  const VolumeRecord volume = find(volumeId);
+  Statement(
+      m_connection,
+      "UPDATE volume SET reads = 0, writes = 0, sequential = 0, random = 0, ssd_reads = 0, ssd_writes = 0"
+      " WHERE id = ?",
+      volumeId)
+      .run();
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_VOLUME_STATS_RESET, TVK_EVENT_INFORMATION, "The statistics of volume {} were reset",
+          {volume.name}, volumeId);
+}
+
+void VolumeChanges::tellCreationFailed(const VirtualVolumeSpec& spec) {
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_VOLUME_CREATION_FAILED, TVK_EVENT_ERROR, "Volume {} could not be created",
+          {shownName(spec.name)});
+}
+
+void VolumeChanges::tellDeletionFailed(std::uint32_t volumeId) {
+  Statement volume(m_connection, "SELECT name FROM volume WHERE id = ?", volumeId);
+  const std::string shown = volume.step() ? volume.text(0) : std::to_string(volumeId);
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_VOLUME_DELETION_FAILED, TVK_EVENT_ERROR, "Volume {} could not be deleted", {shown},
+          volumeId);
+}
+
+}  // namespace voltvk

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_CHANGES_VOLUMECHANGES_H
+#define VOLTVK_ENGINE_CHANGES_VOLUMECHANGES_H
+
+#include "voltvk/Specs.h"
+#include "voltvk/engine/state/Records.h"
+
+#include <cstdint>
+
+namespace voltvk {
+
+class Connection;
+
+/**
+ * Changes of volumes: checks the rules, writes the rows, and appends the events, all within the
+ * caller's transaction. Functions throw Refusal as the rules say, and DatabaseError.
+ */
+class VolumeChanges {
+public:
+  explicit VolumeChanges(Connection& connection) : m_connection(connection) {}
+
+  /** @return the identifier of the new volume. Identifiers are never given twice. */
+  std::uint32_t create(const VirtualVolumeSpec& spec);
+
+  /**
+   * Makes the internal pool on a hard disk and a cached volume on it.
+   * @param hddPool its poolId is set
+   */
+  std::uint32_t createCachedDrive(
+      const VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, const VirtualVolumeSpec& volume);
+
+  void modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec);
+
+  /** Deletes a volume, and the internal pool that was made for it. */
+  void remove(std::uint32_t volumeId);
+
+  /** Writes the dirty chunks of the cache back. */
+  void flush(std::uint32_t volumeId);
+
+  /** Sets the I/O counters to 0; where chunks lie stays as it is. */
+  void resetStatistics(std::uint32_t volumeId);
+
+  /** Tells of a volume that could not be made. */
+  void tellCreationFailed(const VirtualVolumeSpec& spec);
+  /** Tells of a volume that could not be deleted. */
+  void tellDeletionFailed(std::uint32_t volumeId);
+
+private:
+  VolumeRecord find(std::uint32_t volumeId);
+  std::uint32_t insert(const VolumeRecord& volume);
+
+  Connection& m_connection;
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/TvkAdapter.h"
+
+#include "voltvk/VirtualPool.h"
+#include "voltvk/engine/activity/VolumeActivity.h"
+#include "voltvk/engine/changes/PoolChanges.h"
+#include "voltvk/engine/changes/VolumeChanges.h"
+#include "voltvk/engine/contract/LibraryObjects.h"
+#include "voltvk/engine/contract/Operation.h"
+#include "voltvk/engine/rules/Limits.h"
+#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/rules/VolumeRules.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+#include "voltvk/engine/state/State.h"
+
+#include <algorithm>
+#include <cstring>
+
+using voltvk::Connection;
+using voltvk::Operation;
+using voltvk::PoolChanges;
+using voltvk::State;
+using voltvk::VolumeChanges;
+
+namespace {
+
+Ret run(const TvkAdapter& adapter, const Operation& operation) {
+  std::shared_ptr<State> state;
+  try {
+    state = voltvk::stateOf(adapter);
+  } catch (const std::exception&) {
+    return Ret(TVK_INTERNAL);
+  }
+  return operation.run(*state);
+}
+
+/** Work that is a change of the configuration. */
+template <typename Change>
+std::function<void(State&)> changing(Change change) {
+  return [change](State& state) { state.change(change); };
+}
+
+/** The same for changes that take drives: they are decided on what the machine has now. */
+template <typename Change>
+std::function<void(State&)> changingDrives(Change change) {
+  return [change](State& state) {
+    state.scanDrives();
+    state.change(change);
+  };
+}
+
+/** True for the hard disk's side of a cached drive. */
+bool isDriveSide(const VirtualPoolSpec& spec) {
+  return spec.poolFlag == TVK_POOL_INTERNAL || spec.numDeviceNumbers > 0;
+}
+
+void countObjects(const voltvk::Snapshot& snapshot, TvkAdapterIdentity& identity) {
+  for (RaidObject* object : snapshot.objects()) {
+    const char* type = object->getTypeName();
+    if (std::strcmp(type, "LogicalDevice") == 0) {
+      ++identity.logicalDevicesCount;
+    } else if (std::strcmp(type, "VirtualVolume") == 0) {
+      ++identity.virtualVolumeCount;
+    } else if (!static_cast<const VirtualPool*>(object)->isInternal()) {
+      ++identity.virtualPoolCount;  // internal pools are not shown to clients, so they do not count
+    }
+  }
+}
+
+}  // namespace
+
+TvkAdapter::TvkAdapter() = default;
+
+TvkAdapter::~TvkAdapter() = default;
+
+const char* TvkAdapter::getTypeName() const {
+  return "Adapter";
+}
+
+Ret TvkAdapter::createVirtualPool(VirtualPoolSpec& spec) {
+  std::uint32_t id = TVK_NO_ID;
+  const Ret ret =
+      run(*this, {"createVirtualPool", true,
+                  changingDrives([&](Connection& connection) { id = PoolChanges(connection).create(spec); }),
+                  [&](Connection& connection) { PoolChanges(connection).tellCreationFailed(spec); }});
+  if (ret.getReturn() == TVK_OK) {
+    spec.poolId = id;
+  }
+  return ret;
+}
+
+Ret TvkAdapter::modifyVirtualPool(std::uint32_t poolId, const VirtualPoolSpec& spec) {
+  return run(*this, {"modifyVirtualPool", true, changing([&](Connection& connection) {
+                       PoolChanges(connection).modify(poolId, spec);
+                     })});
+}
+
+Ret TvkAdapter::deleteVirtualPool(std::uint32_t poolId) {
+  return run(
+      *this, {"deleteVirtualPool", true,
+              changing([=](Connection& connection) { PoolChanges(connection).remove(poolId); }),
+              [=](Connection& connection) { PoolChanges(connection).tellDeletionFailed(poolId); }});
+}
+
+Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
+  std::uint32_t id = TVK_NO_ID;
+  const Ret ret =
+      run(*this, {"createVirtualVolume", true,
+                  changing([&](Connection& connection) { id = VolumeChanges(connection).create(spec); }),
+                  [&](Connection& connection) { VolumeChanges(connection).tellCreationFailed(spec); }});
+  if (ret.getReturn() == TVK_OK) {
+    spec.volumeId = id;
+  }
+  return ret;
+}
+
+Ret TvkAdapter::createCachedLD(
+    VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume) {
+  // Callers hand the two sides over in either order.
+  const bool exchanged = isDriveSide(ssdPool) && !isDriveSide(hddPool);
+  const VirtualPoolSpec& cache = exchanged ? hddPool : ssdPool;
+  VirtualPoolSpec& drive = exchanged ? ssdPool : hddPool;
+  VirtualPoolSpec made = drive;
+  std::uint32_t id = TVK_NO_ID;
+  const auto create = [&](Connection& connection) {
+    id = VolumeChanges(connection).createCachedDrive(cache, made, volume);
+  };
+  const auto tellFailure = [&](Connection& connection) {
+    made.poolFlag = TVK_POOL_INTERNAL;
+    PoolChanges(connection).tellCreationFailed(made);
+    VolumeChanges(connection).tellCreationFailed(volume);
+  };
+  const Operation operation{"createCachedLD", true, changingDrives(std::ref(create)), std::ref(tellFailure)};
+  const Ret ret = run(*this, operation);
+  if (ret.getReturn() == TVK_OK) {
+    drive.poolId = made.poolId;
+    volume.volumeId = id;
+  }
+  return ret;
+}
+
+Ret TvkAdapter::modifyVirtualVolume(std::uint32_t volumeId, VirtualVolumeSpec& spec) {
+  return run(*this, {"modifyVirtualVolume", true, changing([&](Connection& connection) {
+                       VolumeChanges(connection).modify(volumeId, spec);
+                     })});
+}
+
+Ret TvkAdapter::deleteVirtualVolume(std::uint32_t volumeId) {
+  return run(
+      *this, {"deleteVirtualVolume", true,
+              changing([=](Connection& connection) { VolumeChanges(connection).remove(volumeId); }),
+              [=](Connection& connection) { VolumeChanges(connection).tellDeletionFailed(volumeId); }});
+}
+
+Ret TvkAdapter::flushVirtualVolume(std::uint32_t volumeId) {
+  return run(*this, {"flushVirtualVolume", true, changing([=](Connection& connection) {
+                       VolumeChanges(connection).flush(volumeId);
+                     })});
+}
+
+Ret TvkAdapter::resetVirtualVolumeStats(std::uint32_t volumeId) {
+  return run(*this, {"resetVirtualVolumeStats", true, changing([=](Connection& connection) {
+                       VolumeChanges(connection).resetStatistics(volumeId);
+                     })});
+}
+
+Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId) {
+  return run(*this, {"getVirtualVolumeStats", true, [=](State& state) {
+                       voltvk::require(stats != nullptr, TVK_INVALID_ARGUMENT);
+                       state.read([=](Connection& connection) {
+                         const auto volumes = voltvk::SnapshotReader(connection).volumes();
+                         const auto& volume = voltvk::VolumeRules({}, volumes).volume(volumeId);
+                         voltvk::VolumeActivity(connection, volume).statistics(*stats);
+                       });
+                     }});
+}
+
+Ret TvkAdapter::getEvents(VolEventCollection& events) {
+  return run(*this, {"getEvents", true, [&](State& state) { state.takeEvents(events); }});
+}
+
+Ret TvkAdapter::getIdentity(TvkAdapterIdentity& identity) {
+  return run(*this, {"getIdentity", true, [&](State& state) {
+                       TvkAdapterIdentity filled = voltvk::identityOfProduct();
+                       countObjects(*state.snapshot(), filled);
+                       identity = filled;
+                     }});
+}

@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/drives/DeviceUse.h"
+
+#include "voltvk/engine/drives/SystemText.h"
+
+#include <sstream>
+
+namespace voltvk {
+
+DeviceUse::DeviceUse(const std::string& sysfs, const std::string& mountInfo, const std::string& swaps)
+    : m_blockFolder(sysfs + "/block") {
+  readDevices();
+  for (const auto& [upper, lowers] : m_stackedUpon) {
+    for (const std::string& lower : lowers) {
+      addWithBases(lower, m_used);
+    }
+  }
+  readMounts(mountInfo);
+  readSwaps(swaps);
+}
+
+void DeviceUse::readDevices() {
+  for (const std::string& device : listFolder(m_blockFolder)) {
+    const std::string folder = pathOf(m_blockFolder, device);
+    m_nameOfNumber[readSystemText(folder + "/dev")] = device;
+    for (const std::string& child : listFolder(folder)) {
+      const std::string childFolder = pathOf(folder, child);
+      if (!readSystemText(pathOf(childFolder, "partition")).empty()) {
+        m_parent[child] = device;
+        m_nameOfNumber[readSystemText(pathOf(childFolder, "dev"))] = child;
+      }
+    }
+    for (const std::string& slave : listFolder(folder + "/slaves")) {
+      m_stackedUpon[device].insert(slave);
+    }
+    const std::string mapperName = readSystemText(folder + "/dm/name");
+    if (!mapperName.empty()) {
+      m_mapperNames[mapperName] = device;
+    }
+  }
+}
+
+void DeviceUse::addWithBases(const std::string& device, std::set<std::string>& out) const {
+  if (device.empty() || !out.insert(device).second) {
+    return;
+  }
+  auto parent = m_parent.find(device);
+  if (parent != m_parent.end()) {
+    addWithBases(parent->second, out);
+  }
+  auto stacked = m_stackedUpon.find(device);
+  if (stacked != m_stackedUpon.end()) {
+    for (const std::string& lower : stacked->second) {
+      addWithBases(lower, out);
+    }
+  }
+}
+
+std::string DeviceUse::kernelName(const std::string& node) const {
+  const std::string name = baseName(node);
+  auto mapped = m_mapperNames.find(name);
+  return mapped == m_mapperNames.end() ? name : mapped->second;
+}
+
+void DeviceUse::readMounts(const std::string& mountInfo) {
+  std::istringstream table(readSystemFile(mountInfo));
+  std::string line;
+  std::string rootDevice;
+  while (std::getline(table, line)) {
+    // Number, parent, major:minor, root, mount point, options, optional fields, "-", type, source.
+    std::istringstream fields(line);
+    std::string number;
+    std::string ignored;
+    std::string point;
+    fields >> ignored >> ignored >> number >> ignored >> point;
+    while (fields >> ignored && ignored != "-") {
+    }
+    std::string source;
+    fields >> ignored >> source;
+    // Some file systems have a device number of their own; then the source tells the device.
+    auto known = m_nameOfNumber.find(number);
+    std::string device = known != m_nameOfNumber.end()   ? known->second
+                         : source.rfind("/dev/", 0) == 0 ? kernelName(source)
+                                                         : std::string();
+    addWithBases(device, m_used);
+    if (point == "/") {
+      rootDevice = device;  // what is mounted last covers what was there before
+    }
+  }
+  addWithBases(rootDevice, m_bootable);
+}
+
+void DeviceUse::readSwaps(const std::string& swaps) {
+  std::istringstream table(readSystemFile(swaps));
+  std::string line;
+  std::getline(table, line);  // the heading
+  while (std::getline(table, line)) {
+    std::istringstream fields(line);
+    std::string source;
+    fields >> source;
+    if (source.rfind("/dev/", 0) == 0) {
+      addWithBases(kernelName(source), m_used);
+    }
+  }
+}
+
+}  // namespace voltvk

@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/drives/DriveRegistry.h"
+
+#include "voltvk/LogicalDevice.h"
+#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+#include "voltvk/engine/state/Statement.h"
+
+#include <array>
+#include <map>
+#include <tuple>
+
+namespace voltvk {
+
+namespace {
+
+constexpr std::uint64_t MIN_VIRTUAL_SECTORS = 2048;
+constexpr std::size_t MAX_TEXT = 63;
+
+auto looks(const DriveRecord& drive) {
+  return std::tie(
+      drive.name, drive.serial, drive.wwid, drive.vendor, drive.model, drive.sectors, drive.type,
+      drive.interfaceType, drive.removable, drive.bootable, drive.partitioned, drive.mounted);
+}
+
+std::map<std::string, DriveRecord> byIdentity(const std::vector<DriveRecord>& drives) {
+  std::map<std::string, DriveRecord> sorted;
+  for (const DriveRecord& drive : drives) {
+    sorted.emplace(drive.identity, drive);
+  }
+  return sorted;
+}
+
+std::string padded(std::int64_t number) {
+  const std::string digits = std::to_string(number);
+  return std::string(digits.size() < 8 ? 8 - digits.size() : 0, '0') + digits;
+}
+
+}  // namespace
+
+bool DriveRegistry::differs(const std::vector<DriveRecord>& hostDrives) {
+  const auto found = byIdentity(hostDrives);
+  std::size_t known = 0;
+  const std::vector<DriveRecord> drives = SnapshotReader(m_connection).drives();
+  for (const DriveRecord& drive : drives) {
+    const auto match = found.find(drive.identity);
+    if (drive.isVirtual) {
+      continue;
+    }
+    const bool here = match != found.end();
+    if (here != drive.present || (here && looks(match->second) != looks(drive))) {
+      return true;
+    }
+    known += here ? 1 : 0;
+  }
+  return known < found.size() && drives.size() < CAPACITY;
+}
+
+void DriveRegistry::reconcile(const std::vector<DriveRecord>& hostDrives) {
+  auto found = byIdentity(hostDrives);
+  for (const DriveRecord& drive : SnapshotReader(m_connection).drives()) {
+    const auto match = found.find(drive.identity);
+    if (drive.isVirtual) {
+      continue;
+    }
+    if (match != found.end()) {
+      update(drive, match->second);
+      found.erase(match);
+    } else if (drive.present) {
+      Statement(m_connection, "UPDATE drive SET present = 0 WHERE number = ?", drive.number).run();
+      tellOf(drive, false);
+    }
+  }
+  for (auto& [identity, drive] : found) {
+    if (insert(drive)) {
+      tellOf(drive, true);
+    }
+  }
+}
+
+void DriveRegistry::update(const DriveRecord& known, const DriveRecord& found) {
+  if (known.present && looks(known) == looks(found)) {
+    return;
+  }
+  Statement(
+      m_connection,
+      "UPDATE drive SET present = 1, name = ?, serial = ?, wwid = ?, vendor = ?, model = ?, sectors = ?,"
+      " type = ?, interface = ?, removable = ?, bootable = ?, partitioned = ?, mounted = ?"
+      " WHERE number = ?",
+      found.name, found.serial, found.wwid, found.vendor, found.model, found.sectors, found.type,
+      found.interfaceType, found.removable, found.bootable, found.partitioned, found.mounted, known.number)
+      .run();
+  if (!known.present) {
+    tellOf(found, true);
+  }
+}
+
+int DriveRegistry::freeNumber() {
+  const auto next = m_connection.number("SELECT value FROM setting WHERE name = 'last_drive_number'") + 1;
+  if (next <= 255) {
+    Statement(m_connection, "UPDATE setting SET value = ? WHERE name = 'last_drive_number'", next).run();
+    return static_cast<int>(next);
+  }
+  std::array<bool, 256> taken{};
+  Statement rows(m_connection, "SELECT number FROM drive");
+  while (rows.step()) {
+    taken[rows.as<std::uint8_t>(0)] = true;
+  }
+  for (int number = 0; number < 256; ++number) {
+    if (!taken[static_cast<std::size_t>(number)]) {
+      return number;
+    }
+  }
+  return -1;
+}
+
+bool DriveRegistry::insert(DriveRecord& drive) {
+  if (m_connection.number("SELECT count(*) FROM drive") >= static_cast<std::int64_t>(CAPACITY)) {
+    // Make room: forget a drive that was unplugged and that no pool stands on.
+    m_connection.execute("DELETE FROM drive WHERE number = (SELECT min(number) FROM drive WHERE present = 0"
+                         " AND number NOT IN (SELECT drive FROM pool_member))");
+    if (m_connection.changes() == 0) {
+      return false;
+    }
+  }
+  const int number = freeNumber();
+  if (number < 0) {
+    return false;
+  }
+  drive.number = static_cast<std::uint16_t>(number);
+  if (drive.isVirtual) {
+    drive.name = "/dev/tvk" + std::to_string(number);
+  }
+  Statement(
+      m_connection,
+      "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model, sectors,"
+      " type, interface, removable, bootable, partitioned, mounted)"
+      " VALUES(?, ?, ?, 1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+      drive.number, drive.identity, drive.isVirtual, drive.name, drive.serial, drive.wwid, drive.vendor,
+      drive.model, drive.sectors, drive.type, drive.interfaceType, drive.removable, drive.bootable,
+      drive.partitioned, drive.mounted)
+      .run();
+  return true;
+}
+
+std::uint16_t DriveRegistry::addVirtual(const VirtualDriveSpec& spec) {
+  if (spec.sectors < MIN_VIRTUAL_SECTORS || spec.sectors > MAX_DRIVE_SECTORS) {
+    throw Refusal(TVK_INVALID_CAPACITY, "a virtual drive has 1 MiB to 16 EiB; give another size");
+  }
+  if (!isPlainText(spec.model, MAX_TEXT) || !isPlainText(spec.serial, MAX_TEXT)) {
+    throw Refusal(TVK_INVALID_NAME, "a model or serial number has at most 63 bytes of printable UTF-8");
+  }
+  const auto count = m_connection.number("SELECT value FROM setting WHERE name = 'last_virtual_drive'") + 1;
+  Statement(m_connection, "UPDATE setting SET value = ? WHERE name = 'last_virtual_drive'", count).run();
+  const bool isSsd = spec.type == TVK_DEVICE_SSD;
+  DriveRecord drive;
+  drive.isVirtual = true;
+  drive.serial = spec.serial.empty() ? "TVK" + padded(count) : spec.serial;
+  drive.identity = "virtual:" + drive.serial;
+  drive.wwid = "tvk." + drive.serial;
+  drive.vendor = "VOLTVK";
+  drive.model = !spec.model.empty() ? spec.model : isSsd ? "Virtual SSD" : "Virtual HDD";
+  drive.sectors = spec.sectors;
+  drive.type = spec.type;
+  drive.interfaceType = TVK_INTERFACE_VIRTUAL;
+  Statement same(m_connection, "SELECT number FROM drive WHERE identity = ?", drive.identity);
+  if (same.step()) {
+    throw Refusal(
+        TVK_NAME_IN_USE, "drive " + std::to_string(same.integer(0)) + " has the serial number " +
+                             drive.serial + "; give another one");
+  }
+  if (!insert(drive)) {
+    throw Refusal(TVK_TOO_MANY_DEVICES, "there are 255 drives already; remove one first");
+  }
+  tellOf(drive, true);
+  return drive.number;
+}
+
+void DriveRegistry::removeVirtual(std::uint16_t number) {
+  const std::string name = "drive " + std::to_string(number);
+  for (const DriveRecord& drive : SnapshotReader(m_connection).drives()) {
+    if (drive.number != number) {
+      continue;
+    }
+    if (!drive.isVirtual) {
+      throw Refusal(TVK_DEVICE_NOT_ELIGIBLE, name + " is a drive of this machine; unplug it instead");
+    }
+    Statement member(
+        m_connection, "SELECT name FROM pool JOIN pool_member ON pool = id WHERE drive = ?", number);
+    if (member.step()) {
+      throw Refusal(
+          TVK_DEVICE_IN_USE, name + " is a member of pool " + member.text(0) + "; delete the pool first");
+    }
+    Statement(m_connection, "DELETE FROM drive WHERE number = ?", number).run();
+    tellOf(drive, false);
+    return;
+  }
+  throw Refusal(TVK_NO_SUCH_DEVICE, "there is no " + name + "; see the list of drives");
+}
+
+void DriveRegistry::tellOf(const DriveRecord& drive, bool added) {
+  EventJournal journal(m_connection);
+  if (added) {
+    journal.append(TVK_EVENT_DRIVE_ADDED, TVK_EVENT_INFORMATION, "Drive {} was added", {drive.name});
+  } else {
+    journal.append(TVK_EVENT_DRIVE_REMOVED, TVK_EVENT_WARNING, "Drive {} was removed", {drive.name});
+  }
+}
+
+}  // namespace voltvk

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/drives/HostDriveScanner.h"
+
+#include "voltvk/LogicalDevice.h"
+#include "voltvk/engine/drives/DeviceUse.h"
+#include "voltvk/engine/drives/SystemText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <set>
+
+#include <unistd.h>
+
+namespace voltvk {
+
+namespace {
+
+/** Kernel names that are no drives. A RAID device ("md0") is one. */
+bool isNoDrive(const std::string& name) {
+  constexpr std::array<const char*, 6> KINDS = {"loop", "ram", "zram", "sr", "fd", "dm-"};
+  return std::any_of(KINDS.begin(), KINDS.end(), [&](const std::string& kind) {
+    return name.rfind(kind, 0) == 0 && name.find_first_not_of("0123456789", kind.size()) == std::string::npos;
+  });
+}
+
+std::uint64_t readNumber(const std::string& path) {
+  const std::string text = readSystemText(path);
+  if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) {
+    return 0;
+  }
+  return std::min<std::uint64_t>(std::strtoull(text.c_str(), nullptr, 10), MAX_DRIVE_SECTORS);
+}
+
+/** The first of the files that says something. */
+std::string firstText(const std::string& folder, std::initializer_list<const char*> files) {
+  for (const char* file : files) {
+    std::string text = readSystemText(folder + "/" + file);
+    if (!text.empty()) {
+      return text;
+    }
+  }
+  return {};
+}
+
+std::string linkTarget(const std::string& path) {
+  char* real = realpath(path.c_str(), nullptr);
+  std::string target = real == nullptr ? "" : real;
+  std::free(real);
+  return target;
+}
+
+/** SCSI drives tell their serial number in a binary page: 4 bytes of header, then the text. */
+std::string serialNumber(const std::string& folder) {
+  std::string serial = firstText(folder, {"device/serial", "serial"});
+  if (serial.empty()) {
+    const std::string page = readSystemFile(folder + "/device/vpd_pg80");
+    serial = page.size() > 4 ? cleanText(std::string_view(page).substr(4)) : "";
+  }
+  return serial;
+}
+
+/** The vendor's name. Where the file holds the number of a PCI vendor it names the wrong thing. */
+std::string vendorName(const std::string& folder) {
+  std::string vendor = readSystemText(folder + "/device/vendor");
+  return vendor.rfind("0x", 0) == 0 ? "" : vendor;
+}
+
+TvkInterfaceType interfaceType(const std::string& folder, const DriveRecord& drive) {
+  const std::string subsystem = baseName(linkTarget(folder + "/device/subsystem"));
+  const std::string place = linkTarget(folder);
+  if (subsystem.rfind("nvme", 0) == 0 || baseName(folder).rfind("nvme", 0) == 0) {
+    return TVK_INTERFACE_NVME;
+  }
+  if (subsystem == "virtio" || baseName(folder).rfind("vd", 0) == 0) {
+    return TVK_INTERFACE_VIRTIO;
+  }
+  if (place.find("/usb") != std::string::npos) {
+    return TVK_INTERFACE_USB;
+  }
+  if (place.find("/ata") != std::string::npos || drive.vendor == "ATA") {
+    return TVK_INTERFACE_SATA;
+  }
+  return subsystem == "scsi" || baseName(folder).rfind("sd", 0) == 0 ? TVK_INTERFACE_SAS
+                                                                     : TVK_INTERFACE_UNKNOWN;
+}
+
+bool hasPartitions(const std::string& folder) {
+  const std::vector<std::string> children = listFolder(folder);
+  return std::any_of(children.begin(), children.end(), [&](const std::string& child) {
+    return !readSystemText(folder + "/" + child + "/partition").empty();
+  });
+}
+
+/** What tells the drive from all others, also after a reboot that has changed the device nodes. */
+std::string identityOf(const DriveRecord& drive) {
+  if (!drive.wwid.empty()) {
+    return "wwid:" + drive.wwid;
+  }
+  return drive.serial.empty() ? "name:" + drive.name : "serial:" + drive.serial + "/" + drive.model;
+}
+
+DriveRecord describe(const std::string& folder, const std::string& kernelName) {
+  DriveRecord drive;
+  drive.sectors = readNumber(folder + "/size");
+  if (drive.sectors == 0 || readNumber(folder + "/hidden") == 1) {
+    drive.sectors = 0;  // empty, gone, or one path of several to a drive that is listed by itself
+    return drive;
+  }
+  drive.name = "/dev/" + kernelName;
+  std::replace(drive.name.begin(), drive.name.end(), '!', '/');  // so sysfs writes a slash
+  drive.serial = serialNumber(folder);
+  drive.wwid = firstText(folder, {"device/wwid", "wwid", "device/cid", "md/uuid"});
+  drive.vendor = vendorName(folder);
+  drive.model = firstText(folder, {"device/model", "device/name"});
+  drive.type = readNumber(folder + "/queue/rotational") == 1 ? TVK_DEVICE_HDD : TVK_DEVICE_SSD;
+  drive.interfaceType = interfaceType(folder, drive);
+  drive.removable = readNumber(folder + "/removable") == 1;
+  drive.partitioned = hasPartitions(folder);
+  drive.identity = identityOf(drive);
+  return drive;
+}
+
+}  // namespace
+
+HostDriveScanner HostDriveScanner::ofThisMachine() {
+  const char* root = secure_getenv("VOLTVK_HOST_ROOT");
+  const std::string prefix = root == nullptr ? "" : root;
+  return {prefix + "/sys", prefix + "/proc/self/mountinfo", prefix + "/proc/swaps"};
+}
+
+HostDriveScanner::HostDriveScanner(std::string sysfs, std::string mountInfo, std::string swaps)
+    : m_sysfs(std::move(sysfs)), m_mountInfo(std::move(mountInfo)), m_swaps(std::move(swaps)) {}
+
+std::vector<DriveRecord> HostDriveScanner::scan() const {
+  const DeviceUse use(m_sysfs, m_mountInfo, m_swaps);
+  std::vector<DriveRecord> drives;
+  std::set<std::string> identities;
+  for (const std::string& name : listFolder(m_sysfs + "/block")) {
+    if (isNoDrive(name)) {
+      continue;
+    }
+    DriveRecord drive = describe(m_sysfs + "/block/" + name, name);
+    if (drive.sectors == 0) {
+      continue;
+    }
+    if (!identities.insert(drive.identity).second) {
+      drive.identity += "/" + drive.name;  // cheap bridges give every drive the same serial number
+      identities.insert(drive.identity);
+    }
+    drive.bootable = use.isBootable(name);
+    drive.mounted = use.isUsed(name) || drive.bootable;
+    drives.push_back(std::move(drive));
+  }
+  return drives;
+}
+
+}  // namespace voltvk

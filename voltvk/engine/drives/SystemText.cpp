@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/drives/SystemText.h"
+
+#include "voltvk/engine/Utf8.h"
+#include "voltvk/engine/state/FileDescriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include <dirent.h>
+#include <fcntl.h>
+
+namespace voltvk {
+
+std::string readSystemFile(const std::string& path) {
+  FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  std::string content;
+  std::array<char, 4096> buffer{};
+  ssize_t count = 0;
+  while (file && (count = read(file.get(), buffer.data(), buffer.size())) > 0) {
+    content.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return content;
+}
+
+std::string readSystemText(const std::string& path) {
+  return cleanText(readSystemFile(path));
+}
+
+std::vector<std::string> listFolder(const std::string& path) {
+  std::vector<std::string> names;
+  std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
+  while (folder != nullptr) {
+    const dirent* entry = readdir(folder.get());
+    if (entry == nullptr) {
+      break;
+    }
+    std::string name = entry->d_name;
+    if (name != "." && name != "..") {
+      names.push_back(std::move(name));
+    }
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::string cleanText(std::string_view text) {
+  constexpr std::string_view BLANKS(" \t\r\n\v\f\0", 7);
+  const std::size_t first = text.find_first_not_of(BLANKS);
+  if (first == std::string_view::npos) {
+    return {};
+  }
+  text = text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
+  std::string clean;
+  while (!text.empty()) {
+    const std::size_t length = utf8Length(text);
+    if (length == 0 || isControlCharacter(text.substr(0, length))) {
+      clean += '?';
+    } else {
+      clean += text.substr(0, length);
+    }
+    text.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return clean;
+}
+
+std::string pathOf(const std::string& folder, const std::string& name) {
+  std::string path = folder;
+  path += '/';
+  path += name;
+  return path;
+}
+
+std::string baseName(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace voltvk

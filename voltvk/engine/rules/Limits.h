@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_RULES_LIMITS_H
+#define VOLTVK_ENGINE_RULES_LIMITS_H
+
+#include "voltvk/TvkAdapter.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace voltvk {
+
+/** Supported chunk sizes in sectors; the index is the one of the identity's tables, 0 is unused. */
+constexpr std::array<std::uint64_t, 10> CHUNK_SECTORS = {0, 8, 128, 256, 512, 1024, 2048, 8192, 32768, 65536};
+
+/** Chunks of the largest volume. */
+constexpr std::uint64_t MAX_VOLUME_CHUNKS = std::uint64_t{1} << 32U;
+
+/** How many there can be, internal pools included. */
+constexpr std::size_t MAX_POOLS = 128;
+constexpr std::size_t MAX_VOLUMES = 128;
+/** Drives of one pool. */
+constexpr std::size_t MAX_POOL_DRIVES = 64;
+/** The smallest pool, and the least that a volume takes from a pool: 1 MiB. */
+constexpr std::uint64_t MIN_POOL_SECTORS = 2048;
+constexpr std::uint64_t MIN_SECTORS_FROM_POOL = 2048;
+
+/** True for a chunk size that pools may have. */
+bool isChunkSize(std::uint64_t sectors);
+
+/** What the adapter can do, without the counts of the current state. */
+TvkAdapterIdentity identityOfProduct();
+
+}  // namespace voltvk
+
+#endif

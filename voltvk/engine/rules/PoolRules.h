@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_RULES_POOLRULES_H
+#define VOLTVK_ENGINE_RULES_POOLRULES_H
+
+#include "voltvk/Specs.h"
+#include "voltvk/engine/state/Records.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace voltvk {
+
+/** What a change of a pool comes to. Without a value: stays as it is. */
+struct PoolChange {
+  std::optional<std::string> name;
+  std::optional<std::string> description;
+  std::optional<std::uint8_t> tierLevel;
+};
+
+/**
+ * Decides whether a pool may be made, changed or deleted, given the drives, pools and volumes that
+ * there are. Changes nothing itself. Functions throw Refusal with the status of the first rule that
+ * is broken.
+ */
+class PoolRules {
+public:
+  PoolRules(
+      const std::vector<DriveRecord>& drives, const std::vector<PoolRecord>& pools,
+      const std::vector<VolumeRecord>& volumes)
+      : m_drives(drives), m_pools(pools), m_volumes(volumes) {}
+
+  /** @return the pool to make, with its members, without an identifier. */
+  PoolRecord creation(const VirtualPoolSpec& spec) const;
+
+  /** @return what is to be changed; only what differs from the pool as it is. */
+  PoolChange modification(std::uint32_t poolId, const VirtualPoolSpec& spec) const;
+
+  /** @return the pool to delete. */
+  const PoolRecord& deletion(std::uint32_t poolId) const;
+
+private:
+  const PoolRecord& pool(std::uint32_t poolId) const;
+  const DriveRecord& freeDrive(std::uint8_t number) const;
+  std::vector<const DriveRecord*> drivesOf(const VirtualPoolSpec& spec) const;
+  void checkNameUnused(const std::string& name) const;
+  std::vector<PoolMemberRecord>
+  members(const PoolRecord& pool, const std::vector<const DriveRecord*>& drives) const;
+
+  const std::vector<DriveRecord>& m_drives;
+  const std::vector<PoolRecord>& m_pools;
+  const std::vector<VolumeRecord>& m_volumes;
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_RULES_VOLUMERULES_H
+#define VOLTVK_ENGINE_RULES_VOLUMERULES_H
+
+#include "voltvk/Specs.h"
+#include "voltvk/engine/state/Records.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace voltvk {
+
+/** What a change of a volume comes to. Without a value: stays as it is. */
+struct VolumeChange {
+  std::optional<std::string> name;
+  std::optional<std::string> description;
+  std::optional<std::uint8_t> knob;
+};
+
+/**
+ * Decides whether a volume may be made or changed, given the pools and volumes that there are.
+ * Changes nothing itself. Functions throw Refusal with the status of the first rule that is broken.
+ */
+class VolumeRules {
+public:
+  VolumeRules(const std::vector<PoolRecord>& pools, const std::vector<VolumeRecord>& volumes)
+      : m_pools(pools), m_volumes(volumes) {}
+
+  /** @return the volume to make, with its extents, without an identifier. */
+  VolumeRecord creation(const VirtualVolumeSpec& spec) const;
+
+  /**
+   * The cached volume on the internal pool with the given identifier, which is among the pools and
+   * which the volume takes as a whole.
+   */
+  VolumeRecord
+  cachedDrive(const VirtualVolumeSpec& spec, std::uint32_t internalPool, const VirtualPoolEntry& cache) const;
+
+  /** @return what is to be changed; only what differs from the volume as it is. */
+  VolumeChange modification(std::uint32_t volumeId, const VirtualVolumeSpec& spec) const;
+
+  const VolumeRecord& volume(std::uint32_t volumeId) const;
+
+private:
+  struct Part {
+    const PoolRecord* pool;
+    std::uint64_t sectors;
+  };
+
+  VolumeRecord heading(const VirtualVolumeSpec& spec) const;
+  const PoolRecord& pool(std::uint32_t poolId) const;
+  void checkNameUnused(const std::string& name) const;
+  static void checkTotal(const VolumeRecord& volume, std::uint64_t requested, const std::vector<Part>& parts);
+  /** @param parts the one on hard disks first: the addresses of a tiered volume begin there. */
+  void lay(VolumeRecord& volume, const std::vector<Part>& parts) const;
+  void addExtents(VolumeRecord& volume, const PoolRecord& from, std::uint64_t chunks) const;
+
+  const std::vector<PoolRecord>& m_pools;
+  const std::vector<VolumeRecord>& m_volumes;
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_STATE_CONNECTION_H
+#define VOLTVK_ENGINE_STATE_CONNECTION_H
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+struct sqlite3;
+
+namespace voltvk {
+
+/** How long a call waits for another process before it gives up. */
+constexpr std::chrono::milliseconds BUSY_TIMEOUT{5000};
+
+/**
+ * A connection to the state's database. Belongs to one thread at a time. Functions throw DatabaseError.
+ */
+class Connection {
+public:
+  /** @param path an existing file, absolute and without symbolic links. */
+  explicit Connection(const std::string& path);
+
+  /** Runs one or more statements that give no rows. */
+  void execute(const char* sql);
+  /** The single number that a query gives; 0 when it gives no row. */
+  std::int64_t number(const char* sql);
+
+  std::int64_t lastInsertedId() const;
+  /** Rows that the last statement changed. */
+  int changes() const;
+
+  sqlite3* handle() const { return m_handle.get(); }
+
+private:
+  struct Closer {
+    void operator()(sqlite3* handle) const;
+  };
+  std::unique_ptr<sqlite3, Closer> m_handle;
+};
+
+/** A transaction that is rolled back unless it was committed. */
+class Transaction {
+public:
+  /** A read transaction sees one state throughout; a change takes the write lock at once. */
+  enum class Kind { Read, Change };
+
+  Transaction(Connection& connection, Kind kind);
+  ~Transaction();
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+
+  void commit();
+
+private:
+  Connection& m_connection;
+  bool m_open = true;
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/state/DatabaseError.h"
+
+#include <sqlite3.h>
+
+namespace voltvk {
+
+bool DatabaseError::isBusy() const {
+  return m_code == SQLITE_BUSY || m_code == SQLITE_LOCKED;
+}
+
+bool DatabaseError::isFileLost() const {
+  switch (m_code) {
+  case SQLITE_CORRUPT:
+  case SQLITE_NOTADB:
+  case SQLITE_IOERR:
+  case SQLITE_CANTOPEN:
+  case SQLITE_READONLY:
+  case SQLITE_PROTOCOL:
+    return true;
+  default:
+    return false;
+  }
+}
+
+const char* DatabaseError::advice() const {
+  const bool damaged = m_code == SQLITE_CORRUPT || m_code == SQLITE_NOTADB;
+  return damaged ? "restore it from a backup, or move it away to start with an empty one"
+                 : "see that its disk works and has room, and that it and the files beside it can be written";
+}
+
+}  // namespace voltvk

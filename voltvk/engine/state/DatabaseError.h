@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_STATE_DATABASEERROR_H
+#define VOLTVK_ENGINE_STATE_DATABASEERROR_H
+
+#include <stdexcept>
+#include <string>
+
+namespace voltvk {
+
+/** What SQLite answered when it could not do what was asked. */
+class DatabaseError : public std::runtime_error {
+public:
+  /** @param code SQLite's primary result code. */
+  DatabaseError(int code, const std::string& text) : std::runtime_error(text), m_code(code) {}
+
+  /** Another connection held the database longer than the time-out. */
+  bool isBusy() const;
+  /** The file can no longer be trusted: damaged, exchanged, or gone. */
+  bool isFileLost() const;
+  /** What to do about a state that cannot be opened: a full disk is no reason to give the state up. */
+  const char* advice() const;
+
+private:
+  int m_code;
+};
+
+}  // namespace voltvk
+
+#endif

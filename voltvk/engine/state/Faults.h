@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_STATE_FAULTS_H
+#define VOLTVK_ENGINE_STATE_FAULTS_H
+
+#include "voltvk/Ret.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace voltvk {
+
+class State;
+
+/** What can be made to go wrong. The numbers are stored in the state. */
+enum class FaultKind : std::uint8_t {
+  DriverAbsent = 1,   ///< the controller count is 0 and collections answer null, until cleared
+  AdapterAbsent = 2,  ///< getObject(0) of the root is null and adapters refuse, until cleared
+  Fail = 3,           ///< the next call of an operation is refused with a status
+  Throw = 4,          ///< the next call of an operation throws std::runtime_error
+  Slow = 5            ///< every call of an operation takes longer, until cleared
+};
+
+/** One injected fault. */
+struct Fault {
+  FaultKind kind = FaultKind::DriverAbsent;
+  std::string operation;                // empty for the two absences
+  std::uint32_t status = TVK_INTERNAL;  // for Fail
+  std::uint32_t milliseconds = 0;       // for Slow
+};
+
+/**
+ * Faults for tests and demonstrations. They are part of the state, so every process that uses the
+ * state sees them at its next call, and they outlive the process that set them. Operations are named
+ * as in the interface: "createVirtualPool", "getEvents", "refreshConfiguration" and so on.
+ *
+ * Safe to use from any thread. Functions throw voltvk::Refusal when the state cannot be used, and
+ * std::invalid_argument for an operation that does not exist or a fault that makes no sense.
+ */
+class Faults {
+public:
+  /** Faults of the state that this process uses ($VOLTVK_STATE or the default). */
+  Faults();
+  explicit Faults(std::shared_ptr<State> state);
+
+  void driverAbsent() { set({FaultKind::DriverAbsent, {}, 0, 0}); }
+  void adapterAbsent() { set({FaultKind::AdapterAbsent, {}, 0, 0}); }
+  /** @param status what the call answers; not 0. */
+  void fail(const std::string& operation, std::uint32_t status = TVK_INTERNAL) {
+    set({FaultKind::Fail, operation, status, 0});
+  }
+  void throwFrom(const std::string& operation) { set({FaultKind::Throw, operation, 0, 0}); }
+  void slow(const std::string& operation, std::chrono::milliseconds delay) {
+    set({FaultKind::Slow, operation, 0, static_cast<std::uint32_t>(delay.count())});
+  }
+
+  /** Adds a fault; an absence or a delay that is set already is replaced. */
+  void set(const Fault& fault);
+
+  /** Removes the faults of a kind (all kinds when not given) and of an operation (all when empty). @return
+   * how many. */
+  std::size_t clear(std::optional<FaultKind> kind = std::nullopt, const std::string& operation = {});
+
+  /** The faults that are set, oldest first. */
+  std::vector<Fault> list();
+
+  /** The operations that can fail, throw or be slow. */
+  static const std::vector<std::string>& operations();
+
+  /**
+   * What an operation does first: waits, throws or refuses as the faults say, and uses up what holds
+   * for one call only.
+   * @throws InjectedFault
+   * @return the status to refuse with; TVK_OK when the operation shall go on.
+   */
+  static std::uint32_t apply(State& state, const char* operation);
+
+private:
+  std::shared_ptr<State> m_state;
+};
+
+/** What an operation throws when a fault says so. */
+class InjectedFault : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
+
+/** The name of a kind on the command line: "driver-absent", "fail" and so on. */
+const char* faultKindName(FaultKind kind);
+
+/** A fault in one line, such as "fail createVirtualPool with status 35". */
+std::string describeFault(const Fault& fault);
+
+}  // namespace voltvk
+
+#endif

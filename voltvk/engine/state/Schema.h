@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_STATE_SCHEMA_H
+#define VOLTVK_ENGINE_STATE_SCHEMA_H
+
+#include <string>
+
+namespace voltvk {
+
+class Connection;
+
+/** The tables of the state. */
+class Schema {
+public:
+  /**
+   * Makes the tables in an empty database, otherwise checks that it is sound, and sets the connection
+   * up for work. Several processes may do this at once.
+   * @throws Refusal TVK_NO_DRIVER when the database is damaged or not ours, DatabaseError
+   */
+  static void establish(Connection& connection, const std::string& path);
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/state/SnapshotReader.h"
+
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/Statement.h"
+
+namespace voltvk {
+
+Configuration SnapshotReader::configuration() {
+  Configuration configuration;
+  configuration.drives = drives();
+  configuration.pools = pools();
+  configuration.volumes = volumes();
+  configuration.faults = faults();
+  configuration.policyRunning =
+      m_connection.number("SELECT value FROM setting WHERE name = 'policy_running'") != 0;
+  return configuration;
+}
+
+std::vector<DriveRecord> SnapshotReader::drives() {
+  std::vector<DriveRecord> drives;
+  Statement rows(
+      m_connection, "SELECT number, identity, virtual, present, name, serial, wwid, vendor, model,"
+                    " sectors, type, interface, removable, bootable, partitioned, mounted"
+                    " FROM drive ORDER BY number");
+  while (rows.step()) {
+    DriveRecord drive;
+    drive.number = rows.as<std::uint16_t>(0);
+    drive.identity = rows.text(1);
+    drive.isVirtual = rows.integer(2) != 0;
+    drive.present = rows.integer(3) != 0;
+    drive.name = rows.text(4);
+    drive.serial = rows.text(5);
+    drive.wwid = rows.text(6);
+    drive.vendor = rows.text(7);
+    drive.model = rows.text(8);
+    drive.sectors = rows.unsignedInteger(9);
+    drive.type = rows.as<std::uint8_t>(10);
+    drive.interfaceType = rows.as<std::uint8_t>(11);
+    drive.removable = rows.integer(12) != 0;
+    drive.bootable = rows.integer(13) != 0;
+    drive.partitioned = rows.integer(14) != 0;
+    drive.mounted = rows.integer(15) != 0;
+    drives.push_back(std::move(drive));
+  }
+  return drives;
+}
+
+std::vector<PoolRecord> SnapshotReader::pools() {
+  std::vector<PoolRecord> pools;
+  Statement rows(
+      m_connection, "SELECT id, name, description, tier, chunk_sectors, chunks, internal"
+                    " FROM pool ORDER BY id");
+  Statement members(m_connection, "SELECT pool, drive, chunks FROM pool_member ORDER BY pool, position");
+  bool more = members.step();
+  while (rows.step()) {
+    PoolRecord pool;
+    pool.id = rows.as<std::uint32_t>(0);
+    pool.name = rows.text(1);
+    pool.description = rows.text(2);
+    pool.tierLevel = rows.as<std::uint8_t>(3);
+    pool.chunkSectors = rows.unsignedInteger(4);
+    pool.chunks = rows.unsignedInteger(5);
+    pool.internal = rows.integer(6) != 0;
+    for (; more && members.integer(0) == pool.id; more = members.step()) {
+      pool.members.push_back({members.as<std::uint16_t>(1), members.unsignedInteger(2)});
+    }
+    pools.push_back(std::move(pool));
+  }
+  return pools;
+}
+
+std::vector<VolumeRecord> SnapshotReader::volumes() {
+  std::vector<VolumeRecord> volumes;
+  Statement rows(
+      m_connection, "SELECT id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob"
+                    " FROM volume ORDER BY id");
+  Statement extents(
+      m_connection, "SELECT volume, pool, first, chunks FROM volume_extent"
+                    " ORDER BY volume, position");
+  bool more = extents.step();
+  while (rows.step()) {
+    VolumeRecord volume;
+    volume.id = rows.as<std::uint32_t>(0);
+    volume.name = rows.text(1);
+    volume.description = rows.text(2);
+    volume.type = rows.as<std::uint8_t>(3);
+    volume.chunkSectors = rows.unsignedInteger(4);
+    volume.hddChunks = rows.unsignedInteger(5);
+    volume.ssdChunks = rows.unsignedInteger(6);
+    volume.knob = rows.as<std::uint8_t>(7);
+    for (; more && extents.integer(0) == volume.id; more = extents.step()) {
+      volume.extents.push_back(
+          {extents.as<std::uint32_t>(1), {extents.unsignedInteger(2), extents.unsignedInteger(3)}});
+    }
+    volumes.push_back(std::move(volume));
+  }
+  return volumes;
+}
+
+std::vector<Fault> SnapshotReader::faults() {
+  std::vector<Fault> faults;
+  Statement rows(m_connection, "SELECT kind, operation, status, milliseconds FROM fault ORDER BY id");
+  while (rows.step()) {
+    faults.push_back(
+        {rows.as<FaultKind>(0), rows.text(1), rows.as<std::uint32_t>(2), rows.as<std::uint32_t>(3)});
+  }
+  return faults;
+}
+
+}  // namespace voltvk

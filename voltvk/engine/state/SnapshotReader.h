@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_STATE_SNAPSHOTREADER_H
+#define VOLTVK_ENGINE_STATE_SNAPSHOTREADER_H
+
+#include "voltvk/engine/state/Records.h"
+#include "voltvk/engine/state/Snapshot.h"
+
+#include <vector>
+
+namespace voltvk {
+
+class Connection;
+
+/** Reads rows into records. The caller's transaction decides which moment they show. Throws DatabaseError. */
+class SnapshotReader {
+public:
+  explicit SnapshotReader(Connection& connection) : m_connection(connection) {}
+
+  Configuration configuration();
+
+  std::vector<DriveRecord> drives();    ///< by number, also those that are not present
+  std::vector<PoolRecord> pools();      ///< by identifier
+  std::vector<VolumeRecord> volumes();  ///< by identifier
+  std::vector<Fault> faults();          ///< oldest first
+
+private:
+  Connection& m_connection;
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_STATE_STATE_H
+#define VOLTVK_ENGINE_STATE_STATE_H
+
+#include "voltvk/VolEvent.h"
+#include "voltvk/engine/drives/HostDriveScanner.h"
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/Snapshot.h"
+#include "voltvk/engine/state/StateFile.h"
+#include "voltvk/engine/state/Statement.h"
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace voltvk {
+
+class DatabaseError;
+
+/**
+ * The state of one process: the database, the snapshot that is current, and the position in the
+ * event journal. Every function may be called from any thread.
+ *
+ * There is one connection for reading and one for changing, so a reader never waits behind a change
+ * that waits for another process. Both are opened on first use, and again when the file has been
+ * exchanged, was damaged, or could not be opened before. After a fork a child must not use the
+ * parent's State.
+ *
+ * Functions throw Refusal: TVK_NO_DRIVER when the state cannot be used, TVK_BUSY when another process
+ * held it longer than BUSY_TIMEOUT, TVK_INTERNAL when it could not be read or written.
+ */
+class State {
+public:
+  /** How old what is known of the machine's drives may be. */
+  static constexpr std::chrono::milliseconds DRIVE_SCAN_INTERVAL{1000};
+
+  /** The state that $VOLTVK_STATE names, shared by all who use it in this process. */
+  static std::shared_ptr<State> forProcess();
+
+  /** A state of its own; two of one process must not use the same file. */
+  State(const std::string& path, HostDriveScanner scanner);
+
+  std::string path();
+
+  /** Opens the state if needed. @return why it cannot be used, for an administrator; empty if it can. */
+  std::string openError();
+
+  /**
+   * The current configuration. Re-reads the database only when it has changed; looks at the machine's
+   * drives when they were last looked at longer than DRIVE_SCAN_INTERVAL ago.
+   */
+  std::shared_ptr<const Snapshot> snapshot();
+
+  /** Looks at the machine's drives now and records what has changed. */
+  void scanDrives();
+
+  /** Runs work in a read transaction. What work throws comes out. */
+  void read(const std::function<void(Connection&)>& work);
+
+  /** Runs work in a transaction that is committed when work returns and undone when it throws. */
+  void change(const std::function<void(Connection&)>& work);
+
+  /** Appends the events that this process has not seen yet, oldest first. */
+  void takeEvents(VolEventCollection& events);
+
+private:
+  void
+  use(std::mutex& mutex, std::unique_ptr<Connection>& connection,
+      const std::function<void(Connection&)>& work);
+  bool isUsable(const std::unique_ptr<Connection>& connection) const;
+  void open();
+  void openConnections();
+  void closeConnections();
+  [[noreturn]] void fail(const DatabaseError& error);
+  void readSnapshot(Connection& connection);
+  void scanDrivesWhenDue();
+
+  const HostDriveScanner m_scanner;
+
+  // Opening takes both, the writer's first.
+  std::mutex m_writerMutex;
+  std::mutex m_readerMutex;
+  StateFile m_file;
+  std::unique_ptr<Connection> m_writer;
+  std::unique_ptr<Connection> m_reader;
+  std::unique_ptr<Statement> m_versionQuery;  // of the reader: each request asks several times
+  std::atomic<bool> m_suspect{false};
+  std::shared_ptr<const Snapshot> m_snapshot;  // guarded by the reader's mutex, as the next one
+  std::int64_t m_snapshotVersion = 0;
+
+  std::mutex m_scanMutex;
+  std::chrono::steady_clock::time_point m_nextScan;
+
+  std::mutex m_eventMutex;
+  std::atomic<std::int64_t> m_lastEvent{0};
+};
+
+}  // namespace voltvk
+
+#endif

@@ -1,0 +1,204 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/state/StateFile.h"
+
+#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/Connection.h"
+
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace voltvk {
+
+namespace {
+
+constexpr const char* DEFAULT_PATH = "/var/lib/voltvk/state.db";
+constexpr const char* CHECK_PATH = "check the path in VOLTVK_STATE, or the permissions of its folder";
+constexpr std::size_t HEADER_SIZE = 100;
+constexpr const char MAGIC[] = "SQLite format 3";  // 16 bytes with its NUL
+
+std::string errorText(int number) {
+  std::array<char, 128> buffer{};
+  return strerror_r(number, buffer.data(), buffer.size());
+}
+
+/** Splits into folder and file name; the folder of a bare name is ".". */
+std::pair<std::string, std::string> split(const std::string& path) {
+  std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) {
+    return {".", path};
+  }
+  return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
+}
+
+/** Resolves symbolic links of the folder, so that one file has one name. */
+std::string resolved(const std::string& path) {
+  auto [folder, name] = split(path);
+  char* real = realpath(folder.c_str(), nullptr);
+  if (real == nullptr) {
+    return path;
+  }
+  std::string result = std::string(real) + (std::strcmp(real, "/") == 0 ? "" : "/") + name;
+  std::free(real);
+  return result;
+}
+
+/** Makes a folder and those above it. @return 0 or the error number. */
+int makeFolder(const std::string& folder) {
+  if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) {
+    return 0;
+  }
+  auto [above, name] = split(folder);
+  if (errno != ENOENT || above == folder || above == ".") {
+    return errno;
+  }
+  int error = makeFolder(above);
+  if (error != 0) {
+    return error;
+  }
+  return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
+}
+
+std::uint64_t fileSize(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::uint32_t bigEndian(const unsigned char* bytes) {
+  return std::uint32_t{bytes[0]} << 24U | std::uint32_t{bytes[1]} << 16U | std::uint32_t{bytes[2]} << 8U |
+         std::uint32_t{bytes[3]};
+}
+
+}  // namespace
+
+std::string StateFile::defaultPath() {
+  const char* path = secure_getenv("VOLTVK_STATE");
+  return path != nullptr && *path != '\0' ? path : DEFAULT_PATH;
+}
+
+StateFile::StateFile(const std::string& path) : m_path(resolved(path)) {}
+
+void StateFile::refuse(const std::string& what, const std::string& advice) const {
+  throw Refusal(TVK_NO_DRIVER, "the state file " + m_path + " " + what + "; " + advice);
+}
+
+void StateFile::makeFolders() {
+  const int error = makeFolder(split(m_path).first);
+  if (error != 0) {
+    refuse("cannot be made, its folder: " + errorText(error), CHECK_PATH);
+  }
+  m_path = resolved(m_path);
+}
+
+void StateFile::openFile() {
+  // O_NONBLOCK: a pipe in place of the file must not hang the caller.
+  m_file = std::make_unique<FileDescriptor>(
+      open(m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
+  if (!*m_file) {
+    const int error = errno;
+    if (error == ELOOP) {
+      refuse("is a symbolic link, which is not followed", "set VOLTVK_STATE to the file itself");
+    }
+    refuse("cannot be opened: " + errorText(error), CHECK_PATH);
+  }
+  if (m_file->get() <= STDERR_FILENO) {
+    // In a process whose standard streams are closed, what it prints would be written into the state.
+    m_file = std::make_unique<FileDescriptor>(fcntl(m_file->get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    if (!*m_file) {
+      refuse("cannot be opened: " + errorText(errno), CHECK_PATH);
+    }
+  }
+}
+
+void StateFile::waitForTurn() const {
+  // This kind of lock is apart from those that SQLite uses on the same file.
+  const auto end = std::chrono::steady_clock::now() + BUSY_TIMEOUT;
+  while (flock(m_file->get(), LOCK_EX | LOCK_NB) != 0) {
+    if (std::chrono::steady_clock::now() > end) {
+      throw Refusal(
+          TVK_BUSY,
+          "the state file " + m_path + " is being opened by another process; try again when that goes on");
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+void StateFile::prepare() {
+  makeFolders();
+  openFile();
+  struct stat status {};
+  if (fstat(m_file->get(), &status) != 0) {
+    refuse("cannot be examined: " + errorText(errno), CHECK_PATH);
+  }
+  if (!S_ISREG(status.st_mode)) {
+    refuse("is no regular file", "set VOLTVK_STATE to another path");
+  }
+  if (status.st_uid != geteuid() && status.st_uid != 0) {
+    refuse("belongs to user " + std::to_string(status.st_uid), "remove it or give it to the right user");
+  }
+  if ((status.st_mode & S_IWOTH) != 0) {
+    refuse("can be written by everybody", "check what it holds, then chmod 600 it");
+  }
+  waitForTurn();
+  if (fstat(m_file->get(), &status) != 0) {
+    refuse("cannot be examined: " + errorText(errno), CHECK_PATH);
+  }
+  checkHeader(static_cast<std::uint64_t>(status.st_size));
+  m_device = status.st_dev;
+  m_inode = status.st_ino;
+}
+
+void StateFile::release() const {
+  flock(m_file->get(), LOCK_UN);
+}
+
+void StateFile::close() {
+  m_file.reset();
+}
+
+void StateFile::checkHeader(std::uint64_t size) const {
+  const std::string restore = "restore it from a backup, or move it away to start with an empty one";
+  const bool hasLog = fileSize(m_path + "-wal") > 0;
+  if (size == 0) {
+    if (hasLog) {
+      refuse("was cut to nothing while it was in use", restore);
+    }
+    return;  // new, or left so by a process that was killed while it made the tables
+  }
+  std::array<unsigned char, HEADER_SIZE> header{};
+  const ssize_t count = pread(m_file->get(), header.data(), header.size(), 0);
+  if (count != static_cast<ssize_t>(header.size()) || std::memcmp(header.data(), MAGIC, sizeof MAGIC) != 0) {
+    refuse("is no database, or is damaged", restore);
+  }
+  if (bigEndian(&header[68]) != STATE_APPLICATION_ID) {
+    refuse("is a database of another program", "set VOLTVK_STATE to another path");
+  }
+  if (bigEndian(&header[60]) > STATE_VERSION) {
+    refuse(
+        "is from a newer version (layout " + std::to_string(bigEndian(&header[60])) + ")",
+        "install that version or use another state file");
+  }
+  // A journal beside the file may hold the rest of it, so only a lone file is known to be cut short.
+  const bool journalled = hasLog || fileSize(m_path + "-journal") > 0;
+  std::uint64_t pageSize = std::uint64_t{header[16]} << 8U | header[17];
+  pageSize = pageSize == 1 ? 65536 : pageSize;
+  if (!journalled && size < pageSize * bigEndian(&header[28])) {
+    refuse("was cut short", restore);
+  }
+}
+
+bool StateFile::isSame() const {
+  struct stat status {};
+  return lstat(m_path.c_str(), &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode;
+}
+
+}  // namespace voltvk

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/state/Statement.h"
+
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/DatabaseError.h"
+
+#include <sqlite3.h>
+
+namespace voltvk {
+
+void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
+Statement::Statement(Connection& connection, const char* sql, Unbound) : m_connection(connection) {
+  sqlite3_stmt* statement = nullptr;
+  int code = sqlite3_prepare_v2(connection.handle(), sql, -1, &statement, nullptr);
+  m_statement.reset(statement);
+  if (code != SQLITE_OK) {
+    fail(code);
+  }
+}
+
+void Statement::fail(int code) const {
+  throw DatabaseError(code & 0xff, sqlite3_errmsg(m_connection.handle()));
+}
+
+void Statement::bindInteger(std::int64_t value) {
+  int code = sqlite3_bind_int64(m_statement.get(), ++m_bound, value);
+  if (code != SQLITE_OK) {
+    fail(code);
+  }
+}
+
+void Statement::bindText(std::string_view value) {
+  int code = sqlite3_bind_text(
+      m_statement.get(), ++m_bound, value.data(), static_cast<int>(value.size()), SQLITE_TRANSIENT);
+  if (code != SQLITE_OK) {
+    fail(code);
+  }
+}
+
+bool Statement::step() {
+  int code = sqlite3_step(m_statement.get());
+  if (code == SQLITE_ROW) {
+    return true;
+  }
+  if (code != SQLITE_DONE) {
+    fail(code);
+  }
+  return false;
+}
+
+void Statement::reset() {
+  sqlite3_reset(m_statement.get());
+  m_bound = 0;
+}
+
+void Statement::run() {
+  step();
+  reset();
+}
+
+std::int64_t Statement::integer(int column) const {
+  return sqlite3_column_int64(m_statement.get(), column);
+}
+
+bool Statement::isNull(int column) const {
+  return sqlite3_column_type(m_statement.get(), column) == SQLITE_NULL;
+}
+
+std::string Statement::text(int column) const {
+  const unsigned char* text = sqlite3_column_text(m_statement.get(), column);
+  if (text == nullptr) {
+    return {};
+  }
+  return {
+      reinterpret_cast<const char*>(text),
+      static_cast<std::size_t>(sqlite3_column_bytes(m_statement.get(), column))};
+}
+
+}  // namespace voltvk
