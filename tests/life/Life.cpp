@@ -1,0 +1,253 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "life/Life.h"
+
+#include "host/MofReader.h"
+#include "life/ListenerSleep.h"
+#include "life/Recording.h"
+#include "support/Command.h"
+#include "support/Lines.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <pthread.h>
+#include <regex>
+#include <set>
+#include <stdexcept>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace tvp::test {
+namespace {
+
+constexpr char CATALOGUE[] = "usr/VolMan/TVPEvents.properties";
+constexpr unsigned int SECONDS_BETWEEN_ROUNDS = 5;
+
+void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+}
+
+std::string contentOf(const std::string& file, std::streamoff from = 0) {
+  std::ifstream stream(file, std::ios::binary);
+  stream.seekg(from);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string hostName() {
+  char name[256] = {};
+  ::gethostname(name, sizeof name - 1);
+  return name;
+}
+
+/** The registered profiles of an object manager, two of which the provider looks for. */
+host::UpcallAnswer profiles() {
+  host::UpcallAnswer answer;
+  answer.rc = CMPI_RC_OK;
+  for (const char* profile : {"SNIA+SMI-S+1.5.0", "SNIA+Server+1.5.0", "SNIA+Other+1.5.0"}) {
+    answer.values.push_back(host::Value::reference(
+        {"root/PG_InterOp", "PG_RegisteredProfile", {{"InstanceID", host::Value::string(profile)}}, ""}));
+  }
+  return answer;
+}
+
+}  // namespace
+
+Life::Life() : m_logFile(m_folder.write("var/log/TVP.txt", "")) {
+  m_folder.write(CATALOGUE, contentOf(TVP_SOURCE_DIR "/share/TVPEvents.properties"));
+  // Before anything of the provider reads them.
+  ::setenv("TVP_TEST_ROOT", m_folder.path().c_str(), 1);
+  ::setenv("VOLTVK_STATE", m_folder.file("state.db").c_str(), 1);
+  ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
+  ::setenv("TZ", "UTC", 1);
+  m_broker = std::make_unique<host::Broker>(host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof"));
+  m_broker->setHandlers(handlers());
+}
+
+Life::~Life() {
+  ListenerSleep::instance().wakeWhen([] { return true; });
+  if (m_provider) {
+    m_provider->cleanup(true);
+  }
+}
+
+host::BrokerHandlers Life::handlers() {
+  host::BrokerHandlers handlers;
+  handlers.onPrepareAttachThread = [this] { return m_objectManager.preparesThreads.load(); };
+  handlers.onAttachThread = [this] {
+    return m_objectManager.attachesThreads ? CMPI_RC_OK : CMPI_RC_ERR_FAILED;
+  };
+  handlers.onIndication = [this](const std::string& nameSpace, const host::Instance& indication) {
+    const std::lock_guard<std::mutex> lock(m_indicationsMutex);
+    m_indications += "indication in " + nameSpace + "\n" + instanceText(indication);
+    return m_objectManager.takesIndications ? CMPI_RC_OK : CMPI_RC_ERR_FAILED;
+  };
+  handlers.onUpcall = [this](const host::Upcall& upcall) {
+    const std::lock_guard<std::mutex> lock(m_indicationsMutex);
+    m_indications +=
+        "upcall " + upcall.operation + " " + upcall.path.nameSpace + ":" + upcall.path.className + "\n";
+    return m_objectManager.hasProfiles ? profiles() : host::UpcallAnswer();
+  };
+  return handlers;
+}
+
+void Life::removeCatalogue() {
+  std::filesystem::remove(m_folder.file(CATALOGUE));
+}
+
+void Life::start() {
+  static bool lived = false;
+  if (std::exchange(lived, true)) {
+    throw std::logic_error("a process sees one life; choose one with --gtest_filter, or use ctest");
+  }
+  begin("start");
+  m_library = std::make_shared<host::ProviderLibrary>(TVP_BINARY_DIR "/lib/libtarvexProProvider.so");
+  m_provider.emplace(broker(), m_library);
+  waitForListener();
+  EXPECT_EQ(ListenerSleep::instance().secondsAskedFor(), SECONDS_BETWEEN_ROUNDS);
+  end();
+}
+
+void Life::startAgain() {
+  begin("start again");
+  m_provider.emplace(broker(), m_library);
+  end();
+}
+
+void Life::stop() {
+  ListenerSleep& sleep = ListenerSleep::instance();
+  // The listener looks whether it shall end when it wakes; it is woken after it was told to.
+  sleep.wakeWhen([this] { return logHas("CancelSynchronousIo Failed"); });
+  step("stop", [](host::Provider& provider) { return provider.cleanup(true); });
+}
+
+void Life::unload() {
+  begin("unload");
+  m_provider.reset();
+  m_library.reset();
+  m_broker->reportLeaks();
+  end();
+}
+
+void Life::round(const std::string& title) {
+  begin(title);
+  ListenerSleep::instance().wake();
+  waitForListener();
+  end();
+}
+
+void Life::lastRound() {
+  constexpr std::chrono::milliseconds BETWEEN_LOOKS(2);
+  begin("the last round of the listener");
+  ListenerSleep::instance().wake();
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
+  while (!logHas("Exiting TvproEventManager::TvproEventListenerThread()")) {
+    if (std::chrono::steady_clock::now() > limit) {
+      throw std::runtime_error("the listener does not end");
+    }
+    std::this_thread::sleep_for(BETWEEN_LOOKS);
+  }
+  end();
+}
+
+void Life::waitForListener() {
+  if (!ListenerSleep::instance().waitUntilAsleep()) {
+    throw std::runtime_error("the listener does not go to sleep");
+  }
+}
+
+std::string Life::voltvkctl(const std::vector<std::string>& words) {
+  std::vector<std::string> arguments = {TVP_BINARY_DIR "/bin/voltvkctl"};
+  std::string title = "voltvkctl";
+  for (const std::string& word : words) {
+    arguments.push_back(word);
+    title += " " + word;
+  }
+  begin(title);
+  const CommandResult result = Command(arguments).run();
+  EXPECT_EQ(result.exitStatus, 0) << title << ": " << result.err;
+  end();
+  return result.out;
+}
+
+void Life::expectAsRecorded(const std::string& prefix) const {
+  test::expectAsRecorded(prefix + "log.txt", m_log);
+  test::expectAsRecorded(prefix + "answers.txt", m_answers);
+}
+
+void Life::begin(const std::string& title) {
+  m_log += "=== " + title + "\n";
+  m_answers += "=== " + title + "\n";
+}
+
+void Life::end() {
+  recordAnswersOfBroker();
+  // Where both threads write at a time, at the start and at the stop, only the order within each is certain.
+  std::string ofRequests;
+  std::string ofListener;
+  bool isOfListener = false;
+  for (const std::string& line : linesOf(readNewLog())) {
+    const std::string text = normalised(line, isOfListener) + "\n";
+    (isOfListener ? ofListener : ofRequests) += text;
+  }
+  m_log += ofRequests + ofListener;
+}
+
+void Life::recordAnswersOfBroker() {
+  static const std::regex TIME(R"(\d\d/\d\d/\d{4} \d\d:\d\d:\d\d)");
+  const std::lock_guard<std::mutex> lock(m_indicationsMutex);
+  m_answers += std::regex_replace(m_indications, TIME, "<time>");
+  m_indications.clear();
+  for (const host::Breach& breach : m_broker->breaches()) {
+    m_answers += "breach " + breach.text + "\n";
+    ADD_FAILURE() << breach.text;
+  }
+  m_broker->clearBreaches();
+}
+
+std::string Life::readNewLog() {
+  const std::string text = contentOf(m_logFile, m_logRead);
+  m_logRead += static_cast<std::streamoff>(text.size());
+  return text;
+}
+
+std::string Life::normalised(const std::string& line, bool& ofListener) const {
+  static const std::regex HEAD(R"(^\d\d/\d{1,2}/\d{4} \d\d:\d\d:\d\d:\d{1,3}\[TVP-------([ 0-9A-F]{8})\])");
+  static const auto ownNumber = static_cast<unsigned long>(static_cast<unsigned int>(::pthread_self()));
+  std::smatch head;
+  if (!std::regex_search(line, head, HEAD)) {
+    return withoutPlaces(line);  // the next line of a text of several, by the same thread
+  }
+  ofListener = std::stoul(head[1], nullptr, 16) != ownNumber;
+  return (ofListener ? "listener" : "requests") + withoutPlaces(head.suffix());
+}
+
+std::string Life::withoutPlaces(std::string text) const {
+  replaceAll(text, m_folder.path().string(), "<folder>");
+  static const std::string HOST = hostName();
+  replaceAll(text, "HostName = \\\\" + HOST + ",", "HostName = \\\\<host>,");
+  replaceAll(text, "ObjPath = //" + HOST + "/", "ObjPath = //<host>/");
+  return text;
+}
+
+std::vector<std::pair<std::string, std::uint64_t>> Life::callsSinceReset() {
+  std::vector<std::pair<std::string, std::uint64_t>> first;
+  std::set<std::string> known;
+  for (std::uint64_t i = 0; i < m_broker->callCount(); ++i) {
+    const std::string name = m_broker->callName(i);
+    if (known.insert(name).second) {
+      first.emplace_back(name, i + 1);
+    }
+  }
+  return first;
+}
+
+bool Life::logHas(const std::string& text) const {
+  return contentOf(m_logFile, m_logRead).find(text) != std::string::npos;
+}
+
+}  // namespace tvp::test
