@@ -198,9 +198,8 @@ void Life::end() {
 }
 
 void Life::recordAnswersOfBroker() {
-  static const std::regex TIME(R"(\d\d/\d\d/\d{4} \d\d:\d\d:\d\d)");
   const std::lock_guard<std::mutex> lock(m_indicationsMutex);
-  m_answers += std::regex_replace(m_indications, TIME, "<time>");
+  m_answers += withoutPlacesAndTimes(m_indications);
   m_indications.clear();
   for (const host::Breach& breach : m_broker->breaches()) {
     m_answers += "breach " + breach.text + "\n";
@@ -210,7 +209,7 @@ void Life::recordAnswersOfBroker() {
 }
 
 std::string Life::readNewLog() {
-  const std::string text = contentOf(m_logFile, m_logRead);
+  std::string text = contentOf(m_logFile, m_logRead);
   m_logRead += static_cast<std::streamoff>(text.size());
   return text;
 }
@@ -220,18 +219,19 @@ std::string Life::normalised(const std::string& line, bool& ofListener) const {
   static const auto ownNumber = static_cast<unsigned long>(static_cast<unsigned int>(::pthread_self()));
   std::smatch head;
   if (!std::regex_search(line, head, HEAD)) {
-    return withoutPlaces(line);  // the next line of a text of several, by the same thread
+    return withoutPlacesAndTimes(line);  // the next line of a text of several, by the same thread
   }
   ofListener = std::stoul(head[1], nullptr, 16) != ownNumber;
-  return (ofListener ? "listener" : "requests") + withoutPlaces(head.suffix());
+  return (ofListener ? "listener" : "requests") + withoutPlacesAndTimes(head.suffix());
 }
 
-std::string Life::withoutPlaces(std::string text) const {
+std::string Life::withoutPlacesAndTimes(std::string text) const {
+  static const std::regex TIME(R"(\d\d/\d\d/\d{4} \d\d:\d\d:\d\d)");
   replaceAll(text, m_folder.path().string(), "<folder>");
   static const std::string HOST = hostName();
   replaceAll(text, "HostName = \\\\" + HOST + ",", "HostName = \\\\<host>,");
   replaceAll(text, "ObjPath = //" + HOST + "/", "ObjPath = //<host>/");
-  return text;
+  return std::regex_replace(text, TIME, "<time>");
 }
 
 std::vector<std::pair<std::string, std::uint64_t>> Life::callsSinceReset() {

@@ -21,8 +21,8 @@ namespace tvp::test {
 /**
  * A life of the built provider on a machine, a storage state and a log of its own. What the provider writes
  * into its log and what it answers is recorded step by step, without what differs from run to run: the name
- * of this machine, the folder of the test and times are replaced, and the head of a line of the log, when it
- * has its form of time, module and thread, becomes the name of the thread, "requests" or "listener".
+ * of this machine, the directory of the test and times are replaced, and the head of a line of the log, when
+ * it has its form of time, module and thread, becomes the name of the thread, "requests" or "listener".
  *
  * Between two steps the listener sleeps, so that the order of all lines is certain. Used on one thread.
  */
@@ -62,7 +62,7 @@ public:
   template <typename Work>
   auto step(const std::string& title, Work work) {
     begin(title);
-    const auto answer = work(provider());
+    auto answer = work(provider());
     m_answers += answerText(answer);
     end();
     return answer;
@@ -104,7 +104,7 @@ private:
   void recordAnswersOfBroker();
   std::string readNewLog();
   std::string normalised(const std::string& line, bool& ofListener) const;
-  std::string withoutPlaces(std::string text) const;
+  std::string withoutPlacesAndTimes(std::string text) const;
   bool logHas(const std::string& text) const;
   host::BrokerHandlers handlers();
 

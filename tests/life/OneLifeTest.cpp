@@ -27,7 +27,7 @@ protected:
         std::stoul(m_life.voltvkctl({"drive", "add", "--type", type, "--size", size})));
   }
   void addDrives() {
-    for (const char* type : {"hdd", "hdd", "hdd", "hdd"}) {
+    for (const char* type : {"hdd", "hdd", "hdd", "hdd", "hdd"}) {
       m_disks.push_back(addDrive(type, "1GiB"));
     }
     m_ssds = {addDrive("ssd", "1GiB"), addDrive("ssd", "1GiB")};
@@ -116,6 +116,9 @@ void OneLife::unsubscribe() {
 }
 
 void OneLife::changePools() {
+  invoke(m_life, createPool("later", {m_ssds[1]}, SSD), "while indications are enabled");
+  const auto pools = enumerate(m_life, "TVP_VirtualPool", "with a later one");
+  invoke(m_life, ofPool("DeleteVirtualPool", identifierOf(pools, "later")), "the later one");
   invoke(m_life, modifyPool(m_sparePool, "reserve", HARD_DISK), "name and description");
   invoke(m_life, modifyPool(m_sparePool, "reserve", 0).with("Description", Value::string("")), "level 0");
   invoke(m_life, ofPool("GetVirtualPoolMembers", m_sparePool), "of two drives");
@@ -124,6 +127,12 @@ void OneLife::changePools() {
 }
 
 void OneLife::changeVolumes() {
+  invoke(m_life, createVolume("later", TIERED, {m_diskPool}), "while indications are enabled");
+  invoke(m_life, createCachedDrive("later drive", m_flashPool, m_disks[4]), "while indications are enabled");
+  const auto volumes = enumerate(m_life, "TVP_VirtualVolume", "with later ones");
+  for (const char* name : {"later", "later drive"}) {
+    invoke(m_life, ofVolume("DeleteVirtualVolume", identifierOf(volumes, name)), name);
+  }
   invoke(m_life, modifyVolume(m_cached, "quick", 1), "name, description and knob");
   invoke(m_life, modifyVolume(m_cached, "quick", 3), "the knob");
   for (const std::uint32_t volume : {m_tiered, m_plain, m_drive}) {
@@ -340,7 +349,7 @@ void OneLife::failOperations() {
   for (const std::string kind : {"fail", "throw"}) {
     for (const auto& [operation, call] : calls) {
       m_life.voltvkctl({"fault", "set", kind, operation});
-      invoke(m_life, call, kind + " " + operation);
+      invoke(m_life, call, std::string(kind).append(" ").append(operation));
     }
     for (const char* operation : {"getIdentity", "refreshConfiguration"}) {
       m_life.voltvkctl({"fault", "set", kind, operation});
@@ -403,8 +412,8 @@ TEST_F(OneLife, IsLoggedAndAnsweredAsRecorded) {
   readEverythingWhile("driver-absent");
   readEverythingWhile("adapter-absent");
   failOperations();
-  unsubscribe();
   deleteEverything();
+  unsubscribe();
   m_life.step("clean up for inactivity", [](Provider& provider) { return provider.cleanup(false); });
   m_life.stop();
   m_life.step("clean up once more", [](Provider& provider) { return provider.cleanup(true); });

@@ -57,14 +57,11 @@ void expectAsRecorded(const std::string& fileName, const std::string& text) {
   const Strings actual = linesOf(text);
   const auto [first, second] = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end());
   const auto line = static_cast<std::size_t>(std::distance(expected.begin(), first));
-  ADD_FAILURE()
-      << file << ": this life is not the recorded one; the first difference is at \""
-      << headingAbove(second == actual.end() ? expected : actual, line) << "\"\nrecorded:\n"
-      << around(expected, line) << "now:\n"
-      << around(actual, line)
-      << "If the change is meant, record it with TVP_LIFE_WRITE=1 in the environment of this test and "
-         "review the difference of "
-      << fileName;
+  ADD_FAILURE() << file << ": this life is not the recorded one; the first difference is at \""
+                << headingAbove(second == actual.end() ? expected : actual, line) << "\"\nrecorded:\n"
+                << around(expected, line) << "now:\n"
+                << around(actual, line) << "If the change is meant, record it and review the difference of "
+                << fileName << ":\n  TVP_LIFE_WRITE=1 ctest --test-dir " TVP_BINARY_DIR " -R OneLife";
 }
 
 }  // namespace tvp::test

@@ -21,13 +21,13 @@ std::vector<NamedValue> everyScalar() {
                                     {"Other", Value::reference(path)},
                                     {"Inside", Value::instance({path, {{"Number", Value::uint32(1)}}})}};
   for (const CMPIType type : {CMPI_uint8, CMPI_uint16, CMPI_uint32, CMPI_uint64, CMPI_char16}) {
-    values.push_back({"U" + host::typeName(type), Value::unsignedInteger(type, 7)});
+    values.push_back({host::typeName(type), Value::unsignedInteger(type, 7)});
   }
   for (const CMPIType type : {CMPI_sint8, CMPI_sint16, CMPI_sint32, CMPI_sint64}) {
-    values.push_back({"S" + host::typeName(type), Value::signedInteger(type, -7)});
+    values.push_back({host::typeName(type), Value::signedInteger(type, -7)});
   }
   for (const CMPIType type : {CMPI_real32, CMPI_real64}) {
-    values.push_back({"R" + host::typeName(type), Value::real(type, 0.5)});
+    values.push_back({host::typeName(type), Value::real(type, 0.5)});
   }
   return values;
 }
@@ -159,6 +159,7 @@ void askWhileCallsFail(Life& life) {
   life.failEachFunction([&](const std::string& addition) {
     life.step("activateFilter" + addition, [](Provider& provider) { return provider.activateFilter({}); });
   });
+  life.step("activateFilter again", [](Provider& provider) { return provider.activateFilter({}); });
 }
 
 }  // namespace tvp::test
