@@ -82,13 +82,13 @@ host::BrokerHandlers Life::handlers() {
     return m_objectManager.attachesThreads ? CMPI_RC_OK : CMPI_RC_ERR_FAILED;
   };
   handlers.onIndication = [this](const std::string& nameSpace, const host::Instance& indication) {
-    const std::lock_guard<std::mutex> lock(m_indicationsMutex);
-    m_indications += "indication in " + nameSpace + "\n" + instanceText(indication);
+    const std::lock_guard<std::mutex> lock(m_receivedMutex);
+    m_received += "indication in " + nameSpace + "\n" + instanceText(indication);
     return m_objectManager.takesIndications ? CMPI_RC_OK : CMPI_RC_ERR_FAILED;
   };
   handlers.onUpcall = [this](const host::Upcall& upcall) {
-    const std::lock_guard<std::mutex> lock(m_indicationsMutex);
-    m_indications +=
+    const std::lock_guard<std::mutex> lock(m_receivedMutex);
+    m_received +=
         "upcall " + upcall.operation + " " + upcall.path.nameSpace + ":" + upcall.path.className + "\n";
     return m_objectManager.hasProfiles ? profiles() : host::UpcallAnswer();
   };
@@ -102,7 +102,7 @@ void Life::removeCatalogue() {
 void Life::start() {
   static bool lived = false;
   if (std::exchange(lived, true)) {
-    throw std::logic_error("a process sees one life; choose one with --gtest_filter, or use ctest");
+    throw std::logic_error("one process can run only one life; choose one with --gtest_filter, or use ctest");
   }
   begin("start");
   m_library = std::make_shared<host::ProviderLibrary>(TVP_BINARY_DIR "/lib/libtarvexProProvider.so");
@@ -198,9 +198,9 @@ void Life::end() {
 }
 
 void Life::recordAnswersOfBroker() {
-  const std::lock_guard<std::mutex> lock(m_indicationsMutex);
-  m_answers += withoutPlacesAndTimes(m_indications);
-  m_indications.clear();
+  const std::lock_guard<std::mutex> lock(m_receivedMutex);
+  m_answers += withoutPlacesAndTimes(m_received);
+  m_received.clear();
   for (const host::Breach& breach : m_broker->breaches()) {
     m_answers += "breach " + breach.text + "\n";
     ADD_FAILURE() << breach.text;
@@ -227,7 +227,7 @@ std::string Life::normalised(const std::string& line, bool& ofListener) const {
 
 std::string Life::withoutPlacesAndTimes(std::string text) const {
   static const std::regex TIME(R"(\d\d/\d\d/\d{4} \d\d:\d\d:\d\d)");
-  replaceAll(text, m_folder.path().string(), "<folder>");
+  replaceAll(text, m_folder.path().string(), "<directory>");
   static const std::string HOST = hostName();
   replaceAll(text, "HostName = \\\\" + HOST + ",", "HostName = \\\\<host>,");
   replaceAll(text, "ObjPath = //" + HOST + "/", "ObjPath = //<host>/");

@@ -117,8 +117,8 @@ private:
   std::streamoff m_logRead = 0;
   std::string m_log;
   std::string m_answers;
-  std::mutex m_indicationsMutex;
-  std::string m_indications;
+  std::mutex m_receivedMutex;
+  std::string m_received;  ///< by the object manager in this step: indications and other calls
 };
 
 }  // namespace tvp::test
