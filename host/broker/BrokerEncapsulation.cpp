@@ -298,15 +298,19 @@ CMPIStatus closeMessageFile(const CMPIBroker* broker, const CMPIMsgFileHandle) {
   return brokerStatusCall(broker, "CMPIBroker.closeMessageFile", [](BrokerState&) { return CMPI_RC_OK; });
 }
 
-/** Logging and tracing go to the same handler. */
+/** Logging and tracing go to the same handler; what is logged is also a remark of the running request. */
 CMPIStatus writeLog(
     const CMPIBroker* broker, const char* function, int severity, const char* id, const char* text,
-    const CMPIString* string) {
+    const CMPIString* string, bool isRemark) {
   return brokerStatusCall(broker, function, [=](BrokerState& state) {
+    Object<CMPIString>* object = livingObject(string, function);
+    const std::string complete = object == nullptr ? textOf(text) : textOfObject(*object);
+    if (isRemark && state.scope().kind() == Scope::Kind::Request) {
+      state.scope().addRemark(complete);
+    }
     const auto handlers = state.handlers();
     if (handlers->onLog) {
-      Object<CMPIString>* object = livingObject(string, function);
-      handlers->onLog(severity, textOf(id), object == nullptr ? textOf(text) : textOfObject(*object));
+      handlers->onLog(severity, textOf(id), complete);
     }
     return CMPI_RC_OK;
   });
@@ -314,12 +318,12 @@ CMPIStatus writeLog(
 
 CMPIStatus logMessage(
     const CMPIBroker* broker, int severity, const char* id, const char* text, const CMPIString* string) {
-  return writeLog(broker, "CMPIBroker.logMessage", severity, id, text, string);
+  return writeLog(broker, "CMPIBroker.logMessage", severity, id, text, string, true);
 }
 
 CMPIStatus trace(
     const CMPIBroker* broker, int level, const char* component, const char* text, const CMPIString* string) {
-  return writeLog(broker, "CMPIBroker.trace", level, component, text, string);
+  return writeLog(broker, "CMPIBroker.trace", level, component, text, string, false);
 }
 
 CMPIError* newError(

@@ -69,6 +69,16 @@ std::vector<std::string> Scope::leaks() const {
   return result;
 }
 
+void Scope::addRemark(const std::string& text) {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  m_remarks.push_back(text);
+}
+
+std::vector<std::string> Scope::remarks() const {
+  const std::lock_guard<std::mutex> lock(m_mutex);
+  return m_remarks;
+}
+
 void* Scope::allocate(std::size_t size, bool zeroed) {
   void* block = zeroed ? std::calloc(1, size) : std::malloc(size);
   if (block != nullptr) {

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <unordered_set>
 #include <vector>
 
@@ -28,6 +29,7 @@ public:
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
 
+  Kind kind() const { return m_kind; }
   /** Takes over an object. */
   void adopt(std::unique_ptr<ObjectCore> object);
   /** A mark that stands before all objects made later. */
@@ -36,6 +38,11 @@ public:
   void endSince(std::uint64_t mark);
   /** Descriptions of the living objects whose release nobody has asked for. */
   std::vector<std::string> leaks() const;
+
+  /** Notes a text that the provider logged while the scope was the current one. */
+  void addRemark(const std::string& text);
+  /** The texts noted so far, in order. */
+  std::vector<std::string> remarks() const;
 
   /** Memory that lives as long as the scope; like the functions of the C library. */
   void* allocate(std::size_t size, bool zeroed);
@@ -52,6 +59,7 @@ private:
   std::uint64_t m_nextSerial = 1;
   std::size_t m_sweepAt = 64;
   std::unordered_set<void*> m_blocks;
+  std::vector<std::string> m_remarks;
 };
 
 }  // namespace tvp::host

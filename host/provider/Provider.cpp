@@ -52,6 +52,7 @@ call(Broker& broker, const CallOptions& options, MI* interface, const Operation&
   if (outcome.message.empty() && status.rc != CMPI_RC_OK) {
     outcome.message = request.error();
   }
+  outcome.remarks = request.remarks();
   collect(request, outcome);
   if (operation.endMark && status.rc == CMPI_RC_OK && !request.done()) {
     broker.addBreach(

@@ -17,6 +17,8 @@ namespace tvp::host {
 struct Outcome {
   CMPIrc rc = CMPI_RC_OK;
   std::string message;  ///< empty when the status carried none
+  /** What the provider logged through the broker on the thread of the request, in order. */
+  std::vector<std::string> remarks;
 
   bool ok() const { return rc == CMPI_RC_OK; }
 };

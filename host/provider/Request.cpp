@@ -34,6 +34,8 @@ public:
     }
   }
 
+  std::vector<std::string> remarks() const { return m_scope.remarks(); }
+
   template <class Face>
   Face* make(typename ObjectTraits<Face>::Content content) {
     return m_broker.makeIn<Face>(m_scope, std::move(content));
@@ -132,6 +134,10 @@ const std::vector<Value>& Request::data() const {
 
 const std::string& Request::error() const {
   return m_state->returned->error;
+}
+
+std::vector<std::string> Request::remarks() const {
+  return m_state->remarks();
 }
 
 bool Request::done() const {

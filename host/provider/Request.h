@@ -66,6 +66,8 @@ public:
   const std::vector<Value>& data() const;
   /** The message of the last error that the provider put into the result; empty when there was none. */
   const std::string& error() const;
+  /** What the provider has logged through the broker on this thread, in order. */
+  std::vector<std::string> remarks() const;
   /** Whether the end mark came. */
   bool done() const;
 

@@ -282,6 +282,21 @@ TEST_F(ProviderCall, MessagesTakeTheirInserts) {
   }
 }
 
+TEST_F(ProviderCall, WhatARequestLoggedIsItsOwnRemark) {
+  sampleBehaviour().enumerate = [this](const CMPIContext*, const CMPIResult* result, const CMPIObjectPath*) {
+    m_cmpi->eft->logMessage(m_cmpi, 2, "id", "a plain text", nullptr);
+    m_cmpi->eft->logMessage(m_cmpi, 2, "id", nullptr, CMNewString(m_cmpi, "a string object", nullptr));
+    m_cmpi->eft->trace(m_cmpi, 4, "part", "traces are none", nullptr);
+    return CMReturnDone(result);
+  };
+  for (int round = 0; round < 2; ++round) {
+    const InstancesOutcome outcome = m_provider.enumerateInstances(samplePath());
+    EXPECT_THAT(outcome.remarks, ElementsAre("a plain text", "a string object"));
+  }
+  answerDisks();
+  EXPECT_THAT(m_provider.enumerateInstances(samplePath()).remarks, ElementsAre());
+}
+
 /** Requests on several threads beside a thread of the provider's own that delivers indications. */
 TEST_F(ProviderCall, ThreadsWorkSideBySide) {
   answerDisks();
