@@ -3,6 +3,7 @@
 
 #include "backend/TarvexProInterface.h"
 #include "oslib/KVSLog.h"
+#include "text/Utf8.h"
 
 namespace tvp::cim::fwf {
 
@@ -36,14 +37,7 @@ void refreshTarvexProObjects() {
 }
 
 std::string cutToSize(std::string text, std::size_t size) {
-  if (text.size() > size) {
-    constexpr unsigned int KIND_OF_BYTE = 0xC0;
-    constexpr unsigned int CONTINUATION = 0x80;
-    while (size > 0 && (static_cast<unsigned char>(text[size]) & KIND_OF_BYTE) == CONTINUATION) {
-      --size;
-    }
-    text.resize(size);
-  }
+  text.resize(text::cutToSize(text, size).size());
   return text;
 }
 

@@ -4,6 +4,8 @@
 #include "CIM/Framework/CIMObjectPath.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSSystem.h"
+#include "text/Case.h"
+#include "text/Trim.h"
 
 #include <algorithm>
 #include <array>
@@ -21,15 +23,6 @@ char* debug_smis_log(const char* text, const char* prefix) {
 }
 
 namespace tvp::cim::fwf {
-
-namespace {
-
-// By the C locale's table, not by std::tolower: the locale of the process is the object manager's choice.
-char lower(char character) {
-  return character >= 'A' && character <= 'Z' ? static_cast<char>(character - 'A' + 'a') : character;
-}
-
-}  // namespace
 
 bool CommonFunctions::getRedundancy(
     unsigned int raidLevel, unsigned short& first, unsigned short& packageRedundancy) {
@@ -84,31 +77,21 @@ std::string CommonFunctions::getStringAtPosition(std::string text, unsigned int 
 }
 
 std::string CommonFunctions::toLower(const std::string& text) {
-  std::string lowered(text);
-  std::transform(lowered.begin(), lowered.end(), lowered.begin(), lower);
-  return lowered;
+  return text::lowerCase(text);
 }
 
 bool CommonFunctions::equalsIgnoringCase(const std::string& left, const std::string& right) {
-  return left.size() == right.size() &&
-         std::equal(left.begin(), left.end(), right.begin(), [](char one, char other) {
-           return lower(one) == lower(other);
-         });
+  return text::equalsIgnoringCase(left, right);
 }
 
 std::size_t CommonFunctions::trim(char* text) {
-  constexpr char REMOVED[] = " \t\n";
   if (text == nullptr) {
     return 0;
   }
-  const std::size_t leading = std::strspn(text, REMOVED);
-  std::size_t length = std::strlen(text) - leading;
-  while (length > 0 && std::strchr(REMOVED, text[leading + length - 1]) != nullptr) {
-    --length;
-  }
-  std::memmove(text, text + leading, length);
-  text[length] = '\0';
-  return length;
+  const std::string_view kept = text::trimmed(text, " \t\n");
+  std::memmove(text, kept.data(), kept.size());
+  text[kept.size()] = '\0';
+  return kept.size();
 }
 
 bool CommonFunctions::ObjectIsNull(const CIMObjectPath& path) {

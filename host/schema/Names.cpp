@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/schema/Names.h"
 
-#include <algorithm>
-#include <array>
+#include "text/Case.h"
 
-#include <strings.h>
+#include <array>
 
 namespace tvp::host {
 namespace {
@@ -103,19 +102,15 @@ std::string statusName(CMPIrc code) {
 }
 
 std::string lowerCase(const std::string& text) {
-  std::string lower = text;
-  std::transform(lower.begin(), lower.end(), lower.begin(), [](char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter;
-  });
-  return lower;
+  return text::lowerCase(text);
 }
 
 bool equalNames(const std::string& left, const std::string& right) {
-  return left.size() == right.size() && equalNames(left.c_str(), right.c_str());
+  return text::equalsIgnoringCase(left, right);
 }
 
 bool equalNames(const char* left, const char* right) {
-  return strcasecmp(left, right) == 0;
+  return text::equalsIgnoringCase(left, right);
 }
 
 }  // namespace tvp::host

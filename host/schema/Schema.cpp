@@ -2,6 +2,7 @@
 #include "host/schema/Schema.h"
 
 #include "host/schema/Names.h"
+#include "text/Case.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -13,10 +14,7 @@ namespace {
 std::size_t hashOf(const char* name) {
   std::size_t hash = 1469598103934665603ULL;
   for (; *name != '\0'; ++name) {
-    const unsigned char letter = static_cast<unsigned char>(*name);
-    const unsigned char folded =
-        letter >= 'A' && letter <= 'Z' ? static_cast<unsigned char>(letter + 32) : letter;
-    hash = (hash ^ folded) * 1099511628211ULL;
+    hash = (hash ^ static_cast<unsigned char>(text::lowerCase(*name))) * 1099511628211ULL;
   }
   return hash;
 }

@@ -3,6 +3,7 @@
 
 #include "host/schema/Names.h"
 #include "host/schema/ObjectPathText.h"
+#include "text/Quote.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -13,17 +14,6 @@ namespace {
 template <class Pointer>
 bool equalTargets(const Pointer& left, const Pointer& right) {
   return left == right || *left == *right;
-}
-
-std::string quoted(const std::string& text) {
-  std::string result = "\"";
-  for (const char letter : text) {
-    if (letter == '"' || letter == '\\') {
-      result += '\\';
-    }
-    result += letter;
-  }
-  return result + "\"";
 }
 
 std::string instanceText(const Instance& instance) {
@@ -109,9 +99,9 @@ std::string Value::toText() const {
   case CMPI_boolean:
     return asBoolean() ? "TRUE" : "FALSE";
   case CMPI_dateTime:
-    return quoted(asDateTime().text());
+    return text::doubleQuoted(asDateTime().text());
   case CMPI_ref:
-    return quoted(toPathText(asReference()));
+    return text::doubleQuoted(toPathText(asReference()));
   case CMPI_instance:
     return instanceText(asInstance());
   case CMPI_real32:
@@ -121,7 +111,7 @@ std::string Value::toText() const {
     return buffer;
   }
   case CMPI_string:
-    return quoted(asString());
+    return text::doubleQuoted(asString());
   default:
     return std::holds_alternative<std::int64_t>(m_content) ? std::to_string(asSigned())
                                                            : std::to_string(asUnsigned());

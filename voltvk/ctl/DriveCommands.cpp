@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "voltvk/ctl/ByteSize.h"
+#include "text/Size.h"
 #include "voltvk/ctl/Commands.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
 #include "voltvk/engine/state/State.h"
@@ -33,7 +33,7 @@ Json listDrives(State& state) {
          {"type", drive->getDeviceType() == TVK_DEVICE_SSD ? "ssd" : "hdd"},
          {"origin", isVirtual ? "virtual" : "host"},
          {"sectors", drive->getCapacityInSectors()},
-         {"size", showSectors(drive->getCapacityInSectors())},
+         {"size", tvp::text::formatSectors(drive->getCapacityInSectors())},
          {"status", drive->getStatus() == TVK_DEVICE_ONLINE ? "online" : "missing"},
          {"used", drive->isUsed()},
          {"bootable", drive->isBootable()},
@@ -47,11 +47,7 @@ Json listDrives(State& state) {
 void addDrive(const DriveOptions& options, const Context& context) {
   VirtualDriveSpec spec = options.spec;
   spec.type = options.type == "ssd" ? TVK_DEVICE_SSD : TVK_DEVICE_HDD;
-  const std::uint64_t bytes = parseByteSize(options.size);
-  if (bytes % 512 != 0) {
-    throw std::invalid_argument("the size " + options.size + " is no multiple of 512 bytes; round it");
-  }
-  spec.sectors = bytes / 512;
+  spec.sectors = tvp::text::parseSectors(options.size);
   std::uint16_t number = 0;
   context.state()->change(
       [&](Connection& connection) { number = DriveRegistry(connection).addVirtual(spec); });

@@ -12,7 +12,7 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-std::string quoted(const std::string& text) {
+std::string mofLiteral(const std::string& text) {
   static const std::string SPECIAL = "\"\\\b\t\n\f\r";
   static const std::string LETTERS = "\"\\btnfr";
   std::string result = "\"";
@@ -83,13 +83,13 @@ std::string mofValue(const Value& value) {
   }
   switch (value.type()) {
   case CMPI_string:
-    return quoted(value.asString());
+    return mofLiteral(value.asString());
   case CMPI_dateTime:
-    return quoted(value.asDateTime().text());
+    return mofLiteral(value.asDateTime().text());
   case CMPI_ref:
-    return quoted(toPathText(value.asReference()));
+    return mofLiteral(toPathText(value.asReference()));
   case CMPI_instance:
-    return quoted(mofInstance(value.asInstance()));
+    return mofLiteral(mofInstance(value.asInstance()));
   case CMPI_boolean:
     return value.asBoolean() ? "TRUE" : "FALSE";
   default:

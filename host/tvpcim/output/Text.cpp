@@ -2,78 +2,17 @@
 #include "host/tvpcim/output/Text.h"
 
 #include "host/schema/Names.h"
+#include "text/Trim.h"
 
 #include <algorithm>
-#include <array>
 #include <clocale>
 #include <cstdint>
-#include <cstdio>
 #include <cwchar>
 #include <numeric>
-#include <string_view>
 #include <utility>
 
 namespace tvp::host::tvpcim {
 namespace {
-
-struct Character {
-  std::uint32_t code = 0;
-  std::size_t length = 0;  ///< 0: the byte is no part of UTF-8
-};
-
-/** The character that starts at a position, by the table of well-formed byte sequences. */
-Character characterAt(std::string_view text, std::size_t at) {
-  const auto byte = [&](std::size_t index) { return static_cast<unsigned char>(text[at + index]); };
-  const unsigned first = byte(0);
-  if (first < 0x80) {
-    return {first, 1};
-  }
-  const std::size_t length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
-  if (first < 0xC2 || first > 0xF4 || at + length > text.size()) {
-    return {};
-  }
-  std::uint32_t code = first & (0xFFU >> (length + 1));
-  for (std::size_t index = 1; index < length; ++index) {
-    if ((byte(index) & 0xC0) != 0x80) {
-      return {};
-    }
-    code = code << 6 | (byte(index) & 0x3F);
-  }
-  const std::uint32_t smallest = length == 4 ? 0x10000 : length == 3 ? 0x800 : 0x80;
-  if (code < smallest || code > 0x10FFFF || (code >= 0xD800 && code <= 0xDFFF)) {
-    return {};
-  }
-  return {code, length};
-}
-
-bool isControl(std::uint32_t code) {
-  return code < 0x20 || (code >= 0x7F && code < 0xA0) || code == 0x2028 || code == 0x2029;
-}
-
-void appendEscaped(std::string& result, std::string_view bytes) {
-  for (const char byte : bytes) {
-    std::array<char, 8> escaped{};
-    std::snprintf(
-        escaped.data(), escaped.size(), "\\x%02X", static_cast<unsigned>(static_cast<unsigned char>(byte)));
-    result += escaped.data();
-  }
-}
-
-std::string cleaned(const std::string& text, bool withControls) {
-  std::string result;
-  for (std::size_t at = 0; at < text.size();) {
-    const Character character = characterAt(text, at);
-    const std::size_t length = std::max<std::size_t>(character.length, 1);
-    const std::string_view bytes = std::string_view(text).substr(at, length);
-    if (character.length == 0 || (withControls && isControl(character.code))) {
-      appendEscaped(result, bytes);
-    } else {
-      result += bytes;
-    }
-    at += length;
-  }
-  return result;
-}
 
 std::size_t widthOf(std::uint32_t code) {
   if (code < 0x80) {
@@ -115,24 +54,15 @@ std::string join(const std::vector<std::string>& texts, const std::string& separ
 }
 
 std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
-std::string toUtf8(const std::string& text) {
-  return cleaned(text, false);
-}
-
-std::string printable(const std::string& text) {
-  return cleaned(text, true);
+  return std::string(text::trimmed(text));
 }
 
 std::size_t displayWidth(const std::string& text) {
   std::size_t width = 0;
   for (std::size_t at = 0; at < text.size();) {
-    const Character character = characterAt(text, at);
+    const text::Character character = text::characterAt(text, at);
     width += widthOf(character.code);
-    at += std::max<std::size_t>(character.length, 1);
+    at += character.step();
   }
   return width;
 }
@@ -144,8 +74,8 @@ std::string cutToWidth(const std::string& text, std::size_t columns) {
   std::string result;
   std::size_t width = 0;
   for (std::size_t at = 0; at < text.size();) {
-    const Character character = characterAt(text, at);
-    const std::size_t length = std::max<std::size_t>(character.length, 1);
+    const text::Character character = text::characterAt(text, at);
+    const std::size_t length = character.step();
     width += widthOf(character.code);
     if (width >= columns) {
       break;

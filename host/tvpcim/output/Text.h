@@ -2,6 +2,8 @@
 #ifndef HOST_TVPCIM_OUTPUT_TEXT_H
 #define HOST_TVPCIM_OUTPUT_TEXT_H
 
+#include "text/Utf8.h"
+
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -14,12 +16,8 @@ std::string join(const std::vector<std::string>& texts, const std::string& separ
 /** The text without blanks at both ends. */
 std::string trimmed(const std::string& text);
 
-/** The text as valid UTF-8: bytes that are none become the four characters \xHH. Control characters stay. */
-std::string toUtf8(const std::string& text);
-
-/** As toUtf8, and control characters (of ASCII and of Latin-1, which terminals obey as well) become \xHH
- *  too: fit for one line of a terminal. */
-std::string printable(const std::string& text);
+using text::printable;
+using text::toUtf8;
 
 /** Columns of a terminal that a printable text takes. */
 std::size_t displayWidth(const std::string& text);

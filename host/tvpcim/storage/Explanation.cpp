@@ -4,6 +4,7 @@
 #include "host/tvpcim/output/Text.h"
 #include "host/tvpcim/storage/Listing.h"
 #include "host/tvpcim/storage/Size.h"
+#include "text/Quote.h"
 
 #include <algorithm>
 #include <functional>
@@ -31,10 +32,6 @@ std::string withoutName(const std::string& name) {
   return name.empty() ? "the name is empty" : "";
 }
 
-std::string quoted(const std::string& text) {
-  return "'" + printable(text) + "'";
-}
-
 /** The sectors in the name of a chunk size: 64 KiB for "TVP_CHUNKSZ_64KB"; 0 for an end mark. */
 std::uint64_t sectorsOfChunkName(const std::string& name) {
   const std::size_t number = name.find_last_of('_') + 1;
@@ -57,7 +54,7 @@ std::string Explanation::texts(const std::string& name, const std::string& descr
   if (toUtf8(name) != name || toUtf8(description) != description) {
     return "names and descriptions are UTF-8, and this one is not";
   }
-  return printable(name) == name ? "" : "the name " + quoted(name) + " has control characters in it";
+  return printable(name) == name ? "" : "the name " + text::quoted(name) + " has control characters in it";
 }
 
 std::string
@@ -67,7 +64,7 @@ Explanation::nameInUse(const ObjectKind& kind, const std::string& name, std::uin
     return "";
   }
   return std::string(kind.noun) + " " + cellText(*holder->property(kind.number)) + " has the name " +
-         quoted(name) + " already; choose another";
+         text::quoted(name) + " already; choose another";
 }
 
 std::string Explanation::missing(const ObjectKind& kind, std::uint32_t number) {

@@ -4,6 +4,7 @@
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
 #include "host/tvpcim/storage/Size.h"
+#include "text/Utf8.h"
 
 #include <algorithm>
 #include <array>
@@ -21,14 +22,7 @@ std::uint32_t knobOf(const std::string& word) {
 
 /** What the cached kind keeps of a longer name: at most 31 bytes, and no part of a character. */
 std::string keptOf(const std::string& name) {
-  constexpr unsigned int KIND_OF_BYTE = 0xC0;
-  constexpr unsigned int CONTINUATION = 0x80;
-  std::size_t size = std::min(name.size(), LONGEST_NAME);
-  while (size > 0 && size < name.size() &&
-         (static_cast<unsigned char>(name[size]) & KIND_OF_BYTE) == CONTINUATION) {
-    --size;
-  }
-  return name.substr(0, size);
+  return std::string(text::cutToSize(name, LONGEST_NAME));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What holds for all inputs: of allocation, of texts, of many threads at once.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/Utf8.h"
+#include "text/Utf8.h"
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
 
@@ -93,12 +93,12 @@ TEST(Texts, WhateverComesInGoesOutAsUtf8) {
       text += pieces[random() % std::size(pieces)];
     }
     const std::string clean = voltvk::cleanText(text);
-    EXPECT_TRUE(voltvk::isUtf8(clean));
+    EXPECT_TRUE(tvp::text::isUtf8(clean));
     EXPECT_EQ(voltvk::cleanText(clean), clean);
-    const std::string_view cut = voltvk::cutUtf8(clean, 20);
+    const std::string_view cut = tvp::text::cutToSize(clean, 20);
     EXPECT_LE(cut.size(), 20U);
     EXPECT_TRUE(clean.size() <= 20 ? cut == clean : cut.size() >= 17);
-    EXPECT_TRUE(voltvk::isUtf8(cut));
+    EXPECT_TRUE(tvp::text::isUtf8(cut));
   }
 }
 

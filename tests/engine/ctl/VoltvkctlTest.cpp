@@ -44,7 +44,7 @@ TEST_F(VoltvkctlTest, WrongUsageAndFailuresInOneLineThatHelps) {
       {2, {"status", "-o", "xml"}, "xml"},
       {2, {"drive", "add", "--type", "hdd"}, "--size is required"},
       {2, {"drive", "add", "--type", "tape", "--size", "1G"}, "tape"},
-      {2, {"drive", "add", "--type", "hdd", "--size", "1Q"}, "'1Q' is no size"},
+      {2, {"drive", "add", "--type", "hdd", "--size", "1Q"}, "'1Q' cannot be read"},
       {2, {"drive", "add", "--type", "hdd", "--size", "-1"}, "-1"},
       {2, {"drive", "add", "--type", "hdd", "--size", "1000001"}, "multiple of 512"},
       {2, {"drive", "add", "--type", "hdd", "--size", "16777216TiB"}, "too large"},

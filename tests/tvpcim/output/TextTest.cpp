@@ -6,37 +6,6 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-TEST(Text, BytesThatAreNoUtf8AndControlsAreMadeVisible) {
-  const struct {
-    std::string text;
-    const char* utf8;
-    const char* printable;
-  } cases[] = {
-      {"plain Käse 日本 🙂", "plain Käse 日本 🙂", "plain Käse 日本 🙂"},
-      {"a\nb\tc\x7f", "a\nb\tc\x7f", "a\\x0Ab\\x09c\\x7F"},
-      {"\x80"
-       "a\xff",
-       "\\x80a\\xFF", "\\x80a\\xFF"},
-      {"cut \xe6\x97", "cut \\xE6\\x97", "cut \\xE6\\x97"},
-      {"overlong \xc0\xaf \xe0\x80\x80", "overlong \\xC0\\xAF \\xE0\\x80\\x80",
-       "overlong \\xC0\\xAF \\xE0\\x80\\x80"},
-      {"surrogate \xed\xa0\x80", "surrogate \\xED\\xA0\\x80", "surrogate \\xED\\xA0\\x80"},
-      {"beyond \xf4\x90\x80\x80", "beyond \\xF4\\x90\\x80\\x80", "beyond \\xF4\\x90\\x80\\x80"},
-      {"C1 \xc2\x9b"
-       "2J",
-       "C1 \xc2\x9b"
-       "2J",
-       "C1 \\xC2\\x9B2J"},
-      {std::string("nul\0", 4), "", "nul\\x00"},
-  };
-  for (const auto& [text, utf8, visible] : cases) {
-    EXPECT_EQ(printable(text), visible);
-    if (*utf8 != '\0') {
-      EXPECT_EQ(toUtf8(text), utf8);
-    }
-  }
-}
-
 TEST(Text, IsMeasuredAndCutInColumns) {
   const struct {
     const char* text;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/activity/EventJournal.h"
 
+#include "text/Utf8.h"
 #include "voltvk/Specs.h"
-#include "voltvk/engine/Utf8.h"
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/Statement.h"
@@ -51,7 +51,8 @@ void EventJournal::append(
   const std::string description = fill(text, arguments);
   Statement(
       m_connection, "INSERT INTO event(time, code, type, description, action) VALUES(?, ?, ?, ?, ?)",
-      std::time(nullptr), code, type, cutUtf8(description, TVK_EVENT_DESCRIPTION_SIZE - 1), actionId)
+      std::time(nullptr), code, type, tvp::text::cutToSize(description, TVK_EVENT_DESCRIPTION_SIZE - 1),
+      actionId)
       .run();
   Statement(m_connection, "DELETE FROM event WHERE id <= ?", m_connection.lastInsertedId() - CAPACITY).run();
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/Specs.h"
 
+#include "text/Utf8.h"
 #include "voltvk/VirtualPool.h"
-#include "voltvk/engine/Utf8.h"
 
 #include <cstring>
 
@@ -23,7 +23,7 @@ bool tvkSetText(char* field, unsigned int fieldSize, const char* text) {
     return false;
   }
   const std::string_view whole = text == nullptr ? "" : text;
-  const std::string_view part = voltvk::cutUtf8(whole, fieldSize - 1);
+  const std::string_view part = tvp::text::cutToSize(whole, fieldSize - 1);
   std::memset(field, 0, fieldSize);
   std::memcpy(field, part.data(), part.size());
   return part.size() == whole.size();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/drives/SystemText.h"
 
-#include "voltvk/engine/Utf8.h"
+#include "text/Trim.h"
+#include "text/Utf8.h"
 #include "voltvk/engine/state/FileDescriptor.h"
 
 #include <algorithm>
@@ -47,20 +48,16 @@ std::vector<std::string> listFolder(const std::string& path) {
 
 std::string cleanText(std::string_view text) {
   constexpr std::string_view BLANKS(" \t\r\n\v\f\0", 7);
-  const std::size_t first = text.find_first_not_of(BLANKS);
-  if (first == std::string_view::npos) {
-    return {};
-  }
-  text = text.substr(first, text.find_last_not_of(BLANKS) - first + 1);
+  text = tvp::text::trimmed(text, BLANKS);
   std::string clean;
   while (!text.empty()) {
-    const std::size_t length = utf8Length(text);
-    if (length == 0 || isControlCharacter(text.substr(0, length))) {
+    const tvp::text::Character character = tvp::text::characterAt(text);
+    if (character.length == 0 || tvp::text::isControl(character.code)) {
       clean += '?';
     } else {
-      clean += text.substr(0, length);
+      clean += text.substr(0, character.length);
     }
-    text.remove_prefix(std::max<std::size_t>(length, 1));
+    text.remove_prefix(character.step());
   }
   return clean;
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/TextRules.h"
 
-#include "voltvk/engine/Utf8.h"
+#include "text/Utf8.h"
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/rules/Refusal.h"
 
@@ -14,11 +14,11 @@ bool isPlainText(std::string_view text, std::size_t limit) {
     return false;
   }
   while (!text.empty()) {
-    const std::size_t length = utf8Length(text);
-    if (length == 0 || isControlCharacter(text.substr(0, length))) {
+    const tvp::text::Character character = tvp::text::characterAt(text);
+    if (character.length == 0 || tvp::text::isControl(character.code)) {
       return false;
     }
-    text.remove_prefix(length);
+    text.remove_prefix(character.length);
   }
   return true;
 }
@@ -33,7 +33,7 @@ std::string checkedName(const char (&field)[TVK_NAME_SIZE], bool tooLong) {
 
 std::string checkedDescription(const char (&field)[TVK_DESCRIPTION_SIZE], bool tooLong) {
   std::string description(field, strnlen(field, sizeof field));
-  if (tooLong || description.size() == sizeof field || !isUtf8(description)) {
+  if (tooLong || description.size() == sizeof field || !tvp::text::isUtf8(description)) {
     throw Refusal(TVK_INVALID_DESCRIPTION);
   }
   return description;
