@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "life/AnswerText.h"
 
-#include "host/Names.h"
+#include "host/schema/Names.h"
 
 namespace tvp::test {
 namespace {

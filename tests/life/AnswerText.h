@@ -2,7 +2,7 @@
 #ifndef TESTS_LIFE_ANSWERTEXT_H
 #define TESTS_LIFE_ANSWERTEXT_H
 
-#include "host/Provider.h"
+#include "host/provider/Provider.h"
 
 #include <string>
 

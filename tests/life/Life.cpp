@@ -1,24 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "life/Life.h"
 
-#include "host/MofReader.h"
+#include "host/schema/MofReader.h"
 #include "life/ListenerSleep.h"
 #include "life/Recording.h"
 #include "support/Command.h"
 #include "support/Lines.h"
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <gtest/gtest.h>
 #include <iterator>
-#include <pthread.h>
 #include <regex>
 #include <set>
 #include <stdexcept>
 #include <thread>
-#include <unistd.h>
 #include <utility>
+
+#include <pthread.h>
+#include <unistd.h>
 
 namespace tvp::test {
 namespace {

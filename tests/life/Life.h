@@ -2,7 +2,7 @@
 #ifndef TESTS_LIFE_LIFE_H
 #define TESTS_LIFE_LIFE_H
 
-#include "host/Provider.h"
+#include "host/provider/Provider.h"
 #include "life/AnswerText.h"
 #include "support/TemporaryFolder.h"
 

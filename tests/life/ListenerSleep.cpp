@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "life/ListenerSleep.h"
 
-#include <unistd.h>
 #include <utility>
+
+#include <unistd.h>
 
 extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned int seconds) {
   return tvp::test::ListenerSleep::instance().sleep(seconds);

@@ -80,8 +80,8 @@ protected:
   std::uint32_t m_drive = 0;
 };
 
-const std::vector<std::string> STORAGE_CLASSES = {"TVP_TarvexProIdentity", "TVP_LogicalDevice",
-                                                  "TVP_VirtualPool", "TVP_VirtualVolume"};
+const std::vector<std::string> STORAGE_CLASSES = {
+    "TVP_TarvexProIdentity", "TVP_LogicalDevice", "TVP_VirtualPool", "TVP_VirtualVolume"};
 const std::vector<std::string> FIXED_CLASSES = {"TVP_LogicalDevices",      "TVP_VirtualPools",
                                                 "TVP_VirtualPoolMember",   "TVP_VirtualVolumes",
                                                 "TVP_VirtualVolumeSource", "TVP_TierService"};
@@ -93,26 +93,26 @@ void OneLife::subscribe() {
   m_life.step("activateFilter", [&](Provider& provider) { return provider.activateFilter(filter); });
   m_life.round("a round with a filter, before indications are enabled");
   m_life.step("enableIndications", [](Provider& provider) { return provider.enableIndications(); });
-  m_life.step("activateFilter once more",
-              [&](Provider& provider) { return provider.activateFilter(filter, false); });
+  m_life.step(
+      "activateFilter once more", [&](Provider& provider) { return provider.activateFilter(filter, false); });
   m_life.step("enableIndications once more", [](Provider& provider) { return provider.enableIndications(); });
 }
 
 void OneLife::unsubscribe() {
   const IndicationFilter filter;
-  m_life.step("deActivateFilter",
-              [&](Provider& provider) { return provider.deActivateFilter(filter, false); });
+  m_life.step(
+      "deActivateFilter", [&](Provider& provider) { return provider.deActivateFilter(filter, false); });
   m_life.step("disableIndications", [](Provider& provider) { return provider.disableIndications(); });
   addDrive("hdd", "2GiB");
   m_life.round("a round with one subscription left");
-  m_life.step("deActivateFilter, the last",
-              [&](Provider& provider) { return provider.deActivateFilter(filter); });
-  m_life.step("disableIndications, the last",
-              [](Provider& provider) { return provider.disableIndications(); });
+  m_life.step(
+      "deActivateFilter, the last", [&](Provider& provider) { return provider.deActivateFilter(filter); });
+  m_life.step(
+      "disableIndications, the last", [](Provider& provider) { return provider.disableIndications(); });
   addDrive("hdd", "3GiB");
   m_life.round("a round without a subscription");
-  m_life.step("disableIndications, one too many",
-              [](Provider& provider) { return provider.disableIndications(); });
+  m_life.step(
+      "disableIndications, one too many", [](Provider& provider) { return provider.disableIndications(); });
 }
 
 void OneLife::changePools() {
@@ -138,8 +138,8 @@ void OneLife::changeVolumes() {
   for (const std::uint32_t volume : {m_tiered, m_plain, m_drive}) {
     invoke(m_life, ofVolume("GetVirtualVolumeMembers", volume), "of volume " + std::to_string(volume));
   }
-  invoke(m_life, ofVolume("GetVirtualVolumeMembers", m_tiered), "through the volume class",
-         "TVP_VirtualVolume");
+  invoke(
+      m_life, ofVolume("GetVirtualVolumeMembers", m_tiered), "through the volume class", "TVP_VirtualVolume");
   m_life.round("a round after changes of volumes");
 }
 
@@ -194,11 +194,12 @@ void OneLife::refuseVolumes() {
   invoke(m_life, good.with("VolumeType", Value::uint8(9)), "no such type");
   invoke(m_life, good.with("VirtualPoolsCount", Value::uint8(1)), "another number of pools");
   invoke(m_life, good.with("KnobSetting", Value::uint32(9)), "no such knob");
-  invoke(m_life,
-         good.with("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(0), Value::uint64(0)})),
-         "no capacity");
-  invoke(m_life, good.with("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(9000 * MIB)})),
-         "one capacity");
+  invoke(
+      m_life, good.with("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(0), Value::uint64(0)})),
+      "no capacity");
+  invoke(
+      m_life, good.with("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(9000 * MIB)})),
+      "one capacity");
   invoke(m_life, createVolume("new", CACHED, {m_diskPool}), "cached by nothing");
   invoke(m_life, createVolume("new", TIERED, {}), "no pool");
   invoke(m_life, createVolume("new", TIERED, {NO_SUCH}), "no such pool");
@@ -223,8 +224,9 @@ void OneLife::refuseCachedDrives() {
 }
 
 void OneLife::refuseIdentifiers() {
-  for (const char* method : {"DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualVolumeStats",
-                             "ResetVirtualVolumeStats", "GetVirtualVolumeMembers"}) {
+  for (const char* method :
+       {"DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualVolumeStats", "ResetVirtualVolumeStats",
+        "GetVirtualVolumeMembers"}) {
     invoke(m_life, ofVolume(method, NO_SUCH), "no such volume");
   }
   for (const char* method : {"DeleteVirtualPool", "GetVirtualPoolMembers"}) {
@@ -248,12 +250,14 @@ void OneLife::refuseArguments() {
   MethodCall misnamed = createPool("new", {m_ssds[1]}, SSD);
   misnamed.arguments.values.back().name = "Level";
   invoke(m_life, misnamed, "an argument of another name");
-  invoke(m_life, createPool("new", {m_ssds[1]}, SSD).with("TierLevel", Value::string("SSD")),
-         "an argument of another type");
-  invoke(m_life, createPool("new", {m_ssds[1]}, SSD).with("Name", Value::null(CMPI_string)),
-         "an argument without a value");
-  invoke(m_life, ofPool("GetVirtualPoolMembers", m_diskPool), "a class of other methods",
-         "TVP_VirtualVolume");
+  invoke(
+      m_life, createPool("new", {m_ssds[1]}, SSD).with("TierLevel", Value::string("SSD")),
+      "an argument of another type");
+  invoke(
+      m_life, createPool("new", {m_ssds[1]}, SSD).with("Name", Value::null(CMPI_string)),
+      "an argument without a value");
+  invoke(
+      m_life, ofPool("GetVirtualPoolMembers", m_diskPool), "a class of other methods", "TVP_VirtualVolume");
   invoke(m_life, ofPool("GetVirtualPoolMembers", m_diskPool), "a class without methods", "TVP_VirtualPools");
   invoke(m_life, {"GetVirtualPoolMembers", {}}, "no argument", "TVP_VirtualPool");
   invoke(m_life, {"GetVirtualVolumeMembers", {}}, "no argument", "TVP_VirtualVolume");
@@ -268,8 +272,8 @@ void OneLife::refuseUsers() {
       return provider.invokeMethod(classPath("TVP_TierService"), call.method, call.arguments, &user);
     });
     m_life.step("modifyInstance " + title, [&](Provider& provider) {
-      return provider.modifyInstance(classPath("TVP_TierService"), {classPath("TVP_TierService"), {}}, {},
-                                     &user);
+      return provider.modifyInstance(
+          classPath("TVP_TierService"), {classPath("TVP_TierService"), {}}, {}, &user);
     });
   };
   for (const char* name : {"nobody", "a user that nobody knows", ""}) {
@@ -292,13 +296,14 @@ void OneLife::failDeliveries() {
   m_life.round("a round whose thread cannot be attached");
   m_life.objectManager().attachesThreads = true;
   m_life.objectManager().preparesThreads = false;
-  m_life.step("activateFilter without a context for the listener",
-              [](Provider& provider) { return provider.activateFilter({}); });
+  m_life.step("activateFilter without a context for the listener", [](Provider& provider) {
+    return provider.activateFilter({});
+  });
   addDrive("hdd", "6GiB");
   m_life.round("a round without a context for the listener");
   m_life.objectManager().preparesThreads = true;
-  m_life.step("activateFilter with a context again",
-              [](Provider& provider) { return provider.activateFilter({}); });
+  m_life.step(
+      "activateFilter with a context again", [](Provider& provider) { return provider.activateFilter({}); });
   addDrive("hdd", "7GiB");
   m_life.round("a round whose indication is taken again");
   m_life.failEachFunction([&](const std::string& addition) {
@@ -319,8 +324,9 @@ void OneLife::readEverythingWhile(const std::string& fault) {
   invoke(m_life, createCachedDrive("new", m_flashPool, m_ssds[1]), fault);
   invoke(m_life, modifyPool(m_sparePool, "new", SSD), fault);
   invoke(m_life, modifyVolume(m_cached, "new", 1), fault);
-  for (const char* method : {"DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualVolumeStats",
-                             "ResetVirtualVolumeStats", "GetVirtualVolumeMembers"}) {
+  for (const char* method :
+       {"DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualVolumeStats", "ResetVirtualVolumeStats",
+        "GetVirtualVolumeMembers"}) {
     invoke(m_life, ofVolume(method, m_cached), fault);
   }
   for (const char* method : {"DeleteVirtualPool", "GetVirtualPoolMembers"}) {

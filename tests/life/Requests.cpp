@@ -33,57 +33,62 @@ host::CallOptions asUser(const std::string& name) {
 }  // namespace
 
 MethodCall createPool(const std::string& name, const std::vector<std::uint8_t>& drives, std::uint8_t tier) {
-  return {"CreateVirtualPool",
-          Arguments()
-              .add("Name", Value::string(name))
-              .add("Description", Value::string("pool " + name))
-              .add("NumberOfLogicalDevice", Value::uint8(static_cast<std::uint8_t>(drives.size())))
-              .add("LDDeviceNumbers", list(CMPI_uint8, drives))
-              .add("CapacityInSectors", Value::uint64(600 * MIB))
-              .add("ChunkSize", Value::uint64(CHUNK))
-              .add("TierLevel", Value::uint8(tier))};
+  return {
+      "CreateVirtualPool",
+      Arguments()
+          .add("Name", Value::string(name))
+          .add("Description", Value::string("pool " + name))
+          .add("NumberOfLogicalDevice", Value::uint8(static_cast<std::uint8_t>(drives.size())))
+          .add("LDDeviceNumbers", list(CMPI_uint8, drives))
+          .add("CapacityInSectors", Value::uint64(600 * MIB))
+          .add("ChunkSize", Value::uint64(CHUNK))
+          .add("TierLevel", Value::uint8(tier))};
 }
 
 MethodCall createVolume(const std::string& name, std::uint8_t type, const std::vector<std::uint32_t>& pools) {
   const std::vector<std::uint64_t> sizes(pools.size(), 40 * MIB);
-  return {"CreateVirtualVolume",
-          Arguments()
-              .add("VolumeName", Value::string(name))
-              .add("Description", Value::string("volume " + name))
-              .add("VolumeType", Value::uint8(type))
-              .add("VirtualPoolsCount", Value::uint8(static_cast<std::uint8_t>(pools.size())))
-              .add("ListOfVirtualPoolIds", list(CMPI_uint32, pools))
-              .add("UsedSizeInSectors", list(CMPI_uint64, sizes))
-              .add("KnobSetting", Value::uint32(NORMAL))};
+  return {
+      "CreateVirtualVolume",
+      Arguments()
+          .add("VolumeName", Value::string(name))
+          .add("Description", Value::string("volume " + name))
+          .add("VolumeType", Value::uint8(type))
+          .add("VirtualPoolsCount", Value::uint8(static_cast<std::uint8_t>(pools.size())))
+          .add("ListOfVirtualPoolIds", list(CMPI_uint32, pools))
+          .add("UsedSizeInSectors", list(CMPI_uint64, sizes))
+          .add("KnobSetting", Value::uint32(NORMAL))};
 }
 
 MethodCall createCachedDrive(const std::string& name, std::uint32_t pool, std::uint8_t drive) {
-  return {"CreateDataCacheVolume", Arguments()
-                                       .add("VolumeName", Value::string(name))
-                                       .add("Description", Value::string("cached drive " + name))
-                                       .add("VolumeType", Value::uint8(2))
-                                       .add("SSDPoolId", Value::uint32(pool))
-                                       .add("reqCapacityFromSSDPool", Value::uint64(10 * MIB))
-                                       .add("LDDeviceNumber", list<std::uint8_t>(CMPI_uint8, {drive}))
-                                       .add("LDCapacityInSectors", Value::uint64(50 * MIB))
-                                       .add("ChunkSize", Value::uint64(CHUNK))
-                                       .add("KnobSetting", Value::uint32(NORMAL))};
+  return {
+      "CreateDataCacheVolume", Arguments()
+                                   .add("VolumeName", Value::string(name))
+                                   .add("Description", Value::string("cached drive " + name))
+                                   .add("VolumeType", Value::uint8(2))
+                                   .add("SSDPoolId", Value::uint32(pool))
+                                   .add("reqCapacityFromSSDPool", Value::uint64(10 * MIB))
+                                   .add("LDDeviceNumber", list<std::uint8_t>(CMPI_uint8, {drive}))
+                                   .add("LDCapacityInSectors", Value::uint64(50 * MIB))
+                                   .add("ChunkSize", Value::uint64(CHUNK))
+                                   .add("KnobSetting", Value::uint32(NORMAL))};
 }
 
 MethodCall modifyPool(std::uint32_t pool, const std::string& name, std::uint8_t tier) {
-  return {"ModifyVirtualPool", Arguments()
-                                   .add("VirtualPoolId", Value::uint32(pool))
-                                   .add("Name", Value::string(name))
-                                   .add("TierLevel", Value::uint8(tier))
-                                   .add("Description", Value::string("changed"))};
+  return {
+      "ModifyVirtualPool", Arguments()
+                               .add("VirtualPoolId", Value::uint32(pool))
+                               .add("Name", Value::string(name))
+                               .add("TierLevel", Value::uint8(tier))
+                               .add("Description", Value::string("changed"))};
 }
 
 MethodCall modifyVolume(std::uint32_t volume, const std::string& name, std::uint32_t knob) {
-  return {"ModifyVirtualVolume", Arguments()
-                                     .add("VirtualVolumeId", Value::uint32(volume))
-                                     .add("VolumeName", Value::string(name))
-                                     .add("Description", Value::string("changed"))
-                                     .add("KnobSetting", Value::uint32(knob))};
+  return {
+      "ModifyVirtualVolume", Arguments()
+                                 .add("VirtualVolumeId", Value::uint32(volume))
+                                 .add("VolumeName", Value::string(name))
+                                 .add("Description", Value::string("changed"))
+                                 .add("KnobSetting", Value::uint32(knob))};
 }
 
 MethodCall ofVolume(const std::string& method, std::uint32_t volume) {
@@ -94,16 +99,17 @@ MethodCall ofPool(const std::string& method, std::uint32_t pool) {
   return {method, Arguments().add("VirtualPoolId", Value::uint32(pool))};
 }
 
-host::MethodOutcome invoke(Life& life, const MethodCall& call, const std::string& why,
-                           const std::string& className) {
+host::MethodOutcome
+invoke(Life& life, const MethodCall& call, const std::string& why, const std::string& className) {
   return life.step(className + "." + call.method + ": " + why, [&](Provider& provider) {
     return provider.invokeMethod(classPath(className), call.method, call.arguments);
   });
 }
 
 host::InstancesOutcome enumerate(Life& life, const std::string& className, const std::string& why) {
-  return life.step("enumerateInstances of " + className + ": " + why,
-                   [&](Provider& provider) { return provider.enumerateInstances(classPath(className)); });
+  return life.step("enumerateInstances of " + className + ": " + why, [&](Provider& provider) {
+    return provider.enumerateInstances(classPath(className));
+  });
 }
 
 std::uint32_t identifierOf(const host::InstancesOutcome& outcome, const std::string& name) {
@@ -132,16 +138,18 @@ void askInstances(Life& life, const std::string& className) {
   life.step("enumerateInstances" + of + ": one property, as nobody", [&](Provider& provider) {
     return provider.enumerateInstances(path, std::vector<std::string>{"CreationClassName"}, &nobody);
   });
-  life.step("enumerateInstanceNames" + of,
-            [&](Provider& provider) { return provider.enumerateInstanceNames(path); });
+  life.step("enumerateInstanceNames" + of, [&](Provider& provider) {
+    return provider.enumerateInstanceNames(path);
+  });
   life.step("getInstance" + of + " with keys", [&](Provider& provider) { return provider.getInstance(one); });
   life.step("getInstance" + of + " without keys, one property, as nobody", [&](Provider& provider) {
     return provider.getInstance(path, std::vector<std::string>{"Name"}, &nobody);
   });
   life.step("createInstance" + of, [&](Provider& provider) { return provider.createInstance(one, given); });
   life.step("modifyInstance" + of, [&](Provider& provider) { return provider.modifyInstance(one, given); });
-  life.step("modifyInstance" + of + " as nobody",
-            [&](Provider& provider) { return provider.modifyInstance(one, given, {}, &nobody); });
+  life.step("modifyInstance" + of + " as nobody", [&](Provider& provider) {
+    return provider.modifyInstance(one, given, {}, &nobody);
+  });
   life.step("deleteInstance" + of, [&](Provider& provider) { return provider.deleteInstance(one); });
   life.step("execQuery" + of, [&](Provider& provider) {
     return provider.execQuery(path, "SELECT * FROM " + className, "WQL");
@@ -154,8 +162,8 @@ void askAssociations(Life& life, const std::string& className, const Association
   const std::string of =
       " of " + className + " through " + (filter.associationClass.empty() ? "any" : filter.associationClass);
   life.step("associators" + of, [&](Provider& provider) { return provider.associators(path, filter); });
-  life.step("associatorNames" + of,
-            [&](Provider& provider) { return provider.associatorNames(path, filter); });
+  life.step(
+      "associatorNames" + of, [&](Provider& provider) { return provider.associatorNames(path, filter); });
   life.step("references" + of, [&](Provider& provider) { return provider.references(path, result); });
   life.step("referenceNames" + of, [&](Provider& provider) { return provider.referenceNames(path, result); });
 }

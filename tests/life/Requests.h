@@ -39,8 +39,9 @@ MethodCall ofVolume(const std::string& method, std::uint32_t volume);
 MethodCall ofPool(const std::string& method, std::uint32_t pool);
 
 /** Makes the call as one step. @param why stands in the title */
-host::MethodOutcome invoke(Life& life, const MethodCall& call, const std::string& why,
-                           const std::string& className = "TVP_TierService");
+host::MethodOutcome invoke(
+    Life& life, const MethodCall& call, const std::string& why,
+    const std::string& className = "TVP_TierService");
 
 /** Every instance of a class, as one step. */
 host::InstancesOutcome enumerate(Life& life, const std::string& className, const std::string& why);

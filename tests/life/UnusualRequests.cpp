@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "life/UnusualRequests.h"
 
-#include "host/Names.h"
-#include "host/Request.h"
+#include "host/provider/Request.h"
+#include "host/schema/Names.h"
 #include "life/Requests.h"
 
 namespace tvp::test {
@@ -15,11 +15,12 @@ using host::Value;
 /** A value of each scalar type. */
 std::vector<NamedValue> everyScalar() {
   const host::ObjectPath path = classPath("TVP_LogicalDevices", {{"Number", Value::uint32(1)}});
-  std::vector<NamedValue> values = {{"Flag", Value::boolean(true)},
-                                    {"Text", Value::string("text")},
-                                    {"When", Value::dateTime(host::DateTime())},
-                                    {"Other", Value::reference(path)},
-                                    {"Inside", Value::instance({path, {{"Number", Value::uint32(1)}}})}};
+  std::vector<NamedValue> values = {
+      {"Flag", Value::boolean(true)},
+      {"Text", Value::string("text")},
+      {"When", Value::dateTime(host::DateTime())},
+      {"Other", Value::reference(path)},
+      {"Inside", Value::instance({path, {{"Number", Value::uint32(1)}}})}};
   for (const CMPIType type : {CMPI_uint8, CMPI_uint16, CMPI_uint32, CMPI_uint64, CMPI_char16}) {
     values.push_back({host::typeName(type), Value::unsignedInteger(type, 7)});
   }
@@ -54,54 +55,54 @@ void askWithoutArguments(Life& life) {
     });
   };
   ask("enumerateInstances", [](Provider& provider) {
-    return provider.instanceMI()->ft->enumerateInstances(provider.instanceMI(), nullptr, nullptr, nullptr,
-                                                         nullptr);
+    return provider.instanceMI()->ft->enumerateInstances(
+        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr);
   });
   ask("enumerateInstanceNames", [](Provider& provider) {
-    return provider.instanceMI()->ft->enumerateInstanceNames(provider.instanceMI(), nullptr, nullptr,
-                                                             nullptr);
+    return provider.instanceMI()->ft->enumerateInstanceNames(
+        provider.instanceMI(), nullptr, nullptr, nullptr);
   });
   ask("getInstance", [](Provider& provider) {
     return provider.instanceMI()->ft->getInstance(provider.instanceMI(), nullptr, nullptr, nullptr, nullptr);
   });
   ask("createInstance", [](Provider& provider) {
-    return provider.instanceMI()->ft->createInstance(provider.instanceMI(), nullptr, nullptr, nullptr,
-                                                     nullptr);
+    return provider.instanceMI()->ft->createInstance(
+        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr);
   });
   ask("modifyInstance", [](Provider& provider) {
-    return provider.instanceMI()->ft->modifyInstance(provider.instanceMI(), nullptr, nullptr, nullptr,
-                                                     nullptr, nullptr);
+    return provider.instanceMI()->ft->modifyInstance(
+        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("deleteInstance", [](Provider& provider) {
     return provider.instanceMI()->ft->deleteInstance(provider.instanceMI(), nullptr, nullptr, nullptr);
   });
   ask("execQuery", [](Provider& provider) {
-    return provider.instanceMI()->ft->execQuery(provider.instanceMI(), nullptr, nullptr, nullptr, nullptr,
-                                                nullptr);
+    return provider.instanceMI()->ft->execQuery(
+        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("invokeMethod", [](Provider& provider) {
-    return provider.methodMI()->ft->invokeMethod(provider.methodMI(), nullptr, nullptr, nullptr, nullptr,
-                                                 nullptr, nullptr);
+    return provider.methodMI()->ft->invokeMethod(
+        provider.methodMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("associators", [](Provider& provider) {
-    return provider.associationMI()->ft->associators(provider.associationMI(), nullptr, nullptr, nullptr,
-                                                     nullptr, nullptr, nullptr, nullptr, nullptr);
+    return provider.associationMI()->ft->associators(
+        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("associatorNames", [](Provider& provider) {
-    return provider.associationMI()->ft->associatorNames(provider.associationMI(), nullptr, nullptr, nullptr,
-                                                         nullptr, nullptr, nullptr, nullptr);
+    return provider.associationMI()->ft->associatorNames(
+        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("references", [](Provider& provider) {
-    return provider.associationMI()->ft->references(provider.associationMI(), nullptr, nullptr, nullptr,
-                                                    nullptr, nullptr, nullptr);
+    return provider.associationMI()->ft->references(
+        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("referenceNames", [](Provider& provider) {
-    return provider.associationMI()->ft->referenceNames(provider.associationMI(), nullptr, nullptr, nullptr,
-                                                        nullptr, nullptr);
+    return provider.associationMI()->ft->referenceNames(
+        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("authorizeFilter", [](Provider& provider) {
-    return provider.indicationMI()->ft->authorizeFilter(provider.indicationMI(), nullptr, nullptr, nullptr,
-                                                        nullptr, nullptr);
+    return provider.indicationMI()->ft->authorizeFilter(
+        provider.indicationMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
   });
   ask("mustPoll", [](Provider& provider) {
     return provider.indicationMI()->ft->mustPoll(provider.indicationMI(), nullptr, nullptr, nullptr, nullptr);
@@ -147,8 +148,8 @@ void askWhileCallsFail(Life& life) {
     life.step("modifyInstance" + addition, [](Provider& provider) {
       const NamedValue list{"List", Value::array(CMPI_uint32, {Value::uint32(1)})};
       const NamedValue text{"Text", Value::string("text")};
-      return provider.modifyInstance(classPath("TVP_LogicalDevices"),
-                                     {classPath("TVP_EveryType"), {list, text}});
+      return provider.modifyInstance(
+          classPath("TVP_LogicalDevices"), {classPath("TVP_EveryType"), {list, text}});
     });
   });
   life.failEachFunction([&](const std::string& addition) {
