@@ -56,15 +56,17 @@ std::string sizeText(std::uint64_t sectors) {
   for (; unit + 1 < UNITS.size() && sectors / divisor >= 1024; ++unit) {
     divisor *= 1024;
   }
-  if (sectors % divisor == 0) {
-    return std::to_string(sectors / divisor) + " " + UNITS[unit];
-  }
-  std::array<char, 96> text{};
+  std::array<char, 64> number{};
   std::snprintf(
-      text.data(), text.size(), "%.2f %s (%llu sectors)",
-      static_cast<double>(sectors) / static_cast<double>(divisor), UNITS[unit],
-      static_cast<unsigned long long>(sectors));
-  return text.data();
+      number.data(), number.size(), "%.2f", static_cast<double>(sectors) / static_cast<double>(divisor));
+  std::string text = number.data();
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') {
+    text.pop_back();
+  }
+  text += std::string(" ") + UNITS[unit];
+  const bool isExact = sectors % divisor * 100 % divisor == 0;
+  return isExact ? text : text + " (" + counted(sectors, "sector") + ")";
 }
 
 std::string counted(std::uint64_t number, std::string_view noun) {
