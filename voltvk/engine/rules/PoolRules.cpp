@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/PoolRules.h"
 
+#include "text/Quote.h"
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
@@ -52,7 +53,7 @@ void PoolRules::checkNameUnused(const std::string& name) const {
   const auto holder =
       std::find_if(m_pools.begin(), m_pools.end(), [&](const PoolRecord& pool) { return pool.name == name; });
   require(holder == m_pools.end(), TVK_NAME_IN_USE, [&] {
-    return "the name " + quoted(name) + " is used by pool " + std::to_string(holder->id) +
+    return "the name " + tvp::text::quoted(name) + " is used by pool " + std::to_string(holder->id) +
            (holder->internal ? ", which is internal" : "") + "; choose another";
   });
 }

@@ -2,6 +2,7 @@
 #ifndef VOLTVK_ENGINE_RULES_REFUSAL_H
 #define VOLTVK_ENGINE_RULES_REFUSAL_H
 
+#include "text/Utf8.h"
 #include "voltvk/Ret.h"
 #include "voltvk/engine/rules/Wording.h"
 
@@ -19,7 +20,7 @@ class Refusal : public std::runtime_error {
 public:
   /** @param detail what was wrong, with what, and what to do; what does not fit one line is escaped */
   Refusal(TvkStatus status, const std::string& detail)
-      : std::runtime_error(printable(detail)), m_status(status) {}
+      : std::runtime_error(tvp::text::printable(detail)), m_status(status) {}
 
   TvkStatus status() const { return m_status; }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/TextRules.h"
 
+#include "text/Quote.h"
 #include "text/Utf8.h"
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/rules/Refusal.h"
@@ -52,10 +53,10 @@ std::string checkedName(const GivenText& given) {
     return "the name has " + sizeOf(given, name) + "; a name has 1 to " + limitOf(given);
   });
   require(tvp::text::isUtf8(name), TVK_INVALID_NAME, [&] {
-    return "the name " + quoted(name) + " is not UTF-8, which names are";
+    return "the name " + tvp::text::quoted(name) + " is not UTF-8, which names are";
   });
   require(isPlainText(name, given.field.size()), TVK_INVALID_NAME, [&] {
-    return "the name " + quoted(name) + " has control characters in it; choose one without them";
+    return "the name " + tvp::text::quoted(name) + " has control characters in it; choose one without them";
   });
   return name;
 }
@@ -74,7 +75,7 @@ std::string checkedDescription(const GivenText& given) {
            limitOf(given);
   });
   require(tvp::text::isUtf8(description), TVK_INVALID_DESCRIPTION, [&] {
-    return "the description " + quoted(description) + " is not UTF-8, which descriptions are";
+    return "the description " + tvp::text::quoted(description) + " is not UTF-8, which descriptions are";
   });
   return description;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/VolumeRules.h"
 
+#include "text/Quote.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
@@ -33,7 +34,7 @@ void VolumeRules::checkNameUnused(const std::string& name) const {
     return volume.name == name;
   });
   require(holder == m_volumes.end(), TVK_NAME_IN_USE, [&] {
-    return "the name " + quoted(name) + " is used by volume " + std::to_string(holder->id) +
+    return "the name " + tvp::text::quoted(name) + " is used by volume " + std::to_string(holder->id) +
            "; choose another";
   });
 }

@@ -1,14 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/Wording.h"
 
+#include "text/Size.h"
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/Specs.h"
 #include "voltvk/VirtualPool.h"
-#include "voltvk/engine/Utf8.h"
-
-#include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace voltvk {
 
@@ -20,53 +16,16 @@ std::string named(const char* noun, std::uint32_t number, const std::string& nam
 
 }  // namespace
 
-std::string printable(std::string_view text) {
-  std::string shown;
-  while (!text.empty()) {
-    const std::size_t length = utf8Length(text);
-    const std::string_view character = text.substr(0, std::max<std::size_t>(length, 1));
-    if (length > 0 && !isControlCharacter(character)) {
-      shown += character;
-    } else {
-      for (const char byte : character) {
-        std::array<char, 8> escaped{};
-        std::snprintf(
-            escaped.data(), escaped.size(), "\\x%02X",
-            static_cast<unsigned int>(static_cast<unsigned char>(byte)));
-        shown += escaped.data();
-      }
-    }
-    text.remove_prefix(character.size());
-  }
-  return shown;
-}
-
-std::string quoted(std::string_view text) {
-  return "'" + std::string(text) + "'";
-}
-
 std::string sizeText(std::uint64_t sectors) {
-  constexpr std::array<const char*, 6> UNITS = {"KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
-  if (sectors < 2) {
-    return std::to_string(sectors * 512) + " B";
+  const std::string text = tvp::text::formatSectors(sectors);
+  try {
+    if (tvp::text::parseSectors(text) == sectors) {
+      return text;
+    }
+  } catch (const tvp::text::SizeError&) {
+    // Rounded to something that is not a whole number of sectors, or larger than sizes are read.
   }
-  // 64 bits of sectors are more than 64 bits of bytes, so the division goes on from sectors.
-  std::uint64_t divisor = 2;
-  std::size_t unit = 0;
-  for (; unit + 1 < UNITS.size() && sectors / divisor >= 1024; ++unit) {
-    divisor *= 1024;
-  }
-  std::array<char, 64> number{};
-  std::snprintf(
-      number.data(), number.size(), "%.2f", static_cast<double>(sectors) / static_cast<double>(divisor));
-  std::string text = number.data();
-  text.erase(text.find_last_not_of('0') + 1);
-  if (text.back() == '.') {
-    text.pop_back();
-  }
-  text += std::string(" ") + UNITS[unit];
-  const bool isExact = sectors % divisor * 100 % divisor == 0;
-  return isExact ? text : text + " (" + counted(sectors, "sector") + ")";
+  return text + " (" + counted(sectors, "sector") + ")";
 }
 
 std::string counted(std::uint64_t number, std::string_view noun) {

@@ -12,17 +12,11 @@
 namespace voltvk {
 
 /*
- * The parts of the sentences that say why a request is refused. Nothing here escapes what names hold:
- * Refusal does that once for the whole sentence.
+ * The parts of the sentences that say why a request is refused. What names hold is made fit for one line
+ * by Refusal, once for the whole sentence.
  */
 
-/** The text fit for one line: control characters and bytes that are not UTF-8 become \xHH each. */
-std::string printable(std::string_view text);
-
-/** The text in single quotes. */
-std::string quoted(std::string_view text);
-
-/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added. */
+/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added, since it may stand beside another. */
 std::string sizeText(std::uint64_t sectors);
 
 /** "1 drive", "3 drives". */

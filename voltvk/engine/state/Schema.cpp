@@ -54,8 +54,8 @@ CREATE TABLE fault(
 INSERT INTO setting VALUES('policy_running', 1), ('last_drive_number', -1), ('last_virtual_drive', 0);
 )sql";
 
-// COMPAT: states made by version 1.0 have no such table; they get it when they are opened, and programs of
-// that version go on with it. So the layout keeps its number.
+// COMPAT: states from before refusals were kept lack this table. They get it when they are opened, and
+// programs from that time do not mind it, so the layout keeps its number.
 constexpr const char* ADDED_TABLES = R"sql(
 CREATE TABLE IF NOT EXISTS last_refusal(
   id INTEGER PRIMARY KEY CHECK(id = 1), operation TEXT NOT NULL, status INTEGER NOT NULL, detail TEXT NOT NULL,
