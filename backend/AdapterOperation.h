@@ -31,7 +31,8 @@ public:
   using Preparation = std::function<void(TvkAdapter&)>;
 
   /**
-   * Traces the entry and carries the operation out.
+   * Traces the entry and carries the operation out. The last line is that of the exit, unless the
+   * library gave a reason for a refusal or an exception: that follows, see reportRefusal.
    * @param ret receives the library's status
    * @param call makes the one call of the adapter
    * @param prepare what is to be done with the adapter before the call; may be empty

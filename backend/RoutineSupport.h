@@ -53,12 +53,16 @@ unsigned int runMemberRoutine(
     const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 
 /**
- * Fills a text field of a record. @return whether the text is too long for it, for the record's own mark: the
- * library then refuses the request instead of giving an object half a name
+ * Fills the name and the description of a record, and marks there what is too long for its field: the
+ * library then refuses the request instead of giving an object half a name.
+ * @param spec a VirtualPoolSpec or VirtualVolumeSpec
  */
-template <unsigned int size>
-bool fillText(char (&field)[size], const std::string& text) {
-  return !tvkSetText(field, size, text.c_str());
+template <typename Spec>
+void fillTexts(Spec& spec, const std::string& name, const std::string& description) {
+  spec.nameTooLong = !tvkSetText(spec.name, sizeof spec.name, name.c_str());
+  spec.nameBytes = static_cast<std::uint32_t>(name.size());
+  spec.descriptionTooLong = !tvkSetText(spec.description, sizeof spec.description, description.c_str());
+  spec.descriptionBytes = static_cast<std::uint32_t>(description.size());
 }
 
 }  // namespace tvp::cim::fwf

@@ -3,6 +3,7 @@
 
 #include "backend/EventIndication.h"
 #include "backend/LibraryAccess.h"
+#include "backend/Refusal.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMutexGuard.h"
@@ -166,8 +167,8 @@ void TvproEventManager::pollForEvent() {
 
 void TvproEventManager::pollOnce() {
   VolEventCollection events(0, 8, 0);
+  Ret ret;
   if (TvkAdapter* adapter = getTvkAdapter()) {
-    Ret ret;
     ret = adapter->getEvents(events);
     for (long index = 0; index < events.count(); ++index) {
       VolEvent* event = events.Obj_P(index);
@@ -187,6 +188,14 @@ void TvproEventManager::pollOnce() {
     reportPolicyEngineEvent();
   }
   KvsTrace("Exiting TvproEventManager::pollForEvent()");
+  reportRefusedPoll(ret);
+}
+
+void TvproEventManager::reportRefusedPoll(const Ret& ret) {
+  if (m_refusal != ret.getDetail()) {
+    m_refusal = ret.getDetail();
+    reportRefusal("TvkAdapter::getEvents", m_refusal.c_str());
+  }
 }
 
 void TvproEventManager::reportPolicyEngineEvent() {

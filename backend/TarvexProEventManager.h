@@ -4,6 +4,7 @@
 
 #include "oslib/KVSMutex.h"
 #include "oslib/KVSThread.h"
+#include "voltvk/Ret.h"
 #include "voltvk/VolEvent.h"
 
 #include <atomic>
@@ -95,6 +96,9 @@ public:
 private:
   friend class TvproEventManagerCleanUp;
 
+  /** Writes why the events could not be fetched, once for as long as the reason is the same. */
+  void reportRefusedPoll(const Ret& ret);
+
   static std::atomic<TvproEventManager*> pOwnInstance;
   static KvsMutexHandle s_CreateMutex;
   static std::atomic<bool> flagTermThread;  ///< never cleared: a stopped listener stays stopped
@@ -102,6 +106,7 @@ private:
 
   std::atomic<KvsThreadHandle> m_listener;  ///< null when no thread runs
   bool m_policyEngineRunning;
+  std::string m_refusal;  ///< of the latest poll; empty when it was not refused
   int m_listenerProcess;       ///< the process that the listener runs in
   std::mutex m_listenerMutex;  ///< two callers start one thread only
 };

@@ -23,7 +23,7 @@ VirtualPoolSpec describeInternalPool(const RoutineArguments& arguments, unsigned
   pool.chunkSizeInSectors = arguments.uint64("ChunkSize");
   refreshTarvexProObjects();
   const std::string name = TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL);
-  pool.nameTooLong = fillText(pool.name, name);
+  fillTexts(pool, name, "");
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Internal Pool Name: %s", name.c_str());
   pool.tierLevel = TVK_TIER_HDD;
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - LD TierLevel: %d", pool.tierLevel);

@@ -21,8 +21,7 @@ unsigned int TvpIfCreateVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
   const std::string description = arguments.text("Description");
   const std::vector<unsigned char> drives = arguments.array<unsigned char>("LDDeviceNumbers");
   VirtualPoolSpec spec;
-  spec.nameTooLong = fillText(spec.name, name);
-  spec.descriptionTooLong = fillText(spec.description, description);
+  fillTexts(spec, name, description);
   spec.numLogicalDevices = arguments.uint8("NumberOfLogicalDevice");
   spec.numDeviceNumbers = static_cast<std::uint32_t>(drives.size());
   std::copy_n(drives.begin(), std::min<std::size_t>(drives.size(), TVK_SPEC_DEVICES), spec.deviceNumbers);
@@ -68,9 +67,8 @@ unsigned int TvpIfModifyVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
   const std::string description = arguments.text("Description");
   VirtualPoolSpec spec;
   spec.poolId = poolId;
-  spec.nameTooLong = fillText(spec.name, name);
+  fillTexts(spec, name, description);
   spec.tierLevel = arguments.uint8("TierLevel");
-  spec.descriptionTooLong = fillText(spec.description, description);
 
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualPool() - Pool Id: %d", static_cast<int>(poolId));
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualPool() - Pool Name: %s", name.c_str());

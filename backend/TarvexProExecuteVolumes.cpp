@@ -59,8 +59,7 @@ unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam
   const std::vector<unsigned int> poolIds = arguments.array<unsigned int>("ListOfVirtualPoolIds");
   const std::vector<unsigned long long> sizes = arguments.array<unsigned long long>("UsedSizeInSectors");
   VirtualVolumeSpec spec;
-  spec.nameTooLong = fillText(spec.name, name);
-  spec.descriptionTooLong = fillText(spec.description, description);
+  fillTexts(spec, name, description);
   spec.featureType1 = arguments.uint8("VolumeType");
   spec.numValidPools = arguments.uint8("VirtualPoolsCount");
   fillPools(spec, poolIds, sizes);
@@ -103,8 +102,7 @@ unsigned int TvpIfModifyVirtualVolume(const CIMObjectPath&, const CIMMethodParam
   const std::string description = arguments.text("Description");
   VirtualVolumeSpec spec;
   spec.volumeId = volumeId;
-  spec.nameTooLong = fillText(spec.name, name);
-  spec.descriptionTooLong = fillText(spec.description, description);
+  fillTexts(spec, name, description);
   spec.knobSetting = arguments.uint32("KnobSetting");
 
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Volume Id: %d", static_cast<int>(volumeId));

@@ -2,6 +2,7 @@
 #include "backend/TarvexProIdentity.h"
 
 #include "backend/LibraryAccess.h"
+#include "backend/Refusal.h"
 #include "backend/TarvexProUtil.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
@@ -69,6 +70,7 @@ bool readIdentity(TvkAdapter& adapter, TvkAdapterIdentity& identity) {
     KvsLogMsg(
         KVS_LOG_ERROR, "InsertFeatureIdentityInfo() - the storage library does not tell its identity: %s",
         ret.getText());
+    reportRefusal("TvkAdapter::getIdentity", ret.getDetail());
   } catch (...) {
     KvsTrace("Exception caught in Tvk Lib method: TvkAdapter::getIdentity() ");
   }

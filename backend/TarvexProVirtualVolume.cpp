@@ -129,7 +129,8 @@ TarvexProVirtualVolume::DeleteDataCacheVolume(unsigned int volumeId, unsigned in
       KVS_LOG_DEBUG,
       "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- VirtualVolumeId : %d.\t\tVirtualPoolID = %d",
       static_cast<int>(volumeId), static_cast<int>(poolId));
-  return DELETE_DATA_CACHE.carryOut(ret, [&](TvkAdapter&) { return ret; });
+  // The status alone: why it was refused was said when the pool or the volume was to be deleted.
+  return DELETE_DATA_CACHE.carryOut(ret, [&](TvkAdapter&) { return Ret(ret.getReturn()); });
 }
 
 unsigned int

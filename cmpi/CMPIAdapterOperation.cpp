@@ -48,6 +48,16 @@ void traceAdapter(const char* direction, const char* name) {
   KvsTrace(line);
 }
 
+void logRefusalReason(const CMPIBroker* broker) {
+  const char* reason = fwf::RefusalReason::get();
+  if (*reason == '\0' || broker == nullptr || broker->eft == nullptr || broker->eft->logMessage == nullptr) {
+    return;
+  }
+  constexpr int ERROR_SEVERITY = 4;  // after 1 debug, 2 information and 3 warning
+  // Its answer does not matter: the provider's own log has the reason too.
+  broker->eft->logMessage(broker, ERROR_SEVERITY, "TVP", reason, nullptr);
+}
+
 void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status) {
   KvsLogMsg(KVS_LOG_ERROR, "%s", exception.message().c_str());
   setStatus(

@@ -4,6 +4,7 @@
 
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/FrameworkFacade.h"
+#include "CIM/Framework/RefusalReason.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpidt.h"
 #include "oslib/KVSLog.h"
@@ -39,8 +40,14 @@ void traceAdapter(const char* direction, const char* name);
 void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status);
 
 /**
+ * Passes the reason of a refusal in this request, if there is one, to the object manager's log: the status
+ * and its message have no room for it. An object manager without that function is left alone.
+ */
+void logRefusalReason(const CMPIBroker* broker);
+
+/**
  * Runs an operation between its two trace lines; the second is written also after an exception, which
- * ends here as a status.
+ * ends here as a status. What the storage library refused meanwhile is told to the object manager's log.
  * @param entry first word of the entry line
  */
 template <typename Work>
@@ -48,6 +55,7 @@ void runOperation(
     const char* name, const CMPIBroker* broker, CMPIStatus* status, Work&& work,
     const char* entry = "Entering") {
   traceAdapter(entry, name);
+  fwf::RefusalReason::clear();
   try {
     work();
   } catch (const fwf::CIMException& exception) {
@@ -56,6 +64,7 @@ void runOperation(
     setStatus(status, CMPI_RC_ERR_FAILED, broker, UNKNOWN_ERROR);
   }
   traceAdapter("Exiting", name);
+  logRefusalReason(broker);
 }
 
 }  // namespace tvp::cim::adap::cmpi

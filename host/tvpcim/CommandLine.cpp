@@ -64,8 +64,8 @@ int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>
     return WRONG_USAGE;
   } catch (const OperationError& error) {
     printError(tool, error.what());
-    if (!error.reading().empty()) {
-      std::fprintf(stderr, "tvpcim: (own reading) %s\n", error.reading().c_str());
+    if (!error.hint().empty()) {
+      std::fprintf(stderr, "tvpcim: hint: %s\n", error.hint().c_str());
     }
   } catch (const std::exception& error) {
     printError(tool, error.what());

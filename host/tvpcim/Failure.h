@@ -18,16 +18,15 @@ class OperationError : public std::runtime_error {
 public:
   /**
    * @param message what was wrong, with what, and what to do; one line
-   * @param reading what tvpcim itself read afterwards about the reason, or empty; printed on a line of its
-   *                own that says so
+   * @param hint what more is known of the reason, or empty; one line, printed after the message
    */
-  explicit OperationError(const std::string& message, std::string reading = "")
-      : std::runtime_error(message), m_reading(std::move(reading)) {}
+  explicit OperationError(const std::string& message, std::string hint = "")
+      : std::runtime_error(message), m_hint(std::move(hint)) {}
 
-  const std::string& reading() const { return m_reading; }
+  const std::string& hint() const { return m_hint; }
 
 private:
-  std::string m_reading;
+  std::string m_hint;
 };
 
 }  // namespace tvp::host::tvpcim

@@ -20,6 +20,10 @@ std::string describe(const Outcome& outcome) {
   return text;
 }
 
+std::string remarksOf(const Outcome& outcome) {
+  return printable(join(outcome.remarks, "; "));
+}
+
 const Schema& Session::schema() {
   if (m_schema == nullptr) {
     m_schemaFile = m_options.schema.empty() ? installedSchema() : m_options.schema;
@@ -117,7 +121,7 @@ Provider& Session::provider() {
 
 void Session::check(const Outcome& outcome) const {
   if (!outcome.ok()) {
-    throw OperationError(describe(outcome));
+    throw OperationError(describe(outcome), remarksOf(outcome));
   }
 }
 

@@ -69,6 +69,9 @@ private:
 /** "CIM_ERR_FAILED: message", with a sentence on what to do where there is one to give. */
 std::string describe(const Outcome& outcome);
 
+/** What the provider told the object manager's log during a request, in one line; empty when nothing. */
+std::string remarksOf(const Outcome& outcome);
+
 }  // namespace tvp::host::tvpcim
 
 #endif

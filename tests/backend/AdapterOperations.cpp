@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "CIM/Framework/RefusalReason.h"
 #include "backend/StorageFixture.h"
 #include "backend/TarvexProVirtualPool.h"
 #include "backend/TarvexProVirtualVolume.h"
@@ -118,6 +119,30 @@ TEST_F(AdapterOperations, RefusalsReadAsFailureAndExceptionsAsSuccess) {
   }
 }
 
+TEST_F(AdapterOperations, TheReasonFollowsTheLinesThatAreThereAnyway) {
+  for (const OperationCase& operation : allOperations()) {
+    SCOPED_TRACE(operation.method);
+    const auto expectReason = [&](unsigned int result, const std::string& reason) {
+      log.clear();
+      RefusalReason::clear();
+      Ret ret;
+      EXPECT_EQ(operation.run(ret), result);
+      const std::vector<std::string> lines = log.lines();
+      ASSERT_GE(lines.size(), 2U);
+      EXPECT_EQ(
+          lines[lines.size() - 2],
+          LogCapture::message(4, "Exiting " + operation.exit + "() with Return: " + std::to_string(result)));
+      EXPECT_EQ(lines.back(), LogCapture::message(2, operation.method + "() was refused: " + reason));
+      EXPECT_EQ(RefusalReason::get(), reason);
+    };
+    voltvk::Faults().fail(operation.libraryOperation, 77);
+    expectReason(
+        3, "an injected fault has refused this call: fail " + operation.libraryOperation + " with status 77");
+    voltvk::Faults().throwFrom(operation.libraryOperation);
+    expectReason(0, "injected fault in " + operation.libraryOperation);
+  }
+}
+
 TEST_F(AdapterOperations, WithoutAnAdapterNothingIsCalled) {
   voltvk::Faults().adapterAbsent();
   refreshTarvexProObjects();
@@ -125,6 +150,7 @@ TEST_F(AdapterOperations, WithoutAnAdapterNothingIsCalled) {
     expectCourse(
         operation, 3, 0,
         {LogCapture::message(4, operation.method + "() - !!ERROR!! - TvkAdapter object is NULL")});
+    EXPECT_EQ(log.lines().back().rfind(":LOG_DEBUG::Exiting ", 0), 0U) << "no reason of the library's";
   }
   log.clear();
   std::vector<CIMInstance> members;

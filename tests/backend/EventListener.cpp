@@ -117,6 +117,22 @@ TEST_F(EventListener, WithoutAnAdapterARoundDoesNothing) {
   EXPECT_EQ(log.lines(), Strings{LogCapture::trace("Exiting TvproEventManager::pollForEvent()")});
 }
 
+TEST_F(EventListener, WhyEventsCannotBeFetchedIsSaidOnce) {
+  TvproEventManager manager(true);
+  const std::string line =
+      LogCapture::message(2, "TvkAdapter::getEvents() was refused: the driver is switched off by an injected "
+                             "fault; switch it on with `voltvkctl fault clear driver-absent`");
+  for (std::size_t time = 1; time <= 2; ++time) {
+    voltvk::Faults().driverAbsent();
+    manager.pollOnce();
+    EXPECT_EQ(log.lines().back(), line) << "after the lines that are there anyway";
+    manager.pollOnce();
+    EXPECT_EQ(log.count(line), time);
+    voltvk::Faults().clear();
+    manager.pollOnce();
+  }
+}
+
 TEST_F(EventListener, CodesArePublishedByTheirHexadecimalDigits) {
   const struct {
     std::uint32_t code;

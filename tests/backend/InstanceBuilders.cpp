@@ -152,6 +152,11 @@ TEST_F(InstanceBuilders, WithoutAnAdapterThereIsNoIdentity) {
   tvpCIMInstanceWrapper identity;
   voltvk::Faults().throwFrom("getIdentity");
   EXPECT_EQ(InsertFeatureIdentityInfo(identity), 3U);
+  voltvk::Faults().fail("getIdentity", TVK_BUSY);
+  EXPECT_EQ(InsertFeatureIdentityInfo(identity), 3U);
+  EXPECT_TRUE(log.has(LogCapture::message(
+      2, "TvkAdapter::getIdentity() was refused: an injected fault has refused this call: fail getIdentity "
+         "with status 4")));
   voltvk::Faults().adapterAbsent();
   refreshTarvexProObjects();
   EXPECT_EQ(InsertFeatureIdentityInfo(identity), 3U);

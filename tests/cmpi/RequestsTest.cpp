@@ -3,6 +3,7 @@
 #include "CmpiTest.h"
 #include "ScriptedPlugin.h"
 #include "cmpi/CMPIAdapter.h"
+#include "cmpi/CMPIAdapterOperation.h"
 
 #include <stdexcept>
 
@@ -261,6 +262,40 @@ TEST_F(RequestsTest, ResultsThatGiveNoObjectAreLeftOutAndTheOthersReturned) {
   status = CMPIStatus{CMPI_RC_OK, nullptr};
   CMPIAdapter::FormArguments(m_broker.cmpi(), second.result(), output, nullptr, &status);
   EXPECT_EQ(host::Request::read(status.msg), "Failed to convert CIM Arguments to CMPI Arguments");
+}
+
+TEST_F(RequestsTest, AReasonGoesToTheObjectManagersLogAndToItsRequestAlone) {
+  std::vector<std::string> logged;
+  host::BrokerHandlers handlers;
+  handlers.onLog = [&](int severity, const std::string& id, const std::string& text) {
+    logged.push_back(std::to_string(severity) + " " + id + " " + text);
+  };
+  m_broker.setHandlers(handlers);
+  const auto invoke = [&] { return m_provider->invokeMethod(itemPath("x"), "Do", {}); };
+  m_plugin.returnValue = 3;
+  m_plugin.beforeAnswer = [] { RefusalReason::set("drive 3 belongs to pool 2"); };
+  const host::MethodOutcome refused = invoke();
+  EXPECT_EQ(refused.rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(refused.message, ":: Operation Failed") << "the answer itself stays as it is";
+  EXPECT_EQ(refused.remarks, std::vector<std::string>{"drive 3 belongs to pool 2"});
+  EXPECT_EQ(logged, std::vector<std::string>{"4 TVP drive 3 belongs to pool 2"});
+  m_plugin.beforeAnswer = [] {};
+  EXPECT_TRUE(invoke().remarks.empty()) << "without a reason of its own";
+  m_plugin.beforeAnswer = [] {
+    RefusalReason::set("of an enumeration");
+    throw 1;
+  };
+  EXPECT_EQ(
+      m_provider->enumerateInstances(itemPath("x")).remarks, std::vector<std::string>{"of an enumeration"});
+  // An object manager that has no log to offer is asked nothing.
+  CMPIBrokerEncFT table = *m_broker.cmpi()->eft;
+  table.logMessage = nullptr;
+  CMPIBroker silent = *m_broker.cmpi();
+  silent.eft = &table;
+  RefusalReason::set("for nobody");
+  cim::adap::cmpi::logRefusalReason(&silent);
+  cim::adap::cmpi::logRefusalReason(nullptr);
+  EXPECT_EQ(logged.size(), 2U);
 }
 
 // Whatever the object manager fails to do for a request, the request ends with an error, or with the

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -26,6 +27,7 @@ inline VirtualPoolSpec poolSpec(
     std::uint8_t tier = TVK_TIER_HDD, std::uint64_t chunk = CHUNK) {
   VirtualPoolSpec spec;
   spec.nameTooLong = !tvkSetText(spec.name, sizeof spec.name, name);
+  spec.nameBytes = static_cast<std::uint32_t>(std::strlen(name));
   spec.numLogicalDevices = static_cast<std::uint32_t>(drives.size());
   spec.numDeviceNumbers = spec.numLogicalDevices;
   std::copy_n(drives.begin(), std::min<std::size_t>(drives.size(), TVK_SPEC_DEVICES), spec.deviceNumbers);

@@ -47,6 +47,7 @@ TEST_F(TvpcimFaultyProvider, AStatusThatIsNotZeroIsAFailureWithItsName) {
   EXPECT_EQ(result.exitStatus, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_THAT(result.err, HasSubstr("tvpcim: volume flush: FlushVirtualVolume answered RetStat 22 ("));
+  EXPECT_THAT(result.err, HasSubstr("\ntvpcim: hint: two\\x0Alines \\x1B[2J; and more\n")) << "what it logged";
 }
 
 TEST_F(TvpcimFaultyProvider, WhatItLacksIsNotSupported) {

@@ -52,7 +52,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
        "drives have numbers from 0 to 255; '256' is none"},
       {{"pool", "delete", "gold"}, 1, "CIM_ERR_NOT_FOUND: there is no pool 'gold'; see 'tvpcim pools'"},
       {{"volume", "create", "v", "--pool", "gold"}, 2, "--pool takes NAME_OR_ID:SIZE"},
-      {{"volume", "stats", "7"}, 1, "tvpcim: (own reading) volume 7 does not exist; see tvpcim volumes"},
+      {{"volume", "stats", "7"}, 1, "tvpcim: hint: no volume has the number 7"},
       {{"mi", path, "Description=d"}, 1, "tvpcim: mi: CIM_ERR_NOT_SUPPORTED: "},
       {{"mi", path, "Description=d", "--user", "nobody"},
        1,

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
+#include "voltvk/ctl/IsoTime.h"
 #include "voltvk/engine/activity/EventJournal.h"
 #include "voltvk/engine/state/State.h"
 
@@ -7,20 +8,10 @@
 
 #include <array>
 #include <cstdio>
-#include <ctime>
 
 namespace voltvk::ctl {
 
 namespace {
-
-std::string isoTime(std::uint32_t seconds) {
-  const std::time_t time = seconds;
-  std::tm parts{};
-  gmtime_r(&time, &parts);
-  std::array<char, 32> text{};
-  std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
-  return text.data();
-}
 
 std::string hexadecimal(std::uint32_t code) {
   std::array<char, 16> text{};

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
+#include "voltvk/ctl/IsoTime.h"
 #include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/state/LastRefusal.h"
 #include "voltvk/engine/state/State.h"
 
 #include <CLI/CLI.hpp>
@@ -29,8 +31,30 @@ std::size_t countOf(const Snapshot& snapshot, const char* type) {
   return count;
 }
 
+Json describe(const LastRefusal& refusal) {
+  const bool hasStatus = refusal.status != TVK_OK;
+  return {
+      {"time", isoTime(refusal.time)},
+      {"operation", refusal.operation},
+      {"status", hasStatus ? Json(refusal.status) : Json(nullptr)},
+      {"text", hasStatus ? tvkStatusText(refusal.status) : "An exception ended the operation"},
+      {"detail", refusal.detail}};
+}
+
+/** The refusal on one line: "2026-01-31T12:00:00Z deleteVirtualPool: There is no such pool (30): no pool has ...". */
+std::string textOf(const Json& refusal) {
+  std::string text = refusal.at("time").get<std::string>() + " " + refusal.at("operation").get<std::string>() +
+                     ": " + refusal.at("text").get<std::string>();
+  if (!refusal.at("status").is_null()) {
+    text += " (" + refusal.at("status").dump() + ")";
+  }
+  const auto detail = refusal.at("detail").get<std::string>();
+  return detail.empty() ? text : text + ": " + detail;
+}
+
 Json describe(State& state) {
-  Json status = {{"state", state.path()}, {"driver", "available"}, {"reason", nullptr}};
+  Json status = {
+      {"state", state.path()}, {"driver", "available"}, {"reason", nullptr}};
   const std::string error = state.openError();
   if (!error.empty()) {
     status["driver"] = "not available";
@@ -49,6 +73,12 @@ Json describe(State& state) {
   status["volumes"] = countOf(*snapshot, "VirtualVolume");
   status["faults"] = snapshot->configuration().faults.size();
   status["policy"] = snapshot->configuration().policyRunning ? "running" : "stopped";
+  status["refusal"] = nullptr;
+  state.read([&](Connection& connection) {
+    if (const std::optional<LastRefusal> refusal = LastRefusal::read(connection)) {
+      status["refusal"] = describe(*refusal);
+    }
+  });
   return status;
 }
 
@@ -65,7 +95,7 @@ void addStatusCommand(CLI::App& app, Context& context) {
         text += name;
         text += ':';
         text.append(9 - name.size(), ' ');
-        text += value.is_string() ? value.get<std::string>() : value.dump();
+        text += value.is_string() ? value.get<std::string>() : value.is_object() ? textOf(value) : value.dump();
       }
     }
     context.output.write(document, text);

@@ -55,7 +55,8 @@ void MethodCommand::invokeMethod() {
   const Arguments arguments = parseArguments(method, m_arguments);
   const MethodOutcome outcome = session().provider().invokeMethod(path, method.name, arguments);
   if (!outcome.ok()) {
-    throw OperationError(describe(outcome), missingArguments(method, arguments));
+    const std::string missing = missingArguments(method, arguments);
+    throw OperationError(describe(outcome), missing.empty() ? remarksOf(outcome) : missing);
   }
   tool().print(formatter().record(answerOf(method.name, outcome)));
 }

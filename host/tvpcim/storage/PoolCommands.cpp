@@ -3,7 +3,6 @@
 
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Explanation.h"
 #include "host/tvpcim/storage/Size.h"
 
 #include <sstream>
@@ -97,30 +96,26 @@ std::uint8_t PoolCommands::tierOf(const std::vector<std::uint32_t>& drives) {
 }
 
 void PoolCommands::create() {
-  PoolRequest request;
-  request.name = m_name;
-  request.description = m_description;
-  request.size = parseSectors(m_size);
-  request.chunk = parseSectors(m_chunk);
-  request.drives = drivesOf(inventory(), m_drives);
-  request.tier = m_tier.empty() ? tierOf(request.drives) : tierLevelOf(m_tier);
-  if (request.drives.size() > LARGEST_DRIVE) {
+  const std::uint64_t size = parseSectors(m_size);
+  const std::uint64_t chunk = parseSectors(m_chunk);
+  const std::vector<std::uint32_t> drives = drivesOf(inventory(), m_drives);
+  const std::uint8_t tier = m_tier.empty() ? tierOf(drives) : tierLevelOf(m_tier);
+  if (drives.size() > LARGEST_DRIVE) {
     throw UsageError("--drives names more than 255 drives");
   }
   Value::List numbers;
-  for (const std::uint32_t drive : request.drives) {
+  for (const std::uint32_t drive : drives) {
     numbers.push_back(Value::uint8(static_cast<std::uint8_t>(drive)));
   }
   Arguments arguments;
-  arguments.add("Name", Value::string(request.name))
-      .add("Description", Value::string(request.description))
+  arguments.add("Name", Value::string(m_name))
+      .add("Description", Value::string(m_description))
       .add("NumberOfLogicalDevice", Value::uint8(static_cast<std::uint8_t>(numbers.size())))
       .add("LDDeviceNumbers", Value::array(CMPI_uint8, numbers))
-      .add("CapacityInSectors", Value::uint64(request.size))
-      .add("ChunkSize", Value::uint64(request.chunk))
-      .add("TierLevel", Value::uint8(request.tier));
-  Instance answer =
-      call("CreateVirtualPool", arguments, [&] { return Explanation(inventory()).poolCreation(request); });
+      .add("CapacityInSectors", Value::uint64(size))
+      .add("ChunkSize", Value::uint64(chunk))
+      .add("TierLevel", Value::uint8(tier));
+  Instance answer = call("CreateVirtualPool", arguments);
   const Instance* pool = inventory().byName(POOL, m_name);
   confirm(pool != nullptr, "there is no pool " + printable(m_name));
   answer.properties.push_back({"VirtualPoolId", *pool->property("VirtualPoolId")});
@@ -133,19 +128,13 @@ void PoolCommands::modify() {
     throw UsageError("say what to change: --name, --tier or --description; an empty text changes nothing");
   }
   // The library leaves as it is what is empty or 0.
-  PoolRequest request;
-  request.name = m_name;
-  request.description = m_description;
-  request.tier = m_tier.empty() ? std::uint8_t{0} : tierLevelOf(m_tier);
   const std::uint32_t number = inventory().resolve(POOL, m_pool);
   Arguments arguments;
   arguments.add("VirtualPoolId", Value::uint32(number))
-      .add("Name", Value::string(request.name))
-      .add("TierLevel", Value::uint8(request.tier))
-      .add("Description", Value::string(request.description));
-  Instance answer = call("ModifyVirtualPool", arguments, [&] {
-    return Explanation(inventory()).poolModification(number, request);
-  });
+      .add("Name", Value::string(m_name))
+      .add("TierLevel", Value::uint8(m_tier.empty() ? std::uint8_t{0} : tierLevelOf(m_tier)))
+      .add("Description", Value::string(m_description));
+  Instance answer = call("ModifyVirtualPool", arguments);
   const Instance* pool = inventory().byNumber(POOL, number);
   confirm(
       pool != nullptr && (m_name.empty() || textOf(*pool, "Name") == m_name) &&
@@ -159,8 +148,7 @@ void PoolCommands::remove() {
   const std::uint32_t number = inventory().resolve(POOL, m_pool);
   Arguments arguments;
   arguments.add("VirtualPoolId", Value::uint32(number));
-  Instance answer =
-      call("DeleteVirtualPool", arguments, [&] { return Explanation(inventory()).poolDeletion(number); });
+  Instance answer = call("DeleteVirtualPool", arguments);
   confirm(
       inventory().byNumber(POOL, number) == nullptr, "pool " + std::to_string(number) + " is still there");
   answer.properties.push_back({"VirtualPoolId", Value::uint32(number)});

@@ -51,26 +51,14 @@ void StorageGroup::printMembers(
   tool().print(formatter().listing({"members", std::move(members), std::move(columns)}));
 }
 
-Instance StorageGroup::call(
-    const std::string& method, const Arguments& arguments, const std::function<std::string()>& explain) {
-  try {
-    const MethodOutcome outcome = inventory().callService(method, arguments);
-    const std::string refused = refusal(session().classNamed("TVP_TierService").method(method), outcome);
-    if (!refused.empty()) {
-      throw OperationError(method + " answered " + refused);
-    }
-    inventory().forget();
-    return answerOf(method, outcome);
-  } catch (const OperationError& error) {
-    std::string reading;
-    try {
-      inventory().forget();
-      reading = inventory().identity() == nullptr ? NO_DRIVER : explain();
-    } catch (const std::exception&) {
-      reading = "nothing can be read to tell why";
-    }
-    throw OperationError(error.what(), reading);
+Instance StorageGroup::call(const std::string& method, const Arguments& arguments) {
+  const MethodOutcome outcome = inventory().callService(method, arguments);
+  inventory().forget();
+  const std::string refused = refusal(session().classNamed("TVP_TierService").method(method), outcome);
+  if (!refused.empty()) {
+    throw OperationError(method + " answered " + refused, remarksOf(outcome));
   }
+  return answerOf(method, outcome);
 }
 
 void StorageGroup::confirm(bool done, const std::string& expected) {

@@ -5,7 +5,6 @@
 #include "host/tvpcim/CommandGroup.h"
 #include "host/tvpcim/storage/Inventory.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,12 +29,10 @@ protected:
   void printMembers(const ObjectKind& kind, const std::string& text, std::vector<Column> columns);
 
   /**
-   * Calls a method of the service. When it fails, reads on to find out why.
-   * @param explain gives tvpcim's own reading of the reason
-   * @return the answer as one object
+   * Calls a method of the service. @return the answer as one object
+   * @throws OperationError when it fails, with what the provider says about the reason as its hint
    */
-  Instance
-  call(const std::string& method, const Arguments& arguments, const std::function<std::string()>& explain);
+  Instance call(const std::string& method, const Arguments& arguments);
 
   /**
    * Makes sure that a change which was reported as done is there: an exception inside the storage library

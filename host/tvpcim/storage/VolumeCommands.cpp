@@ -132,11 +132,6 @@ void VolumeCommands::printCreated(Instance answer) {
 }
 
 void VolumeCommands::create() {
-  VolumeRequest request;
-  request.name = m_name;
-  request.description = m_description;
-  request.type = m_type == "cached" ? VOLUME_CACHED : VOLUME_TIERED;
-  request.knob = knobOf(m_knob.empty() ? "normal" : m_knob);
   if (m_pools.size() > 2) {
     throw UsageError(
         "a volume stands on one or two pools; --pool is given " + std::to_string(m_pools.size()) + " times");
@@ -144,49 +139,40 @@ void VolumeCommands::create() {
   Value::List pools;
   Value::List sizes;
   for (const std::string& text : m_pools) {
-    request.pools.push_back(shareOf(text));
-    pools.push_back(Value::uint32(request.pools.back().pool));
-    sizes.push_back(Value::uint64(request.pools.back().size));
+    const PoolShare share = shareOf(text);
+    pools.push_back(Value::uint32(share.pool));
+    sizes.push_back(Value::uint64(share.size));
   }
   Arguments arguments;
-  arguments.add("VolumeName", Value::string(request.name))
-      .add("Description", Value::string(request.description))
-      .add("VolumeType", Value::uint8(request.type))
+  arguments.add("VolumeName", Value::string(m_name))
+      .add("Description", Value::string(m_description))
+      .add("VolumeType", Value::uint8(m_type == "cached" ? VOLUME_CACHED : VOLUME_TIERED))
       .add("VirtualPoolsCount", Value::uint8(static_cast<std::uint8_t>(pools.size())))
       .add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, pools))
       .add("UsedSizeInSectors", Value::array(CMPI_uint64, sizes))
-      .add("KnobSetting", Value::uint32(request.knob));
-  printCreated(call(
-      "CreateVirtualVolume", arguments, [&] { return Explanation(inventory()).volumeCreation(request); }));
+      .add("KnobSetting", Value::uint32(knobOf(m_knob.empty() ? "normal" : m_knob)));
+  printCreated(call("CreateVirtualVolume", arguments));
 }
 
 void VolumeCommands::cache() {
-  CacheRequest request;
-  request.volume.name = m_name;
-  request.volume.description = m_description;
-  request.volume.knob = knobOf(m_knob.empty() ? "normal" : m_knob);
-  request.size = parseSectors(m_size);
-  request.chunk = parseSectors(m_chunk);
+  const std::uint64_t size = parseSectors(m_size);
+  const std::uint64_t chunk = parseSectors(m_chunk);
   const std::uint64_t ssdSize = parseSectors(m_ssdSize);
-  request.drive = inventory().resolve(DRIVE, m_drive);
-  if (request.drive > 255) {
+  const std::uint32_t drive = inventory().resolve(DRIVE, m_drive);
+  if (drive > 255) {
     throw UsageError("drives have numbers from 0 to 255; '" + printable(m_drive) + "' is none");
   }
-  request.volume.pools = {{inventory().resolve(POOL, m_ssdPool), ssdSize}};
   Arguments arguments;
   arguments.add("VolumeName", Value::string(m_name))
       .add("Description", Value::string(m_description))
       .add("VolumeType", Value::uint8(VOLUME_CACHED))
-      .add("SSDPoolId", Value::uint32(request.volume.pools.front().pool))
+      .add("SSDPoolId", Value::uint32(inventory().resolve(POOL, m_ssdPool)))
       .add("reqCapacityFromSSDPool", Value::uint64(ssdSize))
-      .add(
-          "LDDeviceNumber",
-          Value::array(CMPI_uint8, {Value::uint8(static_cast<std::uint8_t>(request.drive))}))
-      .add("LDCapacityInSectors", Value::uint64(request.size))
-      .add("ChunkSize", Value::uint64(request.chunk))
-      .add("KnobSetting", Value::uint32(request.volume.knob));
-  printCreated(call(
-      "CreateDataCacheVolume", arguments, [&] { return Explanation(inventory()).cacheCreation(request); }));
+      .add("LDDeviceNumber", Value::array(CMPI_uint8, {Value::uint8(static_cast<std::uint8_t>(drive))}))
+      .add("LDCapacityInSectors", Value::uint64(size))
+      .add("ChunkSize", Value::uint64(chunk))
+      .add("KnobSetting", Value::uint32(knobOf(m_knob.empty() ? "normal" : m_knob)));
+  printCreated(call("CreateDataCacheVolume", arguments));
 }
 
 void VolumeCommands::modify() {
@@ -194,44 +180,35 @@ void VolumeCommands::modify() {
     throw UsageError("say what to change: --name, --description or --knob; an empty text changes nothing");
   }
   // The library leaves as it is what is empty or 0.
-  VolumeRequest request;
-  request.name = m_name;
-  request.description = m_description;
-  request.knob = knobOf(m_knob);
+  const std::uint32_t knob = knobOf(m_knob);
   const std::uint32_t number = inventory().resolve(VOLUME, m_volume);
   Arguments arguments;
   arguments.add("VirtualVolumeId", Value::uint32(number))
       .add("VolumeName", Value::string(m_name))
       .add("Description", Value::string(m_description))
-      .add("KnobSetting", Value::uint32(request.knob));
-  Instance answer = call("ModifyVirtualVolume", arguments, [&] {
-    return Explanation(inventory()).volumeModification(number, request);
-  });
+      .add("KnobSetting", Value::uint32(knob));
+  Instance answer = call("ModifyVirtualVolume", arguments);
   const Instance* volume = inventory().byNumber(VOLUME, number);
   confirm(
       volume != nullptr && (m_name.empty() || textOf(*volume, "VolumeName") == m_name) &&
           (m_description.empty() || textOf(*volume, "Description") == m_description) &&
-          (request.knob == 0 || numberOf(*volume, "KnobSetting") == request.knob),
+          (knob == 0 || numberOf(*volume, "KnobSetting") == knob),
       "the volume is as it was");
   answer.properties.push_back({"VirtualVolumeId", Value::uint32(number)});
   tool().print(formatter().record(answer));
 }
 
-Instance
-VolumeCommands::callOnVolume(const std::string& method, std::string (Explanation::*explain)(std::uint32_t)) {
+Instance VolumeCommands::callOnVolume(const std::string& method) {
   const std::uint32_t number = inventory().resolve(VOLUME, m_volume);
   Arguments arguments;
   arguments.add("VirtualVolumeId", Value::uint32(number));
-  Instance answer = call(method, arguments, [&] {
-    Explanation explanation(inventory());
-    return (explanation.*explain)(number);
-  });
+  Instance answer = call(method, arguments);
   answer.properties.push_back({"VirtualVolumeId", Value::uint32(number)});
   return answer;
 }
 
 void VolumeCommands::remove() {
-  const Instance answer = callOnVolume("DeleteVirtualVolume", &Explanation::volumeDeletion);
+  const Instance answer = callOnVolume("DeleteVirtualVolume");
   const std::uint64_t number = numberOf(answer, "VirtualVolumeId");
   confirm(
       inventory().byNumber(VOLUME, number) == nullptr,
@@ -240,15 +217,15 @@ void VolumeCommands::remove() {
 }
 
 void VolumeCommands::flush() {
-  tool().print(formatter().record(callOnVolume("FlushVirtualVolume", &Explanation::volumeFlush)));
+  tool().print(formatter().record(callOnVolume("FlushVirtualVolume")));
 }
 
 void VolumeCommands::statistics() {
-  tool().print(formatter().record(callOnVolume("GetVirtualVolumeStats", &Explanation::volumeStatistics)));
+  tool().print(formatter().record(callOnVolume("GetVirtualVolumeStats")));
 }
 
 void VolumeCommands::resetStatistics() {
-  tool().print(formatter().record(callOnVolume("ResetVirtualVolumeStats", &Explanation::volumeStatistics)));
+  tool().print(formatter().record(callOnVolume("ResetVirtualVolumeStats")));
 }
 
 void VolumeCommands::members() {

@@ -2,13 +2,19 @@
 #ifndef HOST_TVPCIM_STORAGE_VOLUMECOMMANDS_H
 #define HOST_TVPCIM_STORAGE_VOLUMECOMMANDS_H
 
-#include "host/tvpcim/storage/Explanation.h"
 #include "host/tvpcim/storage/StorageGroup.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 namespace tvp::host::tvpcim {
+
+/** A pool and what a volume takes from it, in sectors. */
+struct PoolShare {
+  std::uint32_t pool = 0;
+  std::uint64_t size = 0;
+};
 
 /** Volumes: volumes, and volume create, cache, modify, delete, flush, stats, reset-stats and members. */
 class VolumeCommands : public StorageGroup {
@@ -36,7 +42,7 @@ private:
   /** Prints the answer of a creation with what the new volume is called. */
   void printCreated(Instance answer);
   /** A method that takes the volume's identifier alone. */
-  Instance callOnVolume(const std::string& method, std::string (Explanation::*explain)(std::uint32_t));
+  Instance callOnVolume(const std::string& method);
 
   std::string m_volume;
   std::string m_name;

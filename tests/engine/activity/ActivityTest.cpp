@@ -5,6 +5,8 @@
 #include "voltvk/engine/activity/VolumeActivity.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
+#include <ctime>
+
 using namespace tvp::test;
 using voltvk::IoPattern;
 
@@ -95,6 +97,35 @@ TEST_F(ActivityTest, PolicyExchangesHotChunksOfTieredVolumes) {
   const d_ioctl_user_stat counted = statistics(id);
   EXPECT_EQ(counted.ssdTotalChunks, 20U);
   EXPECT_EQ(counted.hddTotalChunks, 100U);
+}
+
+TEST_F(ActivityTest, EquallyHotChunksAreNotExchanged) {
+  create(TVK_VOLUME_TIERED, 100, 20);
+  heat(120, 4);
+  const auto heatOfSsd = [&](const char* sql) {
+    state()->change([&](voltvk::Connection& connection) { connection.execute(sql); });
+  };
+  heatOfSsd("UPDATE chunk SET heat = 8 WHERE ssd = 1");  // 4 when it has aged, as the others
+  EXPECT_EQ(runRound(), 0U);
+  heatOfSsd("UPDATE chunk SET heat = 8 WHERE ssd = 1");
+  heatOfSsd("UPDATE chunk SET heat = 6 WHERE number = 119");
+  EXPECT_EQ(runRound(), 1U) << "only the one that is colder makes room";
+}
+
+TEST_F(ActivityTest, EventsOfThePolicyHaveTheirTimeAndTheirVolume) {
+  const std::uint32_t id = create(TVK_VOLUME_TIERED, 100, 20);
+  heat(1, 10);
+  newEvents();
+  const auto before = static_cast<std::uint32_t>(std::time(nullptr));
+  EXPECT_EQ(runRound(), 1U);
+  const auto after = static_cast<std::uint32_t>(std::time(nullptr));
+  VolEventCollection events(0, 8, 0);
+  EXPECT_EQ(adapter().getEvents(events).getReturn(), TVK_OK);
+  ASSERT_EQ(events.count(), 1);
+  EXPECT_EQ(events.Obj_P(0)->code, 0x40FU);
+  EXPECT_EQ(events.Obj_P(0)->actionId, id);
+  EXPECT_GE(events.Obj_P(0)->time, before);
+  EXPECT_LE(events.Obj_P(0)->time, after);
 }
 
 TEST_F(ActivityTest, CacheFillsTakesWritesAndIsFlushed) {

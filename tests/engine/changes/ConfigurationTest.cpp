@@ -163,6 +163,29 @@ TEST_F(ConfigurationTest, EveryChangeIsTold) {
   EXPECT_TRUE(newEvents().empty());
 }
 
+TEST_F(ConfigurationTest, EventsNameThePoolOrVolumeThatTheyAreAbout) {
+  addDrive(TVK_DEVICE_HDD, 50 * MIB);
+  const std::uint32_t pool = createPool(poolSpec("pool", {0}, 50 * MIB));
+  createVolume(volumeSpec("first", TVK_VOLUME_TIERED, {{pool, MIB}}));
+  const std::uint32_t volume = createVolume(volumeSpec("second", TVK_VOLUME_TIERED, {{pool, MIB}}));
+  auto taken = poolSpec("pool", {0}, 50 * MIB);
+  adapter().createVirtualPool(taken);
+  adapter().deleteVirtualPool(pool);
+  adapter().resetVirtualVolumeStats(volume);
+  adapter().deleteVirtualVolume(volume);
+  adapter().deleteVirtualVolume(77);
+  VolEventCollection events(0, 8, 0);
+  EXPECT_EQ(adapter().getEvents(events).getReturn(), TVK_OK);
+  using Identifiers = std::vector<std::pair<std::uint32_t, std::uint32_t>>;
+  Identifiers identifiers;
+  for (long i = 0; i < events.count(); ++i) {
+    identifiers.emplace_back(events.Obj_P(i)->code, events.Obj_P(i)->actionId);
+  }
+  const Identifiers expected = {{0x601, 0},    {0x201, pool},   {0x401, 1},      {0x401, volume}, {0x203, 0},
+                                {0x207, pool}, {0x40E, volume}, {0x405, volume}, {0x407, 77}};
+  EXPECT_EQ(identifiers, expected);
+}
+
 TEST_F(ConfigurationTest, EventsOfTwoPollsAllArriveAndOldOnesGo) {
   addDrive(TVK_DEVICE_HDD, 50 * MIB);
   newEvents();

@@ -52,6 +52,19 @@ TEST(Allocation, TakesFreeChunksOnlyAndAllOfThem) {
   }
 }
 
+TEST(Allocation, AGapThatFitsExactlyIsUsedWhole) {
+  voltvk::ChunkAllocator allocator(30, {{3, 7}, {15, 15}});  // gaps of 3 and 5 chunks
+  const auto take = [&](std::uint64_t chunks) {
+    const std::vector<Extent> taken = allocator.allocate(chunks);
+    EXPECT_EQ(taken.size(), 1U);
+    return taken.empty() ? std::uint64_t{99} : taken.front().first;
+  };
+  EXPECT_EQ(take(5), 10U);
+  EXPECT_EQ(take(3), 0U);
+  EXPECT_EQ(allocator.freeChunks(), 0U);
+  EXPECT_TRUE(allocator.allocate(1).empty());
+}
+
 TEST(Allocation, SharesAreEvenAsFarAsDrivesAllow) {
   std::mt19937_64 random(12);
   for (int round = 0; round < 300; ++round) {

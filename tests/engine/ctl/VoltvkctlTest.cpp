@@ -53,6 +53,7 @@ TEST_F(VoltvkctlTest, WrongUsageAndFailuresInOneLineThatHelps) {
       {1, {"drive", "add", "--type", "hdd", "--size", "1G", "--serial", "same"}, "another"},
       {1, {"drive", "add", "--type", "hdd", "--size", "1G", "--model", "a\nb"}, "printable"},
       {2, {"drive", "remove", "256"}, "256"},
+      {1, {"drive", "remove", "255"}, "no drive 255"},
       {1, {"drive", "remove", "0"}, "pool gold"},
       {1, {"drive", "remove", "99"}, "no drive 99"},
       {2, {"fault", "set", "explode"}, "explode"},
@@ -117,6 +118,34 @@ TEST_F(VoltvkctlTest, StatusTellsWhyThereIsNoDriver) {
   EXPECT_EQ(status["driver"], "not available");
   EXPECT_NE(status["reason"].get<std::string>().find("no database"), std::string::npos);
   EXPECT_EQ(ctl({"drive", "list"}).exitStatus, 1);
+}
+
+TEST_F(VoltvkctlTest, StatusShowsTheLastRefusalOfAnyProcess) {
+  EXPECT_EQ(json({"status"})["refusal"], nullptr);
+  EXPECT_EQ(text({"status"}).find("refusal"), std::string::npos);
+  EXPECT_EQ(adapter().deleteVirtualVolume(9).getReturn(), TVK_NO_SUCH_VOLUME);
+  Json refusal = json({"status"})["refusal"];
+  EXPECT_TRUE(std::regex_match(
+      refusal["time"].get<std::string>(), std::regex("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\dZ")));
+  refusal.erase("time");
+  EXPECT_EQ(
+      refusal, (Json{
+                   {"operation", "deleteVirtualVolume"},
+                   {"status", 50},
+                   {"text", Ret(TVK_NO_SUCH_VOLUME).getText()},
+                   {"detail", "no volume has the number 9"}}));
+  EXPECT_NE(
+      text({"status"}).find(
+          " deleteVirtualVolume: There is no such volume (50): no volume has the number 9\n"),
+      std::string::npos);
+  text({"fault", "set", "throw", "getIdentity"});
+  TvkAdapterIdentity identity{};
+  EXPECT_THROW(adapter().getIdentity(identity), std::runtime_error);
+  m_lib.reset();
+  refusal = json({"status"})["refusal"];
+  EXPECT_EQ(refusal["operation"], "getIdentity") << "the last one";
+  EXPECT_EQ(refusal["status"], nullptr);
+  EXPECT_EQ(refusal["detail"], "injected fault in getIdentity");
 }
 
 TEST_F(VoltvkctlTest, FaultsReachOtherProcesses) {

@@ -234,6 +234,16 @@ TEST_F(HostDrivesTest, MemberThatIsGoneDegradesWhatStandsOnIt) {
   EXPECT_EQ(newEvents(), std::vector<std::string>{"601 Drive [/dev/sdc] was added"});
 }
 
+TEST_F(HostDrivesTest, APoolThatFillsItsDriveExactlyIsGood) {
+  plainDrive("sda", "one");  // 100 MiB
+  EXPECT_EQ(names().size(), 1U);
+  createPool(poolSpec("pool", {0}, 100 * MIB));
+  EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_GOOD);
+  m_machine.write("sda", {{"size", "204799\n"}});
+  EXPECT_EQ(names().size(), 1U);
+  EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_DEGRADED) << "it has shrunk below its pool";
+}
+
 TEST_F(HostDrivesTest, TierLevelIsChangedWhenTheDriveTurnsOutToBeOfAnotherKind) {
   plainDrive("sda", "one");
   EXPECT_EQ(names().size(), 1U);

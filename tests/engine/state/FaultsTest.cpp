@@ -32,7 +32,9 @@ TEST_F(FaultsTest, DriverAbsent) {
   EXPECT_NE(std::string(m_lib->getOpenError()).find("voltvkctl fault clear"), std::string::npos);
   EXPECT_FALSE(drives().isReadable());
   VirtualPoolSpec spec = poolSpec("pool", {0}, 50 * MIB);
-  EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_NO_DRIVER);
+  const Ret refused = adapter().createVirtualPool(spec);
+  EXPECT_EQ(refused.getReturn(), TVK_NO_DRIVER);
+  EXPECT_STREQ(refused.getDetail(), m_lib->getOpenError());
   EXPECT_EQ(Faults().clear(FaultKind::DriverAbsent), 1U);
   EXPECT_EQ(m_lib->getControllerCount(count).getReturn(), TVK_OK);
   EXPECT_EQ(count, 1U);
@@ -45,6 +47,7 @@ TEST_F(FaultsTest, AdapterAbsent) {
   EXPECT_EQ(m_lib->getRootObject()->getObject(0), nullptr);
   EXPECT_EQ(TvkAdapter().deleteVirtualPool(1).getReturn(), TVK_NO_ADAPTER);
   EXPECT_EQ(held.deleteVirtualPool(1).getReturn(), TVK_NO_ADAPTER);
+  EXPECT_NE(std::string(held.deleteVirtualPool(1).getDetail()).find("fault clear adapter-absent"), std::string::npos);
   unsigned long count = 0;
   m_lib->getControllerCount(count);
   EXPECT_EQ(count, 1U);
@@ -78,11 +81,23 @@ TEST_F(FaultsTest, EveryOperationFailsAndThrowsOnce) {
   for (const std::string& operation : Faults::operations()) {
     Faults().fail(operation, 4242);
     Faults().throwFrom(operation);
-    EXPECT_EQ(calls.at(operation)().getReturn(), 4242U) << operation;
+    const Ret refused = calls.at(operation)();
+    EXPECT_EQ(refused.getReturn(), 4242U) << operation;
+    EXPECT_EQ(
+        refused.getDetail(),
+        "an injected fault has refused this call: fail " + operation + " with status 4242");
     EXPECT_THROW(calls.at(operation)(), std::runtime_error) << operation;
     EXPECT_TRUE(Faults().list().empty()) << operation;
     EXPECT_NE(calls.at(operation)().getReturn(), 4242U) << operation;
   }
+}
+
+TEST_F(FaultsTest, AnExceptionIsAFailureWithItsEvent) {
+  Faults().throwFrom("createVirtualPool");
+  newEvents();
+  VirtualPoolSpec pool = poolSpec("pool", {0}, 50 * MIB);
+  EXPECT_THROW(adapter().createVirtualPool(pool), std::runtime_error);
+  EXPECT_EQ(newEvents(), std::vector<std::string>{"203 Pool [pool] could not be created, pool type [0]"});
 }
 
 TEST_F(FaultsTest, SlowOperationsTakeLongerUntilCleared) {

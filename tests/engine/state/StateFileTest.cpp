@@ -2,6 +2,7 @@
 // States that cannot be used mean "no driver", say why, and stay as they are.
 #include "engine/EngineFixture.h"
 #include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/LastRefusal.h"
 
 #include <sqlite3.h>
 
@@ -235,6 +236,8 @@ TEST_F(StateFileTest, NumbersOfDrivesComeAgainWhenAllWereGiven) {
     connection.execute("UPDATE setting SET value = 254 WHERE name = 'last_drive_number'");
   });
   EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 255U);
+  const std::uint32_t pool = createPool(poolSpec("last", {255}, MIB, TVK_TIER_SSD));
+  EXPECT_EQ(adapter().deleteVirtualPool(pool).getReturn(), TVK_OK);
   EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 1U) << "the smallest that is free";
   state()->change(
       [](voltvk::Connection& connection) { voltvk::DriveRegistry(connection).removeVirtual(255); });
@@ -253,7 +256,11 @@ TEST_F(StateFileTest, LockedStateIsBusyAndNotForEver) {
       EXPECT_EQ(pools().size(), 1U);
     }
   });
-  EXPECT_EQ(adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0)).getReturn(), TVK_BUSY);
+  const Ret busy = adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0));
+  EXPECT_EQ(busy.getReturn(), TVK_BUSY);
+  EXPECT_EQ(
+      busy.getDetail(), "the state file " + m_path +
+                            " is held by another process (database is locked); try again when that has ended");
   done = true;
   reader.join();
   const auto waited = std::chrono::steady_clock::now() - start;
@@ -261,6 +268,71 @@ TEST_F(StateFileTest, LockedStateIsBusyAndNotForEver) {
   EXPECT_LE(waited, voltvk::BUSY_TIMEOUT * 3);
   sqlite3_close(other);
   EXPECT_EQ(adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0)).getReturn(), TVK_OK);
+}
+
+TEST_F(StateFileTest, ACommitThatFailsLeavesAConnectionThatWorks) {
+  m_lib = std::make_unique<TvkLib>();
+  try {
+    state()->change([](voltvk::Connection& connection) {
+      // What is wrong with the row is found out at the end of the transaction alone.
+      connection.execute("PRAGMA defer_foreign_keys = ON; INSERT INTO pool_member VALUES(1, 7, 200, 5)");
+    });
+    ADD_FAILURE() << "the transaction was committed";
+  } catch (const voltvk::Refusal& refusal) {
+    EXPECT_EQ(refusal.status(), TVK_INTERNAL);
+    EXPECT_NE(std::string(refusal.what()).find("(FOREIGN KEY constraint failed); "), std::string::npos)
+        << refusal.what();
+  }
+  EXPECT_EQ(chunksOf(pools()[0]).size(), 1U);
+  EXPECT_EQ(adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0)).getReturn(), TVK_OK);
+  EXPECT_STREQ(pools()[0]->getName(), "other");
+}
+
+TEST_F(StateFileTest, DamageFoundWhileItIsUsedIsSaidInTheDatabasesOwnWords) {
+  m_lib = std::make_unique<TvkLib>();
+  state()->change([](voltvk::Connection& connection) {
+    connection.execute("PRAGMA writable_schema = ON;"
+                       "UPDATE sqlite_master SET rootpage = 100000 WHERE name = 'volume'");
+  });
+  m_lib.reset();
+  m_lib = std::make_unique<TvkLib>();
+  const Ret ret = m_lib->refreshConfiguration();
+  EXPECT_EQ(ret.getReturn(), TVK_NO_DRIVER);
+  EXPECT_EQ(
+      ret.getDetail(), "the state file " + m_path +
+                           " cannot be used (database disk image is malformed); restore it from a backup, or move "
+                           "it away to start with an empty one");
+}
+
+TEST_F(StateFileTest, AnOlderStateGetsTheTableOfTheLastRefusal) {
+  runSql(m_path, "DROP TABLE last_refusal");
+  m_lib = std::make_unique<TvkLib>();
+  EXPECT_STREQ(m_lib->getOpenError(), "");
+  EXPECT_EQ(adapter().deleteVirtualPool(77).getReturn(), TVK_NO_SUCH_POOL);
+  state()->read([](voltvk::Connection& connection) {
+    const auto refusal = voltvk::LastRefusal::read(connection);
+    ASSERT_TRUE(refusal.has_value());
+    EXPECT_EQ(refusal->detail, "no pool has the number 77");
+  });
+}
+
+TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
+  m_lib = std::make_unique<TvkLib>();
+  sqlite3* other = nullptr;
+  ASSERT_EQ(sqlite3_open(m_path.c_str(), &other), SQLITE_OK);
+  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(adapter().getVirtualVolumeStats(nullptr, 1).getReturn(), TVK_INVALID_ARGUMENT);
+  EXPECT_LT(std::chrono::steady_clock::now() - start, voltvk::BUSY_TIMEOUT / 2);
+  sqlite3_close(other);
+  const auto kept = [&] {
+    std::optional<voltvk::LastRefusal> refusal;
+    state()->read([&](voltvk::Connection& connection) { refusal = voltvk::LastRefusal::read(connection); });
+    return refusal ? refusal->operation : "none";
+  };
+  EXPECT_EQ(kept(), "none");
+  EXPECT_EQ(adapter().getVirtualVolumeStats(nullptr, 1).getReturn(), TVK_INVALID_ARGUMENT);
+  EXPECT_EQ(kept(), "getVirtualVolumeStats");
 }
 
 TEST_F(StateFileTest, ManyStartAtOnceOnANewState) {

@@ -52,10 +52,12 @@ CMPIStatus getInstance(
   return {CMPI_RC_ERR_FAILED, CMNewString(broker, "two\nlines \x1b[2J%s%n", nullptr)};
 }
 
-/** Every method succeeds as a call and reports a refusal of the storage library. */
+/** Every method succeeds as a call and reports a refusal of the storage library, with its reasons logged. */
 CMPIStatus invokeMethod(
     CMPIMethodMI* /*mi*/, const CMPIContext* /*context*/, const CMPIResult* result,
     const CMPIObjectPath* /*path*/, const char* /*method*/, const CMPIArgs* /*input*/, CMPIArgs* output) {
+  broker->eft->logMessage(broker, 4, "faulty", "two\nlines \x1b[2J", nullptr);
+  broker->eft->logMessage(broker, 4, "faulty", "and more", nullptr);
   CMPIValue value{};
   value.uint32 = 22;
   CMAddArg(output, "RetStat", &value, CMPI_uint32);

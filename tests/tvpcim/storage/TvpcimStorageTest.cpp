@@ -14,13 +14,13 @@ constexpr std::uint64_t GIB = 2097152;  // sectors
 
 class TvpcimStorage : public TvpcimTest {
 protected:
-  /** The words that tvpcim finds for a refusal of the provider. */
-  std::string readingOf(const Words& words) const {
+  /** What the provider says about the reason of a refusal. */
+  std::string hintOf(const Words& words) const {
     const CommandResult result = tvpcim(words);
     EXPECT_EQ(result.exitStatus, 1);
     EXPECT_EQ(result.out, "");
     EXPECT_THAT(result.err, HasSubstr("CIM_ERR_FAILED: :: Operation Failed\n"));
-    const std::string mark = "tvpcim: (own reading) ";
+    const std::string mark = "tvpcim: hint: ";
     const std::size_t start = result.err.find(mark);
     return start == std::string::npos ? result.err : result.err.substr(start + mark.size());
   }
@@ -84,7 +84,7 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
       tree.out,
       HasSubstr("records (Tiered)  11 GiB\n├─ pool 1 slow (Hard Disk)  50 GiB, 20% used\n│  └─ drive "));
 
-  EXPECT_THAT(readingOf({"pool", "delete", "slow"}), HasSubstr("1 volume stands on it"));
+  EXPECT_THAT(hintOf({"pool", "delete", "slow"}), HasSubstr("pool 1 (slow) is used by volume 1 (records); delete what uses it first"));
   answer({"volume", "delete", "records"});
   answer({"pool", "delete", "slow"});
   answer({"pool", "delete", "fast"});
@@ -108,10 +108,10 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
   voltvkctl({"io", "quick", "--writes", "20", "--hot", "100"});
   EXPECT_EQ(answer({"volume", "flush", "quick"}).at("RetStat"), 0);
   EXPECT_THAT(
-      readingOf(
+      hintOf(
           {"volume", "cache", "again", "--drive", m_hardDisk, "--size", "1GiB", "--ssd-pool", "fast",
            "--ssd-size", "1GiB"}),
-      HasSubstr("belongs to another pool"));
+      HasSubstr("belongs to pool 2 (InternalPool0); choose a free drive"));
   answer({"volume", "delete", "quick"});
   EXPECT_EQ(findIn(answer({"drives"}), "DeviceNumber", std::stoi(m_hardDisk)).at("isUsedByTarvexPro"), false);
 
@@ -139,49 +139,49 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
   };
   const struct {
     Words words;
-    const char* reading;
+    const char* hint;
   } cases[] = {
-      {pool("new", "200", "1GiB"), "drive 200 does not exist; see tvpcim drives"},
-      {pool("new", m_hardDisk, "1GiB"), "belongs to another pool"},
+      {pool("new", "200", "1GiB"), "no drive has the number 200; see the list of drives"},
+      {pool("new", m_hardDisk, "1GiB"), "drive 0 (/dev/tvk0) belongs to pool 2 (slow); choose a free drive"},
       {pool("new", other + "," + other, "1GiB"), "is named twice"},
-      {pool("slow", other, "1GiB"), "has the name 'slow' already"},
-      {pool("", other, "1GiB"), "the name is empty"},
+      {pool("slow", other, "1GiB"), "the name 'slow' is used by pool 2; choose another"},
+      {pool("", other, "1GiB"), "the name is empty; a name has 1 to 31 bytes"},
       {pool(std::string(32, 'n'), other, "1GiB"), "the name has 32 bytes; a name has 1 to 31"},
-      {pool("bad\xff", other, "1GiB"), "names and descriptions are UTF-8"},
+      {pool("bad\xff", other, "1GiB"), "the name 'bad\\xFF' is not UTF-8"},
       {pool("a\tb", other, "1GiB"), "the name 'a\\x09b' has control characters in it"},
-      {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; there are 4 KiB, 64 KiB,"},
-      {pool("new", other, "11GiB"), "the drives hold 10 GiB, less than 11 GiB"},
+      {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; supported are 4 KiB, 64 KiB,"},
+      {pool("new", other, "11GiB"), "drive 2 (/dev/tvk2) holds 10 GiB in whole chunks of 1 MiB, less than the 11 GiB asked for"},
       {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
-       "is a hard disk, which the tier does not fit"},
-      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds"},
-      {pool("new", other, "512"), "a pool has at least "},
-      {{"pool", "modify", "fast", "--name", "slow"}, "has the name 'slow' already"},
-      {{"pool", "modify", "fast", "--tier", "hdd"}, "the tier does not fit the pool's drives"},
-      {{"pool", "modify", "fast", "--description", std::string(64, 'd')}, "the description has 64 bytes"},
-      {{"pool", "delete", "99"}, "pool 99 does not exist"},
-      {{"volume", "create", "data", "--pool", "slow:1GiB"}, "has the name 'data' already"},
-      {{"volume", "create", "v", "--pool", "slow:60GiB"}, "(slow) has 49 GiB free, less than 60 GiB"},
+       "is a hard disk, which the tier level 3 (SSDs) does not fit; use the tier level 1 (hard disks)"},
+      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds: drive 2 (/dev/tvk2) is a hard disk, drive 3 (/dev/tvk3) is an SSD; "},
+      {pool("new", other, "512"), "512 B asked for; a pool has at least 1 MiB"},
+      {{"pool", "modify", "fast", "--name", "slow"}, "the name 'slow' is used by pool 2"},
+      {{"pool", "modify", "fast", "--tier", "hdd"}, "drive 1 (/dev/tvk1) is an SSD, which the tier level 1 (hard disks) does not fit"},
+      {{"pool", "modify", "fast", "--description", std::string(64, 'd')}, "the description has 64 bytes; a description has at most 63 bytes"},
+      {{"pool", "delete", "99"}, "no pool has the number 99"},
+      {{"volume", "create", "data", "--pool", "slow:1GiB"}, "the name 'data' is used by volume 1; choose another"},
+      {{"volume", "create", "v", "--pool", "slow:60GiB"}, "pool 2 (slow) has 49 GiB free, less than the 60 GiB asked for"},
       {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slow:1G"}, "is named twice"},
       {{"volume", "create", "v", "--pool", "slow:1G", "--type", "cached"}, "a cached volume needs"},
       {{"volume", "cache", "c", "--drive", other, "--size", "1G", "--ssd-pool", "slow", "--ssd-size", "1G"},
-       "is no pool of SSDs"},
+       "pool 2 (slow) is a pool of hard disks; a cache is taken from a pool of SSDs"},
       {{"volume", "cache", "c", "--drive", otherSsd, "--size", "1G", "--ssd-pool", "fast", "--ssd-size",
         "1G"},
-       "is an SSD; a hard disk is what is cached"},
+       "drive 3 (/dev/tvk3) is an SSD; what is cached is a hard disk"},
       {{"volume", "cache", "c", "--drive", other, "--size", "60G", "--ssd-pool", "fast", "--ssd-size", "1G"},
-       "the drives hold 10 GiB, less than 60 GiB"},
-      {{"volume", "create", "v", "--pool", "99:1G"}, "pool 99 does not exist"},
+       "drive 2 (/dev/tvk2) holds 10 GiB in whole chunks of 1 MiB, less than the 60 GiB asked for"},
+      {{"volume", "create", "v", "--pool", "99:1G"}, "no pool has the number 99"},
       {{"volume", "create", "v", "--pool", "fine:17T"}, "a volume with chunks of 4 KiB has at most 16 TiB; "},
-      {{"volume", "create", "v", "--pool", "slow:512"}, "a volume takes at least "},
-      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"}, "both pools are of one kind"},
-      {{"volume", "modify", "77", "--name", "x"}, "volume 77 does not exist"},
-      {{"volume", "flush", "data"}, "the volume has no cache that could be flushed"},
-      {{"volume", "delete", "77"}, "volume 77 does not exist"},
+      {{"volume", "create", "v", "--pool", "slow:512"}, "512 B asked of pool 2 (slow); a volume takes at least 1 MiB from a pool"},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"}, "pool 2 (slow) and pool 1 (slower) are both pools of hard disks; "},
+      {{"volume", "modify", "77", "--name", "x"}, "no volume has the number 77"},
+      {{"volume", "flush", "data"}, "volume 1 (data) is tiered: it has no cache that could be flushed"},
+      {{"volume", "delete", "77"}, "no volume has the number 77"},
   };
   const Json before = answer({"tree"});
-  for (const auto& [words, reading] : cases) {
-    SCOPED_TRACE(reading);
-    EXPECT_THAT(readingOf(words), HasSubstr(reading));
+  for (const auto& [words, hint] : cases) {
+    SCOPED_TRACE(hint);
+    EXPECT_THAT(hintOf(words), HasSubstr(hint));
   }
   EXPECT_EQ(answer({"tree"}), before);
 }
@@ -195,10 +195,10 @@ TEST_F(TvpcimStorage, ANumberIsAnIdentifierBeforeItIsAName) {
   EXPECT_EQ(answer({"pool", "delete", "77"}).at("VirtualPoolId"), 3) << "no pool has that identifier";
 }
 
-TEST_F(TvpcimStorage, ARefusalWithoutAVisibleReasonIsNotGuessedAt) {
+TEST_F(TvpcimStorage, ARefusalByAFaultSaysSo) {
   voltvkctl({"fault", "set", "fail", "createVirtualPool"});
   const Words create = {"pool", "create", "gold", "--drives", m_ssd, "--size", "1GiB"};
-  EXPECT_THAT(readingOf(create), HasSubstr("nothing that the provider shows explains it"));
+  EXPECT_THAT(hintOf(create), HasSubstr("an injected fault has refused this call: fail createVirtualPool with status 3"));
   EXPECT_EQ(answer(create).at("RetStat"), 0) << "the fault was for one call";
 }
 
@@ -239,7 +239,10 @@ TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
     EXPECT_EQ(result.out, "[]\n") << verb;
     EXPECT_EQ(result.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' tells why\n") << verb;
   }
-  EXPECT_THAT(readingOf({"pool", "delete", "1"}), HasSubstr("no storage driver answers"));
+  EXPECT_THAT(hintOf({"pool", "delete", "1"}), HasSubstr("the driver is switched off by an injected fault"));
+  voltvkctl({"fault", "clear"});
+  voltvkctl({"fault", "set", "adapter-absent"});
+  EXPECT_THAT(hintOf({"pool", "delete", "1"}), HasSubstr("the storage library has no adapter"));
 }
 
 TEST_F(TvpcimStorage, SuccessWithoutEffectIsAFailure) {

@@ -114,7 +114,9 @@ void VolumeChanges::remove(std::uint32_t volumeId) {
 
 void VolumeChanges::flush(std::uint32_t volumeId) {
   const VolumeRecord volume = find(volumeId);
-  require(volume.isCached(), TVK_NOT_CACHED);
+  require(volume.isCached(), TVK_NOT_CACHED, [&] {
+    return nameOf(volume) + " is tiered: it has no cache that could be flushed";
+  });
   Statement(m_connection, "UPDATE chunk SET dirty = 0 WHERE volume = ? AND dirty = 1", volumeId).run();
   EventJournal(m_connection)
       .append(

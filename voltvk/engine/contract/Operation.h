@@ -16,19 +16,20 @@ struct Operation {
   const char* name;  ///< as in Faults::operations
   bool onAdapter;    ///< needs the adapter
   std::function<void(State&)> work;
-  /** Appends the event that tells of a failure, in a transaction of its own; may be empty. */
+  /** Appends the event that reports a failure, in a transaction of its own; may be empty. */
   std::function<void(Connection&)> tellFailure = {};
 
   /**
-   * Applies the injected faults and runs the work.
-   * @return what the work was refused with, or success
+   * Applies the injected faults and runs the work. A failure is reported by its event and kept as the
+   * state's last refusal, both as far as the state can be written; one for want of a driver is not.
+   * @return success, or the status and the detail that the work was refused with
    * @throws std::runtime_error only when an injected fault says so
    */
   Ret run(State& state) const;
 
 private:
-  std::uint32_t attempt(State& state) const;
-  void tell(State& state) const;
+  Ret refuse(State& state, std::uint32_t status, const char* detail) const;
+  void tell(State& state, std::uint32_t status, const char* detail) const;
 };
 
 /** @throws Refusal TVK_NO_DRIVER or TVK_NO_ADAPTER when a fault has switched one off. */

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/Ret.h"
 
+#include "voltvk/Specs.h"
+
 #include <algorithm>
 #include <array>
 
@@ -48,8 +50,10 @@ constexpr std::array<StatusText, 32> STATUS_TEXTS = {{
 
 }  // namespace
 
-Ret::Ret() : m_status(TVK_OK) {}
-Ret::Ret(std::uint32_t status) : m_status(status) {}
+Ret::Ret() : Ret(TVK_OK) {}
+Ret::Ret(std::uint32_t status, const char* detail) : m_status(status), m_detail{} {
+  tvkSetText(m_detail, sizeof m_detail, detail);
+}
 Ret::Ret(const Ret& other) = default;
 Ret& Ret::operator=(const Ret& other) = default;
 

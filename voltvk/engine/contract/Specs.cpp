@@ -9,12 +9,12 @@
 VirtualPoolSpec::VirtualPoolSpec()
     : poolId(TVK_NO_ID), name{}, nameTooLong(false), description{}, descriptionTooLong(false),
       numLogicalDevices(0), numDeviceNumbers(0), deviceNumbers{}, capacityInSectors(0), chunkSizeInSectors(0),
-      tierLevel(0), poolFlag(TVK_POOL_USER) {}
+      tierLevel(0), poolFlag(TVK_POOL_USER), nameBytes(0), descriptionBytes(0) {}
 
 VirtualVolumeSpec::VirtualVolumeSpec()
     : volumeId(TVK_NO_ID), name{}, nameTooLong(false), description{}, descriptionTooLong(false),
       capacityInSectors(0), pools{{TVK_NO_ID, 0}, {TVK_NO_ID, 0}}, numValidPools(0), numPoolIds(0),
-      numPoolSizes(0), featureType1(0), knobSetting(0) {}
+      numPoolSizes(0), featureType1(0), knobSetting(0), nameBytes(0), descriptionBytes(0) {}
 
 VirtualVolumeSpec::~VirtualVolumeSpec() = default;
 

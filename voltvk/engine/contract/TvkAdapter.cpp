@@ -28,8 +28,8 @@ Ret run(const TvkAdapter& adapter, const Operation& operation) {
   std::shared_ptr<State> state;
   try {
     state = voltvk::stateOf(adapter);
-  } catch (const std::exception&) {
-    return Ret(TVK_INTERNAL);
+  } catch (const std::exception& exception) {
+    return Ret(TVK_INTERNAL, exception.what());
   }
   return operation.run(*state);
 }
@@ -166,7 +166,9 @@ Ret TvkAdapter::resetVirtualVolumeStats(std::uint32_t volumeId) {
 
 Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId) {
   return run(*this, {"getVirtualVolumeStats", true, [=](State& state) {
-                       voltvk::require(stats != nullptr, TVK_INVALID_ARGUMENT);
+                       voltvk::require(
+                           stats != nullptr, TVK_INVALID_ARGUMENT,
+                           "the record that the statistics go to is missing: the pointer is null");
                        state.read([=](Connection& connection) {
                          const auto volumes = voltvk::SnapshotReader(connection).volumes();
                          const auto& volume = voltvk::VolumeRules({}, volumes).volume(volumeId);

@@ -44,9 +44,9 @@ Ret TvkLib::checkDriver() {
     voltvk::requirePresence(*m_state->shared, false);
     return Ret();
   } catch (const voltvk::Refusal& refusal) {
-    return Ret(refusal.status());
-  } catch (const std::exception&) {
-    return Ret(TVK_INTERNAL);
+    return Ret(refusal.status(), refusal.what());
+  } catch (const std::exception& exception) {
+    return Ret(TVK_INTERNAL, exception.what());
   }
 }
 

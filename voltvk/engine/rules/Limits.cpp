@@ -2,13 +2,20 @@
 #include "voltvk/engine/rules/Limits.h"
 
 #include "voltvk/engine/drives/DriveRegistry.h"
+#include "voltvk/engine/rules/Refusal.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace voltvk {
 
-bool isChunkSize(std::uint64_t sectors) {
-  return std::find(CHUNK_SECTORS.begin() + 1, CHUNK_SECTORS.end(), sectors) != CHUNK_SECTORS.end();
+void requireChunkSize(std::uint64_t sectors) {
+  const auto* first = CHUNK_SECTORS.begin() + 1;
+  require(std::find(first, CHUNK_SECTORS.end(), sectors) != CHUNK_SECTORS.end(), TVK_INVALID_CHUNK_SIZE, [&] {
+    std::vector<std::string> supported;
+    std::transform(first, CHUNK_SECTORS.end(), std::back_inserter(supported), sizeText);
+    return "chunks of " + sizeText(sectors) + " are not supported; supported are " + enumerated(supported);
+  });
 }
 
 TvkAdapterIdentity identityOfProduct() {

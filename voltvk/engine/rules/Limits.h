@@ -25,8 +25,8 @@ constexpr std::size_t MAX_POOL_DRIVES = 64;
 constexpr std::uint64_t MIN_POOL_SECTORS = 2048;
 constexpr std::uint64_t MIN_SECTORS_FROM_POOL = 2048;
 
-/** True for a chunk size that pools may have. */
-bool isChunkSize(std::uint64_t sectors);
+/** @throws Refusal TVK_INVALID_CHUNK_SIZE for a chunk size that pools cannot have */
+void requireChunkSize(std::uint64_t sectors);
 
 /** What the adapter can do, without the counts of the current state. */
 TvkAdapterIdentity identityOfProduct();

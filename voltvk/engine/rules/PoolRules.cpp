@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/PoolRules.h"
 
+#include "text/Quote.h"
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
@@ -20,18 +21,47 @@ std::uint8_t tierLevelOf(const DriveRecord& drive) {
   return drive.type == TVK_DEVICE_SSD ? TVK_TIER_SSD : TVK_TIER_HDD;
 }
 
+bool isMember(const PoolRecord& pool, std::uint16_t drive) {
+  return std::any_of(pool.members.begin(), pool.members.end(), [&](const PoolMemberRecord& member) {
+    return member.drive == drive;
+  });
+}
+
+void requireEligible(const DriveRecord& drive) {
+  require(!drive.bootable, TVK_DEVICE_NOT_ELIGIBLE, [&] {
+    return nameOf(drive) + " boots this machine and cannot join a pool; choose another drive";
+  });
+  require(!drive.partitioned, TVK_DEVICE_NOT_ELIGIBLE, [&] {
+    return nameOf(drive) + " has partitions and cannot join a pool; choose another drive";
+  });
+  require(!drive.mounted, TVK_DEVICE_NOT_ELIGIBLE, [&] {
+    return nameOf(drive) + " is mounted, used for swap or held by another block device and cannot join a pool; "
+                           "choose another drive";
+  });
+}
+
+void requireFittingTier(const DriveRecord& drive, std::uint32_t tierLevel) {
+  require(tierLevelOf(drive) == tierLevel, TVK_INVALID_TIER_LEVEL, [&] {
+    return nameOf(drive) + " is " + kindOf(drive) + ", which the tier level " + tierText(tierLevel) +
+           " does not fit; use the tier level " + tierText(tierLevelOf(drive));
+  });
+}
+
 }  // namespace
 
 void PoolRules::checkNameUnused(const std::string& name) const {
-  require(
-      std::none_of(m_pools.begin(), m_pools.end(), [&](const PoolRecord& pool) { return pool.name == name; }),
-      TVK_NAME_IN_USE);
+  const auto holder =
+      std::find_if(m_pools.begin(), m_pools.end(), [&](const PoolRecord& pool) { return pool.name == name; });
+  require(holder == m_pools.end(), TVK_NAME_IN_USE, [&] {
+    return "the name " + tvp::text::quoted(name) + " is used by pool " + std::to_string(holder->id) +
+           (holder->internal ? ", which is internal" : "") + "; choose another";
+  });
 }
 
 const PoolRecord& PoolRules::pool(std::uint32_t poolId) const {
   const auto found = std::find_if(
       m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) { return candidate.id == poolId; });
-  require(found != m_pools.end(), TVK_NO_SUCH_POOL);
+  require(found != m_pools.end(), TVK_NO_SUCH_POOL, [&] { return missing("pool", poolId); });
   return *found;
 }
 
@@ -39,41 +69,67 @@ const DriveRecord& PoolRules::freeDrive(std::uint8_t number) const {
   const auto drive = std::find_if(m_drives.begin(), m_drives.end(), [&](const DriveRecord& candidate) {
     return candidate.number == number;
   });
-  const bool used = std::any_of(m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) {
-    return std::any_of(
-        candidate.members.begin(), candidate.members.end(),
-        [&](const PoolMemberRecord& member) { return member.drive == number; });
+  const bool known = drive != m_drives.end();
+  const auto owner = std::find_if(m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) {
+    return isMember(candidate, number);
   });
-  require(!used, TVK_DEVICE_IN_USE);
-  require(drive != m_drives.end() && drive->present, TVK_NO_SUCH_DEVICE);
-  require(!drive->partitioned && !drive->mounted && !drive->bootable, TVK_DEVICE_NOT_ELIGIBLE);
+  require(owner == m_pools.end(), TVK_DEVICE_IN_USE, [&] {
+    return (known ? nameOf(*drive) : "drive " + std::to_string(number)) + " belongs to " + nameOf(*owner) +
+           "; choose a free drive";
+  });
+  require(known, TVK_NO_SUCH_DEVICE, [&] {
+    return "no drive has the number " + std::to_string(number) + "; see the list of drives";
+  });
+  require(drive->present, TVK_NO_SUCH_DEVICE, [&] {
+    return nameOf(*drive) + " is unplugged; plug it in, or choose another drive";
+  });
+  requireEligible(*drive);
   return *drive;
 }
 
 std::vector<const DriveRecord*> PoolRules::drivesOf(const VirtualPoolSpec& spec) const {
-  require(
-      spec.numDeviceNumbers == spec.numLogicalDevices && spec.numDeviceNumbers > 0,
-      TVK_DEVICE_COUNT_MISMATCH);
-  require(spec.numDeviceNumbers <= MAX_POOL_DRIVES, TVK_TOO_MANY_DEVICES);
-  std::set<std::uint8_t> numbers(spec.deviceNumbers, spec.deviceNumbers + spec.numDeviceNumbers);
-  require(numbers.size() == spec.numDeviceNumbers, TVK_DEVICE_DUPLICATE);
+  const std::uint32_t count = spec.numDeviceNumbers;
+  require(count == spec.numLogicalDevices, TVK_DEVICE_COUNT_MISMATCH, [&] {
+    return counted(spec.numLogicalDevices, "drive") + " announced, but " + counted(count, "drive") +
+           " listed; make both numbers the same";
+  });
+  require(count > 0, TVK_DEVICE_COUNT_MISMATCH, "the request names no drive; a pool has at least 1");
+  require(count <= MAX_POOL_DRIVES, TVK_TOO_MANY_DEVICES, [&] {
+    return counted(count, "drive") + " listed; a pool has at most " + std::to_string(MAX_POOL_DRIVES);
+  });
+  std::set<std::uint8_t> numbers;
+  for (std::uint32_t i = 0; i < count; ++i) {
+    require(numbers.insert(spec.deviceNumbers[i]).second, TVK_DEVICE_DUPLICATE, [&] {
+      return "drive " + std::to_string(spec.deviceNumbers[i]) + " is named twice; name each drive once";
+    });
+  }
   std::vector<const DriveRecord*> drives;
-  for (std::uint32_t i = 0; i < spec.numDeviceNumbers; ++i) {
+  for (std::uint32_t i = 0; i < count; ++i) {
     drives.push_back(&freeDrive(spec.deviceNumbers[i]));
-    require(drives.back()->type == drives.front()->type, TVK_DEVICE_KINDS_MIXED);
+    const DriveRecord& first = *drives.front();
+    const DriveRecord& drive = *drives.back();
+    require(drive.type == first.type, TVK_DEVICE_KINDS_MIXED, [&] {
+      return "the drives are of different kinds: " + nameOf(first) + " is " + kindOf(first) + ", " +
+             nameOf(drive) + " is " + kindOf(drive) + "; a pool has hard disks or SSDs only";
+    });
   }
   return drives;
 }
 
 std::vector<PoolMemberRecord>
-PoolRules::members(const PoolRecord& pool, const std::vector<const DriveRecord*>& drives) const {
+PoolRules::members(
+    const PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives) {
   std::vector<std::uint64_t> capacities;
   std::uint64_t total = 0;
   for (const DriveRecord* drive : drives) {
     capacities.push_back(drive->sectors / pool.chunkSectors);
     total += capacities.back();
   }
-  require(pool.chunks <= total, TVK_NOT_ENOUGH_SPACE);
+  require(pool.chunks <= total, TVK_NOT_ENOUGH_SPACE, [&] {
+    const std::string who = drives.size() == 1 ? nameOf(*drives.front()) + " holds " : "the drives hold ";
+    return who + sizeText(total * pool.chunkSectors) + " in whole chunks of " + sizeText(pool.chunkSectors) +
+           ", less than the " + sizeText(sectors) + " asked for";
+  });
   const std::vector<std::uint64_t> shares = shareOut(pool.chunks, capacities);
   std::vector<PoolMemberRecord> members;
   for (std::size_t i = 0; i < drives.size(); ++i) {
@@ -84,29 +140,42 @@ PoolRules::members(const PoolRecord& pool, const std::vector<const DriveRecord*>
 
 PoolRecord PoolRules::creation(const VirtualPoolSpec& spec) const {
   PoolRecord pool;
-  pool.name = checkedName(spec.name, spec.nameTooLong);
-  require(!pool.name.empty(), TVK_INVALID_NAME);
-  pool.description = checkedDescription(spec.description, spec.descriptionTooLong);
+  pool.name = requiredName(givenName(spec));
+  pool.description = checkedDescription(givenDescription(spec));
   checkNameUnused(pool.name);
-  require(m_pools.size() < MAX_POOLS, TVK_TOO_MANY_POOLS);
-  require(spec.poolFlag == TVK_POOL_USER || spec.poolFlag == TVK_POOL_INTERNAL, TVK_INVALID_ARGUMENT);
+  require(m_pools.size() < MAX_POOLS, TVK_TOO_MANY_POOLS, [] {
+    return "there are " + counted(MAX_POOLS, "pool") +
+           " already, those of cached drives included, which is the limit; delete one first";
+  });
+  require(spec.poolFlag == TVK_POOL_USER || spec.poolFlag == TVK_POOL_INTERNAL, TVK_INVALID_ARGUMENT, [&] {
+    return "the pool type " + std::to_string(spec.poolFlag) + " is unknown; use " +
+           std::to_string(TVK_POOL_USER) + " or " + std::to_string(TVK_POOL_INTERNAL);
+  });
   pool.internal = spec.poolFlag == TVK_POOL_INTERNAL;
-  require(isChunkSize(spec.chunkSizeInSectors), TVK_INVALID_CHUNK_SIZE);
+  requireChunkSize(spec.chunkSizeInSectors);
   pool.chunkSectors = spec.chunkSizeInSectors;
   const std::vector<const DriveRecord*> drives = drivesOf(spec);
-  require(spec.tierLevel == tierLevelOf(*drives.front()), TVK_INVALID_TIER_LEVEL);
+  require(
+      !pool.internal || spec.tierLevel != TVK_TIER_HDD || tierLevelOf(*drives.front()) == TVK_TIER_HDD,
+      TVK_INVALID_TIER_LEVEL,
+      [&] { return nameOf(*drives.front()) + " is an SSD; what is cached is a hard disk"; });
+  requireFittingTier(*drives.front(), spec.tierLevel);
   pool.tierLevel = spec.tierLevel;
-  require(spec.capacityInSectors >= MIN_POOL_SECTORS, TVK_INVALID_CAPACITY);
+  require(spec.capacityInSectors >= MIN_POOL_SECTORS, TVK_INVALID_CAPACITY, [&] {
+    return sizeText(spec.capacityInSectors) + " asked for; a pool has at least " + sizeText(MIN_POOL_SECTORS);
+  });
   pool.chunks = roundedUp(spec.capacityInSectors, pool.chunkSectors);
-  pool.members = members(pool, drives);
+  pool.members = members(pool, spec.capacityInSectors, drives);
   return pool;
 }
 
 PoolChange PoolRules::modification(std::uint32_t poolId, const VirtualPoolSpec& spec) const {
   const PoolRecord& current = pool(poolId);
-  require(!current.internal, TVK_POOL_IS_INTERNAL);
-  const std::string name = checkedName(spec.name, spec.nameTooLong);
-  const std::string description = checkedDescription(spec.description, spec.descriptionTooLong);
+  require(!current.internal, TVK_POOL_IS_INTERNAL, [&] {
+    return nameOf(current) + " belongs to a cached volume and cannot be changed; change the volume";
+  });
+  const std::string name = checkedName(givenName(spec));
+  const std::string description = checkedDescription(givenDescription(spec));
   PoolChange change;
   if (!name.empty() && name != current.name) {
     checkNameUnused(name);
@@ -118,7 +187,9 @@ PoolChange PoolRules::modification(std::uint32_t poolId, const VirtualPoolSpec& 
   if (spec.tierLevel != 0) {
     for (const PoolMemberRecord& member : current.members) {
       for (const DriveRecord& drive : m_drives) {
-        require(drive.number != member.drive || tierLevelOf(drive) == spec.tierLevel, TVK_INVALID_TIER_LEVEL);
+        if (drive.number == member.drive) {
+          requireFittingTier(drive, spec.tierLevel);
+        }
       }
     }
     if (spec.tierLevel != current.tierLevel) {
@@ -130,12 +201,25 @@ PoolChange PoolRules::modification(std::uint32_t poolId, const VirtualPoolSpec& 
 
 const PoolRecord& PoolRules::deletion(std::uint32_t poolId) const {
   const PoolRecord& current = pool(poolId);
-  const bool used = std::any_of(m_volumes.begin(), m_volumes.end(), [&](const VolumeRecord& volume) {
-    return std::any_of(volume.extents.begin(), volume.extents.end(), [&](const VolumeExtentRecord& part) {
-      return part.pool == poolId;
-    });
+  std::vector<std::string> users;
+  for (const VolumeRecord& volume : m_volumes) {
+    if (std::any_of(volume.extents.begin(), volume.extents.end(), [&](const VolumeExtentRecord& part) {
+          return part.pool == poolId;
+        })) {
+      users.push_back(nameOf(volume));
+    }
+  }
+  require(users.empty() || !current.internal, TVK_POOL_IS_INTERNAL, [&] {
+    return nameOf(current) + " is the internal pool of " + users.front() + " and is deleted together with it";
   });
-  require(!used, current.internal ? TVK_POOL_IS_INTERNAL : TVK_POOL_IN_USE);
+  require(users.empty(), TVK_POOL_IN_USE, [&] {
+    constexpr std::size_t SHOWN = 4;
+    if (users.size() > SHOWN) {
+      users.resize(SHOWN, {});
+      users.back() = "others";
+    }
+    return nameOf(current) + " is used by " + enumerated(users) + "; delete what uses it first";
+  });
   return current;
 }
 

@@ -44,8 +44,9 @@ private:
   const DriveRecord& freeDrive(std::uint8_t number) const;
   std::vector<const DriveRecord*> drivesOf(const VirtualPoolSpec& spec) const;
   void checkNameUnused(const std::string& name) const;
-  std::vector<PoolMemberRecord>
-  members(const PoolRecord& pool, const std::vector<const DriveRecord*>& drives) const;
+  /** @param sectors what was asked for, before it was rounded to whole chunks */
+  static std::vector<PoolMemberRecord>
+  members(const PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives);
 
   const std::vector<DriveRecord>& m_drives;
   const std::vector<PoolRecord>& m_pools;

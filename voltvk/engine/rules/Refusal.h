@@ -2,21 +2,25 @@
 #ifndef VOLTVK_ENGINE_RULES_REFUSAL_H
 #define VOLTVK_ENGINE_RULES_REFUSAL_H
 
+#include "text/Utf8.h"
 #include "voltvk/Ret.h"
+#include "voltvk/engine/rules/Wording.h"
 
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 namespace voltvk {
 
 /**
  * Thrown inside the engine when a request cannot be carried out; the transaction around it is rolled
- * back. The adapter turns it into the status, voltvkctl shows the text.
+ * back. The adapter turns it into the status and its detail, voltvkctl shows the text.
  */
 class Refusal : public std::runtime_error {
 public:
-  explicit Refusal(TvkStatus status) : std::runtime_error(tvkStatusText(status)), m_status(status) {}
-  Refusal(TvkStatus status, const std::string& text) : std::runtime_error(text), m_status(status) {}
+  /** @param detail what was wrong, with what, and what to do; what does not fit one line is escaped */
+  Refusal(TvkStatus status, const std::string& detail)
+      : std::runtime_error(tvp::text::printable(detail)), m_status(status) {}
 
   TvkStatus status() const { return m_status; }
 
@@ -24,10 +28,19 @@ private:
   TvkStatus m_status;
 };
 
-/** @throws Refusal with the status unless the rule holds. */
-inline void require(bool holds, TvkStatus otherwise) {
-  if (!holds) {
-    throw Refusal(otherwise);
+/**
+ * @param detail the sentence of the refusal, or a function that gives it: only a broken rule costs a text
+ * @throws Refusal with the status and the detail unless the rule holds
+ */
+template <typename Detail>
+void require(bool holds, TvkStatus otherwise, const Detail& detail) {
+  if (holds) {
+    return;
+  }
+  if constexpr (std::is_invocable_v<Detail>) {
+    throw Refusal(otherwise, detail());
+  } else {
+    throw Refusal(otherwise, detail);
   }
 }
 

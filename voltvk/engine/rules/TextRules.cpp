@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/TextRules.h"
 
+#include "text/Quote.h"
 #include "text/Utf8.h"
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/rules/Refusal.h"
@@ -8,6 +9,29 @@
 #include <cstring>
 
 namespace voltvk {
+
+namespace {
+
+std::string textOf(const GivenText& given) {
+  return std::string(given.field.substr(0, given.field.find('\0')));
+}
+
+bool fits(const GivenText& given, const std::string& text) {
+  return !given.tooLong && text.size() < given.field.size();
+}
+
+std::string sizeOf(const GivenText& given, const std::string& text) {
+  if (given.bytes > text.size()) {
+    return counted(given.bytes, "byte");
+  }
+  return given.tooLong ? "too many bytes" : "no end";
+}
+
+std::string limitOf(const GivenText& given) {
+  return counted(given.field.size() - 1, "byte");
+}
+
+}  // namespace
 
 bool isPlainText(std::string_view text, std::size_t limit) {
   if (text.size() > limit) {
@@ -23,19 +47,36 @@ bool isPlainText(std::string_view text, std::size_t limit) {
   return true;
 }
 
-std::string checkedName(const char (&field)[TVK_NAME_SIZE], bool tooLong) {
-  std::string name(field, strnlen(field, sizeof field));
-  if (tooLong || !isPlainText(name, sizeof field - 1)) {
-    throw Refusal(TVK_INVALID_NAME);
-  }
+std::string checkedName(const GivenText& given) {
+  std::string name = textOf(given);
+  require(fits(given, name), TVK_INVALID_NAME, [&] {
+    return "the name has " + sizeOf(given, name) + "; a name has 1 to " + limitOf(given);
+  });
+  require(tvp::text::isUtf8(name), TVK_INVALID_NAME, [&] {
+    return "the name " + tvp::text::quoted(name) + " is not UTF-8, which names are";
+  });
+  require(isPlainText(name, given.field.size()), TVK_INVALID_NAME, [&] {
+    return "the name " + tvp::text::quoted(name) + " has control characters in it; choose one without them";
+  });
   return name;
 }
 
-std::string checkedDescription(const char (&field)[TVK_DESCRIPTION_SIZE], bool tooLong) {
-  std::string description(field, strnlen(field, sizeof field));
-  if (tooLong || description.size() == sizeof field || !tvp::text::isUtf8(description)) {
-    throw Refusal(TVK_INVALID_DESCRIPTION);
-  }
+std::string requiredName(const GivenText& given) {
+  std::string name = checkedName(given);
+  require(
+      !name.empty(), TVK_INVALID_NAME, [&] { return "the name is empty; a name has 1 to " + limitOf(given); });
+  return name;
+}
+
+std::string checkedDescription(const GivenText& given) {
+  std::string description = textOf(given);
+  require(fits(given, description), TVK_INVALID_DESCRIPTION, [&] {
+    return "the description has " + sizeOf(given, description) + "; a description has at most " +
+           limitOf(given);
+  });
+  require(tvp::text::isUtf8(description), TVK_INVALID_DESCRIPTION, [&] {
+    return "the description " + tvp::text::quoted(description) + " is not UTF-8, which descriptions are";
+  });
   return description;
 }
 

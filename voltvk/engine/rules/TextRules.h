@@ -5,6 +5,7 @@
 #include "voltvk/Specs.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,15 +14,35 @@ namespace voltvk {
 /** True for UTF-8 of at most limit bytes without control characters; the empty text is fine. */
 bool isPlainText(std::string_view text, std::size_t limit);
 
+/** A text of a request as it came: what fitted into the field, and what is known of the rest. */
+struct GivenText {
+  std::string_view field;   ///< the whole field, with or without a terminating NUL
+  bool tooLong = false;     ///< the caller's text did not fit
+  std::uint32_t bytes = 0;  ///< of the caller's text; 0 when that is not known
+};
+
+/** The name in a pool's or volume's request. */
+template <typename Spec>
+GivenText givenName(const Spec& spec) {
+  return {{spec.name, sizeof spec.name}, spec.nameTooLong, spec.nameBytes};
+}
+/** The description in a pool's or volume's request. */
+template <typename Spec>
+GivenText givenDescription(const Spec& spec) {
+  return {{spec.description, sizeof spec.description}, spec.descriptionTooLong, spec.descriptionBytes};
+}
+
 /**
- * The name in a request.
- * @param tooLong the caller's text did not fit the field
+ * The name in a request; may be empty.
  * @throws Refusal TVK_INVALID_NAME when it is too long, not UTF-8, or has control characters
  */
-std::string checkedName(const char (&field)[TVK_NAME_SIZE], bool tooLong);
+std::string checkedName(const GivenText& given);
+
+/** The same for a name that must not be empty. */
+std::string requiredName(const GivenText& given);
 
 /** The description in a request. @throws Refusal TVK_INVALID_DESCRIPTION when too long or not UTF-8 */
-std::string checkedDescription(const char (&field)[TVK_DESCRIPTION_SIZE], bool tooLong);
+std::string checkedDescription(const GivenText& given);
 
 /** The name in a request that may be unfit, made fit to be shown in an event. */
 std::string shownName(const char (&field)[TVK_NAME_SIZE]);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/VolumeRules.h"
 
+#include "text/Quote.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
@@ -15,7 +16,10 @@ namespace voltvk {
 namespace {
 
 std::uint8_t checkedKnob(std::uint32_t knob) {
-  require(knob <= TVK_KNOB_PASSIVE, TVK_INVALID_KNOB);
+  require(knob <= TVK_KNOB_PASSIVE, TVK_INVALID_KNOB, [&] {
+    return "the knob setting " + std::to_string(knob) +
+           " is unknown; use 1 (aggressive), 2 (normal) or 3 (passive)";
+  });
   return static_cast<std::uint8_t>(knob);
 }
 
@@ -26,39 +30,50 @@ bool isSsd(const PoolRecord& pool) {
 }  // namespace
 
 void VolumeRules::checkNameUnused(const std::string& name) const {
-  require(
-      std::none_of(
-          m_volumes.begin(), m_volumes.end(),
-          [&](const VolumeRecord& volume) { return volume.name == name; }),
-      TVK_NAME_IN_USE);
+  const auto holder = std::find_if(m_volumes.begin(), m_volumes.end(), [&](const VolumeRecord& volume) {
+    return volume.name == name;
+  });
+  require(holder == m_volumes.end(), TVK_NAME_IN_USE, [&] {
+    return "the name " + tvp::text::quoted(name) + " is used by volume " + std::to_string(holder->id) +
+           "; choose another";
+  });
 }
 
 const PoolRecord& VolumeRules::pool(std::uint32_t poolId) const {
   const auto found = std::find_if(
       m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) { return candidate.id == poolId; });
-  require(found != m_pools.end(), TVK_NO_SUCH_POOL);
+  require(found != m_pools.end(), TVK_NO_SUCH_POOL, [&] { return missing("pool", poolId); });
   return *found;
+}
+
+const PoolRecord& VolumeRules::userPool(std::uint32_t poolId) const {
+  const PoolRecord& found = pool(poolId);
+  require(!found.internal, TVK_POOL_IS_INTERNAL, [&] {
+    return nameOf(found) + " is internal: it belongs to a cached volume; choose another pool";
+  });
+  return found;
 }
 
 const VolumeRecord& VolumeRules::volume(std::uint32_t volumeId) const {
   const auto found = std::find_if(m_volumes.begin(), m_volumes.end(), [&](const VolumeRecord& candidate) {
     return candidate.id == volumeId;
   });
-  require(found != m_volumes.end(), TVK_NO_SUCH_VOLUME);
+  require(found != m_volumes.end(), TVK_NO_SUCH_VOLUME, [&] { return missing("volume", volumeId); });
   return *found;
 }
 
 VolumeRecord VolumeRules::heading(const VirtualVolumeSpec& spec) const {
   VolumeRecord volume;
-  volume.name = checkedName(spec.name, spec.nameTooLong);
-  require(!volume.name.empty(), TVK_INVALID_NAME);
-  volume.description = checkedDescription(spec.description, spec.descriptionTooLong);
+  volume.name = requiredName(givenName(spec));
+  volume.description = checkedDescription(givenDescription(spec));
   checkNameUnused(volume.name);
-  require(m_volumes.size() < MAX_VOLUMES, TVK_TOO_MANY_VOLUMES);
-  require(
-      spec.featureType1 == TVK_VOLUME_TIERED || spec.featureType1 == TVK_VOLUME_CACHED,
-      TVK_INVALID_VOLUME_TYPE);
+  require(m_volumes.size() < MAX_VOLUMES, TVK_TOO_MANY_VOLUMES, [] {
+    return "there are " + counted(MAX_VOLUMES, "volume") + " already, which is the limit; delete one first";
+  });
   volume.type = spec.featureType1;
+  require(volume.type == TVK_VOLUME_TIERED || volume.isCached(), TVK_INVALID_VOLUME_TYPE, [&] {
+    return "the volume type " + std::to_string(volume.type) + " is unknown; use 1 (tiered) or 2 (cached)";
+  });
   volume.knob = checkedKnob(spec.knobSetting);
   if (volume.knob == 0) {
     volume.knob = TVK_KNOB_NORMAL;
@@ -66,22 +81,38 @@ VolumeRecord VolumeRules::heading(const VirtualVolumeSpec& spec) const {
   return volume;
 }
 
+void VolumeRules::checkPoolCount(const VolumeRecord& volume, const VirtualVolumeSpec& spec) {
+  const std::uint32_t count = spec.numPoolIds;
+  require(count == spec.numValidPools && count == spec.numPoolSizes, TVK_POOL_COUNT_MISMATCH, [&] {
+    return counted(spec.numValidPools, "pool") + " announced, but " + counted(count, "identifier") + " and " +
+           counted(spec.numPoolSizes, "size") + " listed; make all three numbers the same";
+  });
+  require(count >= 1 && count <= TVK_SPEC_POOLS, TVK_POOL_COUNT_MISMATCH, [&] {
+    return counted(count, "pool") + " listed; a volume takes one or two pools";
+  });
+  require(count == TVK_SPEC_POOLS || !volume.isCached(), TVK_POOL_COUNT_MISMATCH, [] {
+    return "1 pool listed; a cached volume needs a pool of hard disks and one of SSDs";
+  });
+  require(count == 1 || spec.pools[0].poolId != spec.pools[1].poolId, TVK_POOL_DUPLICATE, [&] {
+    return "pool " + std::to_string(spec.pools[0].poolId) + " is named twice; name two different pools, or one";
+  });
+}
+
 VolumeRecord VolumeRules::creation(const VirtualVolumeSpec& spec) const {
   VolumeRecord volume = heading(spec);
+  checkPoolCount(volume, spec);
   const std::uint32_t count = spec.numPoolIds;
-  require(
-      count == spec.numValidPools && count == spec.numPoolSizes && count >= 1 && count <= TVK_SPEC_POOLS,
-      TVK_POOL_COUNT_MISMATCH);
-  require(count == TVK_SPEC_POOLS || !volume.isCached(), TVK_POOL_COUNT_MISMATCH);
-  require(count == 1 || spec.pools[0].poolId != spec.pools[1].poolId, TVK_POOL_DUPLICATE);
   const bool isSecondAlone = count == 1 && spec.pools[0].poolId == TVK_NO_ID;
   std::vector<Part> parts;
   for (std::uint32_t i = 0; i < count; ++i) {
     const VirtualPoolEntry& entry = spec.pools[isSecondAlone ? 1 : i];
-    parts.push_back({&pool(entry.poolId), entry.capacityInSectors});
-    require(!parts.back().pool->internal, TVK_POOL_IS_INTERNAL);
+    parts.push_back({&userPool(entry.poolId), entry.capacityInSectors});
   }
-  require(count == 1 || isSsd(*parts[0].pool) != isSsd(*parts[1].pool), TVK_POOL_KINDS_CONFLICT);
+  require(count == 1 || isSsd(*parts[0].pool) != isSsd(*parts[1].pool), TVK_POOL_KINDS_CONFLICT, [&] {
+    return nameOf(*parts[0].pool) + " and " + nameOf(*parts[1].pool) + " are both pools of " +
+           (isSsd(*parts[0].pool) ? "SSDs" : "hard disks") +
+           "; a volume takes one of hard disks and one of SSDs";
+  });
   std::stable_sort(parts.begin(), parts.end(), [](const Part& a, const Part& b) {
     return isSsd(*a.pool) < isSsd(*b.pool);
   });
@@ -93,11 +124,19 @@ VolumeRecord VolumeRules::creation(const VirtualVolumeSpec& spec) const {
 VolumeRecord VolumeRules::cachedDrive(
     const VirtualVolumeSpec& spec, std::uint32_t internalPool, const VirtualPoolEntry& cache) const {
   VolumeRecord volume = heading(spec);
-  require(volume.isCached(), TVK_INVALID_VOLUME_TYPE);
+  require(volume.isCached(), TVK_INVALID_VOLUME_TYPE, [&] {
+    return "the volume type is " + std::to_string(volume.type) +
+           " (tiered); a drive with a cache is a volume of the type 2 (cached)";
+  });
   const PoolRecord& drive = pool(internalPool);
-  const PoolRecord& ssd = pool(cache.poolId);
-  require(!ssd.internal, TVK_POOL_IS_INTERNAL);
-  require(isSsd(ssd) && !isSsd(drive), TVK_POOL_KINDS_CONFLICT);
+  const PoolRecord& ssd = userPool(cache.poolId);
+  require(isSsd(ssd), TVK_POOL_KINDS_CONFLICT, [&] {
+    return nameOf(ssd) + " is a pool of hard disks; a cache is taken from a pool of SSDs";
+  });
+  require(!isSsd(drive), TVK_POOL_KINDS_CONFLICT, [&] {
+    return "drive " + std::to_string(drive.members.front().drive) +
+           " is an SSD; what is cached is a hard disk";
+  });
   lay(volume, {{&drive, drive.chunks * drive.chunkSectors}, {&ssd, cache.capacityInSectors}});
   return volume;
 }
@@ -106,10 +145,22 @@ void VolumeRules::checkTotal(
     const VolumeRecord& volume, std::uint64_t requested, const std::vector<Part>& parts) {
   std::uint64_t total = parts[0].sectors;
   if (!volume.isCached() && parts.size() > 1) {
-    require(parts[1].sectors <= UINT64_MAX - total, TVK_INVALID_CAPACITY);
+    require(parts[1].sectors <= UINT64_MAX - total, TVK_INVALID_CAPACITY, [&] {
+      return sizeText(total) + " and " + sizeText(parts[1].sectors) + " are more together than any volume has";
+    });
     total += parts[1].sectors;
   }
-  require(requested == 0 || requested == total, TVK_INVALID_CAPACITY);
+  require(requested == 0 || requested == total, TVK_INVALID_CAPACITY, [&] {
+    return sizeText(requested) + " asked for, but " + sizeText(total) +
+           " taken from the pools; make both the same, or leave the first out";
+  });
+}
+
+void VolumeRules::requirePossibleSize(const VolumeRecord& volume, std::uint64_t chunks) {
+  require(chunks <= MAX_VOLUME_CHUNKS, TVK_INVALID_CAPACITY, [&] {
+    return "a volume with chunks of " + sizeText(volume.chunkSectors) + " has at most " +
+           sizeText(volume.chunkSectors * MAX_VOLUME_CHUNKS) + "; a larger one needs larger chunks";
+  });
 }
 
 void VolumeRules::lay(VolumeRecord& volume, const std::vector<Part>& parts) const {
@@ -119,29 +170,39 @@ void VolumeRules::lay(VolumeRecord& volume, const std::vector<Part>& parts) cons
     volume.chunkSectors = std::max(volume.chunkSectors, parts[1].pool->chunkSectors);
   }
   for (const Part& part : parts) {
-    require(part.sectors >= MIN_SECTORS_FROM_POOL, TVK_INVALID_CAPACITY);
+    require(part.sectors >= MIN_SECTORS_FROM_POOL, TVK_INVALID_CAPACITY, [&] {
+      return sizeText(part.sectors) + " asked of " + nameOf(*part.pool) + "; a volume takes at least " +
+             sizeText(MIN_SECTORS_FROM_POOL) + " from a pool";
+    });
     // Sizes are powers of two: the larger chunk is a whole number of the smaller ones.
     const std::uint64_t unit = std::max(volume.chunkSectors, part.pool->chunkSectors);
     const std::uint64_t units = roundedUp(part.sectors, unit);
     const std::uint64_t chunks = units * (unit / volume.chunkSectors);
-    require(chunks <= MAX_VOLUME_CHUNKS, TVK_INVALID_CAPACITY);
+    requirePossibleSize(volume, chunks);
     (isSsd(*part.pool) ? volume.ssdChunks : volume.hddChunks) = chunks;
-    addExtents(volume, *part.pool, units * (unit / part.pool->chunkSectors));
+    addExtents(volume, part, units * (unit / part.pool->chunkSectors));
   }
-  require(volume.capacityChunks() <= MAX_VOLUME_CHUNKS, TVK_INVALID_CAPACITY);
+  requirePossibleSize(volume, volume.capacityChunks());
 }
 
-void VolumeRules::addExtents(VolumeRecord& volume, const PoolRecord& from, std::uint64_t chunks) const {
+void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64_t chunks) const {
+  const PoolRecord& from = *part.pool;
   std::vector<Extent> used;
   for (const VolumeRecord& other : m_volumes) {
-    for (const VolumeExtentRecord& part : other.extents) {
-      if (part.pool == from.id) {
-        used.push_back(part.extent);
+    for (const VolumeExtentRecord& taken : other.extents) {
+      if (taken.pool == from.id) {
+        used.push_back(taken.extent);
       }
     }
   }
-  const std::vector<Extent> extents = ChunkAllocator(from.chunks, std::move(used)).allocate(chunks);
-  require(!extents.empty(), TVK_NOT_ENOUGH_SPACE);
+  ChunkAllocator allocator(from.chunks, std::move(used));
+  const std::vector<Extent> extents = allocator.allocate(chunks);
+  require(!extents.empty(), TVK_NOT_ENOUGH_SPACE, [&] {
+    const std::uint64_t rounded = chunks * from.chunkSectors;
+    return nameOf(from) + " has " + sizeText(allocator.freeChunks() * from.chunkSectors) +
+           " free, less than the " + sizeText(part.sectors) + " asked for" +
+           (rounded == part.sectors ? "" : ", which take " + sizeText(rounded) + " in whole chunks");
+  });
   for (const Extent& extent : extents) {
     volume.extents.push_back({from.id, extent});
   }
@@ -149,8 +210,8 @@ void VolumeRules::addExtents(VolumeRecord& volume, const PoolRecord& from, std::
 
 VolumeChange VolumeRules::modification(std::uint32_t volumeId, const VirtualVolumeSpec& spec) const {
   const VolumeRecord& current = volume(volumeId);
-  const std::string name = checkedName(spec.name, spec.nameTooLong);
-  const std::string description = checkedDescription(spec.description, spec.descriptionTooLong);
+  const std::string name = checkedName(givenName(spec));
+  const std::string description = checkedDescription(givenDescription(spec));
   const std::uint8_t knob = checkedKnob(spec.knobSetting);
   VolumeChange change;
   if (!name.empty() && name != current.name) {

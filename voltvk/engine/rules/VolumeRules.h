@@ -50,11 +50,15 @@ private:
 
   VolumeRecord heading(const VirtualVolumeSpec& spec) const;
   const PoolRecord& pool(std::uint32_t poolId) const;
+  /** One that is not internal. */
+  const PoolRecord& userPool(std::uint32_t poolId) const;
+  static void checkPoolCount(const VolumeRecord& volume, const VirtualVolumeSpec& spec);
+  static void requirePossibleSize(const VolumeRecord& volume, std::uint64_t chunks);
   void checkNameUnused(const std::string& name) const;
   static void checkTotal(const VolumeRecord& volume, std::uint64_t requested, const std::vector<Part>& parts);
   /** @param parts the one on hard disks first: the addresses of a tiered volume begin there. */
   void lay(VolumeRecord& volume, const std::vector<Part>& parts) const;
-  void addExtents(VolumeRecord& volume, const PoolRecord& from, std::uint64_t chunks) const;
+  void addExtents(VolumeRecord& volume, const Part& part, std::uint64_t chunks) const;
 
   const std::vector<PoolRecord>& m_pools;
   const std::vector<VolumeRecord>& m_volumes;

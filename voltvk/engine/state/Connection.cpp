@@ -61,4 +61,14 @@ void Transaction::commit() {
   m_open = false;
 }
 
+HasteGuard::HasteGuard(Connection& connection) : m_connection(connection) {
+  sqlite3_busy_timeout(connection.handle(), 0);
+  sqlite3_exec(connection.handle(), "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+}
+
+HasteGuard::~HasteGuard() {
+  sqlite3_exec(m_connection.handle(), "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr);
+  sqlite3_busy_timeout(m_connection.handle(), static_cast<int>(BUSY_TIMEOUT.count()));
+}
+
 }  // namespace voltvk

@@ -58,6 +58,18 @@ private:
   bool m_open = true;
 };
 
+/** While it lives, changes of a connection neither wait for other connections nor for the disk. */
+class HasteGuard {
+public:
+  explicit HasteGuard(Connection& connection);
+  ~HasteGuard();
+  HasteGuard(const HasteGuard&) = delete;
+  HasteGuard& operator=(const HasteGuard&) = delete;
+
+private:
+  Connection& m_connection;
+};
+
 }  // namespace voltvk
 
 #endif

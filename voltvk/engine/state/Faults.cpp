@@ -2,6 +2,7 @@
 #include "voltvk/engine/state/Faults.h"
 
 #include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/State.h"
@@ -155,7 +156,7 @@ std::vector<Fault> Faults::list() {
   return faults;
 }
 
-std::uint32_t Faults::apply(State& state, const char* operation) {
+void Faults::apply(State& state, const char* operation) {
   const std::shared_ptr<const Snapshot> snapshot = state.snapshot();
   bool mayEnd = false;
   for (const Fault& fault : snapshot->configuration().faults) {
@@ -170,12 +171,13 @@ std::uint32_t Faults::apply(State& state, const char* operation) {
   }
   const std::optional<Fault> taken = mayEnd ? takeOne(state, operation) : std::nullopt;
   if (!taken) {
-    return TVK_OK;
+    return;
   }
   if (taken->kind == FaultKind::Throw) {
     throw InjectedFault(std::string("injected fault in ") + operation);
   }
-  return taken->status;
+  throw Refusal(
+      static_cast<TvkStatus>(taken->status), "an injected fault has refused this call: " + describeFault(*taken));
 }
 
 }  // namespace voltvk

@@ -75,10 +75,9 @@ public:
   /**
    * What an operation does first: waits, throws or refuses as the faults say, and uses up what holds
    * for one call only.
-   * @throws InjectedFault
-   * @return the status to refuse with; TVK_OK when the operation shall go on.
+   * @throws InjectedFault, or Refusal with the status of a fault
    */
-  static std::uint32_t apply(State& state, const char* operation);
+  static void apply(State& state, const char* operation);
 
 private:
   std::shared_ptr<State> m_state;

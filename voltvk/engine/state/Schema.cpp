@@ -54,6 +54,14 @@ CREATE TABLE fault(
 INSERT INTO setting VALUES('policy_running', 1), ('last_drive_number', -1), ('last_virtual_drive', 0);
 )sql";
 
+// COMPAT: states from before refusals were kept lack this table. They get it when they are opened, and
+// programs from that time do not mind it, so the layout keeps its number.
+constexpr const char* ADDED_TABLES = R"sql(
+CREATE TABLE IF NOT EXISTS last_refusal(
+  id INTEGER PRIMARY KEY CHECK(id = 1), operation TEXT NOT NULL, status INTEGER NOT NULL, detail TEXT NOT NULL,
+  time INTEGER NOT NULL);
+)sql";
+
 // The file takes the room that a full event journal needs at once and gives it out from its free
 // pages, so it does not creep up while events come and go.
 constexpr const char* RESERVE = R"sql(
@@ -121,6 +129,7 @@ void Schema::establish(Connection& connection, const std::string& path) {
   switchToWriteAheadLog(connection);
   connection.execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
                      "PRAGMA wal_autocheckpoint = 128; PRAGMA journal_size_limit = 1048576");
+  connection.execute(ADDED_TABLES);
 }
 
 }  // namespace voltvk

@@ -62,8 +62,8 @@ void State::open() {
     closeConnections();
     if (error.isBusy()) {
       throw Refusal(
-          TVK_BUSY, "the state file " + m_file.path() +
-                        " is locked by another process; end that process and try again");
+          TVK_BUSY, "the state file " + m_file.path() + " is held by another process (" + error.what() +
+                        "); try again when that has ended");
     }
     throw Refusal(
         TVK_NO_DRIVER,
@@ -107,13 +107,16 @@ void State::openConnections() {
 }
 
 void State::fail(const DatabaseError& error) {
+  const std::string file = "the state file " + m_file.path();
   if (error.isBusy()) {
-    throw Refusal(TVK_BUSY, "the state is locked by another process; try again when that has ended");
+    throw Refusal(
+        TVK_BUSY, file + " is held by another process (" + error.what() + "); try again when that has ended");
   }
   if (error.isFileLost()) {
-    m_suspect = true;  // the next call opens the file anew and finds out what is wrong with it
+    m_suspect = true;  // the next call opens the file again and finds out what is wrong with it
   }
-  throw Refusal(TVK_INTERNAL, std::string("the state could not be read or written: ") + error.what());
+  throw Refusal(
+      TVK_INTERNAL, file + " could not be read or written (" + error.what() + "); " + error.advice());
 }
 
 void State::use(
@@ -146,6 +149,17 @@ void State::change(const std::function<void(Connection&)>& work) {
     work(connection);
     transaction.commit();
   });
+}
+
+void State::changeIfIdle(const std::function<void(Connection&)>& work) {
+  std::unique_lock<std::mutex> lock(m_writerMutex, std::try_to_lock);
+  if (!lock || !isUsable(m_writer)) {
+    return;
+  }
+  const HasteGuard haste(*m_writer);
+  Transaction transaction(*m_writer, Transaction::Kind::Change);
+  work(*m_writer);
+  transaction.commit();
 }
 
 std::shared_ptr<const Snapshot> State::snapshot() {

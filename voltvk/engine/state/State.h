@@ -63,6 +63,13 @@ public:
   /** Runs work in a transaction that is committed when work returns and undone when it throws. */
   void change(const std::function<void(Connection&)>& work);
 
+  /**
+   * Does the same for what is not worth waiting for: nothing is done while another thread or process
+   * changes the state, and the disk is not waited for, so a power cut may undo it. A state that cannot be
+   * written is not examined further. Throws DatabaseError as well.
+   */
+  void changeIfIdle(const std::function<void(Connection&)>& work);
+
   /** Appends the events that this process has not seen yet, oldest first. */
   void takeEvents(VolEventCollection& events);
 

@@ -45,16 +45,23 @@ enum TvkStatus : std::uint32_t {
   TVK_INVALID_ARGUMENT = 60      ///< a null record where one is needed
 };
 
+/** Size of the text that says why a call was refused, with the terminating NUL. */
+constexpr unsigned int TVK_DETAIL_SIZE = 512;
+
 /**
- * Outcome of a library call: the status code and its text.
- * A plain value; copies are cheap and independent. Safe to use from any thread.
+ * Outcome of a library call: the status code, its text, and what exactly was wrong.
+ * A plain value without ownership; copies are independent. Safe to use from any thread.
  */
 class VOLTVK_EXPORT Ret {
 public:
   /** Success. */
   Ret();
-  /** @param status a TvkStatus, or any code that an injected fault asks for. */
-  explicit Ret(std::uint32_t status);
+  /**
+   * @param status a TvkStatus, or any code that an injected fault asks for
+   * @param detail a sentence in UTF-8, copied; what does not fit is cut between two characters. Null is
+   *   the same as empty
+   */
+  explicit Ret(std::uint32_t status, const char* detail = nullptr);
   Ret(const Ret& other);
   Ret& operator=(const Ret& other);
 
@@ -62,9 +69,16 @@ public:
   std::uint32_t getReturn() const { return m_status; }
   /** An English sentence for the code, without a final stop; never null, valid for ever. */
   const char* getText() const;
+  /**
+   * What was wrong, with what, and what to do: one line of UTF-8 with the names and numbers concerned, of
+   * at most TVK_DETAIL_SIZE - 1 bytes. Empty for success, and where nothing more than the code is known.
+   * Never null; valid as long as this object.
+   */
+  const char* getDetail() const { return m_detail; }
 
 private:
-  std::uint32_t m_status;
+  std::uint32_t m_status;  // first, so that callers who know nothing of the detail find it
+  char m_detail[TVK_DETAIL_SIZE];
 };
 
 /** The text of a status code; never null, also for a code that is not in TvkStatus. */

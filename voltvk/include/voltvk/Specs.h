@@ -37,6 +37,8 @@ struct VOLTVK_EXPORT VirtualPoolSpec {
   std::uint64_t chunkSizeInSectors;  ///< one of the supported chunk sizes
   std::uint8_t tierLevel;            ///< TvkTierLevel
   std::uint32_t poolFlag;            ///< TvkPoolType
+  std::uint32_t nameBytes;           ///< of a name that is too long: all its bytes, or 0; for messages only
+  std::uint32_t descriptionBytes;    ///< the same of the description
 };
 
 /** One pool of a volume and what to take from it, in sectors of 512 bytes. */
@@ -66,6 +68,8 @@ struct VOLTVK_EXPORT VirtualVolumeSpec {
   std::uint32_t numPoolSizes;              ///< how many sizes were listed (may exceed the array)
   std::uint8_t featureType1;               ///< TvkVolumeType
   std::uint32_t knobSetting;               ///< TvkKnob
+  std::uint32_t nameBytes;                 ///< as in VirtualPoolSpec
+  std::uint32_t descriptionBytes;
 };
 
 /** Copies a text into a fixed field, NUL-terminated. @return false when it had to be cut. */

@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_RULES_WORDING_H
+#define VOLTVK_ENGINE_RULES_WORDING_H
+
+#include "voltvk/engine/state/Records.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace voltvk {
+
+/*
+ * The parts of the sentences that say why a request is refused. What names hold is made fit for one line
+ * by Refusal, once for the whole sentence.
+ */
+
+/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added, since it may stand beside another. */
+std::string sizeText(std::uint64_t sectors);
+
+/** "1 drive", "3 drives". */
+std::string counted(std::uint64_t number, std::string_view noun);
+
+/** "a, b and c". */
+std::string enumerated(const std::vector<std::string>& texts);
+
+/** "drive 3 (/dev/sdb)". */
+std::string nameOf(const DriveRecord& drive);
+/** "pool 2 (fast)". */
+std::string nameOf(const PoolRecord& pool);
+/** "volume 1 (data)". */
+std::string nameOf(const VolumeRecord& volume);
+
+/** "an SSD" or "a hard disk". */
+std::string kindOf(const DriveRecord& drive);
+/** "1 (hard disks)", "3 (SSDs)", or the number alone for a level that there is not. */
+std::string tierText(std::uint32_t tierLevel);
+
+/** "no pool has the number 9", or that the request names none. @param noun "pool" or "volume" */
+std::string missing(std::string_view noun, std::uint32_t id);
+
+}  // namespace voltvk
+
+#endif
