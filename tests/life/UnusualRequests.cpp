@@ -51,7 +51,10 @@ void askWithoutArguments(Life& life) {
     life.step(name + " without arguments", [&](Provider& provider) {
       host::Request request(life.broker());
       const CMPIStatus status = call(provider);
-      return host::Outcome{status.rc, status.msg == nullptr ? "" : host::Request::read(status.msg)};
+      host::Outcome outcome;
+      outcome.rc = status.rc;
+      outcome.message = status.msg == nullptr ? "" : host::Request::read(status.msg);
+      return outcome;
     });
   };
   ask("enumerateInstances", [](Provider& provider) {
