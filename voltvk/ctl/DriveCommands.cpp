@@ -67,11 +67,11 @@ void addDriveCommands(CLI::App& app, Context& context) {
   drive->add_subcommand("list", "List the drives of the machine and the virtual ones")->callback([&context] {
     context.output.writeList(
         listDrives(*context.state()),
-        {{"number", "NUMBER"},
+        {{"number", "NUMBER", true},
          {"name", "NAME"},
          {"type", "TYPE"},
          {"origin", "ORIGIN"},
-         {"size", "SIZE"},
+         {"size", "SIZE", true},
          {"status", "STATUS"},
          {"used", "USED"},
          {"model", "MODEL"},

@@ -45,7 +45,7 @@ void addEventsCommand(CLI::App& app, Context& context) {
     });
     context.output.writeList(
         list,
-        {{"id", "ID"}, {"time", "TIME"}, {"hex", "CODE"}, {"type", "TYPE"}, {"description", "DESCRIPTION"}},
+        {{"id", "ID", true}, {"time", "TIME"}, {"hex", "CODE"}, {"type", "TYPE"}, {"description", "DESCRIPTION"}},
         "No events.");
   });
 }

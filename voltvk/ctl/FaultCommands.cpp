@@ -94,8 +94,8 @@ void addFaultCommands(CLI::App& app, Context& context) {
         list,
         {{"kind", "KIND"},
          {"operation", "OPERATION"},
-         {"status", "STATUS"},
-         {"milliseconds", "MILLISECONDS"}},
+         {"status", "STATUS", true},
+         {"milliseconds", "MILLISECONDS", true}},
         "No faults.");
   });
 }

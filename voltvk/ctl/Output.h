@@ -12,6 +12,13 @@ namespace voltvk::ctl {
 /** Keeps the order in which members are added. */
 using Json = nlohmann::ordered_json;
 
+/** A column of a table: the member of each object that it shows. */
+struct Column {
+  const char* member;
+  const char* heading;
+  bool numbers = false;  ///< aligned to the right
+};
+
 /** Where commands write what they have to tell. Machine output is one JSON document and nothing else. */
 class Output {
 public:
@@ -25,12 +32,10 @@ public:
 
   /**
    * Writes a list of objects: in the form "json" as it is, else as a table.
-   * @param columns member name and heading of each column
    * @param whenEmpty what to say in place of an empty table
    */
   void writeList(
-      const Json& list, const std::vector<std::pair<const char*, const char*>>& columns,
-      const std::string& whenEmpty) const;
+      const Json& list, const std::vector<Column>& columns, const std::string& whenEmpty) const;
 };
 
 }  // namespace voltvk::ctl

@@ -82,7 +82,7 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
   const CommandResult tree = tvpcim({"tree"});
   EXPECT_THAT(
       tree.out,
-      HasSubstr("records (Tiered)  11 GiB\n├─ pool 1 slow (Hard Disk)  50 GiB, 20% used\n│  └─ drive "));
+      HasSubstr("records (Tiered)  11 GiB\n├─ pool 1 slow (Hard Disk)  50 GiB, 20% used\n│ └─ drive "));
 
   EXPECT_THAT(hintOf({"pool", "delete", "slow"}), HasSubstr("pool 1 (slow) is used by volume 1 (records); delete what uses it first"));
   answer({"volume", "delete", "records"});
@@ -103,7 +103,7 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
   EXPECT_EQ(volume.at("CapacityInSectors"), 40 * GIB);
   EXPECT_EQ(volume.at("KnobSetting"), 3);
   EXPECT_EQ(answer({"pools"}).size(), 1U) << "the internal pool is not listed";
-  EXPECT_THAT(tvpcim({"tree"}).out, HasSubstr("(internal)  40 GiB, 100% used\n   └─ drive " + m_hardDisk));
+  EXPECT_THAT(tvpcim({"tree"}).out, HasSubstr("(internal)  40 GiB, 100% used\n  └─ drive " + m_hardDisk));
 
   voltvkctl({"io", "quick", "--writes", "20", "--hot", "100"});
   EXPECT_EQ(answer({"volume", "flush", "quick"}).at("RetStat"), 0);

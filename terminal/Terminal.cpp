@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/output/Terminal.h"
+#include "terminal/Terminal.h"
 
 #include <cstdlib>
 #include <string>
@@ -7,7 +7,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-namespace tvp::host::tvpcim {
+namespace tvp::terminal {
 namespace {
 
 constexpr std::size_t USUAL_COLUMNS = 80;
@@ -39,4 +39,4 @@ Terminal Terminal::ofStandardOutput() {
   return terminal;
 }
 
-}  // namespace tvp::host::tvpcim
+}  // namespace tvp::terminal

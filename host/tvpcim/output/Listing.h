@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef HOST_TVPCIM_STORAGE_LISTING_H
-#define HOST_TVPCIM_STORAGE_LISTING_H
+#ifndef HOST_TVPCIM_OUTPUT_LISTING_H
+#define HOST_TVPCIM_OUTPUT_LISTING_H
 
 #include "host/schema/Schema.h"
 #include "host/schema/Value.h"

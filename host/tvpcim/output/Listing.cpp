@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/Listing.h"
+#include "host/tvpcim/output/Listing.h"
 
 #include "host/schema/Names.h"
 #include "host/schema/ObjectPathText.h"

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef HOST_TVPCIM_OUTPUT_TERMINAL_H
-#define HOST_TVPCIM_OUTPUT_TERMINAL_H
+#ifndef TERMINAL_TERMINAL_H
+#define TERMINAL_TERMINAL_H
 
 #include <cstddef>
 #include <limits>
 
-namespace tvp::host::tvpcim {
+namespace tvp::terminal {
 
-/** What standard output can take. A plain value. */
+/** What standard output can show. A plain value. */
 struct Terminal {
   static constexpr std::size_t UNLIMITED = std::numeric_limits<std::size_t>::max();
 
-  std::size_t columns = UNLIMITED;  ///< UNLIMITED when output is no terminal: nothing is cut in files
+  std::size_t columns = UNLIMITED;  ///< UNLIMITED unless output is a terminal: nothing is cut in files
   bool colour = false;              ///< a terminal, and NO_COLOR is not set
 
   /** Standard output of this process; the columns are those of the terminal, else of COLUMNS, else 80. */
   static Terminal ofStandardOutput();
 };
 
-}  // namespace tvp::host::tvpcim
+}  // namespace tvp::terminal
 
 #endif
