@@ -3,8 +3,9 @@
 #define TERMINAL_WIDTH_H
 
 #include <cstddef>
-#include <locale.h>
 #include <string>
+
+#include <locale.h>
 
 namespace tvp::terminal {
 
@@ -23,7 +24,8 @@ private:
   locale_t m_before;
 };
 
-/** The columns of a terminal that a line takes; control characters and bytes that are not UTF-8 count as 1. */
+/** The columns of a terminal that a line takes; control characters and bytes that are not UTF-8 count as 1.
+ */
 std::size_t displayWidth(const std::string& text);
 /** The line cut to so many columns, an ellipsis in the last one when something was cut. */
 std::string cutToWidth(const std::string& text, std::size_t columns);

@@ -74,9 +74,6 @@ Instance answerOf(const std::string& method, const MethodOutcome& outcome);
 /** @throws UsageError with names that are near, for an unknown property. */
 const SchemaProperty& propertyNamed(const SchemaClass& schemaClass, const std::string& name);
 
-/** What the provider told the object manager's log during a request, in one line; empty when nothing. */
-std::string remarksOf(const Outcome& outcome);
-
 }  // namespace tvp::host::tvpcim
 
 #endif

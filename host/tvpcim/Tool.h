@@ -13,7 +13,8 @@
 
 namespace tvp::host::tvpcim {
 
-/** What every verb works with: the options, the way to the provider, the storage and the two outputs. One thread. */
+/** What every verb works with: the options, the way to the provider, the storage and the two outputs. One
+ * thread. */
 class Tool {
 public:
   Tool();

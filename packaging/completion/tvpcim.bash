@@ -25,7 +25,7 @@ _tvpcim() {
     esac
   done
   case ${COMP_WORDS[COMP_CWORD - 1]} in
-    -o | --output) candidates='table json mof' ;;
+    -o | --output) candidates=$(tvpcim --help 2>/dev/null | sed -n '/--output/s/.*{\(.*\)}.*/\1/p' | tr , ' ') ;;
     --tier) candidates='ssd hdd' ;;
     --type) candidates='tiered cached' ;;
     --knob) candidates='aggressive normal passive' ;;

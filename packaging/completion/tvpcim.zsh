@@ -2,7 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 local curcontext=$curcontext state line
 _arguments -C \
-  '(-o --output)'{-o,--output}'[form of the answer]:form:(table json mof)' \
+  '(-o --output)'{-o,--output}"[output format]:format:($(tvpcim --help 2>/dev/null |
+    sed -n '/--output/s/.*{\(.*\)}.*/\1/p' | tr , ' '))" \
   '--wide[show every column]' \
   '--user[user name of the requests]:user:_users' \
   '--provider[library of the provider]:file:_files' \

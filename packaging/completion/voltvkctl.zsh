@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 local curcontext=$curcontext state line
 _arguments -C \
-  '(-o --output)'{-o,--output}'[form of the output]:form:(table json)' \
+  '(-o --output)'{-o,--output}'[output format]:format:(table json)' \
   '--help[show the options]' \
   '--version[show the version]' \
   '1:command:((status\:"what there is" drive\:"list, add and remove drives" fault\:"make things go wrong"

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <regex>
 #include <sstream>
 
@@ -72,7 +73,11 @@ protected:
                                "COMP_WORDS=(" + line + " '" + prefix +
                                "')\nCOMP_CWORD=" + std::to_string(words.size() + 1) + "\n" + function +
                                "\necho \"${COMPREPLY[*]}\"\n";
-    return Command({"/bin/bash", "-c", script}).run().out;
+    const char* path = std::getenv("PATH");
+    return Command({"/bin/bash", "-c", script})
+        .with("PATH", TVP_BINARY_DIR "/bin:" + std::string(path == nullptr ? "" : path))
+        .run()
+        .out;
   }
 
   void check(const std::vector<std::string>& words) {
@@ -104,6 +109,22 @@ protected:
 
 TEST_P(CommandReferenceTest, EveryVerbAndOptionIsInTheManPageAndTheCompletions) {
   check({});
+}
+
+TEST_P(CommandReferenceTest, EveryOutputFormatIsInTheManPageAndTheCompletions) {
+  const std::string help = Command({GetParam().program, "--help"}).run().out;
+  std::smatch found;
+  if (!std::regex_search(help, found, std::regex(R"(--output \S*\{([a-z,]+)\})"))) {
+    EXPECT_EQ(help.find("--output"), std::string::npos) << help;
+    return;
+  }
+  const std::string man = readFile(manPage());
+  const std::string completed = completions({"-o"}, "");
+  std::istringstream formats(found[1]);
+  for (std::string format; std::getline(formats, format, ',');) {
+    EXPECT_TRUE(hasWord(man, format)) << "man page: " << format;
+    EXPECT_TRUE(hasWord(completed, format)) << "bash: " << format;
+  }
 }
 
 TEST_P(CommandReferenceTest, TheManPageHasItsSectionsAndNoErrors) {

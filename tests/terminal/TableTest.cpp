@@ -15,10 +15,10 @@ TEST(Width, OfATextIsMeasuredAndCutInColumns) {
     std::size_t columns;
     const char* cut;
   } cases[] = {
-      {"drive", 5, 5, "drive"},   {"drive", 5, 4, "dri…"},
-      {"drive", 5, 1, "…"},       {"drive", 5, 0, ""},
-      {"日本語", 6, 6, "日本語"}, {"日本語", 6, 5, "日本…"},
-      {"日本語", 6, 4, "日…"},    {"e\xcc\x81t", 2, 2, "e\xcc\x81t"},
+      {"drive", 5, 5, "drive"},     {"drive", 5, 4, "dri…"},
+      {"drive", 5, 1, "…"},         {"drive", 5, 0, ""},
+      {"日本語", 6, 6, "日本語"},   {"日本語", 6, 5, "日本…"},
+      {"日本語", 6, 4, "日…"},      {"e\xcc\x81t", 2, 2, "e\xcc\x81t"},
       {"\xff\xfe!", 3, 2, "\xff…"},
   };
   for (const auto& [text, width, columns, cut] : cases) {

@@ -40,9 +40,10 @@ void addSetCommands(CLI::App& set, Context& context) {
       command->add_option("OPERATION", fault->operation, "Operation, such as createVirtualPool")->required();
     }
     if (KINDS[i] == FaultKind::Fail) {
-      command->add_option("--status", fault->status, "Status that the call answers (default 3)");
+      command->add_option("--status", fault->status, "Status that the call returns (default 3)");
     } else if (KINDS[i] == FaultKind::Slow) {
-      command->add_option("--milliseconds", fault->milliseconds, "How much longer it takes")->required();
+      command->add_option("--milliseconds", fault->milliseconds, "How much longer each call takes")
+          ->required();
     }
     command->callback([fault, &context] { setFault(*fault, context); });
   }

@@ -18,10 +18,11 @@
 namespace tvp::host::tvpcim {
 
 const char* const ARGUMENT_HELP =
-    "Values: the type of each NAME comes from the schema. A text is all that follows the equals sign.\n"
+    "Values: the type of each NAME comes from the schema. A string is all that follows the equals sign.\n"
     "Numbers are decimal or begin with 0x, booleans are true or false, date-times have the 25 characters\n"
     "of CIM, references are paths. Arrays are written NAME=1,2,3 or as JSON, NAME='[\"a, b\",\"c\"]', which\n"
-    "texts that hold a comma need; NAME= is an empty array. null is the null value of any type but string.";
+    "strings that contain a comma need; NAME= is an empty array. null is the null value of any type but "
+    "string.";
 
 namespace {
 

@@ -128,8 +128,10 @@ void add(
   if (takes == Takes::Values) {
     help += (ofPath ? "\n" : "") + std::string(ARGUMENT_HELP);
   }
-  CLI::App& verb = addVerb(app, tool, name, summary, help, [&tool, options, action] { action(tool, *options); });
-  verb.add_option(ofPath ? "PATH" : "CLASS", options->object, ofPath ? "The path of the instance" : "The class")
+  CLI::App& verb =
+      addVerb(app, tool, name, summary, help, [&tool, options, action] { action(tool, *options); });
+  verb.add_option(
+          ofPath ? "PATH" : "CLASS", options->object, ofPath ? "The path of the instance" : "The class")
       ->required();
   if (takes == Takes::Values) {
     verb.add_option("NAME=VALUE", options->values, "Properties and their values")->required();

@@ -104,9 +104,11 @@ void showClass(Tool& tool, const std::string& className) {
 void addSchemaCommands(CLI::App& app, Tool& tool) {
   addVerb(app, tool, "classes", "List the classes", "", [&tool] { listClasses(tool); });
   auto className = std::make_shared<std::string>();
-  addVerb(app, tool, "mof", "Show the declaration of a class, in MOF or with -o json", "", [&tool, className] {
-    showClass(tool, *className);
-  }).add_option("CLASS", *className, "The class")->required();
+  addVerb(
+      app, tool, "mof", "Show the declaration of a class, in MOF or with -o json", "",
+      [&tool, className] { showClass(tool, *className); })
+      .add_option("CLASS", *className, "The class")
+      ->required();
 }
 
 }  // namespace tvp::host::tvpcim

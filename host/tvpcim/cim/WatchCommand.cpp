@@ -150,9 +150,10 @@ private:
     std::array<pollfd, 2> files = {pollfd{signals, POLLIN, 0}, pollfd{m_wake, POLLIN, 0}};
     for (;;) {
       const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
-      const auto wait = m_options.seconds == 0
-                            ? -1
-                            : static_cast<int>(std::min<long long>(std::max<long long>(left + 1, 0), 1000000));
+      const auto wait =
+          m_options.seconds == 0
+              ? -1
+              : static_cast<int>(std::min<long long>(std::max<long long>(left + 1, 0), 1000000));
       const int ready = ::poll(files.data(), files.size(), wait);
       if (ready > 0 || (ready < 0 && errno != EINTR) || (m_options.seconds != 0 && Clock::now() >= end)) {
         return;
@@ -179,8 +180,10 @@ void addWatchCommand(CLI::App& app, Tool& tool) {
       "With -o json every indication is one object on one line.",
       [&tool, options] { Watcher(tool, *options).watch(); });
   verb.add_option("CLASS", options->className, "The class of the indications")->capture_default_str();
-  verb.add_option("--count", options->count, "End after so many indications")->check(CLI::Range(1, 100000000));
-  verb.add_option("--seconds", options->seconds, "End after so many seconds")->check(CLI::Range(1, 100000000));
+  verb.add_option("--count", options->count, "End after so many indications")
+      ->check(CLI::Range(1, 100000000));
+  verb.add_option("--seconds", options->seconds, "End after so many seconds")
+      ->check(CLI::Range(1, 100000000));
 }
 
 }  // namespace tvp::host::tvpcim

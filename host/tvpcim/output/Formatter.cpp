@@ -31,8 +31,8 @@ std::string Formatter::declaration(const SchemaClass& schemaClass, const Instanc
   return mofClass(schemaClass);
 }
 
-std::string Formatter::declarations(
-    const std::vector<const SchemaClass*>& /*classes*/, const Listing& summaries) const {
+std::string
+Formatter::declarations(const std::vector<const SchemaClass*>& /*classes*/, const Listing& summaries) const {
   return listing(summaries);
 }
 

@@ -60,8 +60,8 @@ public:
     }
     return result;
   }
-  std::string declarations(
-      const std::vector<const SchemaClass*>& classes, const Listing& /*summaries*/) const override {
+  std::string
+  declarations(const std::vector<const SchemaClass*>& classes, const Listing& /*summaries*/) const override {
     std::string result;
     for (const SchemaClass* schemaClass : classes) {
       result += mofClass(*schemaClass) + "\n";

@@ -3,19 +3,20 @@
 
 #include "host/schema/Names.h"
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/output/Text.h"
 #include "host/tvpcim/output/Listing.h"
+#include "host/tvpcim/output/Text.h"
 
 #include <algorithm>
 #include <optional>
 
 namespace tvp::host::tvpcim {
 
-const ObjectKind Drive::KIND = {"TVP_LogicalDevice", "DeviceNumber", "DeviceName", "drive", "drives", nullptr};
-const ObjectKind Pool::KIND = {"TVP_VirtualPool", "VirtualPoolId", "Name", "pool", "pools",
-                               "GetVirtualPoolMembers"};
-const ObjectKind Volume::KIND = {"TVP_VirtualVolume", "VirtualVolumeId", "VolumeName", "volume", "volumes",
-                                 "GetVirtualVolumeMembers"};
+const ObjectKind Drive::KIND = {
+    "TVP_LogicalDevice", "DeviceNumber", "DeviceName", "drive", "drives", nullptr};
+const ObjectKind Pool::KIND = {"TVP_VirtualPool", "VirtualPoolId",        "Name", "pool",
+                               "pools",           "GetVirtualPoolMembers"};
+const ObjectKind Volume::KIND = {"TVP_VirtualVolume", "VirtualVolumeId",        "VolumeName", "volume",
+                                 "volumes",           "GetVirtualVolumeMembers"};
 
 namespace {
 
@@ -77,11 +78,13 @@ const Instance* Inventory::identity() {
 }
 
 const Instance* Inventory::byNumber(const ObjectKind& kind, std::uint64_t number) {
-  return firstOf(instances(kind), [&](const Instance& instance) { return numberOf(instance, kind.number) == number; });
+  return firstOf(
+      instances(kind), [&](const Instance& instance) { return numberOf(instance, kind.number) == number; });
 }
 
 const Instance* Inventory::byName(const ObjectKind& kind, const std::string& name) {
-  return firstOf(instances(kind), [&](const Instance& instance) { return textOf(instance, kind.name) == name; });
+  return firstOf(
+      instances(kind), [&](const Instance& instance) { return textOf(instance, kind.name) == name; });
 }
 
 std::uint32_t Inventory::resolve(const ObjectKind& kind, const std::string& text) {

@@ -21,8 +21,8 @@ struct ObjectKind {
   const char* number;  ///< the property that identifies it
   const char* name;
   const char* noun;
-  const char* nouns;           ///< the plural, which is also the verb that lists them
-  const char* membersMethod;   ///< of the tier service; null when it has no members
+  const char* nouns;          ///< the plural, which is also the verb that lists them
+  const char* membersMethod;  ///< of the tier service; null when it has no members
 };
 
 /** A drive as its instance describes it; capacities in sectors here and below. */

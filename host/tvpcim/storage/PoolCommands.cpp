@@ -68,8 +68,8 @@ void createPool(Tool& tool, const PoolOptions& options) {
   const std::uint64_t size = parseSectors(options.size);
   const std::uint64_t chunk = parseSectors(options.chunk);
   const Value::List drives = drivesOf(tool, options.drives);
-  const std::uint8_t tier = options.tier.empty() ? tierOfDrive(tool, drives.front().asUnsigned())
-                                                 : tierLevelOf(options.tier);
+  const std::uint8_t tier =
+      options.tier.empty() ? tierOfDrive(tool, drives.front().asUnsigned()) : tierLevelOf(options.tier);
   Arguments arguments;
   arguments.add("Name", Value::string(options.name))
       .add("Description", Value::string(options.description))
@@ -139,9 +139,10 @@ void addCreation(CLI::App& family, Tool& tool) {
 
 void addModification(CLI::App& family, Tool& tool) {
   auto options = std::make_shared<PoolOptions>();
-  CLI::App& verb = addVerb(
-      family, tool, "modify", "Change the name, tier or description of a pool", "",
-      [&tool, options] { modifyPool(tool, *options); });
+  CLI::App& verb =
+      addVerb(family, tool, "modify", "Change the name, tier or description of a pool", "", [&tool, options] {
+        modifyPool(tool, *options);
+      });
   verb.add_option("POOL", options->pool, "Name or identifier of the pool")->required();
   verb.add_option("--name", options->name, "New name")->type_name("WORDS");
   verb.add_option("--tier", options->tier, "New tier: ssd or hdd")->check(CLI::IsMember({"ssd", "hdd"}));

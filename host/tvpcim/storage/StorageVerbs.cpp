@@ -39,7 +39,8 @@ void addObjectVerb(
   std::transform(argument.begin(), argument.end(), argument.begin(), [](unsigned char letter) {
     return static_cast<char>(std::toupper(letter));
   });
-  addVerb(family, tool, name, summary, "", [&tool, object, action = std::move(action)] { action(tool, *object); })
+  addVerb(
+      family, tool, name, summary, "", [&tool, object, action = std::move(action)] { action(tool, *object); })
       .add_option(argument, *object, std::string("Name or identifier of the ") + kind.noun)
       ->required();
 }
@@ -47,7 +48,7 @@ void addObjectVerb(
 std::uint8_t driveNumber(Tool& tool, const std::string& text) {
   const std::uint32_t number = tool.inventory().resolve(Drive::KIND, text);
   if (number > LARGEST_DRIVE) {
-    throw UsageError(text::quoted(text) + " is not the number of a drive: these go from 0 to 255");
+    throw UsageError(text::quoted(text) + " is not a drive number; drive numbers are 0 to 255");
   }
   return static_cast<std::uint8_t>(number);
 }

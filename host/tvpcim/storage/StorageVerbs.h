@@ -22,8 +22,7 @@ std::uint8_t driveNumber(Tool& tool, const std::string& text);
 /** Prints all objects of a kind, with a notice when there are none because no driver answers. */
 void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns);
 /** Prints the members of an object. @throws OperationError when there is no such object */
-void printMembers(
-    Tool& tool, const ObjectKind& kind, const std::string& object, std::vector<Column> columns);
+void printMembers(Tool& tool, const ObjectKind& kind, const std::string& object, std::vector<Column> columns);
 /** Prints a notice when no driver answers. */
 void noticeMissingDriver(Tool& tool);
 

@@ -141,9 +141,9 @@ void showTree(Tool& tool) {
 }  // namespace
 
 void addTreeCommand(CLI::App& app, Tool& tool) {
-  addVerb(app, tool, "tree", "Show which drives and pools each volume uses, and how full they are", "", [&tool] {
-    showTree(tool);
-  });
+  addVerb(
+      app, tool, "tree", "Show which drives and pools each volume uses, and how full they are", "",
+      [&tool] { showTree(tool); });
 }
 
 }  // namespace tvp::host::tvpcim

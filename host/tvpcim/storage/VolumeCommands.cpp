@@ -209,12 +209,12 @@ void addVolumeCommands(CLI::App& app, Tool& tool) {
   addCaching(family, tool);
   addModification(family, tool);
   addObjectVerb(
-      family, tool, Volume::KIND, "delete", "Delete a volume; one made with 'volume cache' frees its drive too",
-      deleteVolume);
+      family, tool, Volume::KIND, "delete",
+      "Delete a volume; one made with 'volume cache' frees its drive too", deleteVolume);
   const auto addCall = [&](const char* name, const char* summary, const char* method) {
-    addObjectVerb(
-        family, tool, Volume::KIND, name, summary,
-        [method](Tool& own, const std::string& object) { callOnVolume(own, method, object); });
+    addObjectVerb(family, tool, Volume::KIND, name, summary, [method](Tool& own, const std::string& object) {
+      callOnVolume(own, method, object);
+    });
   };
   addCall("flush", "Write the cache of a cached volume back", "FlushVirtualVolume");
   addCall("stats", "Show the statistics of a volume", "GetVirtualVolumeStats");

@@ -21,8 +21,8 @@ using test::linesOf;
 using testing::HasSubstr;
 using testing::Not;
 
-std::unique_ptr<const Formatter>
-formatter(const char* format, std::size_t columns = Terminal::UNLIMITED, bool colour = false, bool wide = false) {
+std::unique_ptr<const Formatter> formatter(
+    const char* format, std::size_t columns = Terminal::UNLIMITED, bool colour = false, bool wide = false) {
   return makeFormatter(format, {{columns, colour}, wide});
 }
 
@@ -112,8 +112,7 @@ TEST(Formatters, ListPathsWhole) {
   path.className = "TVP_Thing";
   path.keys = {{"Name", Value::string(std::string(200, 'n'))}, {"Number", Value::uint32(7)}};
   const std::string text = "root/kvs/tvp/smi_15:TVP_Thing.Name=\"" + std::string(200, 'n') + "\",Number=7";
-  EXPECT_EQ(formatter("table", 40)->paths("names", {path}), text + "\n")
-      << "a path is there to be copied";
+  EXPECT_EQ(formatter("table", 40)->paths("names", {path}), text + "\n") << "a path is there to be copied";
   EXPECT_EQ(formatter("table")->paths("names", {}), "No names.\n");
   EXPECT_EQ(ordered_json::parse(formatter("json")->paths("names", {path})), ordered_json::array({text}));
   EXPECT_EQ(formatter("mof")->paths("names", {path}), "// " + text + "\n");
@@ -181,15 +180,15 @@ TEST(Formatters, ShowATree) {
        Value::instance(node("right", 0, 0, {}))});
   EXPECT_EQ(
       formatter("table")->tree({root}), "pool 7 top  1 MiB, 50% used\n"
-                                            "├─ pool 7 left  2 KiB, 0% used\n"
-                                            "│ └─ pool 7 leaf  2 KiB, 100% used\n"
-                                            "└─ pool 7 right  0 B\n");
+                                        "├─ pool 7 left  2 KiB, 0% used\n"
+                                        "│ └─ pool 7 leaf  2 KiB, 100% used\n"
+                                        "└─ pool 7 right  0 B\n");
   const ordered_json parsed = ordered_json::parse(formatter("json")->tree({root}));
   EXPECT_EQ(parsed.at(0).at("Children").at(0).at("Children").at(0).at("Name"), "leaf");
   EXPECT_THAT(
       formatter("mof")->tree({root}), HasSubstr("  Name = \"right\";\n  Detail = NULL;\n"
-                                                    "  SizeInSectors = 0;\n  UsedInSectors = 0;\n"
-                                                    "  Level = 1;\n"));
+                                                "  SizeInSectors = 0;\n  UsedInSectors = 0;\n"
+                                                "  Level = 1;\n"));
 }
 
 }  // namespace
