@@ -111,10 +111,10 @@ unsigned int TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
     ssdPool.poolId = ssdPoolId;
     ssdPool.capacityInSectors = ssdCapacity;
     VirtualVolumeSpec volume;
-    tvkSetText(volume.name, TVK_NAME_SIZE, cutToSize(std::move(volumeName), TVK_NAME_SIZE - 1).c_str());
+    tvkSetText(volume.name, TVK_NAME_SIZE, cutToSize(std::move(volumeName), TVK_LONGEST_NAME).c_str());
     tvkSetText(
         volume.description, TVK_DESCRIPTION_SIZE,
-        cutToSize(std::move(text), TVK_DESCRIPTION_SIZE - 1).c_str());
+        cutToSize(std::move(text), TVK_LONGEST_DESCRIPTION).c_str());
     volume.featureType1 = kind;
     volume.knobSetting = knobSetting;
     // An adapter of its own, so that nothing that the shared one holds can get into the way.

@@ -32,8 +32,8 @@ public:
 
   /**
    * Creates a cached volume together with its internal pool.
-   * @param volumeName its first 31 bytes are used, cut at a character boundary
-   * @param text the description, likewise its first 63 bytes
+   * @param volumeName its first TVK_LONGEST_NAME bytes are used, cut at a character boundary
+   * @param text the description, likewise its first TVK_LONGEST_DESCRIPTION bytes
    * @param kind kind of the volume (TvkVolumeType)
    * @param ssdCapacity sectors to take from the SSD pool
    * @param internalPool the pool to make of the cached drive; its identifier is set

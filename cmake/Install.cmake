@@ -24,9 +24,7 @@ endfunction()
 # The indication class alone, for the namespace that indications are delivered in: the other classes of the schema are
 # not served there.
 function(tvp_extract_indication_class)
-  set(schema ${PROJECT_SOURCE_DIR}/schema/TVP.mof)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${schema})
-  file(READ ${schema} text)
+  file(READ ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof text)
   string(FIND "${text}" "class TVP_CIMIndication" declaration)
   string(SUBSTRING "${text}" 0 ${declaration} before)
   string(FIND "${before}" "\n};" start REVERSE)
@@ -36,7 +34,7 @@ function(tvp_extract_indication_class)
   endif()
   string(FIND "${text}" "\n};" end)
   if(declaration EQUAL -1 OR end EQUAL -1)
-    message(FATAL_ERROR "schema/TVP.mof: no class TVP_CIMIndication that ends with '};' on a line of its own")
+    message(FATAL_ERROR "schema/TVP.mof.in: no class TVP_CIMIndication that ends with '};' on a line of its own")
   endif()
   string(SUBSTRING "${text}" 0 ${end} text)
   string(STRIP "${text}" text)
@@ -51,7 +49,7 @@ install(TARGETS tarvexProProvider VOLTVK LIBRARY DESTINATION ${CMAKE_INSTALL_LIB
 install(TARGETS voltvkctl RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
 install(TARGETS tvpcim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
 install(PROGRAMS ${CMAKE_BINARY_DIR}/sbin/tvp-register DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
-install(FILES schema/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
+install(FILES ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
   DESTINATION ${TVP_SHARED_FOLDER} COMPONENT provider)
 install(FILES schema/pegasus/TVPRegistration.mof DESTINATION ${TVP_SHARED_FOLDER}/pegasus COMPONENT provider)
 install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_FOLDER}/sfcb COMPONENT provider)

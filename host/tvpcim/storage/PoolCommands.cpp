@@ -11,8 +11,6 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-constexpr std::size_t MOST_DRIVES = 255;
-
 struct PoolOptions {
   std::string pool;  ///< of a pool that is there: its name or identifier
   std::string name;
@@ -40,10 +38,11 @@ Value::List drivesOf(Tool& tool, const std::string& text) {
   for (std::string word; std::getline(words, word, ',');) {
     drives.push_back(Value::uint8(driveNumber(tool, std::string(text::trimmed(word)))));
   }
-  if (drives.empty() || drives.size() > MOST_DRIVES) {
+  if (drives.empty() || drives.size() > LARGEST_DRIVE) {
     throw UsageError(
-        drives.empty() ? "--drives names no drive; see 'tvpcim drives'"
-                       : "--drives names more than 255 drives; a pool has fewer");
+        drives.empty()
+            ? "--drives names no drive; see 'tvpcim drives'"
+            : "--drives names more than " + std::to_string(LARGEST_DRIVE) + " drives; a pool has fewer");
   }
   return drives;
 }
@@ -124,7 +123,7 @@ void addCreation(CLI::App& family, Tool& tool) {
       family, tool, "create", "Create a pool of drives of one kind",
       "Example: tvpcim pool create gold --drives 3,4 --tier ssd --size 100GiB",
       [&tool, options] { createPool(tool, *options); });
-  verb.add_option("NAME", options->name, "Name of the pool, 1 to 31 bytes")->required();
+  verb.add_option("NAME", options->name, helpOnName("pool"))->required();
   verb.add_option("--drives", options->drives, "Numbers or device names of the drives, separated by commas")
       ->type_name("DRIVE,...")
       ->required();
@@ -134,7 +133,7 @@ void addCreation(CLI::App& family, Tool& tool) {
   verb.add_option("--tier", options->tier, "ssd or hdd; default: what the drives are")
       ->check(CLI::IsMember({"ssd", "hdd"}));
   verb.add_option("--chunk", options->chunk, "Size of a chunk")->type_name("SIZE")->capture_default_str();
-  verb.add_option("--description", options->description, "Description, up to 63 bytes")->type_name("WORDS");
+  verb.add_option("--description", options->description, helpOnDescription())->type_name("WORDS");
 }
 
 void addModification(CLI::App& family, Tool& tool) {

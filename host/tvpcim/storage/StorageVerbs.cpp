@@ -12,7 +12,8 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-constexpr std::uint32_t LARGEST_DRIVE = 255;
+constexpr std::size_t LONGEST_NAME = TVP_LONGEST_NAME;                // bytes
+constexpr std::size_t LONGEST_DESCRIPTION = TVP_LONGEST_DESCRIPTION;  // bytes
 
 /** The status that the storage library gave, with its name; empty when it was success. */
 std::string refusal(const SchemaMethod* method, const MethodOutcome& outcome) {
@@ -45,10 +46,24 @@ void addObjectVerb(
       ->required();
 }
 
+std::string helpOnName(const std::string& noun) {
+  return "Name of the " + noun + ", 1 to " + std::to_string(LONGEST_NAME) + " bytes";
+}
+
+std::string helpOnDescription() {
+  return "Description, up to " + std::to_string(LONGEST_DESCRIPTION) + " bytes";
+}
+
+std::string_view keptName(const std::string& name) {
+  return text::cutToSize(name, LONGEST_NAME);
+}
+
 std::uint8_t driveNumber(Tool& tool, const std::string& text) {
   const std::uint32_t number = tool.inventory().resolve(Drive::KIND, text);
   if (number > LARGEST_DRIVE) {
-    throw UsageError(text::quoted(text) + " is not a drive number; drive numbers are 0 to 255");
+    throw UsageError(
+        text::quoted(text) + " is not a drive number; drive numbers are 0 to " +
+        std::to_string(LARGEST_DRIVE));
   }
   return static_cast<std::uint8_t>(number);
 }

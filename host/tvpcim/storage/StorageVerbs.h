@@ -5,18 +5,30 @@
 #include "host/tvpcim/Commands.h"
 
 #include <cstdint>
+#include <limits>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // What the verbs on drives, pools and volumes have in common.
 namespace tvp::host::tvpcim {
+
+/** Methods name drives, and count them, in 8 bits. */
+constexpr std::uint32_t LARGEST_DRIVE = std::numeric_limits<std::uint8_t>::max();
 
 /** Adds a verb whose one argument names an object: "POOL". */
 void addObjectVerb(
     CLI::App& family, Tool& tool, const ObjectKind& kind, const char* name, const char* summary,
     std::function<void(Tool& tool, const std::string& object)> action);
 
-/** The number of a drive that is given by number or name. @throws UsageError above 255 */
+/** Help texts of options that several verbs have. @param noun "pool" or "volume" */
+std::string helpOnName(const std::string& noun);
+std::string helpOnDescription();
+
+/** The name that the storage library keeps where it takes what fits of a longer one. */
+std::string_view keptName(const std::string& name);
+
+/** The number of a drive that is given by number or name. @throws UsageError above LARGEST_DRIVE */
 std::uint8_t driveNumber(Tool& tool, const std::string& text);
 
 /** Prints all objects of a kind, with a notice when there are none because no driver answers. */

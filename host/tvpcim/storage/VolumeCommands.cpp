@@ -10,7 +10,6 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-constexpr std::size_t LONGEST_NAME = 31;  // bytes
 const std::vector<std::string> KNOBS = {"aggressive", "normal", "passive"};
 
 struct VolumeOptions {
@@ -55,7 +54,7 @@ void listVolumes(Tool& tool) {
 /** Prints the answer of a creation with what the new volume is called. */
 void printCreated(Tool& tool, ServiceAnswer answer, const VolumeOptions& options) {
   // A cached volume gets what fits of a longer name.
-  const std::string name(text::cutToSize(options.name, LONGEST_NAME));
+  const std::string name(keptName(options.name));
   const std::optional<Volume> volume = tool.inventory().named<Volume>(name);
   answer.record.properties.push_back({"VirtualVolumeId", Value::uint32(volume ? volume->number : 0)});
   answer.record.properties.push_back({"VolumeName", Value::string(name)});
@@ -148,7 +147,7 @@ void listMembers(Tool& tool, const std::string& object) {
 }
 
 void addTexts(CLI::App& verb, VolumeOptions& options) {
-  verb.add_option("--description", options.description, "Description, up to 63 bytes")->type_name("WORDS");
+  verb.add_option("--description", options.description, helpOnDescription())->type_name("WORDS");
   verb.add_option("--knob", options.knob, "How eagerly chunks move: aggressive, normal or passive")
       ->check(CLI::IsMember(KNOBS));
 }
@@ -159,7 +158,7 @@ void addCreation(CLI::App& family, Tool& tool) {
       family, tool, "create", "Create a volume on one or two pools",
       "Example: tvpcim volume create data --pool slow:100GiB --pool fast:10GiB",
       [&tool, options] { createVolume(tool, *options); });
-  verb.add_option("NAME", options->name, "Name of the volume, 1 to 31 bytes")->required();
+  verb.add_option("NAME", options->name, helpOnName("volume"))->required();
   verb.add_option("--pool", options->pools, "A pool and what to take from it; once or twice")
       ->type_name("NAME_OR_ID:SIZE")
       ->required()
@@ -177,7 +176,7 @@ void addCaching(CLI::App& family, Tool& tool) {
       family, tool, "cache", "Create a cached volume on one hard disk, with an SSD pool as its cache",
       "Example: tvpcim volume cache data --drive 3 --size 100GiB --ssd-pool fast --ssd-size 10GiB",
       [&tool, options] { cacheDrive(tool, *options); });
-  verb.add_option("NAME", options->name, "Name of the volume, 1 to 31 bytes")->required();
+  verb.add_option("NAME", options->name, helpOnName("volume"))->required();
   const auto required = [&verb](const char* name, std::string& value, const char* type, const char* text) {
     verb.add_option(name, value, text)->type_name(type)->required();
   };
