@@ -69,19 +69,33 @@ foreach(component IN ITEMS provider dev)
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-${component} COMPONENT ${component})
 endforeach()
 
-# tvp_install_command_help(COMPONENT COMMAND SECTION): man page, and completion for bash and zsh.
-function(tvp_install_command_help component command section)
+# tvp_configure_completion(COMMAND): what completes a command from its help.
+function(tvp_configure_completion command)
+  string(REPLACE - _ function ${command})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/completion/offers.sh)
+  file(READ packaging/completion/offers.sh offers)
+  string(CONFIGURE "${offers}" offers @ONLY)
+  foreach(shell IN ITEMS bash zsh)
+    configure_file(packaging/completion/command.${shell}.in ${CMAKE_BINARY_DIR}/completion/${command}.${shell} @ONLY)
+  endforeach()
+endfunction()
+
+# tvp_install_command_help(COMPONENT COMMAND SECTION COMPLETIONS): man page, and completion for bash and zsh, which are in
+# the folder COMPLETIONS.
+function(tvp_install_command_help component command section completions)
   tvp_compress(page ${PROJECT_SOURCE_DIR}/packaging/man/${command}.${section} ${command}.${section})
   install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
-  install(FILES packaging/completion/${command}.bash RENAME ${command}
+  install(FILES ${completions}/${command}.bash RENAME ${command}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${component})
-  install(FILES packaging/completion/${command}.zsh RENAME _${command}
+  install(FILES ${completions}/${command}.zsh RENAME _${command}
     DESTINATION ${TVP_ZSH_COMPLETION_FOLDER} COMPONENT ${component})
 endfunction()
 
-tvp_install_command_help(provider tvp-register 8)
-tvp_install_command_help(provider voltvkctl 8)
-tvp_install_command_help(dev tvpcim 1)
+tvp_configure_completion(voltvkctl)
+tvp_configure_completion(tvpcim)
+tvp_install_command_help(provider tvp-register 8 packaging/completion)
+tvp_install_command_help(provider voltvkctl 8 ${CMAKE_BINARY_DIR}/completion)
+tvp_install_command_help(dev tvpcim 1 ${CMAKE_BINARY_DIR}/completion)
 
 get_property(compressed GLOBAL PROPERTY tvp_compressed)
 add_custom_target(documentation ALL DEPENDS ${compressed})
