@@ -3,6 +3,7 @@
 #define BACKEND_TARVEXPROEVENTMANAGER_H
 
 #include "oslib/KVSMutex.h"
+#include "oslib/KVSSingleton.h"
 #include "oslib/KVSThread.h"
 #include "voltvk/Ret.h"
 #include "voltvk/VolEvent.h"
@@ -18,19 +19,7 @@ namespace tvp::cim::fwf {
 class TvproEventManager;
 
 /** Destroys the event manager, and with it the listener, when the library is unloaded. */
-class TvproEventManagerCleanUp {
-public:
-  TvproEventManagerCleanUp();
-  ~TvproEventManagerCleanUp();
-  TvproEventManagerCleanUp(const TvproEventManagerCleanUp&) = delete;
-  TvproEventManagerCleanUp& operator=(const TvproEventManagerCleanUp&) = delete;
-
-  /** Remembers what to destroy; the first one stays. */
-  void SetInstance(TvproEventManager* instance);
-
-private:
-  TvproEventManager* m_instance;
-};
+using TvproEventManagerCleanUp = KvsSingletonCleanUp<TvproEventManager>;
 
 /**
  * Watches the storage library for events: one thread fetches them every five seconds, words each from
@@ -94,8 +83,6 @@ public:
   void reportPolicyEngineEvent();
 
 private:
-  friend class TvproEventManagerCleanUp;
-
   /** Writes why the events could not be fetched, once for as long as the reason is the same. */
   void reportRefusedPoll(const Ret& ret);
 

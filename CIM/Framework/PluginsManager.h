@@ -50,7 +50,7 @@ public:
 
   /**
    * The registered class names, in lower case and ascending order, that are visible in the namespace: in
-   * root/kvs/tvp/smi_15 all but the classes of profiles, elsewhere those and the ten classes of the model.
+   * root/kvs/tvp/smi_15 all but the classes of profiles, elsewhere those and the classes of pluginTable().
    */
   std::vector<std::string> getPluginNames(std::string nameSpace);
 

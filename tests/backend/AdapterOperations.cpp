@@ -7,6 +7,8 @@
 namespace tvp::test {
 namespace {
 
+using namespace cim::fwf;
+
 struct OperationCase {
   std::string method;
   std::string exit;

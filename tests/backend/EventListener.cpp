@@ -14,6 +14,8 @@
 namespace tvp::test {
 namespace {
 
+using namespace cim::fwf;
+
 using Strings = std::vector<std::string>;
 
 std::mutex deliveredMutex;
@@ -40,10 +42,10 @@ protected:
   }
 
   static unsigned int number(const CIMInstance& indication, const char* name) {
-    return indication.getPropertyByName(name)->uint32Slot().m_values.at(0);
+    return elementsOf<unsigned int>(indication.getPropertyByName(name)).at(0);
   }
   static std::string text(const CIMInstance& indication, const char* name) {
-    return indication.getPropertyByName(name)->stringSlot().m_values.at(0);
+    return elementsOf<std::string>(indication.getPropertyByName(name)).at(0);
   }
   static Strings descriptions() {
     Strings texts;

@@ -9,6 +9,8 @@
 namespace tvp::test {
 namespace {
 
+using namespace cim::fwf;
+
 using Strings = std::vector<std::string>;
 
 TEST_F(StorageTest, RoutinesAreListedInAscendingOrderAndUnknownOnesAreNotCalled) {
