@@ -191,6 +191,33 @@ TEST_F(InstanceBuilders, DefaultNamesAreFree) {
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_VOLUME), "Volume0");
 }
 
+TEST_F(InstanceBuilders, NamesOfInternalPoolsSkipThoseThatAreTaken) {
+  const unsigned int first = makePool("First", TVK_DEVICE_HDD);
+  unsigned int number = 0;
+  const auto name = [&number] { return "InternalPool" + std::to_string(number); };
+  while (number == first) {
+    ++number;
+  }
+  EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), name());
+  for (int taken = 0; taken < 3; ++taken) {
+    makePool(name(), TVK_DEVICE_HDD);
+    // The smallest number that is not an identifier, then the next whose name is not taken.
+    number = 0;
+    const Strings names = pools();
+    std::vector<unsigned int> identifiers;
+    for (const VirtualPool& pool : FilteredObjects<VirtualPool>(getTvkAdapter())) {
+      identifiers.push_back(pool.getPoolId());
+    }
+    while (std::count(identifiers.begin(), identifiers.end(), number) != 0) {
+      ++number;
+    }
+    while (std::count(names.begin(), names.end(), name()) != 0) {
+      ++number;
+    }
+    EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), name());
+  }
+}
+
 TEST(InstanceWrapper, ElementsAreAppendedToArraysAndToNothingElse) {
   tvpCIMInstanceWrapper wrapper;
   wrapper.tvpAddProp("Names", Strings{"a"}, true, true);
