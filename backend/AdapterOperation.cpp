@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/AdapterOperation.h"
 
+#include "CIM/Framework/RefusalReason.h"
 #include "backend/BackendResult.h"
 #include "backend/LibraryAccess.h"
 #include "backend/Refusal.h"
-#include "CIM/Framework/RefusalReason.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMethodTrace.h"
 

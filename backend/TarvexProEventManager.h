@@ -22,7 +22,7 @@ class TvproEventManager;
 using TvproEventManagerCleanUp = KvsSingletonCleanUp<TvproEventManager>;
 
 /**
- * Watches the storage library for events: one thread fetches them every five seconds, words each from
+ * Watches the storage library for events: one thread fetches them every five seconds, describes each from
  * the description catalogue, drops those of internal pools and sends the rest as indications. It also
  * reports when the policy engine starts or stops.
  *
@@ -31,7 +31,7 @@ using TvproEventManagerCleanUp = KvsSingletonCleanUp<TvproEventManager>;
  */
 class TvproEventManager {
 public:
-  /** @param policyEngineRunning the state from which the first change is told */
+  /** @param policyEngineRunning the state from which the first change is reported */
   explicit TvproEventManager(bool policyEngineRunning);
   /** Stops the listener when it runs. */
   virtual ~TvproEventManager();
@@ -45,8 +45,8 @@ public:
   bool initEventListener();
 
   /**
-   * Stops the listener for good and waits for it, up to five seconds. Without a running listener it
-   * only keeps one from polling later. @return true
+   * Stops the listener, which never starts again, and waits for it, up to five seconds. Without a running
+   * listener it only keeps one from polling later. @return true
    */
   bool terminateEventListener();
 
@@ -93,7 +93,7 @@ private:
 
   std::atomic<KvsThreadHandle> m_listener;  ///< null when no thread runs
   bool m_policyEngineRunning;
-  std::string m_refusal;  ///< of the latest poll; empty when it was not refused
+  std::string m_refusal;       ///< of the latest poll; empty when it was not refused
   int m_listenerProcess;       ///< the process that the listener runs in
   std::mutex m_listenerMutex;  ///< two callers start one thread only
 };

@@ -23,7 +23,7 @@ enum class KvsSingletonCreation {
  * Makes a singleton unless there is one. The pointer is only written with the lock held; what becomes of
  * the lock is the caller's choice.
  * @param lock the guard of the singleton's mutex
- * @param create T*(): makes the object; null or std::bad_alloc when memory is short, by the allocator of the
+ * @param create T*(): makes the object; null or std::bad_alloc when memory runs out, by the allocator of the
  *        module
  */
 template <typename T, typename Create>

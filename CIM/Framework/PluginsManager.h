@@ -21,7 +21,7 @@ namespace tvp::cim::fwf {
 class PluginsManager {
 public:
   /**
-   * The registry, made on the first call. Null when the lock cannot be taken or memory is short. The
+   * The registry, made on the first call. Null when the lock cannot be taken or memory runs out. The
    * pointer is kept after the registry was deleted: nothing may follow the provider's tear-down.
    */
   static PluginsManager* getInstance();
