@@ -57,13 +57,13 @@ public:
   /**
    * Appends one instance per chunk of the volume: "VolumeName" (the name of the pool that provides the
    * chunk), "VirtualPoolId" and "MaxAllowedChunks". The instances carry no class name yet.
-   * @return 0, also for an identifier that no volume has; 3 when there is no adapter
+   * @return BACKEND_DONE, also for an identifier that no volume has; BACKEND_FAILED when there is no adapter
    */
   static unsigned int GetVolumeMembers(unsigned int volumeId, std::vector<CIMInstance>& members);
 
   /**
    * Appends the properties of a "TVP_VirtualVolume" to the instance.
-   * @return 0; 3, adding nothing, for a null volume
+   * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, for a null volume
    */
   static unsigned int InsertVirtualVolumeInfo(VirtualVolume* volume, tvpCIMInstanceWrapper& wrapper);
 };
