@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/AdapterOperation.h"
 
+#include "CIM/Framework/RefusalReason.h"
+#include "backend/BackendResult.h"
 #include "backend/LibraryAccess.h"
 #include "backend/Refusal.h"
-#include "CIM/Framework/RefusalReason.h"
 #include "oslib/KVSLog.h"
+#include "oslib/KVSMethodTrace.h"
 
 #include <exception>
 #include <string>
@@ -12,13 +14,6 @@
 namespace tvp::cim::fwf {
 
 namespace {
-
-constexpr unsigned int SUCCESS = 0;
-constexpr unsigned int FAILURE = 3;
-
-void trace(const char* before, const char* name, const char* after) {
-  KvsTrace((std::string(before) + name + after).c_str());
-}
 
 /** What the exception that is being handled says; empty when it says nothing. */
 std::string textOfException() {
@@ -38,36 +33,36 @@ void logMissingAdapter(const char* method) {
 }
 
 unsigned int AdapterOperation::run(Ret& ret, const Call& call, const Preparation& prepare) const {
-  trace("Entering ", m_names.method, "()");
+  traceParts({"Entering ", m_method, "()"});
   return carryOut(ret, call, prepare);
 }
 
 unsigned int AdapterOperation::carryOut(Ret& ret, const Call& call, const Preparation& prepare) const {
-  // Stays 0 when something throws: callers rely on an exception of the library reading as success.
-  unsigned int result = SUCCESS;
+  // COMPAT: stays so when something throws; clients see an exception of the library as success.
+  unsigned int result = BACKEND_DONE;
   std::string reason;
   try {
     TvkAdapter* adapter = getTvkAdapter();
     if (adapter == nullptr) {
-      logMissingAdapter(m_names.method);
+      logMissingAdapter(m_method);
       RefusalReason::set("the storage library has no adapter; see 'voltvkctl status'");
-      result = FAILURE;
+      result = BACKEND_FAILED;
     } else {
       if (prepare) {
         prepare(*adapter);
       }
-      trace("Calling TvkAdapter::", m_names.calling, "()");
+      traceParts({"Calling TvkAdapter::", m_calling, "()"});
       ret = call(*adapter);
-      trace("Returned from TvkAdapter::", m_names.returned, "()");
-      result = ret.getReturn() == 0 ? SUCCESS : FAILURE;
+      traceParts({"Returned from TvkAdapter::", m_returned, "()"});
+      result = ret.getReturn() == 0 ? BACKEND_DONE : BACKEND_FAILED;
       reason = ret.getDetail();
     }
   } catch (...) {
-    trace("Exception caught in Tvk Lib method: TvkAdapter::", m_names.throwing, "() ");
+    traceParts({"Exception caught in Tvk Lib method: TvkAdapter::", m_throwing, "() "});
     reason = textOfException();
   }
-  KvsLogMsg(KVS_LOG_DEBUG, "Exiting %s() with Return: %u", m_names.exit, result);
-  reportRefusal(m_names.method, reason.c_str());
+  KvsLogMsg(KVS_LOG_DEBUG, "Exiting %s() with Return: %u", m_exit, result);
+  reportRefusal(m_method, reason.c_str());
   return result;
 }
 

@@ -9,23 +9,30 @@
 namespace tvp::cim::fwf {
 
 /**
- * An operation that is one call of the storage library's adapter. All of them share their course; what
+ * An operation that is one call of the storage library's adapter. All of them run the same way; what
  * differs is the names in their log lines. Immutable and safe from any thread.
  */
 class AdapterOperation {
 public:
-  /** The names in the log lines, where some operations differ from line to line. */
-  struct Names {
-    const char* method;    ///< class and name of the operation
-    const char* exit;      ///< the same in the exit line
-    const char* calling;   ///< the adapter's operation before the call,
-    const char* returned;  ///< after it,
-    const char* throwing;  ///< and in the line on an exception
-  };
-
-  explicit constexpr AdapterOperation(const Names& names) : m_names(names) {}
+  /**
+   * @param method class and name of the operation
+   * @param libraryOperation name of the adapter's operation
+   */
   constexpr AdapterOperation(const char* method, const char* libraryOperation)
-      : m_names{method, method, libraryOperation, libraryOperation, libraryOperation} {}
+      : m_method(method), m_exit(method), m_calling(libraryOperation), m_returned(libraryOperation),
+        m_throwing(libraryOperation) {}
+
+  // COMPAT: some operations have another name in one of their log lines, and logs are searched for it. Each
+  // of these gives such a name: to the exit line, the line before the call, the line on an exception.
+  constexpr AdapterOperation exitingAs(const char* method) const {
+    return with(&AdapterOperation::m_exit, method);
+  }
+  constexpr AdapterOperation callingAs(const char* name) const {
+    return with(&AdapterOperation::m_calling, name);
+  }
+  constexpr AdapterOperation throwingAs(const char* name) const {
+    return with(&AdapterOperation::m_throwing, name);
+  }
 
   using Call = std::function<Ret(TvkAdapter&)>;
   using Preparation = std::function<void(TvkAdapter&)>;
@@ -35,9 +42,9 @@ public:
    * library gave a reason for a refusal or an exception: that follows, see reportRefusal.
    * @param ret receives the library's status
    * @param call makes the one call of the adapter
-   * @param prepare what is to be done with the adapter before the call; may be empty
-   * @return 0; 3 when the status is not zero or there is no adapter. When something throws it is 0:
-   *         callers take that for success, and only the log tells
+   * @param prepare work on the adapter before the call; may be empty
+   * @return BACKEND_DONE; BACKEND_FAILED when the status is not zero or there is no adapter.
+   *         COMPAT: BACKEND_DONE when something throws, which callers take for success; only the log shows it
    */
   unsigned int run(Ret& ret, const Call& call, const Preparation& prepare = nullptr) const;
 
@@ -45,7 +52,17 @@ public:
   unsigned int carryOut(Ret& ret, const Call& call, const Preparation& prepare = nullptr) const;
 
 private:
-  Names m_names;
+  constexpr AdapterOperation with(const char* AdapterOperation::*member, const char* name) const {
+    AdapterOperation changed = *this;
+    changed.*member = name;
+    return changed;
+  }
+
+  const char* m_method;
+  const char* m_exit;
+  const char* m_calling;
+  const char* m_returned;
+  const char* m_throwing;
 };
 
 /** Logs that there is no adapter. @param method class and name of the operation */

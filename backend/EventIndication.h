@@ -10,8 +10,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * Makes an indication of an event and hands it to the framework. Declared here, where events come from,
- * and defined with the indication class in providers/, which stands above this layer.
+ * Makes an indication of an event and passes it to the framework. Declared here, where events come from,
+ * and defined with the indication class in providers/, which is above this layer.
  * @param localTime text of the local time
  * @param eventKeys eventTime, eventCode, eventType, eventDesc, Id and ActionId
  */

@@ -2,7 +2,6 @@
 #include "backend/LibraryAccess.h"
 
 #include "backend/TarvexProInterface.h"
-#include "oslib/KVSLog.h"
 #include "text/Utf8.h"
 
 namespace tvp::cim::fwf {
@@ -27,13 +26,22 @@ TvkAdapter* getTvkAdapter() {
 }
 
 void refreshTarvexProObjects() {
-  try {
-    if (TvkLib* library = getLibrary()) {
-      library->refreshConfiguration();
-    }
-  } catch (...) {
-    KvsTrace("Exception caught in Tvk Lib method: TvkLib::refreshConfiguration() ");
+  if (TVPInterface* gateway = TVPInterface::getInstance()) {
+    gateway->refreshConfiguration();
   }
+}
+
+bool isDriverAvailable() {
+  TVPInterface* gateway = TVPInterface::getInstance();
+  if (gateway == nullptr) {
+    return false;
+  }
+  gateway->GetConfig();
+  unsigned long controllers = 0;
+  if (TvkLib* library = gateway->getTarvexProLib()) {
+    library->getControllerCount(controllers);
+  }
+  return controllers != 0;
 }
 
 std::string cutToSize(std::string text, std::size_t size) {

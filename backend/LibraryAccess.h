@@ -9,6 +9,10 @@
 #include <memory>
 #include <string>
 
+class LogicalDevice;
+class VirtualPool;
+class VirtualVolume;
+
 namespace tvp::cim::fwf {
 
 /** The root of the storage tree; null when the gateway or its library object is not there. */
@@ -18,32 +22,69 @@ RaidObject* getTarvexProRoot();
 TvkAdapter* getTvkAdapter();
 
 /**
- * Has the storage library take in what other processes have changed. Its answer is not looked at, and an
- * exception is only traced: what follows works on what the library knows.
+ * Has the storage library take in what other processes have changed. Its answer is ignored, and an
+ * exception is only logged: what follows works on what the library knows.
  */
 void refreshTarvexProObjects();
 
+/** Refreshes the configuration, as each enumeration does first. @return whether the library has a driver */
+bool isDriverAvailable();
+
+/** The storage library's name of a type of objects. */
+template <typename Object>
+inline constexpr const char* LIBRARY_TYPE = nullptr;
+template <>
+inline constexpr const char* LIBRARY_TYPE<LogicalDevice> = "LogicalDevice";
+template <>
+inline constexpr const char* LIBRARY_TYPE<VirtualPool> = "VirtualPool";
+template <>
+inline constexpr const char* LIBRARY_TYPE<VirtualVolume> = "VirtualVolume";
+
 /**
- * The objects of one type under a root, in the order of the library; they stay valid and unchanged as
- * long as this lives. What cannot be read is empty. Belongs to one thread.
+ * The objects of one type under the adapter, in the order of the library; they stay valid and unchanged as
+ * long as this lives. Belongs to one thread. Null elements are left out.
+ *
+ *   for (VirtualPool& pool : FilteredObjects<VirtualPool>(getTvkAdapter())) { ... }
  */
 template <typename Object>
 class FilteredObjects {
 public:
-  /** @param type "LogicalDevice", "VirtualPool" or "VirtualVolume", as Object is */
-  FilteredObjects(RaidObject* root, const char* type)
-      : m_all(root), m_filtered(m_all.filterByType(type, 0)) {}
+  class Iterator {
+  public:
+    Iterator(const FilterCollection* objects, int index) : m_objects(objects), m_index(index) { skipNull(); }
 
-  /** Calls visit(Object&) for each object; null ones are left out. */
-  template <typename Visit>
-  void visitAll(Visit visit) const {
-    const int size = m_filtered ? m_filtered->size() : 0;
-    for (int index = 0; index < size; ++index) {
-      if (auto* object = static_cast<Object*>(m_filtered->elementAt(index))) {
-        visit(*object);
+    Object& operator*() const { return static_cast<Object&>(*m_objects->elementAt(m_index)); }
+    Iterator& operator++() {
+      ++m_index;
+      skipNull();
+      return *this;
+    }
+    bool operator!=(const Iterator& other) const { return m_index != other.m_index; }
+
+    /** The place of the object in the library's collection, null elements counted. */
+    int index() const { return m_index; }
+
+  private:
+    void skipNull() {
+      while (m_objects != nullptr && m_index < m_objects->size() &&
+             m_objects->elementAt(m_index) == nullptr) {
+        ++m_index;
       }
     }
-  }
+
+    const FilterCollection* m_objects;
+    int m_index;
+  };
+
+  /** @param adapter null has no objects */
+  explicit FilteredObjects(RaidObject* adapter)
+      : m_all(adapter), m_filtered(m_all.filterByType(LIBRARY_TYPE<Object>, 0)) {}
+
+  /** False when the objects cannot be read; then there are none. */
+  bool isReadable() const { return m_filtered != nullptr; }
+
+  Iterator begin() const { return Iterator(m_filtered.get(), 0); }
+  Iterator end() const { return Iterator(m_filtered.get(), isReadable() ? m_filtered->size() : 0); }
 
 private:
   FilterCollection m_all;

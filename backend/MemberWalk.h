@@ -3,12 +3,13 @@
 #define BACKEND_MEMBERWALK_H
 
 #include "backend/AdapterOperation.h"
+#include "backend/BackendResult.h"
 #include "backend/LibraryAccess.h"
 #include "backend/tvpCIMInstanceWrapper.h"
-#include "oslib/KVSLog.h"
+#include "oslib/KVSMethodTrace.h"
 #include "voltvk/Chunk.h"
 
-#include <string>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -17,25 +18,25 @@ namespace tvp::cim::fwf {
 /**
  * Appends one instance per chunk of the pool or volume with the given identifier.
  * @param method class and name of the operation, for its log lines
- * @param type type name of Object in the library
- * @param describe takes a chunk and a fresh wrapper, adds the properties; false leaves the chunk out
- * @return 0, also when no object has the identifier or the library throws; 3 when there is no adapter
+ * @param describe bool(const Chunk&, tvpCIMInstanceWrapper&): adds the properties; false leaves the chunk out
+ * @return BACKEND_DONE, also when no object has the identifier or the library throws; BACKEND_FAILED when
+ *         there is no adapter
  */
 template <typename Object, typename Describe>
 unsigned int collectMembers(
-    const char* method, const char* type, unsigned int identifier,
-    std::uint32_t (Object::*identifierOf)() const, Describe describe, std::vector<CIMInstance>& members) {
-  unsigned int result = 0;
+    const char* method, unsigned int identifier, std::uint32_t (Object::*identifierOf)() const,
+    Describe describe, std::vector<CIMInstance>& members) {
+  unsigned int result = BACKEND_DONE;
   try {
     refreshTarvexProObjects();
     TvkAdapter* adapter = getTvkAdapter();
     if (adapter == nullptr) {
       logMissingAdapter(method);
-      result = 3;
+      result = BACKEND_FAILED;
     }
-    FilteredObjects<Object>(adapter, type).visitAll([&](Object& object) {
+    for (Object& object : FilteredObjects<Object>(adapter)) {
       if ((object.*identifierOf)() != identifier) {
-        return;
+        continue;
       }
       std::vector<RaidObject*> chunks;
       object.getChildren(chunks, "Chunk", true, true);
@@ -45,11 +46,11 @@ unsigned int collectMembers(
           members.push_back(std::move(member.instance()));
         }
       }
-    });
+    }
   } catch (...) {
-    KvsTrace((std::string("Exception caught in Tvk Lib method: ") + method + "() ").c_str());
+    traceParts({"Exception caught in Tvk Lib method: ", method, "() "});
   }
-  KvsTrace((std::string("Exiting ") + method + " ").c_str());
+  traceParts({"Exiting ", method, " "});
   return result;
 }
 

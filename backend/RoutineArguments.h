@@ -3,9 +3,12 @@
 #define BACKEND_ROUTINEARGUMENTS_H
 
 #include "CIM/Framework/CIMMethodParam.h"
+#include "CIM/Framework/PropertyLookup.h"
+#include "voltvk/Specs.h"
 
 #include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tvp::cim::fwf {
@@ -26,28 +29,28 @@ public:
   bool contain(std::initializer_list<const char*> names) const;
 
   /** The first element of an argument; empty or 0 where there is none. */
-  std::string text(const char* name) const;
-  unsigned char uint8(const char* name) const { return scalar<unsigned char>(name, 0); }
-  unsigned int uint32(const char* name) const { return scalar<unsigned int>(name, 0); }
-  unsigned long long uint64(const char* name) const { return scalar<unsigned long long>(name, 0); }
+  std::string text(const char* name) const { return scalar<std::string>(name); }
+  unsigned char uint8(const char* name) const { return scalar<unsigned char>(name); }
+  unsigned int uint32(const char* name) const { return scalar<unsigned int>(name); }
+  unsigned long long uint64(const char* name) const { return scalar<unsigned long long>(name); }
   /** An identifier; TVK_NO_ID, which nothing has, where there is no value: 0 could be somebody's pool. */
-  unsigned int identifier(const char* name) const;
+  unsigned int identifier(const char* name) const { return scalar<unsigned int>(name, TVK_NO_ID); }
 
   /** All elements of an array. */
   template <typename T>
-  std::vector<T> array(const char* name) const;
+  std::vector<T> array(const char* name) const {
+    return elementsOf<T>(m_in.getArgumentByName(name));
+  }
 
 private:
   template <typename T>
-  T scalar(const char* name, T missing) const;
+  T scalar(const char* name, T missing = T()) const {
+    return firstElementOf<T>(m_in.getArgumentByName(name), std::move(missing));
+  }
 
   const char* m_routine;
   const CIMMethodParam& m_in;
 };
-
-extern template std::vector<unsigned char> RoutineArguments::array(const char*) const;
-extern template std::vector<unsigned int> RoutineArguments::array(const char*) const;
-extern template std::vector<unsigned long long> RoutineArguments::array(const char*) const;
 
 }  // namespace tvp::cim::fwf
 

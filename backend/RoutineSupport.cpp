@@ -1,20 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/RoutineSupport.h"
 
+#include "backend/BackendResult.h"
 #include "backend/RoutineArguments.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
+#include "oslib/KVSMethodTrace.h"
 
 #include <utility>
 
 namespace tvp::cim::fwf {
 
 void traceRoutineEntry(const char* routine) {
-  KvsTrace((std::string("Entering TVPIfExecute::") + routine + "()").c_str());
+  traceParts({"Entering TVPIfExecute::", routine, "()"});
 }
 
-void answerStatus(const char* caller, const Ret& ret, CIMMethodParam& out, const char* name) {
-  KvsLogMsg(KVS_LOG_DEBUG, "%s() returned Ret.getReturn() = %d", caller, static_cast<int>(ret.getReturn()));
+void returnStatus(const std::string& caller, const Ret& ret, CIMMethodParam& out, const char* name) {
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "%s() returned Ret.getReturn() = %d", caller.c_str(), static_cast<int>(ret.getReturn()));
   out.addArgument(makeProperty<unsigned int>(name, ret.getReturn()));
 }
 
@@ -23,13 +26,13 @@ unsigned int runIdentifierRoutine(
     CIMMethodParam& out) {
   const RoutineArguments arguments(texts.routine, in);
   if (!arguments.areExactly({texts.argument})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const unsigned int identifier = arguments.identifier(texts.argument);
   KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s: %d", texts.routine, texts.argument, static_cast<int>(identifier));
   Ret ret;
   const unsigned int result = operation(identifier, ret);
-  answerStatus(texts.caller, ret, out, texts.output);
+  returnStatus(texts.caller, ret, out, texts.output);
   return result;
 }
 
@@ -38,11 +41,11 @@ unsigned int runMemberRoutine(
   KvsLogMsg(KVS_LOG_DEBUG, "%s Enter", texts.routine);
   if (in.getArgumentCount() == 0) {
     KvsLogMsg(KVS_LOG_DEBUG, "%s exits with without calling TVP Func", texts.routine);
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const RoutineArguments arguments(texts.routine, in);
   if (!arguments.contain({texts.argument})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const unsigned int identifier = arguments.identifier(texts.argument);
   KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s: %d", texts.routine, texts.argument, static_cast<int>(identifier));

@@ -14,41 +14,60 @@
 
 namespace tvp::cim::fwf {
 
-/** What a routine answers when its arguments are wrong. */
-constexpr unsigned int ROUTINE_FAILURE = 3;
-
 /** Traces the entry of a routine. */
 void traceRoutineEntry(const char* routine);
 
 /** Logs the library's status and adds it to the output. @param caller the name in the log line */
-void answerStatus(const char* caller, const Ret& ret, CIMMethodParam& out, const char* name = "RetStat");
+void returnStatus(
+    const std::string& caller, const Ret& ret, CIMMethodParam& out, const char* name = "RetStat");
 
 /** An operation on a pool or a volume that needs its identifier alone. */
 using IdentifierOperation = std::function<unsigned int(unsigned int identifier, Ret& ret)>;
 
-/** The texts of a routine that needs an identifier alone. */
+/** A routine that needs an identifier alone. */
 struct IdentifierRoutine {
-  const char* routine;   ///< name in messages about its arguments
-  const char* argument;  ///< name of its one argument
-  const char* caller;    ///< name in the line about the library's status
-  const char* output;    ///< name of the argument that answers that status
+  /**
+   * @param name of the routine, in messages about its arguments
+   * @param identifier name of its one argument
+   */
+  IdentifierRoutine(const char* name, const char* identifier)
+      : routine(name), argument(identifier), caller(std::string(" ") + name) {}
+
+  /** Names the line about the library's status differently. */
+  IdentifierRoutine& calledAs(const char* name) {
+    caller = name;
+    return *this;
+  }
+  /** Names the argument that returns that status differently. */
+  IdentifierRoutine& returning(const char* name) {
+    output = name;
+    return *this;
+  }
+
+  const char* routine;
+  const char* argument;
+  std::string caller;
+  const char* output = "RetStat";
 };
 
-/** Checks the one argument, runs the operation, answers its status. @return the operation's result, or 3 */
+/**
+ * Checks the one argument, runs the operation and returns its status.
+ * @return the operation's result; BACKEND_FAILED for wrong arguments
+ */
 unsigned int runIdentifierRoutine(
     const IdentifierRoutine& texts, const IdentifierOperation& operation, const CIMMethodParam& in,
     CIMMethodParam& out);
 
-/** What differs between the routines that answer members. */
+/** What differs between the routines that return members. */
 struct MemberRoutine {
-  const char* routine;    ///< name in log lines
-  const char* argument;   ///< name of the identifier argument
-  const char* className;  ///< class of the members
-  const char* farewell;   ///< the last log line
-  unsigned int (*collect)(unsigned int identifier, std::vector<CIMInstance>& members);
+  const char* routine = nullptr;    ///< name in log lines
+  const char* argument = nullptr;   ///< name of the identifier argument
+  const char* className = nullptr;  ///< class of the members
+  const char* farewell = nullptr;   ///< the last log line
+  unsigned int (*collect)(unsigned int identifier, std::vector<CIMInstance>& members) = nullptr;
 };
 
-/** Answers the "Members" of a pool or a volume, as instances in the namespace of the path. */
+/** Returns the "Members" of a pool or a volume, as instances in the namespace of the path. */
 unsigned int runMemberRoutine(
     const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 

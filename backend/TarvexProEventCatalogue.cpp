@@ -8,9 +8,11 @@
 #include "voltvk/VirtualPool.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <optional>
 
 #include <sys/stat.h>
@@ -25,45 +27,6 @@ constexpr int DECIMAL = 10;
 /** Substitutions in one text: far more than a description can show, and an end to arguments that name each
  * other. */
 constexpr int MOST_SUBSTITUTIONS = 1000;
-
-// What the argument at an index becomes.
-enum class Rewriting { TierLevel, Size, VolumeType, PreviousMode, CurrentMode, PoolType, PoolTypeOfCreation };
-
-struct ArgumentRule {
-  std::size_t index;
-  Rewriting rewriting;
-};
-
-/** How the arguments of an event are rewritten. */
-struct EventRule {
-  std::uint32_t firstCode;
-  std::uint32_t lastCode;
-  const char* name;
-  std::size_t expected;
-  std::vector<ArgumentRule> arguments;
-};
-
-const std::vector<EventRule>& eventRules() {
-  // Never destroyed: made by the listener, it would go before the listener is stopped at the process's end.
-  static const auto& rules = *new std::vector<EventRule>{
-      // The pool type stands one beyond the expected count: only events of internal pools carry it.
-      {513,
-       514,
-       "SVS_EVENT_POOL_DEV_CREATED",
-       3,
-       {{1, Rewriting::TierLevel}, {2, Rewriting::Size}, {3, Rewriting::PoolTypeOfCreation}}},
-      {515, 516, "SVS_EVENT_POOL_DEV_CREATION_FAILED", 2, {{1, Rewriting::PoolType}}},
-      {517, 518, "SVS_EVENT_POOL_DEV_DELETED", 2, {{1, Rewriting::PoolType}}},
-      {522, 522, "SVS_EVENT_POOL_MOD_LEVEL_CHANGED", 2, {{1, Rewriting::TierLevel}}},
-      {1025, 1026, "SVS_EVENT_VV_DEV_CREATED", 3, {{1, Rewriting::VolumeType}, {2, Rewriting::Size}}},
-      {1034,
-       1034,
-       "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED",
-       3,
-       {{1, Rewriting::PreviousMode}, {2, Rewriting::CurrentMode}}},
-  };
-  return rules;
-}
 
 long toNumber(const std::string& text) {
   return std::strtol(text.c_str(), nullptr, DECIMAL);
@@ -89,42 +52,48 @@ std::string sizeShown(const std::string& sectors) {
   return text;
 }
 
-std::string rewritten(Rewriting rewriting, const std::string& argument) {
-  switch (rewriting) {
-  case Rewriting::TierLevel:
-    return tierLevelShown(argument);
-  case Rewriting::Size:
-    return sizeShown(argument);
-  case Rewriting::VolumeType:
-    return TvkUtil::getVolumeTypeByFeatureBit(static_cast<unsigned int>(toNumber(argument)));
-  case Rewriting::PreviousMode:
-  case Rewriting::CurrentMode:
-    return TvkUtil::getFetchFlushModeStr(static_cast<unsigned int>(toNumber(argument)));
-  case Rewriting::PoolType:
-  case Rewriting::PoolTypeOfCreation:
-    break;
-  }
-  return argument;
+std::string volumeTypeShown(const std::string& type) {
+  return TvkUtil::getVolumeTypeByFeatureBit(static_cast<unsigned int>(toNumber(type)));
 }
 
-const char* labelOf(Rewriting rewriting) {
-  switch (rewriting) {
-  case Rewriting::TierLevel:
-    return "Tier Level";
-  case Rewriting::Size:
-    return "Size in GB";
-  case Rewriting::VolumeType:
-    return "Volume Type";
-  case Rewriting::PreviousMode:
-    return "Previous FFMode";
-  case Rewriting::CurrentMode:
-    return "Current FFMode";
-  case Rewriting::PoolType:
-  case Rewriting::PoolTypeOfCreation:
-    break;
-  }
-  return "Pool Type";
+std::string modeShown(const std::string& mode) {
+  return TvkUtil::getFetchFlushModeStr(static_cast<unsigned int>(toNumber(mode)));
 }
+
+/** What becomes of one argument of an event. */
+struct ArgumentRule {
+  std::size_t index = 0;
+  const char* label = nullptr;                                    ///< in the line on the log
+  std::string (*rewrite)(const std::string& argument) = nullptr;  ///< null: a pool type, which stays
+  int level = KVS_LOG_DEBUG;
+};
+
+/** How the arguments of an event are rewritten. */
+struct EventRule {
+  std::uint32_t firstCode;
+  std::uint32_t lastCode;
+  const char* name;
+  std::size_t expected;
+  std::array<ArgumentRule, 3> arguments;  ///< those without a label are none
+};
+
+constexpr ArgumentRule TIER_LEVEL = {1, "Tier Level", tierLevelShown};
+constexpr ArgumentRule VOLUME_TYPE = {1, "Volume Type", volumeTypeShown};
+constexpr ArgumentRule SIZE = {2, "Size in GB", sizeShown};
+constexpr ArgumentRule PREVIOUS_MODE = {1, "Previous FFMode", modeShown};
+constexpr ArgumentRule CURRENT_MODE = {2, "Current FFMode", modeShown};
+constexpr ArgumentRule POOL_TYPE = {1, "Pool Type"};
+// One beyond the expected count, since only events of internal pools carry it. COMPAT: logged as an error.
+constexpr ArgumentRule POOL_TYPE_OF_CREATION = {3, "Pool Type", nullptr, KVS_LOG_ERROR};
+
+constexpr EventRule RULES[] = {
+    {513, 514, "SVS_EVENT_POOL_DEV_CREATED", 3, {TIER_LEVEL, SIZE, POOL_TYPE_OF_CREATION}},
+    {515, 516, "SVS_EVENT_POOL_DEV_CREATION_FAILED", 2, {POOL_TYPE}},
+    {517, 518, "SVS_EVENT_POOL_DEV_DELETED", 2, {POOL_TYPE}},
+    {522, 522, "SVS_EVENT_POOL_MOD_LEVEL_CHANGED", 2, {TIER_LEVEL}},
+    {1025, 1026, "SVS_EVENT_VV_DEV_CREATED", 3, {VOLUME_TYPE, SIZE}},
+    {1034, 1034, "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED", 3, {PREVIOUS_MODE, CURRENT_MODE}},
+};
 
 void rewriteArguments(const EventRule& rule, std::vector<std::string>& args, bool& skip) {
   if (args.size() != rule.expected) {
@@ -135,18 +104,18 @@ void rewriteArguments(const EventRule& rule, std::vector<std::string>& args, boo
         rule.name);
   }
   for (const ArgumentRule& part : rule.arguments) {
-    if (part.index >= args.size()) {
+    if (part.label == nullptr || part.index >= args.size()) {
       continue;
     }
     std::string& argument = args[part.index];
-    argument = rewritten(part.rewriting, argument);
-    const int level = part.rewriting == Rewriting::PoolTypeOfCreation ? KVS_LOG_ERROR : KVS_LOG_DEBUG;
+    if (part.rewrite != nullptr) {
+      argument = part.rewrite(argument);
+    } else {
+      skip = skip || toNumber(argument) == TVK_POOL_INTERNAL;
+    }
     KvsLogMsg(
-        level, "TvproEventManager::rephraseEventDescription: %s : %s = %s ", rule.name,
-        labelOf(part.rewriting), argument.c_str());
-    const bool isPoolType =
-        part.rewriting == Rewriting::PoolType || part.rewriting == Rewriting::PoolTypeOfCreation;
-    skip = skip || (isPoolType && toNumber(argument) == TVK_POOL_INTERNAL);
+        part.level, "TvproEventManager::rephraseEventDescription: %s : %s = %s ", rule.name, part.label,
+        argument.c_str());
   }
 }
 
@@ -232,7 +201,7 @@ void TvproEventManager::parse(
   std::size_t brace = text.find('{');
   for (int count = 0; brace != std::string::npos && count < MOST_SUBSTITUTIONS; ++count) {
     const long number = std::strtol(text.c_str() + brace + 1, nullptr, DECIMAL);
-    // Intended: always three characters, also where the number is longer; catalogues use one digit.
+    // COMPAT: always three characters, even where the number is longer; catalogues use one digit.
     text.erase(brace, PLACEHOLDER_SIZE);
     if (number >= 0 && static_cast<unsigned long>(number) < args.size()) {
       text.insert(brace, args[static_cast<std::size_t>(number)]);
@@ -248,11 +217,10 @@ void TvproEventManager::rephraseEventDescription(
     std::vector<std::string>& args, unsigned int code, bool& skip) {
   skip = false;
   try {
-    const auto& rules = eventRules();
-    const auto rule = std::find_if(rules.begin(), rules.end(), [code](const EventRule& candidate) {
+    const auto* rule = std::find_if(std::begin(RULES), std::end(RULES), [code](const EventRule& candidate) {
       return candidate.firstCode <= code && code <= candidate.lastCode;
     });
-    if (rule != rules.end()) {
+    if (rule != std::end(RULES)) {
       rewriteArguments(*rule, args, skip);
     }
   } catch (...) {

@@ -6,7 +6,6 @@
 #include "backend/Refusal.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
-#include "oslib/KVSMutexGuard.h"
 #include "oslib/KVSSystem.h"
 #include "voltvk/Specs.h"
 
@@ -20,7 +19,7 @@ namespace tvp::cim::fwf {
 std::atomic<TvproEventManager*> TvproEventManager::pOwnInstance{nullptr};
 KvsMutexHandle TvproEventManager::s_CreateMutex = nullptr;
 std::atomic<bool> TvproEventManager::flagTermThread{false};
-TvproEventManagerCleanUp TvproEventManager::_cleanup;
+TvproEventManagerCleanUp TvproEventManager::_cleanup(&s_CreateMutex);
 
 namespace {
 
@@ -55,21 +54,6 @@ private:
 
 }  // namespace
 
-TvproEventManagerCleanUp::TvproEventManagerCleanUp() : m_instance(nullptr) {
-  TvproEventManager::s_CreateMutex = KvsMutexInit();
-}
-
-TvproEventManagerCleanUp::~TvproEventManagerCleanUp() {
-  delete m_instance;
-  KvsMutexDelete(&TvproEventManager::s_CreateMutex);
-}
-
-void TvproEventManagerCleanUp::SetInstance(TvproEventManager* instance) {
-  if (m_instance == nullptr) {
-    m_instance = instance;
-  }
-}
-
 TvproEventManager::TvproEventManager(bool policyEngineRunning)
     : m_listener(nullptr), m_policyEngineRunning(policyEngineRunning), m_listenerProcess(0) {}
 
@@ -88,27 +72,13 @@ void TvproEventManager::stopListener() {
 
 TvproEventManager* TvproEventManager::getInstance() {
   KvsTrace("Entering TvproEventManager::getInstance()");
-  TvproEventManager* existing = pOwnInstance.load(std::memory_order_acquire);
-  if (existing != nullptr) {
+  if (TvproEventManager* existing = pOwnInstance.load(std::memory_order_acquire)) {
     KvsTrace("Exiting TvproEventManager::getInstance()");
     return existing;
   }
-  // The thread that creates the singleton keeps s_CreateMutex for good; others must not run into it.
-  static std::mutex creation;
-  const std::lock_guard<std::mutex> oneCreator(creation);
-  existing = pOwnInstance.load();
-  if (existing != nullptr) {
-    return existing;
-  }
-  KvsMutexGuard lock(s_CreateMutex);
-  if (lock.locked()) {
-    if (auto* created = new (std::nothrow) TvproEventManager(isPolicyEngineRunning())) {
-      pOwnInstance.store(created, std::memory_order_release);
-      _cleanup.SetInstance(created);
-      lock.keepLocked();
-    }
-  }
-  return pOwnInstance.load();
+  return kvsSingletonThatKeepsItsLock(pOwnInstance, s_CreateMutex, _cleanup, [] {
+    return new (std::nothrow) TvproEventManager(isPolicyEngineRunning());
+  });
 }
 
 bool TvproEventManager::initEventListener() {

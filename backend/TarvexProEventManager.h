@@ -3,6 +3,7 @@
 #define BACKEND_TARVEXPROEVENTMANAGER_H
 
 #include "oslib/KVSMutex.h"
+#include "oslib/KVSSingleton.h"
 #include "oslib/KVSThread.h"
 #include "voltvk/Ret.h"
 #include "voltvk/VolEvent.h"
@@ -18,22 +19,10 @@ namespace tvp::cim::fwf {
 class TvproEventManager;
 
 /** Destroys the event manager, and with it the listener, when the library is unloaded. */
-class TvproEventManagerCleanUp {
-public:
-  TvproEventManagerCleanUp();
-  ~TvproEventManagerCleanUp();
-  TvproEventManagerCleanUp(const TvproEventManagerCleanUp&) = delete;
-  TvproEventManagerCleanUp& operator=(const TvproEventManagerCleanUp&) = delete;
-
-  /** Remembers what to destroy; the first one stays. */
-  void SetInstance(TvproEventManager* instance);
-
-private:
-  TvproEventManager* m_instance;
-};
+using TvproEventManagerCleanUp = KvsSingletonCleanUp<TvproEventManager>;
 
 /**
- * Watches the storage library for events: one thread fetches them every five seconds, words each from
+ * Watches the storage library for events: one thread fetches them every five seconds, describes each from
  * the description catalogue, drops those of internal pools and sends the rest as indications. It also
  * reports when the policy engine starts or stops.
  *
@@ -42,7 +31,7 @@ private:
  */
 class TvproEventManager {
 public:
-  /** @param policyEngineRunning the state from which the first change is told */
+  /** @param policyEngineRunning the state from which the first change is reported */
   explicit TvproEventManager(bool policyEngineRunning);
   /** Stops the listener when it runs. */
   virtual ~TvproEventManager();
@@ -56,8 +45,8 @@ public:
   bool initEventListener();
 
   /**
-   * Stops the listener for good and waits for it, up to five seconds. Without a running listener it
-   * only keeps one from polling later. @return true
+   * Stops the listener, which never starts again, and waits for it, up to five seconds. Without a running
+   * listener it only keeps one from polling later. @return true
    */
   bool terminateEventListener();
 
@@ -94,8 +83,6 @@ public:
   void reportPolicyEngineEvent();
 
 private:
-  friend class TvproEventManagerCleanUp;
-
   /** Writes why the events could not be fetched, once for as long as the reason is the same. */
   void reportRefusedPoll(const Ret& ret);
 
@@ -106,7 +93,7 @@ private:
 
   std::atomic<KvsThreadHandle> m_listener;  ///< null when no thread runs
   bool m_policyEngineRunning;
-  std::string m_refusal;  ///< of the latest poll; empty when it was not refused
+  std::string m_refusal;       ///< of the latest poll; empty when it was not refused
   int m_listenerProcess;       ///< the process that the listener runs in
   std::mutex m_listenerMutex;  ///< two callers start one thread only
 };

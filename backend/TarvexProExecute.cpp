@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProExecute.h"
 
+#include "backend/BackendResult.h"
 #include "backend/RoutineSupport.h"
 #include "backend/TarvexProInterface.h"
 #include "backend/tvpCIMInstanceWrapper.h"
@@ -43,7 +44,7 @@ unsigned int getSupportedRoutines(const CIMObjectPath&, const CIMMethodParam&, C
     gateway->TVPGetSupportedRoutines(names);
   }
   out.addArgument(makeProperty("Routine_List", std::move(names)));
-  return 0;
+  return BACKEND_DONE;
 }
 
 }  // namespace tvp::cim::fwf

@@ -31,7 +31,7 @@ void insertRoutine(routineTable& table, const std::string& name, routineFunction
 void initializeRoutineList(routineTable& table);
 
 /**
- * The routines. Each returns 0 for success and 3 for failure: arguments that are missing or too many
+ * The routines. Each returns BACKEND_DONE or BACKEND_FAILED: arguments that are missing or too many
  * (logged, no output), or a refusal by the storage library, whose status is the output "RetStat"
  * ("ReturnCode" for TvpIfResetVirtualVolumeStats). An argument that is null, of another type or without
  * an element reads as 0 or the empty text, which the library judges. Safe from any thread.

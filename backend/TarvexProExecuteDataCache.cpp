@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "backend/BackendResult.h"
 #include "backend/LibraryAccess.h"
 #include "backend/RoutineArguments.h"
 #include "backend/RoutineSupport.h"
@@ -36,11 +37,12 @@ VirtualPoolSpec describeInternalPool(const RoutineArguments& arguments, unsigned
 
 bool poolExists(unsigned int poolId) {
   refreshTarvexProObjects();
-  bool found = false;
-  FilteredObjects<VirtualPool>(getTvkAdapter(), "VirtualPool").visitAll([&](VirtualPool& pool) {
-    found = found || pool.getPoolId() == poolId;
-  });
-  return found;
+  for (const VirtualPool& pool : FilteredObjects<VirtualPool>(getTvkAdapter())) {
+    if (pool.getPoolId() == poolId) {
+      return true;
+    }
+  }
+  return false;
 }
 
 }  // namespace
@@ -51,7 +53,7 @@ unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
   if (!arguments.areExactly(
           {"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool", "LDDeviceNumber",
            "LDCapacityInSectors", "ChunkSize", "KnobSetting"})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const std::string name = arguments.text("VolumeName");
   const std::string description = arguments.text("Description");
@@ -72,13 +74,13 @@ unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
     KvsLogMsg(
         KVS_LOG_DEBUG,
         "TvpIfCreateDataCacheVolume() - !!ERROR!! - Only one LD is required for DataCache volume");
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   VirtualPoolSpec internalPool = describeInternalPool(arguments, drives.front());
   Ret ret;
   const unsigned int result = TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
       name, description, kind, ssdPoolId, ssdCapacity, knobSetting, internalPool, ret);
-  answerStatus(" TvpIfCreateDataCacheVolume", ret, out);
+  returnStatus(" TvpIfCreateDataCacheVolume", ret, out);
   return result;
 }
 
@@ -86,7 +88,7 @@ unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
   traceRoutineEntry("TvpIfDeleteDataCacheVolume");
   const RoutineArguments arguments("TvpIfDeleteDataCacheVolume", in);
   if (!arguments.areExactly({"VirtualVolumeId", "VirtualPoolId"})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
   const unsigned int poolId = arguments.identifier("VirtualPoolId");
@@ -100,7 +102,7 @@ unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
     TarvexProVirtualPool::DeleteVirtualPool(poolId, ret);
   }
   const unsigned int result = TarvexProVirtualVolume::DeleteDataCacheVolume(volumeId, poolId, ret);
-  answerStatus(" TvpIfDeleteDataCacheVolume", ret, out);
+  returnStatus(" TvpIfDeleteDataCacheVolume", ret, out);
   return result;
 }
 

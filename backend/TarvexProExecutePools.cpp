@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "backend/BackendResult.h"
 #include "backend/RoutineArguments.h"
 #include "backend/RoutineSupport.h"
 #include "backend/TarvexProExecute.h"
@@ -15,7 +16,7 @@ unsigned int TvpIfCreateVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
   if (!arguments.areExactly(
           {"Name", "Description", "NumberOfLogicalDevice", "LDDeviceNumbers", "CapacityInSectors",
            "ChunkSize", "TierLevel"})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const std::string name = arguments.text("Name");
   const std::string description = arguments.text("Description");
@@ -45,14 +46,15 @@ unsigned int TvpIfCreateVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
 
   Ret ret;
   const unsigned int result = TarvexProVirtualPool::CreateVirtualPool(spec, ret);
-  answerStatus("TarvexProVirtualPool::CreateVirtualPool", ret, out);
+  returnStatus("TarvexProVirtualPool::CreateVirtualPool", ret, out);
   return result;
 }
 
 unsigned int TvpIfDeleteVirtualPool(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   KvsTrace("Entering TvpIfDeleteVirtualPool()");
   return runIdentifierRoutine(
-      {"TvpIfDeleteVirtualPool", "VirtualPoolId", "TarvexProVirtualPool::DeleteVirtualPool", "RetStat"},
+      IdentifierRoutine("TvpIfDeleteVirtualPool", "VirtualPoolId")
+          .calledAs("TarvexProVirtualPool::DeleteVirtualPool"),
       TarvexProVirtualPool::DeleteVirtualPool, in, out);
 }
 
@@ -60,7 +62,7 @@ unsigned int TvpIfModifyVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
   traceRoutineEntry("TvpIfModifyVirtualPool");
   const RoutineArguments arguments("TvpIfModifyVirtualPool", in);
   if (!arguments.areExactly({"VirtualPoolId", "Name", "TierLevel", "Description"})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const unsigned int poolId = arguments.identifier("VirtualPoolId");
   const std::string name = arguments.text("Name");
@@ -77,16 +79,19 @@ unsigned int TvpIfModifyVirtualPool(const CIMObjectPath&, const CIMMethodParam& 
 
   Ret ret;
   const unsigned int result = TarvexProVirtualPool::ModifyVirtualPool(poolId, spec, ret);
-  answerStatus(" TvpIfModifyVirtualPool", ret, out);
+  returnStatus(" TvpIfModifyVirtualPool", ret, out);
   return result;
 }
 
 unsigned int
 TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out) {
-  return runMemberRoutine(
-      {"TvpIfGetVirtualPoolMembers", "VirtualPoolId", "TVP_VirtualPoolMember",
-       "Returning Logical Device instances", TarvexProVirtualPool::GetPoolMembers},
-      path, in, out);
+  MemberRoutine members;
+  members.routine = "TvpIfGetVirtualPoolMembers";
+  members.argument = "VirtualPoolId";
+  members.className = "TVP_VirtualPoolMember";
+  members.farewell = "Returning Logical Device instances";
+  members.collect = TarvexProVirtualPool::GetPoolMembers;
+  return runMemberRoutine(members, path, in, out);
 }
 
 }  // namespace tvp::cim::fwf

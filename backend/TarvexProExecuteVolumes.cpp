@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "backend/BackendResult.h"
 #include "backend/RoutineArguments.h"
 #include "backend/RoutineSupport.h"
 #include "backend/TarvexProExecute.h"
@@ -52,7 +53,7 @@ unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam
   if (!arguments.areExactly(
           {"VolumeName", "Description", "VolumeType", "VirtualPoolsCount", "ListOfVirtualPoolIds",
            "UsedSizeInSectors", "KnobSetting"})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const std::string name = arguments.text("VolumeName");
   const std::string description = arguments.text("Description");
@@ -79,15 +80,15 @@ unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam
 
   Ret ret;
   const unsigned int result = TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
-  // Intended: this line has a name of its own; log readers know it so.
-  answerStatus(" tvpCreateVirtualVolume", ret, out);
+  // COMPAT: logs are searched for the name that this line alone has.
+  returnStatus(" tvpCreateVirtualVolume", ret, out);
   return result;
 }
 
 unsigned int TvpIfDeleteVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfDeleteVirtualVolume");
   return runIdentifierRoutine(
-      {"TvpIfDeleteVirtualVolume", "VirtualVolumeId", " TvpIfDeleteVirtualVolume", "RetStat"},
+      IdentifierRoutine("TvpIfDeleteVirtualVolume", "VirtualVolumeId"),
       TarvexProVirtualVolume::DeleteVirtualVolume, in, out);
 }
 
@@ -95,7 +96,7 @@ unsigned int TvpIfModifyVirtualVolume(const CIMObjectPath&, const CIMMethodParam
   traceRoutineEntry("TvpIfModifyVirtualVolume");
   const RoutineArguments arguments("TvpIfModifyVirtualVolume", in);
   if (!arguments.areExactly({"VirtualVolumeId", "VolumeName", "Description", "KnobSetting"})) {
-    return ROUTINE_FAILURE;
+    return BACKEND_FAILED;
   }
   const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
   const std::string name = arguments.text("VolumeName");
@@ -110,18 +111,18 @@ unsigned int TvpIfModifyVirtualVolume(const CIMObjectPath&, const CIMMethodParam
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Description: %s", description.c_str());
   KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Knob Setting: %u", spec.knobSetting);
 
-  // Intended: both lines name the pool routine; log readers know them so.
+  // COMPAT: both lines name the pool routine; logs are searched for them.
   KvsLogMsg(KVS_LOG_DEBUG, "Before TvpIfModifyVirtualPool() call");
   Ret ret;
   const unsigned int result = TarvexProVirtualVolume::ModifyVirtualVolume(volumeId, spec, ret);
-  answerStatus(" TvpIfModifyVirtualPool", ret, out);
+  returnStatus(" TvpIfModifyVirtualPool", ret, out);
   return result;
 }
 
 unsigned int TvpIfFlushVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfFlushVirtualVolume");
   return runIdentifierRoutine(
-      {"TvpIfFlushVirtualVolume", "VirtualVolumeId", " TvpIfFlushVirtualVolume", "RetStat"},
+      IdentifierRoutine("TvpIfFlushVirtualVolume", "VirtualVolumeId"),
       TarvexProVirtualVolume::FlushVirtualVolume, in, out);
 }
 
@@ -129,7 +130,7 @@ unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodPar
   traceRoutineEntry("TvpIfGetVirtualVolumeStats");
   std::optional<d_ioctl_user_stat> statistics;
   const unsigned int result = runIdentifierRoutine(
-      {"TvpIfGetVirtualVolumeStats", "VirtualVolumeId", " TvpIfGetVirtualVolumeStats", "RetStat"},
+      IdentifierRoutine("TvpIfGetVirtualVolumeStats", "VirtualVolumeId"),
       [&statistics](unsigned int volumeId, Ret& ret) {
         return TarvexProVirtualVolume::GetVolumeStats(volumeId, &statistics.emplace(), ret);
       },
@@ -143,18 +144,21 @@ unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodPar
 unsigned int
 TvpIfResetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfResetVirtualVolumeStats");
-  // Intended: this routine alone answers the status as "ReturnCode"; clients rely on the name.
+  // COMPAT: clients read the status of this routine alone as "ReturnCode".
   return runIdentifierRoutine(
-      {"TvpIfResetVirtualVolumeStats", "VirtualVolumeId", " TvpIfResetVirtualVolumeStats", "ReturnCode"},
+      IdentifierRoutine("TvpIfResetVirtualVolumeStats", "VirtualVolumeId").returning("ReturnCode"),
       TarvexProVirtualVolume::ResetVolumeStats, in, out);
 }
 
 unsigned int
 TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out) {
-  return runMemberRoutine(
-      {"TvpIfGetVirtualVolumeMembers", "VirtualVolumeId", "TVP_VirtualVolumeSource",
-       "Returning pool instances", TarvexProVirtualVolume::GetVolumeMembers},
-      path, in, out);
+  MemberRoutine members;
+  members.routine = "TvpIfGetVirtualVolumeMembers";
+  members.argument = "VirtualVolumeId";
+  members.className = "TVP_VirtualVolumeSource";
+  members.farewell = "Returning pool instances";
+  members.collect = TarvexProVirtualVolume::GetVolumeMembers;
+  return runMemberRoutine(members, path, in, out);
 }
 
 }  // namespace tvp::cim::fwf

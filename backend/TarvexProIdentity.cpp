@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProIdentity.h"
 
+#include "backend/BackendResult.h"
 #include "backend/LibraryAccess.h"
 #include "backend/Refusal.h"
 #include "backend/TarvexProUtil.h"
@@ -84,11 +85,11 @@ unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
   TvkAdapter* adapter = getTvkAdapter();
   if (adapter == nullptr) {
     KvsLogMsg(KVS_LOG_DEBUG, "InsertFeatureIdentityInfo() - !!ERROR!! - TvkAdapter object is NULL");
-    return 3;
+    return BACKEND_FAILED;
   }
   TvkAdapterIdentity identity = {};
   if (!readIdentity(*adapter, identity)) {
-    return 3;
+    return BACKEND_FAILED;
   }
   wrapper.tvpAddProp<std::string>("CreationClassName", "TVP_TarvexProIdentity", true, true);
   wrapper.tvpAddProp<std::string>("Name", identity.name, true, true);
@@ -99,7 +100,7 @@ unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
       "PolicyEngineStatus", getTarvexProRoot()->isPolicyEngineRunning() ? 1 : 0, false, false);
   insertCapabilities(collectCapabilities(identity), wrapper);
   insertLimits(identity, wrapper);
-  return 0;
+  return BACKEND_DONE;
 }
 
 }  // namespace tvp::cim::fwf

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProInterface.h"
 
+#include "backend/BackendResult.h"
 #include "backend/TarvexProEventManager.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMethodTrace.h"
-#include "oslib/KVSMutexGuard.h"
 
 #include <memory>
 #include <new>
@@ -14,24 +14,7 @@ namespace tvp::cim::fwf {
 std::atomic<TVPInterface*> TVPInterface::pTVPInterface{nullptr};
 KvsMutexHandle TVPInterface::s_CreateMutex = nullptr;
 KvsMutexHandle TVPInterface::tarvexProlibGuard = nullptr;
-TVPInterfaceCleanUp TVPInterface::_cleanup;
-
-TVPInterfaceCleanUp::TVPInterfaceCleanUp() : m_instance(nullptr) {
-  TVPInterface::s_CreateMutex = KvsMutexInit();
-  TVPInterface::tarvexProlibGuard = KvsMutexInit();
-}
-
-TVPInterfaceCleanUp::~TVPInterfaceCleanUp() {
-  delete m_instance;
-  KvsMutexDelete(&TVPInterface::tarvexProlibGuard);
-  KvsMutexDelete(&TVPInterface::s_CreateMutex);
-}
-
-void TVPInterfaceCleanUp::SetInstance(TVPInterface* instance) {
-  if (m_instance == nullptr) {
-    m_instance = instance;
-  }
-}
+TVPInterfaceCleanUp TVPInterface::_cleanup(&s_CreateMutex, &tarvexProlibGuard);
 
 TVPInterface::TVPInterface() : m_library(nullptr), m_released(false) {
   KvsLogInit("tvpIf");
@@ -46,30 +29,14 @@ TVPInterface::~TVPInterface() {
 }
 
 TVPInterface* TVPInterface::getInstance() {
-  TVPInterface* existing = pTVPInterface.load(std::memory_order_acquire);
-  if (existing != nullptr) {
-    return existing;
-  }
-  // The thread that creates the singleton keeps s_CreateMutex for good; others must not run into it.
-  static std::mutex creation;
-  const std::lock_guard<std::mutex> oneCreator(creation);
-  existing = pTVPInterface.load();
-  if (existing != nullptr) {
-    return existing;
-  }
-  KvsMutexGuard lock(s_CreateMutex);
-  if (lock.locked()) {
+  return kvsSingletonThatKeepsItsLock(pTVPInterface, s_CreateMutex, _cleanup, []() -> TVPInterface* {
     try {
-      if (auto* created = new (std::nothrow) TVPInterface) {
-        pTVPInterface.store(created, std::memory_order_release);
-        _cleanup.SetInstance(created);
-        lock.keepLocked();
-      }
+      return new (std::nothrow) TVPInterface;
     } catch (...) {
       KvsTrace("Exception caught in TVPInterface::getInstance()");
+      return nullptr;
     }
-  }
-  return pTVPInterface.load();
+  });
 }
 
 unsigned int TVPInterface::initialize(bool startEventListener, bool) {
@@ -83,10 +50,10 @@ unsigned int TVPInterface::initialize(bool startEventListener, bool) {
     TvproEventManager* eventManager = TvproEventManager::getInstance();
     if (eventManager == nullptr || !eventManager->initEventListener()) {
       KvsLogMsg(KVS_LOG_FATAL, "Somthing went wrong!!! Event Listener didn't start");
-      return 3;
+      return BACKEND_FAILED;
     }
   }
-  return 0;
+  return BACKEND_DONE;
 }
 
 unsigned int TVPInterface::terminate() {
@@ -97,7 +64,7 @@ unsigned int TVPInterface::terminate() {
   if (!m_released.exchange(true)) {
     delete m_library.load();
   }
-  return 0;
+  return BACKEND_DONE;
 }
 
 TvkLib* TVPInterface::getTarvexProLib() {
@@ -146,7 +113,7 @@ void TVPInterface::reportMissingDriver(TvkLib& library) {
 unsigned int TVPInterface::GetConfig() {
   tvpMethodTrace trace("TVPInterface::GetConfig");
   refreshConfiguration();
-  return 0;
+  return BACKEND_DONE;
 }
 
 unsigned int TVPInterface::execute(
@@ -154,7 +121,7 @@ unsigned int TVPInterface::execute(
   tvpMethodTrace trace("TVPInterface::execute");
   const auto routine = m_routines.find(name);
   if (routine == m_routines.end()) {
-    return 1;
+    return BACKEND_NO_SUCH_ROUTINE;
   }
   try {
     return routine->second.function(path, in, out);
@@ -162,7 +129,7 @@ unsigned int TVPInterface::execute(
     KvsLogMsg(
         KVS_LOG_ERROR, "The method %s ended with an exception; nothing is known of its outcome",
         name.c_str());
-    return 3;
+    return BACKEND_FAILED;
   }
 }
 
@@ -171,7 +138,7 @@ unsigned int TVPInterface::TVPGetSupportedRoutines(std::vector<std::string>& nam
   for (const auto& routine : m_routines) {
     names.push_back(routine.first);
   }
-  return 0;
+  return BACKEND_DONE;
 }
 
 }  // namespace tvp::cim::fwf

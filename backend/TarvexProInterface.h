@@ -4,6 +4,7 @@
 
 #include "backend/TarvexProExecute.h"
 #include "oslib/KVSMutex.h"
+#include "oslib/KVSSingleton.h"
 #include "voltvk/TvkLib.h"
 
 #include <atomic>
@@ -14,24 +15,7 @@
 namespace tvp::cim::fwf {
 
 class TVPInterface;
-
-/**
- * Makes the locks of TVPInterface when the library is loaded; destroys the singleton and the locks when
- * it is unloaded.
- */
-class TVPInterfaceCleanUp {
-public:
-  TVPInterfaceCleanUp();
-  ~TVPInterfaceCleanUp();
-  TVPInterfaceCleanUp(const TVPInterfaceCleanUp&) = delete;
-  TVPInterfaceCleanUp& operator=(const TVPInterfaceCleanUp&) = delete;
-
-  /** Remembers what to destroy; the first one stays. */
-  void SetInstance(TVPInterface* instance);
-
-private:
-  TVPInterface* m_instance;
-};
+using TVPInterfaceCleanUp = KvsSingletonCleanUp<TVPInterface>;
 
 /**
  * The one gateway to the storage library: owns its top object, starts and stops the event listener and
@@ -51,7 +35,7 @@ public:
    * Makes the storage library's top object and has it read the configuration. After a terminate it
    * makes a new one.
    * @param startEventListener also starts the listener thread
-   * @return 0; 3 when the listener did not start (logged as fatal)
+   * @return BACKEND_DONE; BACKEND_FAILED when the listener did not start (logged as fatal)
    */
   unsigned int initialize(bool startEventListener, bool unused = false);
 
@@ -67,13 +51,18 @@ public:
    */
   TvkLib* getTarvexProLib();
 
-  /** Has the storage library re-read its configuration. Always returns 0; the log says why there is no
-   * driver. */
+  /** refreshConfiguration between two trace lines. Always returns 0. */
   unsigned int GetConfig();
 
   /**
+   * Has the storage library re-read its configuration. What it answers is ignored, what it throws is
+   * logged; so is the reason when there is no driver, once for each new reason.
+   */
+  void refreshConfiguration();
+
+  /**
    * Carries out an extrinsic method.
-   * @return the routine's result (0 success, 3 failure); 1 when there is no routine of that name
+   * @return the routine's result; BACKEND_NO_SUCH_ROUTINE for another name
    */
   unsigned int
   execute(const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in, CIMMethodParam& out);
@@ -82,11 +71,8 @@ public:
   unsigned int TVPGetSupportedRoutines(std::vector<std::string>& names);
 
 private:
-  friend class TVPInterfaceCleanUp;
-
   TVPInterface();
 
-  void refreshConfiguration();
   void reportMissingDriver(TvkLib& library);
 
   static std::atomic<TVPInterface*> pTVPInterface;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProLogicalDevice.h"
 
+#include "backend/BackendResult.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSMethodTrace.h"
 #include "voltvk/LogicalDevice.h"
@@ -11,7 +12,7 @@ unsigned int
 TarvexProLogicalDevice::InsertLogicalDriveInfo(LogicalDevice* drive, tvpCIMInstanceWrapper& wrapper) {
   tvpMethodTrace trace("TarvexProLogicalDevice::InsertLogicalDriveInfo");
   if (drive == nullptr) {
-    return 3;
+    return BACKEND_FAILED;
   }
   wrapper.tvpAddProp<std::string>("CreationClassName", "TVP_LogicalDevice", true, true);
   wrapper.tvpAddProp<std::string>("DeviceName", drive->getDeviceName(), true, true);
@@ -28,7 +29,7 @@ TarvexProLogicalDevice::InsertLogicalDriveInfo(LogicalDevice* drive, tvpCIMInsta
   wrapper.tvpAddProp<bool>("isUsedByTarvexPro", drive->isUsed(), false, false);
   wrapper.tvpAddProp<unsigned char>("InterfaceType", drive->getInterfaceType(), false, false);
   wrapper.tvpAddProp<unsigned char>("LD_Status", drive->getStatus(), false, false);
-  return 0;
+  return BACKEND_DONE;
 }
 
 }  // namespace tvp::cim::fwf

@@ -13,7 +13,7 @@ class TarvexProLogicalDevice {
 public:
   /**
    * Appends the properties of a "TVP_LogicalDevice" to the instance; sizes are sectors of 512 bytes.
-   * @return 0; 3, adding nothing, for a null drive
+   * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, for a null drive
    */
   static unsigned int InsertLogicalDriveInfo(LogicalDevice* drive, tvpCIMInstanceWrapper& wrapper);
 };

@@ -84,7 +84,7 @@ void getTarvexFeatures(unsigned int mask, std::vector<unsigned char>& out) {
   if ((mask & 2U) != 0) {
     out.push_back(2);
   }
-  // Intended: feature 3 goes with either of the first two, and clients rely on seeing it there.
+  // COMPAT: clients expect feature 3 with either of the first two.
   if ((mask & 3U) != 0) {
     out.push_back(3);
   }

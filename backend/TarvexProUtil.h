@@ -7,7 +7,7 @@
 
 namespace tvp::cim::fwf {
 
-/** What the product can do. The numbers are published; the end marker is published as an entry too. */
+/** What the product can do. COMPAT: the end marker is published as an entry too; clients see its number. */
 enum tvpFeatureEnum : int {
   TVP_FEATURE_CACHE = 1,
   TVP_FEATURE_TIER = 2,
@@ -18,7 +18,7 @@ enum tvpFeatureEnum : int {
   featMaxIndex = 7
 };
 
-/** What can be adjusted. Four names say ADJUST and three ADJ: clients know them so. */
+/** What can be adjusted. COMPAT: four names say ADJUST and three ADJ; clients compare them. */
 enum tvpSuppAdjEnum : int {
   TVP_ADJUST_TUNE_KNOB = 1,
   TVP_ADJUST_MAX_MOVE_CHUNKS = 2,

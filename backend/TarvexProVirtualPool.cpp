@@ -2,6 +2,7 @@
 #include "backend/TarvexProVirtualPool.h"
 
 #include "backend/AdapterOperation.h"
+#include "backend/BackendResult.h"
 #include "backend/MemberWalk.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
@@ -15,10 +16,8 @@ namespace {
 
 constexpr AdapterOperation CREATE("TarvexProVirtualPool::CreateVirtualPool", "createVirtualPool");
 constexpr AdapterOperation DELETE("TarvexProVirtualPool::DeleteVirtualPool", "deleteVirtualPool");
-// Intended: the exception line alone has a capital M; log readers know it so.
-constexpr AdapterOperation MODIFY(
-    {"TarvexProVirtualPool::ModifyVirtualPool", "TarvexProVirtualPool::ModifyVirtualPool",
-     "modifyVirtualPool", "modifyVirtualPool", "ModifyVirtualPool"});
+constexpr auto MODIFY = AdapterOperation("TarvexProVirtualPool::ModifyVirtualPool", "modifyVirtualPool")
+                            .throwingAs("ModifyVirtualPool");
 
 bool describeMember(const Chunk& chunk, tvpCIMInstanceWrapper& member) {
   const LogicalDevice* drive = chunk.getProviderLogical();
@@ -61,20 +60,19 @@ unsigned int TarvexProVirtualPool::GetPoolMembers(unsigned int poolId, std::vect
       KVS_LOG_DEBUG, "Entering TarvexProVirtualPool::GetPoolMembers :- poolId : %d",
       static_cast<int>(poolId));
   return collectMembers(
-      "TarvexProVirtualPool::GetPoolMembers", "VirtualPool", poolId, &VirtualPool::getPoolId, describeMember,
-      members);
+      "TarvexProVirtualPool::GetPoolMembers", poolId, &VirtualPool::getPoolId, describeMember, members);
 }
 
 unsigned int TarvexProVirtualPool::InsertVirtualPoolInfo(VirtualPool* pool, tvpCIMInstanceWrapper& wrapper) {
   tvpMethodTrace trace("TarvexProVirtualPool::InsertVirtualPoolInfo");
   if (pool == nullptr) {
-    return 3;
+    return BACKEND_FAILED;
   }
   if (pool->isInternal()) {
     KvsLogMsg(
         KVS_LOG_DEBUG, "The Pool %s is an internal pool created for CachedLD, hence ignoring it",
         pool->getName());
-    return 3;
+    return BACKEND_FAILED;
   }
   wrapper.tvpAddProp<std::string>("CreationClassName", "TVP_VirtualPool", true, true);
   wrapper.tvpAddProp<std::string>("Name", pool->getName(), true, true);
@@ -88,7 +86,7 @@ unsigned int TarvexProVirtualPool::InsertVirtualPoolInfo(VirtualPool* pool, tvpC
   wrapper.tvpAddProp<unsigned long long>("CapacityInSectors", pool->getCapacityInSectors(), false, false);
   wrapper.tvpAddProp<unsigned long long>(
       "UsedCapacityInSectors", pool->getUsedCapacityInSectors(), false, false);
-  return 0;
+  return BACKEND_DONE;
 }
 
 }  // namespace tvp::cim::fwf

@@ -18,9 +18,10 @@ class tvpCIMInstanceWrapper;
  * The operations on virtual pools, each around one call of the storage library's adapter, and the CIM
  * instances of pools and their members.
  *
- * The operations that take a Ret copy the library's status into it and return 0, or 3 when the status is
- * not zero or there is no adapter. When the library throws they return 0: callers rely on that, the log
- * tells. Nothing here throws on its own account; without state, safe from any thread.
+ * The operations that take a Ret copy the library's status into it and return BACKEND_DONE, or BACKEND_FAILED
+ * when the status is not zero or there is no adapter. COMPAT: when the library throws they return
+ * BACKEND_DONE, which clients see as success; the log shows the exception. Nothing here throws on its own
+ * account; without state, safe from any thread.
  */
 class TarvexProVirtualPool {
 public:
@@ -32,13 +33,14 @@ public:
   /**
    * Appends one instance per chunk of the pool, with "Name" and "DeviceNumber" of the drive and
    * "LDStartRange" and "LDEndRange" in sectors. The instances carry no class name yet.
-   * @return 0, also for an identifier that no pool has; 3 when there is no adapter
+   * @return BACKEND_DONE, also for an identifier that no pool has; BACKEND_FAILED when there is no adapter
    */
   static unsigned int GetPoolMembers(unsigned int poolId, std::vector<CIMInstance>& members);
 
   /**
    * Appends the properties of a "TVP_VirtualPool" to the instance.
-   * @return 0; 3, adding nothing, for an internal pool (made for a cached drive) or a null one
+   * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, for an internal pool (made for a cached drive) or a
+   * null one
    */
   static unsigned int InsertVirtualPoolInfo(VirtualPool* pool, tvpCIMInstanceWrapper& wrapper);
 };

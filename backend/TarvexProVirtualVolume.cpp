@@ -2,6 +2,7 @@
 #include "backend/TarvexProVirtualVolume.h"
 
 #include "backend/AdapterOperation.h"
+#include "backend/BackendResult.h"
 #include "backend/MemberWalk.h"
 #include "backend/TarvexProUtil.h"
 #include "backend/TvkUtil.h"
@@ -12,38 +13,37 @@
 
 #include <algorithm>
 #include <limits>
-#include <optional>
 #include <utility>
 
 namespace tvp::cim::fwf {
 
 namespace {
 
-// Intended: the exit line names the pool class; log readers know it so.
-constexpr AdapterOperation CREATE(
-    {"TarvexProVirtualVolume::CreateVirtualVolume", "TarvexProVirtualPool::CreateVirtualVolume",
-     "createVirtualVolume", "createVirtualVolume", "createVirtualVolume"});
+constexpr auto CREATE = AdapterOperation("TarvexProVirtualVolume::CreateVirtualVolume", "createVirtualVolume")
+                            .exitingAs("TarvexProVirtualPool::CreateVirtualVolume");
 constexpr AdapterOperation MODIFY("TarvexProVirtualVolume::ModifyVirtualVolume", "modifyVirtualVolume");
 constexpr AdapterOperation FLUSH("TarvexProVirtualVolume::FlushVirtualVolume", "flushVirtualVolume");
 constexpr AdapterOperation DELETE("TarvexProVirtualVolume::DeleteVirtualVolume", "deleteVirtualVolume");
 constexpr AdapterOperation RESET_STATS("TarvexProVirtualVolume::ResetVolumeStats", "resetVirtualVolumeStats");
 constexpr AdapterOperation GET_STATS("TarvexProVirtualVolume::GetVolumeStats", "getVirtualVolumeStats");
-// Intended: the names vary from line to line; log readers know them so.
-constexpr AdapterOperation CREATE_DATA_CACHE(
-    {"TarvexProVirtualVolume::CreateDataCacheVirtualVolume", "TarvexProVirtualVolume::CreateDataCacheVolume",
-     "createDataCacheVolume", "CreateDataCacheVolume", "CreateDataCacheVolume"});
+constexpr auto CREATE_DATA_CACHE =
+    AdapterOperation("TarvexProVirtualVolume::CreateDataCacheVirtualVolume", "CreateDataCacheVolume")
+        .exitingAs("TarvexProVirtualVolume::CreateDataCacheVolume")
+        .callingAs("createDataCacheVolume");
 constexpr AdapterOperation
     DELETE_DATA_CACHE("TarvexProVirtualVolume::DeleteDataCacheVolume", "DeleteDataCacheVolume");
 
 /** Does a spec begin with the SSD pool? A pool that does not exist is left to the library. */
 bool beginsWithSsd(TvkAdapter& adapter, const VirtualVolumeSpec& spec) {
-  std::optional<std::uint8_t> hardDiskFlag;
-  FilteredObjects<VirtualPool>(&adapter, "VirtualPool").visitAll([&](VirtualPool& pool) {
-    if (!hardDiskFlag && pool.getPoolId() == spec.pools[0].poolId) {
-      hardDiskFlag = pool.getHardDiskFlag();
+  if (spec.numValidPools == 0) {
+    return false;
+  }
+  for (const VirtualPool& pool : FilteredObjects<VirtualPool>(&adapter)) {
+    if (pool.getPoolId() == spec.pools[0].poolId) {
+      return pool.getHardDiskFlag() == 0;
     }
-  });
-  return hardDiskFlag == 0 && spec.numValidPools > 0;
+  }
+  return false;
 }
 
 /** Sum of two capacities; one that does not fit becomes the largest number, which no pool can give. */
@@ -80,7 +80,7 @@ bool describeMember(const Chunk& chunk, tvpCIMInstanceWrapper& member) {
   if (pool == nullptr) {
     return false;
   }
-  // Intended: the providing pool's name stands under "VolumeName"; clients rely on the key.
+  // COMPAT: clients read the providing pool's name under "VolumeName".
   KvsLogMsg(KVS_LOG_DEBUG, "TarvexProVirtualVolume::GetVolumeMembers VolumeName : %s", pool->getName());
   member.tvpAddProp<std::string>("VolumeName", pool->getName(), false, false);
   KvsLogMsg(
@@ -111,13 +111,13 @@ unsigned int TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
     ssdPool.poolId = ssdPoolId;
     ssdPool.capacityInSectors = ssdCapacity;
     VirtualVolumeSpec volume;
-    tvkSetText(volume.name, TVK_NAME_SIZE, cutToSize(std::move(volumeName), TVK_NAME_SIZE - 1).c_str());
+    tvkSetText(volume.name, TVK_NAME_SIZE, cutToSize(std::move(volumeName), TVK_LONGEST_NAME).c_str());
     tvkSetText(
         volume.description, TVK_DESCRIPTION_SIZE,
-        cutToSize(std::move(text), TVK_DESCRIPTION_SIZE - 1).c_str());
+        cutToSize(std::move(text), TVK_LONGEST_DESCRIPTION).c_str());
     volume.featureType1 = kind;
     volume.knobSetting = knobSetting;
-    // An adapter of its own, so that nothing that the shared one holds can get into the way.
+    // An adapter of its own, so that nothing that the shared one holds can get in the way.
     TvkAdapter adapter;
     return adapter.createCachedLD(ssdPool, internalPool, volume);
   });
@@ -162,15 +162,15 @@ TarvexProVirtualVolume::GetVolumeMembers(unsigned int volumeId, std::vector<CIMI
       KVS_LOG_DEBUG, "Entering TarvexProVirtualVolume::GetVolumeMembers :- volId : %d",
       static_cast<int>(volumeId));
   return collectMembers(
-      "TarvexProVirtualVolume::GetVolumeMembers", "VirtualVolume", volumeId, &VirtualVolume::getVolumeId,
-      describeMember, members);
+      "TarvexProVirtualVolume::GetVolumeMembers", volumeId, &VirtualVolume::getVolumeId, describeMember,
+      members);
 }
 
 unsigned int
 TarvexProVirtualVolume::InsertVirtualVolumeInfo(VirtualVolume* volume, tvpCIMInstanceWrapper& wrapper) {
   tvpMethodTrace trace("TarvexProVirtualVolume::InsertVirtualVolumeInfo");
   if (volume == nullptr) {
-    return 3;
+    return BACKEND_FAILED;
   }
   std::vector<unsigned char> features;
   getTarvexFeatures(volume->getFeatures(), features);
@@ -191,7 +191,7 @@ TarvexProVirtualVolume::InsertVirtualVolumeInfo(VirtualVolume* volume, tvpCIMIns
   wrapper.tvpAddProp<unsigned char>("State", volume->getState(), false, false);
   wrapper.tvpAddProp<unsigned char>("KnobSetting", volume->getKnobSetting(), false, false);
   wrapper.tvpAddProp<unsigned long long>("CapacityInSectors", volume->getCapacityInSectors(), false, false);
-  return 0;
+  return BACKEND_DONE;
 }
 
 }  // namespace tvp::cim::fwf

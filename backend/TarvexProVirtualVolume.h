@@ -32,8 +32,8 @@ public:
 
   /**
    * Creates a cached volume together with its internal pool.
-   * @param volumeName its first 31 bytes are used, cut at a character boundary
-   * @param text the description, likewise its first 63 bytes
+   * @param volumeName its first TVK_LONGEST_NAME bytes are used, cut at a character boundary
+   * @param text the description, likewise its first TVK_LONGEST_DESCRIPTION bytes
    * @param kind kind of the volume (TvkVolumeType)
    * @param ssdCapacity sectors to take from the SSD pool
    * @param internalPool the pool to make of the cached drive; its identifier is set
@@ -57,13 +57,13 @@ public:
   /**
    * Appends one instance per chunk of the volume: "VolumeName" (the name of the pool that provides the
    * chunk), "VirtualPoolId" and "MaxAllowedChunks". The instances carry no class name yet.
-   * @return 0, also for an identifier that no volume has; 3 when there is no adapter
+   * @return BACKEND_DONE, also for an identifier that no volume has; BACKEND_FAILED when there is no adapter
    */
   static unsigned int GetVolumeMembers(unsigned int volumeId, std::vector<CIMInstance>& members);
 
   /**
    * Appends the properties of a "TVP_VirtualVolume" to the instance.
-   * @return 0; 3, adding nothing, for a null volume
+   * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, for a null volume
    */
   static unsigned int InsertVirtualVolumeInfo(VirtualVolume* volume, tvpCIMInstanceWrapper& wrapper);
 };

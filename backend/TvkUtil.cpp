@@ -16,21 +16,13 @@ struct ExistingObjects {
   std::set<unsigned int> identifiers;
 };
 
-ExistingObjects collectVolumes(Adapter* adapter) {
+template <typename Object>
+ExistingObjects existingObjects(Adapter* adapter, std::uint32_t (Object::*identifierOf)() const) {
   ExistingObjects existing;
-  FilteredObjects<VirtualVolume>(adapter, "VirtualVolume").visitAll([&](VirtualVolume& volume) {
-    existing.names.insert(volume.getName());
-    existing.identifiers.insert(volume.getVolumeId());
-  });
-  return existing;
-}
-
-ExistingObjects collectPools(Adapter* adapter) {
-  ExistingObjects existing;
-  FilteredObjects<VirtualPool>(adapter, "VirtualPool").visitAll([&](VirtualPool& pool) {
-    existing.names.insert(pool.getName());
-    existing.identifiers.insert(pool.getPoolId());
-  });
+  for (const Object& object : FilteredObjects<Object>(adapter)) {
+    existing.names.insert(object.getName());
+    existing.identifiers.insert((object.*identifierOf)());
+  }
   return existing;
 }
 
@@ -48,7 +40,9 @@ std::string prefixOf(int kind) {
 }  // namespace
 
 std::string TvkUtil::buildDeviceName(Adapter* adapter, int kind) {
-  const ExistingObjects existing = kind == TVK_NAME_VOLUME ? collectVolumes(adapter) : collectPools(adapter);
+  const ExistingObjects existing = kind == TVK_NAME_VOLUME
+                                       ? existingObjects(adapter, &VirtualVolume::getVolumeId)
+                                       : existingObjects(adapter, &VirtualPool::getPoolId);
   unsigned int number = 0;
   while (existing.identifiers.count(number) != 0) {
     ++number;

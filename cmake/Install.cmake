@@ -24,9 +24,7 @@ endfunction()
 # The indication class alone, for the namespace that indications are delivered in: the other classes of the schema are
 # not served there.
 function(tvp_extract_indication_class)
-  set(schema ${PROJECT_SOURCE_DIR}/schema/TVP.mof)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${schema})
-  file(READ ${schema} text)
+  file(READ ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof text)
   string(FIND "${text}" "class TVP_CIMIndication" declaration)
   string(SUBSTRING "${text}" 0 ${declaration} before)
   string(FIND "${before}" "\n};" start REVERSE)
@@ -36,7 +34,7 @@ function(tvp_extract_indication_class)
   endif()
   string(FIND "${text}" "\n};" end)
   if(declaration EQUAL -1 OR end EQUAL -1)
-    message(FATAL_ERROR "schema/TVP.mof: no class TVP_CIMIndication that ends with '};' on a line of its own")
+    message(FATAL_ERROR "schema/TVP.mof.in: no class TVP_CIMIndication that ends with '};' on a line of its own")
   endif()
   string(SUBSTRING "${text}" 0 ${end} text)
   string(STRIP "${text}" text)
@@ -51,7 +49,7 @@ install(TARGETS tarvexProProvider VOLTVK LIBRARY DESTINATION ${CMAKE_INSTALL_LIB
 install(TARGETS voltvkctl RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
 install(TARGETS tvpcim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
 install(PROGRAMS ${CMAKE_BINARY_DIR}/sbin/tvp-register DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
-install(FILES schema/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
+install(FILES ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
   DESTINATION ${TVP_SHARED_FOLDER} COMPONENT provider)
 install(FILES schema/pegasus/TVPRegistration.mof DESTINATION ${TVP_SHARED_FOLDER}/pegasus COMPONENT provider)
 install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_FOLDER}/sfcb COMPONENT provider)
@@ -71,19 +69,33 @@ foreach(component IN ITEMS provider dev)
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-${component} COMPONENT ${component})
 endforeach()
 
-# tvp_install_command_help(COMPONENT COMMAND SECTION): man page, and completion for bash and zsh.
-function(tvp_install_command_help component command section)
+# tvp_configure_completion(COMMAND): what completes a command from its help.
+function(tvp_configure_completion command)
+  string(REPLACE - _ function ${command})
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/completion/offers.sh)
+  file(READ packaging/completion/offers.sh offers)
+  string(CONFIGURE "${offers}" offers @ONLY)
+  foreach(shell IN ITEMS bash zsh)
+    configure_file(packaging/completion/command.${shell}.in ${CMAKE_BINARY_DIR}/completion/${command}.${shell} @ONLY)
+  endforeach()
+endfunction()
+
+# tvp_install_command_help(COMPONENT COMMAND SECTION COMPLETIONS): man page, and completion for bash and zsh, which are in
+# the folder COMPLETIONS.
+function(tvp_install_command_help component command section completions)
   tvp_compress(page ${PROJECT_SOURCE_DIR}/packaging/man/${command}.${section} ${command}.${section})
   install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
-  install(FILES packaging/completion/${command}.bash RENAME ${command}
+  install(FILES ${completions}/${command}.bash RENAME ${command}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${component})
-  install(FILES packaging/completion/${command}.zsh RENAME _${command}
+  install(FILES ${completions}/${command}.zsh RENAME _${command}
     DESTINATION ${TVP_ZSH_COMPLETION_FOLDER} COMPONENT ${component})
 endfunction()
 
-tvp_install_command_help(provider tvp-register 8)
-tvp_install_command_help(provider voltvkctl 8)
-tvp_install_command_help(dev tvpcim 1)
+tvp_configure_completion(voltvkctl)
+tvp_configure_completion(tvpcim)
+tvp_install_command_help(provider tvp-register 8 packaging/completion)
+tvp_install_command_help(provider voltvkctl 8 ${CMAKE_BINARY_DIR}/completion)
+tvp_install_command_help(dev tvpcim 1 ${CMAKE_BINARY_DIR}/completion)
 
 get_property(compressed GLOBAL PROPERTY tvp_compressed)
 add_custom_target(documentation ALL DEPENDS ${compressed})

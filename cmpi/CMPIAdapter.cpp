@@ -9,8 +9,7 @@
 #include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMutexGuard.h"
-
-#include <new>
+#include "oslib/KVSSingleton.h"
 
 namespace tvp::cim::adap::cmpi {
 namespace {
@@ -87,13 +86,7 @@ CMPIAdapter* CMPIAdapter::getInstance() {
   if (!guard.locked()) {
     return nullptr;
   }
-  if (m_adapins.load() == nullptr) {
-    try {
-      m_adapins = new CMPIAdapter;
-    } catch (const std::bad_alloc&) {
-      return nullptr;
-    }
-  }
+  kvsCreateSingleton(m_adapins, guard, [] { return new CMPIAdapter; });
   return instanceWithoutLock();
 }
 

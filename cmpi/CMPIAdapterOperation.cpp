@@ -2,8 +2,8 @@
 #include "cmpi/CMPIAdapterOperation.h"
 
 #include "cmpimacs.h"
+#include "oslib/KVSMethodTrace.h"
 
-#include <cstdio>
 #include <string>
 
 namespace tvp::cim::adap::cmpi {
@@ -43,9 +43,7 @@ fwf::FrameworkFacade& requireFacade() {
 }
 
 void traceAdapter(const char* direction, const char* name) {
-  char line[128];
-  std::snprintf(line, sizeof line, "%s CMPIAdapter::%s", direction, name);
-  KvsTrace(line);
+  fwf::traceParts({direction, " CMPIAdapter::", name});
 }
 
 void logRefusalReason(const CMPIBroker* broker) {

@@ -16,18 +16,37 @@ constexpr char NO_ADAPTER[] = "Failed to get CMPIAdapter singleton instance";
 
 /** The names of an exported function in its lines on the log. */
 struct FunctionNames {
+  constexpr explicit FunctionNames(const char* function)
+      : entry(function), exit(function), invalidExit(function) {}
+
+  // Each of these gives a line a name of its own: the entry, the exit and the exit after arguments that are
+  // missing. COMPAT: logs are searched for the odd ones.
+  constexpr FunctionNames enteringAs(const char* name) const { return with(&FunctionNames::entry, name); }
+  constexpr FunctionNames exitingAs(const char* name) const { return with(&FunctionNames::exit, name); }
+  constexpr FunctionNames refusingAs(const char* name) const {
+    return with(&FunctionNames::invalidExit, name);
+  }
+  /** The operation in the line about its failure. */
+  constexpr FunctionNames forOperation(const char* name) const {
+    return with(&FunctionNames::operation, name);
+  }
+  /** A line of its own before that about missing arguments. */
+  constexpr FunctionNames refusingWith(const char* note) const {
+    return with(&FunctionNames::invalidNote, note);
+  }
+
   const char* entry;
   const char* exit;
-  const char* invalidExit;            ///< exit after arguments that are missing
-  const char* operation;              ///< in the line about a failed operation
-  const char* invalidNote = nullptr;  ///< a line of its own before that about missing arguments
+  const char* invalidExit;
+  const char* operation = nullptr;
+  const char* invalidNote = nullptr;
 
-  constexpr explicit FunctionNames(
-      const char* function, const char* operationName = nullptr, const char* note = nullptr)
-      : entry(function), exit(function), invalidExit(function), operation(operationName), invalidNote(note) {}
-  constexpr FunctionNames(
-      const char* entryName, const char* exitName, const char* invalidExitName, const char* operationName)
-      : entry(entryName), exit(exitName), invalidExit(invalidExitName), operation(operationName) {}
+private:
+  constexpr FunctionNames with(const char* FunctionNames::*member, const char* name) const {
+    FunctionNames changed = *this;
+    changed.*member = name;
+    return changed;
+  }
 };
 
 /** Whether a text argument says anything. */
@@ -194,11 +213,9 @@ CMPIStatus tvpCmpiMIIndicationCleanup(CMPIIndicationMI* mi, const CMPIContext* c
 
 CMPIStatus tvpCmpiMIEnumInstanceNames(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op) {
-  // The names in the traces of this function, tvpCmpiMICreateInstance and tvpCmpiMIExecQuery are odd in
-  // places; intended, as logs are searched for them.
-  constexpr FunctionNames names(
-      "tvpCmpiMIEnumInstanceNames", "tvpCmpiMIEnumInstanceNames", "KvsCmpiMIEnumInstanceNames",
-      "EnumInstanceNames");
+  constexpr auto names = FunctionNames("tvpCmpiMIEnumInstanceNames")
+                             .forOperation("EnumInstanceNames")
+                             .refusingAs("KvsCmpiMIEnumInstanceNames");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -209,7 +226,7 @@ CMPIStatus tvpCmpiMIEnumInstanceNames(
 CMPIStatus tvpCmpiMIEnumInstances(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char** properties) {
-  constexpr FunctionNames names("tvpCmpiMIEnumInstances", "EnumInstances");
+  constexpr auto names = FunctionNames("tvpCmpiMIEnumInstances").forOperation("EnumInstances");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -220,7 +237,7 @@ CMPIStatus tvpCmpiMIEnumInstances(
 CMPIStatus tvpCmpiMIGetInstance(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char** properties) {
-  constexpr FunctionNames names("tvpCmpiMIGetInstance", "GetInstance");
+  constexpr auto names = FunctionNames("tvpCmpiMIGetInstance").forOperation("GetInstance");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -231,8 +248,10 @@ CMPIStatus tvpCmpiMIGetInstance(
 CMPIStatus tvpCmpiMICreateInstance(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const CMPIInstance* instance) {
-  constexpr FunctionNames names(
-      "tvpCmpiMIGetInstance", "ZelCmpiMICreateInstance", "tvpCmpiMICreateInstance", "CreateInstance");
+  constexpr auto names = FunctionNames("tvpCmpiMICreateInstance")
+                             .forOperation("CreateInstance")
+                             .enteringAs("tvpCmpiMIGetInstance")
+                             .exitingAs("ZelCmpiMICreateInstance");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op, instance),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -243,7 +262,7 @@ CMPIStatus tvpCmpiMICreateInstance(
 CMPIStatus tvpCmpiMIModifyInstance(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const CMPIInstance* instance, const char** properties) {
-  constexpr FunctionNames names("tvpCmpiMIModifyInstance", "ModifyInstance");
+  constexpr auto names = FunctionNames("tvpCmpiMIModifyInstance").forOperation("ModifyInstance");
   return forward(
       names, mi != nullptr && properties != nullptr,
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -253,7 +272,7 @@ CMPIStatus tvpCmpiMIModifyInstance(
 
 CMPIStatus tvpCmpiMIDeleteInstance(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op) {
-  constexpr FunctionNames names("tvpCmpiMIDeleteInstance", "DeleteInstance");
+  constexpr auto names = FunctionNames("tvpCmpiMIDeleteInstance").forOperation("DeleteInstance");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -264,14 +283,14 @@ CMPIStatus tvpCmpiMIDeleteInstance(
 CMPIStatus tvpCmpiMIExecQuery(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char* query, const char* language) {
-  constexpr FunctionNames names("KvsCmpiMIExecQuery", "tvpCmpiMIExecQuery", "tvpCmpiMIExecQuery", nullptr);
+  constexpr auto names = FunctionNames("tvpCmpiMIExecQuery").enteringAs("KvsCmpiMIExecQuery");
   return answerEmpty(names, mi != nullptr && areObjects(ctx, rslt, op) && isText(query) && isText(language));
 }
 
 CMPIStatus tvpCmpiMIInvokeMethod(
     CMPIMethodMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char* methodName, const CMPIArgs* in, CMPIArgs* out) {
-  constexpr FunctionNames names("tvpCmpiMIInvokeMethod", "InvokeMethod");
+  constexpr auto names = FunctionNames("tvpCmpiMIInvokeMethod").forOperation("InvokeMethod");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op, in, out) && isText(methodName),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -283,7 +302,7 @@ CMPIStatus tvpCmpiMIAssociators(
     CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char* assocClass, const char* resultClass, const char* role, const char* resultRole,
     const char** properties) {
-  constexpr FunctionNames names("tvpCmpiMIAssociators", "Associators");
+  constexpr auto names = FunctionNames("tvpCmpiMIAssociators").forOperation("Associators");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -295,7 +314,7 @@ CMPIStatus tvpCmpiMIAssociators(
 CMPIStatus tvpCmpiMIAssociatorNames(
     CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char* assocClass, const char* resultClass, const char* role, const char* resultRole) {
-  constexpr FunctionNames names("tvpCmpiMIAssociatorNames", "AssociatorNames");
+  constexpr auto names = FunctionNames("tvpCmpiMIAssociatorNames").forOperation("AssociatorNames");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op) && isText(assocClass),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -306,7 +325,7 @@ CMPIStatus tvpCmpiMIAssociatorNames(
 CMPIStatus tvpCmpiMIReferences(
     CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char* resultClass, const char* role, const char** properties) {
-  constexpr FunctionNames names("tvpCmpiMIReferences", "References");
+  constexpr auto names = FunctionNames("tvpCmpiMIReferences").forOperation("References");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -317,7 +336,7 @@ CMPIStatus tvpCmpiMIReferences(
 CMPIStatus tvpCmpiMIReferenceNames(
     CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
     const char* resultClass, const char* role) {
-  constexpr FunctionNames names("tvpCmpiMIReferenceNames", "ReferenceNames");
+  constexpr auto names = FunctionNames("tvpCmpiMIReferenceNames").forOperation("ReferenceNames");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -343,7 +362,9 @@ CMPIStatus tvpCmpiMIMustPoll(
 CMPIStatus tvpCmpiMIActivateFilter(
     CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
     const CMPIObjectPath* op, CMPIBoolean firstActivation) {
-  constexpr FunctionNames names("tvpCmpiMIActivateFilter", "ActivateFilter", "INVALID : Indication MI");
+  constexpr auto names = FunctionNames("tvpCmpiMIActivateFilter")
+                             .forOperation("ActivateFilter")
+                             .refusingWith("INVALID : Indication MI");
   return forward(
       names, mi != nullptr, [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
         adapter.ActivateFilter(mi, ctx, filter, className, op, firstActivation, broker, status);
@@ -353,7 +374,7 @@ CMPIStatus tvpCmpiMIActivateFilter(
 CMPIStatus tvpCmpiMIDeActivateFilter(
     CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
     const CMPIObjectPath* op, CMPIBoolean lastActivation) {
-  constexpr FunctionNames names("tvpCmpiMIDeActivateFilter", "DeActivateFilter");
+  constexpr auto names = FunctionNames("tvpCmpiMIDeActivateFilter").forOperation("DeActivateFilter");
   return forward(
       names, mi != nullptr, [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
         adapter.DeActivateFilter(mi, ctx, filter, className, op, lastActivation, broker, status);
@@ -361,7 +382,7 @@ CMPIStatus tvpCmpiMIDeActivateFilter(
 }
 
 CMPIStatus tvpCmpiMIEnableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
-  constexpr FunctionNames names("tvpCmpiMIEnableIndications", "EnableIndications");
+  constexpr auto names = FunctionNames("tvpCmpiMIEnableIndications").forOperation("EnableIndications");
   return forward(
       names, mi != nullptr && areObjects(ctx),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
@@ -370,7 +391,7 @@ CMPIStatus tvpCmpiMIEnableIndications(CMPIIndicationMI* mi, const CMPIContext* c
 }
 
 CMPIStatus tvpCmpiMIDisableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
-  constexpr FunctionNames names("tvpCmpiMIDisableIndications", "DisableIndications");
+  constexpr auto names = FunctionNames("tvpCmpiMIDisableIndications").forOperation("DisableIndications");
   return forward(
       names, mi != nullptr && areObjects(ctx),
       [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {

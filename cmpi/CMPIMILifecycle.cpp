@@ -5,6 +5,7 @@
 #include "cmpi/CMPIAdapterOperation.h"
 #include "cmpi/CMPIObjectGuard.h"
 #include "oslib/KVSLog.h"
+#include "oslib/KVSMethodTrace.h"
 #include "oslib/KVSMutex.h"
 #include "oslib/KVSMutexGuard.h"
 
@@ -94,9 +95,7 @@ CMPIString* newEntryMessage(const char* text) {
 }
 
 void traceFunction(const char* direction, const char* name) {
-  char line[128];
-  std::snprintf(line, sizeof line, "%s CMPIMI %s()", direction, name);
-  KvsTrace(line);
+  fwf::traceParts({direction, " CMPIMI ", name, "()"});
 }
 
 void enterProvider(const CMPIBroker* broker, const CMPIContext* ctx) {

@@ -101,7 +101,7 @@ private:
   }
 
   tvp::test::TemporaryFolder m_folder;
-  Broker m_broker{MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof")};
+  Broker m_broker{MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof")};
   std::unique_ptr<Provider> m_provider;
   std::vector<const SchemaMethod*> m_methods;
 };

@@ -2,6 +2,7 @@
 #include "oslib/KVSLog.h"
 
 #include "oslib/KVSFile.h"
+#include "oslib/KVSLogSwitch.h"
 #include "oslib/KVSMutexGuard.h"
 #include "oslib/KVSPaths.h"
 #include "oslib/KVSSystem.h"
@@ -12,9 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <mutex>
 #include <new>
-#include <set>
 #include <string>
 
 #include <pthread.h>
@@ -38,9 +37,7 @@ struct LogTarget {
 std::atomic<int> LOGInit{0};
 std::atomic<KvsMutexHandle> g_LogMutex{nullptr};
 std::atomic<LogTarget*> g_LogMsg{nullptr};
-std::atomic<const char*> g_WatchedPath{nullptr};  ///< of the log, for those who look without the lock
-std::atomic<bool> g_FileSeen{false};              ///< the last look under the lock found the file
-std::atomic<bool> g_LockKept{false};              ///< a thread keeps the lock for good
+KvsLogSwitch logSwitch;
 
 const char* tagOf(int level) {
   switch (level) {
@@ -65,52 +62,67 @@ bool isForeignLink(const char* path) {
          status.st_uid != geteuid();
 }
 
-/** @return a copy of the path that stays for the life of the process: late threads may still look at it. */
-const char* keptForGood(const char* path) {
-  static std::mutex mutex;
-  static auto& paths = *new std::set<std::string>;
-  const std::lock_guard<std::mutex> lock(mutex);
-  return paths.emplace(path).first->c_str();
-}
-
-/**
- * Whether there is no log right now. Asked before the lock is taken, so that threads do not wait for each
- * other's look at a file that is hardly ever there. Every line looks anew: a log that was just created gets
- * it. A kept lock holds up the other threads, whether there is a log or not (intended).
- */
-bool isSwitchedOff() {
-  const char* path = g_WatchedPath.load();
-  return path != nullptr && !g_FileSeen.load() && !g_LockKept.load() && KvsFileExists(path, nullptr) == 0;
-}
-
-/** Leaves the lock with this thread when the guard's scope ends. */
-void keepLock(KvsMutexGuard& lock) {
-  g_LockKept = true;
-  lock.keepLocked();
-}
-
-/** Whether a line may be written, as a result code. The log lock is held. */
-int checkFile() {
-  std::uint64_t size = 0;
-  if (LOGInit.load() != 1) {
-    return KVS_LOG_FAILED;
+/** A line in the making: the log with its lock held, or the reason why nothing is written. */
+class Line {
+public:
+  /** @param complete whether there is a text to write */
+  explicit Line(bool complete)
+      : m_result(refusalWithoutLock(complete)),
+        m_lock(m_result == KVS_LOG_DONE ? g_LogMutex.load() : nullptr) {
+    if (m_result == KVS_LOG_DONE) {
+      m_result = m_lock.locked() ? open() : KVS_LOG_FAILED;
+    }
   }
-  const char* path = g_LogMsg.load()->path;
-  g_FileSeen = KvsFileExists(path, &size) != 0;
-  if (!g_FileSeen.load() || isForeignLink(path)) {
-    return KVS_LOG_FAILED;
-  }
-  return size > LARGEST_SIZE_WRITTEN_TO ? KVS_LOG_FULL : KVS_LOG_DONE;
-}
 
-/** Opens the log for a line at its end; null when it cannot be opened. Never creates it. */
-KvsFile openAtEnd() {
-  KvsFile file(std::fopen(g_LogMsg.load()->path, "r+e"));
-  if (file) {
-    std::fseek(file.get(), 0, SEEK_END);
+  /** KVS_LOG_DONE when the file is open. */
+  int result() const { return m_result; }
+  /** Whether the file exists but could not be opened. */
+  bool couldNotOpen() const { return m_couldNotOpen; }
+  std::FILE* file() const { return m_file.get(); }
+
+  /** Leaves the lock with this thread, and the file open. */
+  void keepLock() {
+    static_cast<void>(m_file.release());
+    logSwitch.setLockKept(true);
+    m_lock.keepLocked();
   }
-  return file;
-}
+
+private:
+  static int refusalWithoutLock(bool complete) {
+    if (!complete) {
+      return KVS_LOG_MISSING_ARGUMENT;
+    }
+    return logSwitch.isOff() ? KVS_LOG_FAILED : KVS_LOG_DONE;
+  }
+
+  /** Opens the log at its end; it is never created here. */
+  int open() {
+    if (LOGInit.load() != 1) {
+      return KVS_LOG_FAILED;
+    }
+    const char* path = g_LogMsg.load()->path;
+    std::uint64_t size = 0;
+    if (!logSwitch.look(path, size) || isForeignLink(path)) {
+      return KVS_LOG_FAILED;
+    }
+    if (size > LARGEST_SIZE_WRITTEN_TO) {
+      return KVS_LOG_FULL;
+    }
+    m_file.reset(std::fopen(path, "r+e"));
+    if (!m_file) {
+      // A log that is removed just now is switched off, as one that was missing before.
+      m_couldNotOpen = errno != ENOENT;
+      return KVS_LOG_FAILED;
+    }
+    std::fseek(m_file.get(), 0, SEEK_END);
+    return KVS_LOG_DONE;
+  }
+
+  int m_result;
+  bool m_couldNotOpen = false;
+  KvsMutexGuard m_lock;
+  KvsFile m_file;  // closed before the lock is given back
+};
 
 unsigned int threadNumber() {
   return static_cast<unsigned int>(pthread_self());
@@ -142,10 +154,10 @@ int KvsLogInit(const char* module) {
     return KVS_LOG_DONE;
   }
   // An attempt that went wrong leaves its lock, which the next one uses; a lock that a thread keeps is of no
-  // use to a log that starts anew.
-  if (g_LogMutex.load() == nullptr || g_LockKept.load()) {
+  // use to a log that starts again.
+  if (g_LogMutex.load() == nullptr || logSwitch.isLockKept()) {
     g_LogMutex = KvsMutexInit();
-    g_LockKept = false;
+    logSwitch.setLockKept(false);
   }
   if (g_LogMutex.load() == nullptr) {
     return KVS_LOG_FAILED;
@@ -159,14 +171,14 @@ int KvsLogInit(const char* module) {
   }
   try {
     std::snprintf(target->path, sizeof target->path, "%s", pathOf(module).c_str());
-    g_WatchedPath = keptForGood(target->path);
+    logSwitch.watch(target->path);
   } catch (const std::bad_alloc&) {
     return KVS_LOG_NO_MEMORY;
   }
   std::snprintf(target->module, sizeof target->module, "%s", module);
   g_LogMsg = target.release();
   LOGInit = 1;
-  KvsTrace("######OSLIB Init Suucesazful#####");  // misspelt as in every log so far (intended)
+  KvsTrace("######OSLIB Init Suucesazful#####");  // COMPAT: misspelt; logs are searched for it
   return KVS_LOG_DONE;
 }
 
@@ -176,37 +188,23 @@ int KvsLogUninit() {
   if (!lock.locked()) {
     return KVS_LOG_FAILED;
   }
-  g_WatchedPath = nullptr;
-  g_FileSeen = false;
+  logSwitch.stopWatching();
   delete g_LogMsg.exchange(nullptr);
   LOGInit = 0;
   lock.unlock();
   KvsMutexDelete(&mutex);
   g_LogMutex = mutex;
-  g_LockKept = g_LockKept.load() && mutex != nullptr;  // a lock that is held cannot be deleted
+  logSwitch.setLockKept(logSwitch.isLockKept() && mutex != nullptr);  // a lock that is held cannot be deleted
   return KVS_LOG_DONE;
 }
 
 int KvsLogMsg(int level, const char* format, ...) {
-  if (format == nullptr) {
-    return KVS_LOG_MISSING_ARGUMENT;
-  }
-  if (isSwitchedOff()) {
-    return KVS_LOG_FAILED;
-  }
-  KvsMutexGuard lock(g_LogMutex.load());
-  if (!lock.locked()) {
-    return KVS_LOG_FAILED;
-  }
-  if (int refused = checkFile(); refused != KVS_LOG_DONE) {
-    return refused;
-  }
-  KvsFile file = openAtEnd();
-  if (!file) {
-    if (errno != ENOENT) {  // a log that is removed just now is switched off, as one that was missing before
-      keepLock(lock);       // intended: unlike KvsTrace, a failed open leaves the lock with this thread
+  Line log(format != nullptr);
+  if (log.result() != KVS_LOG_DONE) {
+    if (log.couldNotOpen()) {
+      log.keepLock();  // COMPAT: unlike KvsTrace, a failed open leaves the lock with this thread
     }
-    return KVS_LOG_FAILED;
+    return log.result();
   }
   const char* module = g_LogMsg.load()->module;
   const std::size_t moduleLength = std::strlen(module);
@@ -224,40 +222,25 @@ int KvsLogMsg(int level, const char* format, ...) {
   va_start(arguments, format);
   std::vsnprintf(line + headLength, sizeof line - headLength, format, arguments);
   va_end(arguments);
-  std::fprintf(file.get(), "%s\n", line);
+  std::fprintf(log.file(), "%s\n", line);
   return KVS_LOG_DONE;
 }
 
 int KvsTrace(const char* text) {
-  if (text == nullptr) {
-    return KVS_LOG_MISSING_ARGUMENT;
-  }
-  if (isSwitchedOff()) {
-    return KVS_LOG_FAILED;
-  }
-  KvsMutexGuard lock(g_LogMutex.load());
-  if (!lock.locked()) {
-    return KVS_LOG_FAILED;
-  }
-  if (int refused = checkFile(); refused != KVS_LOG_DONE) {
-    return refused;
-  }
-  KvsFile file = openAtEnd();
-  if (!file) {
-    return KVS_LOG_FAILED;
+  Line log(text != nullptr);
+  if (log.result() != KVS_LOG_DONE) {
+    return log.result();
   }
   char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
   KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
   const char* module = g_LogMsg.load()->module;
-  std::fprintf(file.get(), "%s[%s", timeStamp, module);
+  std::fprintf(log.file(), "%s[%s", timeStamp, module);
   const std::size_t moduleLength = std::strlen(module);
   if (moduleLength > MODULE_COLUMNS) {
-    // Intended: such modules are refused half-way, with the lock held and the file open.
-    static_cast<void>(file.release());
-    keepLock(lock);
+    log.keepLock();  // COMPAT: such modules are refused half-way, with the lock held and the file open
     return KVS_LOG_FAILED;
   }
-  // Other blanks and another tag than in the lines of KvsLogMsg (intended).
-  std::fprintf(file.get(), "%s%8X]  :LOG_INFO :: %s\n", DASHES + moduleLength, threadNumber(), text);
+  // COMPAT: other blanks and another tag than in the lines of KvsLogMsg; logs are parsed by both.
+  std::fprintf(log.file(), "%s%8X]  :LOG_INFO :: %s\n", DASHES + moduleLength, threadNumber(), text);
   return KVS_LOG_DONE;
 }

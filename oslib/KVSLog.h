@@ -13,7 +13,7 @@ enum KvsLogLevel : int {
   KVS_LOG_INFORMATION = 5
 };
 
-/** What the functions of the log answer. */
+/** What the functions of the log return. */
 enum KvsLogResult : int {
   KVS_LOG_DONE = 0,
   KVS_LOG_FAILED = 1,  ///< no lock, not initialised, no log file that may be written, or a long module name
@@ -28,7 +28,7 @@ enum KvsLogResult : int {
 extern "C" {
 
 /**
- * Initialises the log. The first success wins: later calls answer 0 and change nothing. Not to be called
+ * Initialises the log. The first success wins: later calls return 0 and change nothing. Not to be called
  * by two threads at once.
  * @param module names the file and stands in every line; up to 10 characters.
  * @return 0; 1 no lock; 2 no memory; 3 the module is null.
@@ -40,14 +40,15 @@ int KvsLogUninit();
 
 /**
  * Writes one line: time stamp, module, thread, level and the message. Message and line are cut at 511
- * bytes. When the file exists but cannot be opened the lock stays with the calling thread (intended).
+ * bytes. COMPAT: when the file exists but cannot be opened, the lock stays with the calling
+ * thread; other threads then wait.
  * @return 0; 1 nothing written; 3 the format is null; 5 the file is full.
  */
 __attribute__((format(printf, 2, 3))) int KvsLogMsg(int level, const char* format, ...);
 
 /**
- * Writes one trace line, of any length. With a module name over 10 characters the line breaks off, and the
- * lock stays with the calling thread (intended).
+ * Writes one trace line, of any length. COMPAT: with a module name over 10 characters the line breaks off,
+ * and the lock stays with the calling thread; other threads then wait.
  * @return 0; 1 nothing written; 3 the text is null; 5 the file is full.
  */
 int KvsTrace(const char* text);

@@ -3,27 +3,27 @@
 
 #include "oslib/KVSLog.h"
 
-#include <cstdio>
+#include <array>
 
 namespace tvp::cim::fwf {
 
-namespace {
-
-void trace(const char* label, const std::string& method) {
-  char text[256];
-  std::snprintf(text, sizeof text, "%s : %s", label, method.c_str());
-  KvsTrace(text);
+void traceParts(std::initializer_list<std::string_view> parts) noexcept {
+  std::array<char, 256> text{};
+  std::size_t length = 0;
+  for (const std::string_view part : parts) {
+    length += part.copy(text.data() + length, text.size() - 1 - length);
+  }
+  KvsTrace(text.data());
 }
 
-}  // namespace
-
 tvpMethodTrace::tvpMethodTrace(const char* method) : m_method(method == nullptr ? "" : method) {
-  trace("ENTER", m_method);
+  traceParts({"ENTER : ", m_method});
 }
 
 tvpMethodTrace::~tvpMethodTrace() {
-  // Two blanks after EXIT: the colons of a pair of lines stand under each other (intended).
-  trace("EXIT ", m_method);
+  // COMPAT: two blanks after EXIT put the colons of a pair of lines under each other; logs are searched for
+  // it.
+  traceParts({"EXIT  : ", m_method});
 }
 
 }  // namespace tvp::cim::fwf

@@ -2,9 +2,17 @@
 #ifndef OSLIB_KVSMETHODTRACE_H
 #define OSLIB_KVSMETHODTRACE_H
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace tvp::cim::fwf {
+
+/**
+ * Writes one trace line that is put together from parts, such as {"Entering FrameworkFacade ", name, "()"}.
+ * Texts over 255 bytes are cut. Allocates nothing and throws nothing; safe from any thread.
+ */
+void traceParts(std::initializer_list<std::string_view> parts) noexcept;
 
 /**
  * Brackets a scope with two trace lines, "ENTER : name" and "EXIT  : name"; the latter also when the

@@ -33,7 +33,7 @@ KvsMutexHandle KvsMutexInit() {
   if (mutex == nullptr) {
     return nullptr;
   }
-  // The block is not given back after a failure (intended).
+  // COMPAT: the block is not freed after a failure.
   return initRecursive(mutex) == 0 ? mutex : nullptr;  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks)
 }
 

@@ -11,12 +11,12 @@ inline constexpr char KVS_EVENT_CATALOGUE_DIRECTORY[] = "/usr/VolMan/";
 inline constexpr char KVS_PRODUCT_CONFIGURATION_FILE[] = "/etc/Kelvora/hexRAID.conf";
 
 /**
- * Puts a folder in front of all four places, for tests in this process; an empty text takes it away.
+ * Puts a directory in front of all four places, for tests in this process; an empty text takes it away.
  * To be called before other threads use the paths.
  */
 void kvsSetPathRoot(const std::string& root);
 
-// Each function answers its place, with the root of kvsSetPathRoot in front. When none is set, the
+// Each function returns its place, with the root of kvsSetPathRoot in front. When none is set, the
 // environment variable TVP_TEST_ROOT (read once, ignored in privileged programs) is put in front of all
 // but the user list: who is an administrator must not depend on the environment.
 std::string kvsLogDirectory();

@@ -2,7 +2,7 @@
 #ifndef OSLIB_KVSSTATUS_H
 #define OSLIB_KVSSTATUS_H
 
-/** What the functions of the platform layer answer. */
+/** What the functions of the platform layer return. */
 enum KvsStatus : int {
   KVS_DONE = 0,
   KVS_FAILED = 1,

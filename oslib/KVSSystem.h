@@ -25,7 +25,7 @@ inline constexpr int KVS_LOCAL_TIME_FILE_NAME = 2;
 inline constexpr unsigned int KVS_LOCAL_TIME_SIZE = 32;
 inline constexpr unsigned int KVS_TIME_ZONE_SIZE = 16;
 
-// All functions may be called from any thread. Where nothing else is said, a null buffer answers 3.
+// All functions may be called from any thread. Where nothing else is said, a null buffer returns 3.
 extern "C" {
 
 /**
@@ -41,8 +41,8 @@ int KvsGetSystemTime(_SysTime* systemTime);
 
 /**
  * Writes the offset of local time from UTC in minutes with its sign and at least three digits (+330).
- * While daylight saving is in force 60 minutes are taken off the standard offset; this is intended,
- * the readers of the time texts expect it so.
+ * COMPAT: while daylight saving is in force, 60 minutes are taken off the standard offset; readers of the
+ * time texts expect it.
  * @param buffer at least KVS_TIME_ZONE_SIZE bytes.
  * @return 0; 1 when the buffer is null or a clock call fails.
  */

@@ -14,7 +14,7 @@ typedef void* (*KvsThreadRoutine)(void* argument);
 /**
  * Starts a joinable thread with a stack of 10 MiB.
  * @return a handle that ends with KvsThreadExit in the thread itself, or with KvsThreadRelease after
- *         the thread was waited for; null when memory is short. That the system refused to start the
+ *         the thread was waited for; null when memory runs out. That the system refused to start the
  *         thread does not show: the handle is then one of a thread that has ended.
  */
 KvsThreadHandle KvsThreadCreate(KvsThreadRoutine routine, void* argument);
@@ -39,7 +39,7 @@ int KvsCancelThreadSyncIO(KvsThreadHandle handle);
 
 /**
  * Stores the calling thread's identifier where identifier points, when it is not null.
- * @return the calling thread's errno as it stands, which is no status (intended: callers log it).
+ * @return the calling thread's errno as it stands, which is not a status. COMPAT: callers log it.
  */
 int KvsGetCurrentThreadId(std::uint64_t* identifier);
 

@@ -97,7 +97,7 @@ int KvsGetTimeZone(char* buffer) {
   }
   auto minutes = static_cast<int>((now - universalAsLocal) / 60);
   if (universal.tm_isdst > 0) {
-    minutes -= 60;  // intended, see the header
+    minutes -= 60;  // COMPAT: see the header
   }
   std::snprintf(buffer, KVS_TIME_ZONE_SIZE, "%+04d", minutes);
   return KVS_DONE;

@@ -1,39 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_CIMIndication.h"
-
 #include "CIM/Framework/FrameworkFacade.h"
 #include "backend/EventIndication.h"
-#include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSSystem.h"
-#include "providers/FixedInstance.h"
+#include "providers/ModelPlugin.h"
 
 #include <array>
 #include <utility>
 
 namespace tvp::cim::fwf {
 
+/**
+ * The indication class. It serves no instances and is not in the registry: the event manager makes an
+ * object for every event, which composes the indication and passes it to the framework's facade.
+ */
+class TVP_CIMIndication : public ModelPlugin {
+public:
+  void enumerateInstances(CIMObjectPath&, std::vector<CIMInstance>&, bool) override {}
+
+  /** Replaces keys with the event keys. @return true */
+  bool getKeysFromEventKeys(const std::vector<CIMProperty>& eventKeys, std::vector<CIMProperty>& keys);
+
+  /**
+   * Composes the indication of an event, in namespace root/PG_InterOp, and has it delivered. What fails
+   * is logged; the event is then lost.
+   * @param timeText not used
+   * @param eventKeys eventTime and eventDesc (string), eventCode, eventType, Id and ActionId (uint32)
+   */
+  void EventNotify(const std::string& timeText, std::vector<CIMProperty>& eventKeys);
+};
+
 void notifyEventIndication(const std::string& localTime, std::vector<CIMProperty>& eventKeys) {
   TVP_CIMIndication().EventNotify(localTime, eventKeys);
-}
-
-void TVP_CIMIndication::enumerateInstances(CIMObjectPath&, std::vector<CIMInstance>&, bool) {}
-
-void TVP_CIMIndication::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
-
-void TVP_CIMIndication::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_CIMIndication::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_CIMIndication::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>& objects) {
-  appendEmptyRepositoryObject(objects);
 }
 
 bool TVP_CIMIndication::getKeysFromEventKeys(
     const std::vector<CIMProperty>& eventKeys, std::vector<CIMProperty>& keys) {
   KvsTrace("Enter TVP_CIMIndication :: getKeysFromEventKeys()");
   keys = std::vector<CIMProperty>(eventKeys);  // whole: a property assigned onto another may keep its values
-  // "with error" is written on success too; log readers know the line so.
+  // COMPAT: "with error" is written on success too; logs are searched for the line.
   KvsTrace("Exit TVP_CIMIndication :: getKeysFromEventKeys() with error");
   return true;
 }
@@ -57,7 +62,7 @@ void TVP_CIMIndication::EventNotify(const std::string&, std::vector<CIMProperty>
     KvsLogMsg(KVS_LOG_DEBUG, "Failed to extract key Properties");
     return;
   }
-  // Composed and left out on purpose: subscribers' filters are written for the six properties below.
+  // COMPAT: composed and left out; subscribers' filters are written for the six properties below.
   const CIMProperty sourceHost = makeProperty("SourceInstanceHost", std::string(host.data()));
   const CIMProperty severity = makeProperty<unsigned short>("PerceivedSeverity", 6);
 

@@ -1,28 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_LogicalDevices.h"
-
-#include "providers/FixedInstance.h"
+#include "providers/FixedPlugin.h"
+#include "providers/Plugins.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_LogicalDevices::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  appendFixedInstance(
-      path,
-      {keyProperty("CreationClassName", "TVP_LogicalDevices"), keyProperty("NumberOfLogicalDevices", 2U)},
-      instances);
-}
+/**
+ * The collection of drives. COMPAT: an enumeration says 2 drives and getting it 10; clients rely on both,
+ * neither is counted.
+ */
+class TVP_LogicalDevices : public FixedPlugin {
+public:
+  TVP_LogicalDevices()
+      : FixedPlugin(
+            {keyProperty("CreationClassName", "TVP_LogicalDevices"),
+             keyProperty("NumberOfLogicalDevices", 2U)},
+            {keyProperty("CreationClassName", "TVP_LogicalDevices"),
+             keyProperty("NumberOfLogicalDevices", 10U)}) {}
+};
 
-void TVP_LogicalDevices::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
-
-void TVP_LogicalDevices::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>& keys) {
-  keys.push_back(keyProperty("CreationClassName", "TVP_LogicalDevices"));
-  keys.push_back(keyProperty("NumberOfLogicalDevices", 10U));
-}
-
-void TVP_LogicalDevices::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_LogicalDevices::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>& objects) {
-  appendEmptyRepositoryObject(objects);
+AbstractProviderPlugin* createLogicalDevices() {
+  return new TVP_LogicalDevices;
 }
 
 }  // namespace tvp::cim::fwf

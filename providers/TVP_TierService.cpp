@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_TierService.h"
-
+#include "CIM/Framework/AbstractMethodProviderPlugin.h"
+#include "CIM/Framework/CIMException.h"
 #include "backend/TarvexProInterface.h"
 #include "oslib/KVSLog.h"
-#include "providers/FixedInstance.h"
+#include "providers/FixedPlugin.h"
+#include "providers/Plugins.h"
 
 #include <algorithm>
 #include <array>
@@ -17,52 +18,67 @@ constexpr std::array<const char*, 12> METHODS = {
     "ModifyVirtualPool",       "ModifyVirtualVolume",   "FlushVirtualVolume",      "GetVirtualVolumeStats",
     "ResetVirtualVolumeStats", "GetVirtualPoolMembers", "GetVirtualVolumeMembers", "CreateDataCacheVolume"};
 
+// COMPAT: what invokeMethod returns to clients; the second shares its number with a CIM status by chance.
 constexpr unsigned int NOT_SERVED = 1;
-constexpr unsigned int FAILURE = 4;
+constexpr unsigned int METHOD_FAILED = 4;
 
 }  // namespace
 
-void TVP_TierService::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  // "enuermate" is how log readers know these two lines.
-  KvsTrace("Entering TVP_TierService::enuermateInstances");
-  appendFixedInstance(
-      path,
-      {keyProperty("CreationClassName", "TVP_TierService"), keyProperty("Name", "TVP_TierServiceInstance1")},
-      instances);
-  KvsTrace("Exiting TVP_TierService::enuermateInstances");
+/**
+ * The service with the methods that create, change, delete, flush and measure pools and volumes.
+ * COMPAT: getting its instance returns nothing; clients enumerate it.
+ */
+class TVP_TierService : public FixedPlugin, public virtual AbstractMethodProviderPlugin {
+public:
+  TVP_TierService()
+      : FixedPlugin(
+            {keyProperty("CreationClassName", "TVP_TierService"),
+             keyProperty("Name", "TVP_TierServiceInstance1")},
+            {}) {}
+
+  void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override {
+    // COMPAT: logs are searched for "enuermate" and, below, for "TierServices".
+    KvsTrace("Entering TVP_TierService::enuermateInstances");
+    FixedPlugin::enumerateInstances(path, instances, flag);
+    KvsTrace("Exiting TVP_TierService::enuermateInstances");
+  }
+
+  /**
+   * Passes one of the twelve methods to the storage back end, which fills the output arguments. Names
+   * are compared exactly.
+   * @return 0; 1 for a method that the service does not have; 4 when the method fails
+   */
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) override {
+    KvsTrace("Entering TVP_TierService::invokeMethod()");
+    if (std::find(METHODS.begin(), METHODS.end(), methodName) == METHODS.end()) {
+      KvsLogMsg(
+          KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - Unsupported Method: %s", methodName.c_str());
+      KvsTrace("Exiting TVP_TierService::invokeMethod()");
+      return NOT_SERVED;
+    }
+    TVPInterface* gateway = TVPInterface::getInstance();
+    if (gateway == nullptr) {
+      KvsTrace("TierServices::invokeMethod() : Unable to get TVPInterface instance");
+      return METHOD_FAILED;
+    }
+    KvsLogMsg(KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - calling %s", methodName.c_str());
+    const unsigned int result = gateway->execute(path, methodName, in, out);
+    KvsLogMsg(KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - return %d", static_cast<int>(result));
+    if (result != 0) {
+      KvsTrace("Exiting TVP_TierService::invokeMethod() with Failure");
+      return METHOD_FAILED;
+    }
+    KvsTrace("Exiting TierServices::invokeMethod()");
+    return 0;
+  }
+
+  void getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>&) override {}
+};
+
+AbstractProviderPlugin* createTierService() {
+  return new TVP_TierService;
 }
-
-unsigned int TVP_TierService::invokeMethod(
-    const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in, CIMMethodParam& out) {
-  KvsTrace("Entering TVP_TierService::invokeMethod()");
-  if (std::find(METHODS.begin(), METHODS.end(), methodName) == METHODS.end()) {
-    KvsLogMsg(KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - Unsupported Method: %s", methodName.c_str());
-    KvsTrace("Exiting TVP_TierService::invokeMethod()");
-    return NOT_SERVED;
-  }
-  // The two lines that say "TierServices" are intended: log readers know them so.
-  TVPInterface* gateway = TVPInterface::getInstance();
-  if (gateway == nullptr) {
-    KvsTrace("TierServices::invokeMethod() : Unable to get TVPInterface instance");
-    return FAILURE;
-  }
-  KvsLogMsg(KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - calling %s", methodName.c_str());
-  const unsigned int result = gateway->execute(path, methodName, in, out);
-  KvsLogMsg(KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - return %d", static_cast<int>(result));
-  if (result != 0) {
-    KvsTrace("Exiting TVP_TierService::invokeMethod() with Failure");
-    return FAILURE;
-  }
-  KvsTrace("Exiting TierServices::invokeMethod()");
-  return 0;
-}
-
-void TVP_TierService::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
-
-void TVP_TierService::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_TierService::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_TierService::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>&) {}
 
 }  // namespace tvp::cim::fwf

@@ -1,33 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_VirtualPoolMember.h"
-
-#include "providers/FixedInstance.h"
+#include "providers/FixedPlugin.h"
+#include "providers/Plugins.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_VirtualPoolMember::enumerateInstances(
-    CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  appendFixedInstance(
-      path,
-      {keyProperty("CreationClassName", "TVP_VirtualPoolMember"), keyProperty("SerialNumber", "23432125"),
-       keyProperty("StartRange", std::vector<unsigned long long>{0, 51}),
-       keyProperty("EndRange", std::vector<unsigned long long>{40, 79}),
-       keyProperty<unsigned char>("NumberOfValidLDExtn", 2)},
-      instances);
-}
+/**
+ * A sample member of a pool with two extents, sectors 0 to 40 and 51 to 79. COMPAT: getting it leaves the
+ * extents out; clients rely on both forms.
+ */
+class TVP_VirtualPoolMember : public FixedPlugin {
+public:
+  TVP_VirtualPoolMember()
+      : FixedPlugin(
+            {keyProperty("CreationClassName", "TVP_VirtualPoolMember"),
+             keyProperty("SerialNumber", "23432125"),
+             keyProperty("StartRange", std::vector<unsigned long long>{0, 51}),
+             keyProperty("EndRange", std::vector<unsigned long long>{40, 79}),
+             keyProperty<unsigned char>("NumberOfValidLDExtn", 2)},
+            {keyProperty("CreationClassName", "TVP_VirtualPoolMember"),
+             keyProperty("SerialNumber", "23432125"), keyProperty<unsigned char>("NumberOfValidLDExtn", 2)}) {
+  }
+};
 
-void TVP_VirtualPoolMember::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
-
-void TVP_VirtualPoolMember::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>& keys) {
-  keys.push_back(keyProperty("CreationClassName", "TVP_VirtualPoolMember"));
-  keys.push_back(keyProperty("SerialNumber", "23432125"));
-  keys.push_back(keyProperty<unsigned char>("NumberOfValidLDExtn", 2));
-}
-
-void TVP_VirtualPoolMember::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_VirtualPoolMember::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>& objects) {
-  appendEmptyRepositoryObject(objects);
+AbstractProviderPlugin* createVirtualPoolMember() {
+  return new TVP_VirtualPoolMember;
 }
 
 }  // namespace tvp::cim::fwf

@@ -1,29 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_VirtualPools.h"
-
-#include "providers/FixedInstance.h"
+#include "providers/FixedPlugin.h"
+#include "providers/Plugins.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_VirtualPools::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  appendFixedInstance(
-      path,
-      {keyProperty("CreationClassName", "TVP_VirtualPools"),
-       keyProperty<unsigned char>("NumberOfStoragePool", 2)},
-      instances);
-}
+/**
+ * The collection of pools. COMPAT: an enumeration says 2 pools and getting it 5; clients rely on both,
+ * neither is counted.
+ */
+class TVP_VirtualPools : public FixedPlugin {
+public:
+  TVP_VirtualPools()
+      : FixedPlugin(
+            {keyProperty("CreationClassName", "TVP_VirtualPools"),
+             keyProperty<unsigned char>("NumberOfStoragePool", 2)},
+            {keyProperty("CreationClassName", "TVP_VirtualPools"),
+             keyProperty<unsigned char>("NumberOfStoragePool", 5)}) {}
+};
 
-void TVP_VirtualPools::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
-
-void TVP_VirtualPools::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>& keys) {
-  keys.push_back(keyProperty("CreationClassName", "TVP_VirtualPools"));
-  keys.push_back(keyProperty<unsigned char>("NumberOfStoragePool", 5));
-}
-
-void TVP_VirtualPools::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_VirtualPools::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>& objects) {
-  appendEmptyRepositoryObject(objects);
+AbstractProviderPlugin* createVirtualPools() {
+  return new TVP_VirtualPools;
 }
 
 }  // namespace tvp::cim::fwf

@@ -1,47 +1,52 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_VirtualVolume.h"
-
+#include "CIM/Framework/AbstractMethodProviderPlugin.h"
 #include "backend/TarvexProInterface.h"
 #include "backend/TarvexProVirtualVolume.h"
 #include "oslib/KVSLog.h"
-#include "providers/FixedInstance.h"
-#include "providers/LibraryEnumeration.h"
+#include "providers/LibraryInstances.h"
+#include "providers/ModelPlugin.h"
+#include "providers/Plugins.h"
 #include "voltvk/VirtualVolume.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_VirtualVolume::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  enumerateLibraryObjects(
-      {"VirtualVolume", nullptr, nullptr,
-       [](RaidObject& object, int, tvpCIMInstanceWrapper& working) {
-         // A volume is listed whatever becomes of its properties: its result is not
-         // looked at.
-         TarvexProVirtualVolume::InsertVirtualVolumeInfo(static_cast<VirtualVolume*>(&object), working);
-         return true;
-       }},
-      path, instances);
-}
-
-unsigned int TVP_VirtualVolume::invokeMethod(
-    const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in, CIMMethodParam& out) {
-  KvsTrace("Entering TVP_VirtualVolume::invokeMethod()");
-  if (methodName == "GetVirtualVolumeMembers") {
-    if (TVPInterface* gateway = TVPInterface::getInstance()) {
-      gateway->execute(path, methodName, in, out);
+/** The volumes, one instance each; none without a driver. */
+class TVP_VirtualVolume : public ModelPlugin, public virtual AbstractMethodProviderPlugin {
+public:
+  void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) override {
+    if (!isDriverAvailable()) {
+      return;
     }
+    appendLibraryInstances(
+        FilteredObjects<VirtualVolume>(getTvkAdapter()), path, instances,
+        [](VirtualVolume& volume, int, tvpCIMInstanceWrapper& working) {
+          // A volume is listed whatever the builder returns.
+          TarvexProVirtualVolume::InsertVirtualVolumeInfo(&volume, working);
+          return true;
+        });
   }
-  KvsTrace("Exiting TVP_VirtualVolume::invokeMethod()");
-  return 0;
-}
 
-void TVP_VirtualVolume::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
+  /**
+   * Runs "GetVirtualVolumeMembers".
+   * COMPAT: clients get success for any other method, and when the method fails.
+   * @return 0
+   */
+  unsigned int invokeMethod(
+      const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
+      CIMMethodParam& out) override {
+    KvsTrace("Entering TVP_VirtualVolume::invokeMethod()");
+    if (methodName == "GetVirtualVolumeMembers") {
+      if (TVPInterface* gateway = TVPInterface::getInstance()) {
+        gateway->execute(path, methodName, in, out);
+      }
+    }
+    KvsTrace("Exiting TVP_VirtualVolume::invokeMethod()");
+    return 0;
+  }
+};
 
-void TVP_VirtualVolume::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_VirtualVolume::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_VirtualVolume::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>& objects) {
-  appendEmptyRepositoryObject(objects);
+AbstractProviderPlugin* createVirtualVolume() {
+  return new TVP_VirtualVolume;
 }
 
 }  // namespace tvp::cim::fwf

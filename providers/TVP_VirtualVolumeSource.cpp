@@ -1,31 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_VirtualVolumeSource.h"
-
-#include "providers/FixedInstance.h"
+#include "providers/FixedPlugin.h"
+#include "providers/Plugins.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_VirtualVolumeSource::enumerateInstances(
-    CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  appendFixedInstance(
-      path,
-      {keyProperty("CreationClassName", "TVP_VirtualVolumeSource"), keyProperty("VirtualPoolId", 21U),
-       keyProperty("MaxAllowedChunks", 512ULL)},
-      instances);
-}
+/**
+ * A sample source of a volume. COMPAT: an enumeration calls the identifier VirtualPoolId, getting it calls it
+ * VirtualVolumeSourceId; clients rely on both.
+ */
+class TVP_VirtualVolumeSource : public FixedPlugin {
+public:
+  TVP_VirtualVolumeSource()
+      : FixedPlugin(
+            {keyProperty("CreationClassName", "TVP_VirtualVolumeSource"), keyProperty("VirtualPoolId", 21U),
+             keyProperty("MaxAllowedChunks", 512ULL)},
+            {keyProperty("CreationClassName", "TVP_VirtualVolumeSource"),
+             keyProperty<unsigned char>("VirtualVolumeSourceId", 21),
+             keyProperty("MaxAllowedChunks", 512ULL)}) {}
+};
 
-void TVP_VirtualVolumeSource::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
-
-void TVP_VirtualVolumeSource::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>& keys) {
-  keys.push_back(keyProperty("CreationClassName", "TVP_VirtualVolumeSource"));
-  keys.push_back(keyProperty<unsigned char>("VirtualVolumeSourceId", 21));
-  keys.push_back(keyProperty("MaxAllowedChunks", 512ULL));
-}
-
-void TVP_VirtualVolumeSource::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_VirtualVolumeSource::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>& objects) {
-  appendEmptyRepositoryObject(objects);
+AbstractProviderPlugin* createVirtualVolumeSource() {
+  return new TVP_VirtualVolumeSource;
 }
 
 }  // namespace tvp::cim::fwf

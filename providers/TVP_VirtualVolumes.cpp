@@ -1,29 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "providers/TVP_VirtualVolumes.h"
-
-#include "providers/FixedInstance.h"
+#include "providers/FixedPlugin.h"
+#include "providers/Plugins.h"
 
 namespace tvp::cim::fwf {
 
-void TVP_VirtualVolumes::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  appendFixedInstance(
-      path,
-      {keyProperty("CreationClassName", "TVP_LogicalDevice"),
-       keyProperty<unsigned char>("NumberOfVirtualVolumesPresent", 2)},
-      instances);
-}
+/**
+ * The collection of volumes. COMPAT: it calls itself a TVP_LogicalDevice, an enumeration says 2 volumes and
+ * getting it 8; clients rely on all three.
+ */
+class TVP_VirtualVolumes : public FixedPlugin {
+public:
+  TVP_VirtualVolumes()
+      : FixedPlugin(
+            {keyProperty("CreationClassName", "TVP_LogicalDevice"),
+             keyProperty<unsigned char>("NumberOfVirtualVolumesPresent", 2)},
+            {keyProperty("CreationClassName", "TVP_LogicalDevice"),
+             keyProperty<unsigned char>("NumberOfVirtualVolumesPresent", 8)}) {}
+};
 
-void TVP_VirtualVolumes::enumerateInstanceNames(CIMObjectPath&, std::vector<CIMObjectPath>&) {}
-
-void TVP_VirtualVolumes::getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>& keys) {
-  keys.push_back(keyProperty("CreationClassName", "TVP_LogicalDevice"));
-  keys.push_back(keyProperty<unsigned char>("NumberOfVirtualVolumesPresent", 8));
-}
-
-void TVP_VirtualVolumes::getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) {}
-
-void TVP_VirtualVolumes::getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>& objects) {
-  appendEmptyRepositoryObject(objects);
+AbstractProviderPlugin* createVirtualVolumes() {
+  return new TVP_VirtualVolumes;
 }
 
 }  // namespace tvp::cim::fwf

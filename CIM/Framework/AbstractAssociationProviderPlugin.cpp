@@ -3,6 +3,7 @@
 
 #include "CIM/Framework/CommonFunctions.h"
 #include "CIM/Framework/FrameworkFacade.h"
+#include "CIM/Framework/PropertyLookup.h"
 
 #include <algorithm>
 #include <utility>
@@ -28,7 +29,7 @@ std::vector<Reference> referencesOf(const CIMInstance& association) {
     if (property.getType() != PDT_REFERENCE) {
       continue;
     }
-    const std::vector<CIMObjectPath>& targets = property.objectPathSlot().m_values;
+    const std::vector<CIMObjectPath> targets = elementsOf<CIMObjectPath>(&property);
     if (!targets.empty()) {
       references.push_back({property.name(), targets.front()});
     }
@@ -67,7 +68,7 @@ CIMInstance narrowed(const CIMInstance& instance, const char** propertyList) {
   return result;
 }
 
-/** What the plugin of the path's class answers; the keys of the path for a class without one. */
+/** What the plugin of the path's class returns; the keys of the path for a class without one. */
 std::vector<CIMInstance> instancesAt(CIMObjectPath& path) {
   std::vector<CIMInstance> found;
   FrameworkFacade* facade = FrameworkFacade::getInstance();

@@ -11,7 +11,7 @@ namespace tvp::cim::fwf {
 
 /**
  * A plugin for an association class. It serves the association's instances as any instance plugin
- * does, and answers the association operations from them: a concrete class only enumerates
+ * does, and serves the association operations from them: a concrete class only enumerates
  * instances that have a reference property for each end.
  *
  * An instance takes part when one of its scalar reference properties equals the path of the request

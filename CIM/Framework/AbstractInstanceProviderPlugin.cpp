@@ -17,8 +17,8 @@ struct AbstractInstanceProviderPlugin::TemplateOperation {
 };
 
 /**
- * Hands every repository object of the path to append. An empty repository is an answer, not an
- * error. What append has put out before a failure stays there.
+ * Passes every repository object of the path to append. An empty repository is an answer, not an
+ * error. What was appended before a failure stays in the output.
  */
 template <typename Append>
 void AbstractInstanceProviderPlugin::answerFromRepository(
@@ -73,7 +73,7 @@ void AbstractInstanceProviderPlugin::getCIMInstance(
 
 void AbstractInstanceProviderPlugin::enumerateInstances(
     CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  // The run of blanks is part of the text that log readers know.
+  // COMPAT: logs are searched for the text with its run of blanks.
   static constexpr TemplateOperation OPERATION = {
       "enumerateInstances", "Entering AbstractInstanceProviderPlugin ::              enumerateInstances()",
       "Exiting AbstractInstanceProviderPlugin :: enumerateInstances()", ""};
@@ -84,7 +84,8 @@ void AbstractInstanceProviderPlugin::enumerateInstances(
 
 void AbstractInstanceProviderPlugin::enumerateInstanceNames(
     CIMObjectPath& path, std::vector<CIMObjectPath>& names) {
-  // No trace at the end, and a full stop after the message of a failure: this one has always differed.
+  // COMPAT: logs are searched for the final stop after the message of a failure; there is no trace at the
+  // end.
   static constexpr TemplateOperation OPERATION = {
       "enumerateInstanceNames", "Entering AbstractInstanceProviderPlugin :: enumerateInstanceNames()",
       nullptr, "."};

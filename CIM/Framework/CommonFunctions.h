@@ -53,7 +53,8 @@ public:
   static bool equalsIgnoringCase(const std::string& left, const std::string& right);
 
   /**
-   * Removes blanks, tabs and line feeds at both ends, in place; carriage returns stay (intended).
+   * Removes blanks, tabs and line feeds at both ends, in place. COMPAT: carriage returns stay, as callers
+   * expect.
    * @return the new length
    */
   static std::size_t trim(char* text);

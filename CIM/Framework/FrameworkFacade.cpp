@@ -7,9 +7,9 @@
 #include "CIM/Framework/PluginsManager.h"
 #include "CIM/Framework/Subscription.h"
 #include "oslib/KVSLog.h"
+#include "oslib/KVSMethodTrace.h"
+#include "oslib/KVSSingleton.h"
 
-#include <array>
-#include <cstdio>
 #include <new>
 #include <utility>
 
@@ -19,40 +19,51 @@ namespace {
 
 constexpr const char* NO_REGISTRY = "Failed to retrieve PluginManager handle.";
 
-/** Traces "Entering FrameworkFacade name()" or "Exiting FrameworkFacade name()". */
-void trace(const char* direction, const char* name) {
-  std::array<char, 128> line{};
-  std::snprintf(line.data(), line.size(), "%s FrameworkFacade %s()", direction, name);
-  KvsTrace(line.data());
-}
-
 void traceEntry(const char* name) {
-  trace("Entering", name);
+  traceParts({"Entering FrameworkFacade ", name, "()"});
 }
 
 void traceExit(const char* name) {
-  trace("Exiting", name);
+  traceParts({"Exiting FrameworkFacade ", name, "()"});
 }
 
-/** The association plugin behind a plugin; null when it is none. */
+/** The association plugin behind a plugin; null when it is not one. */
 AbstractAssociationProviderPlugin* asAssociationPlugin(AbstractProviderPlugin* plugin) {
   return dynamic_cast<AbstractAssociationProviderPlugin*>(plugin);
 }
 
+/** A call that leaves every plugin alone that is not an association plugin. */
+template <typename Call>
+auto ifAssociation(Call call) {
+  return [call](AbstractProviderPlugin& plugin) {
+    if (asAssociationPlugin(&plugin) != nullptr) {
+      call(plugin);
+    }
+  };
+}
+
 }  // namespace
 
-/** The texts by which the operations differ. */
+/** The names by which the operations differ. */
 struct FrameworkFacade::Operation {
+  /** @param name in all log lines */
+  explicit Operation(const char* name) : traceName(name), logName(name) {}
+
+  /** Gives the traces a name of their own. */
+  Operation& tracedAs(const char* name) {
+    traceName = name;
+    return *this;
+  }
+  /** Gives the exception without a registry a message of its own instead of the logged text. */
+  Operation& withoutRegistry(const char* message) {
+    noRegistry = message;
+    return *this;
+  }
+
   const char* traceName;
   const char* logName;
-  const char* noRegistry = nullptr;  ///< message without a registry; null: the logged text
+  const char* noRegistry = nullptr;
 };
-
-/** Traces the entry of an operation. @return the operation */
-FrameworkFacade::Operation FrameworkFacade::begin(const Operation& operation) {
-  traceEntry(operation.traceName);
-  return operation;
-}
 
 std::atomic<bool> m_subscription{false};
 
@@ -70,26 +81,23 @@ FrameworkFacade* FrameworkFacade::getInstance() {
     KvsLogMsg(KVS_LOG_INFORMATION, "Referencing the earlier formed FrameworkFacade singleton object");
     return existing;
   }
-  if (KvsMutexLock(m_mutexObject) != 0) {
+  KvsMutexGuard lock(m_mutexObject);
+  switch (kvsCreateSingleton(m_ins, lock, [] { return new (std::nothrow) FrameworkFacade; })) {
+  case KvsSingletonCreation::NotLocked:
     return nullptr;
-  }
-  if (FrameworkFacade* existing = m_ins.load()) {
-    // Intended: the mutex stays locked here. Nobody needs it again, since later calls find the facade.
-    return existing;
-  }
-  FrameworkFacade* created = nullptr;
-  try {
-    created = new (std::nothrow) FrameworkFacade();
-  } catch (const std::bad_alloc&) {
-    created = nullptr;
-  }
-  m_ins.store(created);
-  KvsMutexUnlock(m_mutexObject);
-  if (created == nullptr) {
+  case KvsSingletonCreation::Found:
+    // COMPAT: the mutex stays locked here. Nobody needs it again, since later calls find the facade.
+    lock.keepLocked();
+    break;
+  case KvsSingletonCreation::Created:
+    break;
+  case KvsSingletonCreation::Failed:
+    lock.unlock();
     KvsLogMsg(KVS_LOG_INFORMATION, "Unlocked the mutex object");
     KvsLogMsg(KVS_LOG_INFORMATION, "ERROR : Insufficient Memory : FrameworkFacade::getInstance");
+    break;
   }
-  return created;
+  return m_ins.load();
 }
 
 FrameworkFacade::~FrameworkFacade() {
@@ -121,12 +129,20 @@ bool FrameworkFacade::initialize() {
   return initialized;
 }
 
-/**
- * Finds the plugin of the class and hands it to call; a class without one is answered with nothing.
- * A CIMException of any step is logged and passed on.
- */
+/** Traces the entry, finds the plugin of the class and passes it to call. */
 template <typename Call>
 void FrameworkFacade::withPlugin(const Operation& operation, const std::string& className, Call call) {
+  traceEntry(operation.traceName);
+  withPluginAfterEntry(operation, className, call);
+}
+
+/**
+ * Finds the plugin of the class and passes it to call; the answer is empty for a class without one. A
+ * CIMException of any step is logged and passed on.
+ */
+template <typename Call>
+void FrameworkFacade::withPluginAfterEntry(
+    const Operation& operation, const std::string& className, Call call) {
   try {
     PluginsManager* registry = PluginsManager::getInstance();
     if (registry == nullptr) {
@@ -146,58 +162,47 @@ void FrameworkFacade::withPlugin(const Operation& operation, const std::string& 
   traceExit(operation.traceName);
 }
 
-/** As withPlugin; a plugin that is no association plugin is answered with nothing as well. */
-template <typename Call>
-void FrameworkFacade::withAssociationPlugin(
-    const Operation& operation, const std::string& className, Call call) {
-  withPlugin(operation, className, [&](AbstractProviderPlugin& plugin) {
-    if (asAssociationPlugin(&plugin) != nullptr) {
-      call(plugin);
-    }
-  });
-}
-
 void FrameworkFacade::enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances) {
-  withPlugin(
-      begin({"enumerateInstances", "enumerateInstances"}), path.className(),
-      [&](AbstractProviderPlugin& plugin) { plugin.enumerateInstances(path, instances, false); });
+  withPlugin(Operation("enumerateInstances"), path.className(), [&](AbstractProviderPlugin& plugin) {
+    plugin.enumerateInstances(path, instances, false);
+  });
 }
 
 void FrameworkFacade::enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) {
   withPlugin(
-      begin({"enumerateInstanceNames", "enumerateInstanceNames", "Internal Error."}), path.className(),
+      Operation("enumerateInstanceNames").withoutRegistry("Internal Error."), path.className(),
       [&](AbstractProviderPlugin& plugin) { plugin.enumerateInstanceNames(path, names); });
 }
 
 void FrameworkFacade::getCIMInstance(CIMObjectPath& path, std::vector<CIMInstance>& instances) {
-  withPlugin(
-      begin({"getCIMInstance", "getCIMInstance"}), path.className(),
-      [&](AbstractProviderPlugin& plugin) { plugin.getCIMInstance(path, instances); });
+  withPlugin(Operation("getCIMInstance"), path.className(), [&](AbstractProviderPlugin& plugin) {
+    plugin.getCIMInstance(path, instances);
+  });
 }
 
 void FrameworkFacade::createInstance(CIMObjectPath& path, CIMInstance& instance) {
-  withPlugin(
-      begin({"createInstance", "createInstance"}), path.className(),
-      [&](AbstractProviderPlugin& plugin) { plugin.createInstance(path, instance); });
+  withPlugin(Operation("createInstance"), path.className(), [&](AbstractProviderPlugin& plugin) {
+    plugin.createInstance(path, instance);
+  });
 }
 
 void FrameworkFacade::modifyInstance(
     CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList) {
-  withPlugin(
-      begin({"modifyInstance", "modifyInstance"}), path.className(),
-      [&](AbstractProviderPlugin& plugin) { plugin.modifyInstance(path, instance, propertyList); });
+  withPlugin(Operation("modifyInstance"), path.className(), [&](AbstractProviderPlugin& plugin) {
+    plugin.modifyInstance(path, instance, propertyList);
+  });
 }
 
 void FrameworkFacade::deleteInstance(const CIMObjectPath& path) {
-  withPlugin(
-      begin({"deleteInstance", "deleteInstance"}), path.className(),
-      [&](AbstractProviderPlugin& plugin) { plugin.deleteInstance(path); });
+  withPlugin(Operation("deleteInstance"), path.className(), [&](AbstractProviderPlugin& plugin) {
+    plugin.deleteInstance(path);
+  });
 }
 
 unsigned int FrameworkFacade::invokeMethod(
     const CIMObjectPath& path, std::string methodName, CIMMethodParam& in, CIMMethodParam& out) {
   unsigned int returnValue = 0;
-  withPlugin(begin({"invokeMethod", "invokeMethod"}), path.className(), [&](AbstractProviderPlugin& plugin) {
+  withPlugin(Operation("invokeMethod"), path.className(), [&](AbstractProviderPlugin& plugin) {
     returnValue = plugin.invokeMethod(path, methodName, in, out);
   });
   return returnValue;
@@ -206,23 +211,25 @@ unsigned int FrameworkFacade::invokeMethod(
 void FrameworkFacade::references(
     CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
     const std::string& role) {
-  withAssociationPlugin(
-      begin({"references", "references"}), path.className(),
-      [&](AbstractProviderPlugin& plugin) { plugin.references(path, resultClass, instances, role); });
+  withPlugin(Operation("references"), path.className(), ifAssociation([&](AbstractProviderPlugin& plugin) {
+               plugin.references(path, resultClass, instances, role);
+             }));
 }
 
 void FrameworkFacade::referencesNames(
     CIMObjectPath& path, const std::string& resultClass, const std::string& role,
     std::vector<CIMObjectPath>& names) {
-  withAssociationPlugin(
-      begin({"referenceNames", "referencesNames"}), path.className(),
-      [&](AbstractProviderPlugin& plugin) { plugin.referencesNames(path, resultClass, role, names); });
+  withPlugin(
+      Operation("referencesNames").tracedAs("referenceNames"), path.className(),
+      ifAssociation(
+          [&](AbstractProviderPlugin& plugin) { plugin.referencesNames(path, resultClass, role, names); }));
 }
 
 void FrameworkFacade::associators(
     CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
     std::string& resultClass, std::string& role, std::string& resultRole, const char** propertyList) {
-  const Operation operation = begin({"associators", "associators", NO_REGISTRY});
+  const Operation operation = Operation("associators").withoutRegistry(NO_REGISTRY);
+  traceEntry(operation.traceName);
   KvsLogMsg(KVS_LOG_INFORMATION, "################ FrameworkFacade::associators() ######################");
   KvsLogMsg(KVS_LOG_INFORMATION, "LHS ObjectPath = %s", path.toString().c_str());
   KvsLogMsg(KVS_LOG_INFORMATION, "AssociationClass Name = %s", assocClass.c_str());
@@ -230,18 +237,20 @@ void FrameworkFacade::associators(
   KvsLogMsg(KVS_LOG_INFORMATION, "Role = %s", role.c_str());
   KvsLogMsg(KVS_LOG_INFORMATION, "ResultRole = %s", resultRole.c_str());
   KvsLogMsg(KVS_LOG_INFORMATION, "######################################################################");
-  withAssociationPlugin(operation, assocClass, [&](AbstractProviderPlugin& plugin) {
-    plugin.associators(path, assocClass, instances, resultClass, role, resultRole, propertyList);
-  });
+  withPluginAfterEntry(operation, assocClass, ifAssociation([&](AbstractProviderPlugin& plugin) {
+                         plugin.associators(
+                             path, assocClass, instances, resultClass, role, resultRole, propertyList);
+                       }));
 }
 
 void FrameworkFacade::associatorsNames(
     CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names, std::string& resultClass,
     std::string& role, std::string& resultRole) {
-  withAssociationPlugin(
-      begin({"associatorNames", "associatorsNames"}), assocClass, [&](AbstractProviderPlugin& plugin) {
+  withPlugin(
+      Operation("associatorsNames").tracedAs("associatorNames"), assocClass,
+      ifAssociation([&](AbstractProviderPlugin& plugin) {
         plugin.associatorNames(path, assocClass, names, resultClass, role, resultRole);
-      });
+      }));
 }
 
 AbstractProviderPlugin* FrameworkFacade::getPlugIn(const std::string& className) {
@@ -288,7 +297,7 @@ bool FrameworkFacade::registerForEvent(DeliverIndication callback) {
 }
 
 void FrameworkFacade::deRegisterForEvent() {
-  // The wording of the registration is intended here too.
+  // COMPAT: logs are searched for the wording of the registration here too.
   traceEntry("registerForEvent");
   m_deliverIndication.store(nullptr);
   traceExit("registerForEvent");

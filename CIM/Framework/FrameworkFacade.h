@@ -12,7 +12,7 @@
 namespace tvp::cim::fwf {
 
 /**
- * The one entrance to the provider framework, free of any object manager's types. Requests go through
+ * The one entry to the provider framework, free of any object manager's types. Requests go through
  * it to the plugin of their class, indications through it to the object manager's adapter.
  *
  * A class without a plugin is not an error: the answer is empty. Operations throw CIMException: what
@@ -24,11 +24,11 @@ namespace tvp::cim::fwf {
  */
 class FrameworkFacade {
 public:
-  /** What takes indications for delivery. @return true when delivered */
+  /** Delivers an indication. @return true when delivered */
   using DeliverIndication = bool (*)(CIMInstance& indication);
 
   /**
-   * The facade, made on the first call. Null when the lock cannot be taken or memory is short. The
+   * The facade, made on the first call. Null when the lock cannot be taken or memory runs out. The
    * pointer is kept after the facade was deleted.
    */
   static FrameworkFacade* getInstance();
@@ -74,13 +74,13 @@ public:
   AbstractProviderPlugin* getPlugIn(const std::string& className);
   /** Replaces names with the classes that are visible in the namespace. */
   void getAllPluginNames(std::vector<std::string>& names, std::string nameSpace);
-  /** The classes at the two ends of an association class; untouched when it is none. */
+  /** The classes at the two ends of an association class; untouched for any other class. */
   void getAntecedentAndDependentNames(std::string className, std::string& antecedent, std::string& dependent);
 
-  /** Sets who takes indications. @return false, keeping the earlier one, for a null callback */
+  /** Sets who delivers indications. @return false, keeping the earlier one, for a null callback */
   bool registerForEvent(DeliverIndication callback);
   void deRegisterForEvent();
-  /** Hands an indication to the registered callback. @return whether it was delivered */
+  /** Passes an indication to the registered callback. @return whether it was delivered */
   bool notify(CIMInstance instance);
 
 private:
@@ -88,11 +88,10 @@ private:
 
   FrameworkFacade();
 
-  static Operation begin(const Operation& operation);
   template <typename Call>
-  void withPlugin(const Operation& operation, const std::string& className, Call call);
+  static void withPlugin(const Operation& operation, const std::string& className, Call call);
   template <typename Call>
-  void withAssociationPlugin(const Operation& operation, const std::string& className, Call call);
+  static void withPluginAfterEntry(const Operation& operation, const std::string& className, Call call);
 
   static std::atomic<FrameworkFacade*> m_ins;
   static KvsMutexHandle m_mutexObject;

@@ -24,7 +24,7 @@ struct PluginTable {
 };
 
 /**
- * The CIM classes of the program. Declared here and defined with the concrete plugins, which stand
+ * The CIM classes of the program. Declared here and defined with the concrete plugins, which are
  * above the framework: a new CIM class is one row there and one source.
  */
 PluginTable pluginTable();

@@ -4,6 +4,7 @@
 #include "CIM/Framework/CommonFunctions.h"
 #include "CIM/Framework/PluginTable.h"
 #include "oslib/KVSLog.h"
+#include "oslib/KVSSingleton.h"
 
 #include <algorithm>
 #include <array>
@@ -16,7 +17,7 @@ namespace {
 
 constexpr const char* OWN_NAMESPACE = "root/kvs/tvp/smi_15";
 
-// What getPluginNames shows; which plugins there are says pluginTable() alone.
+/** COMPAT: clients may ask for these classes of registered profiles by name; no plugin serves them. */
 constexpr std::array<std::string_view, 6> PROFILE_KEYS = {
     "tvp_registeredprofile",
     "tvp_elementconformstoprofile",
@@ -25,23 +26,15 @@ constexpr std::array<std::string_view, 6> PROFILE_KEYS = {
     "tvp_registeredsubprofile",
     "tvp_subprofilerequiresprofile"};
 
-constexpr std::array<std::string_view, 10> CLASS_KEYS = {
-    "tvp_tarvexproidentity", "tvp_logicaldevice", "tvp_logicaldevices",      "tvp_virtualpoolmember",
-    "tvp_virtualpool",       "tvp_virtualpools",  "tvp_virtualvolumesource", "tvp_virtualvolume",
-    "tvp_virtualvolumes",    "tvp_tierservice"};
-
-template <typename Keys>
-bool contains(const Keys& keys, const std::string& key) {
-  return std::find(keys.begin(), keys.end(), key) != keys.end();
-}
-
-/** The own namespace shows all but the profile classes; every other one shows these and the listed classes of
- * the model. */
+/** The own namespace shows all but the profile classes; every other one shows these and those of the table.
+ */
 bool isVisible(const std::string& key, bool ownNamespace) {
-  if (ownNamespace) {
-    return !contains(PROFILE_KEYS, key);
+  if (std::find(PROFILE_KEYS.begin(), PROFILE_KEYS.end(), key) != PROFILE_KEYS.end()) {
+    return !ownNamespace;
   }
-  return contains(PROFILE_KEYS, key) || contains(CLASS_KEYS, key);
+  const PluginTable table = pluginTable();
+  return ownNamespace ||
+         std::any_of(table.begin(), table.end(), [&](const PluginTableRow& row) { return key == row.key; });
 }
 
 }  // namespace
@@ -59,30 +52,23 @@ PluginsManager* PluginsManager::getInstance() {
     KvsLogMsg(KVS_LOG_INFORMATION, "Referencing the earlier formed PluginsManager singleton object");
     return existing;
   }
-  if (KvsMutexLock(m_Mutex) != 0) {
+  KvsMutexGuard lock(m_Mutex);
+  const auto creation =
+      kvsCreateSingleton(m_PluginIns, lock, [] { return new (std::nothrow) PluginsManager; });
+  if (creation == KvsSingletonCreation::NotLocked) {
     return nullptr;
   }
-  PluginsManager* instance = m_PluginIns.load();
-  if (instance == nullptr) {
-    // Short memory makes either a null pointer or an exception, depending on the module's allocator.
-    try {
-      instance = new (std::nothrow) PluginsManager();
-    } catch (const std::bad_alloc&) {
-      instance = nullptr;
-    }
-    m_PluginIns.store(instance);
-  }
-  KvsMutexUnlock(m_Mutex);
+  lock.unlock();
   KvsLogMsg(KVS_LOG_INFORMATION, "Unlocked the mutex object");
   KvsLogMsg(
-      KVS_LOG_INFORMATION, instance != nullptr
-                               ? "Returning successfully formed PluginsManager singleton object"
-                               : "ERROR : Insufficient Memory : PluginsManager::getInstance");
-  return instance;
+      KVS_LOG_INFORMATION, creation == KvsSingletonCreation::Failed
+                               ? "ERROR : Insufficient Memory : PluginsManager::getInstance"
+                               : "Returning successfully formed PluginsManager singleton object");
+  return m_PluginIns.load();
 }
 
 PluginsManager::~PluginsManager() {
-  // Entry and end write the same line; log readers know it twice.
+  // COMPAT: entry and end write the same line; logs are searched for it.
   KvsTrace("Exiting PluginsManager::~PluginsManager()");
   for (auto& [key, plugin] : m_plugins) {
     delete plugin;

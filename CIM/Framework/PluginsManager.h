@@ -21,7 +21,7 @@ namespace tvp::cim::fwf {
 class PluginsManager {
 public:
   /**
-   * The registry, made on the first call. Null when the lock cannot be taken or memory is short. The
+   * The registry, made on the first call. Null when the lock cannot be taken or memory runs out. The
    * pointer is kept after the registry was deleted: nothing may follow the provider's tear-down.
    */
   static PluginsManager* getInstance();
@@ -50,7 +50,7 @@ public:
 
   /**
    * The registered class names, in lower case and ascending order, that are visible in the namespace: in
-   * root/kvs/tvp/smi_15 all but the classes of profiles, elsewhere those and the ten classes of the model.
+   * root/kvs/tvp/smi_15 all but the classes of profiles, elsewhere those and the classes of pluginTable().
    */
   std::vector<std::string> getPluginNames(std::string nameSpace);
 

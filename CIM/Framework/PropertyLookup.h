@@ -5,6 +5,7 @@
 #include "CIM/Framework/CIMProperty.h"
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tvp::cim::fwf {
@@ -21,6 +22,26 @@ auto findProperty(Properties& properties, const std::string& name) -> decltype(p
     }
   }
   return nullptr;
+}
+
+/**
+ * @param property may be null
+ * @return the elements that a property has in its slot for T; none without a property, or when it is null
+ * there
+ */
+template <typename T>
+std::vector<T> elementsOf(const CIMProperty* property) {
+  if (property == nullptr || property->slot<T>().m_isNull) {
+    return {};
+  }
+  return property->slot<T>().m_values;
+}
+
+/** @return the first of elementsOf; missing when there is none */
+template <typename T>
+T firstElementOf(const CIMProperty* property, T missing = T()) {
+  std::vector<T> elements = elementsOf<T>(property);
+  return elements.empty() ? std::move(missing) : std::move(elements.front());
 }
 
 }  // namespace tvp::cim::fwf

@@ -2,22 +2,11 @@
 #include "host/tvpcim/CommandLine.h"
 
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/cim/AssociationCommands.h"
-#include "host/tvpcim/cim/IntrinsicCommands.h"
-#include "host/tvpcim/cim/MethodCommand.h"
-#include "host/tvpcim/cim/SchemaCommands.h"
-#include "host/tvpcim/cim/WatchCommand.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/DriveCommands.h"
-#include "host/tvpcim/storage/IdentityCommand.h"
-#include "host/tvpcim/storage/PoolCommands.h"
-#include "host/tvpcim/storage/TreeCommand.h"
-#include "host/tvpcim/storage/VolumeCommands.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 
 #include <unistd.h>
 
@@ -31,7 +20,7 @@ constexpr int WRONG_USAGE = 2;
 const char* const SUMMARY =
     "Talks to the storage provider as a CIM object manager does: storage verbs, CIM verbs and indications.";
 const char* const FOOTER = "\nExit status: 0 done, 1 the operation failed, 2 wrong usage.\n"
-                           "'tvpcim VERB --help' tells more about a verb.";
+                           "'tvpcim VERB --help' describes a verb.";
 
 std::vector<std::string> verbsOf(const CLI::App& app) {
   std::vector<std::string> names;
@@ -94,33 +83,25 @@ CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
   m_app.get_formatter()->label("REQUIRED", "(required)");
   m_app.set_version_flag("--version", "tvpcim " TVP_VERSION);
   addGlobalOptions();
-  m_groups.push_back(std::make_unique<IdentityCommand>(tool));
-  m_groups.push_back(std::make_unique<DriveCommands>(tool));
-  m_groups.push_back(std::make_unique<PoolCommands>(tool));
-  m_groups.push_back(std::make_unique<VolumeCommands>(tool));
-  m_groups.push_back(std::make_unique<TreeCommand>(tool));
-  m_groups.push_back(std::make_unique<WatchCommand>(tool));
-  m_groups.push_back(std::make_unique<IntrinsicCommands>(tool));
-  m_groups.push_back(std::make_unique<MethodCommand>(tool));
-  m_groups.push_back(std::make_unique<AssociationCommands>(tool));
-  m_groups.push_back(std::make_unique<SchemaCommands>(tool));
-  for (const auto& group : m_groups) {
-    group->addTo(m_app);
+  for (const auto add :
+       {addIdentityCommand, addDriveCommands, addPoolCommands, addVolumeCommands, addTreeCommand,
+        addWatchCommand, addInstanceCommands, addMethodCommand, addAssociationCommands, addSchemaCommands}) {
+    add(m_app, m_tool);
   }
 }
 
 void CommandLine::addGlobalOptions() {
-  static const std::map<std::string, Form> FORMS = {
-      {"table", Form::Table}, {"json", Form::Json}, {"mof", Form::Mof}};
+  std::vector<std::string> formats;
+  for (const OutputFormat& format : outputFormats()) {
+    formats.emplace_back(format.name);
+  }
   Options& options = m_tool.options;
   // The last one counts, so that a shell's alias may have options of its own.
   m_app.option_defaults()->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-  m_app
-      .add_option_function<std::string>(
-          "-o,--output", [&options](const std::string& form) { options.form = FORMS.at(form); },
-          "Form of the answer: table (default), json or mof")
-      ->type_name("FORM")
-      ->check(CLI::IsMember({"table", "json", "mof"}));
+  m_app.add_option("-o,--output", options.output, "Output format")
+      ->type_name("FORMAT")
+      ->capture_default_str()
+      ->check(CLI::IsMember(formats));
   m_app.add_flag("--wide", options.wide, "Show every column of a table, whatever the width of the terminal");
   m_app.add_option("--user", options.user, "User name of the requests; default: yours")->type_name("NAME");
   m_app
@@ -155,7 +136,7 @@ void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {
     if (std::find(verbs.begin(), verbs.end(), word) == verbs.end()) {
       const std::string near = suggestion(word, verbs);
       throw UsageError(
-          "there is no verb '" + words + printable(word) + "'" +
+          "there is no verb " + text::quoted(words + word) +
           (near.empty() ? "; see 'tvpcim " + words + "--help'" : near));
     }
     parent = parent->get_subcommand(word);

@@ -2,9 +2,8 @@
 #ifndef HOST_TVPCIM_COMMANDLINE_H
 #define HOST_TVPCIM_COMMANDLINE_H
 
-#include "host/tvpcim/CommandGroup.h"
+#include "host/tvpcim/Commands.h"
 
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -24,12 +23,11 @@ public:
 
 private:
   void addGlobalOptions();
-  /** Finds a word that is no verb where one must stand; CLI11 would call it an extra argument. */
+  /** Finds a word that is not a verb in the place of one; CLI11 would call it an extra argument. */
   void checkVerbs(const std::vector<std::string>& arguments);
 
   Tool& m_tool;
   CLI::App m_app;
-  std::vector<std::unique_ptr<CommandGroup>> m_groups;
 };
 
 /** Runs the command and ends the process with its exit status: 0 done, 1 failed, 2 wrong usage. */

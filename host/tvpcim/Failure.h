@@ -18,7 +18,8 @@ class OperationError : public std::runtime_error {
 public:
   /**
    * @param message what was wrong, with what, and what to do; one line
-   * @param hint what more is known of the reason, or empty; one line, printed after the message
+   * @param hint more on the reason, from the provider or from what can be seen; may be empty. It is printed
+   *             on a line of its own
    */
   explicit OperationError(const std::string& message, std::string hint = "")
       : std::runtime_error(message), m_hint(std::move(hint)) {}

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/** The prefix that the command lies in: the parent of the folder of the executable. */
+/** The prefix that the command is installed in: the parent of the executable's directory. */
 fs::path ownPrefix() {
   std::error_code error;
   const fs::path executable = fs::read_symlink("/proc/self/exe", error);
@@ -28,7 +28,7 @@ std::string firstOf(const std::string& what, const std::string& option, const st
     }
     tried.push_back(place.string());
   }
-  throw OperationError(what + " is neither of " + join(tried, ", ") + "; name it with " + option);
+  throw OperationError(what + " was not found; looked for " + join(tried, ", ") + "; name it with " + option);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 namespace tvp::host::tvpcim {
 
 /**
- * The provider that belongs to this command: the one beside the command's own folder, else the installed
+ * The provider that belongs to this command: the one beside the command's own directory, else the installed
  * one. @throws OperationError when there is none; it names the places and the option.
  */
 std::string installedProvider();

@@ -6,12 +6,9 @@
 
 namespace tvp::host::tvpcim {
 
-/** The forms in which an answer is written. */
-enum class Form { Table, Json, Mof };
-
 /** What every verb understands. */
 struct Options {
-  Form form = Form::Table;
+  std::string output;    ///< name of the output format
   bool wide = false;     ///< tables show every column, whatever the width of the terminal
   std::string provider;  ///< file of the provider; empty: found beside the command
   std::string schema;    ///< file of the classes; empty: found beside the command

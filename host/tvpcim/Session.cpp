@@ -7,12 +7,13 @@
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/InstalledFiles.h"
 #include "host/tvpcim/output/Text.h"
+#include "text/Trim.h"
 
 namespace tvp::host::tvpcim {
 
 std::string describe(const Outcome& outcome) {
   std::string text = statusName(outcome.rc);
-  const std::string message = trimmed(outcome.message);
+  const std::string message(text::trimmed(outcome.message));
   text += message.empty() ? "" : ": " + printable(message);
   if (outcome.rc == CMPI_RC_ERR_ACCESS_DENIED) {
     text += "; run it as root, or name an administrator with --user";
@@ -22,6 +23,25 @@ std::string describe(const Outcome& outcome) {
 
 std::string remarksOf(const Outcome& outcome) {
   return printable(join(outcome.remarks, "; "));
+}
+
+Instance answerOf(const std::string& method, const MethodOutcome& outcome) {
+  Instance answer;
+  answer.path.className = method;
+  answer.properties = {{"ReturnValue", outcome.returnValue}};
+  answer.properties.insert(
+      answer.properties.end(), outcome.output.values.begin(), outcome.output.values.end());
+  return answer;
+}
+
+const SchemaProperty& propertyNamed(const SchemaClass& schemaClass, const std::string& name) {
+  const SchemaProperty* property = schemaClass.property(name);
+  if (property == nullptr) {
+    throw UsageError(
+        statusName(CMPI_RC_ERR_NO_SUCH_PROPERTY) + ": the class " + schemaClass.name + " has no property " +
+        text::quoted(name) + suggestion(name, namesOf(schemaClass.properties)));
+  }
+  return *property;
 }
 
 const Schema& Session::schema() {
@@ -57,8 +77,8 @@ const SchemaClass& Session::classNamed(const std::string& name) {
   }
   const std::string near = suggestion(name, names);
   throw UsageError(
-      statusName(CMPI_RC_ERR_INVALID_CLASS) + ": " + m_schemaFile + " has no class '" + printable(name) +
-      "'" + (near.empty() ? "; see 'tvpcim classes'" : near));
+      statusName(CMPI_RC_ERR_INVALID_CLASS) + ": " + m_schemaFile + " has no class " + text::quoted(name) +
+      (near.empty() ? "; see 'tvpcim classes'" : near));
 }
 
 ObjectPath Session::pathOf(const std::string& className) {
@@ -80,15 +100,9 @@ ObjectPath Session::parsePath(const std::string& text) {
   if (path.nameSpace.empty()) {
     path.nameSpace = m_options.nameSpace;
   }
-  std::vector<std::string> names;
-  for (const SchemaProperty& property : schemaClass.properties) {
-    names.push_back(property.name);
-  }
   for (const NamedValue& key : path.keys) {
-    if (!schemaClass.external && schemaClass.property(key.name) == nullptr) {
-      throw UsageError(
-          statusName(CMPI_RC_ERR_NO_SUCH_PROPERTY) + ": the class " + schemaClass.name +
-          " has no property '" + printable(key.name) + "'" + suggestion(key.name, names));
+    if (!schemaClass.external) {
+      propertyNamed(schemaClass, key.name);
     }
   }
   return path;
@@ -129,12 +143,6 @@ std::vector<Instance> Session::enumerate(const std::string& className) {
   InstancesOutcome outcome = provider().enumerateInstances(pathOf(className));
   check(outcome);
   return std::move(outcome.instances);
-}
-
-MethodOutcome Session::invoke(const ObjectPath& path, const std::string& method, const Arguments& arguments) {
-  MethodOutcome outcome = provider().invokeMethod(path, method, arguments);
-  check(outcome);
-  return outcome;
 }
 
 void Session::cleanUp() {

@@ -15,11 +15,11 @@
 namespace tvp::host::tvpcim {
 
 /**
- * The road to the provider: the classes, the broker and the provider itself, each loaded when it is first
+ * The way to the provider: the classes, the broker and the provider itself, each loaded when it is first
  * needed, and the requests with the user's name on them.
  *
- * A request that fails is an OperationError with the status' name, its message and what to do. Belongs to
- * one thread. The destructor does not clean the provider up and must not run while the provider is loaded:
+ * A request that fails is an OperationError with the name of its status, its message and what to do. Belongs
+ * to one thread. The destructor does not clean the provider up and must not run while the provider is loaded:
  * the process ends first, or cleanUp() was called.
  */
 class Session {
@@ -45,8 +45,7 @@ public:
   void setHandlers(BrokerHandlers handlers) { m_handlers = std::move(handlers); }
 
   std::vector<Instance> enumerate(const std::string& className);
-  MethodOutcome invoke(const ObjectPath& path, const std::string& method, const Arguments& arguments);
-  /** What a request answered. @throws OperationError unless it was success. */
+  /** @throws OperationError unless the request succeeded; what the provider remarked is the hint. */
   void check(const Outcome& outcome) const;
 
   /** Ends the provider's own threads and its interfaces; nothing can be asked afterwards. */
@@ -68,9 +67,12 @@ private:
 
 /** "CIM_ERR_FAILED: message", with a sentence on what to do where there is one to give. */
 std::string describe(const Outcome& outcome);
-
-/** What the provider told the object manager's log during a request, in one line; empty when nothing. */
+/** What the provider remarked while it worked on the request, on one line; empty when it did not. */
 std::string remarksOf(const Outcome& outcome);
+/** A method's answer as one object: "ReturnValue" and the output arguments. */
+Instance answerOf(const std::string& method, const MethodOutcome& outcome);
+/** @throws UsageError with names that are near, for an unknown property. */
+const SchemaProperty& propertyNamed(const SchemaClass& schemaClass, const std::string& name);
 
 }  // namespace tvp::host::tvpcim
 

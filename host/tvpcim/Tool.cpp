@@ -2,7 +2,6 @@
 #include "host/tvpcim/Tool.h"
 
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/output/Terminal.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -26,13 +25,14 @@ std::string effectiveUser() {
 
 }  // namespace
 
-Tool::Tool() : m_session(options) {
+Tool::Tool() : m_session(options), m_inventory(m_session) {
+  options.output = outputFormats().front().name;
   options.user = effectiveUser();
 }
 
 const Formatter& Tool::formatter() {
   if (m_formatter == nullptr) {
-    m_formatter = Formatter::make(options, Terminal::ofStandardOutput());
+    m_formatter = makeFormatter(options.output, {terminal::Terminal::ofStandardOutput(), options.wide});
   }
   return *m_formatter;
 }

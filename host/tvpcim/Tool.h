@@ -5,6 +5,7 @@
 #include "host/tvpcim/Options.h"
 #include "host/tvpcim/Session.h"
 #include "host/tvpcim/output/Formatter.h"
+#include "host/tvpcim/storage/Inventory.h"
 
 #include <functional>
 #include <memory>
@@ -12,7 +13,8 @@
 
 namespace tvp::host::tvpcim {
 
-/** What every verb works with: the options, the road to the provider and the two outputs. One thread. */
+/** What every verb works with: the options, the way to the provider, the storage and the two outputs. One
+ * thread. */
 class Tool {
 public:
   Tool();
@@ -20,15 +22,15 @@ public:
   Options options;
 
   Session& session() { return m_session; }
-  /** The formatter of the form that was asked for. */
+  Inventory& inventory() { return m_inventory; }
+  /** The formatter of the output format that was asked for. */
   const Formatter& formatter();
 
-  /** Writes machine output, or what stands for it, to standard output. @throws OperationError when it
-   *  cannot be written. */
+  /** Writes the answer to standard output. @throws OperationError when it cannot be written. */
   void print(const std::string& text);
-  /** Writes what was printed through. @throws OperationError */
+  /** Makes sure that all that was printed is written. @throws OperationError */
   void flush();
-  /** Tells people something beside the answer, on standard error. */
+  /** Writes something for people beside the answer, to standard error. */
   void notice(const std::string& text);
 
   /** Remembers what the command line asks for. */
@@ -40,6 +42,7 @@ public:
 
 private:
   Session m_session;
+  Inventory m_inventory;
   std::unique_ptr<const Formatter> m_formatter;
   std::string m_verb;
   std::function<void()> m_action;

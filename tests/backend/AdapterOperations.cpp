@@ -7,6 +7,8 @@
 namespace tvp::test {
 namespace {
 
+using namespace cim::fwf;
+
 struct OperationCase {
   std::string method;
   std::string exit;
@@ -216,6 +218,30 @@ TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
   }
   EXPECT_TRUE(log.has(LogCapture::message(
       4, "The pool sequence order as: HDD " + std::to_string(hdd) + "  and SSD " + std::to_string(ssd))));
+}
+
+TEST_F(AdapterOperations, PoolsAreOrderedBeforeTheLibraryIsCalled) {
+  VirtualVolumeSpec spec;
+  spec.numValidPools = 2;
+  spec.pools[0] = {makePool("Fast", TVK_DEVICE_SSD), GIBIBYTE};
+  spec.pools[1] = {makePool("Slow", TVK_DEVICE_HDD), GIBIBYTE};
+  const std::string sequence = "The pool sequence order as: HDD " + std::to_string(spec.pools[1].poolId) +
+                               "  and SSD " + std::to_string(spec.pools[0].poolId);
+  log.clear();
+  Ret ret;
+  TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
+  EXPECT_EQ(
+      log.lines(),
+      (std::vector<std::string>{
+          LogCapture::trace("Entering TarvexProVirtualVolume::CreateVirtualVolume()"),
+          LogCapture::message(
+              4, "Processing to sort Virtual Pool IDs in the order of HDD and then SSD pool "
+                 "\t\t\t\t\t\t\t\t for total pools: 2"),
+          LogCapture::trace("Changed the pool sequence order"), LogCapture::message(4, sequence),
+          LogCapture::message(4, "The requested Volume capacity in sectors: " + std::to_string(GIBIBYTE)),
+          LogCapture::trace("Calling TvkAdapter::createVirtualVolume()"),
+          LogCapture::trace("Returned from TvkAdapter::createVirtualVolume()"),
+          LogCapture::message(4, "Exiting TarvexProVirtualPool::CreateVirtualVolume() with Return: 3")}));
 }
 
 TEST_F(AdapterOperations, NamesOfCachedVolumesAreCutBetweenCharacters) {

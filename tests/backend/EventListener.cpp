@@ -3,8 +3,11 @@
 #include "CIM/Framework/Subscription.h"
 #include "backend/StorageFixture.h"
 #include "backend/TarvexProEventManager.h"
+#include "support/Threads.h"
 
+#include <atomic>
 #include <ctime>
+#include <functional>
 #include <mutex>
 #include <thread>
 
@@ -13,6 +16,8 @@
 
 namespace tvp::test {
 namespace {
+
+using namespace cim::fwf;
 
 using Strings = std::vector<std::string>;
 
@@ -40,10 +45,10 @@ protected:
   }
 
   static unsigned int number(const CIMInstance& indication, const char* name) {
-    return indication.getPropertyByName(name)->uint32Slot().m_values.at(0);
+    return elementsOf<unsigned int>(indication.getPropertyByName(name)).at(0);
   }
   static std::string text(const CIMInstance& indication, const char* name) {
-    return indication.getPropertyByName(name)->stringSlot().m_values.at(0);
+    return elementsOf<std::string>(indication.getPropertyByName(name)).at(0);
   }
   static Strings descriptions() {
     Strings texts;
@@ -222,6 +227,32 @@ TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsWell) {
   int status = 1;
   ASSERT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0) << "0x" << std::hex << status;
+  EXPECT_EQ(log.count(LogCapture::trace("Entering TvproEventManager::terminateEventListener()")), 1U)
+      << "only the process that the listener runs in stops it";
+}
+
+// The callback runs on the listener's thread, and holds it in a round until the stop has begun.
+TEST_F(EventListener, TheLibraryOutlivesTheListener) {
+  static std::atomic<bool> inCallback;
+  static std::atomic<bool> libraryIsThere;
+  static std::function<bool()> stopHasBegun;
+  stopHasBegun = [this] {
+    return log.has(LogCapture::message(2, "CancelSynchronousIo Failed for listner thread"));
+  };
+  FrameworkFacade::getInstance()->registerForEvent([](CIMInstance&) {
+    if (!inCallback.exchange(true)) {
+      waitFor(stopHasBegun);
+      libraryIsThere = getTarvexProRoot() != nullptr;
+    }
+    return true;
+  });
+  ASSERT_EQ(gateway().initialize(true), 0U);
+  makePool("Archive", TVK_DEVICE_HDD);
+  const NoSleep noSleep;
+  ASSERT_TRUE(waitFor([] { return inCallback.load(); }));
+  gateway().terminate();
+  EXPECT_TRUE(libraryIsThere);
+  EXPECT_EQ(getTarvexProRoot(), nullptr);
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 namespace tvp::test {
 namespace {
 
+using namespace cim::fwf;
+
 using Strings = std::vector<std::string>;
 
 /** "name:type" of each property, with a "!" before those that name the instance. */
@@ -24,24 +26,23 @@ Strings shapeOf(const CIMInstance& instance) {
 
 template <typename T>
 std::vector<T> valuesOf(const CIMInstance& instance, const char* name) {
-  const CIMProperty* property = instance.getPropertyByName(name);
-  return property == nullptr ? std::vector<T>{} : property->slot<T>().m_values;
+  return elementsOf<T>(instance.getPropertyByName(name));
 }
 
 class InstanceBuilders : public StorageTest {
 protected:
+  /** Builds the instance of the object at an index. */
   template <typename Object>
   static unsigned int build(
-      const char* type, unsigned int (*builder)(Object*, tvpCIMInstanceWrapper&),
-      tvpCIMInstanceWrapper& wrapper, int index = 0) {
-    unsigned int result = 99;
-    int current = 0;
-    FilteredObjects<Object>(getTvkAdapter(), type).visitAll([&](Object& object) {
-      if (current++ == index) {
-        result = builder(&object, wrapper);
+      unsigned int (*builder)(Object*, tvpCIMInstanceWrapper&), tvpCIMInstanceWrapper& wrapper,
+      int index = 0) {
+    const FilteredObjects<Object> objects(getTvkAdapter());
+    for (auto object = objects.begin(); object != objects.end(); ++object) {
+      if (object.index() == index) {
+        return builder(&*object, wrapper);
       }
-    });
-    return result;
+    }
+    return 99;
   }
 };
 
@@ -52,14 +53,14 @@ TEST_F(InstanceBuilders, DrivesPoolsAndVolumesHaveTheirPropertiesInOrder) {
   tvpCIMInstanceWrapper drive;
   tvpCIMInstanceWrapper pool;
   tvpCIMInstanceWrapper volume;
-  EXPECT_EQ(build<LogicalDevice>("LogicalDevice", TarvexProLogicalDevice::InsertLogicalDriveInfo, drive), 0U);
+  EXPECT_EQ(build(TarvexProLogicalDevice::InsertLogicalDriveInfo, drive), 0U);
   EXPECT_EQ(
       shapeOf(drive.instance()),
       (Strings{
           "!CreationClassName:18", "!DeviceName:18", "SerialNumber:18", "WWID:18", "Vendor:18", "Model:18",
           "CapacityInSectors:24", "DeviceNumber:20", "DeviceType:26", "DeviceProperty:26", "IsBootable:0",
           "HasPartition:0", "isUsedByTarvexPro:0", "InterfaceType:26", "LD_Status:26"}));
-  EXPECT_EQ(build<VirtualPool>("VirtualPool", TarvexProVirtualPool::InsertVirtualPoolInfo, pool), 0U);
+  EXPECT_EQ(build(TarvexProVirtualPool::InsertVirtualPoolInfo, pool), 0U);
   EXPECT_EQ(
       shapeOf(pool.instance()),
       (Strings{
@@ -69,8 +70,7 @@ TEST_F(InstanceBuilders, DrivesPoolsAndVolumesHaveTheirPropertiesInOrder) {
   EXPECT_EQ(
       valuesOf<unsigned long long>(pool.instance(), "UsedCapacityInSectors"),
       std::vector<unsigned long long>{GIBIBYTE});
-  EXPECT_EQ(
-      build<VirtualVolume>("VirtualVolume", TarvexProVirtualVolume::InsertVirtualVolumeInfo, volume), 0U);
+  EXPECT_EQ(build(TarvexProVirtualVolume::InsertVirtualVolumeInfo, volume), 0U);
   EXPECT_EQ(
       shapeOf(volume.instance()),
       (Strings{
@@ -92,7 +92,7 @@ TEST_F(InstanceBuilders, InternalPoolsAreLeftOut) {
   ASSERT_EQ(names.size(), 2U);
   tvpCIMInstanceWrapper wrapper;
   log.clear();
-  EXPECT_EQ(build<VirtualPool>("VirtualPool", TarvexProVirtualPool::InsertVirtualPoolInfo, wrapper, 1), 3U);
+  EXPECT_EQ(build(TarvexProVirtualPool::InsertVirtualPoolInfo, wrapper, 1), 3U);
   EXPECT_EQ(wrapper.instance().getPropertyCount(), 0U);
   EXPECT_TRUE(log.has(LogCapture::message(
       4, "The Pool " + names[1] + " is an internal pool created for CachedLD, hence ignoring it")));
@@ -189,6 +189,33 @@ TEST_F(InstanceBuilders, DefaultNamesAreFree) {
   refreshTarvexProObjects();
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_POOL), "Pool" + std::to_string(free + 1));
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_VOLUME), "Volume0");
+}
+
+TEST_F(InstanceBuilders, NamesOfInternalPoolsSkipThoseThatAreTaken) {
+  const unsigned int first = makePool("First", TVK_DEVICE_HDD);
+  unsigned int number = 0;
+  const auto name = [&number] { return "InternalPool" + std::to_string(number); };
+  while (number == first) {
+    ++number;
+  }
+  EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), name());
+  for (int taken = 0; taken < 3; ++taken) {
+    makePool(name(), TVK_DEVICE_HDD);
+    // The smallest number that is not an identifier, then the next whose name is not taken.
+    number = 0;
+    const Strings names = pools();
+    std::vector<unsigned int> identifiers;
+    for (const VirtualPool& pool : FilteredObjects<VirtualPool>(getTvkAdapter())) {
+      identifiers.push_back(pool.getPoolId());
+    }
+    while (std::count(identifiers.begin(), identifiers.end(), number) != 0) {
+      ++number;
+    }
+    while (std::count(names.begin(), names.end(), name()) != 0) {
+      ++number;
+    }
+    EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), name());
+  }
 }
 
 TEST(InstanceWrapper, ElementsAreAppendedToArraysAndToNothingElse) {

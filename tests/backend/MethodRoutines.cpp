@@ -8,6 +8,8 @@
 namespace tvp::test {
 namespace {
 
+using namespace cim::fwf;
+
 using Strings = std::vector<std::string>;
 
 struct RoutineCase {
@@ -165,7 +167,7 @@ TEST_F(MethodRoutines, PoolsAreMadeChangedAndRemoved) {
   EXPECT_TRUE(log.has(LogCapture::message(4, "TvpIfCreateVirtualPool() - Pool Name: Archive")));
   EXPECT_TRUE(log.has(
       LogCapture::message(4, "TarvexProVirtualPool::CreateVirtualPool() returned Ret.getReturn() = 0")));
-  const unsigned int pool = idOf<VirtualPool>("VirtualPool", "Archive", &VirtualPool::getPoolId);
+  const unsigned int pool = idOf("Archive", &VirtualPool::getPoolId);
 
   EXPECT_EQ(call("CreateVirtualPool", poolArguments("Archive", {first}, TVK_TIER_HDD)), 3U);
   const unsigned int refused = answered("RetStat");
@@ -286,7 +288,7 @@ TEST_F(MethodRoutines, CachedVolumesComeAndGoWithTheirInternalPool) {
       log.has(LogCapture::message(4, "TvpIfCreateDataCacheVolume() - Internal Pool Name: " + both[1])));
   EXPECT_EQ(call("FlushVirtualVolume", identifier("VirtualVolumeId", volumeId("Cached"))), 0U);
 
-  const unsigned int internal = idOf<VirtualPool>("VirtualPool", both[1], &VirtualPool::getPoolId);
+  const unsigned int internal = idOf(both[1], &VirtualPool::getPoolId);
   EXPECT_EQ(
       call(
           "DeleteDataCacheVolume", arguments(

@@ -2,6 +2,7 @@
 #ifndef TESTS_BACKEND_STORAGEFIXTURE_H
 #define TESTS_BACKEND_STORAGEFIXTURE_H
 
+#include "CIM/Framework/PropertyLookup.h"
 #include "backend/LibraryAccess.h"
 #include "backend/TarvexProInterface.h"
 #include "backend/tvpCIMInstanceWrapper.h"
@@ -23,15 +24,13 @@
 
 namespace tvp::test {
 
-using namespace tvp::cim::fwf;
-
 constexpr unsigned long long MEBIBYTE = 2048;  // in sectors
 constexpr unsigned long long GIBIBYTE = 1024 * MEBIBYTE;
 
 /** The arguments of a routine, in order. */
 template <typename... Properties>
-CIMMethodParam arguments(Properties... properties) {
-  CIMMethodParam list;
+cim::fwf::CIMMethodParam arguments(Properties... properties) {
+  cim::fwf::CIMMethodParam list;
   (list.addArgument(std::move(properties)), ...);
   return list;
 }
@@ -45,7 +44,7 @@ protected:
   }
   ~StorageTest() override { ::unsetenv("VOLTVK_STATE"); }
 
-  static TVPInterface& gateway() { return *TVPInterface::getInstance(); }
+  static cim::fwf::TVPInterface& gateway() { return *cim::fwf::TVPInterface::getInstance(); }
 
   /** Adds a virtual drive of 20 GiB. @return its number */
   static unsigned char addDrive(TvkDeviceType type) {
@@ -60,54 +59,60 @@ protected:
   }
 
   /** Runs a routine on a path in the namespace "root/test"; its output is in out. */
-  unsigned int call(const char* routine, const CIMMethodParam& in) {
+  unsigned int call(const char* routine, const cim::fwf::CIMMethodParam& in) {
     out.clearArgument();
-    return gateway().execute(CIMObjectPath("", "root/test", "TVP_TierService", {}), routine, in, out);
+    return gateway().execute(
+        cim::fwf::CIMObjectPath("", "root/test", "TVP_TierService", {}), routine, in, out);
   }
 
   /** A uint32 of the output; fails the test when it is not there. */
   unsigned int answered(const char* name) const {
-    const CIMProperty* argument = out.getArgumentByName(name);
-    if (argument == nullptr || argument->uint32Slot().m_values.size() != 1) {
+    const auto values = cim::fwf::elementsOf<unsigned int>(out.getArgumentByName(name));
+    if (values.size() != 1) {
       ADD_FAILURE() << "no uint32 " << name << " in the output " << out.toString();
       return 0xFFFFFFFF;
     }
-    return argument->uint32Slot().m_values.front();
+    return values.front();
   }
 
-  static CIMMethodParam
+  static cim::fwf::CIMMethodParam
   poolArguments(const std::string& name, const std::vector<unsigned char>& drives, unsigned char tierLevel) {
     return arguments(
-        makeProperty<std::string>("Name", name), makeProperty<std::string>("Description", "of a test"),
-        makeProperty<unsigned char>("NumberOfLogicalDevice", static_cast<unsigned char>(drives.size())),
-        makeProperty("LDDeviceNumbers", drives),
-        makeProperty<unsigned long long>("CapacityInSectors", 10 * GIBIBYTE),
-        makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
-        makeProperty<unsigned char>("TierLevel", tierLevel));
+        cim::fwf::makeProperty<std::string>("Name", name),
+        cim::fwf::makeProperty<std::string>("Description", "of a test"),
+        cim::fwf::makeProperty<unsigned char>(
+            "NumberOfLogicalDevice", static_cast<unsigned char>(drives.size())),
+        cim::fwf::makeProperty("LDDeviceNumbers", drives),
+        cim::fwf::makeProperty<unsigned long long>("CapacityInSectors", 10 * GIBIBYTE),
+        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
+        cim::fwf::makeProperty<unsigned char>("TierLevel", tierLevel));
   }
 
-  static CIMMethodParam volumeArguments(
+  static cim::fwf::CIMMethodParam volumeArguments(
       const std::string& name, unsigned char type, const std::vector<unsigned int>& pools,
       const std::vector<unsigned long long>& sizes) {
     return arguments(
-        makeProperty<std::string>("VolumeName", name), makeProperty<std::string>("Description", "of a test"),
-        makeProperty<unsigned char>("VolumeType", type),
-        makeProperty<unsigned char>("VirtualPoolsCount", static_cast<unsigned char>(pools.size())),
-        makeProperty("ListOfVirtualPoolIds", pools), makeProperty("UsedSizeInSectors", sizes),
-        makeProperty<unsigned int>("KnobSetting", 2));
+        cim::fwf::makeProperty<std::string>("VolumeName", name),
+        cim::fwf::makeProperty<std::string>("Description", "of a test"),
+        cim::fwf::makeProperty<unsigned char>("VolumeType", type),
+        cim::fwf::makeProperty<unsigned char>("VirtualPoolsCount", static_cast<unsigned char>(pools.size())),
+        cim::fwf::makeProperty("ListOfVirtualPoolIds", pools),
+        cim::fwf::makeProperty("UsedSizeInSectors", sizes),
+        cim::fwf::makeProperty<unsigned int>("KnobSetting", 2));
   }
 
-  static CIMMethodParam dataCacheArguments(
+  static cim::fwf::CIMMethodParam dataCacheArguments(
       const std::string& name, unsigned int ssdPool, const std::vector<unsigned char>& drives) {
     return arguments(
-        makeProperty<std::string>("VolumeName", name), makeProperty<std::string>("Description", "cached"),
-        makeProperty<unsigned char>("VolumeType", TVK_VOLUME_CACHED),
-        makeProperty<unsigned int>("SSDPoolId", ssdPool),
-        makeProperty<unsigned long long>("reqCapacityFromSSDPool", GIBIBYTE),
-        makeProperty("LDDeviceNumber", drives),
-        makeProperty<unsigned long long>("LDCapacityInSectors", 4 * GIBIBYTE),
-        makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
-        makeProperty<unsigned int>("KnobSetting", 2));
+        cim::fwf::makeProperty<std::string>("VolumeName", name),
+        cim::fwf::makeProperty<std::string>("Description", "cached"),
+        cim::fwf::makeProperty<unsigned char>("VolumeType", TVK_VOLUME_CACHED),
+        cim::fwf::makeProperty<unsigned int>("SSDPoolId", ssdPool),
+        cim::fwf::makeProperty<unsigned long long>("reqCapacityFromSSDPool", GIBIBYTE),
+        cim::fwf::makeProperty("LDDeviceNumber", drives),
+        cim::fwf::makeProperty<unsigned long long>("LDCapacityInSectors", 4 * GIBIBYTE),
+        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
+        cim::fwf::makeProperty<unsigned int>("KnobSetting", 2));
   }
 
   /** Makes a pool of one drive. @return its identifier */
@@ -115,40 +120,36 @@ protected:
     const unsigned char tierLevel = type == TVK_DEVICE_HDD ? TVK_TIER_HDD : TVK_TIER_SSD;
     EXPECT_EQ(call("CreateVirtualPool", poolArguments(name, {addDrive(type)}, tierLevel)), 0U);
     EXPECT_EQ(answered("RetStat"), 0U);
-    return idOf<VirtualPool>("VirtualPool", name, &VirtualPool::getPoolId);
+    return idOf(name, &VirtualPool::getPoolId);
   }
 
-  /** The objects of a type, by name. */
+  /** The names of the objects of a type. */
   template <typename Object>
-  static std::vector<std::string> namesOf(const char* type) {
+  static std::vector<std::string> namesOf() {
     std::vector<std::string> names;
-    refreshTarvexProObjects();
-    FilteredObjects<Object>(getTvkAdapter(), type).visitAll([&](Object& object) {
+    cim::fwf::refreshTarvexProObjects();
+    for (const Object& object : cim::fwf::FilteredObjects<Object>(cim::fwf::getTvkAdapter())) {
       names.emplace_back(object.getName());
-    });
+    }
     return names;
   }
-  static std::vector<std::string> pools() { return namesOf<VirtualPool>("VirtualPool"); }
-  static std::vector<std::string> volumes() { return namesOf<VirtualVolume>("VirtualVolume"); }
+  static std::vector<std::string> pools() { return namesOf<VirtualPool>(); }
+  static std::vector<std::string> volumes() { return namesOf<VirtualVolume>(); }
 
   template <typename Object>
-  static unsigned int
-  idOf(const char* type, const std::string& name, std::uint32_t (Object::*identifier)() const) {
-    unsigned int result = TVK_NO_ID;
-    refreshTarvexProObjects();
-    FilteredObjects<Object>(getTvkAdapter(), type).visitAll([&](Object& object) {
+  static unsigned int idOf(const std::string& name, std::uint32_t (Object::*identifier)() const) {
+    cim::fwf::refreshTarvexProObjects();
+    for (const Object& object : cim::fwf::FilteredObjects<Object>(cim::fwf::getTvkAdapter())) {
       if (name == object.getName()) {
-        result = (object.*identifier)();
+        return (object.*identifier)();
       }
-    });
-    return result;
+    }
+    return TVK_NO_ID;
   }
-  static unsigned int volumeId(const std::string& name) {
-    return idOf<VirtualVolume>("VirtualVolume", name, &VirtualVolume::getVolumeId);
-  }
+  static unsigned int volumeId(const std::string& name) { return idOf(name, &VirtualVolume::getVolumeId); }
 
   LogCapture log;
-  CIMMethodParam out;
+  cim::fwf::CIMMethodParam out;
 
 private:
   TemporaryFolder m_state;

@@ -9,6 +9,8 @@
 namespace tvp::test {
 namespace {
 
+using namespace cim::fwf;
+
 using Strings = std::vector<std::string>;
 
 TEST_F(StorageTest, RoutinesAreListedInAscendingOrderAndUnknownOnesAreNotCalled) {
@@ -56,6 +58,26 @@ TEST_F(StorageTest, AMissingDriverIsToldOnceForEachReason) {
   EXPECT_EQ(controllers, 0U);
 }
 
+TEST_F(StorageTest, AReasonThatComesBackIsReportedAgain) {
+  const auto reported = [this] {
+    for (int round = 0; round < 2; ++round) {
+      gateway().GetConfig();
+    }
+    std::size_t count = 0;
+    for (const std::string& line : log.lines()) {
+      count += line.find("The storage driver is not available: ") == std::string::npos ? 0 : 1;
+    }
+    return count;
+  };
+  EXPECT_EQ(reported(), 0U);
+  voltvk::Faults().driverAbsent();
+  EXPECT_EQ(reported(), 1U);
+  voltvk::Faults().clear();
+  EXPECT_EQ(reported(), 1U);
+  voltvk::Faults().driverAbsent();
+  EXPECT_EQ(reported(), 2U);
+}
+
 TEST_F(StorageTest, AFailingRefreshIsNoFailure) {
   voltvk::Faults().fail("refreshConfiguration");
   EXPECT_EQ(gateway().initialize(false), 0U);
@@ -90,6 +112,20 @@ TEST(StorageGateway, ThreadsThatComeFirstTogetherGetTheSameObjects) {
   EXPECT_EQ(std::count(gateways.begin(), gateways.end(), gateways.front()), THREADS);
   EXPECT_EQ(std::count(libraries.begin(), libraries.end(), libraries.front()), THREADS);
   EXPECT_EQ(std::count(managers.begin(), managers.end(), managers.front()), THREADS);
+}
+
+/** What getInstance returned before static construction, when there was no mutex yet. */
+TVPInterface* withoutGatewayMutex;
+TvproEventManager* withoutManagerMutex;
+
+__attribute__((constructor(101))) void askBeforeStaticConstruction() {
+  withoutGatewayMutex = TVPInterface::getInstance();
+  withoutManagerMutex = TvproEventManager::getInstance();
+}
+
+TEST(StorageGateway, NothingIsMadeWithoutItsLock) {
+  EXPECT_EQ(withoutGatewayMutex, nullptr);
+  EXPECT_EQ(withoutManagerMutex, nullptr);
 }
 
 TEST(StorageGateway, AFailedConstructionIsTriedAgain) {

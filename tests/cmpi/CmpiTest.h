@@ -11,6 +11,7 @@
 #include "host/schema/MofReader.h"
 #include "support/AssociationFixtures.h"
 #include "support/LogCapture.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
@@ -103,7 +104,7 @@ inline bool isRelease(const std::string& call) {
 
 /**
  * The provider, linked in, with a broker, a log, a list of users and a storage state of its own. It is
- * cleaned up at the end, which waits for its listener thread.
+ * cleaned up at the end, with its listener thread.
  */
 class RunningProviderTest : public testing::Test {
 protected:
@@ -117,7 +118,10 @@ protected:
     ::setenv("VOLTVK_STATE", m_log.root().file("state.db").c_str(), 1);
     m_provider.emplace(m_broker, factories());
   }
-  ~RunningProviderTest() override { m_provider->cleanup(true); }
+  ~RunningProviderTest() override {
+    const NoSleep noSleep;
+    m_provider->cleanup(true);
+  }
 
   void TearDown() override {
     for (const host::Breach& breach : m_broker.breaches()) {

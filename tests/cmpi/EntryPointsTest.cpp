@@ -170,6 +170,44 @@ TEST_F(RunningProviderTest, EveryFunctionChecksItsArgumentsBeforeItAsksForTheAda
   }
 }
 
+// Disabling, enabling and deactivating cannot fail in the adapter, so that their line is never written.
+TEST_F(RunningProviderTest, EveryFailedOperationIsNamedOnTheLog) {
+  const host::ObjectPath at = path("TEST_Part", {{"Id", host::Value::string("1")}});
+  const host::Instance instance{at, {}};
+  const host::AssociationFilter through{"TEST_Contains", "", "", ""};
+  const std::vector<std::pair<std::string, std::function<host::Outcome()>>> operations = {
+      {"EnumInstanceNames", [&] { return m_provider->enumerateInstanceNames(at); }},
+      {"EnumInstances", [&] { return m_provider->enumerateInstances(at); }},
+      {"GetInstance", [&] { return m_provider->getInstance(at); }},
+      {"CreateInstance", [&] { return m_provider->createInstance(at, instance); }},
+      {"ModifyInstance",
+       [&] { return m_provider->modifyInstance(at, instance, std::vector<std::string>()); }},
+      {"DeleteInstance", [&] { return m_provider->deleteInstance(at); }},
+      {"InvokeMethod", [&] { return m_provider->invokeMethod(at, "Any", {}); }},
+      {"Associators", [&] { return m_provider->associators(at, through); }},
+      {"AssociatorNames", [&] { return m_provider->associatorNames(at, through); }},
+      {"References", [&] { return m_provider->references(at, through); }},
+      {"ReferenceNames", [&] { return m_provider->referenceNames(at, through); }},
+      {"ActivateFilter", [&] {
+         const host::Request request(m_broker);
+         host::Outcome outcome;
+         outcome.rc =
+             tvpCmpiMIActivateFilter(m_provider->indicationMI(), nullptr, nullptr, nullptr, nullptr, 1).rc;
+         return outcome;
+       }}};
+  for (const auto& [name, call] : operations) {
+    SCOPED_TRACE(name);
+    m_log.clear();
+    m_broker.failCall(1, CMPI_RC_ERR_FAILED);
+    EXPECT_FALSE(call().ok());
+    m_broker.failCall(0, CMPI_RC_OK);
+    EXPECT_EQ(
+        m_log.count(LogCapture::message(
+            2, name + " operation failed,                 refer previous log lines for reason")),
+        1U);
+  }
+}
+
 TEST_F(RunningProviderTest, TheTablesAreThoseOfTheInterfacesByName) {
   const CMPIInstanceMIFT& instances = *m_provider->instanceMI()->ft;
   EXPECT_STREQ(instances.miName, "instancetarvexProProvider");

@@ -17,7 +17,8 @@ namespace {
 
 class EventFlowTest : public RunningProviderTest {
 protected:
-  EventFlowTest() : RunningProviderTest(host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof")) {
+  EventFlowTest()
+      : RunningProviderTest(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof")) {
     host::BrokerHandlers handlers;
     handlers.onIndication = [this](const std::string&, const host::Instance& indication) {
       const std::lock_guard<std::mutex> lock(m_mutex);

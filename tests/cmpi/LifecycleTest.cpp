@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
+#include "support/Threads.h"
 
+#include <atomic>
 #include <chrono>
+#include <functional>
 #include <thread>
 
 namespace tvp::test {
@@ -119,6 +122,49 @@ TEST_F(RunningProviderTest, AFactoryThatWaitsForTheTearDownFindsALockToWakeUpWit
   m_log.clear();
   tarvexProProvider_Create_MethodMI(m_broker.cmpi(), nullptr, nullptr);
   EXPECT_TRUE(m_log.has(LogCapture::trace("Leaving CMPIMI tvpInitialize()"))) << "the lock is gone for good";
+}
+
+// The clean-up asks the broker for the text of its warning while it holds the entry lock: that is the moment
+// for a factory that must wait until the adapter is gone.
+TEST_F(RunningProviderTest, AFactoryThatComesAfterTheAdapterEndedStartsNothing) {
+  static std::function<void()> startFactory;
+  CMPIBrokerEncFT encapsulation = *m_broker.cmpi()->eft;
+  CMPIBroker broker = *m_broker.cmpi();
+  broker.eft = &encapsulation;
+  encapsulation.newString = [](const CMPIBroker*, const char*, CMPIStatus*) -> CMPIString* {
+    startFactory();
+    return nullptr;
+  };
+  std::thread factory;
+  startFactory = [&] {
+    std::atomic<pid_t> number{0};
+    factory = std::thread([&] {
+      number = threadNumber();
+      tarvexProProvider_Create_MethodMI(m_broker.cmpi(), nullptr, nullptr);
+    });
+    EXPECT_TRUE(waitFor(
+        [&] { return m_log.has(LogCapture::trace("Entering CMPIMI tvpInitialize()")) && isAsleep(number); }));
+  };
+  CMPIInstanceMI* mi = tarvexProProvider_Create_InstanceMI(&broker, nullptr, nullptr);
+  host::Request request(m_broker);
+  tvpCmpiMIMethodCleanup(m_provider->methodMI(), request.context(), 1);
+  tvpCmpiMIAssociationCleanup(m_provider->associationMI(), request.context(), 1);
+  tvpCmpiMIIndicationCleanup(m_provider->indicationMI(), request.context(), 1);
+  tvpCmpiMICleanup(mi, request.context(), 1);
+  m_log.clear();
+  tvpCmpiMICleanup(mi, nullptr, 1);
+  factory.join();
+  EXPECT_EQ(
+      linesWith(
+          m_log.lines(),
+          {LogCapture::message(4, "Ref count at cleanup = 0"),
+           LogCapture::trace("Exiting CMPIAdapter::~CMPIAdapter()"), LogCapture::message(4, "Ref count = 1"),
+           LogCapture::message(4, "I am working fine here"),
+           LogCapture::message(5, "Provider Initialization already done")}),
+      (std::vector<std::string>{
+          LogCapture::message(4, "Ref count at cleanup = 0"),
+          LogCapture::trace("Exiting CMPIAdapter::~CMPIAdapter()"), LogCapture::message(4, "Ref count = 1"),
+          LogCapture::message(5, "Provider Initialization already done")}));
 }
 
 TEST(Lifecycle, WithoutABrokerErrorsHaveNoMessageAndTheStatusIsNotWritten) {

@@ -52,11 +52,13 @@ TEST_F(RequestsTest, ReadingOperationsCarryPathAndListsBothWays) {
   const host::PathsOutcome names = m_provider->enumerateInstanceNames(itemPath("x"));
   ASSERT_EQ(names.paths.size(), 1U);
   EXPECT_EQ(*names.paths[0].key("Id"), Value::string("a"));
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::EnumInstanceNames ClassName:TEST_All")));
 
   m_log.clear();
   EXPECT_EQ(m_provider->getInstance(itemPath("q")).instances.size(), 2U);
   EXPECT_EQ(m_plugin.givenPath.keyBindings().size(), 2U);
   EXPECT_EQ(m_log.count(LogCapture::trace("Exiting CMPIAdapter::GetInstance")), 2U);
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::GetInstance ClassName:TEST_All")));
   EXPECT_FALSE(m_log.has(LogCapture::trace("Entering CMPIAdapter::GetInstance")));
 
   m_plugin.instances.clear();
@@ -136,6 +138,7 @@ TEST_F(RequestsTest, OnlyAdministratorsModify) {
     EXPECT_EQ(outcome.message, c.admitted ? "" : name + " : is not a member of Administrator/root");
     EXPECT_EQ(m_log.has(LogCapture::message(5, "UserName = " + name + " is verified")), c.admitted);
   }
+  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::ModifyInstance ClassName:TEST_All")));
   EXPECT_EQ(m_plugin.givenList, std::vector<std::string>{"U32"});
   EXPECT_EQ(m_plugin.givenInstance.getPropertyCount(), 1U);
   EXPECT_EQ(m_plugin.givenPath.keyBindings().size(), 2U);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Man pages and completions know every verb and option that the commands' own help has.
+// Man pages and completions know every verb, option and operation that the commands' own help has.
 #include "docs/Page.h"
 #include "support/Command.h"
 
@@ -18,6 +18,7 @@ struct Reference {
   const char* name;
   const char* program;
   const char* section;
+  const char* completions;  ///< directory of its completions
 };
 
 /** What the help offers after some words: further verbs and options. */
@@ -53,43 +54,72 @@ bool hasWord(const std::string& text, const std::string& word) {
   return std::regex_search(text, std::regex("(^|[^a-z-])" + word + "($|[^a-z-])"));
 }
 
+const Reference TVPCIM = {"tvpcim", TVP_BINARY_DIR "/bin/tvpcim", "1", TVP_BINARY_DIR "/completion"};
+const Reference VOLTVKCTL = {"voltvkctl", TVP_BINARY_DIR "/bin/voltvkctl", "8", TVP_BINARY_DIR "/completion"};
+const Reference TVP_REGISTER = {
+    "tvp-register", TVP_BINARY_DIR "/sbin/tvp-register", "8", TVP_SOURCE_DIR "/packaging/completion"};
+
+/** What bash would offer for a word that begins with prefix, after these words. */
+std::string completionsOfBash(
+    const Reference& reference, const std::vector<std::string>& words, const std::string& prefix) {
+  std::string line = reference.name;
+  for (const std::string& word : words) {
+    line += " " + word;
+  }
+  std::string function = std::string("_") + reference.name;
+  std::replace(function.begin(), function.end(), '-', '_');
+  const std::string script = std::string(". ") + reference.completions + "/" + reference.name + ".bash\n" +
+                             "COMP_WORDS=(" + line + " '" + prefix +
+                             "')\nCOMP_CWORD=" + std::to_string(words.size() + 1) + "\n" + function + " " +
+                             reference.program + "\necho \"${COMPREPLY[*]}\"\n";
+  return Command({"/bin/bash", "-c", script}).run().out;
+}
+
+/** What zsh lists for the word after these, on a terminal; "no zsh" where it is not installed. */
+std::string completionsOfZsh(const Reference& reference, const std::vector<std::string>& words) {
+  std::string line = reference.program;
+  for (const std::string& word : words) {
+    line += " " + word;
+  }
+  const TemporaryFolder folder;
+  std::filesystem::copy_file(
+      std::string(reference.completions) + "/" + reference.name + ".zsh",
+      folder.path() / (std::string("_") + reference.name));
+  const std::string script = folder.write("list.zsh", R"(zmodload zsh/zpty
+zpty terminal zsh -f -i
+zpty -w terminal "TERM=dumb; PS1=; PS2=; RPS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -d $1/dump"
+zpty -w terminal "bindkey ^I list-choices; bindkey ^X accept-line; LISTMAX=9999; print -r -- READ''Y"
+zpty -r -m terminal text '*READY*'
+zpty -n -w terminal "$2 "$'\t'
+zpty -n -w terminal $'\x15print DO\'\'NE\x18'
+zpty -r -m terminal text '*DONE*'
+print -r -- $text
+)");
+  return Command({"/bin/sh", "-c", "if command -v zsh >/dev/null; then zsh -f \"$@\"; else echo no zsh; fi",
+                  "sh", script, folder.path().string(), line})
+      .run()
+      .out;
+}
+
 class CommandReferenceTest : public testing::TestWithParam<Reference> {
 protected:
-  std::string file(const std::string& relative) const { return readFile(PACKAGING / relative); }
   std::string manPage() const {
     return (PACKAGING / "man" / (std::string(GetParam().name) + "." + GetParam().section)).string();
   }
 
-  /** What bash would offer for a word that begins with prefix, after these words. */
-  std::string completions(const std::vector<std::string>& words, const std::string& prefix) const {
-    std::string line = GetParam().name;
-    for (const std::string& word : words) {
-      line += " " + word;
-    }
-    std::string function = std::string("_") + GetParam().name;
-    std::replace(function.begin(), function.end(), '-', '_');
-    const std::string script = ". " + (PACKAGING / "completion" / GetParam().name).string() + ".bash\n" +
-                               "COMP_WORDS=(" + line + " '" + prefix +
-                               "')\nCOMP_CWORD=" + std::to_string(words.size() + 1) + "\n" + function +
-                               "\necho \"${COMPREPLY[*]}\"\n";
-    return Command({"/bin/bash", "-c", script}).run().out;
-  }
-
   void check(const std::vector<std::string>& words) {
     const Offer offer = offerOf(GetParam(), words);
-    const std::string man = std::regex_replace(
-        file("man/" + std::filesystem::path(manPage()).filename().string()), std::regex(R"(\\)"), "");
-    const std::string zsh = file(std::string("completion/") + GetParam().name + ".zsh");
-    const std::string verbs = completions(words, "");
+    const std::string man = std::regex_replace(readFile(manPage()), std::regex(R"(\\)"), "");
+    const std::string verbs = completionsOfBash(GetParam(), words, "");
+    const std::string listed = offer.verbs.empty() ? "" : completionsOfZsh(GetParam(), words);
     for (const std::string& verb : offer.verbs) {
       EXPECT_TRUE(hasWord(man, verb)) << "man page: " << verb;
-      EXPECT_TRUE(hasWord(zsh, verb)) << "zsh: " << verb;
+      EXPECT_TRUE(listed == "no zsh\n" || hasWord(listed, verb)) << "zsh: " << listed;
       EXPECT_TRUE(hasWord(verbs, verb)) << "bash after " << testing::PrintToString(words) << ": " << verb;
     }
-    const std::string options = completions(words, "-");
+    const std::string options = completionsOfBash(GetParam(), words, "-");
     for (const std::string& option : offer.options) {
       EXPECT_TRUE(hasWord(man, option)) << "man page: " << option;
-      EXPECT_TRUE(hasWord(zsh, option)) << "zsh: " << option;
       EXPECT_TRUE(hasWord(options, option))
           << "bash after " << testing::PrintToString(words) << ": " << option;
     }
@@ -104,6 +134,22 @@ protected:
 
 TEST_P(CommandReferenceTest, EveryVerbAndOptionIsInTheManPageAndTheCompletions) {
   check({});
+}
+
+TEST_P(CommandReferenceTest, EveryOutputFormatIsInTheManPageAndTheCompletions) {
+  const std::string help = Command({GetParam().program, "--help"}).run().out;
+  std::smatch found;
+  if (!std::regex_search(help, found, std::regex(R"(--output \S*\{([a-z,]+)\})"))) {
+    EXPECT_EQ(help.find("--output"), std::string::npos) << help;
+    return;
+  }
+  const std::string man = readFile(manPage());
+  const std::string completed = completionsOfBash(GetParam(), {"-o"}, "");
+  std::istringstream formats(found[1]);
+  for (std::string format; std::getline(formats, format, ',');) {
+    EXPECT_TRUE(hasWord(man, format)) << "man page: " << format;
+    EXPECT_TRUE(hasWord(completed, format)) << "bash: " << format;
+  }
 }
 
 TEST_P(CommandReferenceTest, TheManPageHasItsSectionsAndNoErrors) {
@@ -129,11 +175,26 @@ std::string nameOf(const testing::TestParamInfo<Reference>& info) {
   return std::regex_replace(info.param.name, std::regex("-"), "_");
 }
 INSTANTIATE_TEST_SUITE_P(
-    Commands, CommandReferenceTest,
-    testing::Values(
-        Reference{"tvpcim", TVP_BINARY_DIR "/bin/tvpcim", "1"},
-        Reference{"voltvkctl", TVP_BINARY_DIR "/bin/voltvkctl", "8"},
-        Reference{"tvp-register", TVP_BINARY_DIR "/sbin/tvp-register", "8"}),
-    nameOf);
+    Commands, CommandReferenceTest, testing::Values(TVPCIM, VOLTVKCTL, TVP_REGISTER), nameOf);
+
+TEST(CommandCompletions, EveryOperationIsInTheHelpAndTheCompletions) {
+  const std::vector<std::string> words = {"fault", "set", "fail"};
+  const std::string help = Command({VOLTVKCTL.program, "fault", "set", "fail", "--help"}).run().out;
+  const std::string offered = completionsOfBash(VOLTVKCTL, words, "");
+#define TVK_OPERATION(name)                                                                                  \
+  EXPECT_TRUE(hasWord(help, #name)) << #name;                                                                \
+  EXPECT_TRUE(hasWord(offered, #name)) << #name;
+#include "voltvk/engine/state/Operations.def"
+}
+
+TEST(CommandCompletions, ValuesOfOptionsAndClassesAreCompleted) {
+  const auto offered = [](const Reference& reference, const std::vector<std::string>& words) {
+    return completionsOfBash(reference, words, "");
+  };
+  EXPECT_EQ(offered(VOLTVKCTL, {"drive", "add", "--type"}), "hdd ssd\n");
+  EXPECT_EQ(offered(TVPCIM, {"-o", "json", "pool", "create", "x", "--tier"}), "ssd hdd\n");
+  EXPECT_EQ(offered(TVPCIM, {"pool", "create", "--size"}), "\n");
+  EXPECT_TRUE(hasWord(offered(TVPCIM, {"ei"}), "TVP_VirtualPool"));
+}
 
 }  // namespace

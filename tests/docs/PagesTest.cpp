@@ -136,7 +136,7 @@ TEST(DocumentationTest, TheIndexNamesEveryPage) {
 }
 
 TEST(DocumentationTest, TheModelPageHasEveryClassPropertyMethodAndParameter) {
-  const std::string schema = readFile(SOURCES / "schema/TVP.mof");
+  const std::string schema = readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
   const std::string model = readFile(SOURCES / "docs/model.md");
   static const std::regex NAME(R"(\n *(class|string|boolean|uint\d+) (\w+))");
   std::size_t count = 0;
@@ -145,6 +145,20 @@ TEST(DocumentationTest, TheModelPageHasEveryClassPropertyMethodAndParameter) {
     EXPECT_NE(model.find("`" + (*found)[2].str() + "`"), std::string::npos) << (*found)[2];
   }
   EXPECT_GT(count, 150U);
+}
+
+TEST(DocumentationTest, TheModelPageListsEveryStatusAndNoOther) {
+  const std::string model = readFile(SOURCES / "docs/model.md");
+  std::vector<std::string> expected;
+#define TVK_STATUS(name, number, clientName, text) expected.push_back("| " #number " | " clientName " |");
+#include "voltvk/Status.def"
+  std::vector<std::string> listed;
+  static const std::regex ROW(R"(\n(\| \d+ \| [A-Z][A-Za-z ]+ \|)[^|]*\|(?=\n))");
+  const std::string section = model.substr(model.find("\n## Status codes\n"));
+  for (std::sregex_iterator found(section.begin(), section.end(), ROW), none; found != none; ++found) {
+    listed.push_back((*found)[1]);
+  }
+  EXPECT_EQ(listed, expected);
 }
 
 }  // namespace

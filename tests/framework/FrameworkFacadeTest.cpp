@@ -10,11 +10,14 @@
 #include "ShortMemory.h"
 #include "support/AssociationFixtures.h"
 #include "support/LogCapture.h"
+#include "support/Threads.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
+#include <thread>
 
 using namespace tvp::cim::fwf;
 using testing::ElementsAre;
@@ -210,6 +213,59 @@ TEST(FrameworkFacade, failsWithoutARegistry) {
   EXPECT_FALSE(facade->initialize());
   EXPECT_TRUE(log.has(LogCapture::message(5, "Failed to create PluginsManager instance")));
   EXPECT_EQ(LogCapture::trace("Exiting FrameworkFacade initialize()"), log.lines().back());
+}
+
+TEST(FrameworkFacade, looksPluginsUpByTheLoweredName) {
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  facade->initialize();
+  LogCapture log;
+  EXPECT_EQ(nullptr, facade->getPlugIn("CIM_Unknown"));
+  EXPECT_THAT(
+      log.lines(), testing::Contains(LogCapture::message(2, "Plugin not initialized for cim_unknown.")));
+}
+
+namespace {
+
+/** What getInstance returned while there was no mutex yet, before static construction. */
+FrameworkFacade* withoutFacadeMutex;
+PluginsManager* withoutRegistryMutex;
+
+__attribute__((constructor(101))) void askBeforeStaticConstruction() {
+  withoutFacadeMutex = FrameworkFacade::getInstance();
+  withoutRegistryMutex = PluginsManager::getInstance();
+}
+
+}  // namespace
+
+TEST(FrameworkFacade, isNotMadeWithoutItsLock) {
+  EXPECT_EQ(nullptr, withoutFacadeMutex);
+  EXPECT_EQ(nullptr, withoutRegistryMutex);
+  EXPECT_NE(nullptr, FrameworkFacade::getInstance());
+  EXPECT_NE(nullptr, PluginsManager::getInstance());
+}
+
+TEST(FrameworkFacade, leavesItsLockWithAThreadThatFindsItMeanwhile) {
+  LogCapture log;
+  FrameworkFacade* found = nullptr;
+  std::thread second;
+  tvp::test::ShortMemory::beforeAllocation = [&] {  // of the facade, with the lock held
+    std::atomic<pid_t> number{0};
+    second = std::thread([&] {
+      number = tvp::test::threadNumber();
+      found = FrameworkFacade::getInstance();
+    });
+    EXPECT_TRUE(tvp::test::waitFor([&] {
+      return log.count(LogCapture::trace("Entering FrameworkFacade getInstance()")) == 2 &&
+             tvp::test::isAsleep(number);
+    }));
+  };
+  FrameworkFacade* facade = FrameworkFacade::getInstance();
+  second.join();
+  EXPECT_EQ(facade, found);
+  EXPECT_FALSE(
+      log.has(LogCapture::message(5, "Referencing the earlier formed FrameworkFacade singleton object")));
+  delete facade;
+  EXPECT_TRUE(log.has(LogCapture::message(2, "~FrameworkFacade :: Failed to delete mutex object.")));
 }
 
 TEST(FrameworkFacade, livesFromFirstUseToTearDown) {

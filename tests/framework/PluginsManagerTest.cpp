@@ -33,10 +33,14 @@ TEST(PluginsManager, findsAPluginWhateverTheCaseOfTheClassName) {
 TEST(PluginsManager, showsEveryNamespaceItsClasses) {
   PluginsManager* registry = PluginsManager::getInstance();
   registry->initialize(false);
+  registry->registerPlugin("test_unlisted", new RecordingPlugin());
   EXPECT_THAT(
-      registry->getPluginNames("root/kvs/tvp/smi_15"), ElementsAre("test_extra", "tvp_virtualvolume"));
+      registry->getPluginNames("root/kvs/tvp/smi_15"),
+      ElementsAre("test_extra", "test_unlisted", "tvp_virtualvolume"));
   for (const char* other : {"root/PG_InterOp", "ROOT/KVS/TVP/SMI_15", ""}) {
-    EXPECT_THAT(registry->getPluginNames(other), ElementsAre("tvp_registeredprofile", "tvp_virtualvolume"))
+    EXPECT_THAT(
+        registry->getPluginNames(other),
+        ElementsAre("test_extra", "tvp_registeredprofile", "tvp_virtualvolume"))
         << other;
   }
 }

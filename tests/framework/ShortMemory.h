@@ -2,6 +2,8 @@
 #ifndef TESTS_FRAMEWORK_SHORTMEMORY_H
 #define TESTS_FRAMEWORK_SHORTMEMORY_H
 
+#include <functional>
+
 namespace tvp::test {
 
 /** While one lives, nothing can be allocated with new (std::nothrow), as singletons are. */
@@ -11,6 +13,9 @@ public:
   ~ShortMemory() { isShort = false; }
   ShortMemory(const ShortMemory&) = delete;
   ShortMemory& operator=(const ShortMemory&) = delete;
+
+  /** Called once by the next new (std::nothrow), before it allocates; then it is forgotten. */
+  static std::function<void()> beforeAllocation;
 
   static bool isShort;
 };

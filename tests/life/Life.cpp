@@ -66,7 +66,7 @@ Life::Life() : m_logFile(m_folder.write("var/log/TVP.txt", "")) {
   ::setenv("VOLTVK_STATE", m_folder.file("state.db").c_str(), 1);
   ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
   ::setenv("TZ", "UTC", 1);
-  m_broker = std::make_unique<host::Broker>(host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof"));
+  m_broker = std::make_unique<host::Broker>(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"));
   m_broker->setHandlers(handlers());
 }
 

@@ -94,6 +94,23 @@ TEST(Time, BreakdownAndTextAreValidFrom1970To3000) {
   EXPECT_EQ(KvsGetTimeInTM(1000, &parts), 1) << "still 1969 there";
 }
 
+TEST(Time, AChangedTimeZoneCountsAtOnce) {
+  const auto hourIn = [](const char* zone) {
+    setenv("TZ", zone, 1);
+    _SysTime time{};
+    EXPECT_EQ(KvsGetSystemTime(&time), 0);
+    return time.hours;
+  };
+  // The hour may change between the readings: take a pair of one hour.
+  std::uint32_t before = 0;
+  std::uint32_t elsewhere = 0;
+  do {
+    before = hourIn("UTC0");
+    elsewhere = hourIn("LOC-5");
+  } while (hourIn("UTC0") != before);
+  EXPECT_EQ(elsewhere, (before + 5) % 24);
+}
+
 TEST(System, TextsOfHostAndEnvironment) {
   utsname system{};
   uname(&system);

@@ -33,7 +33,7 @@ protected:
     fs::create_directories(root() / "cim/Event");
     const fs::path schemas = prefix() / "share/tarvexpro";
     fs::copy_file(TVP_BINARY_DIR "/sbin/tvp-register", prefix() / "sbin/tvp-register");
-    fs::copy_file(TVP_SOURCE_DIR "/schema/TVP.mof", schemas / "TVP.mof");
+    fs::copy_file(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof", schemas / "TVP.mof");
     fs::copy_file(TVP_BINARY_DIR "/share/tarvexpro/TVPIndication.mof", schemas / "TVPIndication.mof");
     fs::copy_file(
         TVP_SOURCE_DIR "/schema/pegasus/TVPRegistration.mof", schemas / "pegasus/TVPRegistration.mof");

@@ -89,7 +89,7 @@ std::string lower(std::string text) {
 /** The lower-case names of the classes that the schema wants a plugin for; fills what is to be registered. */
 std::set<std::string> servedClasses(Registrations& expected) {
   std::set<std::string> served;
-  const auto schema = tvp::host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof");
+  const auto schema = tvp::host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
   for (const tvp::host::SchemaClass* cimClass : schema->classes()) {
     if (cimClass->isIndication()) {
       expected[cimClass->name] = {{modelNamespace, indicationNamespace}, {"indication"}};

@@ -12,7 +12,6 @@ namespace tvp::test {
 
 /** Names, types and values of properties as texts that compare well: "*Name string VP1" for a key. */
 inline std::string shown(const cim::fwf::CIMProperty& property) {
-  using namespace cim::fwf;
   std::ostringstream text;
   const auto write = [&](const char* type, const auto& values) {
     text << (property.isKey() ? "*" : "") << property.name() << ' ' << type;
@@ -21,22 +20,22 @@ inline std::string shown(const cim::fwf::CIMProperty& property) {
     }
   };
   switch (property.getType()) {
-  case PDT_STRING:
+  case cim::fwf::PDT_STRING:
     text << (property.isKey() ? "*" : "") << property.name() << " string";
-    for (const std::string& value : property.stringSlot().m_values) {
+    for (const std::string& value : property.slot<std::string>().m_values) {
       text << ' ' << value;
     }
     break;
-  case PDT_UINT8:
+  case cim::fwf::PDT_UINT8:
     write("uint8", property.uint8Slot().m_values);
     break;
-  case PDT_UINT32:
+  case cim::fwf::PDT_UINT32:
     write("uint32", property.uint32Slot().m_values);
     break;
-  case PDT_UINT64:
+  case cim::fwf::PDT_UINT64:
     write("uint64", property.uint64Slot().m_values);
     break;
-  case PDT_UINT64_ARRAY:
+  case cim::fwf::PDT_UINT64_ARRAY:
     write("uint64[]", property.uint64Slot().m_values);
     break;
   default:

@@ -108,7 +108,7 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
   Surroundings surroundings;
   host::BrokerOptions options;
   options.graveyard = 1024;  // so that its growth does not look like the provider's
-  host::Broker broker(host::MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof"), options);
+  host::Broker broker(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"), options);
   std::atomic<std::uint64_t> indications{0};
   host::BrokerHandlers handlers;
   handlers.onIndication = [&](const std::string&, const host::Instance&) {

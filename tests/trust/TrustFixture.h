@@ -19,7 +19,7 @@ struct MachineWithoutDrives {
 
 /** The product's schema together with the association fixtures. */
 inline std::shared_ptr<const host::Schema> productSchema() {
-  std::ifstream file(TVP_SOURCE_DIR "/schema/TVP.mof");
+  std::ifstream file(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
   const std::string product{std::istreambuf_iterator<char>(file), {}};
   return host::MofReader::readText(product + ASSOCIATION_FIXTURES_MOF, "TVP.mof");
 }

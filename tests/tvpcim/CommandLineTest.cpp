@@ -31,7 +31,7 @@ TEST(CommandLine, ChoosesAVerbAndTakesOptionsAnywhere) {
     CommandLine commandLine(tool);
     EXPECT_EQ(commandLine.parse(arguments), "");
     EXPECT_EQ(tool.verb(), verb);
-    EXPECT_EQ(tool.options.form, Form::Json);
+    EXPECT_EQ(tool.options.output, "json");
   }
 }
 

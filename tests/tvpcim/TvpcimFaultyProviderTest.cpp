@@ -47,7 +47,8 @@ TEST_F(TvpcimFaultyProvider, AStatusThatIsNotZeroIsAFailureWithItsName) {
   EXPECT_EQ(result.exitStatus, 1);
   EXPECT_EQ(result.out, "");
   EXPECT_THAT(result.err, HasSubstr("tvpcim: volume flush: FlushVirtualVolume answered RetStat 22 ("));
-  EXPECT_THAT(result.err, HasSubstr("\ntvpcim: hint: two\\x0Alines \\x1B[2J; and more\n")) << "what it logged";
+  EXPECT_THAT(result.err, HasSubstr("\ntvpcim: hint: two\\x0Alines \\x1B[2J; and more\n"))
+      << "what it logged";
 }
 
 TEST_F(TvpcimFaultyProvider, WhatItLacksIsNotSupported) {
@@ -56,6 +57,13 @@ TEST_F(TvpcimFaultyProvider, WhatItLacksIsNotSupported) {
   EXPECT_THAT(associators.err, HasSubstr("tvpcim: ai: CIM_ERR_NOT_SUPPORTED"));
   EXPECT_THAT(
       onFaulty({"watch", "--seconds", "1"}).run().err, HasSubstr("tvpcim: watch: CIM_ERR_NOT_SUPPORTED"));
+}
+
+TEST_F(TvpcimFaultyProvider, ACleanUpThatFailsDecidesTheExitStatus) {
+  const CommandResult result =
+      command("tvpcim", {"watch", "--seconds", "1", "--provider", TVP_FAILING_CLEANUP_PROVIDER}).run();
+  EXPECT_EQ(result.exitStatus, 1);
+  EXPECT_THAT(result.err, HasSubstr("tvpcim: watch: CIM_ERR_FAILED: cannot stop\n"));
 }
 
 }  // namespace

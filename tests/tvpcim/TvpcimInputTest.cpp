@@ -29,7 +29,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
        2,
        "CIM_ERR_NO_SUCH_PROPERTY: the class TVP_VirtualPool has no property 'Nane'"},
       {{"gi", "TVP_VirtualPool.Name=\"x"}, 2, "expected the closing quote"},
-      {{"mi", path, "TierLevel=256"}, 2, "no whole number from 0 to 255"},
+      {{"mi", path, "TierLevel=256"}, 2, "not a whole number from 0 to 255"},
       {{"im", "TVP_TierService", "DeletePool"}, 2, "CIM_ERR_METHOD_NOT_FOUND"},
       {{"im", "TVP_TierService", "DeleteVirtualPool", "PoolId=1"}, 2, "no input argument 'PoolId'"},
       {{"im", "TVP_TierService", "DeleteVirtualPool"}, 1, "DeleteVirtualPool also takes VirtualPoolId"},
@@ -38,7 +38,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
        "the size '1000' is not a multiple of 512"},
       {{"pool", "create", "p", "--drives", "1,256", "--size", "1GiB"},
        2,
-       "drives have numbers from 0 to 255; '256' is none"},
+       "'256' is not a drive number; drive numbers are 0 to 255"},
       {{"pool", "create", "p", "--drives", "", "--size", "1GiB"}, 2, "--drives names no drive"},
       {{"pool", "modify", "p", "--description", ""},
        2,
@@ -49,7 +49,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
        "--pool is given 3"},
       {{"volume", "cache", "v", "--drive", "256", "--size", "1G", "--ssd-pool", "p", "--ssd-size", "1G"},
        2,
-       "drives have numbers from 0 to 255; '256' is none"},
+       "'256' is not a drive number; drive numbers are 0 to 255"},
       {{"pool", "delete", "gold"}, 1, "CIM_ERR_NOT_FOUND: there is no pool 'gold'; see 'tvpcim pools'"},
       {{"volume", "create", "v", "--pool", "gold"}, 2, "--pool takes NAME_OR_ID:SIZE"},
       {{"volume", "stats", "7"}, 1, "tvpcim: hint: no volume has the number 7"},
@@ -98,7 +98,7 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
 
   const CommandResult nothing = tvpcim({"gi", "TVP_TierService.Name=\"x\"", "-o", "json"});
   EXPECT_EQ(nothing.out, "null\n");
-  EXPECT_THAT(nothing.err, HasSubstr("answered without an instance"));
+  EXPECT_THAT(nothing.err, HasSubstr("returned no instance"));
   EXPECT_THAT(tvpcim({"--version"}).out, HasSubstr("1.0.0"));
 
   const CommandResult mof = tvpcim({"ei", "TVP_VirtualPools", "-o", "mof"});

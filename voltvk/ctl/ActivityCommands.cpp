@@ -100,18 +100,19 @@ void addIoCommand(CLI::App& app, Context& context) {
   io->add_option("--reads", options->pattern.reads, "Number of reads, up to 1000000")->check(count);
   io->add_option("--writes", options->pattern.writes, "Number of writes, up to 1000000")->check(count);
   CLI::Option* sequential =
-      io->add_flag("--sequential", options->pattern.sequential, "Chunk after chunk, from the first on");
-  io->add_flag("--random", "Any chunk (default)")->excludes(sequential);
+      io->add_flag("--sequential", options->pattern.sequential, "Access the chunks in order, from the first");
+  io->add_flag("--random", "Access any chunk (default)")->excludes(sequential);
   io->add_option(
         "--hot", options->pattern.hotPercent,
         "Percentage that goes to the hot area, the first 16 chunks of the volume")
       ->check(CLI::Range(0, 100));
-  io->add_option("--seed", options->pattern.seed, "Another seed touches other chunks (default 1)");
+  io->add_option("--seed", options->pattern.seed, "Seed of the random choice of chunks (default 1)");
   io->callback([options, &context] { playIo(*options, context); });
 }
 
 void addPolicyCommands(CLI::App& app, Context& context) {
-  CLI::App* policy = app.add_subcommand("policy", "Steer the policy engine, which moves hot chunks to SSDs");
+  CLI::App* policy =
+      app.add_subcommand("policy", "Control the policy engine, which moves hot chunks to SSDs");
   policy->require_subcommand(1);
   policy->add_subcommand("start", "Start it")->callback([&context] { setPolicy(true, context); });
   policy->add_subcommand("stop", "Stop it")->callback([&context] { setPolicy(false, context); });

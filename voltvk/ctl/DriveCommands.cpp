@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "text/Size.h"
+#include "voltvk/Limits.h"
 #include "voltvk/ctl/Commands.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
 #include "voltvk/engine/state/State.h"
@@ -67,11 +68,11 @@ void addDriveCommands(CLI::App& app, Context& context) {
   drive->add_subcommand("list", "List the drives of the machine and the virtual ones")->callback([&context] {
     context.output.writeList(
         listDrives(*context.state()),
-        {{"number", "NUMBER"},
+        {{"number", "NUMBER", true},
          {"name", "NAME"},
          {"type", "TYPE"},
          {"origin", "ORIGIN"},
-         {"size", "SIZE"},
+         {"size", "SIZE", true},
          {"status", "STATUS"},
          {"used", "USED"},
          {"model", "MODEL"},
@@ -88,7 +89,9 @@ void addDriveCommands(CLI::App& app, Context& context) {
   add->callback([options, &context] { addDrive(*options, context); });
 
   CLI::App* remove = drive->add_subcommand("remove", "Remove a virtual drive that no pool uses");
-  remove->add_option("NUMBER", options->number, "Number of the drive")->required()->check(CLI::Range(0, 255));
+  remove->add_option("NUMBER", options->number, "Number of the drive")
+      ->required()
+      ->check(CLI::Range(0U, TVK_LARGEST_DEVICE_NUMBER));
   remove->callback([options, &context] { removeDrive(options->number, context); });
 }
 

@@ -28,7 +28,7 @@ const char* typeName(std::uint32_t type) {
 void addEventsCommand(CLI::App& app, Context& context) {
   auto count = std::make_shared<std::uint32_t>(20);
   CLI::App* events = app.add_subcommand("events", "Show the newest events, oldest first");
-  events->add_option("--count", *count, "How many (default 20)")->check(CLI::Range(1, 4096));
+  events->add_option("--count", *count, "How many events (default 20)")->check(CLI::Range(1, 4096));
   events->callback([count, &context] {
     Json list = Json::array();
     context.state()->read([&](Connection& connection) {
@@ -45,7 +45,11 @@ void addEventsCommand(CLI::App& app, Context& context) {
     });
     context.output.writeList(
         list,
-        {{"id", "ID"}, {"time", "TIME"}, {"hex", "CODE"}, {"type", "TYPE"}, {"description", "DESCRIPTION"}},
+        {{"id", "ID", true},
+         {"time", "TIME"},
+         {"hex", "CODE"},
+         {"type", "TYPE"},
+         {"description", "DESCRIPTION"}},
         "No events.");
   });
 }

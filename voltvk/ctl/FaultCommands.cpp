@@ -14,6 +14,24 @@ namespace {
 constexpr std::array<FaultKind, 5> KINDS = {
     FaultKind::DriverAbsent, FaultKind::AdapterAbsent, FaultKind::Fail, FaultKind::Throw, FaultKind::Slow};
 
+/** A part of the help that lists words, laid out like its lists of verbs: completions read both. */
+template <typename Words>
+std::string helpSection(const std::string& title, const Words& words) {
+  std::string text = title + ":\n";
+  for (const auto& word : words) {
+    text += "  " + std::string(word) + "\n";
+  }
+  return text;
+}
+
+std::vector<std::string> kindNames() {
+  std::vector<std::string> names;
+  for (const FaultKind kind : KINDS) {
+    names.emplace_back(faultKindName(kind));
+  }
+  return names;
+}
+
 Json describe(const Fault& fault) {
   const bool ofOperation = !fault.operation.empty();
   return {
@@ -37,12 +55,14 @@ void addSetCommands(CLI::App& set, Context& context) {
     fault->kind = KINDS[i];
     CLI::App* command = set.add_subcommand(faultKindName(KINDS[i]), help[i]);
     if (KINDS[i] != FaultKind::DriverAbsent && KINDS[i] != FaultKind::AdapterAbsent) {
-      command->add_option("OPERATION", fault->operation, "Operation, such as createVirtualPool")->required();
+      command->add_option("OPERATION", fault->operation, "One of the operations below")->required();
+      command->footer(helpSection("Operations", Faults::operations()));
     }
     if (KINDS[i] == FaultKind::Fail) {
-      command->add_option("--status", fault->status, "Status that the call answers (default 3)");
+      command->add_option("--status", fault->status, "Status that the call returns (default 3)");
     } else if (KINDS[i] == FaultKind::Slow) {
-      command->add_option("--milliseconds", fault->milliseconds, "How much longer it takes")->required();
+      command->add_option("--milliseconds", fault->milliseconds, "How much longer each call takes")
+          ->required();
     }
     command->callback([fault, &context] { setFault(*fault, context); });
   }
@@ -61,8 +81,11 @@ void clearFaults(const ClearOptions& options, const Context& context) {
     }
   }
   if (!kind && !options.kind.empty()) {
-    throw std::invalid_argument(
-        "there is no fault '" + options.kind + "'; use driver-absent, adapter-absent, fail, throw or slow");
+    std::string known;
+    for (const std::string& name : kindNames()) {
+      known += (known.empty() ? "" : ", ") + name;
+    }
+    throw std::invalid_argument("there is no fault '" + options.kind + "'; use one of: " + known);
   }
   const std::size_t count = Faults(context.state()).clear(kind, options.operation);
   context.output.write(
@@ -81,8 +104,9 @@ void addFaultCommands(CLI::App& app, Context& context) {
 
   auto options = std::make_shared<ClearOptions>();
   CLI::App* clear = fault->add_subcommand("clear", "Clear all faults, those of a kind, or one");
-  clear->add_option("KIND", options->kind, "driver-absent, adapter-absent, fail, throw or slow");
+  clear->add_option("KIND", options->kind, "Only the faults of this kind");
   clear->add_option("OPERATION", options->operation, "Only the faults of this operation");
+  clear->footer(helpSection("Kinds", kindNames()) + helpSection("Operations", Faults::operations()));
   clear->callback([options, &context] { clearFaults(*options, context); });
 
   fault->add_subcommand("list", "List the faults that are set")->callback([&context] {
@@ -94,8 +118,8 @@ void addFaultCommands(CLI::App& app, Context& context) {
         list,
         {{"kind", "KIND"},
          {"operation", "OPERATION"},
-         {"status", "STATUS"},
-         {"milliseconds", "MILLISECONDS"}},
+         {"status", "STATUS", true},
+         {"milliseconds", "MILLISECONDS", true}},
         "No faults.");
   });
 }

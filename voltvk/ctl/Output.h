@@ -12,25 +12,29 @@ namespace voltvk::ctl {
 /** Keeps the order in which members are added. */
 using Json = nlohmann::ordered_json;
 
-/** Where commands write what they have to tell. Machine output is one JSON document and nothing else. */
+/** A column of a table: the member of each object that it shows. */
+struct Column {
+  const char* member;
+  const char* heading;
+  bool numbers = false;  ///< aligned to the right
+};
+
+/** Where commands write their answers. Machine output is one JSON document and nothing else. */
 class Output {
 public:
   /** Set by the option -o. */
-  std::string form = "table";
+  std::string format = "table";
 
-  bool isJson() const { return form == "json"; }
+  bool isJson() const { return format == "json"; }
 
-  /** Writes the document in the form "json", else the text. */
+  /** Writes the document with the output format "json", else the text. */
   void write(const Json& document, const std::string& text) const;
 
   /**
-   * Writes a list of objects: in the form "json" as it is, else as a table.
-   * @param columns member name and heading of each column
+   * Writes a list of objects: with the output format "json" as it is, else as a table.
    * @param whenEmpty what to say in place of an empty table
    */
-  void writeList(
-      const Json& list, const std::vector<std::pair<const char*, const char*>>& columns,
-      const std::string& whenEmpty) const;
+  void writeList(const Json& list, const std::vector<Column>& columns, const std::string& whenEmpty) const;
 };
 
 }  // namespace voltvk::ctl

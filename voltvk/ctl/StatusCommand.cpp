@@ -41,10 +41,12 @@ Json describe(const LastRefusal& refusal) {
       {"detail", refusal.detail}};
 }
 
-/** The refusal on one line: "2026-01-31T12:00:00Z deleteVirtualPool: There is no such pool (30): no pool has ...". */
+/** The refusal on one line: "2026-01-31T12:00:00Z deleteVirtualPool: There is no such pool (30): no pool has
+ * ...". */
 std::string textOf(const Json& refusal) {
-  std::string text = refusal.at("time").get<std::string>() + " " + refusal.at("operation").get<std::string>() +
-                     ": " + refusal.at("text").get<std::string>();
+  std::string text = refusal.at("time").get<std::string>() + " " +
+                     refusal.at("operation").get<std::string>() + ": " +
+                     refusal.at("text").get<std::string>();
   if (!refusal.at("status").is_null()) {
     text += " (" + refusal.at("status").dump() + ")";
   }
@@ -53,8 +55,7 @@ std::string textOf(const Json& refusal) {
 }
 
 Json describe(State& state) {
-  Json status = {
-      {"state", state.path()}, {"driver", "available"}, {"reason", nullptr}};
+  Json status = {{"state", state.path()}, {"driver", "available"}, {"reason", nullptr}};
   const std::string error = state.openError();
   if (!error.empty()) {
     status["driver"] = "not available";
@@ -67,7 +68,7 @@ Json describe(State& state) {
     status["reason"] = "an injected fault; clear it with `voltvkctl fault clear driver-absent`";
   }
   status["state"] =
-      state.path();  // once more: with the first use of the file its folder's links are resolved
+      state.path();  // once more: with the first use of the file its directory's links are resolved
   status["drives"] = countOf(*snapshot, "LogicalDevice");
   status["pools"] = countOf(*snapshot, "VirtualPool");
   status["volumes"] = countOf(*snapshot, "VirtualVolume");
@@ -95,7 +96,9 @@ void addStatusCommand(CLI::App& app, Context& context) {
         text += name;
         text += ':';
         text.append(9 - name.size(), ' ');
-        text += value.is_string() ? value.get<std::string>() : value.is_object() ? textOf(value) : value.dump();
+        text += value.is_string()   ? value.get<std::string>()
+                : value.is_object() ? textOf(value)
+                                    : value.dump();
       }
     }
     context.output.write(document, text);

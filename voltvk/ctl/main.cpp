@@ -28,7 +28,7 @@ int run(int count, char** arguments) {
   app.set_version_flag("--version", "voltvkctl " TVP_VERSION);
   app.require_subcommand(1);
   app.fallthrough();  // -o is understood behind every command
-  app.add_option("-o,--output", context.output.form, "Form of the output: table or json")
+  app.add_option("-o,--output", context.output.format, "Output format (default table)")
       ->check(CLI::IsMember({"table", "json"}));
   addStatusCommand(app, context);
   addDriveCommands(app, context);

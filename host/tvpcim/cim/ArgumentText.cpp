@@ -18,10 +18,11 @@
 namespace tvp::host::tvpcim {
 
 const char* const ARGUMENT_HELP =
-    "Values: the type of each NAME comes from the schema. A text is all that follows the equals sign.\n"
+    "Values: the type of each NAME comes from the schema. A string is all that follows the equals sign.\n"
     "Numbers are decimal or begin with 0x, booleans are true or false, date-times have the 25 characters\n"
     "of CIM, references are paths. Arrays are written NAME=1,2,3 or as JSON, NAME='[\"a, b\",\"c\"]', which\n"
-    "texts that hold a comma need; NAME= is an empty array. null is the null value of any type but string.";
+    "strings that contain a comma need; NAME= is an empty array. null is the null value of any type but "
+    "string.";
 
 namespace {
 
@@ -30,7 +31,7 @@ using Json = nlohmann::json;
 [[noreturn]] void refuse(const TypedElement& element, const std::string& text, const std::string& expected) {
   throw UsageError(
       statusName(CMPI_RC_ERR_INVALID_PARAMETER) + ": " + element.name + " is of type " +
-      typeName(element.type) + ": '" + printable(text) + "' is no " + expected);
+      typeName(element.type) + ": " + text::quoted(text) + " is not " + expected);
 }
 
 unsigned bitsOf(CMPIType type) {
@@ -60,9 +61,9 @@ Value parseInteger(const TypedElement& element, CMPIType type, const std::string
   const bool negative = !text.empty() && text[0] == '-';
   const std::string digits = negative ? text.substr(1) : text;
   const bool hexadecimal = digits.size() > 2 && digits[0] == '0' && (digits[1] == 'x' || digits[1] == 'X');
-  const std::string expected = isSigned(type) ? "whole number from -" + std::to_string(largest / 2 + 1) +
+  const std::string expected = isSigned(type) ? "a whole number from -" + std::to_string(largest / 2 + 1) +
                                                     " to " + std::to_string(largest / 2)
-                                              : "whole number from 0 to " + std::to_string(largest);
+                                              : "a whole number from 0 to " + std::to_string(largest);
   const char* const allowed = hexadecimal ? "0123456789abcdefABCDEF" : "0123456789";
   const std::string plain = hexadecimal ? digits.substr(2) : digits;
   if (plain.empty() || plain.find_first_not_of(allowed) != std::string::npos) {
@@ -84,7 +85,7 @@ Value parseReal(const TypedElement& element, CMPIType type, const std::string& t
   char* end = nullptr;
   const double number = std::strtod(text.c_str(), &end);
   if (text.empty() || *end != '\0' || !std::isfinite(number)) {
-    refuse(element, text, "number");
+    refuse(element, text, "a number");
   }
   return Value::real(type, number);
 }
@@ -93,7 +94,7 @@ Value parseReference(const TypedElement& element, const std::string& text) {
   try {
     return Value::reference(parsePathText(text));
   } catch (const PathSyntaxError& error) {
-    refuse(element, text, std::string("path (") + error.what() + ")");
+    refuse(element, text, std::string("a path (") + error.what() + ")");
   }
 }
 
@@ -104,13 +105,13 @@ Value parseScalar(const TypedElement& element, const std::string& text) {
     return Value::string(text);
   case CMPI_boolean:
     if (!equalNames(text, "true") && !equalNames(text, "false")) {
-      refuse(element, text, "boolean: give true or false");
+      refuse(element, text, "a boolean: give true or false");
     }
     return Value::boolean(equalNames(text, "true"));
   case CMPI_dateTime: {
     const std::optional<DateTime> time = DateTime::parse(text);
     if (!time) {
-      refuse(element, text, "date-time such as 20260131235959.000000+060");
+      refuse(element, text, "a date-time such as 20260131235959.000000+060");
     }
     return Value::dateTime(*time);
   }
@@ -120,7 +121,7 @@ Value parseScalar(const TypedElement& element, const std::string& text) {
   case CMPI_real64:
     return parseReal(element, type, text);
   case CMPI_instance:
-    refuse(element, text, "value that can be given on a command line");
+    refuse(element, text, "a value that can be given on a command line");
   default:
     return parseInteger(element, type, text);
   }
@@ -129,12 +130,12 @@ Value parseScalar(const TypedElement& element, const std::string& text) {
 std::vector<std::string> elementsOfJson(const TypedElement& element, const std::string& text) {
   const Json array = Json::parse(text, nullptr, false);
   if (!array.is_array()) {
-    refuse(element, text, "array: write it 1,2,3 or as JSON, [\"a\", \"b\"]");
+    refuse(element, text, "an array: write it 1,2,3 or as JSON, [\"a\", \"b\"]");
   }
   std::vector<std::string> elements;
   for (const Json& item : array) {
     if (item.is_structured() || item.is_null()) {
-      refuse(element, text, "array of plain values");
+      refuse(element, text, "an array of plain values");
     }
     elements.push_back(item.is_string() ? item.get<std::string>() : item.dump());
   }
@@ -161,16 +162,16 @@ std::vector<NamedValue> parseAll(
     const std::size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0) {
       throw UsageError(
-          statusName(CMPI_RC_ERR_INVALID_PARAMETER) + ": '" + printable(text) +
-          "' is not of the form NAME=VALUE");
+          statusName(CMPI_RC_ERR_INVALID_PARAMETER) + ": " + text::quoted(text) +
+          " is not of the form NAME=VALUE");
     }
     const std::string name = text.substr(0, equals);
     const TypedElement* element = find(name);
     if (element == nullptr) {
       const std::string near = suggestion(name, names);
       throw UsageError(
-          statusName(unknownName) + ": " + whose + " '" + printable(name) + "'" +
-          (near.empty() ? "; there are: " + join(names, ", ") : near));
+          statusName(unknownName) + ": " + whose + " " + text::quoted(name) +
+          (near.empty() ? "; it has: " + join(names, ", ") : near));
     }
     if (findValue(values, name) != nullptr) {
       throw UsageError(statusName(CMPI_RC_ERR_INVALID_PARAMETER) + ": " + element->name + " is given twice");
@@ -201,13 +202,9 @@ Value parseValue(const TypedElement& element, const std::string& text) {
 
 std::vector<NamedValue>
 parseProperties(const SchemaClass& schemaClass, const std::vector<std::string>& texts) {
-  std::vector<std::string> names;
-  for (const SchemaProperty& property : schemaClass.properties) {
-    names.push_back(property.name);
-  }
   return parseAll(
-      texts, "the class " + schemaClass.name + " has no property", CMPI_RC_ERR_NO_SUCH_PROPERTY, names,
-      [&](const std::string& name) { return schemaClass.property(name); });
+      texts, "the class " + schemaClass.name + " has no property", CMPI_RC_ERR_NO_SUCH_PROPERTY,
+      namesOf(schemaClass.properties), [&](const std::string& name) { return schemaClass.property(name); });
 }
 
 Arguments parseArguments(const SchemaMethod& method, const std::vector<std::string>& texts) {

@@ -1,62 +1,76 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/cim/AssociationCommands.h"
-
+#include "host/tvpcim/Commands.h"
 #include "host/tvpcim/Failure.h"
 
+#include <memory>
+
 namespace tvp::host::tvpcim {
+namespace {
 
-void AssociationCommands::addTo(CLI::App& app) {
-  const auto define = [&](const char* name, const char* summary, void (AssociationCommands::*action)(),
-                          bool farEnd) {
-    CLI::App& verb =
-        addVerb(app, name, summary, "A path is written CLASS.Key=\"text\",Number=3.", [this, action] {
-          (this->*action)();
-        });
-    verb.add_option("PATH", m_path, "The object whose associations are asked for")->required();
-    if (farEnd) {
-      verb.add_option("--assoc-class", m_filter.associationClass, "Through this association only")
-          ->type_name("NAME");
-    }
-    verb.add_option("--result-class", m_filter.resultClass, "Results of this class only")->type_name("NAME");
-    verb.add_option("--role", m_filter.role, "The role of the object")->type_name("NAME");
-    if (farEnd) {
-      verb.add_option("--result-role", m_filter.resultRole, "The role of the results")->type_name("NAME");
-    }
-  };
-  define("an", "List the paths of associated objects", &AssociationCommands::associatorNames, true);
-  define("ai", "List associated objects", &AssociationCommands::associators, true);
-  define(
-      "rn", "List the paths of associations that refer to an object", &AssociationCommands::referenceNames,
-      false);
-  define("ri", "List associations that refer to an object", &AssociationCommands::references, false);
+struct AssociationOptions {
+  std::string path;
+  AssociationFilter filter;
+};
+
+using Action = void (*)(Tool& tool, const ObjectPath& path, const AssociationFilter& filter);
+
+void printInstances(Tool& tool, const char* noun, const InstancesOutcome& outcome) {
+  tool.session().check(outcome);
+  tool.print(tool.formatter().listing({noun, outcome.instances, columnsOf(outcome.instances)}));
 }
 
-void AssociationCommands::associatorNames() {
-  const PathsOutcome outcome = session().provider().associatorNames(session().parsePath(m_path), m_filter);
-  if (!outcome.ok() && m_filter.associationClass.empty()) {
+void printPaths(Tool& tool, const char* noun, const PathsOutcome& outcome) {
+  tool.session().check(outcome);
+  tool.print(tool.formatter().paths(noun, outcome.paths));
+}
+
+void listAssociators(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
+  printInstances(tool, "associated objects", tool.session().provider().associators(path, filter));
+}
+
+void listReferences(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
+  printInstances(tool, "associations", tool.session().provider().references(path, filter));
+}
+
+void listReferenceNames(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
+  printPaths(tool, "associations", tool.session().provider().referenceNames(path, filter));
+}
+
+void listAssociatorNames(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
+  const PathsOutcome outcome = tool.session().provider().associatorNames(path, filter);
+  if (!outcome.ok() && filter.associationClass.empty()) {
     throw OperationError(
-        describe(outcome), "the provider may want an association; name it with --assoc-class");
+        describe(outcome), "the provider may need an association class; name it with --assoc-class");
   }
-  session().check(outcome);
-  tool().print(formatter().paths("associated objects", outcome.paths));
+  printPaths(tool, "associated objects", outcome);
 }
 
-void AssociationCommands::referenceNames() {
-  const PathsOutcome outcome = session().provider().referenceNames(session().parsePath(m_path), m_filter);
-  session().check(outcome);
-  tool().print(formatter().paths("associations", outcome.paths));
+void add(CLI::App& app, Tool& tool, const char* name, const char* summary, Action action, bool farEnd) {
+  auto options = std::make_shared<AssociationOptions>();
+  CLI::App& verb = addVerb(app, tool, name, summary, PATH_HELP, [&tool, options, action] {
+    action(tool, tool.session().parsePath(options->path), options->filter);
+  });
+  verb.add_option("PATH", options->path, "The object whose associations are asked for")->required();
+  const auto restrict = [&verb](const char* option, std::string& value, const char* text) {
+    verb.add_option(option, value, text)->type_name("NAME");
+  };
+  if (farEnd) {
+    restrict("--assoc-class", options->filter.associationClass, "Through this association only");
+  }
+  restrict("--result-class", options->filter.resultClass, "Results of this class only");
+  restrict("--role", options->filter.role, "The role of the object");
+  if (farEnd) {
+    restrict("--result-role", options->filter.resultRole, "The role of the results");
+  }
 }
 
-void AssociationCommands::associators() {
-  const InstancesOutcome outcome = session().provider().associators(session().parsePath(m_path), m_filter);
-  session().check(outcome);
-  tool().print(formatter().listing({"associated objects", outcome.instances, columnsOf(outcome.instances)}));
-}
+}  // namespace
 
-void AssociationCommands::references() {
-  const InstancesOutcome outcome = session().provider().references(session().parsePath(m_path), m_filter);
-  session().check(outcome);
-  tool().print(formatter().listing({"associations", outcome.instances, columnsOf(outcome.instances)}));
+void addAssociationCommands(CLI::App& app, Tool& tool) {
+  add(app, tool, "an", "List the paths of associated objects", listAssociatorNames, true);
+  add(app, tool, "ai", "List associated objects", listAssociators, true);
+  add(app, tool, "rn", "List the paths of associations that refer to an object", listReferenceNames, false);
+  add(app, tool, "ri", "List associations that refer to an object", listReferences, false);
 }
 
 }  // namespace tvp::host::tvpcim

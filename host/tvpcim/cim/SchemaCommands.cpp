@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/cim/SchemaCommands.h"
-
 #include "host/schema/Names.h"
-#include "host/tvpcim/output/MofText.h"
+#include "host/tvpcim/Commands.h"
+#include "host/tvpcim/output/Text.h"
+
+#include <memory>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -17,14 +18,10 @@ Value textArray(const std::vector<std::string>& texts) {
 
 Instance classSummary(const SchemaClass& schemaClass) {
   std::vector<std::string> keys;
-  std::vector<std::string> methods;
   for (const SchemaProperty& property : schemaClass.properties) {
     if (property.key) {
       keys.push_back(property.name);
     }
-  }
-  for (const SchemaMethod& method : schemaClass.methods) {
-    methods.push_back(method.name);
   }
   const Value* description = findValue(schemaClass.qualifiers, "Description");
   Instance summary;
@@ -35,7 +32,7 @@ Instance classSummary(const SchemaClass& schemaClass) {
        schemaClass.superclass.empty() ? Value::null(CMPI_string) : Value::string(schemaClass.superclass)},
       {"Keys", textArray(keys)},
       {"PropertyCount", Value::uint64(schemaClass.properties.size())},
-      {"Methods", textArray(methods)},
+      {"Methods", textArray(namesOf(schemaClass.methods))},
       {"Description", description == nullptr ? Value::null(CMPI_string) : *description}};
   return summary;
 }
@@ -83,40 +80,35 @@ Instance classDetails(const SchemaClass& schemaClass) {
   return details;
 }
 
+void listClasses(Tool& tool) {
+  const std::vector<const SchemaClass*> classes = tool.session().schema().classes();
+  Listing summaries{
+      "classes",
+      {},
+      {plainColumn("CLASS", "Name"), plainColumn("SUPERCLASS", "Superclass"),
+       plainColumn("PROPERTIES", "PropertyCount", true), plainColumn("KEYS", "Keys"),
+       onlyWide(plainColumn("METHODS", "Methods")), onlyWide(plainColumn("DESCRIPTION", "Description"))}};
+  for (const SchemaClass* schemaClass : classes) {
+    summaries.instances.push_back(classSummary(*schemaClass));
+  }
+  tool.print(tool.formatter().declarations(classes, summaries));
+}
+
+void showClass(Tool& tool, const std::string& className) {
+  const SchemaClass& schemaClass = tool.session().classNamed(className);
+  tool.print(tool.formatter().declaration(schemaClass, classDetails(schemaClass)));
+}
+
 }  // namespace
 
-void SchemaCommands::addTo(CLI::App& app) {
-  addVerb(app, "classes", "List the classes", "", [this] { listClasses(); });
-  CLI::App& mof = addVerb(
-      app, "mof", "Show the declaration of a class, in MOF or with -o json", "", [this] { showClass(); });
-  mof.add_option("CLASS", m_className, "The class")->required();
-}
-
-void SchemaCommands::listClasses() {
-  Listing listing{"classes", {}, {}};
-  for (const SchemaClass* schemaClass : session().schema().classes()) {
-    if (tool().options.form == Form::Mof) {
-      tool().print(mofClass(*schemaClass) + "\n");
-    }
-    listing.instances.push_back(classSummary(*schemaClass));
-  }
-  if (tool().options.form != Form::Mof) {
-    listing.columns = {
-        plainColumn("CLASS", "Name"),
-        plainColumn("SUPERCLASS", "Superclass"),
-        plainColumn("PROPERTIES", "PropertyCount", true),
-        plainColumn("KEYS", "Keys"),
-        onlyWide(plainColumn("METHODS", "Methods")),
-        onlyWide(plainColumn("DESCRIPTION", "Description"))};
-    tool().print(formatter().listing(listing));
-  }
-}
-
-void SchemaCommands::showClass() {
-  const SchemaClass& schemaClass = session().classNamed(m_className);
-  tool().print(
-      tool().options.form == Form::Json ? formatter().record(classDetails(schemaClass))
-                                        : mofClass(schemaClass));
+void addSchemaCommands(CLI::App& app, Tool& tool) {
+  addVerb(app, tool, "classes", "List the classes", "", [&tool] { listClasses(tool); });
+  auto className = std::make_shared<std::string>();
+  addVerb(
+      app, tool, "mof", "Show the declaration of a class, in MOF or with -o json", "",
+      [&tool, className] { showClass(tool, *className); })
+      .add_option("CLASS", *className, "The class")
+      ->required();
 }
 
 }  // namespace tvp::host::tvpcim

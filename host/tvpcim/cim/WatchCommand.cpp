@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/cim/WatchCommand.h"
-
+#include "host/tvpcim/Commands.h"
 #include "host/tvpcim/Failure.h"
-#include "host/tvpcim/output/Text.h"
+#include "host/tvpcim/cim/EventTime.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstring>
-#include <ctime>
+#include <memory>
+#include <mutex>
 
 #include <poll.h>
 #include <sys/eventfd.h>
@@ -56,122 +57,133 @@ private:
   int m_file = -1;
 };
 
-/** "2026-01-31T23:59:59+01:00" for the provider's local "01/31/2026 23:59:59"; other texts as they are. */
-std::string isoTime(const std::string& text) {
-  std::tm time{};
-  const char* rest = ::strptime(text.c_str(), "%m/%d/%Y %H:%M:%S", &time);
-  if (rest == nullptr || *rest != '\0') {
-    return text;
+struct WatchOptions {
+  std::string className = "TVP_CIMIndication";
+  std::uint64_t count = 0;    ///< end after so many; 0: never
+  std::uint64_t seconds = 0;  ///< end after this time; 0: never
+};
+
+/**
+ * Prints the indications of the provider as they arrive. Subscribes as an object manager does and, when it is
+ * told to end, takes the subscription back and cleans the provider up.
+ */
+class Watcher {
+public:
+  Watcher(Tool& tool, const WatchOptions& options)
+      : m_tool(tool), m_options(options), m_className(tool.session().classNamed(options.className).name),
+        m_wake(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    m_tool.formatter();  // made here: the provider's thread only uses it
   }
-  time.tm_isdst = -1;
-  if (std::mktime(&time) == -1) {
-    return text;
+  ~Watcher() { ::close(m_wake); }
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+
+  void watch() {
+    BrokerHandlers handlers;
+    handlers.onIndication = [this](const std::string& /*nameSpace*/, const Instance& indication) {
+      return receive(indication);
+    };
+    m_tool.session().setHandlers(std::move(handlers));
+    {
+      const SignalReader signals;  // before the provider starts its thread, which inherits what is blocked
+      subscribe();
+      m_tool.notice("watching " + m_className + "; Ctrl-C ends it");
+      waitForEnd(signals.file());
+      unsubscribe();
+    }
+    m_tool.session().cleanUp();
+    if (m_outputFailed) {
+      throw OperationError("standard output cannot be written any more");
+    }
   }
-  std::array<char, 64> formatted{};
-  const std::size_t length = std::strftime(formatted.data(), formatted.size(), "%Y-%m-%dT%H:%M:%S%z", &time);
-  std::string result(formatted.data(), length);
-  return result.insert(result.size() - 2, ":");
-}
+
+private:
+  /** Prints one indication. Called on the provider's thread. */
+  CMPIrc receive(const Instance& indication) {
+    Instance shown = indication;
+    Value* time = findValue(shown.properties, "eventTime");
+    if (time != nullptr && !time->isNull() && time->type() == CMPI_string) {
+      *time = Value::string(isoTime(time->asString()));
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_options.count != 0 && m_received == m_options.count) {
+      return CMPI_RC_OK;  // more than were asked for: they came with the last one
+    }
+    ++m_received;
+    try {
+      m_tool.print(m_tool.formatter().event(shown));
+      m_tool.flush();
+    } catch (const std::exception&) {
+      m_outputFailed = true;
+    }
+    if (m_outputFailed || m_received == m_options.count) {
+      const std::uint64_t one = 1;
+      return ::write(m_wake, &one, sizeof one) == sizeof one ? CMPI_RC_OK : CMPI_RC_ERR_FAILED;
+    }
+    return CMPI_RC_OK;
+  }
+
+  void subscribe() {
+    IndicationFilter filter;
+    filter.className = m_className;
+    filter.query = "SELECT * FROM " + m_className;
+    filter.path = m_tool.session().pathOf(m_className);
+    filter.owner = m_tool.options.user;
+    Provider& provider = m_tool.session().provider();
+    m_tool.session().check(provider.authorizeFilter(filter));
+    m_tool.session().check(provider.mustPoll(filter));
+    m_tool.session().check(provider.activateFilter(filter));
+    m_tool.session().check(provider.enableIndications());
+  }
+
+  void unsubscribe() {
+    IndicationFilter filter;
+    filter.className = m_className;
+    filter.path = m_tool.session().pathOf(m_className);
+    m_tool.session().check(m_tool.session().provider().deActivateFilter(filter));
+    m_tool.session().check(m_tool.session().provider().disableIndications());
+  }
+
+  /** Waits for a signal, the time or the last of the indications. */
+  void waitForEnd(int signals) const {
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(m_options.seconds);
+    std::array<pollfd, 2> files = {pollfd{signals, POLLIN, 0}, pollfd{m_wake, POLLIN, 0}};
+    for (;;) {
+      const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
+      const auto wait =
+          m_options.seconds == 0
+              ? -1
+              : static_cast<int>(std::min<long long>(std::max<long long>(left + 1, 0), 1000000));
+      const int ready = ::poll(files.data(), files.size(), wait);
+      if (ready > 0 || (ready < 0 && errno != EINTR) || (m_options.seconds != 0 && Clock::now() >= end)) {
+        return;
+      }
+    }
+  }
+
+  Tool& m_tool;
+  const WatchOptions& m_options;
+  const std::string m_className;
+  const int m_wake;    ///< an eventfd that the provider's thread raises
+  std::mutex m_mutex;  ///< guards standard output and m_received
+  std::uint64_t m_received = 0;
+  std::atomic<bool> m_outputFailed{false};
+};
 
 }  // namespace
 
-WatchCommand::~WatchCommand() {
-  if (m_wake >= 0) {
-    ::close(m_wake);
-  }
-}
-
-void WatchCommand::addTo(CLI::App& app) {
+void addWatchCommand(CLI::App& app, Tool& tool) {
+  auto options = std::make_shared<WatchOptions>();
   CLI::App& verb = addVerb(
-      app, "watch", "Print indications as they arrive, until Ctrl-C",
+      app, tool, "watch", "Print indications as they arrive, until Ctrl-C",
       "The provider looks for events every five seconds.\n"
       "With -o json every indication is one object on one line.",
-      [this] { watch(); });
-  verb.add_option("CLASS", m_className, "The class of the indications")->capture_default_str();
-  verb.add_option("--count", m_count, "End after so many indications")->check(CLI::Range(1, 100000000));
-  verb.add_option("--seconds", m_seconds, "End after so many seconds")->check(CLI::Range(1, 100000000));
-}
-
-CMPIrc WatchCommand::receive(const Instance& indication) {
-  Instance shown = indication;
-  Value* time = findValue(shown.properties, "eventTime");
-  if (time != nullptr && !time->isNull() && time->type() == CMPI_string) {
-    *time = Value::string(isoTime(time->asString()));
-  }
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  if (m_count != 0 && m_received == m_count) {
-    return CMPI_RC_OK;  // more than were asked for, on the way while watching ends
-  }
-  ++m_received;
-  try {
-    tool().print(formatter().event(shown));
-    tool().flush();
-  } catch (const std::exception&) {
-    m_outputFailed = true;
-  }
-  if (m_outputFailed || m_received == m_count) {
-    const std::uint64_t one = 1;
-    return ::write(m_wake, &one, sizeof one) == sizeof one ? CMPI_RC_OK : CMPI_RC_ERR_FAILED;
-  }
-  return CMPI_RC_OK;
-}
-
-void WatchCommand::subscribe() {
-  IndicationFilter filter;
-  filter.className = m_className;
-  filter.query = "SELECT * FROM " + m_className;
-  filter.path = session().pathOf(m_className);
-  filter.owner = tool().options.user;
-  Provider& provider = session().provider();
-  session().check(provider.authorizeFilter(filter));
-  session().check(provider.mustPoll(filter));
-  session().check(provider.activateFilter(filter));
-  session().check(provider.enableIndications());
-}
-
-void WatchCommand::unsubscribe() {
-  IndicationFilter filter;
-  filter.className = m_className;
-  filter.path = session().pathOf(m_className);
-  session().check(session().provider().deActivateFilter(filter));
-  session().check(session().provider().disableIndications());
-}
-
-void WatchCommand::waitForEnd(int signals) const {
-  const Clock::time_point end = Clock::now() + std::chrono::seconds(m_seconds);
-  std::array<pollfd, 2> files = {pollfd{signals, POLLIN, 0}, pollfd{m_wake, POLLIN, 0}};
-  for (;;) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(end - Clock::now()).count();
-    const auto wait = m_seconds == 0
-                          ? -1
-                          : static_cast<int>(std::min<long long>(std::max<long long>(left + 1, 0), 1000000));
-    const int ready = ::poll(files.data(), files.size(), wait);
-    if (ready > 0 || (ready < 0 && errno != EINTR) || (m_seconds != 0 && Clock::now() >= end)) {
-      return;
-    }
-  }
-}
-
-void WatchCommand::watch() {
-  m_className = session().classNamed(m_className).name;
-  formatter();  // made here: the provider's thread only uses it
-  m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-  BrokerHandlers handlers;
-  handlers.onIndication = [this](const std::string& /*nameSpace*/, const Instance& indication) {
-    return receive(indication);
-  };
-  session().setHandlers(std::move(handlers));
-  {
-    const SignalReader signals;  // before the provider starts its thread, which takes over what is blocked
-    subscribe();
-    tool().notice("watching " + m_className + "; Ctrl-C ends it");
-    waitForEnd(signals.file());
-    unsubscribe();
-  }
-  session().cleanUp();
-  if (m_outputFailed) {
-    throw OperationError("standard output cannot be written any more");
-  }
+      [&tool, options] { Watcher(tool, *options).watch(); });
+  verb.add_option("CLASS", options->className, "The class of the indications")->capture_default_str();
+  verb.add_option("--count", options->count, "End after so many indications")
+      ->check(CLI::Range(1, 100000000));
+  verb.add_option("--seconds", options->seconds, "End after so many seconds")
+      ->check(CLI::Range(1, 100000000));
 }
 
 }  // namespace tvp::host::tvpcim

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/output/JsonFormatter.h"
-
 #include "host/schema/ObjectPathText.h"
+#include "host/tvpcim/output/Formatter.h"
 #include "host/tvpcim/output/Text.h"
 
 #include <nlohmann/json.hpp>
@@ -70,6 +69,10 @@ std::string listOf(const std::vector<Instance>& instances) {
   return array.dump(2) + "\n";
 }
 
+/**
+ * JSON: arrays of objects, and objects. Numbers keep every digit, what is unset is null, date-times are
+ * ISO 8601, references are the text of their path. Bytes that are not UTF-8 become \xHH in the text.
+ */
 class JsonFormatter : public Formatter {
 public:
   std::string listing(const Listing& listing) const override { return listOf(listing.instances); }
@@ -89,11 +92,14 @@ public:
   std::string event(const Instance& instance) const override { return toJson(instance).dump() + "\n"; }
 
   std::string tree(const std::vector<Instance>& roots) const override { return listOf(roots); }
+  std::string declaration(const SchemaClass& /*schemaClass*/, const Instance& details) const override {
+    return record(details);
+  }
 };
 
 }  // namespace
 
-std::unique_ptr<const Formatter> makeJsonFormatter() {
+std::unique_ptr<const Formatter> makeJsonFormatter(const Appearance& /*appearance*/) {
   return std::make_unique<JsonFormatter>();
 }
 

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/output/MofFormatter.h"
-
 #include "host/schema/ObjectPathText.h"
+#include "host/tvpcim/output/Formatter.h"
 #include "host/tvpcim/output/MofText.h"
 #include "host/tvpcim/output/Text.h"
 
 namespace tvp::host::tvpcim {
 namespace {
 
-/** The node and what stands under it, one after the other. */
+/** The node and what it contains, one after the other. */
 std::string flattened(const Instance& node, std::uint32_t level) {
   Instance own = node;
   own.properties.clear();
@@ -26,6 +25,10 @@ std::string flattened(const Instance& node, std::uint32_t level) {
   return mofInstance(own) + below;
 }
 
+/**
+ * MOF: instance declarations that a MOF compiler reads. Paths are comments, embedded instances are texts that
+ * hold MOF, and the nodes of a tree follow each other with their "Level".
+ */
 class MofFormatter : public Formatter {
 public:
   std::string listing(const Listing& listing) const override {
@@ -57,11 +60,19 @@ public:
     }
     return result;
   }
+  std::string
+  declarations(const std::vector<const SchemaClass*>& classes, const Listing& /*summaries*/) const override {
+    std::string result;
+    for (const SchemaClass* schemaClass : classes) {
+      result += mofClass(*schemaClass) + "\n";
+    }
+    return result;
+  }
 };
 
 }  // namespace
 
-std::unique_ptr<const Formatter> makeMofFormatter() {
+std::unique_ptr<const Formatter> makeMofFormatter(const Appearance& /*appearance*/) {
   return std::make_unique<MofFormatter>();
 }
 

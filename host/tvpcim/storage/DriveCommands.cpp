@@ -1,16 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/DriveCommands.h"
+#include "host/tvpcim/storage/StorageVerbs.h"
 
 namespace tvp::host::tvpcim {
+namespace {
 
-void DriveCommands::addTo(CLI::App& app) {
-  addVerb(app, "drives", "List the drives", "", [this] { list(); });
-}
-
-void DriveCommands::list() {
-  const SchemaClass& drives = classOf(DRIVE);
+void listDrives(Tool& tool) {
+  const SchemaClass& drives = tool.session().classNamed(Drive::KIND.className);
   printAll(
-      DRIVE,
+      tool, Drive::KIND,
       {plainColumn("NUMBER", "DeviceNumber", true), plainColumn("DEVICE", "DeviceName"),
        codeColumn("KIND", drives, "DeviceType"), sizeColumn("CAPACITY", "CapacityInSectors"),
        flagColumn("IN USE", "isUsedByTarvexPro"), codeColumn("STATUS", drives, "LD_Status"),
@@ -18,6 +15,12 @@ void DriveCommands::list() {
        flagColumn("BOOTS", "IsBootable"), plainColumn("MODEL", "Model"),
        onlyWide(plainColumn("VENDOR", "Vendor")), onlyWide(plainColumn("SERIAL", "SerialNumber")),
        onlyWide(plainColumn("WWID", "WWID")), onlyWide(codeColumn("PROPERTY", drives, "DeviceProperty"))});
+}
+
+}  // namespace
+
+void addDriveCommands(CLI::App& app, Tool& tool) {
+  addVerb(app, tool, "drives", "List the drives", "", [&tool] { listDrives(tool); });
 }
 
 }  // namespace tvp::host::tvpcim

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/IdentityCommand.h"
-
 #include "host/tvpcim/storage/Size.h"
+#include "host/tvpcim/storage/StorageVerbs.h"
 
 #include <algorithm>
 
@@ -54,23 +53,27 @@ Instance forPeople(const Instance& identity, const SchemaClass& schemaClass) {
   return shown;
 }
 
-}  // namespace
-
-void IdentityCommand::addTo(CLI::App& app) {
-  addVerb(app, "identity", "Show the product, its revisions, features and limits", "", [this] { show(); });
+void showIdentity(Tool& tool) {
+  const Instance* identity = tool.inventory().identity();
+  if (identity != nullptr && tool.formatter().forPeople()) {
+    const SchemaClass& schemaClass = tool.session().classNamed(identity->path.className);
+    tool.print(tool.formatter().record(forPeople(*identity, schemaClass)));
+  } else {
+    Listing listing{"identity", {}, {}};
+    if (identity != nullptr) {
+      listing.instances.push_back(*identity);
+    }
+    tool.print(tool.formatter().listing(listing));
+  }
+  noticeMissingDriver(tool);
 }
 
-void IdentityCommand::show() {
-  const Instance* identity = inventory().identity();
-  Listing listing{"identity", {}, {}};
-  if (identity != nullptr) {
-    listing.instances.push_back(*identity);
-  }
-  const bool people = tool().options.form == Form::Table && identity != nullptr;
-  tool().print(
-      people ? formatter().record(forPeople(*identity, session().classNamed(identity->path.className)))
-             : formatter().listing(listing));
-  noticeMissingDriver();
+}  // namespace
+
+void addIdentityCommand(CLI::App& app, Tool& tool) {
+  addVerb(app, tool, "identity", "Show the product, its revisions, features and limits", "", [&tool] {
+    showIdentity(tool);
+  });
 }
 
 }  // namespace tvp::host::tvpcim

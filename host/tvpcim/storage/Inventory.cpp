@@ -3,17 +3,20 @@
 
 #include "host/schema/Names.h"
 #include "host/tvpcim/Failure.h"
+#include "host/tvpcim/output/Listing.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Listing.h"
 
 #include <algorithm>
 #include <optional>
 
 namespace tvp::host::tvpcim {
 
-const ObjectKind DRIVE = {"TVP_LogicalDevice", "DeviceNumber", "DeviceName", "drive", "drives"};
-const ObjectKind POOL = {"TVP_VirtualPool", "VirtualPoolId", "Name", "pool", "pools"};
-const ObjectKind VOLUME = {"TVP_VirtualVolume", "VirtualVolumeId", "VolumeName", "volume", "volumes"};
+const ObjectKind Drive::KIND = {
+    "TVP_LogicalDevice", "DeviceNumber", "DeviceName", "drive", "drives", nullptr};
+const ObjectKind Pool::KIND = {"TVP_VirtualPool", "VirtualPoolId",        "Name", "pool",
+                               "pools",           "GetVirtualPoolMembers"};
+const ObjectKind Volume::KIND = {"TVP_VirtualVolume", "VirtualVolumeId",        "VolumeName", "volume",
+                                 "volumes",           "GetVirtualVolumeMembers"};
 
 namespace {
 
@@ -27,13 +30,39 @@ std::optional<std::uint32_t> asNumber(const std::string& text) {
   return static_cast<std::uint32_t>(std::stoul(text));
 }
 
+std::uint32_t identifierOf(const Instance& instance, const char* property) {
+  return static_cast<std::uint32_t>(numberOf(instance, property));
+}
+
 template <typename Test>
-const Instance* find(const std::vector<Instance>& instances, Test test) {
+const Instance* firstOf(const std::vector<Instance>& instances, Test test) {
   const auto found = std::find_if(instances.begin(), instances.end(), test);
   return found == instances.end() ? nullptr : &*found;
 }
 
 }  // namespace
+
+Drive::Drive(const Instance& instance)
+    : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
+      type(numberOf(instance, "DeviceType")), capacity(numberOf(instance, "CapacityInSectors")) {}
+
+Pool::Pool(const Instance& instance)
+    : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
+      description(textOf(instance, "Description")), tier(numberOf(instance, "TierLevel")),
+      capacity(numberOf(instance, "CapacityInSectors")), used(numberOf(instance, "UsedCapacityInSectors")) {}
+
+Volume::Volume(const Instance& instance)
+    : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
+      description(textOf(instance, "Description")), type(numberOf(instance, "VolumeType")),
+      knob(numberOf(instance, "KnobSetting")), capacity(numberOf(instance, "CapacityInSectors")) {}
+
+DriveExtent::DriveExtent(const Instance& instance)
+    : drive(identifierOf(instance, "DeviceNumber")), driveName(textOf(instance, "Name")),
+      size(numberOf(instance, "LDEndRange") - numberOf(instance, "LDStartRange") + 1) {}
+
+// The class of a volume's members calls the name of the pool by that of the volume.
+PoolUse::PoolUse(const Instance& instance)
+    : pool(identifierOf(instance, "VirtualPoolId")), poolName(textOf(instance, "VolumeName")) {}
 
 const std::vector<Instance>& Inventory::enumerated(const std::string& className) {
   const auto known = m_instances.find(className);
@@ -44,16 +73,18 @@ const std::vector<Instance>& Inventory::enumerated(const std::string& className)
 }
 
 const Instance* Inventory::identity() {
-  const std::vector<Instance>& instances = enumerated("TVP_TarvexProIdentity");
+  const std::vector<Instance>& instances = enumerated(IDENTITY_CLASS);
   return instances.empty() ? nullptr : &instances.front();
 }
 
 const Instance* Inventory::byNumber(const ObjectKind& kind, std::uint64_t number) {
-  return find(all(kind), [&](const Instance& instance) { return numberOf(instance, kind.number) == number; });
+  return firstOf(
+      instances(kind), [&](const Instance& instance) { return numberOf(instance, kind.number) == number; });
 }
 
 const Instance* Inventory::byName(const ObjectKind& kind, const std::string& name) {
-  return find(all(kind), [&](const Instance& instance) { return textOf(instance, kind.name) == name; });
+  return firstOf(
+      instances(kind), [&](const Instance& instance) { return textOf(instance, kind.name) == name; });
 }
 
 std::uint32_t Inventory::resolve(const ObjectKind& kind, const std::string& text) {
@@ -69,29 +100,28 @@ std::uint32_t Inventory::resolve(const ObjectKind& kind, const std::string& text
     return *number;
   }
   std::vector<std::string> names;
-  for (const Instance& instance : all(kind)) {
+  for (const Instance& instance : instances(kind)) {
     names.push_back(textOf(instance, kind.name));
   }
   const std::string near = printable(suggestion(text, names));
   throw OperationError(
-      statusName(CMPI_RC_ERR_NOT_FOUND) + ": there is no " + kind.noun + " '" + printable(text) + "'" +
+      statusName(CMPI_RC_ERR_NOT_FOUND) + ": there is no " + kind.noun + " " + text::quoted(text) +
       (near.empty() ? std::string("; see 'tvpcim ") + kind.nouns + "'" : near));
 }
 
 std::vector<Instance> Inventory::members(const ObjectKind& kind, std::uint32_t number) {
-  const bool ofPool = std::string(kind.className) == POOL.className;
   Arguments arguments;
   arguments.add(kind.number, Value::uint32(number));
-  const MethodOutcome outcome =
-      callService(ofPool ? "GetVirtualPoolMembers" : "GetVirtualVolumeMembers", arguments);
-  std::vector<Instance> instances;
+  const MethodOutcome outcome = callService(kind.membersMethod, arguments);
+  m_session.check(outcome);
+  std::vector<Instance> found;
   const Value* members = outcome.output.find("Members");
   if (members != nullptr && !members->isNull()) {
     for (const Value& member : members->asArray()) {
-      instances.push_back(member.asInstance());
+      found.push_back(member.asInstance());
     }
   }
-  return instances;
+  return found;
 }
 
 MethodOutcome Inventory::callService(const std::string& method, const Arguments& arguments) {
@@ -99,7 +129,7 @@ MethodOutcome Inventory::callService(const std::string& method, const Arguments&
   service.keys = {
       {"CreationClassName", Value::string("TVP_TierService")},
       {"Name", Value::string("TVP_TierServiceInstance1")}};
-  return m_session.invoke(service, method, arguments);
+  return m_session.provider().invokeMethod(service, method, arguments);
 }
 
 }  // namespace tvp::host::tvpcim

@@ -4,37 +4,86 @@
 
 #include "host/tvpcim/Session.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tvp::host::tvpcim {
 
-/** A sort of storage object, and what its class calls the things that all of them have. */
+/** What to say when the identity cannot be read. */
+constexpr const char* NO_DRIVER = "no storage driver answers; 'voltvkctl status' shows why";
+
+/** A kind of storage object, and what its class calls the properties that all of them have. */
 struct ObjectKind {
   const char* className;
   const char* number;  ///< the property that identifies it
   const char* name;
   const char* noun;
-  const char* nouns;  ///< the plural, which is also the verb that lists them
+  const char* nouns;          ///< the plural, which is also the verb that lists them
+  const char* membersMethod;  ///< of the tier service; null when it has no members
 };
 
-extern const ObjectKind DRIVE;
-extern const ObjectKind POOL;
-extern const ObjectKind VOLUME;
+/** A drive as its instance describes it; capacities in sectors here and below. */
+struct Drive {
+  static const ObjectKind KIND;
+  static constexpr std::uint64_t SSD = 2;
 
-/** What to say, and to do, when the identity cannot be read. */
-constexpr const char* NO_DRIVER = "no storage driver answers; 'voltvkctl status' tells why";
+  explicit Drive(const Instance& instance);
 
-/** Codes and limits that the verbs have to know; the schema has the names of all codes. */
-constexpr std::size_t LONGEST_NAME = 31;  ///< bytes
-constexpr std::uint8_t TIER_HDD = 1;
-constexpr std::uint8_t TIER_SSD = 3;
-constexpr std::uint64_t DEVICE_SSD = 2;
-constexpr std::uint8_t VOLUME_TIERED = 1;
-constexpr std::uint8_t VOLUME_CACHED = 2;
+  std::uint32_t number;
+  std::string name;
+  std::uint64_t type;  ///< SSD, or another code of DeviceType
+  std::uint64_t capacity;
+};
+
+struct Pool {
+  static const ObjectKind KIND;
+  static constexpr std::uint8_t HDD_TIER = 1;
+  static constexpr std::uint8_t SSD_TIER = 3;
+
+  explicit Pool(const Instance& instance);
+
+  std::uint32_t number;
+  std::string name;
+  std::string description;
+  std::uint64_t tier;
+  std::uint64_t capacity;
+  std::uint64_t used;
+};
+
+struct Volume {
+  static const ObjectKind KIND;
+  static constexpr std::uint8_t TIERED = 1;
+  static constexpr std::uint8_t CACHED = 2;
+
+  explicit Volume(const Instance& instance);
+
+  std::uint32_t number;
+  std::string name;
+  std::string description;
+  std::uint64_t type;
+  std::uint64_t knob;
+  std::uint64_t capacity;
+};
+
+/** A member of a pool: what it has on a drive. */
+struct DriveExtent {
+  explicit DriveExtent(const Instance& instance);
+
+  std::uint32_t drive;
+  std::string driveName;
+  std::uint64_t size;
+};
+
+/** A member of a volume: a pool that it uses. */
+struct PoolUse {
+  explicit PoolUse(const Instance& instance);
+
+  std::uint32_t pool;
+  std::string poolName;
+};
 
 /**
  * The storage as the provider shows it: drives, pools, volumes and the product's identity. Everything is
@@ -42,15 +91,28 @@ constexpr std::uint8_t VOLUME_CACHED = 2;
  */
 class Inventory {
 public:
+  static constexpr const char* IDENTITY_CLASS = "TVP_TarvexProIdentity";
+
   explicit Inventory(Session& session) : m_session(session) {}
 
-  const std::vector<Instance>& all(const ObjectKind& kind) { return enumerated(kind.className); }
+  const std::vector<Instance>& instances(const ObjectKind& kind) { return enumerated(kind.className); }
   /** The product's identity; null when no storage driver answers. */
   const Instance* identity();
-  /** @return null when there is none */
-  const Instance* byNumber(const ObjectKind& kind, std::uint64_t number);
-  /** @return null when there is none */
-  const Instance* byName(const ObjectKind& kind, const std::string& name);
+
+  template <typename Object>
+  std::vector<Object> all() {
+    const std::vector<Instance>& found = instances(Object::KIND);
+    return {found.begin(), found.end()};
+  }
+  template <typename Object>
+  std::optional<Object> find(std::uint32_t number) {
+    return viewOf<Object>(byNumber(Object::KIND, number));
+  }
+  template <typename Object>
+  std::optional<Object> named(const std::string& name) {
+    return viewOf<Object>(byName(Object::KIND, name));
+  }
+  bool exists(const ObjectKind& kind, std::uint32_t number) { return byNumber(kind, number) != nullptr; }
 
   /**
    * The identifier that a person means by a number or a name. A number is an identifier first, then a
@@ -59,17 +121,27 @@ public:
    */
   std::uint32_t resolve(const ObjectKind& kind, const std::string& text);
 
-  /** The extents of a pool on drives, or of a volume on pools. */
+  /** What a pool has on drives, or a volume on pools. */
   std::vector<Instance> members(const ObjectKind& kind, std::uint32_t number);
+  template <typename Member>
+  std::vector<Member> membersOf(const ObjectKind& kind, std::uint32_t number) {
+    const std::vector<Instance> found = members(kind, number);
+    return {found.begin(), found.end()};
+  }
 
-  /** Calls a method of the tier service. */
+  /** Calls a method of the tier service, whatever comes of it. */
   MethodOutcome callService(const std::string& method, const Arguments& arguments);
-
-  /** Reads everything anew from now on. */
+  /** Makes later questions read the present state. */
   void forget() { m_instances.clear(); }
 
 private:
+  template <typename Object>
+  static std::optional<Object> viewOf(const Instance* instance) {
+    return instance == nullptr ? std::nullopt : std::optional<Object>(Object(*instance));
+  }
   const std::vector<Instance>& enumerated(const std::string& className);
+  const Instance* byNumber(const ObjectKind& kind, std::uint64_t number);
+  const Instance* byName(const ObjectKind& kind, const std::string& name);
 
   Session& m_session;
   std::map<std::string, std::vector<Instance>> m_instances;

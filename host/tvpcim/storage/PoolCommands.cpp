@@ -1,165 +1,162 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/PoolCommands.h"
-
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
 #include "host/tvpcim/storage/Size.h"
+#include "host/tvpcim/storage/StorageVerbs.h"
+#include "text/Trim.h"
 
+#include <memory>
 #include <sstream>
 
 namespace tvp::host::tvpcim {
 namespace {
 
-constexpr std::uint32_t LARGEST_DRIVE = 255;
+struct PoolOptions {
+  std::string pool;  ///< of a pool that is there: its name or identifier
+  std::string name;
+  std::string description;
+  std::string drives;
+  std::string tier;
+  std::string size;
+  std::string chunk = "1MiB";
+};
 
 std::uint8_t tierLevelOf(const std::string& word) {
-  return word == "ssd" ? TIER_SSD : TIER_HDD;
+  return word == "ssd" ? Pool::SSD_TIER : Pool::HDD_TIER;
 }
 
-std::string shareUsed(const Instance& pool) {
-  return std::to_string(
-             percentOf(numberOf(pool, "UsedCapacityInSectors"), numberOf(pool, "CapacityInSectors"))) +
-         "%";
+/** The tier that fits a drive. */
+std::uint8_t tierOfDrive(Tool& tool, std::uint64_t number) {
+  const std::optional<Drive> drive = tool.inventory().find<Drive>(static_cast<std::uint32_t>(number));
+  return drive && drive->type == Drive::SSD ? Pool::SSD_TIER : Pool::HDD_TIER;
 }
 
 /** The drives of "3,4,/dev/sdb". */
-std::vector<std::uint32_t> drivesOf(Inventory& inventory, const std::string& text) {
-  std::vector<std::uint32_t> drives;
+Value::List drivesOf(Tool& tool, const std::string& text) {
+  Value::List drives;
   std::istringstream words(text);
   for (std::string word; std::getline(words, word, ',');) {
-    drives.push_back(inventory.resolve(DRIVE, trimmed(word)));
-    if (drives.back() > LARGEST_DRIVE) {
-      throw UsageError("drives have numbers from 0 to 255; '" + printable(word) + "' is none");
-    }
+    drives.push_back(Value::uint8(driveNumber(tool, std::string(text::trimmed(word)))));
   }
-  if (drives.empty()) {
-    throw UsageError("--drives names no drive; see 'tvpcim drives'");
+  if (drives.empty() || drives.size() > LARGEST_DRIVE) {
+    throw UsageError(
+        drives.empty()
+            ? "--drives names no drive; see 'tvpcim drives'"
+            : "--drives names more than " + std::to_string(LARGEST_DRIVE) + " drives; a pool has fewer");
   }
   return drives;
 }
 
-}  // namespace
-
-void PoolCommands::addTo(CLI::App& app) {
-  addVerb(app, "pools", "List the pools", "", [this] { list(); });
-  CLI::App& family = addFamily(app, "pool", "Create, modify, delete a pool or list its members");
-  addCreation(family);
-  addModification(family);
-  addVerb(family, "delete", "Delete a pool", "", [this] { remove(); })
-      .add_option("POOL", m_pool, "Name or identifier of the pool")
-      ->required();
-  addVerb(family, "members", "List the extents of a pool on its drives", "", [this] { members(); })
-      .add_option("POOL", m_pool, "Name or identifier of the pool")
-      ->required();
-}
-
-void PoolCommands::addCreation(CLI::App& family) {
-  CLI::App& verb = addVerb(
-      family, "create", "Create a pool of drives of one kind",
-      "Example: tvpcim pool create gold --drives 3,4 --tier ssd --size 100GiB", [this] { create(); });
-  verb.add_option("NAME", m_name, "Name of the pool, 1 to 31 bytes")->required();
-  verb.add_option("--drives", m_drives, "Numbers or device names of the drives, with commas")
-      ->type_name("DRIVE,...")
-      ->required();
-  verb.add_option("--size", m_size, "Capacity of the pool: 100GiB, 1T, 204800s")
-      ->type_name("SIZE")
-      ->required();
-  verb.add_option("--tier", m_tier, "ssd or hdd; default: what the drives are")
-      ->check(CLI::IsMember({"ssd", "hdd"}));
-  verb.add_option("--chunk", m_chunk, "Size of a chunk")->type_name("SIZE")->capture_default_str();
-  verb.add_option("--description", m_description, "Description, up to 63 bytes")->type_name("WORDS");
-}
-
-void PoolCommands::addModification(CLI::App& family) {
-  CLI::App& verb =
-      addVerb(family, "modify", "Change the name, tier or description of a pool", "", [this] { modify(); });
-  verb.add_option("POOL", m_pool, "Name or identifier of the pool")->required();
-  verb.add_option("--name", m_name, "New name")->type_name("WORDS");
-  verb.add_option("--tier", m_tier, "New tier: ssd or hdd")->check(CLI::IsMember({"ssd", "hdd"}));
-  verb.add_option("--description", m_description, "New description")->type_name("WORDS");
-}
-
-void PoolCommands::list() {
-  const SchemaClass& pools = classOf(POOL);
+void listPools(Tool& tool) {
+  const SchemaClass& pools = tool.session().classNamed(Pool::KIND.className);
+  const auto shareUsed = [](const Instance& instance) {
+    const Pool pool(instance);
+    return std::to_string(percentOf(pool.used, pool.capacity)) + "%";
+  };
   printAll(
-      POOL, {plainColumn("ID", "VirtualPoolId", true), plainColumn("NAME", "Name"),
-             codeColumn("TIER", pools, "TierLevel"), sizeColumn("CAPACITY", "CapacityInSectors"),
-             sizeColumn("USED", "UsedCapacityInSectors"), Column{"USED%", true, false, shareUsed},
-             sizeColumn("CHUNK", "ChunkSize"), plainColumn("DRIVES", "NumberOfLogicalDevice", true),
-             plainColumn("VOLUMES", "NumberOfVirtualVolume", true), codeColumn("STATUS", pools, "PoolStatus"),
-             plainColumn("DESCRIPTION", "Description")});
+      tool, Pool::KIND,
+      {plainColumn("ID", "VirtualPoolId", true), plainColumn("NAME", "Name"),
+       codeColumn("TIER", pools, "TierLevel"), sizeColumn("CAPACITY", "CapacityInSectors"),
+       sizeColumn("USED", "UsedCapacityInSectors"), Column{"USED%", true, false, shareUsed},
+       sizeColumn("CHUNK", "ChunkSize"), plainColumn("DRIVES", "NumberOfLogicalDevice", true),
+       plainColumn("VOLUMES", "NumberOfVirtualVolume", true), codeColumn("STATUS", pools, "PoolStatus"),
+       plainColumn("DESCRIPTION", "Description")});
 }
 
-std::uint8_t PoolCommands::tierOf(const std::vector<std::uint32_t>& drives) {
-  const Instance* drive = inventory().byNumber(DRIVE, drives.front());
-  return drive != nullptr && numberOf(*drive, "DeviceType") == DEVICE_SSD ? TIER_SSD : TIER_HDD;
-}
-
-void PoolCommands::create() {
-  const std::uint64_t size = parseSectors(m_size);
-  const std::uint64_t chunk = parseSectors(m_chunk);
-  const std::vector<std::uint32_t> drives = drivesOf(inventory(), m_drives);
-  const std::uint8_t tier = m_tier.empty() ? tierOf(drives) : tierLevelOf(m_tier);
-  if (drives.size() > LARGEST_DRIVE) {
-    throw UsageError("--drives names more than 255 drives");
-  }
-  Value::List numbers;
-  for (const std::uint32_t drive : drives) {
-    numbers.push_back(Value::uint8(static_cast<std::uint8_t>(drive)));
-  }
+void createPool(Tool& tool, const PoolOptions& options) {
+  const std::uint64_t size = parseSectors(options.size);
+  const std::uint64_t chunk = parseSectors(options.chunk);
+  const Value::List drives = drivesOf(tool, options.drives);
+  const std::uint8_t tier =
+      options.tier.empty() ? tierOfDrive(tool, drives.front().asUnsigned()) : tierLevelOf(options.tier);
   Arguments arguments;
-  arguments.add("Name", Value::string(m_name))
-      .add("Description", Value::string(m_description))
-      .add("NumberOfLogicalDevice", Value::uint8(static_cast<std::uint8_t>(numbers.size())))
-      .add("LDDeviceNumbers", Value::array(CMPI_uint8, numbers))
+  arguments.add("Name", Value::string(options.name))
+      .add("Description", Value::string(options.description))
+      .add("NumberOfLogicalDevice", Value::uint8(static_cast<std::uint8_t>(drives.size())))
+      .add("LDDeviceNumbers", Value::array(CMPI_uint8, drives))
       .add("CapacityInSectors", Value::uint64(size))
       .add("ChunkSize", Value::uint64(chunk))
       .add("TierLevel", Value::uint8(tier));
-  Instance answer = call("CreateVirtualPool", arguments);
-  const Instance* pool = inventory().byName(POOL, m_name);
-  confirm(pool != nullptr, "there is no pool " + printable(m_name));
-  answer.properties.push_back({"VirtualPoolId", *pool->property("VirtualPoolId")});
-  answer.properties.push_back({"Name", Value::string(m_name)});
-  tool().print(formatter().record(answer));
+  ServiceAnswer answer = callService(tool, "CreateVirtualPool", arguments);
+  const std::optional<Pool> pool = tool.inventory().named<Pool>(options.name);
+  answer.record.properties.push_back({"VirtualPoolId", Value::uint32(pool ? pool->number : 0)});
+  answer.record.properties.push_back({"Name", Value::string(options.name)});
+  printChange(tool, answer, pool.has_value(), "there is no pool " + text::quoted(options.name));
 }
 
-void PoolCommands::modify() {
-  if (m_name.empty() && m_tier.empty() && m_description.empty()) {
+void modifyPool(Tool& tool, const PoolOptions& options) {
+  if (options.name.empty() && options.tier.empty() && options.description.empty()) {
     throw UsageError("say what to change: --name, --tier or --description; an empty text changes nothing");
   }
-  // The library leaves as it is what is empty or 0.
-  const std::uint32_t number = inventory().resolve(POOL, m_pool);
-  Arguments arguments;
-  arguments.add("VirtualPoolId", Value::uint32(number))
-      .add("Name", Value::string(m_name))
-      .add("TierLevel", Value::uint8(m_tier.empty() ? std::uint8_t{0} : tierLevelOf(m_tier)))
-      .add("Description", Value::string(m_description));
-  Instance answer = call("ModifyVirtualPool", arguments);
-  const Instance* pool = inventory().byNumber(POOL, number);
-  confirm(
-      pool != nullptr && (m_name.empty() || textOf(*pool, "Name") == m_name) &&
-          (m_description.empty() || textOf(*pool, "Description") == m_description),
-      "the pool is as it was");
-  answer.properties.push_back({"VirtualPoolId", Value::uint32(number)});
-  tool().print(formatter().record(answer));
+  const std::uint32_t number = tool.inventory().resolve(Pool::KIND, options.pool);
+  Arguments changes;  // the library leaves as it is what is empty or 0
+  changes.add("Name", Value::string(options.name))
+      .add("TierLevel", Value::uint8(options.tier.empty() ? std::uint8_t{0} : tierLevelOf(options.tier)))
+      .add("Description", Value::string(options.description));
+  const ServiceAnswer answer = callService(tool, "ModifyVirtualPool", Pool::KIND, number, changes);
+  const std::optional<Pool> pool = tool.inventory().find<Pool>(number);
+  printChange(
+      tool, answer,
+      pool && (options.name.empty() || pool->name == options.name) &&
+          (options.description.empty() || pool->description == options.description),
+      "the pool is unchanged");
 }
 
-void PoolCommands::remove() {
-  const std::uint32_t number = inventory().resolve(POOL, m_pool);
-  Arguments arguments;
-  arguments.add("VirtualPoolId", Value::uint32(number));
-  Instance answer = call("DeleteVirtualPool", arguments);
-  confirm(
-      inventory().byNumber(POOL, number) == nullptr, "pool " + std::to_string(number) + " is still there");
-  answer.properties.push_back({"VirtualPoolId", Value::uint32(number)});
-  tool().print(formatter().record(answer));
+void deletePool(Tool& tool, const std::string& object) {
+  const std::uint32_t number = tool.inventory().resolve(Pool::KIND, object);
+  const ServiceAnswer answer = callService(tool, "DeleteVirtualPool", Pool::KIND, number);
+  printChange(
+      tool, answer, !tool.inventory().exists(Pool::KIND, number),
+      "pool " + std::to_string(number) + " still exists");
 }
 
-void PoolCommands::members() {
+void listMembers(Tool& tool, const std::string& object) {
   printMembers(
-      POOL, m_pool,
+      tool, Pool::KIND, object,
       {plainColumn("NUMBER", "DeviceNumber", true), plainColumn("DRIVE", "Name"),
        plainColumn("FIRST SECTOR", "LDStartRange", true), plainColumn("LAST SECTOR", "LDEndRange", true)});
+}
+
+void addCreation(CLI::App& family, Tool& tool) {
+  auto options = std::make_shared<PoolOptions>();
+  CLI::App& verb = addVerb(
+      family, tool, "create", "Create a pool of drives of one kind",
+      "Example: tvpcim pool create gold --drives 3,4 --tier ssd --size 100GiB",
+      [&tool, options] { createPool(tool, *options); });
+  verb.add_option("NAME", options->name, helpOnName("pool"))->required();
+  verb.add_option("--drives", options->drives, "Numbers or device names of the drives, separated by commas")
+      ->type_name("DRIVE,...")
+      ->required();
+  verb.add_option("--size", options->size, "Capacity of the pool: 100GiB, 1T, 204800s")
+      ->type_name("SIZE")
+      ->required();
+  verb.add_option("--tier", options->tier, "ssd or hdd; default: what the drives are")
+      ->check(CLI::IsMember({"ssd", "hdd"}));
+  verb.add_option("--chunk", options->chunk, "Size of a chunk")->type_name("SIZE")->capture_default_str();
+  verb.add_option("--description", options->description, helpOnDescription())->type_name("WORDS");
+}
+
+void addModification(CLI::App& family, Tool& tool) {
+  auto options = std::make_shared<PoolOptions>();
+  CLI::App& verb =
+      addVerb(family, tool, "modify", "Change the name, tier or description of a pool", "", [&tool, options] {
+        modifyPool(tool, *options);
+      });
+  verb.add_option("POOL", options->pool, "Name or identifier of the pool")->required();
+  verb.add_option("--name", options->name, "New name")->type_name("WORDS");
+  verb.add_option("--tier", options->tier, "New tier: ssd or hdd")->check(CLI::IsMember({"ssd", "hdd"}));
+  verb.add_option("--description", options->description, "New description")->type_name("WORDS");
+}
+
+}  // namespace
+
+void addPoolCommands(CLI::App& app, Tool& tool) {
+  addVerb(app, tool, "pools", "List the pools", "", [&tool] { listPools(tool); });
+  CLI::App& family = addFamily(app, "pool", "Create, modify or delete a pool, or list its members");
+  addCreation(family, tool);
+  addModification(family, tool);
+  addObjectVerb(family, tool, Pool::KIND, "delete", "Delete a pool", deletePool);
+  addObjectVerb(family, tool, Pool::KIND, "members", "List the extents of a pool on its drives", listMembers);
 }
 
 }  // namespace tvp::host::tvpcim

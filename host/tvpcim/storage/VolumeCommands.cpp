@@ -1,18 +1,30 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/VolumeCommands.h"
-
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
 #include "host/tvpcim/storage/Size.h"
-#include "text/Utf8.h"
+#include "host/tvpcim/storage/StorageVerbs.h"
 
 #include <algorithm>
-#include <array>
+#include <memory>
 
 namespace tvp::host::tvpcim {
 namespace {
 
-const std::array<std::string, 3> KNOBS = {"aggressive", "normal", "passive"};
+const std::vector<std::string> KNOBS = {"aggressive", "normal", "passive"};
+
+struct VolumeOptions {
+  std::string volume;  ///< of a volume that is there: its name or identifier
+  std::string name;
+  std::string description;
+  std::string knob;
+  std::vector<std::string> pools;
+  std::string type = "tiered";
+  std::string drive;
+  std::string size;
+  std::string ssdPool;
+  std::string ssdSize;
+  std::string chunk = "1MiB";
+};
 
 /** The code of a knob setting, which counts from 1; 0 for an empty text. */
 std::uint32_t knobOf(const std::string& word) {
@@ -20,88 +32,15 @@ std::uint32_t knobOf(const std::string& word) {
   return found == KNOBS.end() ? 0 : static_cast<std::uint32_t>(found - KNOBS.begin()) + 1;
 }
 
-/** What the cached kind keeps of a longer name: at most 31 bytes, and no part of a character. */
-std::string keptOf(const std::string& name) {
-  return std::string(text::cutToSize(name, LONGEST_NAME));
+/** The knob setting of a new volume. */
+Value knobOfNew(const VolumeOptions& options) {
+  return Value::uint32(knobOf(options.knob.empty() ? "normal" : options.knob));
 }
 
-}  // namespace
-
-void VolumeCommands::addTo(CLI::App& app) {
-  addVerb(app, "volumes", "List the volumes", "", [this] { list(); });
-  CLI::App& family =
-      addFamily(app, "volume", "Create, modify, delete, flush or measure a volume or list its members");
-  addCreation(family);
-  addCaching(family);
-  addModification(family);
-  addVolumeVerb(
-      family, "delete", "Delete a volume; one made with 'volume cache' frees its drive too",
-      &VolumeCommands::remove);
-  addVolumeVerb(family, "flush", "Write the cache of a cached volume back", &VolumeCommands::flush);
-  addVolumeVerb(family, "stats", "Show the statistics of a volume", &VolumeCommands::statistics);
-  addVolumeVerb(
-      family, "reset-stats", "Set the statistics of a volume to 0", &VolumeCommands::resetStatistics);
-  addVolumeVerb(family, "members", "List the extents of a volume on its pools", &VolumeCommands::members);
-}
-
-void VolumeCommands::addVolumeVerb(
-    CLI::App& family, const char* name, const char* summary, void (VolumeCommands::*action)()) {
-  addVerb(family, name, summary, "", [this, action] { (this->*action)(); })
-      .add_option("VOLUME", m_volume, "Name or identifier of the volume")
-      ->required();
-}
-
-void VolumeCommands::addTexts(CLI::App& verb) {
-  verb.add_option("--description", m_description, "Description, up to 63 bytes")->type_name("WORDS");
-  verb.add_option("--knob", m_knob, "How eagerly chunks move: aggressive, normal or passive")
-      ->check(CLI::IsMember(std::vector<std::string>(KNOBS.begin(), KNOBS.end())));
-}
-
-void VolumeCommands::addCreation(CLI::App& family) {
-  CLI::App& verb = addVerb(
-      family, "create", "Create a volume on one or two pools",
-      "Example: tvpcim volume create data --pool slow:100GiB --pool fast:10GiB", [this] { create(); });
-  verb.add_option("NAME", m_name, "Name of the volume, 1 to 31 bytes")->required();
-  verb.add_option("--pool", m_pools, "A pool and what to take from it; once or twice")
-      ->type_name("NAME_OR_ID:SIZE")
-      ->required()
-      ->allow_extra_args(false);
-  verb.add_option("--type", m_type, "tiered (the capacities add up) or cached (the SSD pool is the cache)")
-      ->capture_default_str()
-      ->check(CLI::IsMember({"tiered", "cached"}));
-  addTexts(verb);
-}
-
-void VolumeCommands::addCaching(CLI::App& family) {
-  CLI::App& verb = addVerb(
-      family, "cache", "Create a cached volume on one hard disk, with an SSD pool as its cache",
-      "Example: tvpcim volume cache data --drive 3 --size 100GiB --ssd-pool fast --ssd-size 10GiB",
-      [this] { cache(); });
-  verb.add_option("NAME", m_name, "Name of the volume, 1 to 31 bytes")->required();
-  verb.add_option("--drive", m_drive, "Number or device name of the hard disk")
-      ->type_name("DRIVE")
-      ->required();
-  verb.add_option("--size", m_size, "What to take from the hard disk")->type_name("SIZE")->required();
-  verb.add_option("--ssd-pool", m_ssdPool, "Name or identifier of the SSD pool")
-      ->type_name("POOL")
-      ->required();
-  verb.add_option("--ssd-size", m_ssdSize, "What to take from the SSD pool")->type_name("SIZE")->required();
-  verb.add_option("--chunk", m_chunk, "Size of a chunk")->type_name("SIZE")->capture_default_str();
-  addTexts(verb);
-}
-
-void VolumeCommands::addModification(CLI::App& family) {
-  CLI::App& verb =
-      addVerb(family, "modify", "Change the name, description or knob of a volume", "", [this] { modify(); });
-  verb.add_option("VOLUME", m_volume, "Name or identifier of the volume")->required();
-  verb.add_option("--name", m_name, "New name")->type_name("WORDS");
-  addTexts(verb);
-}
-
-void VolumeCommands::list() {
-  const SchemaClass& volumes = classOf(VOLUME);
+void listVolumes(Tool& tool) {
+  const SchemaClass& volumes = tool.session().classNamed(Volume::KIND.className);
   printAll(
-      VOLUME,
+      tool, Volume::KIND,
       {plainColumn("ID", "VirtualVolumeId", true), plainColumn("NAME", "VolumeName"),
        codeColumn("TYPE", volumes, "VolumeType"), sizeColumn("CAPACITY", "CapacityInSectors"),
        plainColumn("POOLS", "VirtualPoolsCount", true), codeColumn("KNOB", volumes, "KnobSetting"),
@@ -112,127 +51,175 @@ void VolumeCommands::list() {
        onlyWide(plainColumn("FEATURES", "Features"))});
 }
 
-PoolShare VolumeCommands::shareOf(const std::string& text) {
-  const std::size_t colon = text.rfind(':');  // names may hold colons, sizes do not
-  if (colon == std::string::npos || colon == 0) {
-    throw UsageError(
-        "--pool takes NAME_OR_ID:SIZE, such as gold:10GiB; '" + printable(text) + "' is not that");
-  }
-  const std::uint64_t size = parseSectors(text.substr(colon + 1));
-  return {inventory().resolve(POOL, text.substr(0, colon)), size};
+/** Prints the answer of a creation with what the new volume is called. */
+void printCreated(Tool& tool, ServiceAnswer answer, const VolumeOptions& options) {
+  // A cached volume gets what fits of a longer name.
+  const std::string name(keptName(options.name));
+  const std::optional<Volume> volume = tool.inventory().named<Volume>(name);
+  answer.record.properties.push_back({"VirtualVolumeId", Value::uint32(volume ? volume->number : 0)});
+  answer.record.properties.push_back({"VolumeName", Value::string(name)});
+  printChange(tool, answer, volume.has_value(), "there is no volume " + text::quoted(name));
 }
 
-void VolumeCommands::printCreated(Instance answer) {
-  const std::string name = keptOf(m_name);
-  const Instance* volume = inventory().byName(VOLUME, name);
-  confirm(volume != nullptr, "there is no volume " + printable(name));
-  answer.properties.push_back({"VirtualVolumeId", *volume->property("VirtualVolumeId")});
-  answer.properties.push_back({"VolumeName", Value::string(name)});
-  tool().print(formatter().record(answer));
-}
-
-void VolumeCommands::create() {
-  if (m_pools.size() > 2) {
+void createVolume(Tool& tool, const VolumeOptions& options) {
+  if (options.pools.size() > 2) {
     throw UsageError(
-        "a volume stands on one or two pools; --pool is given " + std::to_string(m_pools.size()) + " times");
+        "a volume uses one or two pools; --pool is given " + std::to_string(options.pools.size()) + " times");
   }
   Value::List pools;
   Value::List sizes;
-  for (const std::string& text : m_pools) {
-    const PoolShare share = shareOf(text);
-    pools.push_back(Value::uint32(share.pool));
-    sizes.push_back(Value::uint64(share.size));
+  for (const std::string& share : options.pools) {
+    const std::size_t colon = share.rfind(':');  // names may hold colons, sizes do not
+    if (colon == std::string::npos || colon == 0) {
+      throw UsageError("--pool takes NAME_OR_ID:SIZE, such as gold:10GiB, not " + text::quoted(share));
+    }
+    sizes.push_back(Value::uint64(parseSectors(share.substr(colon + 1))));
+    pools.push_back(Value::uint32(tool.inventory().resolve(Pool::KIND, share.substr(0, colon))));
   }
   Arguments arguments;
-  arguments.add("VolumeName", Value::string(m_name))
-      .add("Description", Value::string(m_description))
-      .add("VolumeType", Value::uint8(m_type == "cached" ? VOLUME_CACHED : VOLUME_TIERED))
+  arguments.add("VolumeName", Value::string(options.name))
+      .add("Description", Value::string(options.description))
+      .add("VolumeType", Value::uint8(options.type == "cached" ? Volume::CACHED : Volume::TIERED))
       .add("VirtualPoolsCount", Value::uint8(static_cast<std::uint8_t>(pools.size())))
       .add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, pools))
       .add("UsedSizeInSectors", Value::array(CMPI_uint64, sizes))
-      .add("KnobSetting", Value::uint32(knobOf(m_knob.empty() ? "normal" : m_knob)));
-  printCreated(call("CreateVirtualVolume", arguments));
+      .add("KnobSetting", knobOfNew(options));
+  printCreated(tool, callService(tool, "CreateVirtualVolume", arguments), options);
 }
 
-void VolumeCommands::cache() {
-  const std::uint64_t size = parseSectors(m_size);
-  const std::uint64_t chunk = parseSectors(m_chunk);
-  const std::uint64_t ssdSize = parseSectors(m_ssdSize);
-  const std::uint32_t drive = inventory().resolve(DRIVE, m_drive);
-  if (drive > 255) {
-    throw UsageError("drives have numbers from 0 to 255; '" + printable(m_drive) + "' is none");
-  }
+void cacheDrive(Tool& tool, const VolumeOptions& options) {
+  const std::uint64_t size = parseSectors(options.size);
+  const std::uint64_t chunk = parseSectors(options.chunk);
+  const std::uint64_t ssdSize = parseSectors(options.ssdSize);
+  const std::uint8_t drive = driveNumber(tool, options.drive);
   Arguments arguments;
-  arguments.add("VolumeName", Value::string(m_name))
-      .add("Description", Value::string(m_description))
-      .add("VolumeType", Value::uint8(VOLUME_CACHED))
-      .add("SSDPoolId", Value::uint32(inventory().resolve(POOL, m_ssdPool)))
+  arguments.add("VolumeName", Value::string(options.name))
+      .add("Description", Value::string(options.description))
+      .add("VolumeType", Value::uint8(Volume::CACHED))
+      .add("SSDPoolId", Value::uint32(tool.inventory().resolve(Pool::KIND, options.ssdPool)))
       .add("reqCapacityFromSSDPool", Value::uint64(ssdSize))
-      .add("LDDeviceNumber", Value::array(CMPI_uint8, {Value::uint8(static_cast<std::uint8_t>(drive))}))
+      .add("LDDeviceNumber", Value::array(CMPI_uint8, {Value::uint8(drive)}))
       .add("LDCapacityInSectors", Value::uint64(size))
       .add("ChunkSize", Value::uint64(chunk))
-      .add("KnobSetting", Value::uint32(knobOf(m_knob.empty() ? "normal" : m_knob)));
-  printCreated(call("CreateDataCacheVolume", arguments));
+      .add("KnobSetting", knobOfNew(options));
+  printCreated(tool, callService(tool, "CreateDataCacheVolume", arguments), options);
 }
 
-void VolumeCommands::modify() {
-  if (m_name.empty() && m_knob.empty() && m_description.empty()) {
+void modifyVolume(Tool& tool, const VolumeOptions& options) {
+  if (options.name.empty() && options.knob.empty() && options.description.empty()) {
     throw UsageError("say what to change: --name, --description or --knob; an empty text changes nothing");
   }
-  // The library leaves as it is what is empty or 0.
-  const std::uint32_t knob = knobOf(m_knob);
-  const std::uint32_t number = inventory().resolve(VOLUME, m_volume);
-  Arguments arguments;
-  arguments.add("VirtualVolumeId", Value::uint32(number))
-      .add("VolumeName", Value::string(m_name))
-      .add("Description", Value::string(m_description))
+  const std::uint32_t number = tool.inventory().resolve(Volume::KIND, options.volume);
+  const std::uint32_t knob = knobOf(options.knob);
+  Arguments changes;  // the library leaves as it is what is empty or 0
+  changes.add("VolumeName", Value::string(options.name))
+      .add("Description", Value::string(options.description))
       .add("KnobSetting", Value::uint32(knob));
-  Instance answer = call("ModifyVirtualVolume", arguments);
-  const Instance* volume = inventory().byNumber(VOLUME, number);
-  confirm(
-      volume != nullptr && (m_name.empty() || textOf(*volume, "VolumeName") == m_name) &&
-          (m_description.empty() || textOf(*volume, "Description") == m_description) &&
-          (knob == 0 || numberOf(*volume, "KnobSetting") == knob),
-      "the volume is as it was");
-  answer.properties.push_back({"VirtualVolumeId", Value::uint32(number)});
-  tool().print(formatter().record(answer));
+  const ServiceAnswer answer = callService(tool, "ModifyVirtualVolume", Volume::KIND, number, changes);
+  const std::optional<Volume> volume = tool.inventory().find<Volume>(number);
+  printChange(
+      tool, answer,
+      volume && (options.name.empty() || volume->name == options.name) &&
+          (options.description.empty() || volume->description == options.description) &&
+          (knob == 0 || volume->knob == knob),
+      "the volume is unchanged");
 }
 
-Instance VolumeCommands::callOnVolume(const std::string& method) {
-  const std::uint32_t number = inventory().resolve(VOLUME, m_volume);
-  Arguments arguments;
-  arguments.add("VirtualVolumeId", Value::uint32(number));
-  Instance answer = call(method, arguments);
-  answer.properties.push_back({"VirtualVolumeId", Value::uint32(number)});
-  return answer;
+void deleteVolume(Tool& tool, const std::string& object) {
+  const std::uint32_t number = tool.inventory().resolve(Volume::KIND, object);
+  const ServiceAnswer answer = callService(tool, "DeleteVirtualVolume", Volume::KIND, number);
+  printChange(
+      tool, answer, !tool.inventory().exists(Volume::KIND, number),
+      "volume " + std::to_string(number) + " still exists");
 }
 
-void VolumeCommands::remove() {
-  const Instance answer = callOnVolume("DeleteVirtualVolume");
-  const std::uint64_t number = numberOf(answer, "VirtualVolumeId");
-  confirm(
-      inventory().byNumber(VOLUME, number) == nullptr,
-      "volume " + std::to_string(number) + " is still there");
-  tool().print(formatter().record(answer));
+/** Calls a method that takes a volume alone, and prints its answer. */
+void callOnVolume(Tool& tool, const char* method, const std::string& object) {
+  const std::uint32_t number = tool.inventory().resolve(Volume::KIND, object);
+  tool.print(tool.formatter().record(callService(tool, method, Volume::KIND, number).record));
 }
 
-void VolumeCommands::flush() {
-  tool().print(formatter().record(callOnVolume("FlushVirtualVolume")));
-}
-
-void VolumeCommands::statistics() {
-  tool().print(formatter().record(callOnVolume("GetVirtualVolumeStats")));
-}
-
-void VolumeCommands::resetStatistics() {
-  tool().print(formatter().record(callOnVolume("ResetVirtualVolumeStats")));
-}
-
-void VolumeCommands::members() {
+void listMembers(Tool& tool, const std::string& object) {
   printMembers(
-      VOLUME, m_volume,
+      tool, Volume::KIND, object,
       {plainColumn("POOL", "VirtualPoolId", true), plainColumn("NAME", "VolumeName"),
        plainColumn("MAX CHUNKS", "MaxAllowedChunks", true)});
+}
+
+void addTexts(CLI::App& verb, VolumeOptions& options) {
+  verb.add_option("--description", options.description, helpOnDescription())->type_name("WORDS");
+  verb.add_option("--knob", options.knob, "How eagerly chunks move: aggressive, normal or passive")
+      ->check(CLI::IsMember(KNOBS));
+}
+
+void addCreation(CLI::App& family, Tool& tool) {
+  auto options = std::make_shared<VolumeOptions>();
+  CLI::App& verb = addVerb(
+      family, tool, "create", "Create a volume on one or two pools",
+      "Example: tvpcim volume create data --pool slow:100GiB --pool fast:10GiB",
+      [&tool, options] { createVolume(tool, *options); });
+  verb.add_option("NAME", options->name, helpOnName("volume"))->required();
+  verb.add_option("--pool", options->pools, "A pool and what to take from it; once or twice")
+      ->type_name("NAME_OR_ID:SIZE")
+      ->required()
+      ->allow_extra_args(false);
+  verb.add_option(
+          "--type", options->type, "tiered (the capacities add up) or cached (the SSD pool is the cache)")
+      ->capture_default_str()
+      ->check(CLI::IsMember({"tiered", "cached"}));
+  addTexts(verb, *options);
+}
+
+void addCaching(CLI::App& family, Tool& tool) {
+  auto options = std::make_shared<VolumeOptions>();
+  CLI::App& verb = addVerb(
+      family, tool, "cache", "Create a cached volume on one hard disk, with an SSD pool as its cache",
+      "Example: tvpcim volume cache data --drive 3 --size 100GiB --ssd-pool fast --ssd-size 10GiB",
+      [&tool, options] { cacheDrive(tool, *options); });
+  verb.add_option("NAME", options->name, helpOnName("volume"))->required();
+  const auto required = [&verb](const char* name, std::string& value, const char* type, const char* text) {
+    verb.add_option(name, value, text)->type_name(type)->required();
+  };
+  required("--drive", options->drive, "DRIVE", "Number or device name of the hard disk");
+  required("--size", options->size, "SIZE", "What to take from the hard disk");
+  required("--ssd-pool", options->ssdPool, "POOL", "Name or identifier of the SSD pool");
+  required("--ssd-size", options->ssdSize, "SIZE", "What to take from the SSD pool");
+  verb.add_option("--chunk", options->chunk, "Size of a chunk")->type_name("SIZE")->capture_default_str();
+  addTexts(verb, *options);
+}
+
+void addModification(CLI::App& family, Tool& tool) {
+  auto options = std::make_shared<VolumeOptions>();
+  CLI::App& verb = addVerb(
+      family, tool, "modify", "Change the name, description or knob of a volume", "",
+      [&tool, options] { modifyVolume(tool, *options); });
+  verb.add_option("VOLUME", options->volume, "Name or identifier of the volume")->required();
+  verb.add_option("--name", options->name, "New name")->type_name("WORDS");
+  addTexts(verb, *options);
+}
+
+}  // namespace
+
+void addVolumeCommands(CLI::App& app, Tool& tool) {
+  addVerb(app, tool, "volumes", "List the volumes", "", [&tool] { listVolumes(tool); });
+  CLI::App& family =
+      addFamily(app, "volume", "Create, modify, delete, flush or measure a volume, or list its members");
+  addCreation(family, tool);
+  addCaching(family, tool);
+  addModification(family, tool);
+  addObjectVerb(
+      family, tool, Volume::KIND, "delete",
+      "Delete a volume; one made with 'volume cache' frees its drive too", deleteVolume);
+  const auto addCall = [&](const char* name, const char* summary, const char* method) {
+    addObjectVerb(family, tool, Volume::KIND, name, summary, [method](Tool& own, const std::string& object) {
+      callOnVolume(own, method, object);
+    });
+  };
+  addCall("flush", "Write the cache of a cached volume back", "FlushVirtualVolume");
+  addCall("stats", "Show the statistics of a volume", "GetVirtualVolumeStats");
+  addCall("reset-stats", "Set the statistics of a volume to 0", "ResetVirtualVolumeStats");
+  addObjectVerb(
+      family, tool, Volume::KIND, "members", "List the extents of a volume on its pools", listMembers);
 }
 
 }  // namespace tvp::host::tvpcim

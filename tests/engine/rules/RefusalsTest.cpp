@@ -15,7 +15,7 @@ using namespace tvp::test;
 namespace {
 
 constexpr std::uint64_t LARGE = ~std::uint64_t{0};
-const std::string LONGEST_NAME(31, 'n');
+const std::string LONGEST_NAME(TVK_LONGEST_NAME, 'n');
 
 class RefusalsTest : public EngineTest {
 protected:
@@ -340,16 +340,18 @@ TEST_F(RefusalsTest, ADetailIsOneLineOfWholeCharacters) {
   EXPECT_EQ(first, TVK_BUSY) << "who knows the status alone finds it first";
 }
 
-TEST(StatusTexts, EveryCodeHasATextOfItsOwn) {
-  std::set<std::string> texts;
-  int known = 0;
-  for (std::uint32_t status = 0; status <= 60; ++status) {
-    const std::string text = Ret(status).getText();
-    known += text == Ret(61).getText() ? 0 : 1;
-    texts.insert(text);
-  }
-  EXPECT_EQ(known, 32);
-  EXPECT_EQ(texts.size(), 33U);  // and the one for unknown codes
+TEST(StatusList, EveryStatusHasANumberANameAndATextOfItsOwn) {
+  std::vector<std::uint32_t> numbers;
+  std::set<std::string> names;
+  std::set<std::string> texts = {Ret(UINT32_MAX).getText()};  // the one for unknown codes
+#define TVK_STATUS(name, number, clientName, text)                                                           \
+  numbers.push_back(name);                                                                                   \
+  names.insert(clientName);                                                                                  \
+  texts.insert(Ret(name).getText());
+#include "voltvk/Status.def"
+  EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end(), std::less_equal<>()));
+  EXPECT_EQ(names.size(), numbers.size());
+  EXPECT_EQ(texts.size(), numbers.size() + 1);
 }
 
 }  // namespace

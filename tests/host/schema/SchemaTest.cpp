@@ -143,7 +143,7 @@ TEST(MofReader, SurvivesDamagedTexts) {
 
 /** What object managers choke on must not get into the product's schema. */
 TEST(ProductSchema, CompilesAnywhere) {
-  const auto schema = MofReader::readFile(TVP_SOURCE_DIR "/schema/TVP.mof");
+  const auto schema = MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
   EXPECT_EQ(schema->classes().size(), 11U);
   for (const SchemaClass* known : schema->classes()) {
     bool identified = known->isIndication();

@@ -80,18 +80,18 @@ TEST_F(ArgumentText, IsRefusedWithWhatWasExpected) {
     std::vector<std::string> texts;
     const char* expected;
   } cases[] = {
-      {{"Small=256"}, "Small is of type uint8: '256' is no whole number from 0 to 255"},
-      {{"Small=-1"}, "'-1' is no whole number from 0 to 255"},
-      {{"Small="}, "'' is no whole number"},
-      {{"Small=0x"}, "'0x' is no whole number"},
-      {{"Small=1 "}, "'1 ' is no whole number"},
+      {{"Small=256"}, "Small is of type uint8: '256' is not a whole number from 0 to 255"},
+      {{"Small=-1"}, "'-1' is not a whole number from 0 to 255"},
+      {{"Small="}, "'' is not a whole number"},
+      {{"Small=0x"}, "'0x' is not a whole number"},
+      {{"Small=1 "}, "'1 ' is not a whole number"},
       {{"Signed=-129"}, "from -128 to 127"},
       {{"Large=18446744073709551616"}, "from 0 to 18446744073709551615"},
-      {{"Real=nan"}, "is no number"},
+      {{"Real=nan"}, "is not a number"},
       {{"Flag=yes"}, "give true or false"},
       {{"Time=yesterday"}, "date-time such as"},
-      {{"Numbers=1,,2"}, "'' is no whole number"},
-      {{"Numbers=[1,[2]]"}, "array of plain values"},
+      {{"Numbers=1,,2"}, "'' is not a whole number"},
+      {{"Numbers=[1,[2]]"}, "is not an array of plain values"},
       {{"Texts=[\"a\""}, "write it 1,2,3 or as JSON"},
       {{"Smal=1"},
        "CIM_ERR_NO_SUCH_PROPERTY: the class TVP_Thing has no property 'Smal'; did you mean 'Small'?"},
@@ -120,7 +120,7 @@ TEST_F(ArgumentText, KnowsWhichArgumentsGoIn) {
     parseArguments(method, {"Result=1"});
     ADD_FAILURE() << "an output argument was taken";
   } catch (const UsageError& error) {
-    EXPECT_THAT(error.what(), testing::HasSubstr("has no input argument 'Result'; there are: Id, Names"));
+    EXPECT_THAT(error.what(), testing::HasSubstr("has no input argument 'Result'; it has: Id, Names"));
   }
 }
 

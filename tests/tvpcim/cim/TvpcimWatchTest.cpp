@@ -4,6 +4,8 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <ctime>
+#include <sstream>
 
 namespace tvp::test {
 namespace {
@@ -18,20 +20,31 @@ protected:
     answer({"pool", "create", "gold", "--drives", drive, "--size", "1GiB"});
     answer({"pool", "delete", "gold"});
   }
+
+  static std::vector<Json> eventsOf(const CommandResult& result) {
+    std::istringstream lines(result.out);
+    std::vector<Json> events;
+    for (std::string line; std::getline(lines, line);) {
+      events.push_back(Json::parse(line));
+    }
+    return events;
+  }
 };
 
-TEST_F(TvpcimWatch, PrintsEachIndicationOnALineAndEndsAfterTheLast) {
+TEST_F(TvpcimWatch, PrintsEachIndicationOnALineAndNoMoreThanWereAskedFor) {
   const std::string drive = addDrive("ssd", "10GiB");
-  RunningCommand watch = command("tvpcim", {"watch", "--count", "2", "-o", "json"}).start();
-  ASSERT_TRUE(watch.waitFor("watching TVP_CIMIndication")) << watch.soFar().err;
-  causeEvents(drive);
-  const CommandResult result = watch.finish();
-  EXPECT_EQ(result.exitStatus, 0) << result.err;
-  std::istringstream lines(result.out);
-  std::vector<Json> events;
-  for (std::string line; std::getline(lines, line);) {
-    events.push_back(Json::parse(line));
+  RunningCommand both = command("tvpcim", {"watch", "--count", "2", "-o", "json"}).start();
+  // Where summer time applies all year, two hours ahead.
+  RunningCommand single =
+      command("tvpcim", {"watch", "--count", "1", "-o", "json"}).with("TZ", "AAA-1BBB,0/0,365/25").start();
+  for (RunningCommand* watch : {&both, &single}) {
+    ASSERT_TRUE(watch->waitFor("watching TVP_CIMIndication")) << watch->soFar().err;
   }
+  const std::time_t before = std::time(nullptr);
+  causeEvents(drive);
+  const CommandResult result = both.finish();
+  EXPECT_EQ(result.exitStatus, 0) << result.err;
+  const std::vector<Json> events = eventsOf(result);
   ASSERT_EQ(events.size(), 2U) << result.out;
   EXPECT_EQ(events[0].at("eventCode"), 201);
   EXPECT_EQ(events[1].at("eventCode"), 205);
@@ -39,6 +52,20 @@ TEST_F(TvpcimWatch, PrintsEachIndicationOnALineAndEndsAfterTheLast) {
   EXPECT_THAT(
       events[0].at("eventTime").get<std::string>(),
       MatchesRegex("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}[+-][0-9]{2}:[0-9]{2}"));
+
+  const CommandResult summer = single.finish();
+  EXPECT_EQ(summer.exitStatus, 0) << summer.err;
+  const std::vector<Json> first = eventsOf(summer);
+  ASSERT_EQ(first.size(), 1U) << "the provider fetches both events with one look: " << summer.out;
+  EXPECT_EQ(first[0].at("eventCode"), 201);
+  const std::string time = first[0].at("eventTime");
+  std::tm parts{};
+  const char* offset = ::strptime(time.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+  ASSERT_NE(offset, nullptr) << time;
+  EXPECT_STREQ(offset, "+02:00");
+  const std::time_t shown = ::timegm(&parts) - 2 * 60 * 60;
+  EXPECT_GE(shown, before) << time;
+  EXPECT_LE(shown, std::time(nullptr)) << time;
 }
 
 TEST_F(TvpcimWatch, EndsCleanlyOnASignalAndKeepsWhatItPrinted) {

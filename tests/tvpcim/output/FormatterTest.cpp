@@ -3,6 +3,7 @@
 
 #include "host/tvpcim/output/Text.h"
 #include "support/Lines.h"
+#include "terminal/Width.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -14,16 +15,15 @@ namespace tvp::host::tvpcim {
 namespace {
 
 using nlohmann::ordered_json;
+using terminal::displayWidth;
+using terminal::Terminal;
 using test::linesOf;
 using testing::HasSubstr;
 using testing::Not;
 
-std::unique_ptr<const Formatter>
-formatter(Form form, std::size_t columns = Terminal::UNLIMITED, bool colour = false, bool wide = false) {
-  Options options;
-  options.form = form;
-  options.wide = wide;
-  return Formatter::make(options, {columns, colour});
+std::unique_ptr<const Formatter> formatter(
+    const char* format, std::size_t columns = Terminal::UNLIMITED, bool colour = false, bool wide = false) {
+  return makeFormatter(format, {{columns, colour}, wide});
 }
 
 Instance instanceOf(const std::string& className, std::vector<NamedValue> properties) {
@@ -54,7 +54,7 @@ Instance everyKind() {
 }
 
 TEST(JsonFormatter, KeepsEveryValueAndAlwaysParses) {
-  const auto json = formatter(Form::Json);
+  const auto json = formatter("json");
   const ordered_json thing = ordered_json::parse(json->listing(listingOf({everyKind()}))).at(0);
   EXPECT_EQ(thing.at("Largest").get<std::uint64_t>(), 18446744073709551615U);
   EXPECT_EQ(thing.at("Smallest").get<std::int64_t>(), INT64_MIN);
@@ -82,16 +82,16 @@ TEST(JsonFormatter, ParsesWhateverBytesTheTextsHold) {
       byte = static_cast<char>(random());
     }
     const Instance instance = instanceOf("TVP_Thing", {{"Text", Value::string(text)}});
-    const ordered_json parsed = ordered_json::parse(formatter(Form::Json)->record(instance));
+    const ordered_json parsed = ordered_json::parse(formatter("json")->record(instance));
     EXPECT_EQ(parsed.at("Text"), toUtf8(text));
-    for (const char byte : formatter(Form::Table)->record(instance)) {
+    for (const char byte : formatter("table")->record(instance)) {
       EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20) << "a control byte came through";
     }
   }
 }
 
 TEST(MofFormatter, WritesInstancesThatAMofCompilerReads) {
-  const std::string mof = formatter(Form::Mof)->record(everyKind());
+  const std::string mof = formatter("mof")->record(everyKind());
   EXPECT_EQ(
       mof, "instance of TVP_Thing {\n"
            "  Largest = 18446744073709551615;\n"
@@ -112,15 +112,14 @@ TEST(Formatters, ListPathsWhole) {
   path.className = "TVP_Thing";
   path.keys = {{"Name", Value::string(std::string(200, 'n'))}, {"Number", Value::uint32(7)}};
   const std::string text = "root/kvs/tvp/smi_15:TVP_Thing.Name=\"" + std::string(200, 'n') + "\",Number=7";
-  EXPECT_EQ(formatter(Form::Table, 40)->paths("names", {path}), text + "\n")
-      << "a path is there to be copied";
-  EXPECT_EQ(formatter(Form::Table)->paths("names", {}), "No names.\n");
-  EXPECT_EQ(ordered_json::parse(formatter(Form::Json)->paths("names", {path})), ordered_json::array({text}));
-  EXPECT_EQ(formatter(Form::Mof)->paths("names", {path}), "// " + text + "\n");
+  EXPECT_EQ(formatter("table", 40)->paths("names", {path}), text + "\n") << "a path is there to be copied";
+  EXPECT_EQ(formatter("table")->paths("names", {}), "No names.\n");
+  EXPECT_EQ(ordered_json::parse(formatter("json")->paths("names", {path})), ordered_json::array({text}));
+  EXPECT_EQ(formatter("mof")->paths("names", {path}), "// " + text + "\n");
   const Instance holder = instanceOf("TVP_Holder", {{"Holds", Value::reference(path)}});
-  EXPECT_EQ(ordered_json::parse(formatter(Form::Json)->record(holder)).at("Holds"), text);
-  EXPECT_THAT(formatter(Form::Table)->record(holder), HasSubstr(text));
-  EXPECT_THAT(formatter(Form::Mof)->record(holder), HasSubstr("Holds = \"root/kvs"));
+  EXPECT_EQ(ordered_json::parse(formatter("json")->record(holder)).at("Holds"), text);
+  EXPECT_THAT(formatter("table")->record(holder), HasSubstr(text));
+  EXPECT_THAT(formatter("mof")->record(holder), HasSubstr("Holds = \"root/kvs"));
 }
 
 TEST(TableFormatter, NeverWrapsARow) {
@@ -133,7 +132,7 @@ TEST(TableFormatter, NeverWrapsARow) {
   }
   const Listing listing = listingOf(drives);
   for (std::size_t columns = 1; columns < 100; ++columns) {
-    const auto table = formatter(Form::Table, columns);
+    const auto table = formatter("table", columns);
     for (const std::string& text :
          {table->listing(listing), table->record(drives[1]), table->event(drives[2])}) {
       for (const std::string& line : linesOf(text)) {
@@ -142,10 +141,10 @@ TEST(TableFormatter, NeverWrapsARow) {
     }
     EXPECT_EQ(linesOf(table->listing(listing)).size(), 4U);
   }
-  for (const auto& uncut : {formatter(Form::Table), formatter(Form::Table, 10, false, true)}) {
+  for (const auto& uncut : {formatter("table"), formatter("table", 10, false, true)}) {
     EXPECT_THAT(uncut->listing(listing), HasSubstr("goes on       3  Model\\x09with\\x1B[2J controls\n"));
   }
-  EXPECT_THAT(formatter(Form::Table, 10)->listing(listing), Not(HasSubstr("Model")));
+  EXPECT_THAT(formatter("table", 10)->listing(listing), Not(HasSubstr("Model")));
 }
 
 TEST(TableFormatter, AlignsNumbersAndUsesColourOnATerminalOnly) {
@@ -155,12 +154,12 @@ TEST(TableFormatter, AlignsNumbersAndUsesColourOnATerminalOnly) {
        instanceOf("T", {{"Size", Value::uint64(3)}, {"Used", Value::null(CMPI_boolean)}})},
       {sizeColumn("SIZE", "Size"), flagColumn("USED", "Used"),
        onlyWide(plainColumn("SECTORS", "Size", true))}};
-  EXPECT_EQ(formatter(Form::Table)->listing(listing), "   SIZE  USED\n100 MiB  yes\n1.5 KiB  no\n");
-  EXPECT_THAT(formatter(Form::Table, 80, true)->listing(listing), HasSubstr("\033[1m   SIZE  USED\033[0m\n"));
+  EXPECT_EQ(formatter("table")->listing(listing), "   SIZE  USED\n100 MiB  yes\n1.5 KiB  no\n");
+  EXPECT_THAT(formatter("table", 80, true)->listing(listing), HasSubstr("\033[1m   SIZE  USED\033[0m\n"));
   EXPECT_THAT(
-      formatter(Form::Table, 80, false, true)->listing(listing),
+      formatter("table", 80, false, true)->listing(listing),
       HasSubstr("   SIZE  USED  SECTORS\n100 MiB  yes    204800\n"));
-  EXPECT_EQ(formatter(Form::Table)->listing(listingOf({})), "No things.\n");
+  EXPECT_EQ(formatter("table")->listing(listingOf({})), "No things.\n");
 }
 
 Instance node(const std::string& name, std::uint64_t size, std::uint64_t used, Value::List children) {
@@ -180,16 +179,16 @@ TEST(Formatters, ShowATree) {
       {Value::instance(node("left", 4, 0, {Value::instance(node("leaf", 4, 4, {}))})),
        Value::instance(node("right", 0, 0, {}))});
   EXPECT_EQ(
-      formatter(Form::Table)->tree({root}), "pool 7 top  1 MiB, 50% used\n"
-                                            "├─ pool 7 left  2 KiB, 0% used\n"
-                                            "│  └─ pool 7 leaf  2 KiB, 100% used\n"
-                                            "└─ pool 7 right  0 B\n");
-  const ordered_json parsed = ordered_json::parse(formatter(Form::Json)->tree({root}));
+      formatter("table")->tree({root}), "pool 7 top  1 MiB, 50% used\n"
+                                        "├─ pool 7 left  2 KiB, 0% used\n"
+                                        "│ └─ pool 7 leaf  2 KiB, 100% used\n"
+                                        "└─ pool 7 right  0 B\n");
+  const ordered_json parsed = ordered_json::parse(formatter("json")->tree({root}));
   EXPECT_EQ(parsed.at(0).at("Children").at(0).at("Children").at(0).at("Name"), "leaf");
   EXPECT_THAT(
-      formatter(Form::Mof)->tree({root}), HasSubstr("  Name = \"right\";\n  Detail = NULL;\n"
-                                                    "  SizeInSectors = 0;\n  UsedInSectors = 0;\n"
-                                                    "  Level = 1;\n"));
+      formatter("mof")->tree({root}), HasSubstr("  Name = \"right\";\n  Detail = NULL;\n"
+                                                "  SizeInSectors = 0;\n  UsedInSectors = 0;\n"
+                                                "  Level = 1;\n"));
 }
 
 }  // namespace

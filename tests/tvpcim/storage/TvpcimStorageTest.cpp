@@ -79,12 +79,25 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
   const Json member = answer({"pool", "members", "fast"}).at(0);
   EXPECT_EQ(member.at("DeviceNumber").dump(), m_ssd);
   EXPECT_EQ(answer({"volume", "members", "records"}).size(), 2U);
+  const Json whole = answer({"tree"});
+  const Json& root = whole.at(0);
+  EXPECT_EQ(whole.size(), 1U);
+  EXPECT_EQ(root.at("SizeInSectors"), 11 * GIB);
+  EXPECT_TRUE(root.at("UsedInSectors").is_null());
+  const Json& below = root.at("Children").at(0);
+  EXPECT_EQ(below.at("Name"), "slow");
+  EXPECT_EQ(below.at("SizeInSectors"), 50 * GIB);
+  EXPECT_EQ(below.at("UsedInSectors"), 10 * GIB);
+  EXPECT_EQ(below.at("Children").at(0).at("SizeInSectors"), 100 * GIB);
+  EXPECT_EQ(below.at("Children").at(0).at("UsedInSectors"), 50 * GIB);
   const CommandResult tree = tvpcim({"tree"});
   EXPECT_THAT(
       tree.out,
-      HasSubstr("records (Tiered)  11 GiB\n├─ pool 1 slow (Hard Disk)  50 GiB, 20% used\n│  └─ drive "));
+      HasSubstr("records (Tiered)  11 GiB\n├─ pool 1 slow (Hard Disk)  50 GiB, 20% used\n│ └─ drive "));
 
-  EXPECT_THAT(hintOf({"pool", "delete", "slow"}), HasSubstr("pool 1 (slow) is used by volume 1 (records); delete what uses it first"));
+  EXPECT_THAT(
+      hintOf({"pool", "delete", "slow"}),
+      HasSubstr("pool 1 (slow) is used by volume 1 (records); delete what uses it first"));
   answer({"volume", "delete", "records"});
   answer({"pool", "delete", "slow"});
   answer({"pool", "delete", "fast"});
@@ -103,7 +116,7 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
   EXPECT_EQ(volume.at("CapacityInSectors"), 40 * GIB);
   EXPECT_EQ(volume.at("KnobSetting"), 3);
   EXPECT_EQ(answer({"pools"}).size(), 1U) << "the internal pool is not listed";
-  EXPECT_THAT(tvpcim({"tree"}).out, HasSubstr("(internal)  40 GiB, 100% used\n   └─ drive " + m_hardDisk));
+  EXPECT_THAT(tvpcim({"tree"}).out, HasSubstr("(internal)  40 GiB, 100% used\n  └─ drive " + m_hardDisk));
 
   voltvkctl({"io", "quick", "--writes", "20", "--hot", "100"});
   EXPECT_EQ(answer({"volume", "flush", "quick"}).at("RetStat"), 0);
@@ -150,17 +163,23 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {pool("bad\xff", other, "1GiB"), "the name 'bad\\xFF' is not UTF-8"},
       {pool("a\tb", other, "1GiB"), "the name 'a\\x09b' has control characters in it"},
       {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; supported are 4 KiB, 64 KiB,"},
-      {pool("new", other, "11GiB"), "drive 2 (/dev/tvk2) holds 10 GiB in whole chunks of 1 MiB, less than the 11 GiB asked for"},
+      {pool("new", other, "11GiB"),
+       "drive 2 (/dev/tvk2) holds 10 GiB in whole chunks of 1 MiB, less than the 11 GiB asked for"},
       {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
        "is a hard disk, which the tier level 3 (SSDs) does not fit; use the tier level 1 (hard disks)"},
-      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds: drive 2 (/dev/tvk2) is a hard disk, drive 3 (/dev/tvk3) is an SSD; "},
+      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds: drive 2 (/dev/tvk2) "
+                                                    "is a hard disk, drive 3 (/dev/tvk3) is an SSD; "},
       {pool("new", other, "512"), "512 B asked for; a pool has at least 1 MiB"},
       {{"pool", "modify", "fast", "--name", "slow"}, "the name 'slow' is used by pool 2"},
-      {{"pool", "modify", "fast", "--tier", "hdd"}, "drive 1 (/dev/tvk1) is an SSD, which the tier level 1 (hard disks) does not fit"},
-      {{"pool", "modify", "fast", "--description", std::string(64, 'd')}, "the description has 64 bytes; a description has at most 63 bytes"},
+      {{"pool", "modify", "fast", "--tier", "hdd"},
+       "drive 1 (/dev/tvk1) is an SSD, which the tier level 1 (hard disks) does not fit"},
+      {{"pool", "modify", "fast", "--description", std::string(64, 'd')},
+       "the description has 64 bytes; a description has at most 63 bytes"},
       {{"pool", "delete", "99"}, "no pool has the number 99"},
-      {{"volume", "create", "data", "--pool", "slow:1GiB"}, "the name 'data' is used by volume 1; choose another"},
-      {{"volume", "create", "v", "--pool", "slow:60GiB"}, "pool 2 (slow) has 49 GiB free, less than the 60 GiB asked for"},
+      {{"volume", "create", "data", "--pool", "slow:1GiB"},
+       "the name 'data' is used by volume 1; choose another"},
+      {{"volume", "create", "v", "--pool", "slow:60GiB"},
+       "pool 2 (slow) has 49 GiB free, less than the 60 GiB asked for"},
       {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slow:1G"}, "is named twice"},
       {{"volume", "create", "v", "--pool", "slow:1G", "--type", "cached"}, "a cached volume needs"},
       {{"volume", "cache", "c", "--drive", other, "--size", "1G", "--ssd-pool", "slow", "--ssd-size", "1G"},
@@ -172,8 +191,10 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
        "drive 2 (/dev/tvk2) holds 10 GiB in whole chunks of 1 MiB, less than the 60 GiB asked for"},
       {{"volume", "create", "v", "--pool", "99:1G"}, "no pool has the number 99"},
       {{"volume", "create", "v", "--pool", "fine:17T"}, "a volume with chunks of 4 KiB has at most 16 TiB; "},
-      {{"volume", "create", "v", "--pool", "slow:512"}, "512 B asked of pool 2 (slow); a volume takes at least 1 MiB from a pool"},
-      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"}, "pool 2 (slow) and pool 1 (slower) are both pools of hard disks; "},
+      {{"volume", "create", "v", "--pool", "slow:512"},
+       "512 B asked of pool 2 (slow); a volume takes at least 1 MiB from a pool"},
+      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"},
+       "pool 2 (slow) and pool 1 (slower) are both pools of hard disks; "},
       {{"volume", "modify", "77", "--name", "x"}, "no volume has the number 77"},
       {{"volume", "flush", "data"}, "volume 1 (data) is tiered: it has no cache that could be flushed"},
       {{"volume", "delete", "77"}, "no volume has the number 77"},
@@ -195,10 +216,19 @@ TEST_F(TvpcimStorage, ANumberIsAnIdentifierBeforeItIsAName) {
   EXPECT_EQ(answer({"pool", "delete", "77"}).at("VirtualPoolId"), 3) << "no pool has that identifier";
 }
 
+TEST_F(TvpcimStorage, ADriveNumberMayBe255) {
+  EXPECT_THAT(
+      hintOf({"pool", "create", "p", "--drives", "255", "--size", "1GiB"}),
+      HasSubstr("no drive has the number 255"))
+      << "the provider was asked; 256 is refused as wrong usage";
+}
+
 TEST_F(TvpcimStorage, ARefusalByAFaultSaysSo) {
   voltvkctl({"fault", "set", "fail", "createVirtualPool"});
   const Words create = {"pool", "create", "gold", "--drives", m_ssd, "--size", "1GiB"};
-  EXPECT_THAT(hintOf(create), HasSubstr("an injected fault has refused this call: fail createVirtualPool with status 3"));
+  EXPECT_THAT(
+      hintOf(create),
+      HasSubstr("an injected fault has refused this call: fail createVirtualPool with status 3"));
   EXPECT_EQ(answer(create).at("RetStat"), 0) << "the fault was for one call";
 }
 
@@ -237,7 +267,7 @@ TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
     const CommandResult result = tvpcim({verb, "-o", "json"});
     EXPECT_EQ(result.exitStatus, 0) << verb;
     EXPECT_EQ(result.out, "[]\n") << verb;
-    EXPECT_EQ(result.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' tells why\n") << verb;
+    EXPECT_EQ(result.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' shows why\n") << verb;
   }
   EXPECT_THAT(hintOf({"pool", "delete", "1"}), HasSubstr("the driver is switched off by an injected fault"));
   voltvkctl({"fault", "clear"});
@@ -251,7 +281,7 @@ TEST_F(TvpcimStorage, SuccessWithoutEffectIsAFailure) {
   const CommandResult result = tvpcim({"pool", "create", "gone", "--drives", m_ssd, "--size", "1GiB"});
   EXPECT_EQ(result.exitStatus, 1);
   EXPECT_EQ(result.out, "");
-  EXPECT_THAT(result.err, HasSubstr("the provider reported success, but nothing came of it"));
+  EXPECT_THAT(result.err, HasSubstr("the provider reported success, but the change did not take effect"));
 }
 
 }  // namespace

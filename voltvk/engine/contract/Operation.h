@@ -13,7 +13,7 @@ class State;
 
 /** A call of the interface: what all of them have in common is done by run. */
 struct Operation {
-  const char* name;  ///< as in Faults::operations
+  const char* name;  ///< one of namespace operations
   bool onAdapter;    ///< needs the adapter
   std::function<void(State&)> work;
   /** Appends the event that reports a failure, in a transaction of its own; may be empty. */

@@ -10,11 +10,14 @@
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/rules/VolumeRules.h"
+#include "voltvk/engine/state/Faults.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/State.h"
 
 #include <algorithm>
 #include <cstring>
+
+namespace operations = voltvk::operations;
 
 using voltvk::Connection;
 using voltvk::Operation;
@@ -80,7 +83,7 @@ const char* TvkAdapter::getTypeName() const {
 Ret TvkAdapter::createVirtualPool(VirtualPoolSpec& spec) {
   std::uint32_t id = TVK_NO_ID;
   const Ret ret =
-      run(*this, {"createVirtualPool", true,
+      run(*this, {operations::createVirtualPool, true,
                   changingDrives([&](Connection& connection) { id = PoolChanges(connection).create(spec); }),
                   [&](Connection& connection) { PoolChanges(connection).tellCreationFailed(spec); }});
   if (ret.getReturn() == TVK_OK) {
@@ -90,14 +93,14 @@ Ret TvkAdapter::createVirtualPool(VirtualPoolSpec& spec) {
 }
 
 Ret TvkAdapter::modifyVirtualPool(std::uint32_t poolId, const VirtualPoolSpec& spec) {
-  return run(*this, {"modifyVirtualPool", true, changing([&](Connection& connection) {
+  return run(*this, {operations::modifyVirtualPool, true, changing([&](Connection& connection) {
                        PoolChanges(connection).modify(poolId, spec);
                      })});
 }
 
 Ret TvkAdapter::deleteVirtualPool(std::uint32_t poolId) {
   return run(
-      *this, {"deleteVirtualPool", true,
+      *this, {operations::deleteVirtualPool, true,
               changing([=](Connection& connection) { PoolChanges(connection).remove(poolId); }),
               [=](Connection& connection) { PoolChanges(connection).tellDeletionFailed(poolId); }});
 }
@@ -105,7 +108,7 @@ Ret TvkAdapter::deleteVirtualPool(std::uint32_t poolId) {
 Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
   std::uint32_t id = TVK_NO_ID;
   const Ret ret =
-      run(*this, {"createVirtualVolume", true,
+      run(*this, {operations::createVirtualVolume, true,
                   changing([&](Connection& connection) { id = VolumeChanges(connection).create(spec); }),
                   [&](Connection& connection) { VolumeChanges(connection).tellCreationFailed(spec); }});
   if (ret.getReturn() == TVK_OK) {
@@ -130,7 +133,8 @@ Ret TvkAdapter::createCachedLD(
     PoolChanges(connection).tellCreationFailed(made);
     VolumeChanges(connection).tellCreationFailed(volume);
   };
-  const Operation operation{"createCachedLD", true, changingDrives(std::ref(create)), std::ref(tellFailure)};
+  const Operation operation{
+      operations::createCachedLD, true, changingDrives(std::ref(create)), std::ref(tellFailure)};
   const Ret ret = run(*this, operation);
   if (ret.getReturn() == TVK_OK) {
     drive.poolId = made.poolId;
@@ -140,32 +144,32 @@ Ret TvkAdapter::createCachedLD(
 }
 
 Ret TvkAdapter::modifyVirtualVolume(std::uint32_t volumeId, VirtualVolumeSpec& spec) {
-  return run(*this, {"modifyVirtualVolume", true, changing([&](Connection& connection) {
+  return run(*this, {operations::modifyVirtualVolume, true, changing([&](Connection& connection) {
                        VolumeChanges(connection).modify(volumeId, spec);
                      })});
 }
 
 Ret TvkAdapter::deleteVirtualVolume(std::uint32_t volumeId) {
   return run(
-      *this, {"deleteVirtualVolume", true,
+      *this, {operations::deleteVirtualVolume, true,
               changing([=](Connection& connection) { VolumeChanges(connection).remove(volumeId); }),
               [=](Connection& connection) { VolumeChanges(connection).tellDeletionFailed(volumeId); }});
 }
 
 Ret TvkAdapter::flushVirtualVolume(std::uint32_t volumeId) {
-  return run(*this, {"flushVirtualVolume", true, changing([=](Connection& connection) {
+  return run(*this, {operations::flushVirtualVolume, true, changing([=](Connection& connection) {
                        VolumeChanges(connection).flush(volumeId);
                      })});
 }
 
 Ret TvkAdapter::resetVirtualVolumeStats(std::uint32_t volumeId) {
-  return run(*this, {"resetVirtualVolumeStats", true, changing([=](Connection& connection) {
+  return run(*this, {operations::resetVirtualVolumeStats, true, changing([=](Connection& connection) {
                        VolumeChanges(connection).resetStatistics(volumeId);
                      })});
 }
 
 Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId) {
-  return run(*this, {"getVirtualVolumeStats", true, [=](State& state) {
+  return run(*this, {operations::getVirtualVolumeStats, true, [=](State& state) {
                        voltvk::require(
                            stats != nullptr, TVK_INVALID_ARGUMENT,
                            "the record that the statistics go to is missing: the pointer is null");
@@ -178,11 +182,11 @@ Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t vo
 }
 
 Ret TvkAdapter::getEvents(VolEventCollection& events) {
-  return run(*this, {"getEvents", true, [&](State& state) { state.takeEvents(events); }});
+  return run(*this, {operations::getEvents, true, [&](State& state) { state.takeEvents(events); }});
 }
 
 Ret TvkAdapter::getIdentity(TvkAdapterIdentity& identity) {
-  return run(*this, {"getIdentity", true, [&](State& state) {
+  return run(*this, {operations::getIdentity, true, [&](State& state) {
                        TvkAdapterIdentity filled = voltvk::identityOfProduct();
                        countObjects(*state.snapshot(), filled);
                        identity = filled;

@@ -35,7 +35,7 @@ TvkLib::~TvkLib() = default;
 
 Ret TvkLib::refreshConfiguration() {
   const voltvk::Operation refresh{
-      "refreshConfiguration", false, [](voltvk::State& state) { state.snapshot(); }};
+      voltvk::operations::refreshConfiguration, false, [](voltvk::State& state) { state.snapshot(); }};
   return refresh.run(*m_state->shared);
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/drives/DriveRegistry.h"
 
+#include "voltvk/Limits.h"
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/engine/activity/EventJournal.h"
 #include "voltvk/engine/rules/Refusal.h"
@@ -9,6 +10,7 @@
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <tuple>
@@ -100,21 +102,17 @@ void DriveRegistry::update(const DriveRecord& known, const DriveRecord& found) {
 
 int DriveRegistry::freeNumber() {
   const auto next = m_connection.number("SELECT value FROM setting WHERE name = 'last_drive_number'") + 1;
-  if (next <= 255) {
+  if (next <= TVK_LARGEST_DEVICE_NUMBER) {
     Statement(m_connection, "UPDATE setting SET value = ? WHERE name = 'last_drive_number'", next).run();
     return static_cast<int>(next);
   }
-  std::array<bool, 256> taken{};
+  std::array<bool, TVK_LARGEST_DEVICE_NUMBER + 1> taken{};
   Statement rows(m_connection, "SELECT number FROM drive");
   while (rows.step()) {
     taken[rows.as<std::uint8_t>(0)] = true;
   }
-  for (int number = 0; number < 256; ++number) {
-    if (!taken[static_cast<std::size_t>(number)]) {
-      return number;
-    }
-  }
-  return -1;
+  const auto* free = std::find(taken.begin(), taken.end(), false);
+  return free == taken.end() ? -1 : static_cast<int>(free - taken.begin());
 }
 
 bool DriveRegistry::insert(DriveRecord& drive) {
@@ -151,7 +149,9 @@ std::uint16_t DriveRegistry::addVirtual(const VirtualDriveSpec& spec) {
     throw Refusal(TVK_INVALID_CAPACITY, "a virtual drive has 1 MiB to 16 EiB; give another size");
   }
   if (!isPlainText(spec.model, MAX_TEXT) || !isPlainText(spec.serial, MAX_TEXT)) {
-    throw Refusal(TVK_INVALID_NAME, "a model or serial number has at most 63 bytes of printable UTF-8");
+    throw Refusal(
+        TVK_INVALID_NAME,
+        "a model or serial number has at most " + std::to_string(MAX_TEXT) + " bytes of printable UTF-8");
   }
   const auto count = m_connection.number("SELECT value FROM setting WHERE name = 'last_virtual_drive'") + 1;
   Statement(m_connection, "UPDATE setting SET value = ? WHERE name = 'last_virtual_drive'", count).run();
@@ -173,7 +173,8 @@ std::uint16_t DriveRegistry::addVirtual(const VirtualDriveSpec& spec) {
                              drive.serial + "; give another one");
   }
   if (!insert(drive)) {
-    throw Refusal(TVK_TOO_MANY_DEVICES, "there are 255 drives already; remove one first");
+    throw Refusal(
+        TVK_TOO_MANY_DEVICES, "there are " + std::to_string(CAPACITY) + " drives already; remove one first");
   }
   tellOf(drive, true);
   return drive.number;

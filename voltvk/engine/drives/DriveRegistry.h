@@ -22,7 +22,7 @@ struct VirtualDriveSpec {
 
 /**
  * The drives of the state and their numbers. A number is given once and kept, also while the drive is
- * away; only when all 256 have been given are those of drives that are gone given again.
+ * away; only when all have been given are those of drives that are gone given again.
  * Works within the caller's transaction. Throws DatabaseError, and Refusal as stated.
  */
 class DriveRegistry {

@@ -27,16 +27,16 @@ bool holdsForOneCall(FaultKind kind) {
 }
 
 void check(const Fault& fault) {
-  const std::vector<std::string>& operations = Faults::operations();
+  const std::vector<std::string>& names = Faults::operations();
   if (isAbsence(fault.kind)) {
     if (!fault.operation.empty()) {
       throw std::invalid_argument(std::string(faultKindName(fault.kind)) + " takes no operation");
     }
     return;
   }
-  if (std::find(operations.begin(), operations.end(), fault.operation) == operations.end()) {
+  if (std::find(names.begin(), names.end(), fault.operation) == names.end()) {
     std::string known;
-    for (const std::string& operation : operations) {
+    for (const std::string& operation : names) {
       known += (known.empty() ? "" : ", ") + operation;
     }
     throw std::invalid_argument("there is no operation '" + fault.operation + "'; use one of: " + known);
@@ -104,10 +104,9 @@ Faults::Faults(std::shared_ptr<State> state) : m_state(std::move(state)) {}
 const std::vector<std::string>& Faults::operations() {
   // Not destroyed at exit, as the state itself.
   static const auto& names = *new std::vector<std::string>{
-      "createCachedLD",         "createVirtualPool",  "createVirtualVolume", "deleteVirtualPool",
-      "deleteVirtualVolume",    "flushVirtualVolume", "getEvents",           "getIdentity",
-      "getVirtualVolumeStats",  "modifyVirtualPool",  "modifyVirtualVolume", "refreshConfiguration",
-      "resetVirtualVolumeStats"};
+#define TVK_OPERATION(name) operations::name,
+#include "voltvk/engine/state/Operations.def"
+  };
   return names;
 }
 
@@ -177,7 +176,8 @@ void Faults::apply(State& state, const char* operation) {
     throw InjectedFault(std::string("injected fault in ") + operation);
   }
   throw Refusal(
-      static_cast<TvkStatus>(taken->status), "an injected fault has refused this call: " + describeFault(*taken));
+      static_cast<TvkStatus>(taken->status),
+      "an injected fault has refused this call: " + describeFault(*taken));
 }
 
 }  // namespace voltvk

@@ -17,6 +17,12 @@ namespace voltvk {
 
 class State;
 
+/** The names of the operations: operations::createVirtualPool is "createVirtualPool" and so on. */
+namespace operations {
+#define TVK_OPERATION(name) inline constexpr char name[] = #name;
+#include "voltvk/engine/state/Operations.def"
+}  // namespace operations
+
 /** What can be made to go wrong. The numbers are stored in the state. */
 enum class FaultKind : std::uint8_t {
   DriverAbsent = 1,   ///< the controller count is 0 and collections answer null, until cleared

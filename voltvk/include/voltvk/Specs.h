@@ -3,14 +3,15 @@
 #define VOLTVK_INCLUDE_VOLTVK_SPECS_H
 
 #include "voltvk/Export.h"
+#include "voltvk/Limits.h"
 
 #include <cstdint>
 
 /** Sizes of the text fields, with the terminating NUL. */
-constexpr unsigned int TVK_NAME_SIZE = 32;
-constexpr unsigned int TVK_DESCRIPTION_SIZE = 64;
-/** Drives that one request can name, since they are named in 8 bits. */
-constexpr unsigned int TVK_SPEC_DEVICES = 256;
+constexpr unsigned int TVK_NAME_SIZE = TVK_LONGEST_NAME + 1;
+constexpr unsigned int TVK_DESCRIPTION_SIZE = TVK_LONGEST_DESCRIPTION + 1;
+/** Drives that one request can name: one for each number. */
+constexpr unsigned int TVK_SPEC_DEVICES = TVK_LARGEST_DEVICE_NUMBER + 1;
 /** Pools that a volume stands on. */
 constexpr unsigned int TVK_SPEC_POOLS = 2;
 /** An identifier that no pool or volume has. */

@@ -23,8 +23,8 @@ class VOLTVK_EXPORT VirtualPool : public RaidObject {
 public:
   ~VirtualPool() override;
 
-  virtual const char* getName() const = 0;          ///< 1 to 31 bytes of UTF-8
-  virtual const char* getDescription() const = 0;   ///< 0 to 63 bytes of UTF-8
+  virtual const char* getName() const = 0;          ///< 1 to TVK_LONGEST_NAME bytes of UTF-8
+  virtual const char* getDescription() const = 0;   ///< at most TVK_LONGEST_DESCRIPTION bytes of UTF-8
   virtual std::uint32_t getPoolId() const = 0;      ///< never given twice, never TVK_NO_ID
   virtual std::uint32_t getPoolStatus() const = 0;  ///< TvkHealth
   virtual std::uint8_t getNumberOfLogicalDevices() const = 0;

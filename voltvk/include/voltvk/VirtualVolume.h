@@ -27,8 +27,8 @@ class VOLTVK_EXPORT VirtualVolume : public RaidObject {
 public:
   ~VirtualVolume() override;
 
-  virtual const char* getName() const = 0;                ///< 1 to 31 bytes of UTF-8
-  virtual const char* getDescription() const = 0;         ///< 0 to 63 bytes of UTF-8
+  virtual const char* getName() const = 0;                ///< 1 to TVK_LONGEST_NAME bytes of UTF-8
+  virtual const char* getDescription() const = 0;         ///< at most TVK_LONGEST_DESCRIPTION bytes of UTF-8
   virtual std::uint32_t getVolumeId() const = 0;          ///< never given twice, never TVK_NO_ID
   virtual std::uint8_t getVirtualPoolsCount() const = 0;  ///< pools that it stands on
   virtual std::uint32_t getFeatures() const = 0;          ///< a sum: 1 cache, 2 tier

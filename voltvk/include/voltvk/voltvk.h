@@ -5,6 +5,7 @@
 
 #include "voltvk/Chunk.h"
 #include "voltvk/FilterCollection.h"
+#include "voltvk/Limits.h"
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/Ret.h"
 #include "voltvk/Specs.h"

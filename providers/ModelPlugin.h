@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef PROVIDERS_MODELPLUGIN_H
+#define PROVIDERS_MODELPLUGIN_H
+
+#include "CIM/Framework/AbstractInstanceProviderPlugin.h"
+#include "backend/tvpCIMInstanceWrapper.h"
+
+#include <string>
+#include <vector>
+
+namespace tvp::cim::fwf {
+
+/**
+ * What the classes of the model share. A class says how it enumerates; unless it says more, it names no
+ * instances, and getting one returns the path of the request without properties.
+ */
+class ModelPlugin : public AbstractInstanceProviderPlugin {
+public:
+  void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override = 0;
+  void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) override;
+  void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) override;
+  void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
+  /** Appends one empty instance: there is an answer for every path. */
+  void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) override;
+};
+
+/**
+ * A key property of the CIM type that matches T: std::string, unsigned char, unsigned int, unsigned long
+ * long, or a vector of such.
+ */
+template <typename T>
+CIMProperty keyProperty(const char* name, const T& value) {
+  return makeProperty(name, value, true);
+}
+inline CIMProperty keyProperty(const char* name, const char* text) {
+  return keyProperty(name, std::string(text));
+}
+
+}  // namespace tvp::cim::fwf
+
+#endif

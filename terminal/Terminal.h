@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef TERMINAL_TERMINAL_H
+#define TERMINAL_TERMINAL_H
+
+#include <cstddef>
+#include <limits>
+
+namespace tvp::terminal {
+
+/** What standard output can show. A plain value. */
+struct Terminal {
+  static constexpr std::size_t UNLIMITED = std::numeric_limits<std::size_t>::max();
+
+  std::size_t columns = UNLIMITED;  ///< UNLIMITED unless output is a terminal: nothing is cut in files
+  bool colour = false;              ///< a terminal, and NO_COLOR is not set
+
+  /** Standard output of this process; the columns are those of the terminal, else of COLUMNS, else 80. */
+  static Terminal ofStandardOutput();
+};
+
+}  // namespace tvp::terminal
+
+#endif
