@@ -5,23 +5,13 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-const std::vector<std::string>& elementsOf(const CIMProperty& property, const std::string&) {
-  return property.stringSlot().m_values;
-}
-const std::vector<unsigned char>& elementsOf(const CIMProperty& property, unsigned char) {
-  return property.uint8Slot().m_values;
-}
-const std::vector<unsigned int>& elementsOf(const CIMProperty& property, unsigned int) {
-  return property.uint32Slot().m_values;
-}
-
 template <typename T>
 bool appendElement(CIMProperty& property, const T& value) {
   using Array = std::vector<T>;
   if (property.getType() != PropertyKind<Array>::TYPE) {
     return false;
   }
-  Array elements = elementsOf(property, value);
+  Array elements = property.slot<T>().m_values;
   elements.push_back(value);
   CIMProperty longer = makeProperty("", elements);
   property.setPropValue(PropertyKind<Array>::TYPE, longer);

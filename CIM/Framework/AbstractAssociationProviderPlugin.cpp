@@ -28,7 +28,7 @@ std::vector<Reference> referencesOf(const CIMInstance& association) {
     if (property.getType() != PDT_REFERENCE) {
       continue;
     }
-    const std::vector<CIMObjectPath>& targets = property.objectPathSlot().m_values;
+    const ElementView<CIMObjectPath> targets = property.objectPathSlot().m_values;
     if (!targets.empty()) {
       references.push_back({property.name(), targets.front()});
     }
