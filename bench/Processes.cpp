@@ -26,23 +26,29 @@ long statusNumber(const std::string& key) {
   throw std::runtime_error("/proc/self/status has no line " + key);
 }
 
+/** Runs work on a number of threads at once and waits for all. */
+template <typename Work>
+void onThreads(unsigned int threads, Work work) {
+  std::vector<std::thread> workers;
+  for (unsigned int i = 0; i < threads; ++i) {
+    workers.emplace_back(work);
+  }
+  for (std::thread& worker : workers) {
+    worker.join();
+  }
+}
+
 /** Requests per second that a number of threads make together. */
 double rateOf(const Work& work, Subject& subject, unsigned int threads) {
   constexpr std::chrono::milliseconds DURATION(400);
   std::atomic<std::uint64_t> requests{0};
   const auto start = std::chrono::steady_clock::now();
-  std::vector<std::thread> workers;
-  for (unsigned int i = 0; i < threads; ++i) {
-    workers.emplace_back([&] {
-      while (std::chrono::steady_clock::now() - start < DURATION) {
-        work.run(subject, nullptr);
-        ++requests;
-      }
-    });
-  }
-  for (std::thread& worker : workers) {
-    worker.join();
-  }
+  onThreads(threads, [&] {
+    while (std::chrono::steady_clock::now() - start < DURATION) {
+      work.run(subject, nullptr);
+      ++requests;
+    }
+  });
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
   return static_cast<double>(requests.load()) / elapsed.count();
 }
@@ -70,13 +76,15 @@ void measureThreads(const Scenario& scenario) {
   }
 }
 
-void measurePeak(Subject::Kind kind, const Scenario& scenario) {
+void measurePeak(Subject::Kind kind, const Scenario& scenario, unsigned int threads) {
   constexpr int REQUESTS = 20;
   Subject subject(kind);
   const Work work = worksFor(scenario).front();
-  for (int i = 0; i < REQUESTS; ++i) {
-    work.run(subject, nullptr);
-  }
+  onThreads(threads, [&] {
+    for (int i = 0; i < REQUESTS; ++i) {
+      work.run(subject, nullptr);
+    }
+  });
   std::printf("%ld\n", statusNumber("VmHWM"));
 }
 

@@ -13,6 +13,9 @@
 #include <thread>
 
 #include <dlfcn.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace bench {
 
@@ -111,6 +114,7 @@ Subject::Subject(Kind kind)
   if (kind != Kind::Product) {
     void* handle = dlopen(library.c_str(), RTLD_NOW | RTLD_NOLOAD);
     m_pollOnce = reinterpret_cast<void (*)()>(dlsym(handle, "benchPollOnce"));
+    m_looks = reinterpret_cast<std::uint64_t (*)()>(dlsym(handle, "benchLooks"));
   }
 }
 
@@ -120,16 +124,23 @@ void Subject::subscribe() {
 }
 
 double Subject::pollOnce() {
-  using Clock = std::chrono::steady_clock;
-  Clock::duration duration{};
+  double seconds = 0;
   std::thread listener([&] {
-    const Clock::time_point start = Clock::now();
-    m_pollOnce();
-    duration = Clock::now() - start;
+    seconds = time(m_pollOnce);
     m_broker.cmpi()->bft->detachThread(m_broker.cmpi(), nullptr);
   });
   listener.join();
-  return std::chrono::duration<double>(duration).count();
+  return seconds;
+}
+
+double Subject::time(const std::function<void()>& call) {
+  const std::uint64_t before = m_looks == nullptr ? 0 : m_looks();
+  const auto start = std::chrono::steady_clock::now();
+  call();
+  payLogLines(m_addedLines);
+  const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - start;
+  m_looksOfLastCall = m_looks == nullptr ? 0 : m_looks() - before;
+  return duration.count();
 }
 
 Scenario Scenario::named(const std::string& name) {
@@ -182,6 +193,21 @@ void switchLog(bool on) {
   // The folders go too: to find out that nothing is there then takes as long as in /var/log.
   for (const auto& gone : {file, file.parent_path(), file.parent_path().parent_path()}) {
     std::filesystem::remove(gone);
+  }
+}
+
+void payLogLines(std::uint64_t lines) {
+  static const std::string file = logFile();
+  static const std::string line = std::string(99, '-') + '\n';
+  struct stat status {};
+  for (; lines > 0; --lines) {
+    if (stat(file.c_str(), &status) != 0) {
+      continue;
+    }
+    const int log = open(file.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    if (log < 0 || write(log, line.data(), line.size()) < 0 || close(log) != 0) {
+      throw std::runtime_error("the log could not be written: " + file);
+    }
   }
 }
 

@@ -76,29 +76,36 @@ double propertiesOf(std::size_t drives) {
   return static_cast<double>(OF_ONE_DRIVE * shares);
 }
 
-using Microseconds = std::map<std::string, std::array<double, 2>>;
+/** Microseconds of the provider, of the floor and of the baseline. */
+using Microseconds = std::array<double, 3>;
+using MicrosecondsOfRequest = std::map<std::string, Microseconds>;
 
-void printCostPerProperty(const Microseconds& absentLog) {
-  std::printf("\n| EnumInstances, log absent | properties | provider, ns each | baseline, ns each |\n"
-              "|---|---:|---:|---:|\n");
-  for (const std::size_t drives : {8U, 32U, 64U}) {
+void printCostPerProperty(const MicrosecondsOfRequest& absentLog) {
+  std::printf(
+      "\n| EnumInstances, log absent | properties | provider, ns each | floor, ns each | baseline, ns each |\n"
+      "|---|---:|---:|---:|---:|\n");
+  for (const std::size_t drives : {8U, 32U, 64U, 255U}) {
     const std::string what = std::to_string(drives) + " drives";
-    const std::array<double, 2>& times = absentLog.at("EnumInstances, " + what);
     const double properties = propertiesOf(drives);
-    std::printf(
-        "| %s | %.0f | %.0f | %.0f |\n", what.c_str(), properties, times[0] * 1000 / properties,
-        times[1] * 1000 / properties);
+    std::printf("| %s | %.0f |", what.c_str(), properties);
+    for (const double microseconds : absentLog.at("EnumInstances, " + what)) {
+      std::printf(" %.0f |", microseconds * 1000 / properties);
+    }
+    std::printf("\n");
   }
 }
 
-Microseconds printTimes(Runner& runner) {
-  Microseconds absentLog;
-  std::printf("| request | log | provider, us | baseline, us | ratio |\n|---|---|---:|---:|---:|\n");
-  const std::array<std::array<const char*, 2>, 9> measurements = {
+MicrosecondsOfRequest printTimes(Runner& runner) {
+  MicrosecondsOfRequest absentLog;
+  std::printf(
+      "| request | log | provider, us | floor, us | baseline, us | to the floor | to the baseline |\n"
+      "|---|---|---:|---:|---:|---:|---:|\n");
+  const std::array<std::array<const char*, 2>, 10> measurements = {
       {{"times", "drives-1"},
        {"times", "drives-8"},
        {"times", "drives-32"},
        {"times", "drives-64"},
+       {"times", "drives-255"},
        {"times", "pools-8"},
        {"times", "pools-32"},
        {"times", "volumes-8"},
@@ -106,12 +113,14 @@ Microseconds printTimes(Runner& runner) {
        {"events", "pools-8"}}};
   for (const auto& [measurement, scenario] : measurements) {
     for (const Row& row : runner.run(measurement, scenario)) {
+      const Microseconds times = {std::stod(row.at(2)), std::stod(row.at(3)), std::stod(row.at(4))};
+      const auto& [product, floor, baseline] = times;
       std::printf(
-          "| %s | %s | %.1f | %.1f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(), std::stod(row.at(2)),
-          std::stod(row.at(3)), std::stod(row.at(2)) / std::stod(row.at(3)));
+          "| %s | %s | %.1f | %.1f | %.1f | %.2f | %.2f |\n", row.at(0).c_str(), row.at(1).c_str(), product,
+          floor, baseline, product / floor, product / baseline);
       std::fflush(stdout);
       if (row.at(1) == "absent") {
-        absentLog[row.at(0)] = {std::stod(row.at(2)), std::stod(row.at(3))};
+        absentLog[row.at(0)] = times;
       }
     }
   }
@@ -129,7 +138,7 @@ void printFirstAnswer(Runner& runner) {
   const double productMedian = median(product);
   const double baselineMedian = median(baseline);
   std::printf(
-      "| load to first answer, 8 drives | absent | %.1f | %.1f | %.2f |\n", productMedian, baselineMedian,
+      "| load to first answer, 8 drives | absent | %.1f | | %.1f | | %.2f |\n", productMedian, baselineMedian,
       productMedian / baselineMedian);
 }
 
@@ -149,12 +158,17 @@ void printThreads(Runner& runner) {
 
 void printMemory(Runner& runner) {
   std::printf("\n| peak memory of the process | provider, KiB | baseline, KiB |\n|---|---:|---:|\n");
-  for (const char* scenario :
-       {"drives-1", "drives-8", "drives-32", "drives-64", "pools-8", "pools-32", "volumes-8", "volumes-32"}) {
+  const auto print = [&runner](const char* what, const char* measurement, const char* scenario) {
     std::printf(
-        "| %s | %.0f | %.0f |\n", scenario, runner.number("peak", scenario, "product"),
-        runner.number("peak", scenario, "baseline"));
+        "| %s | %.0f | %.0f |\n", what, runner.number(measurement, scenario, "product"),
+        runner.number(measurement, scenario, "baseline"));
+  };
+  for (const char* scenario :
+       {"drives-1", "drives-8", "drives-32", "drives-64", "drives-255", "pools-8", "pools-32", "volumes-8",
+        "volumes-32"}) {
+    print(scenario, "peak", scenario);
   }
+  print("drives-255, eight threads at once", "peak-of-threads", "drives-255");
   std::printf(
       "\n| resident memory, KiB | after 1,000 requests | after 100,000 | growth |\n|---|---:|---:|---:|\n");
   for (const auto& [name, subject] : {std::pair{"provider", "product"}, std::pair{"baseline", "baseline"}}) {
@@ -169,7 +183,7 @@ void printMemory(Runner& runner) {
 
 void printTables() {
   Runner runner;
-  const Microseconds absentLog = printTimes(runner);
+  const MicrosecondsOfRequest absentLog = printTimes(runner);
   printFirstAnswer(runner);
   printCostPerProperty(absentLog);
   printThreads(runner);

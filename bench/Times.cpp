@@ -5,8 +5,12 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
+#include <cstdint>
 #include <cstdio>
 #include <map>
+#include <memory>
+#include <string>
 #include <vector>
 
 namespace bench {
@@ -34,40 +38,35 @@ private:
   std::map<std::string, std::vector<double>> m_microseconds;
 };
 
-std::string nameOf(const Work& work, bool log, bool isBaseline) {
-  return work.what + (log ? " (log)" : "") + (isBaseline ? " baseline" : " product");
+/** What a benchmark runs; the floor is the baseline with the log lines of the provider. */
+enum class Column { Product, Floor, Baseline };
+constexpr std::array COLUMNS = {Column::Product, Column::Floor, Column::Baseline};
+
+std::string nameOf(const Work& work, bool log, Column column) {
+  return work.what + (log ? " (log) " : " ") + std::to_string(static_cast<int>(column));
 }
 
-void add(const Work& work, Subject& subject, bool log, bool isBaseline) {
-  const auto loop = [&work, &subject, log](benchmark::State& state) {
+/** @param lines of the log that are added to the subject's own */
+void add(const std::string& name, const Work& work, Subject& subject, bool log, std::uint64_t lines) {
+  const auto loop = [&work, &subject, log, lines](benchmark::State& state) {
     switchLog(log);
+    subject.addLogLines(lines);
     subject.broker().resetCalls();
     for ([[maybe_unused]] auto iteration : state) {
       state.SetIterationTime(work.run(subject, nullptr));
       keepLogSmall();
     }
   };
-  benchmark::RegisterBenchmark(nameOf(work, log, isBaseline).c_str(), loop)->UseManualTime();
+  benchmark::RegisterBenchmark(name.c_str(), loop)->UseManualTime();
 }
 
-}  // namespace
+/** Whether the log is present; a request of a large scenario has more lines than a log takes. */
+std::vector<bool> logStates(const Scenario& scenario) {
+  constexpr std::size_t LARGEST_WITH_LOG = 64;
+  return scenario.count > LARGEST_WITH_LOG ? std::vector<bool>{false} : std::vector<bool>{false, true};
+}
 
-void measureTimes(const std::string& program, const Scenario& scenario, bool events) {
-  Subject product(events ? Subject::Kind::PollingProduct : Subject::Kind::Product);
-  Subject baseline(Subject::Kind::Baseline);
-  const std::vector<Work> works = events ? std::vector<Work>{eventDelivery()} : worksFor(scenario);
-  if (events) {
-    product.subscribe();
-    baseline.subscribe();
-  }
-  switchLog(false);
-  for (const Work& work : works) {
-    requireSame(work, product, baseline);
-    for (const bool log : {false, true}) {
-      add(work, product, log, false);
-      add(work, baseline, log, true);
-    }
-  }
+void runBenchmarks(const std::string& program, Collector& collector) {
   std::vector<std::string> arguments = {
       program, "--benchmark_enable_random_interleaving=true", "--benchmark_repetitions=7",
       "--benchmark_min_time=0.02"};
@@ -78,13 +77,42 @@ void measureTimes(const std::string& program, const Scenario& scenario, bool eve
   }
   int count = static_cast<int>(pointers.size());
   benchmark::Initialize(&count, pointers.data());
-  Collector collector;
   benchmark::RunSpecifiedBenchmarks(&collector);
+}
+
+}  // namespace
+
+void measureTimes(const std::string& program, const Scenario& scenario, bool events) {
+  Subject counter(Subject::Kind::PollingProduct);
+  std::unique_ptr<Subject> released;
+  Subject baseline(Subject::Kind::Baseline);
+  const std::vector<Work> works = events ? std::vector<Work>{eventDelivery()} : worksFor(scenario);
+  if (events) {
+    counter.subscribe();
+    baseline.subscribe();
+  } else {
+    released = std::make_unique<Subject>(Subject::Kind::Product);
+  }
+  Subject& product = events ? counter : *released;
+  switchLog(false);
   for (const Work& work : works) {
-    for (const bool log : {false, true}) {
-      std::printf(
-          "%s\t%s\t%.3f\t%.3f\n", work.what.c_str(), log ? "present" : "absent",
-          collector.medianOf(nameOf(work, log, false)), collector.medianOf(nameOf(work, log, true)));
+    requireSame(work, product, baseline);
+    const std::uint64_t lines = looksOf(work, counter);
+    for (const bool log : logStates(scenario)) {
+      add(nameOf(work, log, Column::Product), work, product, log, 0);
+      add(nameOf(work, log, Column::Floor), work, baseline, log, lines);
+      add(nameOf(work, log, Column::Baseline), work, baseline, log, 0);
+    }
+  }
+  Collector collector;
+  runBenchmarks(program, collector);
+  for (const Work& work : works) {
+    for (const bool log : logStates(scenario)) {
+      std::printf("%s\t%s", work.what.c_str(), log ? "present" : "absent");
+      for (const Column column : COLUMNS) {
+        std::printf("\t%.3f", collector.medianOf(nameOf(work, log, column)));
+      }
+      std::printf("\n");
     }
   }
 }

@@ -4,6 +4,7 @@
 
 #include "bench/Stage.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -43,6 +44,9 @@ Work eventDelivery();
  * @throws std::runtime_error that names the first difference
  */
 void requireSame(const Work& work, Subject& product, Subject& baseline);
+
+/** How often a request of the provider looks at an absent log, which is how many lines it has to say. */
+std::uint64_t looksOf(const Work& work, Subject& counter);
 
 }  // namespace bench
 

@@ -26,7 +26,9 @@ void measure(
   } else if (measurement == "threads") {
     bench::measureThreads(scenario);
   } else if (measurement == "peak") {
-    bench::measurePeak(kindOf(subject), scenario);
+    bench::measurePeak(kindOf(subject), scenario, 1);
+  } else if (measurement == "peak-of-threads") {
+    bench::measurePeak(kindOf(subject), scenario, 8);
   } else if (measurement == "growth") {
     bench::measureGrowth(kindOf(subject), scenario);
   } else if (measurement == "first") {

@@ -143,11 +143,10 @@ public:
    */
   static void ReturnInstances(
       const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
-      const std::vector<fwf::CIMInstance>& instances, CMPIStatus* status);
+      std::vector<fwf::CIMInstance> instances, CMPIStatus* status);
   /** The same for object paths. */
   static void ReturnObjectPaths(
-      const CMPIBroker* broker, const CMPIResult* rslt, const std::vector<fwf::CIMObjectPath>& paths,
-      CMPIStatus* status);
+      const CMPIBroker* broker, const CMPIResult* rslt, std::vector<fwf::CIMObjectPath> paths, CMPIStatus* status);
   /** Converts a method's output, if there is any. @throws CIMException what the conversion throws */
   static void FormArguments(
       const CMPIBroker* broker, const CMPIResult* rslt, const fwf::CIMMethodParam& out, CMPIArgs* outArgs,

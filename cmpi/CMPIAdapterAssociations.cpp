@@ -11,6 +11,7 @@
 #include "oslib/KVSLog.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tvp::cim::adap::cmpi {
 namespace {
@@ -146,7 +147,7 @@ void CMPIAdapter::Associators(
       facade.associators(request.source, className, instances, anyClass, nearRole, farRole, properties);
     }
     keepWanted(instances, request.resultClass, broker);
-    ReturnInstances(broker, rslt, properties, instances, status);
+    ReturnInstances(broker, rslt, properties, std::move(instances), status);
   });
 }
 
@@ -171,7 +172,7 @@ void CMPIAdapter::AssociatorNames(
     std::vector<CIMObjectPath> names;
     facade.associatorsNames(request.source, request.assocClass, names, anyClass, nearRole, farRole);
     keepWanted(names, request.resultClass, broker);
-    ReturnObjectPaths(broker, rslt, names, status);
+    ReturnObjectPaths(broker, rslt, std::move(names), status);
   });
 }
 
@@ -186,7 +187,7 @@ void CMPIAdapter::References(
     askPlugins(request, broker, [&](AbstractAssociationProviderPlugin& plugin) {
       plugin.references(request.source, std::string(), instances, nearRole);
     });
-    ReturnInstances(broker, rslt, properties, instances, status);
+    ReturnInstances(broker, rslt, properties, std::move(instances), status);
   });
 }
 
@@ -200,7 +201,7 @@ void CMPIAdapter::ReferenceNames(
     askPlugins(request, broker, [&](AbstractAssociationProviderPlugin& plugin) {
       plugin.referencesNames(request.source, std::string(), nearRole, names);
     });
-    ReturnObjectPaths(broker, rslt, names, status);
+    ReturnObjectPaths(broker, rslt, std::move(names), status);
   });
 }
 

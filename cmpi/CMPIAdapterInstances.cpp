@@ -6,6 +6,8 @@
 #include "cmpi/CMPIHelper.h"
 #include "oslib/KVSLog.h"
 
+#include <utility>
+
 namespace tvp::cim::adap::cmpi {
 namespace {
 
@@ -48,7 +50,7 @@ void CMPIAdapter::EnumInstances(
     CIMObjectPath path = readPath(NAME, op, false);
     std::vector<CIMInstance> instances;
     requireFacade().enumerateInstances(path, instances);
-    ReturnInstances(broker, rslt, properties, instances, status);
+    ReturnInstances(broker, rslt, properties, std::move(instances), status);
   });
 }
 
@@ -61,7 +63,7 @@ void CMPIAdapter::EnumInstanceNames(
     CIMObjectPath path = readPath(NAME, op, false);
     std::vector<CIMObjectPath> names;
     requireFacade().enumerateInstanceNames(path, names);
-    ReturnObjectPaths(broker, rslt, names, status);
+    ReturnObjectPaths(broker, rslt, std::move(names), status);
   });
 }
 
@@ -74,7 +76,7 @@ void CMPIAdapter::GetInstance(
     CIMObjectPath path = readPath(NAME, op, true);
     std::vector<CIMInstance> instances;
     requireFacade().getCIMInstance(path, instances);
-    ReturnInstances(broker, rslt, properties, instances, status);
+    ReturnInstances(broker, rslt, properties, std::move(instances), status);
   };
   // Both lines of this operation begin with the same word; intended, as logs are searched for it.
   runOperation(NAME, broker, status, work, "Exiting");

@@ -6,19 +6,23 @@
 #include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 
+#include <utility>
+
 namespace tvp::cim::adap::cmpi {
 namespace {
 
 /**
- * Converts and returns every item, then marks the end. What an item's failure does to the status does
- * not make the later ones fail; a status that was bad before does.
+ * Converts and returns every item, then marks the end. Each is released once it is converted, since the object
+ * manager holds it from then on. What an item's failure does to the status does not make the later ones fail;
+ * a status that was bad before does.
  */
 template <typename Item, typename Convert, typename Return>
 void returnAll(
-    const std::vector<Item>& items, const CMPIBroker* broker, const CMPIResult* rslt, CMPIStatus* status,
+    std::vector<Item> items, const CMPIBroker* broker, const CMPIResult* rslt, CMPIStatus* status,
     const char* failure, Convert convert, Return give) {
   const bool alreadyFailed = status->rc != CMPI_RC_OK;
-  for (const Item& item : items) {
+  for (Item& given : items) {
+    const Item item = std::move(given);
     auto* object = convert(item);
     if (!isObject(object) || alreadyFailed) {
       logAndFail(status, broker, failure);
@@ -33,10 +37,10 @@ void returnAll(
 
 void CMPIAdapter::ReturnInstances(
     const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
-    const std::vector<fwf::CIMInstance>& instances, CMPIStatus* status) {
+    std::vector<fwf::CIMInstance> instances, CMPIStatus* status) {
   KvsTrace("Entering CMPIAdapter::ReturnInstances()");
   returnAll(
-      instances, broker, rslt, status, "Failed to convert CIM Instance to CMPI Instance",
+      std::move(instances), broker, rslt, status, "Failed to convert CIM Instance to CMPI Instance",
       [&](const fwf::CIMInstance& instance) {
         return CMPIHelper::FrameworkInstanceToCMPIInstance(instance, broker, properties);
       },
@@ -45,11 +49,11 @@ void CMPIAdapter::ReturnInstances(
 }
 
 void CMPIAdapter::ReturnObjectPaths(
-    const CMPIBroker* broker, const CMPIResult* rslt, const std::vector<fwf::CIMObjectPath>& paths,
+    const CMPIBroker* broker, const CMPIResult* rslt, std::vector<fwf::CIMObjectPath> paths,
     CMPIStatus* status) {
   KvsTrace("Entering CMPIAdapter::ReturnObjectPaths()");
   returnAll(
-      paths, broker, rslt, status, "Failed to convert CIM ObjectPath to CMPI ObjectPath",
+      std::move(paths), broker, rslt, status, "Failed to convert CIM ObjectPath to CMPI ObjectPath",
       [&](const fwf::CIMObjectPath& path) {
         return CMPIHelper::FrameworkObjectPathToCMPIObjectPath(path, broker);
       },

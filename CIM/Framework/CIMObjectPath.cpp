@@ -15,11 +15,11 @@ namespace {
 
 std::string valueText(const CIMProperty& key) {
   if (key.getType() == PDT_STRING) {
-    const auto& texts = key.stringSlot().m_values;
+    const auto texts = key.stringSlot().m_values;
     return '"' + (texts.empty() ? std::string() : texts.front()) + '"';
   }
   if (key.getType() == PDT_REFERENCE) {
-    const auto& paths = key.objectPathSlot().m_values;
+    const auto paths = key.objectPathSlot().m_values;
     return paths.empty() ? std::string() : paths.front().toString();
   }
   return {};

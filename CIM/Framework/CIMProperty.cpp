@@ -14,41 +14,21 @@ CIMProperty::CIMProperty(const CIMProperty& other) = default;
 CIMProperty::CIMProperty(CIMProperty&& other) noexcept = default;
 CIMProperty::~CIMProperty() = default;
 
-// Both assignments hold the source's parts in a copy first: the source may lie inside a path or an instance
-// that is replaced here.
+// The source's parts are copied first: it may lie inside a path or an instance that is replaced here, and when
+// memory runs out this property stays as it was. There is no assignment by moving: which elements stay is
+// decided slot by slot, and that can take memory.
 CIMProperty& CIMProperty::operator=(const CIMProperty& other) {
   if (this != &other) {
-    assign(CIMProperty(other));
+    std::string name(other.m_name);
+    PropertySlots slots(m_slots);
+    slots.assignAll(other.m_slots);
+    m_type = other.m_type;
+    m_isKey = other.m_isKey;
+    m_extraFlag = other.m_extraFlag;
+    m_name = std::move(name);
+    m_slots = std::move(slots);
   }
   return *this;
-}
-
-CIMProperty& CIMProperty::operator=(CIMProperty&& other) noexcept {
-  if (this != &other) {
-    assign(CIMProperty(std::move(other)));
-  }
-  return *this;
-}
-
-void CIMProperty::assign(CIMProperty&& source) noexcept {
-  m_name = std::move(source.m_name);
-  m_type = source.m_type;
-  m_isKey = source.m_isKey;
-  m_extraFlag = source.m_extraFlag;
-  m_string = std::move(source.m_string);
-  m_uint8 = std::move(source.m_uint8);
-  m_sint8 = std::move(source.m_sint8);
-  m_uint16 = std::move(source.m_uint16);
-  m_sint16 = std::move(source.m_sint16);
-  m_uint32 = std::move(source.m_uint32);
-  m_sint32 = std::move(source.m_sint32);
-  m_float = std::move(source.m_float);
-  m_double = std::move(source.m_double);
-  m_uint64 = std::move(source.m_uint64);
-  m_sint64 = std::move(source.m_sint64);
-  m_boolean = std::move(source.m_boolean);
-  m_objectPath = std::move(source.m_objectPath);
-  m_instance = std::move(source.m_instance);
 }
 
 // The value is assigned, not constructed, into its slot: the array flag follows the slot's rule (intended).
@@ -56,7 +36,7 @@ template <typename T, std::enable_if_t<!std::is_same_v<T, long long>, int>>
 CIMProperty::CIMProperty(
     std::string name, CIMValue<T> value, bool isKey, Primitive_DataType type, bool extraFlag)
     : m_name(std::move(name)), m_type(type), m_isKey(isKey), m_extraFlag(extraFlag) {
-  this->*memberOf<T>() = std::move(value);
+  m_slots.assign(std::move(value));
 }
 
 template CIMProperty::CIMProperty(std::string, CIMValue<CIMObjectPath>, bool, Primitive_DataType, bool);
@@ -74,97 +54,108 @@ template CIMProperty::CIMProperty(std::string, CIMValue<bool>, bool, Primitive_D
 template CIMProperty::CIMProperty(std::string, CIMValue<CIMInstance>, bool, Primitive_DataType, bool);
 
 CIMValue<bool> CIMProperty::getBoolValue() const {
-  return m_boolean;
+  return m_slots.get<bool>();
 }
 CIMValue<signed char> CIMProperty::getSint8Value() const {
-  return m_sint8;
+  return m_slots.get<signed char>();
 }
 CIMValue<unsigned char> CIMProperty::getUint8Value() const {
-  return m_uint8;
+  return m_slots.get<unsigned char>();
 }
 CIMValue<short> CIMProperty::getSint16Value() const {
-  return m_sint16;
+  return m_slots.get<short>();
 }
 CIMValue<unsigned short> CIMProperty::getUint16Value() const {
-  return m_uint16;
+  return m_slots.get<unsigned short>();
 }
 CIMValue<int> CIMProperty::getSint32Value() const {
-  return m_sint32;
+  return m_slots.get<int>();
 }
 CIMValue<unsigned int> CIMProperty::getUint32Value() const {
-  return m_uint32;
+  return m_slots.get<unsigned int>();
 }
 CIMValue<long long> CIMProperty::getSint64Value() const {
-  return m_sint64;
+  return m_slots.get<long long>();
 }
 CIMValue<unsigned long long> CIMProperty::getUint64Value() const {
-  return m_uint64;
+  return m_slots.get<unsigned long long>();
 }
 CIMValue<std::string> CIMProperty::getStringValue() const {
-  return m_string;
+  return m_slots.get<std::string>();
 }
 CIMValue<CIMObjectPath> CIMProperty::getObjectPathValue() const {
-  return m_objectPath;
+  return m_slots.get<CIMObjectPath>();
 }
 CIMValue<CIMInstance> CIMProperty::getInstanceValue() const {
-  return m_instance;
+  return m_slots.get<CIMInstance>();
 }
 
-/** Calls visit with the slot of a type as a member pointer. @return false when the type is not served. */
+namespace {
+
+template <typename T>
+struct ElementType {
+  using Type = T;
+};
+
+/** Calls visit with the ElementType of a type code's slot. @return false when the type is not served. */
 template <typename Visitor>
-bool CIMProperty::withSlotOf(Primitive_DataType type, Visitor&& visit) {
+bool withElementTypeOf(Primitive_DataType type, Visitor&& visit) {
   switch (type) {
   case PDT_BOOLEAN:
   case PDT_BOOLEAN_ARRAY:
-    visit(&CIMProperty::m_boolean);
+    visit(ElementType<bool>());
     return true;
   case PDT_SINT16:
   case PDT_SINT16_ARRAY:
-    visit(&CIMProperty::m_sint16);
+    visit(ElementType<short>());
     return true;
   case PDT_SINT32:
   case PDT_SINT32_ARRAY:
-    visit(&CIMProperty::m_sint32);
+    visit(ElementType<int>());
     return true;
   case PDT_SINT64:
   case PDT_SINT64_ARRAY:
-    visit(&CIMProperty::m_sint64);
+    visit(ElementType<long long>());
     return true;
   case PDT_SINT8:
   case PDT_SINT8_ARRAY:
-    visit(&CIMProperty::m_sint8);
+    visit(ElementType<signed char>());
     return true;
   case PDT_DATETIME:
   case PDT_STRING:
   case PDT_STRING_ARRAY:
-    visit(&CIMProperty::m_string);
+    visit(ElementType<std::string>());
     return true;
   case PDT_UINT16:
   case PDT_UINT16_ARRAY:
-    visit(&CIMProperty::m_uint16);
+    visit(ElementType<unsigned short>());
     return true;
   case PDT_UINT32:
   case PDT_UINT32_ARRAY:
-    visit(&CIMProperty::m_uint32);
+    visit(ElementType<unsigned int>());
     return true;
   case PDT_UINT64:
   case PDT_UINT64_ARRAY:
-    visit(&CIMProperty::m_uint64);
+    visit(ElementType<unsigned long long>());
     return true;
   case PDT_UINT8:
   case PDT_UINT8_ARRAY:
-    visit(&CIMProperty::m_uint8);
+    visit(ElementType<unsigned char>());
     return true;
   case PDT_REFERENCE:
-    visit(&CIMProperty::m_objectPath);
+    visit(ElementType<CIMObjectPath>());
     return true;
   default:
     return false;
   }
 }
 
+}  // namespace
+
 int CIMProperty::setPropValue(Primitive_DataType type, const CIMProperty& source) {
-  const bool copied = withSlotOf(type, [this, &source](auto member) { this->*member = source.*member; });
+  const bool copied = withElementTypeOf(type, [this, &source](auto element) {
+    m_slots.assign(source.m_slots.get<typename decltype(element)::Type>());
+  });
   if (!copied) {
     throw frameworkErrorWithStop(FW_RC_FAILED, "setPropValue", OPERATION_FAILED_SUFFIX);
   }
@@ -176,8 +167,9 @@ bool CIMProperty::equalValue(const CIMProperty& other) const {
     return false;  // a datetime is unequal to itself, too (intended)
   }
   bool equal = false;
-  withSlotOf(m_type, [this, &other, &equal](auto member) {
-    equal = (this->*member).m_values == (other.*member).m_values;
+  withElementTypeOf(m_type, [this, &other, &equal](auto element) {
+    using Type = typename decltype(element)::Type;
+    equal = slot<Type>().m_values == other.slot<Type>().m_values;
   });
   return equal;
 }

@@ -3,6 +3,7 @@
 #define CIM_FRAMEWORK_CIMPROPERTY_H
 
 #include "CIM/Framework/CIMValue.h"
+#include "CIM/Framework/PropertySlots.h"
 
 #include <cstdint>
 #include <string>
@@ -73,7 +74,6 @@ public:
   CIMProperty(const CIMProperty& other);
   CIMProperty(CIMProperty&& other) noexcept;
   CIMProperty& operator=(const CIMProperty& other);
-  CIMProperty& operator=(CIMProperty&& other) noexcept;
   ~CIMProperty();
 
   std::string getName() const { return m_name; }
@@ -101,26 +101,18 @@ public:
   CIMValue<CIMObjectPath> getObjectPathValue() const;
   CIMValue<CIMInstance> getInstanceValue() const;
 
-  // The slots themselves, valid as long as the property lives unchanged.
-  const CIMValue<std::string>& stringSlot() const noexcept { return m_string; }
-  const CIMValue<unsigned char>& uint8Slot() const noexcept { return m_uint8; }
-  const CIMValue<signed char>& sint8Slot() const noexcept { return m_sint8; }
-  const CIMValue<unsigned short>& uint16Slot() const noexcept { return m_uint16; }
-  const CIMValue<short>& sint16Slot() const noexcept { return m_sint16; }
-  const CIMValue<unsigned int>& uint32Slot() const noexcept { return m_uint32; }
-  const CIMValue<int>& sint32Slot() const noexcept { return m_sint32; }
-  const CIMValue<float>& floatSlot() const noexcept { return m_float; }
-  const CIMValue<double>& doubleSlot() const noexcept { return m_double; }
-  const CIMValue<unsigned long long>& uint64Slot() const noexcept { return m_uint64; }
-  const CIMValue<long long>& sint64Slot() const noexcept { return m_sint64; }
-  const CIMValue<bool>& booleanSlot() const noexcept { return m_boolean; }
-  const CIMValue<CIMObjectPath>& objectPathSlot() const noexcept { return m_objectPath; }
-  const CIMValue<CIMInstance>& instanceSlot() const noexcept { return m_instance; }
+  // The same slots where they lie, valid as long as the property lives unchanged.
+  ValueView<std::string> stringSlot() const noexcept { return slot<std::string>(); }
+  ValueView<unsigned char> uint8Slot() const noexcept { return slot<unsigned char>(); }
+  ValueView<unsigned int> uint32Slot() const noexcept { return slot<unsigned int>(); }
+  ValueView<unsigned long long> uint64Slot() const noexcept { return slot<unsigned long long>(); }
+  ValueView<CIMObjectPath> objectPathSlot() const noexcept { return slot<CIMObjectPath>(); }
+  ValueView<CIMInstance> instanceSlot() const noexcept { return slot<CIMInstance>(); }
 
   /** The slot of the element type T, as stringSlot() for std::string. */
   template <typename T>
-  const CIMValue<T>& slot() const noexcept {
-    return this->*memberOf<T>();
+  ValueView<T> slot() const noexcept {
+    return m_slots.view<T>();
   }
 
   /**
@@ -140,68 +132,16 @@ public:
   bool subclassEqualsViewclass(const CIMProperty& other) const;
 
 private:
-  template <typename T>
-  static constexpr CIMValue<T> CIMProperty::*memberOf();
+  friend struct SlotFiller;  // of the tests: nothing in the system fills a slot of long long by itself
 
-  template <typename Visitor>
-  static bool withSlotOf(Primitive_DataType type, Visitor&& visit);
-
-  void assign(CIMProperty&& source) noexcept;
   bool equalValue(const CIMProperty& other) const;
 
   std::string m_name;
+  PropertySlots m_slots;
   Primitive_DataType m_type = PDT_BOOLEAN;
   bool m_isKey = false;
   bool m_extraFlag = false;
-  CIMValue<std::string> m_string;
-  CIMValue<unsigned char> m_uint8;
-  CIMValue<signed char> m_sint8;
-  CIMValue<unsigned short> m_uint16;
-  CIMValue<short> m_sint16;
-  CIMValue<unsigned int> m_uint32;
-  CIMValue<int> m_sint32;
-  CIMValue<float> m_float;
-  CIMValue<double> m_double;
-  CIMValue<unsigned long long> m_uint64;
-  CIMValue<long long> m_sint64;
-  CIMValue<bool> m_boolean;
-  CIMValue<CIMObjectPath> m_objectPath;
-  CIMValue<CIMInstance> m_instance;
 };
-
-template <typename T>
-constexpr CIMValue<T> CIMProperty::*CIMProperty::memberOf() {
-  if constexpr (std::is_same_v<T, std::string>) {
-    return &CIMProperty::m_string;
-  } else if constexpr (std::is_same_v<T, unsigned char>) {
-    return &CIMProperty::m_uint8;
-  } else if constexpr (std::is_same_v<T, signed char>) {
-    return &CIMProperty::m_sint8;
-  } else if constexpr (std::is_same_v<T, unsigned short>) {
-    return &CIMProperty::m_uint16;
-  } else if constexpr (std::is_same_v<T, short>) {
-    return &CIMProperty::m_sint16;
-  } else if constexpr (std::is_same_v<T, unsigned int>) {
-    return &CIMProperty::m_uint32;
-  } else if constexpr (std::is_same_v<T, int>) {
-    return &CIMProperty::m_sint32;
-  } else if constexpr (std::is_same_v<T, float>) {
-    return &CIMProperty::m_float;
-  } else if constexpr (std::is_same_v<T, double>) {
-    return &CIMProperty::m_double;
-  } else if constexpr (std::is_same_v<T, unsigned long long>) {
-    return &CIMProperty::m_uint64;
-  } else if constexpr (std::is_same_v<T, long long>) {
-    return &CIMProperty::m_sint64;
-  } else if constexpr (std::is_same_v<T, bool>) {
-    return &CIMProperty::m_boolean;
-  } else if constexpr (std::is_same_v<T, CIMObjectPath>) {
-    return &CIMProperty::m_objectPath;
-  } else {
-    static_assert(std::is_same_v<T, CIMInstance>, "no slot holds this type");
-    return &CIMProperty::m_instance;
-  }
-}
 
 }  // namespace tvp::cim::fwf
 

@@ -164,7 +164,7 @@ TEST_F(InboundConversionTest, ArgumentsKeepNullsAndSeveralArrays) {
   EXPECT_EQ(a[3].stringSlot().m_values.front(), WHEN);
   EXPECT_EQ(a[4].objectPathSlot().m_values.front().keyBindings().size(), 1U) << "with keys";
   EXPECT_EQ(a[5].uint8Slot().m_values, (std::vector<unsigned char>{1, 255}));
-  EXPECT_EQ(a[6].sint8Slot().m_values, (std::vector<signed char>{-1}));
+  EXPECT_EQ(a[6].slot<signed char>().m_values, (std::vector<signed char>{-1}));
   EXPECT_EQ(a[7].getUint32Value().getuint32Data(), (std::vector<unsigned int>{5, 6}));
   EXPECT_TRUE(a[8].uint64Slot().m_values.empty());
   EXPECT_EQ(a[9].stringSlot().m_values, (std::vector<std::string>{"a", ""}));

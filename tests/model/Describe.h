@@ -9,6 +9,18 @@
 #include <string>
 #include <vector>
 
+namespace tvp::cim::fwf {
+
+/** Fills any slot of a property. */
+struct SlotFiller {
+  template <typename T>
+  static void assign(CIMProperty& property, const CIMValue<T>& value) {
+    property.m_slots.assign(value);
+  }
+};
+
+}  // namespace tvp::cim::fwf
+
 namespace tvp::test {
 
 using namespace tvp::cim::fwf;
@@ -41,8 +53,9 @@ inline std::string describe(const std::string& text) {
   return '"' + text + '"';
 }
 
-template <typename T>
-std::string describe(const CIMValue<T>& value) {
+/** Of a CIMValue<T> or the view of one. */
+template <template <typename> class Value, typename T>
+std::string describe(const Value<T>& value) {
   std::ostringstream text;
   text << value.m_isArray << value.m_isNull << "[";
   for (const auto& element : value.m_values) {
@@ -56,15 +69,22 @@ std::string describe(const CIMValue<T>& value) {
   return text.str();
 }
 
+template <typename... T>
+std::string describeEach(const CIMProperty& property) {
+  return (describe(property.slot<T>()) + ...);
+}
+
+/** The values of a property, that is all but its name, type and flags. */
+inline std::string describeSlots(const CIMProperty& property) {
+  return describeEach<
+      std::string, unsigned char, signed char, unsigned short, short, unsigned int, int, float, double,
+      unsigned long long, long long, bool, CIMObjectPath, CIMInstance>(property);
+}
+
 inline std::string describe(const CIMProperty& property) {
   std::ostringstream text;
-  text << property.name() << "/" << property.getType() << property.isKey() << property.extraFlag();
-  text << describe(property.stringSlot()) << describe(property.uint8Slot()) << describe(property.sint8Slot())
-       << describe(property.uint16Slot()) << describe(property.sint16Slot())
-       << describe(property.uint32Slot()) << describe(property.sint32Slot()) << describe(property.floatSlot())
-       << describe(property.doubleSlot()) << describe(property.uint64Slot())
-       << describe(property.sint64Slot()) << describe(property.booleanSlot())
-       << describe(property.objectPathSlot()) << describe(property.instanceSlot());
+  text << property.name() << "/" << property.getType() << property.isKey() << property.extraFlag()
+       << describeSlots(property);
   return text.str();
 }
 

@@ -36,7 +36,9 @@ std::map<unsigned int, Kind> servedCodes() {
   const CIMObjectPath six("h", "n", "Five", {text("Key", "6", true)});
   const Kind texts{make<std::string>({"a"}), make<std::string>({"A"})};
   Kind signed64{make<bool>({}), make<bool>({})};
-  const_cast<CIMValue<long long>&>(signed64.property.sint64Slot()).m_values = {-5};
+  CIMValue<long long> minusFive;
+  minusFive.m_values = {-5};
+  SlotFiller::assign(signed64.property, minusFive);
   const std::pair<unsigned int, Kind> scalars[] = {
       {0, {make<bool>({true}), make<bool>({false})}},
       {10, {make<short>({-5}), make<short>({-5, -5})}},
