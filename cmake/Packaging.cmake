@@ -24,12 +24,12 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_NAME tarvexpro-provider)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_SECTION admin)
 set(CPACK_DEBIAN_PROVIDER_DESCRIPTION "management provider for SSD caching and storage tiering (CMPI)
-A provider that CIM object managers such as OpenPegasus and SFCB load through
-CMPI 2.0. Management clients see and change the tiering stack of the machine
-with it: drives, pools, tiered and cached volumes, their statistics, and
-indications of every change.
+A provider for CIM object managers such as OpenPegasus and SFCB, which load it
+through CMPI 2.0. It lets management clients inspect and change the tiering
+stack of the machine: drives, pools, tiered and cached volumes and their
+statistics, with an indication for every change.
 
-The package brings the provider, the embedded storage library with its
+This package contains the provider, the embedded storage library with its
 command voltvkctl, the CIM schema, and tvp-register, which registers the
 provider with an object manager.")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
@@ -40,8 +40,8 @@ set(CPACK_DEBIAN_DEV_PACKAGE_NAME tarvexpro-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION devel)
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "tarvexpro-provider (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEV_DESCRIPTION "command-line CMPI host for the tarvexPro management provider
-The command tvpcim loads the provider without an object manager, makes calls
-of CIM and prints the answers as a table, as JSON or as MOF. It is for the
-development of management clients, for tests and for demonstrations.")
+The command tvpcim loads the provider without an object manager, makes CIM
+calls to it and prints the results as a table, as JSON or as MOF. It is meant
+for developing management clients, for tests and for demonstrations.")
 
 include(CPack)

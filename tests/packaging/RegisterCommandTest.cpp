@@ -202,7 +202,7 @@ TEST_F(RegisterCommandTest, DryRunPrintsTheStepsAndChangesNothing) {
       for (const std::string& step : row.steps) {
         EXPECT_THAT(result.out, HasSubstr(step)) << row.arguments[0];
       }
-      EXPECT_EQ(result.out.find("not here") == std::string::npos, managerIsThere) << result.out;
+      EXPECT_EQ(result.out.find("not found") == std::string::npos, managerIsThere) << result.out;
     }
   }
   EXPECT_EQ(read("changes"), "");
@@ -217,19 +217,19 @@ TEST_F(RegisterCommandTest, RefusalsSayWhatIsMissingAndHowToGoOn) {
     std::string message;
   };
   const std::vector<Case> withoutManagers{
-      {{"--pegasus"}, 1, "OpenPegasus is not here: no cimmof cimprovider on the PATH. Install it"},
+      {{"--pegasus"}, 1, "OpenPegasus was not found; not on the PATH: cimmof cimprovider. Install it"},
       {{"--sfcb", "--remove"},
        1,
-       "SFCB is not here: no sfcbstage sfcbunstage sfcbrepos on the PATH. Install it"},
-      {{}, 2, "name the object manager: --pegasus or --sfcb"},
-      {{"--pegasus", "--sfcb"}, 2, "run once for each"},
+       "SFCB was not found; not on the PATH: sfcbstage sfcbunstage sfcbrepos. Install it"},
+      {{}, 2, "specify the object manager: --pegasus or --sfcb"},
+      {{"--pegasus", "--sfcb"}, 2, "once for each"},
       {{"--pegasus", "now"}, 2, "unknown argument 'now'"},
-      {{"--sfcb", "--provider-dir"}, 2, "--provider-dir needs a folder"},
-      {{"--sfcb", "--provider-dir", "lib"}, 2, "needs an absolute path, not 'lib'"},
+      {{"--sfcb", "--provider-dir"}, 2, "--provider-dir requires a directory"},
+      {{"--sfcb", "--provider-dir", "lib"}, 2, "requires an absolute path, not 'lib'"},
   };
   const std::vector<Case> withPegasus{
-      {{"--pegasus", "--provider-dir", "/no/such"}, 1, "there is no folder /no/such. Name"},
-      {{"--pegasus", "--cim-schema", "/no/such"}, 1, "there is no /no/such/qualifiers.mof. Name"},
+      {{"--pegasus", "--provider-dir", "/no/such"}, 1, "the directory /no/such does not exist. Specify"},
+      {{"--pegasus", "--cim-schema", "/no/such"}, 1, "/no/such/qualifiers.mof does not exist. Specify"},
   };
   const auto check = [this](const std::vector<Case>& cases) {
     for (const Case& row : cases) {
@@ -246,9 +246,9 @@ TEST_F(RegisterCommandTest, RefusalsSayWhatIsMissingAndHowToGoOn) {
   check({{m_pegasus, 1, "failed with status 3"}});
   write("broken", "");
   write("providers/libVOLTVK.so", "another's");
-  check({{m_pegasus, 1, "libVOLTVK.so is a file of somebody else's making. Move it away"}});
+  check({{m_pegasus, 1, "libVOLTVK.so exists and was not created by tvp-register. Move it away"}});
   write("stopped", "");
-  check({{{"--pegasus"}, 1, "OpenPegasus does not answer"}});
+  check({{{"--pegasus"}, 1, "OpenPegasus does not respond"}});
   EXPECT_EQ(read("modules"), "");
 }
 
