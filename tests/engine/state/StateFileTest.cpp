@@ -259,8 +259,9 @@ TEST_F(StateFileTest, LockedStateIsBusyAndNotForEver) {
   const Ret busy = adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0));
   EXPECT_EQ(busy.getReturn(), TVK_BUSY);
   EXPECT_EQ(
-      busy.getDetail(), "the state file " + m_path +
-                            " is held by another process (database is locked); try again when that has ended");
+      busy.getDetail(),
+      "the state file " + m_path +
+          " is held by another process (database is locked); try again when that has ended");
   done = true;
   reader.join();
   const auto waited = std::chrono::steady_clock::now() - start;
@@ -300,7 +301,8 @@ TEST_F(StateFileTest, DamageFoundWhileItIsUsedIsSaidInTheDatabasesOwnWords) {
   EXPECT_EQ(ret.getReturn(), TVK_NO_DRIVER);
   EXPECT_EQ(
       ret.getDetail(), "the state file " + m_path +
-                           " cannot be used (database disk image is malformed); restore it from a backup, or move "
+                           " cannot be used (malformed database schema (volume) - invalid rootpage); restore "
+                           "it from a backup, or move "
                            "it away to start with an empty one");
 }
 
