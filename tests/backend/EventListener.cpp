@@ -124,9 +124,9 @@ TEST_F(EventListener, WithoutAnAdapterARoundDoesNothing) {
 
 TEST_F(EventListener, WhyEventsCannotBeFetchedIsSaidOnce) {
   TvproEventManager manager(true);
-  const std::string line =
-      LogCapture::message(2, "TvkAdapter::getEvents() was refused: the driver is switched off by an injected "
-                             "fault; switch it on with `voltvkctl fault clear driver-absent`");
+  const std::string line = LogCapture::message(
+      2, "TvkAdapter::getEvents() was refused: the driver is switched off by an injected "
+         "fault; switch it on with `voltvkctl fault clear driver-absent`");
   for (std::size_t time = 1; time <= 2; ++time) {
     voltvk::Faults().driverAbsent();
     manager.pollOnce();

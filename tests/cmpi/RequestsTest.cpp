@@ -279,7 +279,7 @@ TEST_F(RequestsTest, AReasonGoesToTheObjectManagersLogAndToItsRequestAlone) {
   m_plugin.beforeAnswer = [] { RefusalReason::set("drive 3 belongs to pool 2"); };
   const host::MethodOutcome refused = invoke();
   EXPECT_EQ(refused.rc, CMPI_RC_ERR_FAILED);
-  EXPECT_EQ(refused.message, ":: Operation Failed") << "the answer itself stays as it is";
+  EXPECT_EQ(refused.message, " :: Operation Failed") << "the answer itself stays as it is";
   EXPECT_EQ(refused.remarks, std::vector<std::string>{"drive 3 belongs to pool 2"});
   EXPECT_EQ(logged, std::vector<std::string>{"4 TVP drive 3 belongs to pool 2"});
   m_plugin.beforeAnswer = [] {};

@@ -41,8 +41,7 @@ Json describe(const LastRefusal& refusal) {
       {"detail", refusal.detail}};
 }
 
-/** The refusal on one line: "2026-01-31T12:00:00Z deleteVirtualPool: There is no such pool (30): no pool has
- * ...". */
+/** The refusal on one line: time, operation, text and number of the status, detail. */
 std::string textOf(const Json& refusal) {
   std::string text = refusal.at("time").get<std::string>() + " " +
                      refusal.at("operation").get<std::string>() + ": " +

@@ -116,7 +116,7 @@ TEST_F(VoltvkctlTest, StatusTellsWhyThereIsNoDriver) {
                   "A header has a hundred bytes.");
   status = json({"status"});
   EXPECT_EQ(status["driver"], "not available");
-  EXPECT_NE(status["reason"].get<std::string>().find("no database"), std::string::npos);
+  EXPECT_NE(status["reason"].get<std::string>().find("not a database"), std::string::npos);
   EXPECT_EQ(ctl({"drive", "list"}).exitStatus, 1);
 }
 
@@ -135,8 +135,8 @@ TEST_F(VoltvkctlTest, StatusShowsTheLastRefusalOfAnyProcess) {
                    {"text", Ret(TVK_NO_SUCH_VOLUME).getText()},
                    {"detail", "no volume has the number 9"}}));
   EXPECT_NE(
-      text({"status"}).find(
-          " deleteVirtualVolume: There is no such volume (50): no volume has the number 9\n"),
+      text({"status"})
+          .find(" deleteVirtualVolume: There is no such volume (50): no volume has the number 9\n"),
       std::string::npos);
   text({"fault", "set", "throw", "getIdentity"});
   TvkAdapterIdentity identity{};

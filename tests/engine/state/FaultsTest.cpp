@@ -47,7 +47,9 @@ TEST_F(FaultsTest, AdapterAbsent) {
   EXPECT_EQ(m_lib->getRootObject()->getObject(0), nullptr);
   EXPECT_EQ(TvkAdapter().deleteVirtualPool(1).getReturn(), TVK_NO_ADAPTER);
   EXPECT_EQ(held.deleteVirtualPool(1).getReturn(), TVK_NO_ADAPTER);
-  EXPECT_NE(std::string(held.deleteVirtualPool(1).getDetail()).find("fault clear adapter-absent"), std::string::npos);
+  EXPECT_NE(
+      std::string(held.deleteVirtualPool(1).getDetail()).find("fault clear adapter-absent"),
+      std::string::npos);
   unsigned long count = 0;
   m_lib->getControllerCount(count);
   EXPECT_EQ(count, 1U);

@@ -143,8 +143,8 @@ void replace(const std::string& path, const std::string& content) {
 }
 
 const BadState BAD_STATES[] = {
-    {"NoDatabase", [](auto&, auto& path) { replace(path, std::string(5000, 'x')); }, "no database"},
-    {"Short", [](auto&, auto& path) { replace(path, "SQLite format 3"); }, "no database"},
+    {"NoDatabase", [](auto&, auto& path) { replace(path, std::string(5000, 'x')); }, "not a database"},
+    {"Short", [](auto&, auto& path) { replace(path, "SQLite format 3"); }, "not a database"},
     {"CutShort", [](auto&, auto& path) { fs::resize_file(path, fs::file_size(path) / 2); }, "cut short"},
     {"CutToOnePage", [](auto&, auto& path) { fs::resize_file(path, 4096); }, "cut short"},
     {"CutToNothingInUse",
@@ -185,7 +185,7 @@ const BadState BAD_STATES[] = {
        fs::remove(path);
        ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
      },
-     "no regular file"},
+     "not a regular file"},
     {"WritableByAll", [](auto&, auto& path) { chmod(path.c_str(), 0666); }, "everybody"},
     {"OfAnotherUser", [](auto&, auto& path) { EXPECT_EQ(chown(path.c_str(), 4711, 0), 0); }, "user 4711"},
 };
@@ -259,8 +259,9 @@ TEST_F(StateFileTest, LockedStateIsBusyAndNotForEver) {
   const Ret busy = adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0));
   EXPECT_EQ(busy.getReturn(), TVK_BUSY);
   EXPECT_EQ(
-      busy.getDetail(), "the state file " + m_path +
-                            " is held by another process (database is locked); try again when that has ended");
+      busy.getDetail(),
+      "the state file " + m_path +
+          " is held by another process (database is locked); try again when that has ended");
   done = true;
   reader.join();
   const auto waited = std::chrono::steady_clock::now() - start;
@@ -300,7 +301,8 @@ TEST_F(StateFileTest, DamageFoundWhileItIsUsedIsSaidInTheDatabasesOwnWords) {
   EXPECT_EQ(ret.getReturn(), TVK_NO_DRIVER);
   EXPECT_EQ(
       ret.getDetail(), "the state file " + m_path +
-                           " cannot be used (database disk image is malformed); restore it from a backup, or move "
+                           " cannot be used (malformed database schema (volume) - invalid rootpage); restore "
+                           "it from a backup, or move "
                            "it away to start with an empty one");
 }
 

@@ -150,12 +150,16 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
                        const char* chunk = "1MiB") {
     return Words{"pool", "create", name, "--drives", drives, "--size", size, "--chunk", chunk};
   };
+  // The machine may have drives of its own, which come first.
+  const auto drive = [](const std::string& number) {
+    return "drive " + number + " (/dev/tvk" + number + ")";
+  };
   const struct {
     Words words;
-    const char* hint;
+    std::string hint;
   } cases[] = {
       {pool("new", "200", "1GiB"), "no drive has the number 200; see the list of drives"},
-      {pool("new", m_hardDisk, "1GiB"), "drive 0 (/dev/tvk0) belongs to pool 2 (slow); choose a free drive"},
+      {pool("new", m_hardDisk, "1GiB"), drive(m_hardDisk) + " belongs to pool 2 (slow); choose a free drive"},
       {pool("new", other + "," + other, "1GiB"), "is named twice"},
       {pool("slow", other, "1GiB"), "the name 'slow' is used by pool 2; choose another"},
       {pool("", other, "1GiB"), "the name is empty; a name has 1 to 31 bytes"},
@@ -164,15 +168,16 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {pool("a\tb", other, "1GiB"), "the name 'a\\x09b' has control characters in it"},
       {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; supported are 4 KiB, 64 KiB,"},
       {pool("new", other, "11GiB"),
-       "drive 2 (/dev/tvk2) holds 10 GiB in whole chunks of 1 MiB, less than the 11 GiB asked for"},
+       drive(other) + " holds 10 GiB in whole chunks of 1 MiB, less than the 11 GiB asked for"},
       {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
        "is a hard disk, which the tier level 3 (SSDs) does not fit; use the tier level 1 (hard disks)"},
-      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds: drive 2 (/dev/tvk2) "
-                                                    "is a hard disk, drive 3 (/dev/tvk3) is an SSD; "},
+      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds: " + drive(other) +
+                                                        " is a hard disk, " + drive(otherSsd) +
+                                                        " is an SSD; "},
       {pool("new", other, "512"), "512 B asked for; a pool has at least 1 MiB"},
       {{"pool", "modify", "fast", "--name", "slow"}, "the name 'slow' is used by pool 2"},
       {{"pool", "modify", "fast", "--tier", "hdd"},
-       "drive 1 (/dev/tvk1) is an SSD, which the tier level 1 (hard disks) does not fit"},
+       drive(m_ssd) + " is an SSD, which the tier level 1 (hard disks) does not fit"},
       {{"pool", "modify", "fast", "--description", std::string(64, 'd')},
        "the description has 64 bytes; a description has at most 63 bytes"},
       {{"pool", "delete", "99"}, "no pool has the number 99"},
@@ -186,9 +191,9 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
        "pool 2 (slow) is a pool of hard disks; a cache is taken from a pool of SSDs"},
       {{"volume", "cache", "c", "--drive", otherSsd, "--size", "1G", "--ssd-pool", "fast", "--ssd-size",
         "1G"},
-       "drive 3 (/dev/tvk3) is an SSD; what is cached is a hard disk"},
+       drive(otherSsd) + " is an SSD; what is cached is a hard disk"},
       {{"volume", "cache", "c", "--drive", other, "--size", "60G", "--ssd-pool", "fast", "--ssd-size", "1G"},
-       "drive 2 (/dev/tvk2) holds 10 GiB in whole chunks of 1 MiB, less than the 60 GiB asked for"},
+       drive(other) + " holds 10 GiB in whole chunks of 1 MiB, less than the 60 GiB asked for"},
       {{"volume", "create", "v", "--pool", "99:1G"}, "no pool has the number 99"},
       {{"volume", "create", "v", "--pool", "fine:17T"}, "a volume with chunks of 4 KiB has at most 16 TiB; "},
       {{"volume", "create", "v", "--pool", "slow:512"},

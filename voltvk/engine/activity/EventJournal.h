@@ -13,7 +13,7 @@ namespace voltvk {
 
 class Connection;
 
-/** The events of the state. They are appended in the transaction of the change that they tell of. */
+/** The events of the state. They are appended in the transaction of the change that they report. */
 class EventJournal {
 public:
   /** Events kept; older ones are dropped. Far more than happen between two polls of a listener. */

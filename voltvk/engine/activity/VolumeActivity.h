@@ -21,7 +21,7 @@ struct IoPattern {
 };
 
 /**
- * What happens on volumes: I/O, the counters that tell of it, and where chunks lie. The chunks of a
+ * What happens on volumes: I/O, the counters that record it, and where chunks lie. The chunks of a
  * tiered volume lie on the hard-disk pool first and go on on the SSD pool, until the policy engine
  * exchanges them. Works within the caller's transaction. Throws DatabaseError.
  */

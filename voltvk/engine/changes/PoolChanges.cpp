@@ -101,14 +101,14 @@ void PoolChanges::deleteRows(const PoolRecord& pool) {
           {pool.name, typeArgument(pool.internal)}, pool.id);
 }
 
-void PoolChanges::tellCreationFailed(const VirtualPoolSpec& spec) {
+void PoolChanges::reportCreationFailed(const VirtualPoolSpec& spec) {
   EventJournal(m_connection)
       .append(
           TVK_EVENT_POOL_CREATION_FAILED, TVK_EVENT_ERROR, "Pool {} could not be created, pool type {}",
           {shownName(spec.name), typeArgument(spec.poolFlag == TVK_POOL_INTERNAL)});
 }
 
-void PoolChanges::tellDeletionFailed(std::uint32_t poolId) {
+void PoolChanges::reportDeletionFailed(std::uint32_t poolId) {
   Statement pool(m_connection, "SELECT name FROM pool WHERE id = ?", poolId);
   const std::string shown = pool.step() ? pool.text(0) : std::to_string(poolId);
   EventJournal(m_connection)

@@ -28,10 +28,10 @@ public:
   /** Removes an internal pool whose volume is gone. */
   void removeInternal(const PoolRecord& pool);
 
-  /** Tells of a pool that could not be made. */
-  void tellCreationFailed(const VirtualPoolSpec& spec);
-  /** Tells of a pool that could not be deleted. */
-  void tellDeletionFailed(std::uint32_t poolId);
+  /** Reports a pool that could not be made. */
+  void reportCreationFailed(const VirtualPoolSpec& spec);
+  /** Reports a pool that could not be deleted. */
+  void reportDeletionFailed(std::uint32_t poolId);
 
 private:
   void deleteRows(const PoolRecord& pool);

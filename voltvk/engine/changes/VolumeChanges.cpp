@@ -138,14 +138,14 @@ void VolumeChanges::resetStatistics(std::uint32_t volumeId) {
           {volume.name}, volumeId);
 }
 
-void VolumeChanges::tellCreationFailed(const VirtualVolumeSpec& spec) {
+void VolumeChanges::reportCreationFailed(const VirtualVolumeSpec& spec) {
   EventJournal(m_connection)
       .append(
           TVK_EVENT_VOLUME_CREATION_FAILED, TVK_EVENT_ERROR, "Volume {} could not be created",
           {shownName(spec.name)});
 }
 
-void VolumeChanges::tellDeletionFailed(std::uint32_t volumeId) {
+void VolumeChanges::reportDeletionFailed(std::uint32_t volumeId) {
   Statement volume(m_connection, "SELECT name FROM volume WHERE id = ?", volumeId);
   const std::string shown = volume.step() ? volume.text(0) : std::to_string(volumeId);
   EventJournal(m_connection)

@@ -40,10 +40,10 @@ public:
   /** Sets the I/O counters to 0; where chunks lie stays as it is. */
   void resetStatistics(std::uint32_t volumeId);
 
-  /** Tells of a volume that could not be made. */
-  void tellCreationFailed(const VirtualVolumeSpec& spec);
-  /** Tells of a volume that could not be deleted. */
-  void tellDeletionFailed(std::uint32_t volumeId);
+  /** Reports a volume that could not be made. */
+  void reportCreationFailed(const VirtualVolumeSpec& spec);
+  /** Reports a volume that could not be deleted. */
+  void reportDeletionFailed(std::uint32_t volumeId);
 
 private:
   VolumeRecord find(std::uint32_t volumeId);

@@ -26,7 +26,7 @@ Ret Operation::run(State& state) const {
     work(state);
     return Ret();
   } catch (const InjectedFault& fault) {
-    tell(state, TVK_OK, fault.what());
+    report(state, TVK_OK, fault.what());
     throw;
   } catch (const Refusal& refusal) {
     return refuse(state, refusal.status(), refusal.what());
@@ -37,15 +37,15 @@ Ret Operation::run(State& state) const {
 
 Ret Operation::refuse(State& state, std::uint32_t status, const char* detail) const {
   if (status != TVK_NO_DRIVER) {
-    tell(state, status, detail);
+    report(state, status, detail);
   }
   return Ret(status, detail);
 }
 
-void Operation::tell(State& state, std::uint32_t status, const char* detail) const {
+void Operation::report(State& state, std::uint32_t status, const char* detail) const {
   try {
-    if (tellFailure) {
-      state.change(tellFailure);
+    if (reportFailure) {
+      state.change(reportFailure);
     }
   } catch (const std::exception&) {
     // The caller learns of the failure from the status; the event that would tell others is lost.

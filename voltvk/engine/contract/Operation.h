@@ -17,7 +17,7 @@ struct Operation {
   bool onAdapter;    ///< needs the adapter
   std::function<void(State&)> work;
   /** Appends the event that reports a failure, in a transaction of its own; may be empty. */
-  std::function<void(Connection&)> tellFailure = {};
+  std::function<void(Connection&)> reportFailure = {};
 
   /**
    * Applies the injected faults and runs the work. A failure is reported by its event and kept as the
@@ -29,7 +29,7 @@ struct Operation {
 
 private:
   Ret refuse(State& state, std::uint32_t status, const char* detail) const;
-  void tell(State& state, std::uint32_t status, const char* detail) const;
+  void report(State& state, std::uint32_t status, const char* detail) const;
 };
 
 /** @throws Refusal TVK_NO_DRIVER or TVK_NO_ADAPTER when a fault has switched one off. */

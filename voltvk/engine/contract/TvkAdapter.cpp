@@ -37,19 +37,21 @@ Ret run(const TvkAdapter& adapter, const Operation& operation) {
   return operation.run(*state);
 }
 
-/** Work that is a change of the configuration. */
-template <typename Change>
-std::function<void(State&)> changing(Change change) {
-  return [change](State& state) { state.change(change); };
+using Work = std::function<void(Connection&)>;
+
+/** A change of the configuration. @param reportFailure as in Operation */
+Ret change(const TvkAdapter& adapter, const char* name, const Work& work, const Work& reportFailure = {}) {
+  return run(adapter, {name, true, [&](State& state) { state.change(work); }, reportFailure});
 }
 
 /** The same for changes that take drives: they are decided on what the machine has now. */
-template <typename Change>
-std::function<void(State&)> changingDrives(Change change) {
-  return [change](State& state) {
+Ret changeWithDrives(
+    const TvkAdapter& adapter, const char* name, const Work& work, const Work& reportFailure) {
+  const auto scanAndChange = [&](State& state) {
     state.scanDrives();
-    state.change(change);
+    state.change(work);
   };
+  return run(adapter, {name, true, scanAndChange, reportFailure});
 }
 
 /** True for the hard disk's side of a cached drive. */
@@ -82,10 +84,10 @@ const char* TvkAdapter::getTypeName() const {
 
 Ret TvkAdapter::createVirtualPool(VirtualPoolSpec& spec) {
   std::uint32_t id = TVK_NO_ID;
-  const Ret ret =
-      run(*this, {operations::createVirtualPool, true,
-                  changingDrives([&](Connection& connection) { id = PoolChanges(connection).create(spec); }),
-                  [&](Connection& connection) { PoolChanges(connection).tellCreationFailed(spec); }});
+  const Ret ret = changeWithDrives(
+      *this, operations::createVirtualPool,
+      [&](Connection& connection) { id = PoolChanges(connection).create(spec); },
+      [&](Connection& connection) { PoolChanges(connection).reportCreationFailed(spec); });
   if (ret.getReturn() == TVK_OK) {
     spec.poolId = id;
   }
@@ -93,24 +95,24 @@ Ret TvkAdapter::createVirtualPool(VirtualPoolSpec& spec) {
 }
 
 Ret TvkAdapter::modifyVirtualPool(std::uint32_t poolId, const VirtualPoolSpec& spec) {
-  return run(*this, {operations::modifyVirtualPool, true, changing([&](Connection& connection) {
-                       PoolChanges(connection).modify(poolId, spec);
-                     })});
+  return change(*this, operations::modifyVirtualPool, [&](Connection& connection) {
+    PoolChanges(connection).modify(poolId, spec);
+  });
 }
 
 Ret TvkAdapter::deleteVirtualPool(std::uint32_t poolId) {
-  return run(
-      *this, {operations::deleteVirtualPool, true,
-              changing([=](Connection& connection) { PoolChanges(connection).remove(poolId); }),
-              [=](Connection& connection) { PoolChanges(connection).tellDeletionFailed(poolId); }});
+  return change(
+      *this, operations::deleteVirtualPool,
+      [&](Connection& connection) { PoolChanges(connection).remove(poolId); },
+      [&](Connection& connection) { PoolChanges(connection).reportDeletionFailed(poolId); });
 }
 
 Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
   std::uint32_t id = TVK_NO_ID;
-  const Ret ret =
-      run(*this, {operations::createVirtualVolume, true,
-                  changing([&](Connection& connection) { id = VolumeChanges(connection).create(spec); }),
-                  [&](Connection& connection) { VolumeChanges(connection).tellCreationFailed(spec); }});
+  const Ret ret = change(
+      *this, operations::createVirtualVolume,
+      [&](Connection& connection) { id = VolumeChanges(connection).create(spec); },
+      [&](Connection& connection) { VolumeChanges(connection).reportCreationFailed(spec); });
   if (ret.getReturn() == TVK_OK) {
     spec.volumeId = id;
   }
@@ -119,23 +121,20 @@ Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
 
 Ret TvkAdapter::createCachedLD(
     VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume) {
-  // Callers hand the two sides over in either order.
+  // Callers pass the two sides in either order.
   const bool exchanged = isDriveSide(ssdPool) && !isDriveSide(hddPool);
   const VirtualPoolSpec& cache = exchanged ? hddPool : ssdPool;
   VirtualPoolSpec& drive = exchanged ? ssdPool : hddPool;
   VirtualPoolSpec made = drive;
   std::uint32_t id = TVK_NO_ID;
-  const auto create = [&](Connection& connection) {
-    id = VolumeChanges(connection).createCachedDrive(cache, made, volume);
-  };
-  const auto tellFailure = [&](Connection& connection) {
-    made.poolFlag = TVK_POOL_INTERNAL;
-    PoolChanges(connection).tellCreationFailed(made);
-    VolumeChanges(connection).tellCreationFailed(volume);
-  };
-  const Operation operation{
-      operations::createCachedLD, true, changingDrives(std::ref(create)), std::ref(tellFailure)};
-  const Ret ret = run(*this, operation);
+  const Ret ret = changeWithDrives(
+      *this, operations::createCachedLD,
+      [&](Connection& connection) { id = VolumeChanges(connection).createCachedDrive(cache, made, volume); },
+      [&](Connection& connection) {
+        made.poolFlag = TVK_POOL_INTERNAL;
+        PoolChanges(connection).reportCreationFailed(made);
+        VolumeChanges(connection).reportCreationFailed(volume);
+      });
   if (ret.getReturn() == TVK_OK) {
     drive.poolId = made.poolId;
     volume.volumeId = id;
@@ -144,28 +143,28 @@ Ret TvkAdapter::createCachedLD(
 }
 
 Ret TvkAdapter::modifyVirtualVolume(std::uint32_t volumeId, VirtualVolumeSpec& spec) {
-  return run(*this, {operations::modifyVirtualVolume, true, changing([&](Connection& connection) {
-                       VolumeChanges(connection).modify(volumeId, spec);
-                     })});
+  return change(*this, operations::modifyVirtualVolume, [&](Connection& connection) {
+    VolumeChanges(connection).modify(volumeId, spec);
+  });
 }
 
 Ret TvkAdapter::deleteVirtualVolume(std::uint32_t volumeId) {
-  return run(
-      *this, {operations::deleteVirtualVolume, true,
-              changing([=](Connection& connection) { VolumeChanges(connection).remove(volumeId); }),
-              [=](Connection& connection) { VolumeChanges(connection).tellDeletionFailed(volumeId); }});
+  return change(
+      *this, operations::deleteVirtualVolume,
+      [&](Connection& connection) { VolumeChanges(connection).remove(volumeId); },
+      [&](Connection& connection) { VolumeChanges(connection).reportDeletionFailed(volumeId); });
 }
 
 Ret TvkAdapter::flushVirtualVolume(std::uint32_t volumeId) {
-  return run(*this, {operations::flushVirtualVolume, true, changing([=](Connection& connection) {
-                       VolumeChanges(connection).flush(volumeId);
-                     })});
+  return change(*this, operations::flushVirtualVolume, [&](Connection& connection) {
+    VolumeChanges(connection).flush(volumeId);
+  });
 }
 
 Ret TvkAdapter::resetVirtualVolumeStats(std::uint32_t volumeId) {
-  return run(*this, {operations::resetVirtualVolumeStats, true, changing([=](Connection& connection) {
-                       VolumeChanges(connection).resetStatistics(volumeId);
-                     })});
+  return change(*this, operations::resetVirtualVolumeStats, [&](Connection& connection) {
+    VolumeChanges(connection).resetStatistics(volumeId);
+  });
 }
 
 Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId) {

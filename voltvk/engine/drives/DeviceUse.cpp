@@ -8,7 +8,7 @@
 namespace voltvk {
 
 DeviceUse::DeviceUse(const std::string& sysfs, const std::string& mountInfo, const std::string& swaps)
-    : m_blockFolder(sysfs + "/block") {
+    : m_blockDirectory(sysfs + "/block") {
   readDevices();
   for (const auto& [upper, lowers] : m_stackedUpon) {
     for (const std::string& lower : lowers) {
@@ -20,20 +20,20 @@ DeviceUse::DeviceUse(const std::string& sysfs, const std::string& mountInfo, con
 }
 
 void DeviceUse::readDevices() {
-  for (const std::string& device : listFolder(m_blockFolder)) {
-    const std::string folder = pathOf(m_blockFolder, device);
-    m_nameOfNumber[readSystemText(folder + "/dev")] = device;
-    for (const std::string& child : listFolder(folder)) {
-      const std::string childFolder = pathOf(folder, child);
-      if (!readSystemText(pathOf(childFolder, "partition")).empty()) {
+  for (const std::string& device : listDirectory(m_blockDirectory)) {
+    const std::string directory = pathOf(m_blockDirectory, device);
+    m_nameOfNumber[readSystemText(directory + "/dev")] = device;
+    for (const std::string& child : listDirectory(directory)) {
+      const std::string childDirectory = pathOf(directory, child);
+      if (!readSystemText(pathOf(childDirectory, "partition")).empty()) {
         m_parent[child] = device;
-        m_nameOfNumber[readSystemText(pathOf(childFolder, "dev"))] = child;
+        m_nameOfNumber[readSystemText(pathOf(childDirectory, "dev"))] = child;
       }
     }
-    for (const std::string& slave : listFolder(folder + "/slaves")) {
+    for (const std::string& slave : listDirectory(directory + "/slaves")) {
       m_stackedUpon[device].insert(slave);
     }
-    const std::string mapperName = readSystemText(folder + "/dm/name");
+    const std::string mapperName = readSystemText(directory + "/dm/name");
     if (!mapperName.empty()) {
       m_mapperNames[mapperName] = device;
     }

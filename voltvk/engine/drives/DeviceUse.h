@@ -29,7 +29,7 @@ private:
   /** The kernel's name for a device node such as "/dev/mapper/data"; empty when unknown. */
   std::string kernelName(const std::string& node) const;
 
-  std::string m_blockFolder;
+  std::string m_blockDirectory;
   std::map<std::string, std::string> m_nameOfNumber;           // "8:1" -> "sda1"
   std::map<std::string, std::string> m_parent;                 // "sda1" -> "sda"
   std::map<std::string, std::set<std::string>> m_stackedUpon;  // "dm-0" -> "sda2", ...

@@ -73,12 +73,12 @@ void DriveRegistry::reconcile(const std::vector<DriveRecord>& hostDrives) {
       found.erase(match);
     } else if (drive.present) {
       Statement(m_connection, "UPDATE drive SET present = 0 WHERE number = ?", drive.number).run();
-      tellOf(drive, false);
+      reportChange(drive, false);
     }
   }
   for (auto& [identity, drive] : found) {
     if (insert(drive)) {
-      tellOf(drive, true);
+      reportChange(drive, true);
     }
   }
 }
@@ -96,7 +96,7 @@ void DriveRegistry::update(const DriveRecord& known, const DriveRecord& found) {
       found.interfaceType, found.removable, found.bootable, found.partitioned, found.mounted, known.number)
       .run();
   if (!known.present) {
-    tellOf(found, true);
+    reportChange(found, true);
   }
 }
 
@@ -117,7 +117,7 @@ int DriveRegistry::freeNumber() {
 
 bool DriveRegistry::insert(DriveRecord& drive) {
   if (m_connection.number("SELECT count(*) FROM drive") >= static_cast<std::int64_t>(CAPACITY)) {
-    // Make room: forget a drive that was unplugged and that no pool stands on.
+    // Make room: forget a drive that was unplugged and that no pool uses.
     m_connection.execute("DELETE FROM drive WHERE number = (SELECT min(number) FROM drive WHERE present = 0"
                          " AND number NOT IN (SELECT drive FROM pool_member))");
     if (m_connection.changes() == 0) {
@@ -176,7 +176,7 @@ std::uint16_t DriveRegistry::addVirtual(const VirtualDriveSpec& spec) {
     throw Refusal(
         TVK_TOO_MANY_DEVICES, "there are " + std::to_string(CAPACITY) + " drives already; remove one first");
   }
-  tellOf(drive, true);
+  reportChange(drive, true);
   return drive.number;
 }
 
@@ -196,13 +196,13 @@ void DriveRegistry::removeVirtual(std::uint16_t number) {
           TVK_DEVICE_IN_USE, name + " is a member of pool " + member.text(0) + "; delete the pool first");
     }
     Statement(m_connection, "DELETE FROM drive WHERE number = ?", number).run();
-    tellOf(drive, false);
+    reportChange(drive, false);
     return;
   }
   throw Refusal(TVK_NO_SUCH_DEVICE, "there is no " + name + "; see the list of drives");
 }
 
-void DriveRegistry::tellOf(const DriveRecord& drive, bool added) {
+void DriveRegistry::reportChange(const DriveRecord& drive, bool added) {
   EventJournal journal(m_connection);
   if (added) {
     journal.append(TVK_EVENT_DRIVE_ADDED, TVK_EVENT_INFORMATION, "Drive {} was added", {drive.name});

@@ -37,7 +37,7 @@ public:
 
   /**
    * Records what a scan has found: new drives get numbers, those that are gone are marked, and events
-   * tell of both. Drives beyond CAPACITY are left out.
+   * report both. Drives beyond CAPACITY are left out.
    */
   void reconcile(const std::vector<DriveRecord>& hostDrives);
 
@@ -55,7 +55,7 @@ private:
   bool insert(DriveRecord& drive);
   void update(const DriveRecord& known, const DriveRecord& found);
   int freeNumber();
-  void tellOf(const DriveRecord& drive, bool added);
+  void reportChange(const DriveRecord& drive, bool added);
 
   Connection& m_connection;
 };

@@ -16,7 +16,7 @@ namespace voltvk {
 
 namespace {
 
-/** Kernel names that are no drives. A RAID device ("md0") is one. */
+/** Kernel names that are not drives. A RAID device ("md0") is one. */
 bool isNoDrive(const std::string& name) {
   constexpr std::array<const char*, 6> KINDS = {"loop", "ram", "zram", "sr", "fd", "dm-"};
   return std::any_of(KINDS.begin(), KINDS.end(), [&](const std::string& kind) {
@@ -33,9 +33,9 @@ std::uint64_t readNumber(const std::string& path) {
 }
 
 /** The first of the files that says something. */
-std::string firstText(const std::string& folder, std::initializer_list<const char*> files) {
+std::string firstText(const std::string& directory, std::initializer_list<const char*> files) {
   for (const char* file : files) {
-    std::string text = readSystemText(folder + "/" + file);
+    std::string text = readSystemText(directory + "/" + file);
     if (!text.empty()) {
       return text;
     }
@@ -51,28 +51,28 @@ std::string linkTarget(const std::string& path) {
 }
 
 /** SCSI drives tell their serial number in a binary page: 4 bytes of header, then the text. */
-std::string serialNumber(const std::string& folder) {
-  std::string serial = firstText(folder, {"device/serial", "serial"});
+std::string serialNumber(const std::string& directory) {
+  std::string serial = firstText(directory, {"device/serial", "serial"});
   if (serial.empty()) {
-    const std::string page = readSystemFile(folder + "/device/vpd_pg80");
+    const std::string page = readSystemFile(directory + "/device/vpd_pg80");
     serial = page.size() > 4 ? cleanText(std::string_view(page).substr(4)) : "";
   }
   return serial;
 }
 
 /** The vendor's name. Where the file holds the number of a PCI vendor it names the wrong thing. */
-std::string vendorName(const std::string& folder) {
-  std::string vendor = readSystemText(folder + "/device/vendor");
+std::string vendorName(const std::string& directory) {
+  std::string vendor = readSystemText(directory + "/device/vendor");
   return vendor.rfind("0x", 0) == 0 ? "" : vendor;
 }
 
-TvkInterfaceType interfaceType(const std::string& folder, const DriveRecord& drive) {
-  const std::string subsystem = baseName(linkTarget(folder + "/device/subsystem"));
-  const std::string place = linkTarget(folder);
-  if (subsystem.rfind("nvme", 0) == 0 || baseName(folder).rfind("nvme", 0) == 0) {
+TvkInterfaceType interfaceType(const std::string& directory, const DriveRecord& drive) {
+  const std::string subsystem = baseName(linkTarget(directory + "/device/subsystem"));
+  const std::string place = linkTarget(directory);
+  if (subsystem.rfind("nvme", 0) == 0 || baseName(directory).rfind("nvme", 0) == 0) {
     return TVK_INTERFACE_NVME;
   }
-  if (subsystem == "virtio" || baseName(folder).rfind("vd", 0) == 0) {
+  if (subsystem == "virtio" || baseName(directory).rfind("vd", 0) == 0) {
     return TVK_INTERFACE_VIRTIO;
   }
   if (place.find("/usb") != std::string::npos) {
@@ -81,14 +81,14 @@ TvkInterfaceType interfaceType(const std::string& folder, const DriveRecord& dri
   if (place.find("/ata") != std::string::npos || drive.vendor == "ATA") {
     return TVK_INTERFACE_SATA;
   }
-  return subsystem == "scsi" || baseName(folder).rfind("sd", 0) == 0 ? TVK_INTERFACE_SAS
-                                                                     : TVK_INTERFACE_UNKNOWN;
+  return subsystem == "scsi" || baseName(directory).rfind("sd", 0) == 0 ? TVK_INTERFACE_SAS
+                                                                        : TVK_INTERFACE_UNKNOWN;
 }
 
-bool hasPartitions(const std::string& folder) {
-  const std::vector<std::string> children = listFolder(folder);
+bool hasPartitions(const std::string& directory) {
+  const std::vector<std::string> children = listDirectory(directory);
   return std::any_of(children.begin(), children.end(), [&](const std::string& child) {
-    return !readSystemText(folder + "/" + child + "/partition").empty();
+    return !readSystemText(directory + "/" + child + "/partition").empty();
   });
 }
 
@@ -100,23 +100,23 @@ std::string identityOf(const DriveRecord& drive) {
   return drive.serial.empty() ? "name:" + drive.name : "serial:" + drive.serial + "/" + drive.model;
 }
 
-DriveRecord describe(const std::string& folder, const std::string& kernelName) {
+DriveRecord describe(const std::string& directory, const std::string& kernelName) {
   DriveRecord drive;
-  drive.sectors = readNumber(folder + "/size");
-  if (drive.sectors == 0 || readNumber(folder + "/hidden") == 1) {
+  drive.sectors = readNumber(directory + "/size");
+  if (drive.sectors == 0 || readNumber(directory + "/hidden") == 1) {
     drive.sectors = 0;  // empty, gone, or one path of several to a drive that is listed by itself
     return drive;
   }
   drive.name = "/dev/" + kernelName;
   std::replace(drive.name.begin(), drive.name.end(), '!', '/');  // so sysfs writes a slash
-  drive.serial = serialNumber(folder);
-  drive.wwid = firstText(folder, {"device/wwid", "wwid", "device/cid", "md/uuid"});
-  drive.vendor = vendorName(folder);
-  drive.model = firstText(folder, {"device/model", "device/name"});
-  drive.type = readNumber(folder + "/queue/rotational") == 1 ? TVK_DEVICE_HDD : TVK_DEVICE_SSD;
-  drive.interfaceType = interfaceType(folder, drive);
-  drive.removable = readNumber(folder + "/removable") == 1;
-  drive.partitioned = hasPartitions(folder);
+  drive.serial = serialNumber(directory);
+  drive.wwid = firstText(directory, {"device/wwid", "wwid", "device/cid", "md/uuid"});
+  drive.vendor = vendorName(directory);
+  drive.model = firstText(directory, {"device/model", "device/name"});
+  drive.type = readNumber(directory + "/queue/rotational") == 1 ? TVK_DEVICE_HDD : TVK_DEVICE_SSD;
+  drive.interfaceType = interfaceType(directory, drive);
+  drive.removable = readNumber(directory + "/removable") == 1;
+  drive.partitioned = hasPartitions(directory);
   drive.identity = identityOf(drive);
   return drive;
 }
@@ -136,7 +136,7 @@ std::vector<DriveRecord> HostDriveScanner::scan() const {
   const DeviceUse use(m_sysfs, m_mountInfo, m_swaps);
   std::vector<DriveRecord> drives;
   std::set<std::string> identities;
-  for (const std::string& name : listFolder(m_sysfs + "/block")) {
+  for (const std::string& name : listDirectory(m_sysfs + "/block")) {
     if (isNoDrive(name)) {
       continue;
     }

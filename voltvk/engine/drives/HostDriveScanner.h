@@ -19,7 +19,7 @@ public:
   static HostDriveScanner ofThisMachine();
 
   /**
-   * @param sysfs the mount point of sysfs, with the folder "block"
+   * @param sysfs the mount point of sysfs, with the directory "block"
    * @param mountInfo a table as /proc/self/mountinfo
    * @param swaps a table as /proc/swaps
    */

@@ -29,11 +29,11 @@ std::string readSystemText(const std::string& path) {
   return cleanText(readSystemFile(path));
 }
 
-std::vector<std::string> listFolder(const std::string& path) {
+std::vector<std::string> listDirectory(const std::string& path) {
   std::vector<std::string> names;
-  std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(path.c_str()), closedir);
-  while (folder != nullptr) {
-    const dirent* entry = readdir(folder.get());
+  std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
+  while (directory != nullptr) {
+    const dirent* entry = readdir(directory.get());
     if (entry == nullptr) {
       break;
     }
@@ -62,8 +62,8 @@ std::string cleanText(std::string_view text) {
   return clean;
 }
 
-std::string pathOf(const std::string& folder, const std::string& name) {
-  std::string path = folder;
+std::string pathOf(const std::string& directory, const std::string& name) {
+  std::string path = directory;
   path += '/';
   path += name;
   return path;

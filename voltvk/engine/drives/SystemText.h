@@ -14,14 +14,14 @@ std::string readSystemText(const std::string& path);
 /** The whole of a system file as it is; empty when it cannot be read. */
 std::string readSystemFile(const std::string& path);
 
-/** Names in a folder without "." and "..", sorted; empty when it cannot be read. */
-std::vector<std::string> listFolder(const std::string& path);
+/** Names in a directory without "." and "..", sorted; empty when it cannot be read. */
+std::vector<std::string> listDirectory(const std::string& path);
 
-/** The text without blanks around it, with '?' for bytes that are no UTF-8 and for control characters. */
+/** The text without blanks around it, with '?' for bytes that are not UTF-8 and for control characters. */
 std::string cleanText(std::string_view text);
 
-/** The path of something in a folder. */
-std::string pathOf(const std::string& folder, const std::string& name);
+/** The path of something in a directory. */
+std::string pathOf(const std::string& directory, const std::string& name);
 
 /** The last part of a path. */
 std::string baseName(const std::string& path);

@@ -63,8 +63,9 @@ std::string checkedName(const GivenText& given) {
 
 std::string requiredName(const GivenText& given) {
   std::string name = checkedName(given);
-  require(
-      !name.empty(), TVK_INVALID_NAME, [&] { return "the name is empty; a name has 1 to " + limitOf(given); });
+  require(!name.empty(), TVK_INVALID_NAME, [&] {
+    return "the name is empty; a name has 1 to " + limitOf(given);
+  });
   return name;
 }
 

@@ -16,7 +16,8 @@ namespace voltvk {
  * by Refusal, once for the whole sentence.
  */
 
-/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added, since it may stand beside another. */
+/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added, since
+ * it may stand beside another. */
 std::string sizeText(std::uint64_t sectors);
 
 /** "1 drive", "3 drives". */

@@ -69,7 +69,7 @@ struct VolumeRecord {
   std::uint8_t type = 0;           ///< TvkVolumeType
   std::uint64_t chunkSectors = 0;  ///< the larger of its pools' chunk sizes
   std::uint64_t hddChunks = 0;
-  std::uint64_t ssdChunks = 0;  ///< of a cached volume: the cache, which is no part of its capacity
+  std::uint64_t ssdChunks = 0;  ///< of a cached volume: the cache, which is not part of its capacity
   std::uint8_t knob = 0;        ///< TvkKnob
   std::vector<VolumeExtentRecord> extents;
 

@@ -191,7 +191,7 @@ void Snapshot::addDrives() {
   }
   for (const DriveRecord& record : m_configuration.drives) {
     if (!record.present && !used[record.number]) {
-      continue;  // an unplugged drive that nothing stands on: only its number is kept
+      continue;  // an unplugged drive that nothing uses: only its number is kept
     }
     auto drive = std::make_unique<Drive>(record, used[record.number]);
     m_driveOfNumber[record.number] = drive.get();

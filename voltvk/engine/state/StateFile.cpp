@@ -22,7 +22,7 @@ namespace voltvk {
 namespace {
 
 constexpr const char* DEFAULT_PATH = "/var/lib/voltvk/state.db";
-constexpr const char* CHECK_PATH = "check the path in VOLTVK_STATE, or the permissions of its folder";
+constexpr const char* CHECK_PATH = "check the path in VOLTVK_STATE, or the permissions of its directory";
 constexpr std::size_t HEADER_SIZE = 100;
 constexpr const char MAGIC[] = "SQLite format 3";  // 16 bytes with its NUL
 
@@ -31,7 +31,7 @@ std::string errorText(int number) {
   return strerror_r(number, buffer.data(), buffer.size());
 }
 
-/** Splits into folder and file name; the folder of a bare name is ".". */
+/** Splits into directory and file name; the directory of a bare name is ".". */
 std::pair<std::string, std::string> split(const std::string& path) {
   std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) {
@@ -40,10 +40,10 @@ std::pair<std::string, std::string> split(const std::string& path) {
   return {slash == 0 ? "/" : path.substr(0, slash), path.substr(slash + 1)};
 }
 
-/** Resolves symbolic links of the folder, so that one file has one name. */
+/** Resolves symbolic links of the directory, so that one file has one name. */
 std::string resolved(const std::string& path) {
-  auto [folder, name] = split(path);
-  char* real = realpath(folder.c_str(), nullptr);
+  auto [directory, name] = split(path);
+  char* real = realpath(directory.c_str(), nullptr);
   if (real == nullptr) {
     return path;
   }
@@ -52,20 +52,20 @@ std::string resolved(const std::string& path) {
   return result;
 }
 
-/** Makes a folder and those above it. @return 0 or the error number. */
-int makeFolder(const std::string& folder) {
-  if (mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST) {
+/** Makes a directory and those above it. @return 0 or the error number. */
+int makeDirectory(const std::string& directory) {
+  if (mkdir(directory.c_str(), 0700) == 0 || errno == EEXIST) {
     return 0;
   }
-  auto [above, name] = split(folder);
-  if (errno != ENOENT || above == folder || above == ".") {
+  auto [above, name] = split(directory);
+  if (errno != ENOENT || above == directory || above == ".") {
     return errno;
   }
-  int error = makeFolder(above);
+  int error = makeDirectory(above);
   if (error != 0) {
     return error;
   }
-  return mkdir(folder.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
+  return mkdir(directory.c_str(), 0700) == 0 || errno == EEXIST ? 0 : errno;
 }
 
 std::uint64_t fileSize(const std::string& path) {
@@ -91,10 +91,10 @@ void StateFile::refuse(const std::string& what, const std::string& advice) const
   throw Refusal(TVK_NO_DRIVER, "the state file " + m_path + " " + what + "; " + advice);
 }
 
-void StateFile::makeFolders() {
-  const int error = makeFolder(split(m_path).first);
+void StateFile::makeDirectorys() {
+  const int error = makeDirectory(split(m_path).first);
   if (error != 0) {
-    refuse("cannot be made, its folder: " + errorText(error), CHECK_PATH);
+    refuse("cannot be made, its directory: " + errorText(error), CHECK_PATH);
   }
   m_path = resolved(m_path);
 }
@@ -133,14 +133,14 @@ void StateFile::waitForTurn() const {
 }
 
 void StateFile::prepare() {
-  makeFolders();
+  makeDirectorys();
   openFile();
   struct stat status {};
   if (fstat(m_file->get(), &status) != 0) {
     refuse("cannot be examined: " + errorText(errno), CHECK_PATH);
   }
   if (!S_ISREG(status.st_mode)) {
-    refuse("is no regular file", "set VOLTVK_STATE to another path");
+    refuse("is not a regular file", "set VOLTVK_STATE to another path");
   }
   if (status.st_uid != geteuid() && status.st_uid != 0) {
     refuse("belongs to user " + std::to_string(status.st_uid), "remove it or give it to the right user");
@@ -177,7 +177,7 @@ void StateFile::checkHeader(std::uint64_t size) const {
   std::array<unsigned char, HEADER_SIZE> header{};
   const ssize_t count = pread(m_file->get(), header.data(), header.size(), 0);
   if (count != static_cast<ssize_t>(header.size()) || std::memcmp(header.data(), MAGIC, sizeof MAGIC) != 0) {
-    refuse("is no database, or is damaged", restore);
+    refuse("is not a database, or is damaged", restore);
   }
   if (bigEndian(&header[68]) != STATE_APPLICATION_ID) {
     refuse("is a database of another program", "set VOLTVK_STATE to another path");

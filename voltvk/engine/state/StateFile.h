@@ -28,14 +28,14 @@ public:
   /** $VOLTVK_STATE unless the process runs with raised privileges, else /var/lib/voltvk/state.db. */
   static std::string defaultPath();
 
-  /** @param path absolute or relative to the current folder. */
+  /** @param path absolute or relative to the current directory. */
   explicit StateFile(const std::string& path);
 
-  /** The path without symbolic links in its folder, once the folder exists; else as given. */
+  /** The path without symbolic links in its directory, once the directory exists; else as given. */
   const std::string& path() const { return m_path; }
 
   /**
-   * Makes the folder (mode 0700) and an empty file (0600) when they are missing, checks that the file
+   * Makes the directory (mode 0700) and an empty file (0600) when they are missing, checks that the file
    * may be used, and keeps other processes from checking or making it until release is called.
    *
    * The file stays open until close: closing any descriptor of it would drop the locks that SQLite
@@ -53,7 +53,7 @@ public:
   bool isSame() const;
 
 private:
-  void makeFolders();
+  void makeDirectorys();
   void openFile();
   void waitForTurn() const;
   void checkHeader(std::uint64_t size) const;

@@ -37,7 +37,7 @@ public:
     rebind(arguments...);
     run();
   }
-  /** Begins anew with other arguments. */
+  /** Starts again with other arguments. */
   template <typename... Arguments>
   void rebind(const Arguments&... arguments) {
     reset();

@@ -21,7 +21,7 @@ using VoltvkReleaseFunction = void (*)(void* field);
 constexpr std::size_t VOLTVK_BLOCK_PREFIX = 16;
 constexpr std::size_t VOLTVK_RELEASE_FIELD = sizeof(VoltvkReleaseFunction);
 
-/** @return size bytes that release can free, or null when memory is short (never throws). */
+/** @return size bytes that release can free, or null without memory (never throws). */
 inline void* voltvkAllocate(std::size_t size, VoltvkReleaseFunction release) noexcept {
   if (size > SIZE_MAX - VOLTVK_BLOCK_PREFIX) {
     return nullptr;

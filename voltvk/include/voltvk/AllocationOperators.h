@@ -3,7 +3,7 @@
  * Defines the global allocation operators of a module by the convention of Allocation.h. Included by
  * exactly one source of the module, after it has defined
  *   extern "C" void MODULE_RELEASE(void* field);
- * and VOLTVK_MODULE_RELEASE as that function's name. operator new answers null when memory is short,
+ * and VOLTVK_MODULE_RELEASE as that function's name. operator new answers null without memory,
  * so the module is compiled with -fcheck-new.
  */
 #ifndef VOLTVK_INCLUDE_VOLTVK_ALLOCATIONOPERATORS_H

@@ -37,7 +37,7 @@ public:
 
   /** The status code; 0 is success. */
   std::uint32_t getReturn() const { return m_status; }
-  /** An English sentence for the code, without a final stop; never null, valid for ever. */
+  /** An English sentence for the code, without a final stop; never null, always valid. */
   const char* getText() const;
   /**
    * What was wrong, with what, and what to do: one line of UTF-8 with the names and numbers concerned, of

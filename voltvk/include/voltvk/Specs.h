@@ -12,7 +12,7 @@ constexpr unsigned int TVK_NAME_SIZE = TVK_LONGEST_NAME + 1;
 constexpr unsigned int TVK_DESCRIPTION_SIZE = TVK_LONGEST_DESCRIPTION + 1;
 /** Drives that one request can name: one for each number. */
 constexpr unsigned int TVK_SPEC_DEVICES = TVK_LARGEST_DEVICE_NUMBER + 1;
-/** Pools that a volume stands on. */
+/** Pools that a volume uses. */
 constexpr unsigned int TVK_SPEC_POOLS = 2;
 /** An identifier that no pool or volume has. */
 constexpr std::uint32_t TVK_NO_ID = 0xFFFFFFFFU;

@@ -56,7 +56,7 @@ public:
   virtual Ret modifyVirtualVolume(std::uint32_t volumeId, VirtualVolumeSpec& spec);
   /** Writes the dirty chunks of a cached volume back; any other is refused with TVK_NOT_CACHED. */
   virtual Ret flushVirtualVolume(std::uint32_t volumeId);
-  /** Deletes a pool; one that a volume stands on is refused with TVK_POOL_IN_USE or TVK_POOL_IS_INTERNAL. */
+  /** Deletes a pool; one that a volume uses is refused with TVK_POOL_IN_USE or TVK_POOL_IS_INTERNAL. */
   virtual Ret deleteVirtualPool(std::uint32_t poolId);
   /** Changes what the record says; its poolId does not count. */
   virtual Ret modifyVirtualPool(std::uint32_t poolId, const VirtualPoolSpec& spec);

@@ -28,7 +28,7 @@ public:
   virtual std::uint32_t getPoolId() const = 0;      ///< never given twice, never TVK_NO_ID
   virtual std::uint32_t getPoolStatus() const = 0;  ///< TvkHealth
   virtual std::uint8_t getNumberOfLogicalDevices() const = 0;
-  virtual std::uint8_t getNumberOfVirtualVolumes() const = 0;  ///< volumes that stand on it
+  virtual std::uint8_t getNumberOfVirtualVolumes() const = 0;  ///< volumes that use it
   virtual std::uint64_t getChunkSize() const = 0;              ///< sectors of 512 bytes
   virtual std::uint8_t getTierLevel() const = 0;               ///< TvkTierLevel
   virtual std::uint64_t getCapacityInSectors() const = 0;      ///< sectors of 512 bytes

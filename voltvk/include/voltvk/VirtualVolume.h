@@ -30,14 +30,14 @@ public:
   virtual const char* getName() const = 0;                ///< 1 to TVK_LONGEST_NAME bytes of UTF-8
   virtual const char* getDescription() const = 0;         ///< at most TVK_LONGEST_DESCRIPTION bytes of UTF-8
   virtual std::uint32_t getVolumeId() const = 0;          ///< never given twice, never TVK_NO_ID
-  virtual std::uint8_t getVirtualPoolsCount() const = 0;  ///< pools that it stands on
+  virtual std::uint8_t getVirtualPoolsCount() const = 0;  ///< pools that it uses
   virtual std::uint32_t getFeatures() const = 0;          ///< a sum: 1 cache, 2 tier
   virtual std::uint8_t getVolumeType() const = 0;         ///< TvkVolumeType
   virtual std::uint8_t getCacheMode() const = 0;          ///< TvkCacheMode
   virtual std::uint32_t getMaxMoveChunks() const = 0;     ///< chunks moved per policy round
   virtual std::uint32_t getMoveThreshold() const = 0;     ///< accesses after which a chunk is hot
   virtual std::uint32_t getStatsSetting() const = 0;      ///< 1 statistics are kept
-  virtual std::uint32_t getNumberOfVirtualPoolsSupported() const = 0;  ///< pools that it can stand on
+  virtual std::uint32_t getNumberOfVirtualPoolsSupported() const = 0;  ///< pools that it can use
   virtual std::uint16_t getDeviceNumber() const = 0;       ///< of the volume as a device of the system
   virtual std::uint8_t getState() const = 0;               ///< TvkHealth
   virtual std::uint8_t getKnobSetting() const = 0;         ///< TvkKnob
