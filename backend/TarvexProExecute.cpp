@@ -21,19 +21,9 @@ void initializeRoutineList(routineTable& table) {
   KvsTrace("Entering initializeRoutineList ");
   table.clear();
   insertRoutine(table, "getRoutineList", getSupportedRoutines, 0);
-  insertRoutine(table, "CreateVirtualPool", TvpIfCreateVirtualPool, 0);
-  insertRoutine(table, "DeleteVirtualPool", TvpIfDeleteVirtualPool, 0);
-  insertRoutine(table, "ModifyVirtualPool", TvpIfModifyVirtualPool, 0);
-  insertRoutine(table, "CreateVirtualVolume", TvpIfCreateVirtualVolume, 1);
-  insertRoutine(table, "DeleteVirtualVolume", TvpIfDeleteVirtualVolume, 1);
-  insertRoutine(table, "ModifyVirtualVolume", TvpIfModifyVirtualVolume, 0);
-  insertRoutine(table, "FlushVirtualVolume", TvpIfFlushVirtualVolume, 0);
-  insertRoutine(table, "GetVirtualVolumeStats", TvpIfGetVirtualVolumeStats, 0);
-  insertRoutine(table, "ResetVirtualVolumeStats", TvpIfResetVirtualVolumeStats, 0);
-  insertRoutine(table, "GetVirtualPoolMembers", TvpIfGetVirtualPoolMembers, 0);
-  insertRoutine(table, "GetVirtualVolumeMembers", TvpIfGetVirtualVolumeMembers, 0);
-  insertRoutine(table, "CreateDataCacheVolume", TvpIfCreateDataCacheVolume, 0);
-  insertRoutine(table, "DeleteDataCacheVolume", TvpIfDeleteDataCacheVolume, 0);
+  insertPoolRoutines(table);
+  insertVolumeRoutines(table);
+  insertDataCacheRoutines(table);
   KvsTrace("Exiting initializeRoutineList ");
 }
 

@@ -30,36 +30,18 @@ void insertRoutine(routineTable& table, const std::string& name, routineFunction
 /** Empties the table and fills it with all routines. */
 void initializeRoutineList(routineTable& table);
 
-/**
- * The routines. Each returns BACKEND_DONE or BACKEND_FAILED: arguments that are missing or too many
- * (logged, no output), or a refusal by the storage library, whose status is the output "RetStat"
- * ("ReturnCode" for TvpIfResetVirtualVolumeStats). An argument that is null, of another type or without
- * an element reads as 0 or the empty text, which the library judges. Safe from any thread.
- */
+/** The routine that returns the names of all of them. */
 unsigned int getSupportedRoutines(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int TvpIfCreateVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int TvpIfDeleteVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int TvpIfModifyVirtualPool(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfCreateVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfDeleteVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfModifyVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfFlushVirtualVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfGetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfResetVirtualVolumeStats(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfCreateDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
-unsigned int
-TvpIfDeleteDataCacheVolume(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
+
+/**
+ * Each adds the routines of its file. A routine returns BACKEND_DONE, or BACKEND_FAILED for arguments that
+ * are missing or too many (logged, no output) and for a refusal by the storage library, whose status is the
+ * output "RetStat" ("ReturnCode" for TvpIfResetVirtualVolumeStats). An argument that is null, of another type
+ * or without an element reads as 0 or the empty text, which the library judges. Safe from any thread.
+ */
+void insertPoolRoutines(routineTable& table);
+void insertVolumeRoutines(routineTable& table);
+void insertDataCacheRoutines(routineTable& table);
 
 }  // namespace tvp::cim::fwf
 

@@ -45,8 +45,6 @@ bool poolExists(unsigned int poolId) {
   return false;
 }
 
-}  // namespace
-
 unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfCreateDataCacheVolume");
   const RoutineArguments arguments("TvpIfCreateDataCacheVolume", in);
@@ -104,6 +102,13 @@ unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
   const unsigned int result = TarvexProVirtualVolume::DeleteDataCacheVolume(volumeId, poolId, ret);
   returnStatus(" TvpIfDeleteDataCacheVolume", ret, out);
   return result;
+}
+
+}  // namespace
+
+void insertDataCacheRoutines(routineTable& table) {
+  insertRoutine(table, "CreateDataCacheVolume", TvpIfCreateDataCacheVolume, 0);
+  insertRoutine(table, "DeleteDataCacheVolume", TvpIfDeleteDataCacheVolume, 0);
 }
 
 }  // namespace tvp::cim::fwf

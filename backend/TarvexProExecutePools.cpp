@@ -10,6 +10,8 @@
 
 namespace tvp::cim::fwf {
 
+namespace {
+
 unsigned int TvpIfCreateVirtualPool(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfCreateVirtualPool");
   const RoutineArguments arguments("TvpIfCreateVirtualPool", in);
@@ -92,6 +94,15 @@ TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in, 
   members.farewell = "Returning Logical Device instances";
   members.collect = TarvexProVirtualPool::GetPoolMembers;
   return runMemberRoutine(members, path, in, out);
+}
+
+}  // namespace
+
+void insertPoolRoutines(routineTable& table) {
+  insertRoutine(table, "CreateVirtualPool", TvpIfCreateVirtualPool, 0);
+  insertRoutine(table, "DeleteVirtualPool", TvpIfDeleteVirtualPool, 0);
+  insertRoutine(table, "ModifyVirtualPool", TvpIfModifyVirtualPool, 0);
+  insertRoutine(table, "GetVirtualPoolMembers", TvpIfGetVirtualPoolMembers, 0);
 }
 
 }  // namespace tvp::cim::fwf

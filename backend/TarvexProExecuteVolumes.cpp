@@ -45,8 +45,6 @@ void answerStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) 
   out.addArgument(makeProperty<unsigned int>("VD_Feature", statistics.feature));
 }
 
-}  // namespace
-
 unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfCreateVirtualVolume");
   const RoutineArguments arguments("TvpIfCreateVirtualVolume", in);
@@ -159,6 +157,18 @@ TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in
   members.farewell = "Returning pool instances";
   members.collect = TarvexProVirtualVolume::GetVolumeMembers;
   return runMemberRoutine(members, path, in, out);
+}
+
+}  // namespace
+
+void insertVolumeRoutines(routineTable& table) {
+  insertRoutine(table, "CreateVirtualVolume", TvpIfCreateVirtualVolume, 1);
+  insertRoutine(table, "DeleteVirtualVolume", TvpIfDeleteVirtualVolume, 1);
+  insertRoutine(table, "ModifyVirtualVolume", TvpIfModifyVirtualVolume, 0);
+  insertRoutine(table, "FlushVirtualVolume", TvpIfFlushVirtualVolume, 0);
+  insertRoutine(table, "GetVirtualVolumeStats", TvpIfGetVirtualVolumeStats, 0);
+  insertRoutine(table, "ResetVirtualVolumeStats", TvpIfResetVirtualVolumeStats, 0);
+  insertRoutine(table, "GetVirtualVolumeMembers", TvpIfGetVirtualVolumeMembers, 0);
 }
 
 }  // namespace tvp::cim::fwf

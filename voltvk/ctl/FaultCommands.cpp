@@ -6,6 +6,8 @@
 
 #include <array>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace voltvk::ctl {
 
@@ -15,11 +17,10 @@ constexpr std::array<FaultKind, 5> KINDS = {
     FaultKind::DriverAbsent, FaultKind::AdapterAbsent, FaultKind::Fail, FaultKind::Throw, FaultKind::Slow};
 
 /** A part of the help that lists words, laid out like its lists of verbs: completions read both. */
-template <typename Words>
-std::string helpSection(const std::string& title, const Words& words) {
+std::string helpSection(const std::string& title, const std::vector<std::string>& words) {
   std::string text = title + ":\n";
-  for (const auto& word : words) {
-    text += "  " + std::string(word) + "\n";
+  for (const std::string& word : words) {
+    text += "  " + word + "\n";
   }
   return text;
 }

@@ -16,6 +16,9 @@ namespace {
 
 constexpr std::uint64_t LARGE = ~std::uint64_t{0};
 const std::string LONGEST_NAME(TVK_LONGEST_NAME, 'n');
+const std::string NAME_RULE = "; a name has 1 to " + std::to_string(TVK_LONGEST_NAME) + " bytes";
+const std::string DESCRIPTION_RULE =
+    "; a description has at most " + std::to_string(TVK_LONGEST_DESCRIPTION) + " bytes";
 
 class RefusalsTest : public EngineTest {
 protected:
@@ -90,7 +93,7 @@ protected:
 template <typename Spec>
 struct Spoiled {
   TvkStatus status;
-  const char* detail;
+  std::string detail;
   Spec spec;
   std::function<void(Spec&)> spoil = nullptr;
 };
@@ -100,8 +103,9 @@ TEST_F(RefusalsTest, PoolsThatCannotBeMade) {
   std::vector<std::uint8_t> many(65);
   std::iota(many.begin(), many.end(), std::uint8_t{0});
   const std::vector<Spoiled<VirtualPoolSpec>> cases = {
-      {TVK_INVALID_NAME, "the name is empty; a name has 1 to 31 bytes", named("")},
-      {TVK_INVALID_NAME, "the name has 32 bytes; a name has 1 to 31 bytes", named(LONGEST_NAME + "n")},
+      {TVK_INVALID_NAME, "the name is empty" + NAME_RULE, named("")},
+      {TVK_INVALID_NAME, "the name has " + std::to_string(LONGEST_NAME.size() + 1) + " bytes" + NAME_RULE,
+       named(LONGEST_NAME + "n")},
       {TVK_INVALID_NAME, "the name 'line\\x0Abreak' has control characters in it; choose one without them",
        named("line\nbreak")},
       {TVK_INVALID_NAME, "the name '\\xC2\\x85' has control characters in it", named("\xC2\x85")},
@@ -109,10 +113,10 @@ TEST_F(RefusalsTest, PoolsThatCannotBeMade) {
       {TVK_INVALID_NAME, "the name 'overlong \\xC0\\xAF' is not UTF-8", named("overlong \xC0\xAF")},
       {TVK_INVALID_NAME, "the name 'surrogate \\xED\\xA0\\x80' is not UTF-8",
        named("surrogate \xED\xA0\x80")},
-      {TVK_INVALID_NAME, "the name has no end; a name has 1 to 31 bytes", pool(),
+      {TVK_INVALID_NAME, "the name has no end" + NAME_RULE, pool(),
        [](auto& spec) { std::fill_n(spec.name, sizeof spec.name, 'x'); }},
-      {TVK_INVALID_DESCRIPTION, "the description has too many bytes; a description has at most 63 bytes",
-       pool(), [](auto& spec) { spec.descriptionTooLong = true; }},
+      {TVK_INVALID_DESCRIPTION, "the description has too many bytes" + DESCRIPTION_RULE, pool(),
+       [](auto& spec) { spec.descriptionTooLong = true; }},
       {TVK_INVALID_DESCRIPTION, "the description '\\xFF' is not UTF-8", pool(),
        [](auto& spec) { spec.description[0] = '\xFF'; }},
       {TVK_NAME_IN_USE, "the name 'ssd' is used by pool 2; choose another", named("ssd")},
@@ -178,9 +182,9 @@ TEST_F(RefusalsTest, VolumesThatCannotBeMade) {
   const VirtualPoolEntry ssd{m_ssdPool, 10 * MIB};
   const auto capacity = [&](std::uint64_t sectors) { return volume({{m_hddPool, sectors}}); };
   const std::vector<Spoiled<VirtualVolumeSpec>> cases = {
-      {TVK_INVALID_NAME, "the name is empty; a name has 1 to 31 bytes", volume({hdd}),
+      {TVK_INVALID_NAME, "the name is empty" + NAME_RULE, volume({hdd}),
        [](auto& spec) { spec.name[0] = '\0'; }},
-      {TVK_INVALID_NAME, "the name has too many bytes; a name has 1 to 31 bytes", volume({hdd}),
+      {TVK_INVALID_NAME, "the name has too many bytes" + NAME_RULE, volume({hdd}),
        [](auto& spec) { spec.nameTooLong = true; }},
       {TVK_INVALID_DESCRIPTION, "the description has too many bytes", volume({hdd}),
        [](auto& spec) { spec.descriptionTooLong = true; }},

@@ -159,7 +159,7 @@ TEST(ProductSchema, CompilesAnywhere) {
   }
   EXPECT_TRUE(schema->isA("TVP_CIMIndication", "CIM_ProcessIndication"));
   const SchemaClass* service = schema->find("TVP_TierService");
-  EXPECT_EQ(service->methods.size(), 12U);
+  EXPECT_GE(service->methods.size(), 12U);
   EXPECT_EQ(service->method("CreateVirtualVolume")->parameter("UsedSizeInSectors")->type, CMPI_uint64A);
   EXPECT_EQ(service->method("CreateVirtualPool")->parameter("RetStat")->valueName("21"), "Drive In Use");
   EXPECT_EQ(

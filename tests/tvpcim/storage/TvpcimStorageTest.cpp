@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tvpcim/Tvpcim.h"
+#include "voltvk/Limits.h"
 
 #include <gmock/gmock.h>
 
@@ -138,6 +139,7 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
 }
 
 TEST_F(TvpcimStorage, ARefusalIsExplained) {
+  const std::string longestName = std::to_string(TVK_LONGEST_NAME);
   const std::string other = addDrive("hdd", "10GiB");
   const std::string otherSsd = addDrive("ssd", "10GiB");
   answer({"pool", "create", "slower", "--drives", addDrive("hdd", "10GiB"), "--size", "5GiB"});
@@ -162,8 +164,9 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {pool("new", m_hardDisk, "1GiB"), drive(m_hardDisk) + " belongs to pool 2 (slow); choose a free drive"},
       {pool("new", other + "," + other, "1GiB"), "is named twice"},
       {pool("slow", other, "1GiB"), "the name 'slow' is used by pool 2; choose another"},
-      {pool("", other, "1GiB"), "the name is empty; a name has 1 to 31 bytes"},
-      {pool(std::string(32, 'n'), other, "1GiB"), "the name has 32 bytes; a name has 1 to 31"},
+      {pool("", other, "1GiB"), "the name is empty; a name has 1 to " + longestName + " bytes"},
+      {pool(std::string(TVK_LONGEST_NAME + 1, 'n'), other, "1GiB"),
+       "the name has " + std::to_string(TVK_LONGEST_NAME + 1) + " bytes; a name has 1 to " + longestName},
       {pool("bad\xff", other, "1GiB"), "the name 'bad\\xFF' is not UTF-8"},
       {pool("a\tb", other, "1GiB"), "the name 'a\\x09b' has control characters in it"},
       {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; supported are 4 KiB, 64 KiB,"},
@@ -178,8 +181,9 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {{"pool", "modify", "fast", "--name", "slow"}, "the name 'slow' is used by pool 2"},
       {{"pool", "modify", "fast", "--tier", "hdd"},
        drive(m_ssd) + " is an SSD, which the tier level 1 (hard disks) does not fit"},
-      {{"pool", "modify", "fast", "--description", std::string(64, 'd')},
-       "the description has 64 bytes; a description has at most 63 bytes"},
+      {{"pool", "modify", "fast", "--description", std::string(TVK_LONGEST_DESCRIPTION + 1, 'd')},
+       "the description has " + std::to_string(TVK_LONGEST_DESCRIPTION + 1) +
+           " bytes; a description has at most " + std::to_string(TVK_LONGEST_DESCRIPTION) + " bytes"},
       {{"pool", "delete", "99"}, "no pool has the number 99"},
       {{"volume", "create", "data", "--pool", "slow:1GiB"},
        "the name 'data' is used by volume 1; choose another"},
