@@ -4,7 +4,7 @@
 #include "host/schema/MofReader.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/cim/ArgumentText.h"
-#include "host/tvpcim/storage/Size.h"
+#include "text/Size.h"
 
 #include <vector>
 
@@ -29,6 +29,8 @@ void refusalsAside(Work work) {
     work();
   } catch (const tvpcim::UsageError& error) {
     tvp::fuzz::require(*error.what() != '\0', "a refusal says why");
+  } catch (const tvp::text::SizeError& error) {
+    tvp::fuzz::require(*error.what() != '\0', "a refusal says why");
   }
 }
 
@@ -49,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       tvp::fuzz::require(value.isNull() || value.type() == property.type, "the value has the declared type");
       value.toText();
     });
-    refusalsAside([&] { tvpcim::parseSectors(word); });
+    refusalsAside([&] { tvp::text::parseSectors(word); });
   }
   refusalsAside([&] { tvpcim::parseProperties(all, words); });
   refusalsAside([&] { tvpcim::parseArguments(*all.method("Do"), words); });

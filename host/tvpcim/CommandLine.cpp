@@ -3,6 +3,7 @@
 
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
+#include "text/Size.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -49,6 +50,9 @@ int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>
     tool.flush();
     return DONE;
   } catch (const UsageError& error) {
+    printError(tool, error.what());
+    return WRONG_USAGE;
+  } catch (const text::SizeError& error) {
     printError(tool, error.what());
     return WRONG_USAGE;
   } catch (const OperationError& error) {

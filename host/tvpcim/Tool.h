@@ -5,7 +5,7 @@
 #include "host/tvpcim/Options.h"
 #include "host/tvpcim/Session.h"
 #include "host/tvpcim/output/Formatter.h"
-#include "host/tvpcim/storage/Inventory.h"
+#include "host/tvpcim/Inventory.h"
 
 #include <functional>
 #include <memory>

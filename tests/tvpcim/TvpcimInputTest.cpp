@@ -36,6 +36,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
       {{"pool", "create", "p", "--drives", "0", "--size", "1000"},
        2,
        "the size '1000' is not a multiple of 512"},
+      {{"pool", "create", "p", "--drives", "0", "--size", "1 Q"}, 2, "pool create: the size '1 Q' "},
       {{"pool", "create", "p", "--drives", "1,256", "--size", "1GiB"},
        2,
        "'256' is not a drive number; drive numbers are 0 to 255"},

@@ -4,9 +4,9 @@
 #include "host/schema/Names.h"
 #include "host/schema/ObjectPathText.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Size.h"
+#include "text/Size.h"
 
-#include <algorithm>
+#include <cmath>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -72,8 +72,9 @@ Column plainColumn(const std::string& title, const std::string& property, bool n
 
 Column sizeColumn(const std::string& title, const std::string& property) {
   return {title, true, false, [property](const Instance& instance) {
-            return setValueOf(instance, property) == nullptr ? "-"
-                                                             : formatSectors(numberOf(instance, property));
+            return setValueOf(instance, property) == nullptr
+                       ? "-"
+                       : text::formatSectors(numberOf(instance, property));
           }};
 }
 
@@ -111,6 +112,11 @@ std::vector<Column> columnsOf(const std::vector<Instance>& instances) {
     columns.push_back(plainColumn(property.name, property.name, isNumber(property.value.type())));
   }
   return columns;
+}
+
+unsigned percentOf(std::uint64_t used, std::uint64_t whole) {
+  const double share = whole == 0 ? 0 : static_cast<double>(used) / static_cast<double>(whole);
+  return static_cast<unsigned>(std::lround(100 * share));
 }
 
 std::string codeName(const SchemaClass& schemaClass, const std::string& property, std::uint64_t code) {

@@ -50,6 +50,9 @@ Column onlyWide(Column column);
 /** A column for every property that one of the instances has set, in their order. */
 std::vector<Column> columnsOf(const std::vector<Instance>& instances);
 
+/** How much of a whole is used, in percent and rounded; 0 of a whole of 0. */
+unsigned percentOf(std::uint64_t used, std::uint64_t whole);
+
 /** The name that the schema has for the value of an enumerated property; the number when it has none. */
 std::string codeName(const SchemaClass& schemaClass, const std::string& property, std::uint64_t code);
 

@@ -2,9 +2,9 @@
 #include "host/schema/ObjectPathText.h"
 #include "host/tvpcim/output/Formatter.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Size.h"
 #include "terminal/Table.h"
 #include "terminal/Width.h"
+#include "text/Size.h"
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -36,7 +36,7 @@ std::string nodeText(const Instance& node) {
   text += detail.empty() ? "" : " (" + detail + ")";
   const std::uint64_t size = numberOf(node, "SizeInSectors");
   const Value* used = node.property("UsedInSectors");
-  text += "  " + formatSectors(size);
+  text += "  " + text::formatSectors(size);
   if (used != nullptr && !used->isNull() && size > 0) {
     text += ", " + std::to_string(percentOf(used->asUnsigned(), size)) + "% used";
   }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/Size.h"
 #include "host/tvpcim/storage/StorageVerbs.h"
+#include "text/Size.h"
 
 #include <algorithm>
 
@@ -36,11 +36,11 @@ Instance forPeople(const Instance& identity, const SchemaClass& schemaClass) {
       shown.properties.push_back({"ChunkSizes", paired(identity, name, "SupportedChunkSizeValues")});
     } else if (name == "MinTotalPoolSizeInSectors" || name == "MinRequiredSizeFromPoolInSectors") {
       const std::string title = name.substr(0, name.size() - std::string("InSectors").size());
-      shown.properties.push_back({title, Value::string(formatSectors(numberOf(identity, name)))});
+      shown.properties.push_back({title, Value::string(text::formatSectors(numberOf(identity, name)))});
     } else if (name == "SupportedMaxVolumeSizeInSectors" && !property.value.isNull()) {
       Value::List sizes;
       for (const Value& size : property.value.asArray()) {
-        sizes.push_back(Value::string(formatSectors(size.asUnsigned())));
+        sizes.push_back(Value::string(text::formatSectors(size.asUnsigned())));
       }
       shown.properties.push_back({"MaxVolumeSizes", Value::array(CMPI_string, std::move(sizes))});
     } else if (name == "PolicyEngineStatus" || name == "TarvexPlusEnabled") {

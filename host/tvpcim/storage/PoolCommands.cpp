@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Size.h"
 #include "host/tvpcim/storage/StorageVerbs.h"
+#include "text/Size.h"
 #include "text/Trim.h"
 
 #include <memory>
@@ -64,8 +64,8 @@ void listPools(Tool& tool) {
 }
 
 void createPool(Tool& tool, const PoolOptions& options) {
-  const std::uint64_t size = parseSectors(options.size);
-  const std::uint64_t chunk = parseSectors(options.chunk);
+  const std::uint64_t size = text::parseSectors(options.size);
+  const std::uint64_t chunk = text::parseSectors(options.chunk);
   const Value::List drives = drivesOf(tool, options.drives);
   const std::uint8_t tier =
       options.tier.empty() ? tierOfDrive(tool, drives.front().asUnsigned()) : tierLevelOf(options.tier);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Size.h"
 #include "host/tvpcim/storage/StorageVerbs.h"
+#include "text/Size.h"
 
 #include <algorithm>
 #include <memory>
@@ -73,7 +73,7 @@ void createVolume(Tool& tool, const VolumeOptions& options) {
     if (colon == std::string::npos || colon == 0) {
       throw UsageError("--pool takes NAME_OR_ID:SIZE, such as gold:10GiB, not " + text::quoted(share));
     }
-    sizes.push_back(Value::uint64(parseSectors(share.substr(colon + 1))));
+    sizes.push_back(Value::uint64(text::parseSectors(share.substr(colon + 1))));
     pools.push_back(Value::uint32(tool.inventory().resolve(Pool::KIND, share.substr(0, colon))));
   }
   Arguments arguments;
@@ -88,9 +88,9 @@ void createVolume(Tool& tool, const VolumeOptions& options) {
 }
 
 void cacheDrive(Tool& tool, const VolumeOptions& options) {
-  const std::uint64_t size = parseSectors(options.size);
-  const std::uint64_t chunk = parseSectors(options.chunk);
-  const std::uint64_t ssdSize = parseSectors(options.ssdSize);
+  const std::uint64_t size = text::parseSectors(options.size);
+  const std::uint64_t chunk = text::parseSectors(options.chunk);
+  const std::uint64_t ssdSize = text::parseSectors(options.ssdSize);
   const std::uint8_t drive = driveNumber(tool, options.drive);
   Arguments arguments;
   arguments.add("VolumeName", Value::string(options.name))

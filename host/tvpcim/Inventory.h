@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef HOST_TVPCIM_STORAGE_INVENTORY_H
-#define HOST_TVPCIM_STORAGE_INVENTORY_H
+#ifndef HOST_TVPCIM_INVENTORY_H
+#define HOST_TVPCIM_INVENTORY_H
 
 #include "host/tvpcim/Session.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/Inventory.h"
+#include "host/tvpcim/Inventory.h"
 
 #include "host/schema/Names.h"
 #include "host/tvpcim/Failure.h"
