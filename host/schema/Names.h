@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tvp::host {
 
@@ -21,6 +22,12 @@ std::string lowerCase(const std::string& text);
 /** Compares without regard to the case of ASCII letters. */
 bool equalNames(const std::string& left, const std::string& right);
 bool equalNames(const char* left, const char* right);
+
+/** Orders names without regard to the case of ASCII letters, for containers that find without a copy. */
+struct NameLess {
+  using is_transparent = void;
+  bool operator()(std::string_view left, std::string_view right) const;
+};
 
 }  // namespace tvp::host
 
