@@ -130,11 +130,11 @@ TEST(ProviderLibrary, SaysWhatIsWrongWithAFile) {
       {"/nowhere/libx.so",
        "cannot read the provider /nowhere/libx.so: No such file or directory; check the path"},
       {"/etc/passwd", "cannot load the provider /etc/passwd: "},
-      {"/lib/x86_64-linux-gnu/libm.so.6", "is no provider named tarvexProProvider: it exports none of "
-                                          "tarvexProProvider_Create_InstanceMI"}};
+      {"/lib/x86_64-linux-gnu/libm.so.6",
+       "is no provider named sample: it exports none of sample_Create_InstanceMI"}};
   for (const auto& each : cases) {
     try {
-      ProviderLibrary library(each.file);
+      ProviderLibrary library(each.file, "sample");
       ADD_FAILURE() << "loaded: " << each.file;
     } catch (const ProviderLoadError& problem) {
       EXPECT_THAT(problem.what(), ::testing::HasSubstr(each.problem));
