@@ -52,9 +52,10 @@ struct BrokerHandlers {
 
 /** How a broker behaves where object managers differ; fixed for its life. */
 struct BrokerOptions {
-  /** State that getKey and getKeyAt report; one object manager passes keys as plain good values. */
+  /** State that getKey and getKeyAt report. COMPAT: an object manager that passes keys as plain good values.
+   */
   CMPIValueState keyState = CMPI_keyValue;
-  /** Accept unknown properties and wrong types silently, as some object managers do. */
+  /** Accept unknown properties and wrong types silently. COMPAT: object managers that do. */
   bool lenient = false;
   /**
    * Dead objects that are kept, so that a late use is reported instead of reading freed memory. A thread
@@ -90,7 +91,7 @@ public:
   Broker(const Broker&) = delete;
   Broker& operator=(const Broker&) = delete;
 
-  /** The interface handed to a provider; valid as long as this object. */
+  /** The interface passed to a provider; valid as long as this object. */
   const CMPIBroker* cmpi() const;
   const Schema& schema() const;
   const BrokerOptions& options() const;

@@ -41,6 +41,13 @@ CMPIArray* newArray(Broker&, Call& call, CMPICount size, CMPIType type) {
   return call.make<CMPIArray>({elementType, Value::List(size, Value::null(elementType))});
 }
 
+CMPIDateTime* newDateTimeFromBinary(Broker&, Call& call, CMPIUint64 microseconds, CMPIBoolean interval) {
+  if (microseconds > (interval != 0 ? DateTime::LONGEST_INTERVAL : DateTime::LAST_TIME)) {
+    throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
+  }
+  return call.make<CMPIDateTime>(DateTime::fromMicroseconds(microseconds, interval != 0));
+}
+
 CMPIDateTime* newDateTimeFromChars(Broker&, Call& call, const char* text) {
   const std::optional<DateTime> parsed = DateTime::parse(textOf(text));
   return parsed ? call.make<CMPIDateTime>(*parsed) : throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
@@ -211,10 +218,7 @@ CMPIBrokerEncFT makeTable() {
   bind<&FT::newArray>(table, "newArray", newArray);
   bind<&FT::newDateTime>(
       table, "newDateTime", [](Broker&, Call& call) { return call.make<CMPIDateTime>(DateTime::now()); });
-  bind<&FT::newDateTimeFromBinary>(
-      table, "newDateTimeFromBinary", [](Broker&, Call& call, CMPIUint64 microseconds, CMPIBoolean interval) {
-        return call.make<CMPIDateTime>(DateTime::fromMicroseconds(microseconds, interval != 0));
-      });
+  bind<&FT::newDateTimeFromBinary>(table, "newDateTimeFromBinary", newDateTimeFromBinary);
   bind<&FT::newDateTimeFromChars>(table, "newDateTimeFromChars", newDateTimeFromChars);
   bind<&FT::newSelectExp>(table, "newSelectExp", newSelectExp);
   bind<&FT::classPathIsA>(

@@ -5,7 +5,8 @@
 namespace tvp::host {
 namespace {
 
-/** A principal without a text is a string whose character pointer is null, as one object manager has it. */
+/** COMPAT: an object manager that passes a string with a null character pointer when nobody is authenticated.
+ */
 CMPIData
 withNullPrincipal(CMPIData data, const ContextContent& content, const Call& call, const std::string& name) {
   if (content.nullPrincipal && equalNames(name, CMPIPrincipal)) {

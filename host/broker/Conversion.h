@@ -12,7 +12,7 @@ namespace tvp::host {
  * and the value pointer is then the text itself.
  * @throws CallFailure CMPI_RC_ERR_INVALID_HANDLE for a dead or foreign object, CMPI_RC_ERR_INVALID_DATA_TYPE
  * for a type that no value can have, CMPI_RC_ERR_TYPE_MISMATCH for an array whose elements are of another
- * type than it is said to have.
+ * type than the one given.
  */
 Value fromCmpi(const Call& call, const CMPIValue* value, CMPIType type);
 

@@ -189,7 +189,7 @@ public:
   bool isAlive() const { return life() == Life::Alive; }
   /** Ends the object and frees its content; only the first call does anything. */
   void die(Life how);
-  /** A release that was made to fail: the object is no leak of its owner. */
+  /** A release that was made to fail: its owner has not leaked the object. */
   void refuseRelease() { m_releaseRefused = true; }
   bool isLeak() const { return isAlive() && !m_releaseRefused; }
   std::uint64_t serial() const { return m_serial; }

@@ -31,7 +31,7 @@ public:
   /**
    * @param fileName the library
    * @param providerName the name that the factories begin with, NAME_Create_InstanceMI
-   * @throws ProviderLoadError when the file is missing, is no library, or has none of the factories.
+   * @throws ProviderLoadError when the file is missing, is not a library, or has none of the factories.
    */
   ProviderLibrary(const std::string& fileName, const std::string& providerName);
   ~ProviderLibrary();

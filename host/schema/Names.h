@@ -12,7 +12,7 @@ namespace tvp::host {
 
 /** The MOF name of a type: "uint32", "string[]"; a reference is "ref". */
 std::string typeName(CMPIType type);
-/** The scalar type of a MOF name ("uint32", "datetime"); nothing for a name that is no type. */
+/** The scalar type of a MOF name ("uint32", "datetime"); nothing for a name that is not a type. */
 std::optional<CMPIType> typeOfName(const std::string& name);
 /** The CIM name of a status code, "CIM_ERR_FAILED"; codes beyond CIM's keep their CMPI name. */
 std::string statusName(CMPIrc code);
