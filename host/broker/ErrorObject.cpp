@@ -44,7 +44,6 @@ void setList(ErrorContent& content, Call& call, Array* given) {
 
 CMPIErrorFT* ObjectTraits<CMPIError>::table() {
   using FT = CMPIErrorFT;
-  using Content = ErrorContent;
   static FT functions = objectTable<CMPIError>([](FT& table) {
     bind<&FT::getErrorType>(table, "getErrorType", code<CMPIErrorType, &Content::type>);
     bind<&FT::setErrorType>(table, "setErrorType", setCode<CMPIErrorType, &Content::type>);
