@@ -119,8 +119,8 @@ Subject::Subject(Kind kind)
 }
 
 void Subject::subscribe() {
-  m_provider->activateFilter({});
-  m_provider->enableIndications();
+  static_cast<void>(m_provider->activateFilter({}));
+  static_cast<void>(m_provider->enableIndications());
 }
 
 double Subject::pollOnce() {

@@ -1,63 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Conversion.h"
-#include "host/broker/EntryPoint.h"
 
 namespace tvp::host {
 namespace {
 
-CMPICount getSize(const CMPIArray* array, CMPIStatus* status) {
-  return valueCall<CMPICount>(
-      array, "CMPIArray.getSize", status, [](ArrayContent& content, BrokerState&, CMPIrc&) {
-        return static_cast<CMPICount>(content.elements.size());
-      });
+/** @throws CallFailure CMPI_RC_ERR_NO_SUCH_PROPERTY beyond the end */
+Value& elementAt(ArrayContent& content, CMPICount position) {
+  return position < content.elements.size() ? content.elements[position]
+                                            : throw CallFailure{CMPI_RC_ERR_NO_SUCH_PROPERTY};
 }
 
-CMPIType getSimpleType(const CMPIArray* array, CMPIStatus* status) {
-  return valueCall<CMPIType>(
-      array, "CMPIArray.getSimpleType", status,
-      [](ArrayContent& content, BrokerState&, CMPIrc&) { return content.elementType; });
-}
-
-CMPIData getElementAt(const CMPIArray* array, CMPICount position, CMPIStatus* status) {
-  return valueCall<CMPIData>(
-      array, "CMPIArray.getElementAt", status, [=](ArrayContent& content, BrokerState& broker, CMPIrc& code) {
-        if (position >= content.elements.size()) {
-          code = CMPI_RC_ERR_NO_SUCH_PROPERTY;
-          return noData(CMPI_notFound);
-        }
-        return toCmpi(broker, content.elements[position]);
-      });
-}
-
-CMPIStatus setElementAt(CMPIArray* array, CMPICount position, const CMPIValue* given, CMPIType type) {
-  return statusCall(array, "CMPIArray.setElementAt", [=](ArrayContent& content, BrokerState&) -> CMPIrc {
-    if (position >= content.elements.size()) {
-      return CMPI_RC_ERR_NO_SUCH_PROPERTY;
-    }
-    Value value;
-    const CMPIrc code = fromCmpi(given, type, value);
-    if (code != CMPI_RC_OK) {
-      return code;
-    }
-    if (value.isNull()) {
-      value = Value::null(content.elementType);
-    }
-    if (value.type() != content.elementType) {
-      return CMPI_RC_ERR_TYPE_MISMATCH;
-    }
-    content.elements[position] = std::move(value);
-    return CMPI_RC_OK;
-  });
+void setElementAt(
+    ArrayContent& content, Call& call, CMPICount position, const CMPIValue* given, CMPIType type) {
+  Value& element = elementAt(content, position);
+  Value value = fromCmpi(call, given, type);
+  if (value.isNull()) {
+    value = Value::null(content.elementType);
+  }
+  if (value.type() != content.elementType) {
+    throw CallFailure{CMPI_RC_ERR_TYPE_MISMATCH};
+  }
+  element = std::move(value);
 }
 
 }  // namespace
 
-template <>
-CMPIArrayFT* functionTable<CMPIArray>() {
-  static CMPIArrayFT table = {
-      CMPIVersion200, releaseObject<CMPIArray>, cloneObject<CMPIArray>, getSize, getSimpleType, getElementAt,
-      setElementAt};
-  return &table;
+CMPIArrayFT* ObjectTraits<CMPIArray>::table() {
+  static CMPIArrayFT functions = objectTable<CMPIArray>([](CMPIArrayFT& table) {
+    bind<&CMPIArrayFT::getSize>(table, "getSize", [](ArrayContent& content, Call&) {
+      return static_cast<CMPICount>(content.elements.size());
+    });
+    bind<&CMPIArrayFT::getSimpleType>(
+        table, "getSimpleType", [](ArrayContent& content, Call&) { return content.elementType; });
+    bind<&CMPIArrayFT::getElementAt>(
+        table, "getElementAt", [](ArrayContent& content, Call& call, CMPICount position) {
+          return toCmpi(call, elementAt(content, position));
+        });
+    bind<&CMPIArrayFT::setElementAt>(table, "setElementAt", setElementAt);
+  });
+  return &functions;
 }
 
 }  // namespace tvp::host

@@ -2,7 +2,7 @@
 #ifndef HOST_BROKER_BROKER_H
 #define HOST_BROKER_BROKER_H
 
-#include "cmpidt.h"
+#include "cmpift.h"
 #include "host/broker/Breach.h"
 #include "host/schema/Schema.h"
 #include "host/schema/Value.h"
@@ -16,7 +16,8 @@
 
 namespace tvp::host {
 
-class BrokerState;
+class ObjectCore;
+class Scope;
 
 /** A call of the provider back into the broker: one of the intrinsic operations or a method call. */
 struct Upcall {
@@ -30,7 +31,7 @@ struct Upcall {
 /** What an upcall is answered with: instances, paths or one value, by operation. */
 struct UpcallAnswer {
   CMPIrc rc = CMPI_RC_ERR_NOT_SUPPORTED;
-  std::string message;
+  std::string message;  ///< goes with a status that is not success
   std::vector<Value> values;
   Arguments output;  ///< of invokeMethod
 };
@@ -51,15 +52,22 @@ struct BrokerHandlers {
 
 /** How a broker behaves where object managers differ; fixed for its life. */
 struct BrokerOptions {
-  /** State that getKey and getKeyAt report; one object manager passes keys as plain good values. */
+  /** State that getKey and getKeyAt report. COMPAT: an object manager that passes keys as plain good values.
+   */
   CMPIValueState keyState = CMPI_keyValue;
-  /** Accept unknown properties and wrong types silently, as some object managers do. */
+  /** Accept unknown properties and wrong types silently. COMPAT: object managers that do. */
   bool lenient = false;
   /**
    * Dead objects that are kept, so that a late use is reported instead of reading freed memory. A thread
    * gets a sixteenth of them, at least one; from the 17th on, threads share.
    */
   std::size_t graveyard = 16384;
+};
+
+/** On which threads a function of the broker may be called. */
+enum class Thread {
+  Attached,  ///< one that is in a request, or attached; another is noted as a breach
+  Any
 };
 
 /**
@@ -83,10 +91,9 @@ public:
   Broker(const Broker&) = delete;
   Broker& operator=(const Broker&) = delete;
 
-  /** The interface handed to a provider; valid as long as this object. */
+  /** The interface passed to a provider; valid as long as this object. */
   const CMPIBroker* cmpi() const;
   const Schema& schema() const;
-  std::shared_ptr<const Schema> sharedSchema() const;
   const BrokerOptions& options() const;
 
   /** Replaces all handlers; calls that run already may still use the old ones. */
@@ -115,12 +122,45 @@ public:
   /** Objects that attached threads made and have not released, right now. */
   std::size_t unreleasedObjects() const;
 
-  /** For the host's own classes. */
-  BrokerState& state() const { return *m_state; }
+  /* What follows is for the function tables and objects of the broker, and for requests. */
+
+  /** The broker behind the interface; null for a null or foreign one. */
+  static Broker* of(const CMPIBroker* broker);
+  std::shared_ptr<const BrokerHandlers> handlers() const;
+  /**
+   * Begins a call of a function: counts and records it, and notes a thread that is not attached when that
+   * matters. @throws CallFailure when failCall() has asked for it.
+   */
+  void enter(const char* function, Thread thread);
+  /** The current thread's scope; for a thread that has none, the one of strays. */
+  Scope& scope();
+  /** Makes a scope the current thread's. @return the one before, null when there was none. */
+  Scope* enterScope(Scope* scope);
+  void attachThread();
+  void detachThread();
+  /** Objects that live as long as the broker: the contexts prepared for threads. */
+  Scope& lastingScope();
+  /** Clones, which belong to whoever made them. */
+  Scope& cloneScope();
+  /** Keeps dead objects for a while. */
+  void bury(std::vector<std::unique_ptr<ObjectCore>> dead);
+  /** Notes the use of a dead object by a function. */
+  void addLateUse(const ObjectCore& object, const char* function);
 
 private:
-  std::unique_ptr<BrokerState> m_state;
+  struct State;
+
+  Scope* threadScope() const;
+  std::vector<std::string> leaks() const;
+
+  const std::unique_ptr<State> m_state;
 };
+
+/** The broker's own function tables, the same for all brokers. */
+CMPIBrokerFT* brokerServiceTable();
+CMPIBrokerEncFT* brokerEncapsulationTable();
+CMPIBrokerExtFT* brokerSystemTable();
+CMPIBrokerMemFT* brokerMemoryTable();
 
 }  // namespace tvp::host
 

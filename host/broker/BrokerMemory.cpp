@@ -8,70 +8,22 @@ namespace tvp::host {
 namespace {
 
 /** A mark is a position in the current thread's scope, kept in memory of that scope. */
-CMPIGcStat* mark(const CMPIBroker* broker, CMPIStatus* status) {
-  return brokerValueCall<CMPIGcStat*>(
-      broker, "CMPIBroker.mark", status, [](BrokerState& state, CMPIrc& code) -> CMPIGcStat* {
-        auto* position = static_cast<std::uint64_t*>(state.scope().allocate(sizeof(std::uint64_t), false));
-        if (position == nullptr) {
-          code = CMPI_RC_ERROR_SYSTEM;
-          return nullptr;
-        }
-        *position = state.scope().mark();
-        return position;
-      });
+CMPIGcStat* mark(Broker& broker, Call&) {
+  auto* position = static_cast<std::uint64_t*>(broker.scope().allocate(sizeof(std::uint64_t), false));
+  if (position == nullptr) {
+    throw CallFailure{CMPI_RC_ERROR_SYSTEM};
+  }
+  *position = broker.scope().mark();
+  return position;
 }
 
-CMPIStatus release(const CMPIBroker* broker, const CMPIGcStat* marked) {
-  return brokerStatusCall(broker, "CMPIBroker.release", [=](BrokerState& state) -> CMPIrc {
-    if (marked == nullptr) {
-      return CMPI_RC_ERR_INVALID_PARAMETER;
-    }
-    state.scope().endSince(*static_cast<const std::uint64_t*>(marked));
-    return CMPI_RC_OK;
-  });
-}
-
-/** The shape of the allocating functions. */
-template <class Body>
-auto allocating(const CMPIBroker* broker, const char* function, Body body) {
-  using Result = decltype(body(std::declval<Scope&>()));
-  return brokerValueCall<Result>(
-      broker, function, nullptr, [&](BrokerState& state, CMPIrc&) { return body(state.scope()); });
-}
-
-void* allocate(const CMPIBroker* broker, std::size_t size) {
-  return allocating(
-      broker, "CMPIBroker.cmpiMalloc", [=](Scope& scope) { return scope.allocate(size, false); });
-}
-
-void* allocateZeroed(const CMPIBroker* broker, std::size_t count, std::size_t size) {
-  return allocating(broker, "CMPIBroker.cmpiCalloc", [=](Scope& scope) -> void* {
-    const bool tooLarge = size != 0 && count > SIZE_MAX / size;
-    return tooLarge ? nullptr : scope.allocate(count * size, true);
-  });
-}
-
-void* reallocate(const CMPIBroker* broker, void* block, std::size_t size) {
-  return allocating(
-      broker, "CMPIBroker.cmpiRealloc", [=](Scope& scope) { return scope.reallocate(block, size); });
-}
-
-char* duplicate(const CMPIBroker* broker, const char* text) {
-  return allocating(broker, "CMPIBroker.cmpiStrDup", [=](Scope& scope) -> char* {
-    if (text == nullptr) {
-      return nullptr;
-    }
-    const std::size_t size = std::strlen(text) + 1;
-    void* block = scope.allocate(size, false);
-    return block == nullptr ? nullptr : static_cast<char*>(std::memcpy(block, text, size));
-  });
-}
-
-void release(const CMPIBroker* broker, void* block) {
-  brokerStatusCall(broker, "CMPIBroker.cmpiFree", [=](BrokerState& state) {
-    state.scope().release(block);
-    return CMPI_RC_OK;
-  });
+char* duplicate(Broker& broker, Call&, const char* text) {
+  if (text == nullptr) {
+    return nullptr;
+  }
+  const std::size_t size = std::strlen(text) + 1;
+  void* block = broker.scope().allocate(size, false);
+  return block == nullptr ? nullptr : static_cast<char*>(std::memcpy(block, text, size));
 }
 
 /** freeString and its like are the release functions of the objects. */
@@ -83,15 +35,30 @@ void freeObject(const CMPIBroker*, Face* object) {
 }  // namespace
 
 CMPIBrokerMemFT* brokerMemoryTable() {
-  static CMPIBrokerMemFT table = {
+  using FT = CMPIBrokerMemFT;
+  static FT table = {
       CMPIVersion200,
-      mark,
-      release,
-      allocate,
-      allocateZeroed,
-      reallocate,
-      duplicate,
-      release,
+      entry<&FT::mark>("mark", mark),
+      entry<&FT::release>(
+          "release",
+          [](Broker& broker, Call&, const CMPIGcStat* marked) {
+            broker.scope().endSince(*static_cast<const std::uint64_t*>(required(marked)));
+          }),
+      entry<&FT::cmpiMalloc>(
+          "cmpiMalloc",
+          [](Broker& broker, Call&, std::size_t size) { return broker.scope().allocate(size, false); }),
+      entry<&FT::cmpiCalloc>(
+          "cmpiCalloc",
+          [](Broker& broker, Call&, std::size_t count, std::size_t size) {
+            const bool tooLarge = size != 0 && count > SIZE_MAX / size;
+            return tooLarge ? nullptr : broker.scope().allocate(count * size, true);
+          }),
+      entry<&FT::cmpiRealloc>(
+          "cmpiRealloc", [](Broker& broker, Call&, void* block,
+                            std::size_t size) { return broker.scope().reallocate(block, size); }),
+      entry<&FT::cmpiStrDup>("cmpiStrDup", duplicate),
+      entry<&FT::cmpiFree>(
+          "cmpiFree", [](Broker& broker, Call&, void* block) { broker.scope().release(block); }),
       freeObject<CMPIInstance>,
       freeObject<CMPIObjectPath>,
       freeObject<CMPIArgs>,

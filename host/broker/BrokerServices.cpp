@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Conversion.h"
-#include "host/broker/EntryPoint.h"
 
 namespace tvp::host {
 namespace {
@@ -8,268 +7,188 @@ namespace {
 /** Object managers list what they can do as bits; these are the standard's numbers. */
 constexpr unsigned int CAPABILITIES = 0x01 | 0x02 | 0x04 | 0x08 | 0x10 | 0x40 | 0x80 | 0x100;
 
-CMPIContext* prepareAttachThread(const CMPIBroker* broker, const CMPIContext* context) {
-  static constexpr const char* FUNCTION = "CMPIBroker.prepareAttachThread";
-  return brokerValueCall<CMPIContext*>(
-      broker, FUNCTION, nullptr,
-      [=](BrokerState& state, CMPIrc&) -> CMPIContext* {
-        Object<CMPIContext>* request = livingObject(context, FUNCTION);
-        const auto handlers = state.handlers();
-        if (request == nullptr || (handlers->onPrepareAttachThread && !handlers->onPrepareAttachThread())) {
-          return nullptr;
-        }
-        ContextContent content = request->content();
-        content.prepared = true;
-        return state.makeIn<CMPIContext>(state.lastingScope(), std::move(content));
-      },
-      false);
+CMPIContext* prepareAttachThread(Broker& broker, Call& call, const CMPIContext* context) {
+  Object<CMPIContext>* request = livingObject(context, call.function());
+  const auto handlers = broker.handlers();
+  if (request == nullptr || (handlers->onPrepareAttachThread && !handlers->onPrepareAttachThread())) {
+    return nullptr;
+  }
+  ContextContent content = request->content();
+  content.prepared = true;
+  return broker.lastingScope().make<CMPIContext>(std::move(content));
 }
 
-/** The shape of attaching and detaching: the context must be one that was prepared for a thread. */
-template <class Body>
-CMPIStatus
-withPreparedContext(const CMPIBroker* broker, const CMPIContext* context, const char* function, Body body) {
-  return brokerStatusCall(
-      broker, function,
-      [=](BrokerState& state) -> CMPIrc {
-        Object<CMPIContext>* prepared = livingObject(context, function);
-        if (prepared == nullptr) {
-          return CMPI_RC_ERR_INVALID_HANDLE;
-        }
-        return prepared->content().prepared ? body(state) : CMPI_RC_ERR_INVALID_PARAMETER;
-      },
-      false);
+/** Attaching and detaching need a context that was prepared for a thread. */
+void requirePrepared(const Call& call, const CMPIContext* context) {
+  if (!call.contentOf(context).prepared) {
+    throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
+  }
 }
 
-CMPIStatus attachThread(const CMPIBroker* broker, const CMPIContext* context) {
-  return withPreparedContext(broker, context, "CMPIBroker.attachThread", [](BrokerState& state) {
-    const auto handlers = state.handlers();
-    const CMPIrc code = handlers->onAttachThread ? handlers->onAttachThread() : CMPI_RC_OK;
-    if (code == CMPI_RC_OK) {
-      state.attachThread();
-    }
-    return code;
-  });
+void requireOk(CMPIrc code) {
+  if (code != CMPI_RC_OK) {
+    throw CallFailure{code};
+  }
 }
 
-CMPIStatus detachThread(const CMPIBroker* broker, const CMPIContext* context) {
-  return withPreparedContext(broker, context, "CMPIBroker.detachThread", [](BrokerState& state) {
-    state.detachThread();
-    return CMPI_RC_OK;
-  });
+void attachThread(Broker& broker, Call& call, const CMPIContext* context) {
+  requirePrepared(call, context);
+  const auto handlers = broker.handlers();
+  requireOk(handlers->onAttachThread ? handlers->onAttachThread() : CMPI_RC_OK);
+  broker.attachThread();
 }
 
-CMPIStatus deliverIndication(
-    const CMPIBroker* broker, const CMPIContext* context, const char* nameSpace,
+void detachThread(Broker& broker, Call& call, const CMPIContext* context) {
+  requirePrepared(call, context);
+  broker.detachThread();
+}
+
+void deliverIndication(
+    Broker& broker, Call& call, const CMPIContext* context, const char* nameSpace,
     const CMPIInstance* indication) {
-  static constexpr const char* FUNCTION = "CMPIBroker.deliverIndication";
-  return brokerStatusCall(broker, FUNCTION, [=](BrokerState& state) -> CMPIrc {
-    Object<CMPIInstance>* delivered = livingObject(indication, FUNCTION);
-    if (delivered == nullptr || livingObject(context, FUNCTION) == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
-    }
-    const auto handlers = state.handlers();
-    return handlers->onIndication ? handlers->onIndication(textOf(nameSpace), delivered->content().snapshot())
-                                  : CMPI_RC_OK;
-  });
-}
-
-bool answersList(const std::string& operation) {
-  return operation.compare(0, 9, "enumerate") == 0 || operation.compare(0, 9, "associato") == 0 ||
-         operation.compare(0, 9, "reference") == 0 || operation == "execQuery";
-}
-
-/** Asks the host; without a handler lists are empty and the rest is not supported. */
-UpcallAnswer answer(BrokerState& state, const Upcall& upcall) {
-  const auto handlers = state.handlers();
-  if (handlers->onUpcall) {
-    return handlers->onUpcall(upcall);
+  const InstanceContent& delivered = call.contentOf(indication);
+  call.contentOf(context);
+  const auto handlers = broker.handlers();
+  if (handlers->onIndication) {
+    requireOk(handlers->onIndication(textOf(nameSpace), delivered.snapshot()));
   }
-  UpcallAnswer none;
-  none.rc = answersList(upcall.operation) ? CMPI_RC_OK : CMPI_RC_ERR_NOT_SUPPORTED;
-  return none;
 }
 
-/** Fills an upcall from what every one is given. @return CMPI_RC_OK or CMPI_RC_ERR_INVALID_HANDLE */
-CMPIrc
-begin(Upcall& upcall, const std::string& function, const CMPIContext* context, const CMPIObjectPath* path) {
-  Object<CMPIObjectPath>* target = livingObject(path, function.c_str());
-  if (livingObject(context, function.c_str()) == nullptr || target == nullptr) {
-    return CMPI_RC_ERR_INVALID_HANDLE;
-  }
+/** What the host answers; without a handler lists are empty and the rest is not supported. */
+UpcallAnswer
+ask(Call& call, const CMPIContext* context, const CMPIObjectPath* path, Upcall upcall, bool isList) {
+  upcall.path = call.contentOf(path);
+  call.contentOf(context);
+  const std::string function = call.function();
   upcall.operation = function.substr(function.find('.') + 1);
-  upcall.path = target->content();
-  return CMPI_RC_OK;
+  const auto handlers = call.broker().handlers();
+  UpcallAnswer answer;
+  if (handlers->onUpcall) {
+    answer = handlers->onUpcall(upcall);
+  } else if (isList) {
+    answer.rc = CMPI_RC_OK;
+  }
+  return answer.rc == CMPI_RC_OK ? answer : throw CallFailure{answer.rc, answer.message};
 }
 
-/** The shape of an upcall: begin, ask, and turn what came into the result. */
-template <class Result, class Convert>
-Result upcall(
-    const CMPIBroker* broker, const char* function, const CMPIContext* context, const CMPIObjectPath* path,
-    CMPIStatus* status, Upcall given, Convert convert) {
-  return brokerValueCall<Result>(broker, function, status, [&](BrokerState& state, CMPIrc& code) -> Result {
-    code = begin(given, function, context, path);
-    if (code != CMPI_RC_OK) {
-      return failedResult<Result>();
-    }
-    const UpcallAnswer answered = answer(state, given);
-    code = answered.rc;
-    return code == CMPI_RC_OK ? convert(state, answered) : failedResult<Result>();
-  });
+CMPIEnumeration*
+askForList(Call& call, const CMPIContext* context, const CMPIObjectPath* path, Upcall upcall = {}) {
+  return call.make<CMPIEnumeration>({ask(call, context, path, std::move(upcall), true).values, 0});
 }
 
-CMPIEnumeration* listUpcall(
-    const CMPIBroker* broker, const char* function, const CMPIContext* context, const CMPIObjectPath* path,
-    CMPIStatus* status, Upcall given = {}) {
-  return upcall<CMPIEnumeration*>(
-      broker, function, context, path, status, std::move(given),
-      [](BrokerState& state, const UpcallAnswer& answered) {
-        return state.make<CMPIEnumeration>(EnumerationContent{answered.values, 0});
-      });
-}
-
-CMPIData valueUpcall(
-    const CMPIBroker* broker, const char* function, const CMPIContext* context, const CMPIObjectPath* path,
-    CMPIStatus* status, Upcall given, CMPIArgs* output = nullptr) {
-  return upcall<CMPIData>(
-      broker, function, context, path, status, std::move(given),
-      [&](BrokerState& state, const UpcallAnswer& answered) {
-        if (Object<CMPIArgs>* list = livingObject(output, function)) {
-          list->content().arguments = answered.output;
-        }
-        return answered.values.empty() ? noData(CMPI_nullValue) : toCmpi(state, answered.values.front());
-      });
-}
-
-CMPIEnumeration* enumerateInstanceNames(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, CMPIStatus* status) {
-  return listUpcall(broker, "CMPIBroker.enumerateInstanceNames", context, path, status);
-}
-
-CMPIInstance* getInstance(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char**,
-    CMPIStatus* status) {
-  return valueUpcall(broker, "CMPIBroker.getInstance", context, path, status, {}).value.inst;
+CMPIData askForValue(
+    Call& call, const CMPIContext* context, const CMPIObjectPath* path, Upcall upcall,
+    CMPIArgs* output = nullptr) {
+  const UpcallAnswer answer = ask(call, context, path, std::move(upcall), false);
+  if (Object<CMPIArgs>* list = livingObject(output, call.function())) {
+    list->content().arguments = answer.output;
+  }
+  if (answer.values.empty()) {
+    CMPIData none{};
+    none.state = CMPI_nullValue;
+    return none;
+  }
+  return toCmpi(call, answer.values.front());
 }
 
 /** An upcall that carries an instance. */
-Upcall withInstance(const CMPIInstance* instance, const char* function) {
-  Upcall given;
-  if (Object<CMPIInstance>* object = livingObject(instance, function)) {
-    given.instance = object->content().snapshot();
+Upcall withInstance(const Call& call, const CMPIInstance* instance) {
+  Upcall upcall;
+  if (Object<CMPIInstance>* object = livingObject(instance, call.function())) {
+    upcall.instance = object->content().snapshot();
   }
-  return given;
-}
-
-CMPIObjectPath* createInstance(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path,
-    const CMPIInstance* instance, CMPIStatus* status) {
-  static constexpr const char* FUNCTION = "CMPIBroker.createInstance";
-  return valueUpcall(broker, FUNCTION, context, path, status, withInstance(instance, FUNCTION)).value.ref;
-}
-
-/** An upcall that answers a status alone. */
-CMPIStatus statusUpcall(
-    const CMPIBroker* broker, const char* function, const CMPIContext* context, const CMPIObjectPath* path,
-    Upcall given) {
-  CMPIStatus status{};
-  valueUpcall(broker, function, context, path, &status, std::move(given));
-  return status;
-}
-
-CMPIStatus modifyInstance(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path,
-    const CMPIInstance* instance, const char**) {
-  static constexpr const char* FUNCTION = "CMPIBroker.modifyInstance";
-  return statusUpcall(broker, FUNCTION, context, path, withInstance(instance, FUNCTION));
-}
-
-CMPIStatus deleteInstance(const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path) {
-  return statusUpcall(broker, "CMPIBroker.deleteInstance", context, path, {});
+  return upcall;
 }
 
 /** An upcall that names something: a query, a method, a property, an association class. */
 Upcall named(const char* name) {
-  Upcall given;
-  given.name = textOf(name);
-  return given;
+  Upcall upcall;
+  upcall.name = textOf(name);
+  return upcall;
 }
 
-CMPIEnumeration* execQuery(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char* query,
-    const char*, CMPIStatus* status) {
-  return listUpcall(broker, "CMPIBroker.execQuery", context, path, status, named(query));
+/** The enumerations take the context, the path and, some of them, a list of properties. */
+template <class... Properties>
+CMPIEnumeration*
+enumerate(Broker&, Call& call, const CMPIContext* context, const CMPIObjectPath* path, Properties...) {
+  return askForList(call, context, path);
 }
 
-CMPIEnumeration* enumerateInstances(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char**,
-    CMPIStatus* status) {
-  return listUpcall(broker, "CMPIBroker.enumerateInstances", context, path, status);
-}
-
-CMPIEnumeration* associators(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path,
-    const char* associationClass, const char*, const char*, const char*, const char**, CMPIStatus* status) {
-  return listUpcall(broker, "CMPIBroker.associators", context, path, status, named(associationClass));
-}
-
-CMPIEnumeration* associatorNames(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path,
-    const char* associationClass, const char*, const char*, const char*, CMPIStatus* status) {
-  return listUpcall(broker, "CMPIBroker.associatorNames", context, path, status, named(associationClass));
-}
-
-CMPIEnumeration* references(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char* resultClass,
-    const char*, const char**, CMPIStatus* status) {
-  return listUpcall(broker, "CMPIBroker.references", context, path, status, named(resultClass));
-}
-
-CMPIEnumeration* referenceNames(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char* resultClass,
-    const char*, CMPIStatus* status) {
-  return listUpcall(broker, "CMPIBroker.referenceNames", context, path, status, named(resultClass));
+/** Queries and associations pass the query or the association class first; the rest is for the provider. */
+template <class... More>
+CMPIEnumeration* enumerateNamed(
+    Broker&, Call& call, const CMPIContext* context, const CMPIObjectPath* path, const char* name, More...) {
+  return askForList(call, context, path, named(name));
 }
 
 CMPIData invokeMethod(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char* method,
-    const CMPIArgs* input, CMPIArgs* output, CMPIStatus* status) {
-  static constexpr const char* FUNCTION = "CMPIBroker.invokeMethod";
-  Upcall given = named(method);
-  if (Object<CMPIArgs>* list = livingObject(input, FUNCTION)) {
-    given.input = list->content().arguments;
+    Broker&, Call& call, const CMPIContext* context, const CMPIObjectPath* path, const char* method,
+    const CMPIArgs* input, CMPIArgs* output) {
+  Upcall upcall = named(method);
+  if (Object<CMPIArgs>* list = livingObject(input, call.function())) {
+    upcall.input = list->content().arguments;
   }
-  return valueUpcall(broker, FUNCTION, context, path, status, std::move(given), output);
+  return askForValue(call, context, path, std::move(upcall), output);
 }
 
-CMPIStatus setProperty(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char* name,
+void setProperty(
+    Broker&, Call& call, const CMPIContext* context, const CMPIObjectPath* path, const char* name,
     const CMPIValue* value, CMPIType type) {
-  Upcall given = named(name);
-  Value copied;
-  const CMPIrc code = guarded([&] { return fromCmpi(value, type, copied); });
-  if (code != CMPI_RC_OK) {
-    return CMPIStatus{code, nullptr};
-  }
-  given.input.add(given.name, std::move(copied));
-  return statusUpcall(broker, "CMPIBroker.setProperty", context, path, std::move(given));
+  Upcall upcall = named(name);
+  upcall.input.add(upcall.name, fromCmpi(call, value, type));
+  askForValue(call, context, path, std::move(upcall));
 }
 
-CMPIData getProperty(
-    const CMPIBroker* broker, const CMPIContext* context, const CMPIObjectPath* path, const char* name,
-    CMPIStatus* status) {
-  return valueUpcall(broker, "CMPIBroker.getProperty", context, path, status, named(name));
+CMPIBrokerFT makeTable() {
+  using FT = CMPIBrokerFT;
+  using Context = const CMPIContext*;
+  using Path = const CMPIObjectPath*;
+  FT table{};
+  table.brokerCapabilities = CAPABILITIES;
+  table.brokerVersion = CMPIVersion200;
+  table.brokerName = "tvp host";
+  bind<&FT::prepareAttachThread>(table, "prepareAttachThread", prepareAttachThread, Thread::Any);
+  bind<&FT::attachThread>(table, "attachThread", attachThread, Thread::Any);
+  bind<&FT::detachThread>(table, "detachThread", detachThread, Thread::Any);
+  bind<&FT::deliverIndication>(table, "deliverIndication", deliverIndication);
+  bind<&FT::enumerateInstanceNames>(table, "enumerateInstanceNames", enumerate<>);
+  bind<&FT::enumerateInstances>(table, "enumerateInstances", enumerate<const char**>);
+  bind<&FT::execQuery>(table, "execQuery", enumerateNamed<const char*>);
+  bind<&FT::associators>(
+      table, "associators", enumerateNamed<const char*, const char*, const char*, const char**>);
+  bind<&FT::associatorNames>(table, "associatorNames", enumerateNamed<const char*, const char*, const char*>);
+  bind<&FT::references>(table, "references", enumerateNamed<const char*, const char**>);
+  bind<&FT::referenceNames>(table, "referenceNames", enumerateNamed<const char*>);
+  bind<&FT::getInstance>(
+      table, "getInstance", [](Broker&, Call& call, Context context, Path path, const char**) {
+        return askForValue(call, context, path, {}).value.inst;
+      });
+  bind<&FT::createInstance>(
+      table, "createInstance",
+      [](Broker&, Call& call, Context context, Path path, const CMPIInstance* instance) {
+        return askForValue(call, context, path, withInstance(call, instance)).value.ref;
+      });
+  bind<&FT::modifyInstance>(
+      table, "modifyInstance",
+      [](Broker&, Call& call, Context context, Path path, const CMPIInstance* instance, const char**) {
+        askForValue(call, context, path, withInstance(call, instance));
+      });
+  bind<&FT::deleteInstance>(table, "deleteInstance", [](Broker&, Call& call, Context context, Path path) {
+    askForValue(call, context, path, {});
+  });
+  bind<&FT::invokeMethod>(table, "invokeMethod", invokeMethod);
+  bind<&FT::setProperty>(table, "setProperty", setProperty);
+  bind<&FT::getProperty>(
+      table, "getProperty", [](Broker&, Call& call, Context context, Path path, const char* name) {
+        return askForValue(call, context, path, named(name));
+      });
+  return table;
 }
 
 }  // namespace
 
 CMPIBrokerFT* brokerServiceTable() {
-  static CMPIBrokerFT table = {CAPABILITIES, CMPIVersion200,     "tvp host",        prepareAttachThread,
-                               attachThread, detachThread,       deliverIndication, enumerateInstanceNames,
-                               getInstance,  createInstance,     modifyInstance,    deleteInstance,
-                               execQuery,    enumerateInstances, associators,       associatorNames,
-                               references,   referenceNames,     invokeMethod,      setProperty,
-                               getProperty};
+  static CMPIBrokerFT table = makeTable();
   return &table;
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/broker/BrokerState.h"
+#include "host/broker/Broker.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -24,11 +24,6 @@ pthread_t threadOf(void* handle) {
   return thread;
 }
 
-/** The caller frees the name. */
-char* resolveFileName(const char* name) {
-  return name == nullptr ? nullptr : strdup(("lib" + std::string(name) + ".so").c_str());
-}
-
 void* newThread(void* (*start)(void*), void* argument, int detached) {
   pthread_t thread{};
   if (start == nullptr || pthread_create(&thread, nullptr, start, argument) != 0) {
@@ -42,18 +37,6 @@ void* newThread(void* (*start)(void*), void* argument, int detached) {
   return handle;
 }
 
-int joinThread(void* thread, void** result) {
-  return pthread_join(threadOf(thread), result);
-}
-
-int exitThread(void* result) {
-  pthread_exit(result);
-}
-
-int cancelThread(void* thread) {
-  return pthread_cancel(threadOf(thread));
-}
-
 int threadSleep(CMPIUint32 milliseconds) {
   timespec rest{static_cast<time_t>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000000};
   while (nanosleep(&rest, &rest) != 0) {
@@ -62,10 +45,6 @@ int threadSleep(CMPIUint32 milliseconds) {
     }
   }
   return 0;
-}
-
-int threadOnce(int* once, void (*initialise)()) {
-  return pthread_once(once, initialise);
 }
 
 int createThreadKey(unsigned long* key, void (*destroy)(void*)) {
@@ -77,72 +56,71 @@ int createThreadKey(unsigned long* key, void (*destroy)(void*)) {
   return failure;
 }
 
-int destroyThreadKey(unsigned long key) {
-  return pthread_key_delete(static_cast<pthread_key_t>(key));
+/** Makes a mutex or a condition; null when that fails. */
+template <class Thing, class Attributes>
+void* newThing(int (*initialise)(Thing*, const Attributes*)) {
+  auto thing = std::make_unique<Thing>();
+  return initialise(thing.get(), nullptr) == 0 ? thing.release() : nullptr;
 }
 
-void* getThreadSpecific(unsigned long key) {
-  return pthread_getspecific(static_cast<pthread_key_t>(key));
-}
-
-int setThreadSpecific(unsigned long key, void* value) {
-  return pthread_setspecific(static_cast<pthread_key_t>(key), value);
-}
-
-void* newMutex(int) {
-  auto mutex = std::make_unique<pthread_mutex_t>();
-  return pthread_mutex_init(mutex.get(), nullptr) == 0 ? mutex.release() : nullptr;
-}
-
-void destroyMutex(void* mutex) {
-  const std::unique_ptr<pthread_mutex_t> owned(static_cast<pthread_mutex_t*>(mutex));
+template <class Thing>
+void destroyThing(void* handle, int (*destroy)(Thing*)) {
+  const std::unique_ptr<Thing> owned(static_cast<Thing*>(handle));
   if (owned != nullptr) {
-    pthread_mutex_destroy(owned.get());
+    destroy(owned.get());
   }
 }
 
-void lockMutex(void* mutex) {
-  pthread_mutex_lock(static_cast<pthread_mutex_t*>(mutex));
+pthread_mutex_t* mutexOf(void* handle) {
+  return static_cast<pthread_mutex_t*>(handle);
 }
 
-void unlockMutex(void* mutex) {
-  pthread_mutex_unlock(static_cast<pthread_mutex_t*>(mutex));
+pthread_cond_t* conditionOf(void* handle) {
+  return static_cast<pthread_cond_t*>(handle);
 }
 
-void* newCondition(int) {
-  auto condition = std::make_unique<pthread_cond_t>();
-  return pthread_cond_init(condition.get(), nullptr) == 0 ? condition.release() : nullptr;
-}
-
-void destroyCondition(void* condition) {
-  const std::unique_ptr<pthread_cond_t> owned(static_cast<pthread_cond_t*>(condition));
-  if (owned != nullptr) {
-    pthread_cond_destroy(owned.get());
-  }
-}
-
-int condWait(void* condition, void* mutex) {
-  return pthread_cond_wait(static_cast<pthread_cond_t*>(condition), static_cast<pthread_mutex_t*>(mutex));
-}
-
-int timedCondWait(void* condition, void* mutex, timespec* until) {
-  return pthread_cond_timedwait(
-      static_cast<pthread_cond_t*>(condition), static_cast<pthread_mutex_t*>(mutex), until);
-}
-
-int signalCondition(void* condition) {
-  return pthread_cond_signal(static_cast<pthread_cond_t*>(condition));
+CMPIBrokerExtFT makeTable() {
+  CMPIBrokerExtFT table{};
+  table.ftVersion = CMPIVersion200;
+  table.resolveFileName = [](const char* name) {  // the caller frees the result
+    return name == nullptr ? nullptr : strdup(("lib" + std::string(name) + ".so").c_str());
+  };
+  table.newThread = newThread;
+  table.joinThread = [](void* thread, void** result) { return pthread_join(threadOf(thread), result); };
+  table.exitThread = [](void* result) -> int { pthread_exit(result); };
+  table.cancelThread = [](void* thread) { return pthread_cancel(threadOf(thread)); };
+  table.threadSleep = threadSleep;
+  table.threadOnce = pthread_once;
+  table.createThreadKey = createThreadKey;
+  table.destroyThreadKey = [](unsigned long key) {
+    return pthread_key_delete(static_cast<pthread_key_t>(key));
+  };
+  table.getThreadSpecific = [](unsigned long key) {
+    return pthread_getspecific(static_cast<pthread_key_t>(key));
+  };
+  table.setThreadSpecific = [](unsigned long key, void* value) {
+    return pthread_setspecific(static_cast<pthread_key_t>(key), value);
+  };
+  table.newMutex = [](int) { return newThing(pthread_mutex_init); };
+  table.destroyMutex = [](void* mutex) { destroyThing(mutex, pthread_mutex_destroy); };
+  table.lockMutex = [](void* mutex) { pthread_mutex_lock(mutexOf(mutex)); };
+  table.unlockMutex = [](void* mutex) { pthread_mutex_unlock(mutexOf(mutex)); };
+  table.newCondition = [](int) { return newThing(pthread_cond_init); };
+  table.destroyCondition = [](void* condition) { destroyThing(condition, pthread_cond_destroy); };
+  table.condWait = [](void* condition, void* mutex) {
+    return pthread_cond_wait(conditionOf(condition), mutexOf(mutex));
+  };
+  table.timedCondWait = [](void* condition, void* mutex, timespec* until) {
+    return pthread_cond_timedwait(conditionOf(condition), mutexOf(mutex), until);
+  };
+  table.signalCondition = [](void* condition) { return pthread_cond_signal(conditionOf(condition)); };
+  return table;
 }
 
 }  // namespace
 
 CMPIBrokerExtFT* brokerSystemTable() {
-  static CMPIBrokerExtFT table = {CMPIVersion200,  resolveFileName,  newThread,         joinThread,
-                                  exitThread,      cancelThread,     threadSleep,       threadOnce,
-                                  createThreadKey, destroyThreadKey, getThreadSpecific, setThreadSpecific,
-                                  newMutex,        destroyMutex,     lockMutex,         unlockMutex,
-                                  newCondition,    destroyCondition, condWait,          timedCondWait,
-                                  signalCondition};
+  static CMPIBrokerExtFT table = makeTable();
   return &table;
 }
 

@@ -1,117 +1,83 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Conversion.h"
 
-#include "host/broker/EntryPoint.h"
-
 namespace tvp::host {
 namespace {
 
-constexpr const char* FUNCTION = "the taking over of a value";
-
-/** Copies the content of an object that a value points to. */
-template <class Face, class Copy>
-CMPIrc copyObject(const Face* face, CMPIType type, Value& out, Copy copy) {
-  if (face == nullptr) {
-    out = Value::null(type);
-    return CMPI_RC_OK;
+Value arrayFromCmpi(const Call& call, const CMPIArray* array, CMPIType type) {
+  if (array == nullptr) {
+    return Value::null(type);
   }
-  Object<Face>* object = livingObject(face, FUNCTION);
-  if (object == nullptr) {
-    return CMPI_RC_ERR_INVALID_HANDLE;
+  const ArrayContent& content = call.contentOf(array);
+  const auto elementType = static_cast<CMPIType>(type & ~CMPI_ARRAY);
+  if (content.elementType != elementType &&
+      !(content.elementType == CMPI_string && elementType == CMPI_chars)) {
+    throw CallFailure{CMPI_RC_ERR_TYPE_MISMATCH};
   }
-  out = copy(object->content());
-  return CMPI_RC_OK;
+  return Value::array(content.elementType, content.elements);
 }
 
-CMPIrc arrayFromCmpi(const CMPIArray* array, CMPIType type, Value& out) {
-  const CMPIType elementType = static_cast<CMPIType>(type & ~CMPI_ARRAY);
-  bool sameType = true;
-  const CMPIrc code = copyObject(array, type, out, [&](const ArrayContent& content) {
-    sameType = content.elementType == elementType ||
-               (content.elementType == CMPI_string && elementType == CMPI_chars);
-    return Value::array(content.elementType, content.elements);
-  });
-  return sameType ? code : CMPI_RC_ERR_TYPE_MISMATCH;
-}
-
-Value stringValue(const StringContent& content) {
-  return content.text ? Value::string(*content.text) : Value::null(CMPI_string);
-}
-
-CMPIrc objectFromCmpi(const CMPIValue& value, CMPIType type, Value& out) {
-  switch (type) {
-  case CMPI_string:
-    return copyObject(value.string, type, out, stringValue);
-  case CMPI_dateTime:
-    return copyObject(value.dateTime, type, out, Value::dateTime);
-  case CMPI_ref:
-    return copyObject(value.ref, type, out, Value::reference);
-  case CMPI_instance:
-    return copyObject(value.inst, type, out, [](const InstanceContent& content) {
-      return Value::instance(content.snapshot());
-    });
-  default:
-    return CMPI_RC_ERR_INVALID_DATA_TYPE;
-  }
+/** The content of an object that a value points to; no object is a null of the type. */
+template <class Face, class Convert>
+Value objectFromCmpi(const Call& call, const Face* face, CMPIType type, Convert convert) {
+  return face == nullptr ? Value::null(type) : convert(call.contentOf(face));
 }
 
 }  // namespace
 
-CMPIrc fromCmpi(const CMPIValue* value, CMPIType type, Value& out) {
+Value fromCmpi(const Call& call, const CMPIValue* value, CMPIType type) {
   if (type == CMPI_chars) {
-    out = value == nullptr ? Value::null(CMPI_string) : Value::string(reinterpret_cast<const char*>(value));
-    return CMPI_RC_OK;
+    return value == nullptr ? Value::null(CMPI_string) : Value::string(reinterpret_cast<const char*>(value));
   }
   if (value == nullptr || type == CMPI_null) {
-    out = Value::null(type);
-    return CMPI_RC_OK;
+    return Value::null(type);
   }
   if ((type & CMPI_ARRAY) != 0) {
-    return arrayFromCmpi(value->array, type, out);
+    return arrayFromCmpi(call, value->array, type);
   }
   switch (type) {
   case CMPI_boolean:
-    out = Value::boolean(value->boolean != 0);
-    return CMPI_RC_OK;
+    return Value::boolean(value->boolean != 0);
   case CMPI_char16:
-    out = Value::unsignedInteger(type, value->char16);
-    return CMPI_RC_OK;
+    return Value::unsignedInteger(type, value->char16);
   case CMPI_uint8:
-    out = Value::unsignedInteger(type, value->uint8);
-    return CMPI_RC_OK;
+    return Value::unsignedInteger(type, value->uint8);
   case CMPI_uint16:
-    out = Value::unsignedInteger(type, value->uint16);
-    return CMPI_RC_OK;
+    return Value::unsignedInteger(type, value->uint16);
   case CMPI_uint32:
-    out = Value::unsignedInteger(type, value->uint32);
-    return CMPI_RC_OK;
+    return Value::unsignedInteger(type, value->uint32);
   case CMPI_uint64:
-    out = Value::unsignedInteger(type, value->uint64);
-    return CMPI_RC_OK;
+    return Value::unsignedInteger(type, value->uint64);
   case CMPI_sint8:
-    out = Value::signedInteger(type, value->sint8);
-    return CMPI_RC_OK;
+    return Value::signedInteger(type, value->sint8);
   case CMPI_sint16:
-    out = Value::signedInteger(type, value->sint16);
-    return CMPI_RC_OK;
+    return Value::signedInteger(type, value->sint16);
   case CMPI_sint32:
-    out = Value::signedInteger(type, value->sint32);
-    return CMPI_RC_OK;
+    return Value::signedInteger(type, value->sint32);
   case CMPI_sint64:
-    out = Value::signedInteger(type, value->sint64);
-    return CMPI_RC_OK;
+    return Value::signedInteger(type, value->sint64);
   case CMPI_real32:
-    out = Value::real(type, static_cast<double>(value->real32));
-    return CMPI_RC_OK;
+    return Value::real(type, static_cast<double>(value->real32));
   case CMPI_real64:
-    out = Value::real(type, value->real64);
-    return CMPI_RC_OK;
+    return Value::real(type, value->real64);
+  case CMPI_string:
+    return objectFromCmpi(call, value->string, type, [type](const StringContent& content) {
+      return content.text ? Value::string(*content.text) : Value::null(type);
+    });
+  case CMPI_dateTime:
+    return objectFromCmpi(call, value->dateTime, type, Value::dateTime);
+  case CMPI_ref:
+    return objectFromCmpi(call, value->ref, type, Value::reference);
+  case CMPI_instance:
+    return objectFromCmpi(call, value->inst, type, [](const InstanceContent& content) {
+      return Value::instance(content.snapshot());
+    });
   default:
-    return objectFromCmpi(*value, type, out);
+    throw CallFailure{CMPI_RC_ERR_INVALID_DATA_TYPE};
   }
 }
 
-CMPIData toCmpi(BrokerState& broker, const Value& value) {
+CMPIData toCmpi(const Call& call, const Value& value) {
   CMPIData data{};
   data.type = value.type();
   data.state = value.state();
@@ -119,7 +85,7 @@ CMPIData toCmpi(BrokerState& broker, const Value& value) {
     return data;
   }
   if (value.isArray()) {
-    data.value.array = broker.make<CMPIArray>(
+    data.value.array = call.make<CMPIArray>(
         ArrayContent{static_cast<CMPIType>(value.type() & ~CMPI_ARRAY), value.asArray()});
     return data;
   }
@@ -140,18 +106,18 @@ CMPIData toCmpi(BrokerState& broker, const Value& value) {
     data.value.sint64 = value.asSigned();  // on this byte order the low bytes are the shorter members
     break;
   case CMPI_string:
-    data.value.string = makeString(broker, value.asString());
+    data.value.string = call.makeString(value.asString());
     break;
   case CMPI_dateTime:
-    data.value.dateTime = broker.make<CMPIDateTime>(value.asDateTime());
+    data.value.dateTime = call.make<CMPIDateTime>(value.asDateTime());
     break;
   case CMPI_ref:
-    data.value.ref = broker.make<CMPIObjectPath>(value.asReference());
+    data.value.ref = call.make<CMPIObjectPath>(value.asReference());
     break;
   case CMPI_instance: {
     InstanceContent content;
     content.instance = value.asInstance();
-    data.value.inst = broker.make<CMPIInstance>(std::move(content));
+    data.value.inst = call.make<CMPIInstance>(std::move(content));
     break;
   }
   default:
@@ -160,35 +126,23 @@ CMPIData toCmpi(BrokerState& broker, const Value& value) {
   return data;
 }
 
-CMPIData valueAt(
-    BrokerState& broker, const std::vector<NamedValue>& values, CMPICount position, CMPIString** name,
-    CMPIrc& code) {
+CMPIData
+valueAt(const Call& call, const std::vector<NamedValue>& values, std::size_t position, CMPIString** name) {
   if (position >= values.size()) {
-    code = CMPI_RC_ERR_NO_SUCH_PROPERTY;
-    return noData(CMPI_notFound);
+    throw CallFailure{CMPI_RC_ERR_NO_SUCH_PROPERTY};
   }
   if (name != nullptr) {
-    *name = makeString(broker, values[position].name);
+    *name = call.makeString(values[position].name);
   }
-  return toCmpi(broker, values[position].value);
+  return toCmpi(call, values[position].value);
 }
 
-CMPIData
-valueNamed(BrokerState& broker, const std::vector<NamedValue>& values, const char* name, CMPIrc& code) {
+CMPIData valueNamed(const Call& call, const std::vector<NamedValue>& values, const char* name) {
   const Value* value = name == nullptr ? nullptr : findValue(values, name);
   if (value == nullptr) {
-    code = CMPI_RC_ERR_NO_SUCH_PROPERTY;
-    return noData(CMPI_notFound);
+    throw CallFailure{CMPI_RC_ERR_NO_SUCH_PROPERTY};
   }
-  return toCmpi(broker, *value);
-}
-
-Value textArray(const std::vector<std::string>& texts) {
-  Value::List elements;
-  for (const std::string& text : texts) {
-    elements.push_back(Value::string(text));
-  }
-  return Value::array(CMPI_string, std::move(elements));
+  return toCmpi(call, *value);
 }
 
 }  // namespace tvp::host

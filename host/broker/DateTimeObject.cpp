@@ -2,39 +2,20 @@
 #include "host/broker/EntryPoint.h"
 
 namespace tvp::host {
-namespace {
 
-CMPIUint64 getBinaryFormat(const CMPIDateTime* dateTime, CMPIStatus* status) {
-  return valueCall<CMPIUint64>(
-      dateTime, "CMPIDateTime.getBinaryFormat", status, [](DateTime& content, BrokerState&, CMPIrc&) {
-        return static_cast<CMPIUint64>(content.microseconds());
-      });
-}
-
-CMPIString* getStringFormat(const CMPIDateTime* dateTime, CMPIStatus* status) {
-  return valueCall<CMPIString*>(
-      dateTime, "CMPIDateTime.getStringFormat", status,
-      [](DateTime& content, BrokerState& broker, CMPIrc&) { return makeString(broker, content.text()); });
-}
-
-CMPIBoolean isInterval(const CMPIDateTime* dateTime, CMPIStatus* status) {
-  return valueCall<CMPIBoolean>(
-      dateTime, "CMPIDateTime.isInterval", status, [](DateTime& content, BrokerState&, CMPIrc&) {
-        return static_cast<CMPIBoolean>(content.isInterval());
-      });
-}
-
-}  // namespace
-
-template <>
-CMPIDateTimeFT* functionTable<CMPIDateTime>() {
-  static CMPIDateTimeFT table = {CMPIVersion200,
-                                 releaseObject<CMPIDateTime>,
-                                 cloneObject<CMPIDateTime>,
-                                 getBinaryFormat,
-                                 getStringFormat,
-                                 isInterval};
-  return &table;
+CMPIDateTimeFT* ObjectTraits<CMPIDateTime>::table() {
+  static CMPIDateTimeFT functions = objectTable<CMPIDateTime>([](CMPIDateTimeFT& table) {
+    bind<&CMPIDateTimeFT::getBinaryFormat>(table, "getBinaryFormat", [](DateTime& content, Call&) {
+      return static_cast<CMPIUint64>(content.microseconds());
+    });
+    bind<&CMPIDateTimeFT::getStringFormat>(table, "getStringFormat", [](DateTime& content, Call& call) {
+      return call.makeString(content.text());
+    });
+    bind<&CMPIDateTimeFT::isInterval>(table, "isInterval", [](DateTime& content, Call&) {
+      return static_cast<CMPIBoolean>(content.isInterval());
+    });
+  });
+  return &functions;
 }
 
 }  // namespace tvp::host

@@ -2,49 +2,39 @@
 #ifndef HOST_BROKER_ENTRYPOINT_H
 #define HOST_BROKER_ENTRYPOINT_H
 
-#include "host/broker/BrokerState.h"
+#include "host/broker/Broker.h"
 #include "host/broker/Object.h"
+#include "host/broker/Scope.h"
 
 #include <string>
+#include <type_traits>
+#include <utility>
 
 namespace tvp::host {
 
 /*
- * The shape of every function that a provider can call: examine the handle, count the call, fail when
- * a test asks for it, do the work, and let nothing thrown across. A body gets the content of the object
- * (or the broker) and sets or returns the status code.
+ * Every function that a provider can call has the same shape: examine the handle, count the call, fail when a
+ * test asks for it, do the work, and let nothing thrown across. That shape is written here; the tables of
+ * functions bind a body to each slot:
+ *
+ *   bind<&CMPIArrayFT::getSize>(table, "getSize", [](ArrayContent& content, Call&) { ... });
+ *
+ * A body gets the content of the object (or the broker, for a function of the broker), the call, and the
+ * arguments of the slot without the handle and the status. It returns the slot's value, or nothing where the
+ * slot returns a status, and throws a CallFailure to end with another status than success.
  */
 
-/** Sets a status that the caller may have left out. */
-inline void setStatus(CMPIStatus* status, CMPIrc code) {
-  if (status != nullptr) {
-    *status = CMPIStatus{code, nullptr};
-  }
-}
-
-/** What a function that returns CMPIData returns when it fails. */
-inline CMPIData noData(CMPIValueState state = CMPI_badValue) {
-  CMPIData data{};
-  data.type = CMPI_null;
-  data.state = state;
-  return data;
-}
-
-/** The result of a failed function: null, 0, or CMPIData without a value. */
-template <class Result>
-Result failedResult() {
-  if constexpr (std::is_same_v<Result, CMPIData>) {
-    return noData();
-  } else {
-    return Result{};
-  }
-}
+/** Ends the body of a function: the status that the provider gets. */
+struct CallFailure {
+  CMPIrc code;
+  std::string message = {};  ///< becomes the status's message unless it is empty
+};
 
 /** The living object behind a face, or null; a dead one is noted. Does not count as a call. */
 template <class Face>
 Object<Face>* livingObject(const Face* face, const char* function) {
   ObjectCore* core = ObjectCore::of(face);
-  if (core == nullptr || core->kind() != ObjectTraits<Face>::KIND) {
+  if (core == nullptr || core->typeName() != ObjectTraits<Face>::NAME) {
     return nullptr;
   }
   if (!core->isAlive()) {
@@ -54,88 +44,173 @@ Object<Face>* livingObject(const Face* face, const char* function) {
   return static_cast<Object<Face>*>(core);
 }
 
-/** Runs a body that answers a code; exceptions become CMPI_RC_ERROR_SYSTEM. */
-template <class Body>
-CMPIrc guarded(Body body) {
+/** What the functions of a face work on. */
+template <class Face>
+struct Target : ObjectTraits<Face> {};
+template <>
+struct Target<CMPIBroker> {
+  using Content = Broker;
+  static constexpr char NAME[] = "CMPIBroker";
+};
+
+/** A call that is running: which function, of which broker. */
+class Call {
+public:
+  Call(Broker& broker, const char* function) : m_broker(broker), m_function(function) {}
+
+  Broker& broker() const { return m_broker; }
+  /** "CMPIString.getCharPtr" and its like. */
+  const char* function() const { return m_function; }
+
+  /** The content of an object that was given. @throws CallFailure CMPI_RC_ERR_INVALID_HANDLE */
+  template <class Face>
+  typename ObjectTraits<Face>::Content& contentOf(const Face* face) const {
+    if (Object<Face>* object = livingObject(face, m_function)) {
+      return object->content();
+    }
+    throw CallFailure{CMPI_RC_ERR_INVALID_HANDLE};
+  }
+
+  /** Makes an object that belongs to the current thread's scope. */
+  template <class Face>
+  Face* make(typename ObjectTraits<Face>::Content content) const {
+    return m_broker.scope().make<Face>(std::move(content));
+  }
+  CMPIString* makeString(const std::string& text) const { return make<CMPIString>({text}); }
+
+private:
+  Broker& m_broker;
+  const char* m_function;
+};
+
+/** A C string that may be null. */
+inline std::string textOf(const char* text) {
+  return text == nullptr ? std::string() : std::string(text);
+}
+
+/** An argument that must not be null. @throws CallFailure CMPI_RC_ERR_INVALID_PARAMETER */
+template <class Argument>
+Argument* required(Argument* argument) {
+  return argument != nullptr ? argument : throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
+}
+
+/** What a function answers when it fails: null, 0, or CMPIData without a value. */
+template <class Result>
+Result failedResult(CMPIrc code) {
+  Result result{};
+  if constexpr (std::is_same_v<Result, CMPIData>) {
+    const bool missing = code == CMPI_RC_ERR_NO_SUCH_PROPERTY || code == CMPI_RC_ERR_NOT_FOUND;
+    result.state = missing ? CMPI_notFound : CMPI_badValue;
+  }
+  return result;
+}
+
+/** Runs a body that gets the content behind a face and the call; whatever it throws becomes the status. */
+template <class Face, class Body>
+CMPIStatus guarded(Face* face, const char* function, Thread thread, Body body) {
   try {
-    return body();
+    Broker* broker = nullptr;
+    typename Target<std::remove_const_t<Face>>::Content* content = nullptr;
+    if constexpr (std::is_same_v<const Face, const CMPIBroker>) {
+      broker = content = Broker::of(face);
+    } else if (auto* object = livingObject(face, function)) {
+      broker = &object->broker();
+      content = &object->content();
+    }
+    if (content == nullptr) {
+      return CMPIStatus{CMPI_RC_ERR_INVALID_HANDLE, nullptr};
+    }
+    Call call(*broker, function);
+    try {
+      broker->enter(function, thread);
+      body(*content, call);
+    } catch (const CallFailure& failure) {
+      return CMPIStatus{failure.code, failure.message.empty() ? nullptr : call.makeString(failure.message)};
+    }
+    return CMPIStatus{CMPI_RC_OK, nullptr};
   } catch (...) {
-    return CMPI_RC_ERROR_SYSTEM;
+    return CMPIStatus{CMPI_RC_ERROR_SYSTEM, nullptr};
   }
 }
 
-/** A function of an object that answers a status. The body takes (content, broker) and returns a code. */
-template <class Face, class Body>
-CMPIStatus statusCall(const Face* face, const char* function, Body body) {
-  const CMPIrc code = guarded([&]() -> CMPIrc {
-    Object<Face>* object = livingObject(face, function);
-    if (object == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
+/** The face whose function stands in a slot of a table. */
+template <class Slot>
+struct SlotTraits;
+template <class Table, class Result, class Owner, class... Arguments>
+struct SlotTraits<Result (*Table::*)(Owner*, Arguments...)> {
+  using Face = Owner;
+  using Function = Result (*)(Owner*, Arguments...);
+};
+
+/** The function of one slot in the three shapes that the interface has, and the body that it runs. */
+template <auto slot, class Body>
+struct Entry;
+template <auto slot, class Result, class Content, class... Arguments>
+struct Entry<slot, Result (*)(Content&, Call&, Arguments...)> {
+  using Face = typename SlotTraits<decltype(slot)>::Face;
+
+  static inline std::string name;
+  static inline Thread thread = Thread::Attached;
+  static inline Result (*body)(Content&, Call&, Arguments...) = nullptr;
+
+  static CMPIStatus returningStatus(Face* face, Arguments... arguments) {
+    return guarded(
+        face, name.c_str(), thread, [&](Content& content, Call& call) { body(content, call, arguments...); });
+  }
+
+  static Result settingStatus(Face* face, Arguments... arguments, CMPIStatus* status) {
+    Result result{};
+    const CMPIStatus outcome = guarded(face, name.c_str(), thread, [&](Content& content, Call& call) {
+      result = body(content, call, arguments...);
+    });
+    if (status != nullptr) {
+      *status = outcome;
     }
-    const CMPIrc injected = object->broker().enter(function);
-    return injected != CMPI_RC_OK ? injected : body(object->content(), object->broker());
-  });
-  return CMPIStatus{code, nullptr};
-}
+    return outcome.rc == CMPI_RC_OK ? result : failedResult<Result>(outcome.rc);
+  }
 
-/** A function of an object that answers a value. The body takes (content, broker, code). */
-template <class Result, class Face, class Body>
-Result valueCall(const Face* face, const char* function, CMPIStatus* status, Body body) {
-  Result result = failedResult<Result>();
-  const CMPIStatus outcome = statusCall(face, function, [&](auto& content, BrokerState& broker) {
-    CMPIrc code = CMPI_RC_OK;
-    result = body(content, broker, code);
-    return code;
-  });
-  setStatus(status, outcome.rc);
-  return result;
-}
-
-/** A function of the broker that answers a status. The body takes (broker) and returns a code. */
-template <class Body>
-CMPIStatus
-brokerStatusCall(const CMPIBroker* broker, const char* function, Body body, bool mustBeAttached = true) {
-  const CMPIrc code = guarded([&]() -> CMPIrc {
-    BrokerState* state = BrokerState::of(broker);
-    if (state == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
+  static Result withoutStatus(Face* face, Arguments... arguments) {
+    if constexpr (std::is_void_v<Result>) {
+      returningStatus(face, arguments...);
+    } else {
+      return settingStatus(face, arguments..., nullptr);
     }
-    const CMPIrc injected = state->enter(function, mustBeAttached);
-    return injected != CMPI_RC_OK ? injected : body(*state);
-  });
-  return CMPIStatus{code, nullptr};
+  }
+
+  static auto function() {
+    using Function = typename SlotTraits<decltype(slot)>::Function;
+    if constexpr (std::is_same_v<Function, CMPIStatus (*)(Face*, Arguments...)>) {
+      return &returningStatus;
+    } else if constexpr (std::is_same_v<Function, Result (*)(Face*, Arguments...)>) {
+      return &withoutStatus;
+    } else {
+      return &settingStatus;
+    }
+  }
+};
+
+/** The function for a slot, made from a body; its calls are recorded under the face's name and the one given.
+ */
+template <auto slot, class Body>
+auto entry(const char* name, Body body, Thread thread = Thread::Attached) {
+  using Bound = Entry<slot, decltype(+body)>;
+  Bound::name = std::string(Target<std::remove_const_t<typename Bound::Face>>::NAME) + "." + name;
+  Bound::thread = thread;
+  Bound::body = body;
+  return Bound::function();
 }
 
-/** A function of the broker that answers a value. The body takes (broker, code). */
-template <class Result, class Body>
-Result brokerValueCall(
-    const CMPIBroker* broker, const char* function, CMPIStatus* status, Body body,
-    bool mustBeAttached = true) {
-  Result result = failedResult<Result>();
-  const CMPIStatus outcome = brokerStatusCall(
-      broker, function,
-      [&](BrokerState& state) {
-        CMPIrc code = CMPI_RC_OK;
-        result = body(state, code);
-        return code;
-      },
-      mustBeAttached);
-  setStatus(status, outcome.rc);
-  return result;
-}
-
-/** "CMPIString.release" and its like. */
-template <class Face>
-std::string functionName(const char* function) {
-  return std::string(objectTypeName(ObjectTraits<Face>::KIND)) + "." + function;
+/** Fills a slot. */
+template <auto slot, class Table, class Body>
+void bind(Table& table, const char* name, Body body, Thread thread = Thread::Attached) {
+  table.*slot = entry<slot>(name, body, thread);
 }
 
 /** The release function of a type. */
 template <class Face>
 CMPIStatus releaseObject(Face* face) {
-  static const std::string function = functionName<Face>("release");
-  const CMPIStatus status =
-      statusCall(face, function.c_str(), [](auto&, BrokerState&) { return CMPI_RC_OK; });
+  static const std::string function = std::string(ObjectTraits<Face>::NAME) + ".release";
+  const CMPIStatus status = guarded(face, function.c_str(), Thread::Attached, [](auto&, Call&) {});
   ObjectCore* core = ObjectCore::of(face);
   if (core != nullptr && core->isAlive()) {
     status.rc == CMPI_RC_OK ? core->die(ObjectCore::Life::Released) : core->refuseRelease();
@@ -143,23 +218,21 @@ CMPIStatus releaseObject(Face* face) {
   return status;
 }
 
-/** The clone function of a type: the copy belongs to the caller and outlives the request. */
-template <class Face>
-Face* cloneObject(const Face* face, CMPIStatus* status) {
-  static const std::string function = functionName<Face>("clone");
-  return valueCall<Face*>(face, function.c_str(), status, [](auto& content, BrokerState& broker, CMPIrc&) {
-    return broker.makeIn<Face>(broker.cloneScope(), content);
+/**
+ * A table with the part that all types share, and what fill binds. A clone belongs to the caller and outlives
+ * the request.
+ */
+template <class Face, class Fill>
+auto objectTable(Fill fill) {
+  using Table = std::remove_pointer_t<decltype(Face::ft)>;
+  Table table{};
+  table.ftVersion = CMPIVersion200;
+  table.release = releaseObject<Face>;
+  bind<&Table::clone>(table, "clone", [](typename ObjectTraits<Face>::Content& content, Call& call) {
+    return call.broker().cloneScope().template make<Face>(content);
   });
-}
-
-/** Makes a string object. */
-inline CMPIString* makeString(BrokerState& broker, const std::string& text) {
-  return broker.make<CMPIString>(StringContent{text});
-}
-
-/** A C string that may be null. */
-inline std::string textOf(const char* text) {
-  return text == nullptr ? std::string() : std::string(text);
+  fill(table);
+  return table;
 }
 
 }  // namespace tvp::host

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Conversion.h"
-#include "host/broker/EntryPoint.h"
 
 namespace tvp::host {
 namespace {
@@ -8,95 +7,81 @@ namespace {
 /* Each attribute of an error has a getter and mostly a setter; they differ in the member alone. */
 
 template <std::string ErrorContent::*member>
-CMPIString* getText(const CMPIError* error, CMPIStatus* status) {
-  return valueCall<CMPIString*>(
-      error, "CMPIError.get", status, [](ErrorContent& content, BrokerState& broker, CMPIrc&) {
-        return makeString(broker, content.*member);
-      });
+CMPIString* text(ErrorContent& content, Call& call) {
+  return call.makeString(content.*member);
 }
 
 template <std::string ErrorContent::*member>
-CMPIStatus setText(CMPIError* error, const char* text) {
-  return statusCall(error, "CMPIError.set", [=](ErrorContent& content, BrokerState&) {
-    content.*member = textOf(text);
-    return CMPI_RC_OK;
-  });
+void setText(ErrorContent& content, Call&, const char* given) {
+  content.*member = textOf(given);
 }
 
 template <class Code, Code ErrorContent::*member>
-Code getCode(const CMPIError* error, CMPIStatus* status) {
-  return valueCall<Code>(error, "CMPIError.get", status, [](ErrorContent& content, BrokerState&, CMPIrc&) {
-    return content.*member;
-  });
+Code code(ErrorContent& content, Call&) {
+  return content.*member;
 }
 
 template <class Code, Code ErrorContent::*member>
-CMPIStatus setCode(CMPIError* error, const Code code) {
-  return statusCall(error, "CMPIError.set", [=](ErrorContent& content, BrokerState&) {
-    content.*member = code;
-    return CMPI_RC_OK;
-  });
+void setCode(ErrorContent& content, Call&, Code given) {
+  content.*member = given;
 }
 
 template <Value ErrorContent::*member>
-CMPIArray* getTexts(const CMPIError* error, CMPIStatus* status) {
-  return valueCall<CMPIArray*>(
-      error, "CMPIError.get", status, [](ErrorContent& content, BrokerState& broker, CMPIrc&) {
-        return toCmpi(broker, content.*member).value.array;
-      });
+CMPIArray* list(ErrorContent& content, Call& call) {
+  return toCmpi(call, content.*member).value.array;
 }
 
-template <Value ErrorContent::*member>
-CMPIStatus takeTexts(CMPIError* error, const CMPIArray* texts) {
-  return statusCall(error, "CMPIError.set", [=](ErrorContent& content, BrokerState&) -> CMPIrc {
-    CMPIValue given{};
-    given.array = const_cast<CMPIArray*>(texts);
-    Value value;
-    const CMPIrc code = fromCmpi(&given, CMPI_stringA, value);
-    if (code == CMPI_RC_OK) {
-      content.*member = value.isNull() ? textArray({}) : std::move(value);
-    }
-    return code;
-  });
-}
-
-CMPIStatus setMessageArguments(CMPIError* error, CMPIArray* texts) {
-  return takeTexts<&ErrorContent::messageArguments>(error, texts);
+/** @tparam Array the setters differ in its constness */
+template <Value ErrorContent::*member, class Array>
+void setList(ErrorContent& content, Call& call, Array* given) {
+  CMPIValue array{};
+  array.array = const_cast<CMPIArray*>(given);
+  const Value texts = fromCmpi(call, &array, CMPI_stringA);
+  content.*member = texts.isNull() ? Value::array(CMPI_string, {}) : texts;
 }
 
 }  // namespace
 
-template <>
-CMPIErrorFT* functionTable<CMPIError>() {
-  static CMPIErrorFT table = {
-      CMPIVersion200,
-      releaseObject<CMPIError>,
-      cloneObject<CMPIError>,
-      getCode<CMPIErrorType, &ErrorContent::type>,
-      getText<&ErrorContent::otherType>,
-      getText<&ErrorContent::owner>,
-      getText<&ErrorContent::messageId>,
-      getText<&ErrorContent::message>,
-      getCode<CMPIErrorSeverity, &ErrorContent::severity>,
-      getCode<CMPIErrorProbableCause, &ErrorContent::cause>,
-      getText<&ErrorContent::causeDescription>,
-      getTexts<&ErrorContent::recommendedActions>,
-      getText<&ErrorContent::source>,
-      getCode<CMPIErrorSrcFormat, &ErrorContent::sourceFormat>,
-      getText<&ErrorContent::otherSourceFormat>,
-      getCode<CMPIrc, &ErrorContent::statusCode>,
-      getText<&ErrorContent::statusDescription>,
-      getTexts<&ErrorContent::messageArguments>,
-      setCode<CMPIErrorType, &ErrorContent::type>,
-      setText<&ErrorContent::otherType>,
-      setText<&ErrorContent::causeDescription>,
-      takeTexts<&ErrorContent::recommendedActions>,
-      setText<&ErrorContent::source>,
-      setCode<CMPIErrorSrcFormat, &ErrorContent::sourceFormat>,
-      setText<&ErrorContent::otherSourceFormat>,
-      setText<&ErrorContent::statusDescription>,
-      setMessageArguments};
-  return &table;
+CMPIErrorFT* ObjectTraits<CMPIError>::table() {
+  using FT = CMPIErrorFT;
+  static FT functions = objectTable<CMPIError>([](FT& table) {
+    bind<&FT::getErrorType>(table, "getErrorType", code<CMPIErrorType, &Content::type>);
+    bind<&FT::setErrorType>(table, "setErrorType", setCode<CMPIErrorType, &Content::type>);
+    bind<&FT::getOtherErrorType>(table, "getOtherErrorType", text<&Content::otherType>);
+    bind<&FT::setOtherErrorType>(table, "setOtherErrorType", setText<&Content::otherType>);
+    bind<&FT::getOwningEntity>(table, "getOwningEntity", text<&Content::owner>);
+    bind<&FT::getMessageID>(table, "getMessageID", text<&Content::messageId>);
+    bind<&FT::getMessage>(table, "getMessage", text<&Content::message>);
+    bind<&FT::getPerceivedSeverity>(
+        table, "getPerceivedSeverity", code<CMPIErrorSeverity, &Content::severity>);
+    bind<&FT::getProbableCause>(table, "getProbableCause", code<CMPIErrorProbableCause, &Content::cause>);
+    bind<&FT::getProbableCauseDescription>(
+        table, "getProbableCauseDescription", text<&Content::causeDescription>);
+    bind<&FT::setProbableCauseDescription>(
+        table, "setProbableCauseDescription", setText<&Content::causeDescription>);
+    bind<&FT::getRecommendedActions>(table, "getRecommendedActions", list<&Content::recommendedActions>);
+    bind<&FT::setRecommendedActions>(
+        table, "setRecommendedActions", setList<&Content::recommendedActions, const CMPIArray>);
+    bind<&FT::getErrorSource>(table, "getErrorSource", text<&Content::source>);
+    bind<&FT::setErrorSource>(table, "setErrorSource", setText<&Content::source>);
+    bind<&FT::getErrorSourceFormat>(
+        table, "getErrorSourceFormat", code<CMPIErrorSrcFormat, &Content::sourceFormat>);
+    bind<&FT::setErrorSourceFormat>(
+        table, "setErrorSourceFormat", setCode<CMPIErrorSrcFormat, &Content::sourceFormat>);
+    bind<&FT::getOtherErrorSourceFormat>(
+        table, "getOtherErrorSourceFormat", text<&Content::otherSourceFormat>);
+    bind<&FT::setOtherErrorSourceFormat>(
+        table, "setOtherErrorSourceFormat", setText<&Content::otherSourceFormat>);
+    bind<&FT::getCIMStatusCode>(table, "getCIMStatusCode", code<CMPIrc, &Content::statusCode>);
+    bind<&FT::getCIMStatusCodeDescription>(
+        table, "getCIMStatusCodeDescription", text<&Content::statusDescription>);
+    bind<&FT::setCIMStatusCodeDescription>(
+        table, "setCIMStatusCodeDescription", setText<&Content::statusDescription>);
+    bind<&FT::getMessageArguments>(table, "getMessageArguments", list<&Content::messageArguments>);
+    bind<&FT::setMessageArguments>(
+        table, "setMessageArguments", setList<&Content::messageArguments, CMPIArray>);
+  });
+  return &functions;
 }
 
 }  // namespace tvp::host

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Conversion.h"
-#include "host/broker/EntryPoint.h"
+
+#include <algorithm>
 
 namespace tvp::host {
 namespace {
@@ -11,12 +12,9 @@ bool isOfDeclaredClass(const Schema& schema, const SchemaProperty* property, con
     return true;
   }
   if (value.isArray()) {
-    for (const Value& element : value.asArray()) {
-      if (!isOfDeclaredClass(schema, property, element)) {
-        return false;
-      }
-    }
-    return true;
+    return std::all_of(value.asArray().begin(), value.asArray().end(), [&](const Value& element) {
+      return isOfDeclaredClass(schema, property, element);
+    });
   }
   if (value.isNull()) {
     return true;
@@ -27,136 +25,82 @@ bool isOfDeclaredClass(const Schema& schema, const SchemaProperty* property, con
 }
 
 /** The strict assignment: the name and the type must be the declared ones. */
-CMPIrc assign(
-    InstanceContent& content, BrokerState& broker, const char* name, const CMPIValue* given, CMPIType type) {
-  if (name == nullptr) {
-    return CMPI_RC_ERR_INVALID_PARAMETER;
+void assign(InstanceContent& content, Call& call, const char* name, const CMPIValue* given, CMPIType type) {
+  if (!content.passesFilter(required(name))) {
+    return;
   }
-  if (!content.passesFilter(name)) {
-    return CMPI_RC_OK;
+  const auto refuse = [lenient = call.broker().options().lenient](CMPIrc code) {
+    if (!lenient) {
+      throw CallFailure{code};
+    }
+  };
+  const std::optional<std::size_t> position = content.find(name);
+  if (!position) {
+    return refuse(CMPI_RC_ERR_NO_SUCH_PROPERTY);
   }
-  const bool lenient = broker.options().lenient;
-  const std::size_t position = content.find(name);
-  if (position == NameIndex::NONE) {
-    return lenient ? CMPI_RC_OK : CMPI_RC_ERR_NO_SUCH_PROPERTY;
-  }
-  Value value;
-  const CMPIrc code = fromCmpi(given, type, value);
-  if (code != CMPI_RC_OK) {
-    return code;
-  }
-  Value& property = content.instance.properties[position].value;
+  Value value = fromCmpi(call, given, type);
+  Value& property = content.instance.properties[*position].value;
+  const SchemaProperty* declared =
+      content.schemaClass == nullptr ? nullptr : &content.schemaClass->properties[*position];
   if (value.isNull()) {
     property = Value::null(property.type());
-    return CMPI_RC_OK;
+  } else if (value.type() == property.type() && isOfDeclaredClass(call.broker().schema(), declared, value)) {
+    property = std::move(value);
+  } else {
+    refuse(CMPI_RC_ERR_TYPE_MISMATCH);
   }
-  const SchemaProperty* declared =
-      content.schemaClass == nullptr ? nullptr : &content.schemaClass->properties[position];
-  if (value.type() != property.type() || !isOfDeclaredClass(*broker.schema(), declared, value)) {
-    return lenient ? CMPI_RC_OK : CMPI_RC_ERR_TYPE_MISMATCH;
+}
+
+void setPropertyFilter(InstanceContent& content, Call&, const char** properties, const char** keys) {
+  content.filtered = properties != nullptr;
+  content.requested.clear();
+  for (const char** list : {properties, keys}) {
+    for (; list != nullptr && *list != nullptr; ++list) {
+      content.requested.emplace_back(*list);
+    }
   }
-  property = std::move(value);
-  return CMPI_RC_OK;
 }
 
-CMPIData getProperty(const CMPIInstance* instance, const char* name, CMPIStatus* status) {
-  return valueCall<CMPIData>(
-      instance, "CMPIInstance.getProperty", status,
-      [=](InstanceContent& content, BrokerState& broker, CMPIrc& code) -> CMPIData {
-        const std::size_t position = name == nullptr ? NameIndex::NONE : content.find(name);
-        const CMPICount place =
-            position == NameIndex::NONE ? static_cast<CMPICount>(-1) : static_cast<CMPICount>(position);
-        return valueAt(broker, content.instance.properties, place, nullptr, code);
-      });
-}
-
-CMPIData
-getPropertyAt(const CMPIInstance* instance, CMPICount position, CMPIString** name, CMPIStatus* status) {
-  return valueCall<CMPIData>(
-      instance, "CMPIInstance.getPropertyAt", status,
-      [=](InstanceContent& content, BrokerState& broker, CMPIrc& code) {
-        return valueAt(broker, content.instance.properties, position, name, code);
-      });
-}
-
-CMPICount getPropertyCount(const CMPIInstance* instance, CMPIStatus* status) {
-  return valueCall<CMPICount>(
-      instance, "CMPIInstance.getPropertyCount", status, [](InstanceContent& content, BrokerState&, CMPIrc&) {
-        return static_cast<CMPICount>(content.instance.properties.size());
-      });
-}
-
-CMPIStatus
-setProperty(const CMPIInstance* instance, const char* name, const CMPIValue* value, CMPIType type) {
-  return statusCall(instance, "CMPIInstance.setProperty", [=](InstanceContent& content, BrokerState& broker) {
-    return assign(content, broker, name, value, type);
-  });
-}
-
-/** The origin is not kept: the schema knows where a property was declared. */
-CMPIStatus setPropertyWithOrigin(
-    const CMPIInstance* instance, const char* name, const CMPIValue* value, const CMPIType type,
-    const char*) {
-  return statusCall(
-      instance, "CMPIInstance.setPropertyWithOrigin", [=](InstanceContent& content, BrokerState& broker) {
-        return assign(content, broker, name, value, type);
-      });
-}
-
-CMPIObjectPath* getObjectPath(const CMPIInstance* instance, CMPIStatus* status) {
-  return valueCall<CMPIObjectPath*>(
-      instance, "CMPIInstance.getObjectPath", status,
-      [](InstanceContent& content, BrokerState& broker, CMPIrc&) {
-        return broker.make<CMPIObjectPath>(content.instance.path);
-      });
-}
-
-CMPIStatus setPropertyFilter(CMPIInstance* instance, const char** properties, const char** keys) {
-  return statusCall(instance, "CMPIInstance.setPropertyFilter", [=](InstanceContent& content, BrokerState&) {
-    content.filtered = properties != nullptr;
-    content.requested.clear();
-    for (const char** list : {properties, keys}) {
-      for (; list != nullptr && *list != nullptr; ++list) {
-        content.requested.emplace_back(*list);
-      }
-    }
-    return CMPI_RC_OK;
-  });
-}
-
-CMPIStatus setObjectPath(CMPIInstance* instance, const CMPIObjectPath* path) {
-  static constexpr const char* FUNCTION = "CMPIInstance.setObjectPath";
-  return statusCall(instance, FUNCTION, [=](InstanceContent& content, BrokerState& broker) -> CMPIrc {
-    Object<CMPIObjectPath>* given = livingObject(path, FUNCTION);
-    if (given == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
-    }
-    // The properties are those of the class, which therefore stays.
-    if (!broker.schema()->isA(content.instance.path.className, given->content().className)) {
-      return CMPI_RC_ERR_INVALID_PARAMETER;
-    }
-    content.instance.path = given->content();
-    return CMPI_RC_OK;
-  });
+void setObjectPath(InstanceContent& content, Call& call, const CMPIObjectPath* path) {
+  const ObjectPath& given = call.contentOf(path);
+  // The properties are those of the class, which therefore stays.
+  if (!call.broker().schema().isA(content.instance.path.className, given.className)) {
+    throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
+  }
+  content.instance.path = given;
 }
 
 }  // namespace
 
-template <>
-CMPIInstanceFT* functionTable<CMPIInstance>() {
-  static CMPIInstanceFT table = {
-      CMPIVersion200,
-      releaseObject<CMPIInstance>,
-      cloneObject<CMPIInstance>,
-      getProperty,
-      getPropertyAt,
-      getPropertyCount,
-      setProperty,
-      getObjectPath,
-      setPropertyFilter,
-      setObjectPath,
-      setPropertyWithOrigin};
-  return &table;
+CMPIInstanceFT* ObjectTraits<CMPIInstance>::table() {
+  static CMPIInstanceFT functions = objectTable<CMPIInstance>([](CMPIInstanceFT& table) {
+    bind<&CMPIInstanceFT::getProperty>(
+        table, "getProperty", [](InstanceContent& content, Call& call, const char* name) {
+          const std::optional<std::size_t> position = name == nullptr ? std::nullopt : content.find(name);
+          const std::vector<NamedValue>& properties = content.instance.properties;
+          return valueAt(call, properties, position.value_or(properties.size()), nullptr);
+        });
+    bind<&CMPIInstanceFT::getPropertyAt>(
+        table, "getPropertyAt",
+        [](InstanceContent& content, Call& call, CMPICount position, CMPIString** name) {
+          return valueAt(call, content.instance.properties, position, name);
+        });
+    bind<&CMPIInstanceFT::getPropertyCount>(table, "getPropertyCount", [](InstanceContent& content, Call&) {
+      return static_cast<CMPICount>(content.instance.properties.size());
+    });
+    bind<&CMPIInstanceFT::setProperty>(table, "setProperty", assign);
+    // The origin is not kept: the schema knows where a property was declared.
+    bind<&CMPIInstanceFT::setPropertyWithOrigin>(
+        table, "setPropertyWithOrigin",
+        [](InstanceContent& content, Call& call, const char* name, const CMPIValue* given, CMPIType type,
+           const char*) { assign(content, call, name, given, type); });
+    bind<&CMPIInstanceFT::getObjectPath>(table, "getObjectPath", [](InstanceContent& content, Call& call) {
+      return call.make<CMPIObjectPath>(content.instance.path);
+    });
+    bind<&CMPIInstanceFT::setPropertyFilter>(table, "setPropertyFilter", setPropertyFilter);
+    bind<&CMPIInstanceFT::setObjectPath>(table, "setObjectPath", setObjectPath);
+  });
+  return &functions;
 }
 
 }  // namespace tvp::host

@@ -4,17 +4,9 @@
 #include "host/schema/Names.h"
 
 #include <algorithm>
-#include <array>
 #include <iterator>
 
 namespace tvp::host {
-
-const char* objectTypeName(ObjectKind kind) {
-  static constexpr std::array<const char*, 11> NAMES = {
-      "CMPIString",   "CMPIObjectPath", "CMPIInstance", "CMPIArgs",      "CMPIArray", "CMPIEnumeration",
-      "CMPIDateTime", "CMPIResult",     "CMPIContext",  "CMPISelectExp", "CMPIError"};
-  return NAMES[static_cast<std::size_t>(kind)];
-}
 
 ObjectCore* ObjectCore::of(const void* face) {
   if (face == nullptr) {
@@ -32,15 +24,17 @@ void ObjectCore::die(Life how) {
   }
 }
 
-std::size_t InstanceContent::find(const char* name) const {
+std::optional<std::size_t> InstanceContent::find(const char* name) const {
   if (schemaClass != nullptr) {
-    return schemaClass->propertyIndex.find(name);
+    return schemaClass->position(name);
   }
   const auto found = std::find_if(
       instance.properties.begin(), instance.properties.end(),
       [name](const NamedValue& property) { return equalNames(property.name.c_str(), name); });
-  return found == instance.properties.end() ? NameIndex::NONE
-                                            : static_cast<std::size_t>(found - instance.properties.begin());
+  if (found == instance.properties.end()) {
+    return std::nullopt;
+  }
+  return static_cast<std::size_t>(found - instance.properties.begin());
 }
 
 bool InstanceContent::passesFilter(const std::string& name) const {

@@ -17,7 +17,7 @@
 
 namespace tvp::host {
 
-class BrokerState;
+class Broker;
 
 /** What a result has collected; shared with the request, which outlives the result. */
 struct ResultContent {
@@ -40,8 +40,8 @@ struct InstanceContent {
   bool filtered = false;
   std::vector<std::string> requested;  ///< with a filter: the names that count, beside the keys
 
-  /** The position of a property, or NameIndex::NONE. */
-  std::size_t find(const char* name) const;
+  /** The position of a property, if there is one of that name. */
+  std::optional<std::size_t> find(const char* name) const;
   bool passesFilter(const std::string& name) const;
   /** A copy without the properties that the filter drops. */
   Instance snapshot() const;
@@ -95,79 +95,75 @@ struct ErrorContent {
   Value messageArguments = Value::array(CMPI_string, {});
 };
 
-enum class ObjectKind : std::uint8_t {
-  String,
-  ObjectPath,
-  Instance,
-  Args,
-  Array,
-  Enumeration,
-  DateTime,
-  Result,
-  Context,
-  SelectExp,
-  Error
-};
-
-/** The name of the C type, for example "CMPIString". */
-const char* objectTypeName(ObjectKind kind);
-
-/** Binds the C struct of an encapsulated object to its content. */
-template <ObjectKind kind, class ContentType>
-struct TraitsOf {
-  using Content = ContentType;
-  static constexpr ObjectKind KIND = kind;
-};
+/** Binds the C struct of an encapsulated object to its content, its name and its function table. */
 template <class Face>
 struct ObjectTraits;
 template <>
-struct ObjectTraits<CMPIString> : TraitsOf<ObjectKind::String, StringContent> {};
+struct ObjectTraits<CMPIString> {
+  using Content = StringContent;
+  static constexpr char NAME[] = "CMPIString";
+  static CMPIStringFT* table();
+};
 template <>
-struct ObjectTraits<CMPIObjectPath> : TraitsOf<ObjectKind::ObjectPath, ObjectPath> {};
+struct ObjectTraits<CMPIObjectPath> {
+  using Content = ObjectPath;
+  static constexpr char NAME[] = "CMPIObjectPath";
+  static CMPIObjectPathFT* table();
+};
 template <>
-struct ObjectTraits<CMPIInstance> : TraitsOf<ObjectKind::Instance, InstanceContent> {};
+struct ObjectTraits<CMPIInstance> {
+  using Content = InstanceContent;
+  static constexpr char NAME[] = "CMPIInstance";
+  static CMPIInstanceFT* table();
+};
 template <>
-struct ObjectTraits<CMPIArgs> : TraitsOf<ObjectKind::Args, ArgsContent> {};
+struct ObjectTraits<CMPIArgs> {
+  using Content = ArgsContent;
+  static constexpr char NAME[] = "CMPIArgs";
+  static CMPIArgsFT* table();
+};
 template <>
-struct ObjectTraits<CMPIArray> : TraitsOf<ObjectKind::Array, ArrayContent> {};
+struct ObjectTraits<CMPIArray> {
+  using Content = ArrayContent;
+  static constexpr char NAME[] = "CMPIArray";
+  static CMPIArrayFT* table();
+};
 template <>
-struct ObjectTraits<CMPIEnumeration> : TraitsOf<ObjectKind::Enumeration, EnumerationContent> {};
+struct ObjectTraits<CMPIEnumeration> {
+  using Content = EnumerationContent;
+  static constexpr char NAME[] = "CMPIEnumeration";
+  static CMPIEnumerationFT* table();
+};
 template <>
-struct ObjectTraits<CMPIDateTime> : TraitsOf<ObjectKind::DateTime, DateTime> {};
+struct ObjectTraits<CMPIDateTime> {
+  using Content = DateTime;
+  static constexpr char NAME[] = "CMPIDateTime";
+  static CMPIDateTimeFT* table();
+};
 template <>
-struct ObjectTraits<CMPIResult> : TraitsOf<ObjectKind::Result, ResultHandle> {};
+struct ObjectTraits<CMPIResult> {
+  using Content = ResultHandle;
+  static constexpr char NAME[] = "CMPIResult";
+  static CMPIResultFT* table();
+};
 template <>
-struct ObjectTraits<CMPIContext> : TraitsOf<ObjectKind::Context, ContextContent> {};
+struct ObjectTraits<CMPIContext> {
+  using Content = ContextContent;
+  static constexpr char NAME[] = "CMPIContext";
+  static CMPIContextFT* table();
+};
 template <>
-struct ObjectTraits<CMPISelectExp> : TraitsOf<ObjectKind::SelectExp, SelectExpContent> {};
+struct ObjectTraits<CMPISelectExp> {
+  using Content = SelectExpContent;
+  static constexpr char NAME[] = "CMPISelectExp";
+  static CMPISelectExpFT* table();
+};
 template <>
-struct ObjectTraits<CMPIError> : TraitsOf<ObjectKind::Error, ErrorContent> {};
-
-/** The function table of an encapsulated type, the same for all brokers. */
-template <class Face>
-decltype(Face::ft) functionTable();
-template <>
-CMPIStringFT* functionTable<CMPIString>();
-template <>
-CMPIObjectPathFT* functionTable<CMPIObjectPath>();
-template <>
-CMPIInstanceFT* functionTable<CMPIInstance>();
-template <>
-CMPIArgsFT* functionTable<CMPIArgs>();
-template <>
-CMPIArrayFT* functionTable<CMPIArray>();
-template <>
-CMPIEnumerationFT* functionTable<CMPIEnumeration>();
-template <>
-CMPIDateTimeFT* functionTable<CMPIDateTime>();
-template <>
-CMPIResultFT* functionTable<CMPIResult>();
-template <>
-CMPIContextFT* functionTable<CMPIContext>();
-template <>
-CMPISelectExpFT* functionTable<CMPISelectExp>();
-template <>
-CMPIErrorFT* functionTable<CMPIError>();
+struct ObjectTraits<CMPIError> {
+  using Content = ErrorContent;
+  static constexpr char NAME[] = "CMPIError";
+  static CMPIErrorFT* table();
+};
 
 /**
  * What all encapsulated objects share: whose they are and whether they live. A dead object is kept for
@@ -177,8 +173,8 @@ class ObjectCore {
 public:
   enum class Life : std::uint8_t { Alive, Released, Ended };
 
-  ObjectCore(BrokerState& broker, ObjectKind kind, const void* face)
-      : m_kind(kind), m_broker(broker), m_face(face) {}
+  ObjectCore(Broker& broker, const char* typeName, const void* face)
+      : m_typeName(typeName), m_broker(broker), m_face(face) {}
   virtual ~ObjectCore() { m_magic = 0; }
   ObjectCore(const ObjectCore&) = delete;
   ObjectCore& operator=(const ObjectCore&) = delete;
@@ -186,14 +182,14 @@ public:
   /** The object behind a face; null when there is none (null, a null handle, or a copied face). */
   static ObjectCore* of(const void* face);
 
-  BrokerState& broker() const { return m_broker; }
-  ObjectKind kind() const { return m_kind; }
-  const char* typeName() const { return objectTypeName(m_kind); }
+  Broker& broker() const { return m_broker; }
+  /** The name of the C type; the one of ObjectTraits, so that types compare by its address. */
+  const char* typeName() const { return m_typeName; }
   Life life() const { return m_life.load(std::memory_order_acquire); }
   bool isAlive() const { return life() == Life::Alive; }
   /** Ends the object and frees its content; only the first call does anything. */
   void die(Life how);
-  /** A release that was made to fail: the object is no leak of its owner. */
+  /** A release that was made to fail: its owner has not leaked the object. */
   void refuseRelease() { m_releaseRefused = true; }
   bool isLeak() const { return isAlive() && !m_releaseRefused; }
   std::uint64_t serial() const { return m_serial; }
@@ -208,10 +204,10 @@ private:
   static constexpr std::uint32_t MAGIC = 0x43494D4FU;
 
   std::uint32_t m_magic = MAGIC;
-  const ObjectKind m_kind;
+  const char* const m_typeName;
   std::atomic<Life> m_life{Life::Alive};
   std::atomic<bool> m_releaseRefused{false};
-  BrokerState& m_broker;
+  Broker& m_broker;
   const void* m_face;
   std::uint64_t m_serial = 0;
 };
@@ -223,10 +219,10 @@ public:
   using Traits = ObjectTraits<Face>;
   using Content = typename Traits::Content;
 
-  Object(BrokerState& broker, Content content)
-      : ObjectCore(broker, Traits::KIND, &m_face), m_content(std::move(content)) {
+  Object(Broker& broker, Content content)
+      : ObjectCore(broker, Traits::NAME, &m_face), m_content(std::move(content)) {
     m_face.hdl = static_cast<ObjectCore*>(this);
-    m_face.ft = functionTable<Face>();
+    m_face.ft = Traits::table();
   }
 
   Face* face() { return &m_face; }

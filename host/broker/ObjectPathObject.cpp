@@ -1,211 +1,109 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Conversion.h"
-#include "host/broker/EntryPoint.h"
 #include "host/schema/ObjectPathText.h"
 
 namespace tvp::host {
 namespace {
 
-/** The parts of a path that are plain texts differ only in their member. */
-CMPIStatus
-setText(CMPIObjectPath* path, const char* function, std::string ObjectPath::*member, const char* text) {
-  return statusCall(path, function, [=](ObjectPath& content, BrokerState&) {
-    content.*member = textOf(text);
-    return CMPI_RC_OK;
-  });
+/* The parts of a path that are plain texts differ in their member alone. */
+
+template <std::string ObjectPath::*member>
+CMPIString* text(ObjectPath& content, Call& call) {
+  return call.makeString(content.*member);
 }
 
-CMPIString* getText(
-    const CMPIObjectPath* path, const char* function, std::string ObjectPath::*member, CMPIStatus* status) {
-  return valueCall<CMPIString*>(
-      path, function, status,
-      [=](ObjectPath& content, BrokerState& broker, CMPIrc&) { return makeString(broker, content.*member); });
+template <std::string ObjectPath::*member>
+void setText(ObjectPath& content, Call&, const char* given) {
+  content.*member = textOf(given);
 }
 
-CMPIStatus setNameSpace(CMPIObjectPath* path, const char* text) {
-  return setText(path, "CMPIObjectPath.setNameSpace", &ObjectPath::nameSpace, text);
-}
-
-CMPIString* getNameSpace(const CMPIObjectPath* path, CMPIStatus* status) {
-  return getText(path, "CMPIObjectPath.getNameSpace", &ObjectPath::nameSpace, status);
-}
-
-CMPIStatus setHostname(CMPIObjectPath* path, const char* text) {
-  return setText(path, "CMPIObjectPath.setHostname", &ObjectPath::host, text);
-}
-
-CMPIString* getHostname(const CMPIObjectPath* path, CMPIStatus* status) {
-  return getText(path, "CMPIObjectPath.getHostname", &ObjectPath::host, status);
-}
-
-CMPIStatus setClassName(CMPIObjectPath* path, const char* text) {
-  return setText(path, "CMPIObjectPath.setClassName", &ObjectPath::className, text);
-}
-
-CMPIString* getClassName(const CMPIObjectPath* path, CMPIStatus* status) {
-  return getText(path, "CMPIObjectPath.getClassName", &ObjectPath::className, status);
-}
-
-CMPIStatus addKey(CMPIObjectPath* path, const char* name, const CMPIValue* value, const CMPIType type) {
-  return statusCall(path, "CMPIObjectPath.addKey", [=](ObjectPath& content, BrokerState&) -> CMPIrc {
-    if (name == nullptr || value == nullptr) {
-      return CMPI_RC_ERR_INVALID_PARAMETER;
-    }
-    // Keys identify, so they are scalars that can be compared.
-    if ((type & CMPI_ARRAY) != 0 || type == CMPI_instance || type == CMPI_null) {
-      return CMPI_RC_ERR_INVALID_DATA_TYPE;
-    }
-    Value key;
-    const CMPIrc code = fromCmpi(value, type, key);
-    if (code == CMPI_RC_OK) {
-      setValue(content.keys, name, std::move(key));
-    }
-    return code;
-  });
+void addKey(ObjectPath& content, Call& call, const char* name, const CMPIValue* given, CMPIType type) {
+  required(name);
+  required(given);
+  // Keys identify, so they are scalars that can be compared.
+  if ((type & CMPI_ARRAY) != 0 || type == CMPI_instance || type == CMPI_null) {
+    throw CallFailure{CMPI_RC_ERR_INVALID_DATA_TYPE};
+  }
+  setValue(content.keys, name, fromCmpi(call, given, type));
 }
 
 /** Marks what a key getter answers. */
-CMPIData asKey(CMPIData data, const BrokerState& broker, CMPIrc code) {
-  if (code == CMPI_RC_OK && data.state == CMPI_goodValue) {
-    data.state = broker.options().keyState;
+CMPIData asKey(CMPIData data, const Call& call) {
+  if (data.state == CMPI_goodValue) {
+    data.state = call.broker().options().keyState;
   }
   return data;
 }
 
-CMPIData getKey(const CMPIObjectPath* path, const char* name, CMPIStatus* status) {
-  return valueCall<CMPIData>(
-      path, "CMPIObjectPath.getKey", status, [=](ObjectPath& content, BrokerState& broker, CMPIrc& code) {
-        const CMPIData data = valueNamed(broker, content.keys, name, code);
-        return asKey(data, broker, code);
-      });
+/** @throws CallFailure CMPI_RC_ERR_INVALID_CLASS for a class that the schema does not have */
+const SchemaClass& classOf(const ObjectPath& path, const Call& call) {
+  const SchemaClass* known = call.broker().schema().find(path.className);
+  return known != nullptr ? *known : throw CallFailure{CMPI_RC_ERR_INVALID_CLASS};
 }
 
-CMPIData getKeyAt(const CMPIObjectPath* path, CMPICount position, CMPIString** name, CMPIStatus* status) {
-  return valueCall<CMPIData>(
-      path, "CMPIObjectPath.getKeyAt", status, [=](ObjectPath& content, BrokerState& broker, CMPIrc& code) {
-        const CMPIData data = valueAt(broker, content.keys, position, name, code);
-        return asKey(data, broker, code);
-      });
-}
-
-CMPICount getKeyCount(const CMPIObjectPath* path, CMPIStatus* status) {
-  return valueCall<CMPICount>(
-      path, "CMPIObjectPath.getKeyCount", status,
-      [](ObjectPath& content, BrokerState&, CMPIrc&) { return static_cast<CMPICount>(content.keys.size()); });
-}
-
-CMPIStatus
-copyOrigin(CMPIObjectPath* path, const CMPIObjectPath* source, const char* function, bool withHost) {
-  return statusCall(path, function, [=](ObjectPath& content, BrokerState&) -> CMPIrc {
-    Object<CMPIObjectPath>* other = livingObject(source, function);
-    if (other == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
-    }
-    content.nameSpace = other->content().nameSpace;
-    if (withHost) {
-      content.host = other->content().host;
-    }
-    return CMPI_RC_OK;
-  });
-}
-
-CMPIStatus setNameSpaceFromObjectPath(CMPIObjectPath* path, const CMPIObjectPath* source) {
-  return copyOrigin(path, source, "CMPIObjectPath.setNameSpaceFromObjectPath", false);
-}
-
-CMPIStatus setHostAndNameSpaceFromObjectPath(CMPIObjectPath* path, const CMPIObjectPath* source) {
-  return copyOrigin(path, source, "CMPIObjectPath.setHostAndNameSpaceFromObjectPath", true);
-}
-
-/** A qualifier, found by a function that goes from the class to the element that carries it. */
-template <class FindQualifiers>
-CMPIData getQualifier(
-    const CMPIObjectPath* path, const char* function, const char* name, CMPIStatus* status,
-    FindQualifiers findQualifiers) {
-  return valueCall<CMPIData>(
-      path, function, status, [&](ObjectPath& content, BrokerState& broker, CMPIrc& code) -> CMPIData {
-        const SchemaClass* known = broker.schema()->find(content.className);
-        if (known == nullptr) {
-          code = CMPI_RC_ERR_INVALID_CLASS;
-          return noData();
-        }
-        const Qualifiers* qualifiers = findQualifiers(*known);
-        if (qualifiers == nullptr) {
-          code = CMPI_RC_ERR_NO_SUCH_PROPERTY;
-          return noData(CMPI_notFound);
-        }
-        return valueNamed(broker, *qualifiers, name, code);
-      });
-}
-
-const Qualifiers* qualifiersOf(const TypedElement* element) {
-  return element == nullptr ? nullptr : &element->qualifiers;
-}
-
-CMPIData getClassQualifier(const CMPIObjectPath* path, const char* name, CMPIStatus* status) {
-  return getQualifier(path, "CMPIObjectPath.getClassQualifier", name, status, [](const SchemaClass& known) {
-    return &known.qualifiers;
-  });
-}
-
-CMPIData
-getPropertyQualifier(const CMPIObjectPath* path, const char* property, const char* name, CMPIStatus* status) {
-  return getQualifier(
-      path, "CMPIObjectPath.getPropertyQualifier", name, status,
-      [=](const SchemaClass& known) { return qualifiersOf(known.property(textOf(property))); });
-}
-
-CMPIData
-getMethodQualifier(const CMPIObjectPath* path, const char* method, const char* name, CMPIStatus* status) {
-  return getQualifier(path, "CMPIObjectPath.getMethodQualifier", name, status, [=](const SchemaClass& known) {
-    return qualifiersOf(known.method(textOf(method)));
-  });
-}
-
-CMPIData getParameterQualifier(
-    const CMPIObjectPath* path, const char* method, const char* parameter, const char* name,
-    CMPIStatus* status) {
-  return getQualifier(
-      path, "CMPIObjectPath.getParameterQualifier", name, status,
-      [=](const SchemaClass& known) -> const Qualifiers* {
-        const SchemaMethod* found = known.method(textOf(method));
-        return found == nullptr ? nullptr : qualifiersOf(found->parameter(textOf(parameter)));
-      });
-}
-
-CMPIString* toString(const CMPIObjectPath* path, CMPIStatus* status) {
-  return valueCall<CMPIString*>(
-      path, "CMPIObjectPath.toString", status, [](ObjectPath& content, BrokerState& broker, CMPIrc&) {
-        return makeString(broker, toPathText(content));
-      });
+/** A qualifier of a property, method or parameter; without the element there is none. */
+CMPIData qualifierOf(const TypedElement* element, const Call& call, const char* name) {
+  return valueNamed(call, element == nullptr ? Qualifiers() : element->qualifiers, name);
 }
 
 }  // namespace
 
-template <>
-CMPIObjectPathFT* functionTable<CMPIObjectPath>() {
-  static CMPIObjectPathFT table = {
-      CMPIVersion200,
-      releaseObject<CMPIObjectPath>,
-      cloneObject<CMPIObjectPath>,
-      setNameSpace,
-      getNameSpace,
-      setHostname,
-      getHostname,
-      setClassName,
-      getClassName,
-      addKey,
-      getKey,
-      getKeyAt,
-      getKeyCount,
-      setNameSpaceFromObjectPath,
-      setHostAndNameSpaceFromObjectPath,
-      getClassQualifier,
-      getPropertyQualifier,
-      getMethodQualifier,
-      getParameterQualifier,
-      toString};
-  return &table;
+CMPIObjectPathFT* ObjectTraits<CMPIObjectPath>::table() {
+  using FT = CMPIObjectPathFT;
+  static FT functions = objectTable<CMPIObjectPath>([](FT& table) {
+    bind<&FT::setNameSpace>(table, "setNameSpace", setText<&ObjectPath::nameSpace>);
+    bind<&FT::getNameSpace>(table, "getNameSpace", text<&ObjectPath::nameSpace>);
+    bind<&FT::setHostname>(table, "setHostname", setText<&ObjectPath::host>);
+    bind<&FT::getHostname>(table, "getHostname", text<&ObjectPath::host>);
+    bind<&FT::setClassName>(table, "setClassName", setText<&ObjectPath::className>);
+    bind<&FT::getClassName>(table, "getClassName", text<&ObjectPath::className>);
+    bind<&FT::addKey>(table, "addKey", addKey);
+    bind<&FT::getKey>(table, "getKey", [](ObjectPath& content, Call& call, const char* name) {
+      return asKey(valueNamed(call, content.keys, name), call);
+    });
+    bind<&FT::getKeyAt>(
+        table, "getKeyAt", [](ObjectPath& content, Call& call, CMPICount position, CMPIString** name) {
+          return asKey(valueAt(call, content.keys, position, name), call);
+        });
+    bind<&FT::getKeyCount>(table, "getKeyCount", [](ObjectPath& content, Call&) {
+      return static_cast<CMPICount>(content.keys.size());
+    });
+    bind<&FT::setNameSpaceFromObjectPath>(
+        table, "setNameSpaceFromObjectPath",
+        [](ObjectPath& content, Call& call, const CMPIObjectPath* source) {
+          content.nameSpace = call.contentOf(source).nameSpace;
+        });
+    bind<&FT::setHostAndNameSpaceFromObjectPath>(
+        table, "setHostAndNameSpaceFromObjectPath",
+        [](ObjectPath& content, Call& call, const CMPIObjectPath* source) {
+          content.nameSpace = call.contentOf(source).nameSpace;
+          content.host = call.contentOf(source).host;
+        });
+    bind<&FT::getClassQualifier>(
+        table, "getClassQualifier", [](ObjectPath& content, Call& call, const char* name) {
+          return valueNamed(call, classOf(content, call).qualifiers, name);
+        });
+    bind<&FT::getPropertyQualifier>(
+        table, "getPropertyQualifier",
+        [](ObjectPath& content, Call& call, const char* property, const char* name) {
+          return qualifierOf(classOf(content, call).property(textOf(property)), call, name);
+        });
+    bind<&FT::getMethodQualifier>(
+        table, "getMethodQualifier",
+        [](ObjectPath& content, Call& call, const char* method, const char* name) {
+          return qualifierOf(classOf(content, call).method(textOf(method)), call, name);
+        });
+    bind<&FT::getParameterQualifier>(
+        table, "getParameterQualifier",
+        [](ObjectPath& content, Call& call, const char* method, const char* parameter, const char* name) {
+          const SchemaMethod* found = classOf(content, call).method(textOf(method));
+          return qualifierOf(found == nullptr ? nullptr : found->parameter(textOf(parameter)), call, name);
+        });
+    bind<&FT::toString>(table, "toString", [](ObjectPath& content, Call& call) {
+      return call.makeString(toPathText(content));
+    });
+  });
+  return &functions;
 }
 
 }  // namespace tvp::host

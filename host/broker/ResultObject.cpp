@@ -1,86 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Conversion.h"
-#include "host/broker/EntryPoint.h"
 
 namespace tvp::host {
 namespace {
 
-/** Adds something to a result that is still open. */
-template <class Body>
-CMPIStatus addToResult(const CMPIResult* result, const char* function, Body body) {
-  return statusCall(result, function, [&](ResultHandle& handle, BrokerState&) -> CMPIrc {
-    return handle.content->done ? CMPI_RC_ERR_FAILED : body(*handle.content);
-  });
-}
-
-CMPIStatus returnData(const CMPIResult* result, const CMPIValue* given, const CMPIType type) {
-  return addToResult(result, "CMPIResult.returnData", [=](ResultContent& content) {
-    Value value;
-    const CMPIrc code = fromCmpi(given, type, value);
-    if (code == CMPI_RC_OK) {
-      content.data.push_back(std::move(value));
-    }
-    return code;
-  });
-}
-
-CMPIStatus returnInstance(const CMPIResult* result, const CMPIInstance* instance) {
-  static constexpr const char* FUNCTION = "CMPIResult.returnInstance";
-  return addToResult(result, FUNCTION, [=](ResultContent& content) -> CMPIrc {
-    Object<CMPIInstance>* returned = livingObject(instance, FUNCTION);
-    if (returned == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
-    }
-    content.instances.push_back(returned->content().snapshot());
-    return CMPI_RC_OK;
-  });
-}
-
-CMPIStatus returnObjectPath(const CMPIResult* result, const CMPIObjectPath* path) {
-  static constexpr const char* FUNCTION = "CMPIResult.returnObjectPath";
-  return addToResult(result, FUNCTION, [=](ResultContent& content) -> CMPIrc {
-    Object<CMPIObjectPath>* returned = livingObject(path, FUNCTION);
-    if (returned == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
-    }
-    content.paths.push_back(returned->content());
-    return CMPI_RC_OK;
-  });
-}
-
-CMPIStatus returnDone(const CMPIResult* result) {
-  return addToResult(result, "CMPIResult.returnDone", [](ResultContent& content) {
-    content.done = true;
-    return CMPI_RC_OK;
-  });
-}
-
-CMPIStatus returnError(const CMPIResult* result, const CMPIError* error) {
-  static constexpr const char* FUNCTION = "CMPIResult.returnError";
-  return addToResult(result, FUNCTION, [=](ResultContent& content) -> CMPIrc {
-    Object<CMPIError>* returned = livingObject(error, FUNCTION);
-    if (returned == nullptr) {
-      return CMPI_RC_ERR_INVALID_HANDLE;
-    }
-    content.error = returned->content().message;
-    return CMPI_RC_OK;
-  });
+/** What a result has collected, while it is open. @throws CallFailure CMPI_RC_ERR_FAILED after the end mark
+ */
+ResultContent& open(const ResultHandle& handle) {
+  return !handle.content->done ? *handle.content : throw CallFailure{CMPI_RC_ERR_FAILED};
 }
 
 }  // namespace
 
-template <>
-CMPIResultFT* functionTable<CMPIResult>() {
-  static CMPIResultFT table = {
-      CMPIVersion200,
-      releaseObject<CMPIResult>,
-      cloneObject<CMPIResult>,
-      returnData,
-      returnInstance,
-      returnObjectPath,
-      returnDone,
-      returnError};
-  return &table;
+CMPIResultFT* ObjectTraits<CMPIResult>::table() {
+  static CMPIResultFT functions = objectTable<CMPIResult>([](CMPIResultFT& table) {
+    bind<&CMPIResultFT::returnData>(
+        table, "returnData", [](ResultHandle& handle, Call& call, const CMPIValue* given, CMPIType type) {
+          open(handle).data.push_back(fromCmpi(call, given, type));
+        });
+    bind<&CMPIResultFT::returnInstance>(
+        table, "returnInstance", [](ResultHandle& handle, Call& call, const CMPIInstance* instance) {
+          open(handle).instances.push_back(call.contentOf(instance).snapshot());
+        });
+    bind<&CMPIResultFT::returnObjectPath>(
+        table, "returnObjectPath", [](ResultHandle& handle, Call& call, const CMPIObjectPath* path) {
+          open(handle).paths.push_back(call.contentOf(path));
+        });
+    bind<&CMPIResultFT::returnDone>(
+        table, "returnDone", [](ResultHandle& handle, Call&) { open(handle).done = true; });
+    bind<&CMPIResultFT::returnError>(
+        table, "returnError", [](ResultHandle& handle, Call& call, const CMPIError* error) {
+          open(handle).error = call.contentOf(error).message;
+        });
+  });
+  return &functions;
 }
 
 }  // namespace tvp::host

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/broker/Scope.h"
 
-#include "host/broker/BrokerState.h"
+#include "host/broker/Broker.h"
 
 #include <algorithm>
 #include <cstdlib>

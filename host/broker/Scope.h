@@ -10,6 +10,7 @@
 #include <mutex>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace tvp::host {
@@ -23,13 +24,21 @@ public:
   /** Of a request the dead objects stay to its end; elsewhere they are carried away now and then. */
   enum class Kind { Request, Lasting };
 
-  Scope(BrokerState& broker, Kind kind) : m_broker(broker), m_kind(kind) {}
+  Scope(Broker& broker, Kind kind) : m_broker(broker), m_kind(kind) {}
   /** Ends everything. */
   ~Scope();
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
 
   Kind kind() const { return m_kind; }
+  /** Makes an object that the scope owns. @return what a provider sees of it */
+  template <class Face>
+  Face* make(typename ObjectTraits<Face>::Content content) {
+    auto object = std::make_unique<Object<Face>>(m_broker, std::move(content));
+    Face* face = object->face();
+    adopt(std::move(object));
+    return face;
+  }
   /** Takes over an object. */
   void adopt(std::unique_ptr<ObjectCore> object);
   /** A mark that stands before all objects made later. */
@@ -52,7 +61,7 @@ public:
 private:
   void sweep(std::vector<std::unique_ptr<ObjectCore>>& dead);
 
-  BrokerState& m_broker;
+  Broker& m_broker;
   const Kind m_kind;
   mutable std::mutex m_mutex;
   std::vector<std::unique_ptr<ObjectCore>> m_objects;

@@ -8,7 +8,7 @@
 namespace tvp::host {
 namespace {
 
-/** What is said of one kind of call. */
+/** One kind of call. */
 struct Operation {
   const char* name;
   bool endMark;  ///< success must come with the end mark of the result
@@ -88,7 +88,7 @@ const char* orNull(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
-/** An object manager hands over whole instances: what the caller left out is there, without a value. */
+/** An object manager passes whole instances: what the caller left out is there, without a value. */
 Instance wholeInstance(const Schema& schema, const Instance& given) {
   if (schema.find(given.path.className) == nullptr) {
     return given;

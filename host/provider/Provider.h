@@ -14,7 +14,7 @@
 namespace tvp::host {
 
 /** How a call ended: the provider's status, and its message. */
-struct Outcome {
+struct [[nodiscard]] Outcome {
   CMPIrc rc = CMPI_RC_OK;
   std::string message;  ///< empty when the status carried none
   /** What the provider logged through the broker on the thread of the request, in order. */
@@ -50,11 +50,11 @@ ObjectPath managerPath(ObjectPath path);
 /** The list of properties a request asks for; without a value, all of them. */
 using PropertyList = std::optional<std::vector<std::string>>;
 
-/** A filter of indications as a subscription hands it over. */
+/** A filter of indications as a subscription passes it; all indications unless told otherwise. */
 struct IndicationFilter {
-  std::string query = "SELECT * FROM TVP_CIMIndication";
+  std::string query = "SELECT * FROM CIM_Indication";
   std::string language = "WQL";
-  std::string className = "TVP_CIMIndication";
+  std::string className = "CIM_Indication";
   ObjectPath path;
   std::string owner = "root";
 };

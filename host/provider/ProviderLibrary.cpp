@@ -48,8 +48,8 @@ ProviderLibrary::ProviderLibrary(const std::string& fileName, const std::string&
       m_factories.association == nullptr && m_factories.indication == nullptr) {
     dlclose(m_handle);
     throw ProviderLoadError(
-        fileName + " is no provider named " + providerName + ": it exports none of " + providerName +
-        "_Create_InstanceMI and its like; name another library with --provider");
+        fileName + " is not a provider named " + providerName + ": it exports none of " + providerName +
+        "_Create_InstanceMI and the like; name another library with --provider");
   }
 }
 

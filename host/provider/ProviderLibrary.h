@@ -24,23 +24,22 @@ public:
   using std::runtime_error::runtime_error;
 };
 
-/** A provider's shared library, loaded as object managers do it; unloaded with the object unless it is kept.
+/** A provider's shared library, loaded as object managers do it; unloaded on destruction unless it is kept.
  */
 class ProviderLibrary {
 public:
   /**
    * @param fileName the library
    * @param providerName the name that the factories begin with, NAME_Create_InstanceMI
-   * @throws ProviderLoadError when the file is missing, is no library, or has none of the factories.
+   * @throws ProviderLoadError when the file is missing, is not a library, or has none of the factories.
    */
-  explicit ProviderLibrary(
-      const std::string& fileName, const std::string& providerName = "tarvexProProvider");
+  ProviderLibrary(const std::string& fileName, const std::string& providerName);
   ~ProviderLibrary();
   ProviderLibrary(const ProviderLibrary&) = delete;
   ProviderLibrary& operator=(const ProviderLibrary&) = delete;
 
   const ProviderFactories& factories() const { return m_factories; }
-  /** Leaves the library in the process for good: its threads may still run. */
+  /** Leaves the library in the process: its threads may still run. */
   void keepLoaded() { m_handle = nullptr; }
 
 private:

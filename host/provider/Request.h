@@ -13,7 +13,8 @@
 
 namespace tvp::host {
 
-class RequestState;
+class Scope;
+struct ResultContent;
 
 /** What a request's context carries. */
 struct CallOptions {
@@ -40,8 +41,8 @@ public:
   Request(const Request&) = delete;
   Request& operator=(const Request&) = delete;
 
-  CMPIContext* context() const;
-  CMPIResult* result() const;
+  CMPIContext* context() const { return m_context; }
+  CMPIResult* result() const { return m_result; }
 
   /** Objects of this request made from values; owned by the request. No check of the schema is made. */
   CMPIObjectPath* objectPath(const ObjectPath& path);
@@ -72,7 +73,13 @@ public:
   bool done() const;
 
 private:
-  std::unique_ptr<RequestState> m_state;
+  Broker& m_broker;
+  const std::unique_ptr<Scope> m_scope;
+  Scope* m_before;
+  bool m_ended = false;
+  const std::shared_ptr<ResultContent> m_returned;  ///< shared with the result, whose end it outlives
+  CMPIContext* m_context;
+  CMPIResult* m_result;
 };
 
 }  // namespace tvp::host

@@ -163,7 +163,7 @@ MofToken MofLexer::readNumber() {
     token.integer = std::strtoll(token.text.c_str(), &end, hexadecimal ? 16 : 10);
   }
   if (*end != '\0' || errno == ERANGE) {
-    fail("'" + token.text + "' is no number of at most 64 bits");
+    fail("'" + token.text + "' is not a number of at most 64 bits");
   }
   return token;
 }

@@ -296,9 +296,9 @@ std::shared_ptr<const Schema> MofReader::readFile(const std::string& fileName) {
   if (!file) {
     throw MofError(fileName, 0, "cannot open the schema: " + std::string(std::strerror(errno)));
   }
-  file.peek();  // a folder opens like a file and fails here
+  file.peek();  // a directory opens like a file and fails here
   if (file.bad()) {
-    throw MofError(fileName, 0, "cannot read the schema: it is no file");
+    throw MofError(fileName, 0, "cannot read the schema: it is not a file");
   }
   std::ostringstream text;
   text << file.rdbuf();

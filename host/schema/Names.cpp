@@ -3,6 +3,7 @@
 
 #include "text/Case.h"
 
+#include <algorithm>
 #include <array>
 
 namespace tvp::host {
@@ -111,6 +112,12 @@ bool equalNames(const std::string& left, const std::string& right) {
 
 bool equalNames(const char* left, const char* right) {
   return text::equalsIgnoringCase(left, right);
+}
+
+bool NameLess::operator()(std::string_view left, std::string_view right) const {
+  return std::lexicographical_compare(
+      left.begin(), left.end(), right.begin(), right.end(),
+      [](char one, char other) { return text::lowerCase(one) < text::lowerCase(other); });
 }
 
 }  // namespace tvp::host

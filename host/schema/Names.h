@@ -6,12 +6,13 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace tvp::host {
 
 /** The MOF name of a type: "uint32", "string[]"; a reference is "ref". */
 std::string typeName(CMPIType type);
-/** The scalar type of a MOF name ("uint32", "datetime"); nothing for a name that is no type. */
+/** The scalar type of a MOF name ("uint32", "datetime"); nothing for a name that is not a type. */
 std::optional<CMPIType> typeOfName(const std::string& name);
 /** The CIM name of a status code, "CIM_ERR_FAILED"; codes beyond CIM's keep their CMPI name. */
 std::string statusName(CMPIrc code);
@@ -21,6 +22,12 @@ std::string lowerCase(const std::string& text);
 /** Compares without regard to the case of ASCII letters. */
 bool equalNames(const std::string& left, const std::string& right);
 bool equalNames(const char* left, const char* right);
+
+/** Orders names without regard to the case of ASCII letters, for containers that find without a copy. */
+struct NameLess {
+  using is_transparent = void;
+  bool operator()(std::string_view left, std::string_view right) const;
+};
 
 }  // namespace tvp::host
 

@@ -1,23 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/schema/Schema.h"
 
-#include "host/schema/Names.h"
-#include "text/Case.h"
-
 #include <algorithm>
 #include <stdexcept>
 #include <utility>
 
 namespace tvp::host {
 namespace {
-
-std::size_t hashOf(const char* name) {
-  std::size_t hash = 1469598103934665603ULL;
-  for (; *name != '\0'; ++name) {
-    hash = (hash ^ static_cast<unsigned char>(text::lowerCase(*name))) * 1099511628211ULL;
-  }
-  return hash;
-}
 
 template <class Element>
 const Element* findByName(const std::vector<Element>& elements, const std::string& name) {
@@ -46,35 +35,6 @@ inherit(const std::vector<Element>& inherited, std::vector<Element> own, const s
 
 }  // namespace
 
-void NameIndex::build(std::vector<std::string> names) {
-  m_names = std::move(names);
-  std::size_t size = 8;
-  while (size < m_names.size() * 2) {
-    size *= 2;
-  }
-  m_slots.assign(size, 0);
-  for (std::size_t i = 0; i < m_names.size(); ++i) {
-    std::size_t slot = hashOf(m_names[i].c_str()) & (size - 1);
-    while (m_slots[slot] != 0) {
-      slot = (slot + 1) & (size - 1);
-    }
-    m_slots[slot] = i + 1;
-  }
-}
-
-std::size_t NameIndex::find(const char* name) const {
-  if (m_slots.empty()) {
-    return NONE;
-  }
-  const std::size_t mask = m_slots.size() - 1;
-  for (std::size_t slot = hashOf(name) & mask; m_slots[slot] != 0; slot = (slot + 1) & mask) {
-    if (equalNames(m_names[m_slots[slot] - 1].c_str(), name)) {
-      return m_slots[slot] - 1;
-    }
-  }
-  return NONE;
-}
-
 std::string TypedElement::text(const std::string& qualifierName) const {
   const Value* value = qualifier(qualifierName);
   return value != nullptr && !value->isNull() && value->type() == CMPI_string ? value->asString() : "";
@@ -101,8 +61,13 @@ const SchemaParameter* SchemaMethod::parameter(const std::string& parameterName)
 }
 
 const SchemaProperty* SchemaClass::property(const std::string& propertyName) const {
-  const std::size_t position = propertyIndex.find(propertyName.c_str());
-  return position == NameIndex::NONE ? nullptr : &properties[position];
+  const std::optional<std::size_t> known = position(propertyName);
+  return known ? &properties[*known] : nullptr;
+}
+
+std::optional<std::size_t> SchemaClass::position(std::string_view propertyName) const {
+  const auto found = positions.find(propertyName);
+  return found == positions.end() ? std::nullopt : std::optional(found->second);
 }
 
 const SchemaMethod* SchemaClass::method(const std::string& methodName) const {
@@ -131,7 +96,7 @@ const SchemaClass* Schema::superclassOf(const SchemaClass& added) {
 const SchemaClass* Schema::keep(std::unique_ptr<SchemaClass> kept) {
   const SchemaClass* result = kept.get();
   m_classes.push_back(std::move(kept));
-  m_byName[lowerCase(result->name)] = result;
+  m_byName[result->name] = result;
   return result;
 }
 
@@ -144,24 +109,18 @@ void Schema::add(SchemaClass added) {
   if (!added.superclass.empty() && equalNames(added.superclass, added.name)) {
     throw std::invalid_argument("the class " + added.name + " derives from itself");
   }
-  if (!added.superclass.empty()) {
-    const SchemaClass* parent = superclassOf(added);
-    added.properties = inherit(parent->properties, std::move(added.properties), added.name);
-    added.methods = inherit(parent->methods, std::move(added.methods), added.name);
-  } else {
-    added.properties = inherit({}, std::move(added.properties), added.name);
-    added.methods = inherit({}, std::move(added.methods), added.name);
+  const SchemaClass none;
+  const SchemaClass& parent = added.superclass.empty() ? none : *superclassOf(added);
+  added.properties = inherit(parent.properties, std::move(added.properties), added.name);
+  added.methods = inherit(parent.methods, std::move(added.methods), added.name);
+  for (std::size_t i = 0; i < added.properties.size(); ++i) {
+    added.positions.emplace(added.properties[i].name, i);
   }
-  std::vector<std::string> names;
-  for (const SchemaProperty& property : added.properties) {
-    names.push_back(property.name);
-  }
-  added.propertyIndex.build(std::move(names));
   keep(std::make_unique<SchemaClass>(std::move(added)));
 }
 
 const SchemaClass* Schema::find(const std::string& className) const {
-  const auto found = m_byName.find(lowerCase(className));
+  const auto found = m_byName.find(className);
   return found == m_byName.end() ? nullptr : found->second;
 }
 

@@ -2,30 +2,18 @@
 #ifndef HOST_SCHEMA_SCHEMA_H
 #define HOST_SCHEMA_SCHEMA_H
 
+#include "host/schema/Names.h"
 #include "host/schema/Value.h"
 
 #include <cstddef>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <unordered_map>
+#include <string_view>
 #include <vector>
 
 namespace tvp::host {
-
-/** Positions by name, without regard to case; built once, then read without allocation. */
-class NameIndex {
-public:
-  static constexpr std::size_t NONE = static_cast<std::size_t>(-1);
-
-  void build(std::vector<std::string> names);
-  /** @return the position, or NONE. */
-  std::size_t find(const char* name) const;
-
-private:
-  std::vector<std::string> m_names;
-  std::vector<std::size_t> m_slots;  ///< a power of two of them; position + 1, 0 is free
-};
 
 /** A qualifier with its value, for example Units("...") or ValueMap{"1", "2"}. */
 using Qualifiers = std::vector<NamedValue>;
@@ -75,8 +63,10 @@ struct SchemaClass {
   Qualifiers qualifiers;
   std::vector<SchemaProperty> properties;
   std::vector<SchemaMethod> methods;
-  NameIndex propertyIndex;
+  std::map<std::string, std::size_t, NameLess> positions;  ///< of the properties, by name
 
+  /** Where a property stands, if there is one of that name. Does not allocate. */
+  std::optional<std::size_t> position(std::string_view propertyName) const;
   /** @return null when there is no such property. */
   const SchemaProperty* property(const std::string& propertyName) const;
   /** @return null when there is no such method. */
@@ -112,7 +102,7 @@ private:
   const SchemaClass* keep(std::unique_ptr<SchemaClass> kept);
 
   std::vector<std::unique_ptr<SchemaClass>> m_classes;
-  std::unordered_map<std::string, const SchemaClass*> m_byName;  ///< lower case
+  std::map<std::string, const SchemaClass*, NameLess> m_byName;
 };
 
 }  // namespace tvp::host

@@ -124,7 +124,7 @@ Provider& Session::provider() {
     Broker& ownBroker = broker();
     try {
       auto library = std::make_shared<ProviderLibrary>(
-          m_options.provider.empty() ? installedProvider() : m_options.provider);
+          m_options.provider.empty() ? installedProvider() : m_options.provider, "tarvexProProvider");
       m_provider = std::make_unique<Provider>(ownBroker, std::move(library), options);
     } catch (const ProviderLoadError& error) {
       throw OperationError(error.what());

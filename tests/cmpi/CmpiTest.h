@@ -120,7 +120,7 @@ protected:
   }
   ~RunningProviderTest() override {
     const NoSleep noSleep;
-    m_provider->cleanup(true);
+    static_cast<void>(m_provider->cleanup(true));
   }
 
   void TearDown() override {

@@ -135,7 +135,7 @@ std::string traced(const char* direction, const char* special, const char* name)
 
 // Arguments that are fine are told from missing ones by what is answered once the adapter is gone.
 TEST_F(RunningProviderTest, EveryFunctionChecksItsArgumentsBeforeItAsksForTheAdapter) {
-  m_provider->cleanup(true);
+  static_cast<void>(m_provider->cleanup(true));
   host::Request request(m_broker);
   const std::string invalid = LogCapture::message(5, "The input parameters are invalid");
   const std::string gone = LogCapture::message(1, "Failed to get CMPIAdapter singleton instance");

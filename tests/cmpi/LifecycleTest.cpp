@@ -112,7 +112,7 @@ TEST_F(RunningProviderTest, AFactoryThatWaitsForTheTearDownFindsALockToWakeUpWit
     }
     late = tarvexProProvider_Create_MethodMI(m_broker.cmpi(), nullptr, nullptr);
   });
-  m_provider->cleanup(true);
+  static_cast<void>(m_provider->cleanup(true));
   factory.join();
   EXPECT_EQ(late, m_provider->methodMI());
   EXPECT_EQ(

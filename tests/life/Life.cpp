@@ -73,7 +73,7 @@ Life::Life() : m_logFile(m_folder.write("var/log/TVP.txt", "")) {
 Life::~Life() {
   ListenerSleep::instance().wakeWhen([] { return true; });
   if (m_provider) {
-    m_provider->cleanup(true);
+    static_cast<void>(m_provider->cleanup(true));
   }
 }
 
@@ -107,7 +107,8 @@ void Life::start() {
     throw std::logic_error("one process can run only one life; choose one with --gtest_filter, or use ctest");
   }
   begin("start");
-  m_library = std::make_shared<host::ProviderLibrary>(TVP_BINARY_DIR "/lib/libtarvexProProvider.so");
+  m_library = std::make_shared<host::ProviderLibrary>(
+      TVP_BINARY_DIR "/lib/libtarvexProProvider.so", "tarvexProProvider");
   m_provider.emplace(broker(), m_library);
   waitForListener();
   EXPECT_EQ(ListenerSleep::instance().secondsAskedFor(), SECONDS_BETWEEN_ROUNDS);

@@ -119,9 +119,10 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
   soak::Findings findings;
   soak::UsageHistory history;
   host::Provider provider(
-      broker, std::make_shared<host::ProviderLibrary>(TVP_BINARY_DIR "/lib/libtarvexProProvider.so"));
-  provider.activateFilter({});
-  provider.enableIndications();
+      broker, std::make_shared<host::ProviderLibrary>(
+                  TVP_BINARY_DIR "/lib/libtarvexProProvider.so", "tarvexProProvider"));
+  static_cast<void>(provider.activateFilter({}));
+  static_cast<void>(provider.enableIndications());
 
   soak::Load load(provider, findings);
   std::vector<std::thread> threads;
@@ -143,7 +144,7 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
   }
   surroundings.calmDown();
   load.checkCapacities();
-  provider.cleanup(true);
+  static_cast<void>(provider.cleanup(true));
 
   for (const auto& text : surroundings.broken()) {
     findings.add(text);

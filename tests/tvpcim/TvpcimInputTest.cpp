@@ -60,7 +60,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
        "CIM_ERR_ACCESS_DENIED: nobody : is not a member of Administrator/root; "},
       {{"drives", "--provider", "/nonexistent.so"}, 1, "/nonexistent.so: No such file"},
       {{"drives", "--provider", "/etc/passwd"}, 1, "cannot load the provider /etc/passwd"},
-      {{"drives", "--provider", TVP_BINARY_DIR "/lib/libVOLTVK.so"}, 1, "is no provider"},
+      {{"drives", "--provider", TVP_BINARY_DIR "/lib/libVOLTVK.so"}, 1, "is not a provider"},
       {{"drives", "--schema", "/nonexistent.mof"}, 1, "name the file of the classes with --schema"},
       {{"drives", "--schema", brokenSchema}, 1, "broken.mof:3: expected "},
       {{"watch", "TVP_Nothing"}, 2, "has no class 'TVP_Nothing'"},

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "host/schema/MofWriter.h"
 #include "host/schema/Names.h"
 #include "host/tvpcim/Commands.h"
 #include "host/tvpcim/output/Text.h"

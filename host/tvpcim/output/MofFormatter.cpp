@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "host/schema/MofWriter.h"
 #include "host/schema/ObjectPathText.h"
 #include "host/tvpcim/output/Formatter.h"
-#include "host/tvpcim/output/MofText.h"
 #include "host/tvpcim/output/Text.h"
 
 namespace tvp::host::tvpcim {

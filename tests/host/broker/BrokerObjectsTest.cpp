@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <ctime>
 
@@ -20,6 +21,50 @@ protected:
   Request m_request{m_broker};
   CMPIStatus m_status{};
 };
+
+/** Whether every slot of a function table is filled; the version stands before them. */
+template <class Table>
+bool isComplete(const Table* table) {
+  const auto* words = reinterpret_cast<const void* const*>(table);
+  return std::all_of(
+      words + 1, words + sizeof *table / sizeof *words, [](const void* slot) { return slot != nullptr; });
+}
+
+TEST_F(BrokerObjects, HaveEveryFunctionOfTheStandard) {
+  EXPECT_TRUE(isComplete(m_cmpi->bft));
+  EXPECT_TRUE(isComplete(m_cmpi->eft));
+  EXPECT_TRUE(isComplete(m_cmpi->xft));
+  EXPECT_TRUE(isComplete(m_cmpi->mft));
+  const CMPIObjectPath* path = m_request.objectPath(samplePath());
+  EXPECT_TRUE(isComplete(path->ft));
+  EXPECT_TRUE(isComplete(m_request.instance({samplePath(), {}})->ft));
+  EXPECT_TRUE(isComplete(m_request.arguments({})->ft));
+  EXPECT_TRUE(isComplete(m_request.selectExpression("", "")->ft));
+  EXPECT_TRUE(isComplete(m_request.context()->ft));
+  EXPECT_TRUE(isComplete(m_request.result()->ft));
+  EXPECT_TRUE(isComplete(CMNewString(m_cmpi, "", nullptr)->ft));
+  EXPECT_TRUE(isComplete(CMNewArray(m_cmpi, 1, CMPI_string, nullptr)->ft));
+  EXPECT_TRUE(isComplete(CMNewDateTime(m_cmpi, nullptr)->ft));
+  EXPECT_TRUE(isComplete(CBEnumInstances(m_cmpi, m_request.context(), path, nullptr, nullptr)->ft));
+  EXPECT_TRUE(isComplete(
+      m_cmpi->eft
+          ->newCMPIError(
+              m_cmpi, "", "", "", CMPIErrorSevUnknown, CMPIErrorProbCauseUnknown, CMPI_RC_OK, nullptr)
+          ->ft));
+}
+
+TEST_F(BrokerObjects, AnUpcallThatFailsSaysWhy) {
+  BrokerHandlers handlers;
+  handlers.onUpcall = [](const Upcall&) {
+    return UpcallAnswer{CMPI_RC_ERR_ACCESS_DENIED, "not for you", {}, {}};
+  };
+  m_broker.setHandlers(handlers);
+  EXPECT_EQ(
+      CBGetInstance(m_cmpi, m_request.context(), m_request.objectPath(samplePath()), nullptr, &m_status),
+      nullptr);
+  EXPECT_EQ(m_status.rc, CMPI_RC_ERR_ACCESS_DENIED);
+  EXPECT_EQ(read(m_status.msg), "not for you");
+}
 
 TEST_F(BrokerObjects, APathHoldsItsParts) {
   CMPIObjectPath* path = CMNewObjectPath(m_cmpi, nullptr, "Sample_Disk", nullptr);
@@ -81,7 +126,7 @@ TEST_F(BrokerObjects, AnInstanceKeepsItsClass) {
   EXPECT_EQ(m_status.rc, CMPI_RC_ERR_NO_SUCH_PROPERTY);
 }
 
-TEST_F(BrokerObjects, DateTimes) {
+TEST_F(BrokerObjects, DateTimesKeepTheirInstant) {
   CMPIDateTime* time = CMNewDateTimeFromChars(m_cmpi, "20260131235959.123456+060", nullptr);
   EXPECT_EQ(read(CMGetStringFormat(time, nullptr)), "20260131235959.123456+060");
   EXPECT_FALSE(CMIsInterval(time, nullptr));
@@ -92,6 +137,14 @@ TEST_F(BrokerObjects, DateTimes) {
   CMPIDateTime* interval = CMNewDateTimeFromBinary(m_cmpi, 90000000001ULL, 1, nullptr);
   EXPECT_EQ(read(CMGetStringFormat(interval, nullptr)), "00000001010000.000001:000");
   EXPECT_TRUE(CMIsInterval(interval, nullptr));
+  for (const auto& [last, isInterval, text] :
+       {std::tuple{DateTime::LAST_TIME, CMPIBoolean{0}, "99991231235959.999999+000"},
+        std::tuple{DateTime::LONGEST_INTERVAL, CMPIBoolean{1}, "99999999235959.999999:000"}}) {
+    CMPIDateTime* longest = CMNewDateTimeFromBinary(m_cmpi, last, isInterval, nullptr);
+    EXPECT_EQ(read(CMGetStringFormat(longest, nullptr)), text);
+    EXPECT_EQ(CMNewDateTimeFromBinary(m_cmpi, last + 1, isInterval, &m_status), nullptr);
+    EXPECT_EQ(m_status.rc, CMPI_RC_ERR_INVALID_PARAMETER) << "beyond " << text;
+  }
   EXPECT_EQ(CMNewDateTimeFromChars(m_cmpi, "yesterday", &m_status), nullptr);
   EXPECT_EQ(m_status.rc, CMPI_RC_ERR_INVALID_PARAMETER);
   const CMPIUint64 before = CMGetBinaryFormat(CMNewDateTime(m_cmpi, nullptr), nullptr);
@@ -158,7 +211,7 @@ TEST_F(BrokerObjects, ErrorsCarryWhatWentWrong) {
   EXPECT_EQ(m_request.error(), "it broke");
 }
 
-TEST_F(BrokerObjects, FiltersAreHandedOverUnread) {
+TEST_F(BrokerObjects, FiltersArePassedOnUnread) {
   CMPISelectExp* filter = m_cmpi->eft->newSelectExp(m_cmpi, "SELECT * FROM X", "WQL", nullptr, nullptr);
   EXPECT_EQ(read(filter->ft->getString(filter, nullptr)), "SELECT * FROM X");
   filter->ft->evaluate(filter, nullptr, &m_status);
@@ -230,7 +283,7 @@ TEST_F(BrokerObjects, UpcallsReachTheHandlerWithWhatTheyCarry) {
 }
 
 /** Portable providers take threads and locks from the broker. */
-TEST(BrokerSystem, ThreadsMutexesAndConditions) {
+TEST(BrokerSystem, ThreadsMutexesAndConditionsWork) {
   Broker broker(sampleSchema());
   const CMPIBrokerExtFT* system = broker.cmpi()->xft;
   struct Shared {
@@ -264,7 +317,7 @@ TEST(BrokerSystem, ThreadsMutexesAndConditions) {
   system->unlockMutex(shared.mutex);
   void* result = nullptr;
   EXPECT_EQ(system->joinThread(thread, &result), 0);
-  EXPECT_EQ(result, &shared) << "the thread's own value, handed out by its exit";
+  EXPECT_EQ(result, &shared) << "the thread's own value, which its exit returns";
   EXPECT_EQ(system->getThreadSpecific(shared.key), nullptr) << "another thread has its own";
   system->destroyThreadKey(shared.key);
   system->destroyCondition(shared.condition);

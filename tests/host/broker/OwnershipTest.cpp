@@ -179,7 +179,7 @@ TEST_F(Ownership, TheGraveyardIsBounded) {
   EXPECT_EQ(CMRelease(last).rc, CMPI_RC_ERR_INVALID_HANDLE) << "the youngest dead are still known";
 }
 
-TEST_F(Ownership, MarksAndBlocksOfMemory) {
+TEST_F(Ownership, MarksAndBlocksOfMemoryEndWithTheirScope) {
   Request request(m_broker);
   CMPIString* before = CMNewString(m_cmpi, "before", nullptr);
   CMPIGcStat* mark = m_cmpi->mft->mark(m_cmpi, nullptr);

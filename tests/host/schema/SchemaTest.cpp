@@ -48,7 +48,7 @@ TEST(MofReader, SaysWhereAndWhatWasExpected) {
        "a.mof:1: unknown escape in a text, expected one of \\n \\t \\r \\b \\f \\\" \\' \\\\"},
       {"/* open\n\n", "a.mof:1: this comment has no end, expected */"},
       {"[Max(99999999999999999999)] class A { };",
-       "a.mof:1: '99999999999999999999' is no number of at most 64 bits"},
+       "a.mof:1: '99999999999999999999' is not a number of at most 64 bits"},
       {"[Values{\"a\" \"b\", }] class A { };",
        "a.mof:1: expected a text, a number, TRUE, FALSE or NULL, found '}'"},
       {"class A { string X[; };", "a.mof:1: expected ] after the array mark, found ';'"},

@@ -11,7 +11,7 @@
 namespace tvp::host {
 namespace {
 
-TEST(ObjectPathText, RoundTrips) {
+TEST(ObjectPathText, ComesBackAsItWasWritten) {
   ObjectPath odd;
   odd.nameSpace = "root/a";
   odd.className = "C_1";
@@ -37,7 +37,7 @@ TEST(ObjectPathText, RoundTrips) {
   EXPECT_NE(parsePathText("C.N=1"), parsePathText("C.N=\"1\""));
 }
 
-TEST(ObjectPathText, SaysWhatIsWrong) {
+TEST(ObjectPathText, IsRefusedWithThePlaceAndWhatWasExpected) {
   const struct {
     const char* text;
     const char* error;
@@ -112,7 +112,7 @@ TEST(DateTime, ReadsTimesAndIntervals) {
   }
 }
 
-TEST(Names, OfTypesAndStatuses) {
+TEST(Names, AreThoseOfCim) {
   for (const char* name : {"boolean", "string", "uint8", "sint64", "real32", "char16", "datetime"}) {
     EXPECT_EQ(typeName(*typeOfName(name)), name);
   }
@@ -130,11 +130,11 @@ TEST(ProviderLibrary, SaysWhatIsWrongWithAFile) {
       {"/nowhere/libx.so",
        "cannot read the provider /nowhere/libx.so: No such file or directory; check the path"},
       {"/etc/passwd", "cannot load the provider /etc/passwd: "},
-      {"/lib/x86_64-linux-gnu/libm.so.6", "is no provider named tarvexProProvider: it exports none of "
-                                          "tarvexProProvider_Create_InstanceMI"}};
+      {"/lib/x86_64-linux-gnu/libm.so.6",
+       "is not a provider named sample: it exports none of sample_Create_InstanceMI"}};
   for (const auto& each : cases) {
     try {
-      ProviderLibrary library(each.file);
+      ProviderLibrary library(each.file, "sample");
       ADD_FAILURE() << "loaded: " << each.file;
     } catch (const ProviderLoadError& problem) {
       EXPECT_THAT(problem.what(), ::testing::HasSubstr(each.problem));

@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/output/MofText.h"
+#include "host/schema/MofWriter.h"
 
 #include "host/schema/Names.h"
 #include "host/schema/ObjectPathText.h"
-#include "host/tvpcim/output/Text.h"
+#include "text/Utf8.h"
 
 #include <array>
 #include <cstdio>
 #include <vector>
 
-namespace tvp::host::tvpcim {
+namespace tvp::host {
 namespace {
 
 std::string mofLiteral(const std::string& text) {
   static const std::string SPECIAL = "\"\\\b\t\n\f\r";
   static const std::string LETTERS = "\"\\btnfr";
   std::string result = "\"";
-  for (const char letter : toUtf8(text)) {
+  for (const char letter : text::toUtf8(text)) {
     const std::size_t special = SPECIAL.find(letter);
     if (special != std::string::npos) {
       result += {'\\', LETTERS[special]};
@@ -29,6 +29,15 @@ std::string mofLiteral(const std::string& text) {
     }
   }
   return result + "\"";
+}
+
+/** Puts the separator between texts. */
+std::string join(const std::vector<std::string>& texts, const std::string& separator) {
+  std::string result;
+  for (const std::string& text : texts) {
+    result += (&text == &texts.front() ? "" : separator) + text;
+  }
+  return result;
 }
 
 std::string qualifierText(const Qualifiers& qualifiers, const std::string& indent) {
@@ -90,8 +99,6 @@ std::string mofValue(const Value& value) {
     return mofLiteral(toPathText(value.asReference()));
   case CMPI_instance:
     return mofLiteral(mofInstance(value.asInstance()));
-  case CMPI_boolean:
-    return value.asBoolean() ? "TRUE" : "FALSE";
   default:
     return value.toText();
   }
@@ -122,4 +129,4 @@ std::string mofClass(const SchemaClass& schemaClass) {
   return result + "};\n";
 }
 
-}  // namespace tvp::host::tvpcim
+}  // namespace tvp::host
