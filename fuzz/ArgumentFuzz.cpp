@@ -4,7 +4,7 @@
 #include "host/schema/MofReader.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/cim/ArgumentText.h"
-#include "host/tvpcim/storage/Size.h"
+#include "host/tvpcim/output/Size.h"
 
 #include <vector>
 

@@ -7,7 +7,7 @@
 #include "oslib/KVSPaths.h"
 #include "support/TemporaryFolder.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
 
 #include <array>
 

@@ -12,8 +12,8 @@
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/Faults.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/Faults.h"
+#include "voltvk/engine/contract/State.h"
 
 #include <gtest/gtest.h>
 

@@ -4,8 +4,8 @@
 
 #include "support/TemporaryFolder.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/Faults.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/Faults.h"
+#include "voltvk/engine/contract/State.h"
 #include "voltvk/voltvk.h"
 
 #include <gtest/gtest.h>

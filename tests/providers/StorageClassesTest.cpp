@@ -7,8 +7,8 @@
 #include "voltvk/Specs.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/Faults.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/Faults.h"
+#include "voltvk/engine/contract/State.h"
 
 #include <gmock/gmock.h>
 

@@ -3,8 +3,8 @@
 
 #include "host/schema/Names.h"
 #include "host/schema/ObjectPathText.h"
+#include "host/tvpcim/output/Size.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Size.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 #include "host/schema/ObjectPathText.h"
 #include "host/tvpcim/output/Formatter.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Size.h"
+#include "host/tvpcim/output/Size.h"
 #include "terminal/Table.h"
 #include "terminal/Width.h"
 

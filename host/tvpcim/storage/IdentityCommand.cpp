@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/tvpcim/storage/Size.h"
+#include "host/tvpcim/output/Size.h"
 #include "host/tvpcim/storage/StorageVerbs.h"
 
 #include <algorithm>

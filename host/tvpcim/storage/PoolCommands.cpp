@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/Failure.h"
+#include "host/tvpcim/output/Size.h"
 #include "host/tvpcim/output/Text.h"
-#include "host/tvpcim/storage/Size.h"
+#include "host/tvpcim/output/Size.h"
 #include "host/tvpcim/storage/StorageVerbs.h"
 #include "text/Trim.h"
 

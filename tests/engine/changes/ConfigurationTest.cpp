@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What pools and volumes are once they are made, and what is told of their changes.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/state/EventJournal.h"
 
 #include <atomic>
 #include <thread>

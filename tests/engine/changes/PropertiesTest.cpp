@@ -2,7 +2,7 @@
 // What holds for all inputs: of allocation, of texts, of many threads at once.
 #include "engine/EngineFixture.h"
 #include "text/Utf8.h"
-#include "voltvk/engine/drives/SystemText.h"
+#include "voltvk/engine/state/PlainText.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
 
 #include <atomic>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every refusal has a status of its own, says what was wrong, and changes nothing.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <sqlite3.h>
 

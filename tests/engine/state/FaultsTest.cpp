@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Injected faults: who sees them, how long they last.
-#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/contract/Faults.h"
 
 #include "engine/EngineFixture.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // States that cannot be used mean "no driver", say why, and stay as they are.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/rules/Refusal.h"
-#include "voltvk/engine/state/LastRefusal.h"
+#include "voltvk/engine/state/Refusal.h"
+#include "voltvk/engine/contract/LastRefusal.h"
 
 #include <sqlite3.h>
 

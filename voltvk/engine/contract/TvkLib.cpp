@@ -3,8 +3,8 @@
 
 #include "voltvk/engine/contract/LibraryObjects.h"
 #include "voltvk/engine/contract/Operation.h"
-#include "voltvk/engine/rules/Refusal.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <mutex>
 #include <set>

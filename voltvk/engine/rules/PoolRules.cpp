@@ -6,8 +6,8 @@
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
 #include "voltvk/engine/rules/Limits.h"
-#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <algorithm>
 #include <set>
@@ -35,8 +35,9 @@ void requireEligible(const DriveRecord& drive) {
     return nameOf(drive) + " has partitions and cannot join a pool; choose another drive";
   });
   require(!drive.mounted, TVK_DEVICE_NOT_ELIGIBLE, [&] {
-    return nameOf(drive) + " is mounted, used for swap or held by another block device and cannot join a pool; "
-                           "choose another drive";
+    return nameOf(drive) +
+           " is mounted, used for swap or held by another block device and cannot join a pool; "
+           "choose another drive";
   });
 }
 
@@ -116,8 +117,7 @@ std::vector<const DriveRecord*> PoolRules::drivesOf(const VirtualPoolSpec& spec)
   return drives;
 }
 
-std::vector<PoolMemberRecord>
-PoolRules::members(
+std::vector<PoolMemberRecord> PoolRules::members(
     const PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives) {
   std::vector<std::uint64_t> capacities;
   std::uint64_t total = 0;

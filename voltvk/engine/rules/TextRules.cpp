@@ -3,8 +3,8 @@
 
 #include "text/Quote.h"
 #include "text/Utf8.h"
-#include "voltvk/engine/drives/SystemText.h"
-#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/PlainText.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <cstring>
 
@@ -33,20 +33,6 @@ std::string limitOf(const GivenText& given) {
 
 }  // namespace
 
-bool isPlainText(std::string_view text, std::size_t limit) {
-  if (text.size() > limit) {
-    return false;
-  }
-  while (!text.empty()) {
-    const tvp::text::Character character = tvp::text::characterAt(text);
-    if (character.length == 0 || tvp::text::isControl(character.code)) {
-      return false;
-    }
-    text.remove_prefix(character.length);
-  }
-  return true;
-}
-
 std::string checkedName(const GivenText& given) {
   std::string name = textOf(given);
   require(fits(given, name), TVK_INVALID_NAME, [&] {
@@ -63,8 +49,9 @@ std::string checkedName(const GivenText& given) {
 
 std::string requiredName(const GivenText& given) {
   std::string name = checkedName(given);
-  require(
-      !name.empty(), TVK_INVALID_NAME, [&] { return "the name is empty; a name has 1 to " + limitOf(given); });
+  require(!name.empty(), TVK_INVALID_NAME, [&] {
+    return "the name is empty; a name has 1 to " + limitOf(given);
+  });
   return name;
 }
 

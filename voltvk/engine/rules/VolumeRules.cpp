@@ -6,8 +6,8 @@
 #include "voltvk/VirtualVolume.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
 #include "voltvk/engine/rules/Limits.h"
-#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <algorithm>
 
@@ -30,9 +30,8 @@ bool isSsd(const PoolRecord& pool) {
 }  // namespace
 
 void VolumeRules::checkNameUnused(const std::string& name) const {
-  const auto holder = std::find_if(m_volumes.begin(), m_volumes.end(), [&](const VolumeRecord& volume) {
-    return volume.name == name;
-  });
+  const auto holder = std::find_if(
+      m_volumes.begin(), m_volumes.end(), [&](const VolumeRecord& volume) { return volume.name == name; });
   require(holder == m_volumes.end(), TVK_NAME_IN_USE, [&] {
     return "the name " + tvp::text::quoted(name) + " is used by volume " + std::to_string(holder->id) +
            "; choose another";
@@ -94,7 +93,8 @@ void VolumeRules::checkPoolCount(const VolumeRecord& volume, const VirtualVolume
     return "1 pool listed; a cached volume needs a pool of hard disks and one of SSDs";
   });
   require(count == 1 || spec.pools[0].poolId != spec.pools[1].poolId, TVK_POOL_DUPLICATE, [&] {
-    return "pool " + std::to_string(spec.pools[0].poolId) + " is named twice; name two different pools, or one";
+    return "pool " + std::to_string(spec.pools[0].poolId) +
+           " is named twice; name two different pools, or one";
   });
 }
 
@@ -146,7 +146,8 @@ void VolumeRules::checkTotal(
   std::uint64_t total = parts[0].sectors;
   if (!volume.isCached() && parts.size() > 1) {
     require(parts[1].sectors <= UINT64_MAX - total, TVK_INVALID_CAPACITY, [&] {
-      return sizeText(total) + " and " + sizeText(parts[1].sectors) + " are more together than any volume has";
+      return sizeText(total) + " and " + sizeText(parts[1].sectors) +
+             " are more together than any volume has";
     });
     total += parts[1].sectors;
   }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "voltvk/engine/rules/Wording.h"
+#include "voltvk/engine/state/Wording.h"
 
 #include "text/Size.h"
 #include "voltvk/LogicalDevice.h"
@@ -58,8 +58,7 @@ std::string kindOf(const DriveRecord& drive) {
 }
 
 std::string tierText(std::uint32_t tierLevel) {
-  const char* kind =
-      tierLevel == TVK_TIER_HDD ? " (hard disks)" : tierLevel == TVK_TIER_SSD ? " (SSDs)" : "";
+  const char* kind = tierLevel == TVK_TIER_HDD ? " (hard disks)" : tierLevel == TVK_TIER_SSD ? " (SSDs)" : "";
   return std::to_string(tierLevel) + kind;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOLTVK_ENGINE_STATE_LASTREFUSAL_H
-#define VOLTVK_ENGINE_STATE_LASTREFUSAL_H
+#ifndef VOLTVK_ENGINE_CONTRACT_LASTREFUSAL_H
+#define VOLTVK_ENGINE_CONTRACT_LASTREFUSAL_H
 
 #include <cstdint>
 #include <optional>
@@ -22,8 +22,7 @@ struct LastRefusal {
    * Remembers a refusal, if that is possible at once: it is lost when the state is in use or cannot be
    * written, since a refused call must neither wait for it nor end in another way.
    */
-  static void
-  keep(State& state, const char* operation, std::uint32_t status, const char* detail) noexcept;
+  static void keep(State& state, const char* operation, std::uint32_t status, const char* detail) noexcept;
 
   /** @return no value when nothing has been refused yet. Throws DatabaseError. */
   static std::optional<LastRefusal> read(Connection& connection);

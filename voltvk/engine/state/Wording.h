@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOLTVK_ENGINE_RULES_WORDING_H
-#define VOLTVK_ENGINE_RULES_WORDING_H
+#ifndef VOLTVK_ENGINE_STATE_WORDING_H
+#define VOLTVK_ENGINE_STATE_WORDING_H
 
 #include "voltvk/engine/state/Records.h"
 
@@ -16,7 +16,8 @@ namespace voltvk {
  * by Refusal, once for the whole sentence.
  */
 
-/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added, since it may stand beside another. */
+/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added, since
+ * it may stand beside another. */
 std::string sizeText(std::uint64_t sectors);
 
 /** "1 drive", "3 drives". */

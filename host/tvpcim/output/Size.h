@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef HOST_TVPCIM_STORAGE_SIZE_H
-#define HOST_TVPCIM_STORAGE_SIZE_H
+#ifndef HOST_TVPCIM_OUTPUT_SIZE_H
+#define HOST_TVPCIM_OUTPUT_SIZE_H
 
 #include "text/Size.h"
 
