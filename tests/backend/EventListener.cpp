@@ -99,7 +99,7 @@ TEST_F(EventListener, EventsOfInternalPoolsAreDropped) {
       1U);
 }
 
-TEST_F(EventListener, AChangeOfThePolicyEngineIsToldOnce) {
+TEST_F(EventListener, AChangeOfThePolicyEngineIsReportedOnce) {
   const bool running = getTarvexProRoot()->isPolicyEngineRunning();
   ASSERT_TRUE(running) << "a new state starts with a running policy engine";
   TvproEventManager manager(false);
@@ -124,9 +124,9 @@ TEST_F(EventListener, WithoutAnAdapterARoundDoesNothing) {
 
 TEST_F(EventListener, WhyEventsCannotBeFetchedIsSaidOnce) {
   TvproEventManager manager(true);
-  const std::string line =
-      LogCapture::message(2, "TvkAdapter::getEvents() was refused: the driver is switched off by an injected "
-                             "fault; switch it on with `voltvkctl fault clear driver-absent`");
+  const std::string line = LogCapture::message(
+      2, "TvkAdapter::getEvents() was refused: the driver is switched off by an injected "
+         "fault; switch it on with `voltvkctl fault clear driver-absent`");
   for (std::size_t time = 1; time <= 2; ++time) {
     voltvk::Faults().driverAbsent();
     manager.pollOnce();
@@ -209,7 +209,7 @@ TEST_F(EventListener, TheThreadEndsAfterItsSleepAndNeverStartsAgain) {
   EXPECT_TRUE(manager.terminateEventListener()) << "without a thread there is nothing to wait for";
 }
 
-TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsWell) {
+TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsNormally) {
   const pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
