@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/TvkLib.h"
 
+#include "voltvk/engine/contract/Faults.h"
 #include "voltvk/engine/contract/LibraryObjects.h"
 #include "voltvk/engine/contract/Operation.h"
 #include "voltvk/engine/contract/State.h"
