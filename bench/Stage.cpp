@@ -190,7 +190,7 @@ void switchLog(bool on) {
     std::ofstream created(file);
     return;
   }
-  // The folders go too: to find out that nothing is there then takes as long as in /var/log.
+  // The directories go too: to find out that nothing is there then takes as long as in /var/log.
   for (const auto& gone : {file, file.parent_path(), file.parent_path().parent_path()}) {
     std::filesystem::remove(gone);
   }

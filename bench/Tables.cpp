@@ -2,7 +2,7 @@
 #include "bench/Tables.h"
 
 #include "bench/Median.h"
-#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryDirectory.h"
 
 #include <array>
 #include <cstdio>
@@ -27,10 +27,10 @@ class Runner {
 public:
   std::vector<Row>
   run(const std::string& measurement, const std::string& scenario, const std::string& subject = {}) {
-    const std::filesystem::path folder = m_scratch.path() / scenario;
-    const bool isNew = std::filesystem::create_directory(folder);
-    setenv("VOLTVK_STATE", (folder / "state.db").c_str(), 1);
-    setenv("TVP_TEST_ROOT", folder.c_str(), 1);
+    const std::filesystem::path directory = m_scratch.path() / scenario;
+    const bool isNew = std::filesystem::create_directory(directory);
+    setenv("VOLTVK_STATE", (directory / "state.db").c_str(), 1);
+    setenv("TVP_TEST_ROOT", directory.c_str(), 1);
     if (isNew) {
       child("prepare " + scenario);
     }
@@ -65,7 +65,7 @@ private:
     return rows;
   }
 
-  tvp::test::TemporaryFolder m_scratch;  ///< for states and logs
+  tvp::test::TemporaryDirectory m_scratch;  ///< for states and logs
   const std::string m_program = std::filesystem::read_symlink("/proc/self/exe").string();
 };
 

@@ -2,12 +2,12 @@
 # What `cmake --install` puts where. Two components: `provider` for machines with an object manager, `dev` for authors
 # of management clients. tvp-register and tvpcim find the rest from their own place, so every prefix works.
 
-set(TVP_SHARED_FOLDER ${CMAKE_INSTALL_DATADIR}/tarvexpro)
-# Debian's zsh looks for the completions of packages in a folder of its own.
+set(TVP_SHARED_DIRECTORY ${CMAKE_INSTALL_DATADIR}/tarvexpro)
+# Debian's zsh looks for the completions of packages in a directory of its own.
 if(EXISTS /etc/debian_version)
-  set(TVP_ZSH_COMPLETION_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions CACHE STRING "Completions of zsh")
+  set(TVP_ZSH_COMPLETION_DIRECTORY ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions CACHE STRING "Completions of zsh")
 else()
-  set(TVP_ZSH_COMPLETION_FOLDER ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Completions of zsh")
+  set(TVP_ZSH_COMPLETION_DIRECTORY ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Completions of zsh")
 endif()
 find_program(TVP_GZIP gzip REQUIRED)
 
@@ -50,9 +50,9 @@ install(TARGETS voltvkctl RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT
 install(TARGETS tvpcim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
 install(PROGRAMS ${CMAKE_BINARY_DIR}/sbin/tvp-register DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
 install(FILES ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
-  DESTINATION ${TVP_SHARED_FOLDER} COMPONENT provider)
-install(FILES schema/pegasus/TVPRegistration.mof DESTINATION ${TVP_SHARED_FOLDER}/pegasus COMPONENT provider)
-install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_FOLDER}/sfcb COMPONENT provider)
+  DESTINATION ${TVP_SHARED_DIRECTORY} COMPONENT provider)
+install(FILES schema/pegasus/TVPRegistration.mof DESTINATION ${TVP_SHARED_DIRECTORY}/pegasus COMPONENT provider)
+install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_DIRECTORY}/sfcb COMPONENT provider)
 # The provider reads its catalogue from this very place, whatever the prefix.
 install(FILES share/TVPEvents.properties DESTINATION /usr/VolMan COMPONENT provider)
 
@@ -81,14 +81,14 @@ function(tvp_configure_completion command)
 endfunction()
 
 # tvp_install_command_help(COMPONENT COMMAND SECTION COMPLETIONS): man page, and completion for bash and zsh, which are in
-# the folder COMPLETIONS.
+# the directory COMPLETIONS.
 function(tvp_install_command_help component command section completions)
   tvp_compress(page ${PROJECT_SOURCE_DIR}/packaging/man/${command}.${section} ${command}.${section})
   install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
   install(FILES ${completions}/${command}.bash RENAME ${command}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${component})
   install(FILES ${completions}/${command}.zsh RENAME _${command}
-    DESTINATION ${TVP_ZSH_COMPLETION_FOLDER} COMPONENT ${component})
+    DESTINATION ${TVP_ZSH_COMPLETION_DIRECTORY} COMPONENT ${component})
 endfunction()
 
 tvp_configure_completion(voltvkctl)

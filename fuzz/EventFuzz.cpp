@@ -3,13 +3,13 @@
 #include "backend/TarvexProEventManager.h"
 #include "fuzz/FuzzTarget.h"
 #include "oslib/KVSPaths.h"
-#include "support/TemporaryFolder.h"
+#include "support/TemporaryDirectory.h"
 #include "voltvk/Specs.h"
 
 #include <cstring>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const tvp::test::TemporaryFolder root;
+  static const tvp::test::TemporaryDirectory root;
   static const bool rootIsSet = [] {
     kvsSetPathRoot(root.path().string());
     return true;

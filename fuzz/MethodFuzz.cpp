@@ -5,9 +5,8 @@
 #include "host/provider/Provider.h"
 #include "host/schema/MofReader.h"
 #include "oslib/KVSPaths.h"
-#include "support/TemporaryFolder.h"
-#include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/State.h"
+#include "support/Storage.h"
+#include "support/TemporaryDirectory.h"
 
 #include <array>
 
@@ -21,15 +20,11 @@ constexpr char NAMESPACE[] = "root/kvs/tvp/smi_15";
 /** The provider on a scratch state with drives of both kinds. */
 class Target {
 public:
-  Target() {
-    kvsSetPathRoot(m_folder.path().string());
-    ::setenv("VOLTVK_STATE", m_folder.file("state.db").c_str(), 1);
-    ::setenv("VOLTVK_HOST_ROOT", m_folder.file("machine").c_str(), 1);
-    voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
-      for (const TvkDeviceType type : {TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD}) {
-        voltvk::DriveRegistry(connection).addVirtual({type, 2048000, {}, {}});
-      }
-    });
+  Target() : m_storage(m_directory) {
+    kvsSetPathRoot(m_directory.path().string());
+    for (const TvkDeviceType type : {TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD}) {
+      tvp::test::Storage::addDrive(type, 1000 * tvp::test::MIB);
+    }
     m_provider = std::make_unique<Provider>(
         m_broker, ProviderFactories{
                       tarvexProProvider_Create_InstanceMI, tarvexProProvider_Create_MethodMI,
@@ -100,7 +95,8 @@ private:
     return Value::array(elementType, std::move(elements));
   }
 
-  tvp::test::TemporaryFolder m_folder;
+  tvp::test::TemporaryDirectory m_directory;
+  tvp::test::Storage m_storage;
   Broker m_broker{MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof")};
   std::unique_ptr<Provider> m_provider;
   std::vector<const SchemaMethod*> m_methods;

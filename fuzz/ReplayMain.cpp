@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Runs a fuzz target over the files and folders it is given, for compilers without a fuzzer.
+// Runs a fuzz target over the files and directories it is given, for compilers without a fuzzer.
 #include "fuzz/FuzzTarget.h"
 
 #include <filesystem>
@@ -31,7 +31,7 @@ int main(int count, char** names) {
     }
   }
   if (files.empty()) {
-    std::fprintf(stderr, "no inputs; give files, or folders that hold some\n");
+    std::fprintf(stderr, "no inputs; give files, or directories that contain some\n");
     return 1;
   }
   for (const std::filesystem::path& file : files) {

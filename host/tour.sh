@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
 # A full life of a tiered and of a cached volume through the provider, on a scratch state: each step shows
-# the command and what it prints. usage: tour.sh BIN_FOLDER
+# the command and what it prints. usage: tour.sh BIN_DIRECTORY
 set -euo pipefail
 PATH=$(cd "$1" && pwd):$PATH
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # What the help of a command offers after some words, one offer on a line: "word NAME DESCRIPTION" for verbs and other
 # fixed words, "option NAME VALUE" with the sort or the choices of its value, "argument NAME". The help is the only list
 # of them, and with --help a command does nothing else.

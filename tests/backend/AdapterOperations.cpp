@@ -62,7 +62,7 @@ std::vector<OperationCase> allOperations() {
       {VOLUME + "CreateDataCacheVirtualVolume", VOLUME + "CreateDataCacheVolume", "createDataCacheVolume",
        "CreateDataCacheVolume", "CreateDataCacheVolume", "createCachedLD",
        [](Ret& ret) {
-         return TarvexProVirtualVolume::CreateDataCacheVirtualVolume("v", "d", 2, 1, GIBIBYTE, 2, pool, ret);
+         return TarvexProVirtualVolume::CreateDataCacheVirtualVolume("v", "d", 2, 1, GIB, 2, pool, ret);
        }},
   };
   cases[1].throwing = "ModifyVirtualPool";
@@ -70,7 +70,7 @@ std::vector<OperationCase> allOperations() {
   return cases;
 }
 
-/** The lines of an operation that speak of its course. */
+/** The log lines of an operation between its entry and its exit. */
 std::vector<std::string> course(const LogCapture& log) {
   std::vector<std::string> kept;
   for (const std::string& line : log.lines()) {
@@ -85,7 +85,7 @@ std::vector<std::string> course(const LogCapture& log) {
 
 class AdapterOperations : public StorageTest {
 protected:
-  /** Runs an operation and looks at its result and at its course between entry and exit. */
+  /** Runs an operation and checks its result and what it logs between entry and exit. */
   void expectCourse(
       const OperationCase& operation, unsigned int result, unsigned int status,
       const std::vector<std::string>& between) {
@@ -106,7 +106,7 @@ protected:
   }
 };
 
-TEST_F(AdapterOperations, RefusalsReadAsFailureAndExceptionsAsSuccess) {
+TEST_F(AdapterOperations, RefusalsAreFailuresAndExceptionsAreReportedAsSuccess) {
   for (const OperationCase& operation : allOperations()) {
     const std::string calling = LogCapture::trace("Calling TvkAdapter::" + operation.calling + "()");
     voltvk::Faults().fail(operation.libraryOperation, 77);
@@ -164,7 +164,7 @@ TEST_F(AdapterOperations, WithoutAnAdapterNothingIsCalled) {
   EXPECT_TRUE(log.has(LogCapture::trace("Exiting TarvexProVirtualVolume::GetVolumeMembers ")));
 }
 
-TEST_F(AdapterOperations, DeletingADataCacheVolumeReportsTheStatusItIsGiven) {
+TEST_F(AdapterOperations, DeletingADataCacheVolumeReturnsTheStatusItIsGiven) {
   Ret fresh;
   EXPECT_EQ(TarvexProVirtualVolume::DeleteDataCacheVolume(5, 6, fresh), 0U);
   EXPECT_TRUE(log.has(LogCapture::message(
@@ -186,11 +186,11 @@ TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
     unsigned long long capacity;
     bool exchanged;
   } cases[] = {
-      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}}, 2, 1, 3 * GIBIBYTE, true},
-      {{{hdd, 2 * GIBIBYTE}, {ssd, GIBIBYTE}}, 2, 1, 3 * GIBIBYTE, false},
-      {{{ssd, GIBIBYTE}, {hdd, 2 * GIBIBYTE}}, 2, 2, 2 * GIBIBYTE, true},
-      {{{ssd, GIBIBYTE}, {TVK_NO_ID, 0}}, 1, 1, GIBIBYTE, true},
-      {{{999, GIBIBYTE}, {hdd, GIBIBYTE}}, 2, 2, GIBIBYTE, false},
+      {{{ssd, GIB}, {hdd, 2 * GIB}}, 2, 1, 3 * GIB, true},
+      {{{hdd, 2 * GIB}, {ssd, GIB}}, 2, 1, 3 * GIB, false},
+      {{{ssd, GIB}, {hdd, 2 * GIB}}, 2, 2, 2 * GIB, true},
+      {{{ssd, GIB}, {TVK_NO_ID, 0}}, 1, 1, GIB, true},
+      {{{999, GIB}, {hdd, GIB}}, 2, 2, GIB, false},
       {{{hdd, LARGEST}, {ssd, 2}}, 255, 1, LARGEST, false},
   };
   int number = 0;
@@ -223,8 +223,8 @@ TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
 TEST_F(AdapterOperations, PoolsAreOrderedBeforeTheLibraryIsCalled) {
   VirtualVolumeSpec spec;
   spec.numValidPools = 2;
-  spec.pools[0] = {makePool("Fast", TVK_DEVICE_SSD), GIBIBYTE};
-  spec.pools[1] = {makePool("Slow", TVK_DEVICE_HDD), GIBIBYTE};
+  spec.pools[0] = {makePool("Fast", TVK_DEVICE_SSD), GIB};
+  spec.pools[1] = {makePool("Slow", TVK_DEVICE_HDD), GIB};
   const std::string sequence = "The pool sequence order as: HDD " + std::to_string(spec.pools[1].poolId) +
                                "  and SSD " + std::to_string(spec.pools[0].poolId);
   log.clear();
@@ -241,7 +241,7 @@ TEST_F(AdapterOperations, PoolsAreOrderedBeforeTheLibraryIsCalled) {
               4, "Processing to sort Virtual Pool IDs in the order of HDD and then SSD pool "
                  "\t\t\t\t\t\t\t\t for total pools: 2"),
           LogCapture::trace("Changed the pool sequence order"), LogCapture::message(4, sequence),
-          LogCapture::message(4, "The requested Volume capacity in sectors: " + std::to_string(GIBIBYTE)),
+          LogCapture::message(4, "The requested Volume capacity in sectors: " + std::to_string(GIB)),
           LogCapture::trace("Calling TvkAdapter::createVirtualVolume()"),
           LogCapture::trace("Returned from TvkAdapter::createVirtualVolume()"),
           LogCapture::message(4, "Exiting TarvexProVirtualPool::CreateVirtualVolume() with Return: 3")}));
@@ -253,15 +253,15 @@ TEST_F(AdapterOperations, NamesOfCachedVolumesAreCutBetweenCharacters) {
   tvkSetText(internal.name, TVK_NAME_SIZE, "InternalPool7");
   internal.numLogicalDevices = internal.numDeviceNumbers = 1;
   internal.deviceNumbers[0] = addDrive(TVK_DEVICE_HDD);
-  internal.capacityInSectors = 4 * GIBIBYTE;
-  internal.chunkSizeInSectors = MEBIBYTE;
+  internal.capacityInSectors = 4 * GIB;
+  internal.chunkSizeInSectors = MIB;
   internal.tierLevel = TVK_TIER_HDD;
   internal.poolFlag = TVK_POOL_INTERNAL;
   Ret ret;
   const std::string thirty(30, 'n');
   EXPECT_EQ(
       TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
-          thirty + "\u00e4 and more", std::string(62, 'd') + "\u20ac", TVK_VOLUME_CACHED, ssd, GIBIBYTE, 2,
+          thirty + "\u00e4 and more", std::string(62, 'd') + "\u20ac", TVK_VOLUME_CACHED, ssd, GIB, 2,
           internal, ret),
       0U);
   ASSERT_EQ(ret.getReturn(), 0U) << ret.getText();

@@ -92,7 +92,7 @@ TEST_F(EventCatalogue, WithoutAFileTheDriversDescriptionStays) {
   EXPECT_FALSE(describe(0x701, "as it was").applied) << "and the listener does not wait for a writer";
 }
 
-TEST_F(EventCatalogue, TextsFitTheDescriptionWhateverTheyAre) {
+TEST_F(EventCatalogue, TextsAreCutToTheDescriptionField) {
   install(
       "701=" + std::string(254, 'a') + "\u00e4\n702=" + std::string(100000, '{') + "\n703={0}\n704={0}{1}\n" +
       std::string("705=a\0b\n", 8));
@@ -152,7 +152,7 @@ TEST_F(EventCatalogue, ArgumentsAreRewrittenByEventCode) {
        "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED : Current FFMode = Passive "},
       {1034, "V|2|9", "V|Normal|Unknown", 4,
        "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED : Previous FFMode = Normal "},
-      // Missing arguments are told and never read; what is there is rewritten all the same.
+      // Missing arguments are logged and never read; those that are there are rewritten nevertheless.
       {514, "P|3", "P|1", 2, std::string("SVS_EVENT_POOL_DEV_CREATED") + tooFew},
       {516, "", "", 2, std::string("SVS_EVENT_POOL_DEV_CREATION_FAILED") + tooFew},
       {517, "P|16|x", "P|16|x", 2, std::string("SVS_EVENT_POOL_DEV_DELETED") + tooFew, true},
@@ -178,8 +178,8 @@ TEST_F(EventCatalogue, ArgumentsAreRewrittenByEventCode) {
   EXPECT_FALSE(skip);
 }
 
-// The listener may word an event until it is stopped, which is late in the end of the process.
-TEST_F(EventCatalogue, ArgumentsAreRewrittenToTheProcessesEnd) {
+// The listener may word an event until it is stopped, which happens late while the process ends.
+TEST_F(EventCatalogue, ArgumentsCanBeRewrittenUntilTheProcessEnds) {
   static const auto rewrites = [] {
     Strings args = {"P", "3"};
     bool skip = false;
@@ -188,14 +188,14 @@ TEST_F(EventCatalogue, ArgumentsAreRewrittenToTheProcessesEnd) {
   };
   EXPECT_EXIT(
       {
-        std::atexit([] { _exit(rewrites() ? 0 : 1); });  // runs after what the first use made is destroyed
+        std::atexit([] { _exit(rewrites() ? 0 : 1); });  // runs after what the first use created is destroyed
         rewrites();
         std::exit(2);
       },
       ::testing::ExitedWithCode(0), "");
 }
 
-TEST_F(EventCatalogue, BlanksAndTabsAreTrimmedInTheirOrder) {
+TEST_F(EventCatalogue, BlanksAndTabsAreTrimmedInTheDocumentedOrder) {
   const struct {
     const char* given;
     const char* expected;
@@ -208,7 +208,7 @@ TEST_F(EventCatalogue, BlanksAndTabsAreTrimmedInTheirOrder) {
   for (int count = 0; count < 200000; ++count) {
     alternating += " \t";
   }
-  EXPECT_EQ(TvproEventManager::trim(alternating + "x"), "x") << "deep nesting is no recursion";
+  EXPECT_EQ(TvproEventManager::trim(alternating + "x"), "x") << "deep nesting does not recurse";
 }
 
 TEST_F(EventCatalogue, TheShippedCatalogueHasATextForEveryEvent) {

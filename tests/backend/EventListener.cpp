@@ -99,7 +99,7 @@ TEST_F(EventListener, EventsOfInternalPoolsAreDropped) {
       1U);
 }
 
-TEST_F(EventListener, AChangeOfThePolicyEngineIsToldOnce) {
+TEST_F(EventListener, AChangeOfThePolicyEngineIsReportedOnce) {
   const bool running = getTarvexProRoot()->isPolicyEngineRunning();
   ASSERT_TRUE(running) << "a new state starts with a running policy engine";
   TvproEventManager manager(false);
@@ -209,7 +209,7 @@ TEST_F(EventListener, TheThreadEndsAfterItsSleepAndNeverStartsAgain) {
   EXPECT_TRUE(manager.terminateEventListener()) << "without a thread there is nothing to wait for";
 }
 
-TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsWell) {
+TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsNormally) {
   const pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {

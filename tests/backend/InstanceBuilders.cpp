@@ -13,7 +13,7 @@ using namespace cim::fwf;
 
 using Strings = std::vector<std::string>;
 
-/** "name:type" of each property, with a "!" before those that name the instance. */
+/** "name:type" of each property, with a "!" before the keys. */
 Strings shapeOf(const CIMInstance& instance) {
   Strings shape;
   for (const CIMProperty& property : instance.properties()) {
@@ -48,7 +48,7 @@ protected:
 
 TEST_F(InstanceBuilders, DrivesPoolsAndVolumesHaveTheirPropertiesInOrder) {
   const unsigned int hdd = makePool("Slow", TVK_DEVICE_HDD);
-  ASSERT_EQ(call("CreateVirtualVolume", volumeArguments("Data", TVK_VOLUME_TIERED, {hdd}, {GIBIBYTE})), 0U);
+  ASSERT_EQ(call("CreateVirtualVolume", volumeArguments("Data", TVK_VOLUME_TIERED, {hdd}, {GIB})), 0U);
   refreshTarvexProObjects();
   tvpCIMInstanceWrapper drive;
   tvpCIMInstanceWrapper pool;
@@ -69,7 +69,7 @@ TEST_F(InstanceBuilders, DrivesPoolsAndVolumesHaveTheirPropertiesInOrder) {
           "CapacityInSectors:24", "UsedCapacityInSectors:24"}));
   EXPECT_EQ(
       valuesOf<unsigned long long>(pool.instance(), "UsedCapacityInSectors"),
-      std::vector<unsigned long long>{GIBIBYTE});
+      std::vector<unsigned long long>{GIB});
   EXPECT_EQ(build(TarvexProVirtualVolume::InsertVirtualVolumeInfo, volume), 0U);
   EXPECT_EQ(
       shapeOf(volume.instance()),
@@ -165,7 +165,7 @@ TEST_F(InstanceBuilders, WithoutAnAdapterThereIsNoIdentity) {
       log.has(LogCapture::message(4, "InsertFeatureIdentityInfo() - !!ERROR!! - TvkAdapter object is NULL")));
 }
 
-TEST_F(InstanceBuilders, DefaultNamesAreFree) {
+TEST_F(InstanceBuilders, DefaultNamesAreNotInUse) {
   EXPECT_EQ(TvkUtil::buildDeviceName(nullptr, TVK_NAME_VOLUME), "Volume0");
   std::vector<unsigned int> identifiers;
   for (const char* name : {"Other", "Another"}) {

@@ -46,7 +46,7 @@ const std::vector<RoutineCase>& routines() {
   return cases;
 }
 
-/** Null strings of the given names: right in number and name, wrong in everything else. */
+/** Null strings with the given names: right in number and name, wrong in everything else. */
 CIMMethodParam named(const Strings& names) {
   CIMMethodParam list;
   for (const std::string& name : names) {
@@ -159,7 +159,7 @@ TEST_F(MethodRoutines, RandomArgumentsNeverCrash) {
   }
 }
 
-TEST_F(MethodRoutines, PoolsAreMadeChangedAndRemoved) {
+TEST_F(MethodRoutines, PoolsAreCreatedChangedAndDeleted) {
   const unsigned char first = addDrive(TVK_DEVICE_HDD);
   const unsigned char second = addDrive(TVK_DEVICE_HDD);
   EXPECT_EQ(call("CreateVirtualPool", poolArguments("Archive", {first, second}, TVK_TIER_HDD)), 0U);
@@ -208,13 +208,11 @@ TEST_F(MethodRoutines, PoolsAreMadeChangedAndRemoved) {
   EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_NO_SUCH_POOL));
 }
 
-TEST_F(MethodRoutines, VolumesAreMadeChangedMeasuredAndRemoved) {
+TEST_F(MethodRoutines, VolumesAreCreatedChangedMeasuredAndDeleted) {
   const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
   const unsigned int hdd = makePool("Slow", TVK_DEVICE_HDD);
   EXPECT_EQ(
-      call(
-          "CreateVirtualVolume",
-          volumeArguments("Data", TVK_VOLUME_TIERED, {ssd, hdd}, {GIBIBYTE, 2 * GIBIBYTE})),
+      call("CreateVirtualVolume", volumeArguments("Data", TVK_VOLUME_TIERED, {ssd, hdd}, {GIB, 2 * GIB})),
       0U);
   ASSERT_EQ(answered("RetStat"), 0U);
   EXPECT_TRUE(log.has(LogCapture::message(4, " tvpCreateVirtualVolume() returned Ret.getReturn() = 0")));
@@ -237,7 +235,7 @@ TEST_F(MethodRoutines, VolumesAreMadeChangedMeasuredAndRemoved) {
                       "SeqIO_CountRanIO_CountSSD_RIO_CountSSD_WIO_CountVD_ChunkSizeVD_TotalChunksVD_Feature");
   EXPECT_EQ(
       out.getArgumentByName("VD_TotalChunks")->uint64Slot().m_values,
-      std::vector<unsigned long long>{3 * GIBIBYTE / MEBIBYTE});
+      std::vector<unsigned long long>{3 * GIB / MIB});
   EXPECT_EQ(answered("VD_Feature"), 2U);
   EXPECT_EQ(call("ResetVirtualVolumeStats", identifier("VirtualVolumeId", volume)), 0U);
   EXPECT_EQ(out.toString(), "ReturnCode");
@@ -259,15 +257,14 @@ TEST_F(MethodRoutines, VolumesAreMadeChangedMeasuredAndRemoved) {
       4, " TvpIfFlushVirtualVolume() returned Ret.getReturn() = " + std::to_string(TVK_NOT_CACHED))));
   EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volume)), 0U);
   for (const unsigned int pool : {ssd, hdd}) {
-    EXPECT_EQ(
-        call("CreateVirtualVolume", volumeArguments("Alone", TVK_VOLUME_TIERED, {pool}, {GIBIBYTE})), 0U);
+    EXPECT_EQ(call("CreateVirtualVolume", volumeArguments("Alone", TVK_VOLUME_TIERED, {pool}, {GIB})), 0U);
     EXPECT_EQ(answered("RetStat"), 0U) << "one pool is enough";
     EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volumeId("Alone"))), 0U);
   }
   EXPECT_TRUE(volumes().empty());
 }
 
-TEST_F(MethodRoutines, CachedVolumesComeAndGoWithTheirInternalPool) {
+TEST_F(MethodRoutines, CachedVolumesCreateAndDeleteTheirInternalPool) {
   const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
   const unsigned char drive = addDrive(TVK_DEVICE_HDD);
   log.clear();
@@ -308,7 +305,7 @@ TEST_F(MethodRoutines, CachedVolumesComeAndGoWithTheirInternalPool) {
   EXPECT_EQ(pools(), Strings{"Fast"});
 }
 
-TEST_F(MethodRoutines, MembersOfWhatDoesNotExistAreNone) {
+TEST_F(MethodRoutines, PoolsAndVolumesThatDoNotExistHaveNoMembers) {
   const struct {
     const char* method;
     const char* argument;

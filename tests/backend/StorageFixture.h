@@ -7,25 +7,20 @@
 #include "backend/TarvexProInterface.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
+#include "support/Storage.h"
+#include "support/TemporaryDirectory.h"
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
-#include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/Faults.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/Faults.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tvp::test {
-
-constexpr unsigned long long MEBIBYTE = 2048;  // in sectors
-constexpr unsigned long long GIBIBYTE = 1024 * MEBIBYTE;
 
 /** The arguments of a routine, in order. */
 template <typename... Properties>
@@ -38,25 +33,12 @@ cim::fwf::CIMMethodParam arguments(Properties... properties) {
 /** The storage library on a state of its own, reached through the gateway, with the log captured. */
 class StorageTest : public ::testing::Test {
 protected:
-  StorageTest() {
-    ::setenv("VOLTVK_STATE", m_state.file("state.db").c_str(), 1);
-    gateway().initialize(false);
-  }
-  ~StorageTest() override { ::unsetenv("VOLTVK_STATE"); }
+  StorageTest() : m_storage(m_directory) { gateway().initialize(false); }
 
   static cim::fwf::TVPInterface& gateway() { return *cim::fwf::TVPInterface::getInstance(); }
 
   /** Adds a virtual drive of 20 GiB. @return its number */
-  static unsigned char addDrive(TvkDeviceType type) {
-    voltvk::VirtualDriveSpec drive;
-    drive.type = type;
-    drive.sectors = 20 * GIBIBYTE;
-    std::uint16_t number = 0;
-    voltvk::State::forProcess()->change([&](voltvk::Connection& connection) {
-      number = voltvk::DriveRegistry(connection).addVirtual(drive);
-    });
-    return static_cast<unsigned char>(number);
-  }
+  static unsigned char addDrive(TvkDeviceType type) { return Storage::addDrive(type, 20 * GIB); }
 
   /** Runs a routine on a path in the namespace "root/test"; its output is in out. */
   unsigned int call(const char* routine, const cim::fwf::CIMMethodParam& in) {
@@ -65,7 +47,7 @@ protected:
         cim::fwf::CIMObjectPath("", "root/test", "TVP_TierService", {}), routine, in, out);
   }
 
-  /** A uint32 of the output; fails the test when it is not there. */
+  /** A uint32 of the output; the test fails if there is none. */
   unsigned int answered(const char* name) const {
     const auto values = cim::fwf::elementsOf<unsigned int>(out.getArgumentByName(name));
     if (values.size() != 1) {
@@ -83,8 +65,8 @@ protected:
         cim::fwf::makeProperty<unsigned char>(
             "NumberOfLogicalDevice", static_cast<unsigned char>(drives.size())),
         cim::fwf::makeProperty("LDDeviceNumbers", drives),
-        cim::fwf::makeProperty<unsigned long long>("CapacityInSectors", 10 * GIBIBYTE),
-        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
+        cim::fwf::makeProperty<unsigned long long>("CapacityInSectors", 10 * GIB),
+        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MIB),
         cim::fwf::makeProperty<unsigned char>("TierLevel", tierLevel));
   }
 
@@ -108,14 +90,14 @@ protected:
         cim::fwf::makeProperty<std::string>("Description", "cached"),
         cim::fwf::makeProperty<unsigned char>("VolumeType", TVK_VOLUME_CACHED),
         cim::fwf::makeProperty<unsigned int>("SSDPoolId", ssdPool),
-        cim::fwf::makeProperty<unsigned long long>("reqCapacityFromSSDPool", GIBIBYTE),
+        cim::fwf::makeProperty<unsigned long long>("reqCapacityFromSSDPool", GIB),
         cim::fwf::makeProperty("LDDeviceNumber", drives),
-        cim::fwf::makeProperty<unsigned long long>("LDCapacityInSectors", 4 * GIBIBYTE),
-        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MEBIBYTE),
+        cim::fwf::makeProperty<unsigned long long>("LDCapacityInSectors", 4 * GIB),
+        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MIB),
         cim::fwf::makeProperty<unsigned int>("KnobSetting", 2));
   }
 
-  /** Makes a pool of one drive. @return its identifier */
+  /** Creates a pool on one new drive. @return its identifier */
   unsigned int makePool(const std::string& name, TvkDeviceType type) {
     const unsigned char tierLevel = type == TVK_DEVICE_HDD ? TVK_TIER_HDD : TVK_TIER_SSD;
     EXPECT_EQ(call("CreateVirtualPool", poolArguments(name, {addDrive(type)}, tierLevel)), 0U);
@@ -152,7 +134,8 @@ protected:
   cim::fwf::CIMMethodParam out;
 
 private:
-  TemporaryFolder m_state;
+  TemporaryDirectory m_directory;
+  Storage m_storage;
 };
 
 }  // namespace tvp::test

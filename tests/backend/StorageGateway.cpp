@@ -38,9 +38,9 @@ TEST_F(StorageTest, RoutinesAreListedInAscendingOrderAndUnknownOnesAreNotCalled)
   EXPECT_EQ(listed.back(), "getRoutineList") << "in the order of bytes";
 }
 
-TEST_F(StorageTest, AMissingDriverIsToldOnceForEachReason) {
-  TemporaryFolder folder;
-  const std::string state = folder.write("state.db", "this is no database at all");
+TEST_F(StorageTest, AMissingDriverIsLoggedOnceForEachReason) {
+  TemporaryDirectory directory;
+  const std::string state = directory.write("state.db", "this is not a database at all");
   gateway().terminate();
   EXPECT_EQ(gateway().getTarvexProLib(), nullptr);
   EXPECT_EQ(gateway().GetConfig(), 0U);
@@ -79,22 +79,22 @@ TEST_F(StorageTest, AReasonThatComesBackIsReportedAgain) {
   EXPECT_EQ(reported(), 2U);
 }
 
-TEST_F(StorageTest, AFailingRefreshIsNoFailure) {
+TEST_F(StorageTest, AFailingRefreshDoesNotFailTheRequest) {
   voltvk::Faults().fail("refreshConfiguration");
   EXPECT_EQ(gateway().initialize(false), 0U);
   voltvk::Faults().throwFrom("refreshConfiguration");
   EXPECT_EQ(gateway().GetConfig(), 0U);
 }
 
-TEST(StorageGateway, ThreadsThatComeFirstTogetherGetTheSameObjects) {
-  TemporaryFolder folder;
-  ::setenv("VOLTVK_STATE", folder.file("state.db").c_str(), 1);
+TEST(StorageGateway, ConcurrentFirstUsersGetTheSameObjects) {
+  TemporaryDirectory directory;
+  ::setenv("VOLTVK_STATE", directory.file("state.db").c_str(), 1);
   constexpr int THREADS = 8;
   std::vector<std::thread> threads;
   std::vector<TVPInterface*> gateways(THREADS);
   std::vector<TvkLib*> libraries(THREADS);
   std::vector<TvproEventManager*> managers(THREADS);
-  std::atomic<int> waiting{THREADS};  // all start at once, so that they meet inside the creation
+  std::atomic<int> waiting{THREADS};  // all start at once, so that they meet during the creation
   for (std::size_t index = 0; index < THREADS; ++index) {
     threads.emplace_back([&, index] {
       for (--waiting; waiting.load() > 0;) {
@@ -124,12 +124,12 @@ __attribute__((constructor(101))) void askBeforeStaticConstruction() {
   withoutManagerMutex = TvproEventManager::getInstance();
 }
 
-TEST(StorageGateway, NothingIsMadeWithoutItsLock) {
+TEST(StorageGateway, NothingIsCreatedWithoutItsLock) {
   EXPECT_EQ(withoutGatewayMutex, nullptr);
   EXPECT_EQ(withoutManagerMutex, nullptr);
 }
 
-TEST(StorageGateway, AFailedConstructionIsTriedAgain) {
+TEST(StorageGateway, AFailedConstructionIsRetried) {
   {
     const ShortMemory shortage;
     EXPECT_EQ(TVPInterface::getInstance(), nullptr);

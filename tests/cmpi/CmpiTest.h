@@ -12,10 +12,10 @@
 #include "support/AssociationFixtures.h"
 #include "support/LogCapture.h"
 #include "support/Threads.h"
+#include "support/Storage.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -109,13 +109,12 @@ inline bool isRelease(const std::string& call) {
 class RunningProviderTest : public testing::Test {
 protected:
   explicit RunningProviderTest(std::shared_ptr<const host::Schema> schema = testSchema())
-      : m_broker(std::move(schema)) {
+      : m_storage(m_log.root()), m_broker(std::move(schema)) {
     m_log.root().write(
         "etc/passwd", "root:x:0:0:root:/root:/bin/bash\n"
                       "operator:x:11:0:operator:/root:/bin/sh\n"
                       "rootuid:x:0:100::/:/bin/sh\n"
                       "short:x:0\n");
-    ::setenv("VOLTVK_STATE", m_log.root().file("state.db").c_str(), 1);
     m_provider.emplace(m_broker, factories());
   }
   ~RunningProviderTest() override {
@@ -139,6 +138,7 @@ protected:
   }
 
   LogCapture m_log;
+  Storage m_storage;
   host::Broker m_broker;
   std::optional<host::Provider> m_provider;
 };

@@ -2,8 +2,8 @@
 // The whole road of events: from the storage library's record over the real listener to the broker.
 #include "CmpiTest.h"
 #include "cmpi/CMPIAdapter.h"
-#include "voltvk/engine/activity/EventJournal.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/EventJournal.h"
 
 #include <condition_variable>
 #include <filesystem>

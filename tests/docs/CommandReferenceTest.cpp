@@ -81,11 +81,11 @@ std::string completionsOfZsh(const Reference& reference, const std::vector<std::
   for (const std::string& word : words) {
     line += " " + word;
   }
-  const TemporaryFolder folder;
+  const TemporaryDirectory directory;
   std::filesystem::copy_file(
       std::string(reference.completions) + "/" + reference.name + ".zsh",
-      folder.path() / (std::string("_") + reference.name));
-  const std::string script = folder.write("list.zsh", R"(zmodload zsh/zpty
+      directory.path() / (std::string("_") + reference.name));
+  const std::string script = directory.write("list.zsh", R"(zmodload zsh/zpty
 zpty terminal zsh -f -i
 zpty -w terminal "TERM=dumb; PS1=; PS2=; RPS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -d $1/dump"
 zpty -w terminal "bindkey ^I list-choices; bindkey ^X accept-line; LISTMAX=9999; print -r -- READ''Y"
@@ -96,7 +96,7 @@ zpty -r -m terminal text '*DONE*'
 print -r -- $text
 )");
   return Command({"/bin/sh", "-c", "if command -v zsh >/dev/null; then zsh -f \"$@\"; else echo no zsh; fi",
-                  "sh", script, folder.path().string(), line})
+                  "sh", script, directory.path().string(), line})
       .run()
       .out;
 }
@@ -184,7 +184,7 @@ TEST(CommandCompletions, EveryOperationIsInTheHelpAndTheCompletions) {
 #define TVK_OPERATION(name)                                                                                  \
   EXPECT_TRUE(hasWord(help, #name)) << #name;                                                                \
   EXPECT_TRUE(hasWord(offered, #name)) << #name;
-#include "voltvk/engine/state/Operations.def"
+#include "voltvk/engine/contract/Operations.def"
 }
 
 TEST(CommandCompletions, ValuesOfOptionsAndClassesAreCompleted) {

@@ -38,13 +38,14 @@ void replaceAll(std::string& text, const std::string& from, const std::string& t
 class Reader {
 public:
   Reader() {
-    fs::create_directories(m_folder.path() / "playground");
-    fs::create_directories(m_folder.path() / "root/var/log");
-    m_folder.write("root/usr/VolMan/TVPEvents.properties", readFile(SOURCES / "share/TVPEvents.properties"));
+    fs::create_directories(m_directory.path() / "playground");
+    fs::create_directories(m_directory.path() / "root/var/log");
+    m_directory.write(
+        "root/usr/VolMan/TVPEvents.properties", readFile(SOURCES / "share/TVPEvents.properties"));
   }
 
   std::vector<std::string> outputsOf(const Page& page) const {
-    std::string script = "exec 2>&1\ncd '" + m_folder.file("playground") +
+    std::string script = "exec 2>&1\ncd '" + m_directory.file("playground") +
                          "'\nend() { local status=$?; printf '" + END_MARK.substr(0, END_MARK.size() - 1) +
                          "\\n'; return $status; }\n";
     for (const PageCommand& command : page.commands()) {
@@ -52,11 +53,11 @@ public:
     }
     const char* search = std::getenv("PATH");
     const CommandResult result =
-        Command({"/bin/bash", m_folder.write("page.sh", script)})
+        Command({"/bin/bash", m_directory.write("page.sh", script)})
             .with("PATH", TVP_BINARY_DIR "/bin:" + std::string(search == nullptr ? "/usr/bin:/bin" : search))
             .with("VOLTVK_HOST_ROOT", (SOURCES / "tests/docs/machine").string())
-            .with("VOLTVK_STATE", m_folder.file("playground/state.db"))
-            .with("TVP_TEST_ROOT", m_folder.file("root"))
+            .with("VOLTVK_STATE", m_directory.file("playground/state.db"))
+            .with("TVP_TEST_ROOT", m_directory.file("root"))
             .with("TZ", "UTC")
             .with("LC_ALL", "C.UTF-8")
             .with("COLUMNS", "100")
@@ -69,14 +70,14 @@ private:
   /** The places that pages name, as they are here. */
   std::string here(std::string text) const {
     replaceAll(text, "build/release/", TVP_BINARY_DIR "/");
-    replaceAll(text, "/tmp/playground", m_folder.file("playground"));
-    replaceAll(text, "/var/log/", m_folder.file("root/var/log/"));
-    replaceAll(text, "/usr/VolMan/", m_folder.file("root/usr/VolMan/"));
+    replaceAll(text, "/tmp/playground", m_directory.file("playground"));
+    replaceAll(text, "/var/log/", m_directory.file("root/var/log/"));
+    replaceAll(text, "/usr/VolMan/", m_directory.file("root/usr/VolMan/"));
     return text;
   }
   std::string asOnThePage(std::string text) const {
-    replaceAll(text, m_folder.file("playground"), "/tmp/playground");
-    replaceAll(text, m_folder.file("root"), "");
+    replaceAll(text, m_directory.file("playground"), "/tmp/playground");
+    replaceAll(text, m_directory.file("root"), "");
     return text;
   }
   static std::vector<std::string> split(const std::string& text) {
@@ -89,7 +90,7 @@ private:
     return outputs;
   }
 
-  TemporaryFolder m_folder;
+  TemporaryDirectory m_directory;
 };
 
 class PagesTest : public testing::TestWithParam<std::string> {};

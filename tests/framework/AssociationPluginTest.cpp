@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The association operations, answered from the instances of an association class that only tests have.
+// The association operations, on an association class that only tests have.
 #include "CIM/Framework/FrameworkFacade.h"
 #include "support/AssociationFixtures.h"
 
@@ -33,7 +33,7 @@ std::string shortName(const CIMObjectPath& path) {
 
 }  // namespace
 
-TEST_F(AssociationPlugin, findsTheFarEndsThatPassTheFilters) {
+TEST_F(AssociationPlugin, FindsTheFarEndsThatPassTheFilters) {
   struct Case {
     CIMObjectPath source;
     std::string resultClass;
@@ -79,7 +79,7 @@ TEST_F(AssociationPlugin, findsTheFarEndsThatPassTheFilters) {
   }
 }
 
-TEST_F(AssociationPlugin, givesTheWantedPropertiesOfAFarEnd) {
+TEST_F(AssociationPlugin, ReturnsTheRequestedPropertiesOfAFarEnd) {
   CIMObjectPath disk = fixturePath("TEST_Disk", "2");
   std::string association = "TEST_Contains";
   std::string any;
@@ -95,7 +95,7 @@ TEST_F(AssociationPlugin, givesTheWantedPropertiesOfAFarEnd) {
   }
 }
 
-TEST_F(AssociationPlugin, findsTheAssociationsOfAnEnd) {
+TEST_F(AssociationPlugin, FindsTheAssociationsOfAnEnd) {
   struct Case {
     CIMObjectPath source;
     const char* resultClass;
@@ -125,7 +125,7 @@ TEST_F(AssociationPlugin, findsTheAssociationsOfAnEnd) {
   }
 }
 
-TEST_F(AssociationPlugin, givesAFarEndOnce) {
+TEST_F(AssociationPlugin, ReturnsAFarEndOnce) {
   /** The same two ends are linked twice, and one end to itself. */
   class Doubled : public tvp::test::FixtureAssociationPlugin {
   public:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The road of a request and of an indication through the facade. Every case has the facade of its process to
-// itself.
+// The path of a request and of an indication through the facade. Every case needs a facade of its own, and so
+// a process of its own.
 #include "CIM/Framework/FrameworkFacade.h"
 
 #include "CIM/Framework/CIMException.h"
@@ -27,7 +27,7 @@ using tvp::test::RecordingPlugin;
 
 namespace {
 
-/** What the operations are called with. */
+/** The arguments of the operations. */
 struct Request {
   CIMObjectPath path;
   std::string assocClass;
@@ -88,7 +88,7 @@ std::string exiting(const FacadeCase& operation) {
 
 }  // namespace
 
-TEST(FrameworkFacade, handsEveryOperationToThePluginOfTheClass) {
+TEST(FrameworkFacade, PassesEveryOperationToThePluginOfTheClass) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   ASSERT_TRUE(facade->initialize());
   auto* plugin = dynamic_cast<RecordingPlugin*>(facade->getPlugIn("TVP_VIRTUALVOLUME"));
@@ -107,7 +107,7 @@ TEST(FrameworkFacade, handsEveryOperationToThePluginOfTheClass) {
   }
 }
 
-TEST(FrameworkFacade, logsAndPassesOnWhatAPluginThrows) {
+TEST(FrameworkFacade, LogsAndRethrowsWhatAPluginThrows) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   facade->initialize();
   dynamic_cast<RecordingPlugin*>(facade->getPlugIn("TVP_VirtualVolume"))->fails = true;
@@ -127,7 +127,7 @@ TEST(FrameworkFacade, logsAndPassesOnWhatAPluginThrows) {
   }
 }
 
-TEST(FrameworkFacade, answersAClassWithoutAPluginWithNothing) {
+TEST(FrameworkFacade, ReturnsNothingForAClassWithoutAPlugin) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   facade->initialize();
   LogCapture log;
@@ -144,7 +144,7 @@ TEST(FrameworkFacade, answersAClassWithoutAPluginWithNothing) {
   }
 }
 
-TEST(FrameworkFacade, answersAssociationsOfAnInstancePluginWithNothing) {
+TEST(FrameworkFacade, ReturnsNoAssociationsOfAnInstancePlugin) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   facade->initialize();
   tvp::test::registerAssociationFixtures();
@@ -163,7 +163,7 @@ TEST(FrameworkFacade, answersAssociationsOfAnInstancePluginWithNothing) {
   EXPECT_EQ("TEST_Shelf TEST_Disk", antecedent + " " + dependent);
 }
 
-TEST(FrameworkFacade, saysWhatIsAskedOfAssociators) {
+TEST(FrameworkFacade, LogsWhatAssociatorsAreAskedFor) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   LogCapture log;
   CIMObjectPath path = tvp::test::fixturePath("TEST_Shelf", "A");
@@ -186,7 +186,7 @@ TEST(FrameworkFacade, saysWhatIsAskedOfAssociators) {
           LogCapture::message(5, "######################################################################")));
 }
 
-TEST(FrameworkFacade, failsWithoutARegistry) {
+TEST(FrameworkFacade, FailsWithoutARegistry) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   LogCapture log;
   const tvp::test::ShortMemory shortage;
@@ -215,7 +215,7 @@ TEST(FrameworkFacade, failsWithoutARegistry) {
   EXPECT_EQ(LogCapture::trace("Exiting FrameworkFacade initialize()"), log.lines().back());
 }
 
-TEST(FrameworkFacade, looksPluginsUpByTheLoweredName) {
+TEST(FrameworkFacade, LooksPluginsUpByTheLoweredName) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   facade->initialize();
   LogCapture log;
@@ -237,14 +237,14 @@ __attribute__((constructor(101))) void askBeforeStaticConstruction() {
 
 }  // namespace
 
-TEST(FrameworkFacade, isNotMadeWithoutItsLock) {
+TEST(FrameworkFacade, IsNotCreatedWithoutItsLock) {
   EXPECT_EQ(nullptr, withoutFacadeMutex);
   EXPECT_EQ(nullptr, withoutRegistryMutex);
   EXPECT_NE(nullptr, FrameworkFacade::getInstance());
   EXPECT_NE(nullptr, PluginsManager::getInstance());
 }
 
-TEST(FrameworkFacade, leavesItsLockWithAThreadThatFindsItMeanwhile) {
+TEST(FrameworkFacade, LeavesItsLockToAThreadThatFindsItMeanwhile) {
   LogCapture log;
   FrameworkFacade* found = nullptr;
   std::thread second;
@@ -268,7 +268,7 @@ TEST(FrameworkFacade, leavesItsLockWithAThreadThatFindsItMeanwhile) {
   EXPECT_TRUE(log.has(LogCapture::message(2, "~FrameworkFacade :: Failed to delete mutex object.")));
 }
 
-TEST(FrameworkFacade, livesFromFirstUseToTearDown) {
+TEST(FrameworkFacade, LivesFromFirstUseToTearDown) {
   LogCapture log;
   {
     const tvp::test::ShortMemory shortage;
@@ -317,7 +317,7 @@ bool deliver(CIMInstance& indication) {
 
 }  // namespace
 
-TEST(FrameworkFacade, deliversIndicationsOnlyToSubscribers) {
+TEST(FrameworkFacade, DeliversIndicationsOnlyToSubscribers) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   const CIMInstance indication("TVP_CIMIndication");
   LogCapture log;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which plugin serves a class, and who deletes it. Every case has the registry of its process to itself.
+// Which plugin serves a class, and who deletes it. Every case needs a registry of its own, and so a process
+// of its own.
 #include "CIM/Framework/PluginsManager.h"
 
 #include "RecordingPlugin.h"
@@ -14,7 +15,7 @@ using testing::ElementsAre;
 using tvp::test::LogCapture;
 using tvp::test::RecordingPlugin;
 
-TEST(PluginsManager, findsAPluginWhateverTheCaseOfTheClassName) {
+TEST(PluginsManager, FindsAPluginWhateverTheCaseOfTheClassName) {
   PluginsManager* registry = PluginsManager::getInstance();
   ASSERT_TRUE(registry->initialize(false));
   AbstractProviderPlugin* plugin = registry->getPlugin("TVP_VirtualVolume");
@@ -30,7 +31,7 @@ TEST(PluginsManager, findsAPluginWhateverTheCaseOfTheClassName) {
                        LogCapture::message(2, "Plugin not initialized for CIM_ComputerSystem.")));
 }
 
-TEST(PluginsManager, showsEveryNamespaceItsClasses) {
+TEST(PluginsManager, ListsTheClassesOfEveryNamespace) {
   PluginsManager* registry = PluginsManager::getInstance();
   registry->initialize(false);
   registry->registerPlugin("test_unlisted", new RecordingPlugin());
@@ -45,7 +46,7 @@ TEST(PluginsManager, showsEveryNamespaceItsClasses) {
   }
 }
 
-TEST(PluginsManager, replacesPluginsWithoutDeletingThem) {
+TEST(PluginsManager, ReplacesPluginsWithoutDeletingThem) {
   PluginsManager* registry = PluginsManager::getInstance();
   registry->initialize(false);
   std::vector<AbstractProviderPlugin*> earlier;
@@ -60,7 +61,7 @@ TEST(PluginsManager, replacesPluginsWithoutDeletingThem) {
   }
 }
 
-TEST(PluginsManager, livesFromFirstUseToTearDown) {
+TEST(PluginsManager, LivesFromFirstUseToTearDown) {
   LogCapture log;
   PluginsManager* registry = PluginsManager::getInstance();
   EXPECT_THAT(
@@ -91,7 +92,7 @@ TEST(PluginsManager, livesFromFirstUseToTearDown) {
                        LogCapture::trace("Exiting PluginsManager::~PluginsManager()")));
 }
 
-TEST(PluginsManager, comesIntoBeingWhenMemoryIsThereAgain) {
+TEST(PluginsManager, IsCreatedAsSoonAsThereIsMemory) {
   LogCapture log;
   {
     const tvp::test::ShortMemory shortage;

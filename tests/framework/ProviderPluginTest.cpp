@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a plugin does that overrides nothing, and how instances are composed from the hooks.
+// What a plugin does that implements nothing, and how instances are composed from its hooks.
 #include "CIM/Framework/AbstractCachedInstanceProviderPlugin.h"
 #include "CIM/Framework/AbstractMethodProviderPlugin.h"
 #include "CIM/Framework/CIMException.h"
@@ -20,7 +20,7 @@ using tvp::test::textProperty;
 
 namespace {
 
-/** Serves as many objects as asked; fails in a hook with what it is given. */
+/** Serves the given number of objects; throws the given exception from a hook. */
 class HookPlugin : public AbstractInstanceProviderPlugin {
 public:
   int objects = 1;
@@ -44,7 +44,7 @@ public:
   }
 };
 
-/** A class with instances and a method, as the pools and volumes are. */
+/** A class with instances and a method, like those of pools and volumes. */
 class MethodPlugin : public HookPlugin, public virtual AbstractMethodProviderPlugin {
 public:
   unsigned int invokeMethod(
@@ -113,7 +113,7 @@ void expectRefusal(AbstractProviderPlugin& plugin, const OperationCase& operatio
 
 }  // namespace
 
-TEST(ProviderPlugin, refusesWhatAClassDoesNotOverride) {
+TEST(ProviderPlugin, RefusesOperationsThatItsClassDoesNotImplement) {
   HookPlugin plain;
   CachedPlugin cached;
   for (const OperationCase& operation : refusedOperations()) {
@@ -125,7 +125,7 @@ TEST(ProviderPlugin, refusesWhatAClassDoesNotOverride) {
   }
 }
 
-TEST(ProviderPlugin, answersMethodsByReturnCode) {
+TEST(ProviderPlugin, ReportsMethodsByReturnCode) {
   HookPlugin plain;
   CachedPlugin cached;
   MethodPlugin method;
@@ -145,7 +145,7 @@ TEST(ProviderPlugin, answersMethodsByReturnCode) {
       log.lines(), ElementsAre(LogCapture::trace("Inside AbstractMethodProviderPlugin::invokeMethod()")));
 }
 
-TEST(ProviderPlugin, composesInstancesAndNamesFromTheHooks) {
+TEST(ProviderPlugin, ComposesInstancesAndNamesFromTheHooks) {
   const std::vector<std::vector<std::string>> traces = {
       {LogCapture::trace("Entering AbstractInstanceProviderPlugin :: getCIMInstance()"),
        LogCapture::trace("Exiting AbstractInstanceProviderPlugin :: getCIMInstance()")},
@@ -172,7 +172,7 @@ TEST(ProviderPlugin, composesInstancesAndNamesFromTheHooks) {
   }
 }
 
-TEST(ProviderPlugin, answersAnEmptyRepositoryWithNothing) {
+TEST(ProviderPlugin, ReturnsNothingFromAnEmptyRepository) {
   HookPlugin plugin;
   plugin.objects = 0;
   for (const OperationCase& operation : buildingOperations()) {
@@ -189,7 +189,7 @@ TEST(ProviderPlugin, answersAnEmptyRepositoryWithNothing) {
   }
 }
 
-TEST(ProviderPlugin, answersAnObjectWithoutAttributesWithThePathOfTheRequest) {
+TEST(ProviderPlugin, ReturnsThePathOfTheRequestForAnObjectWithoutAttributes) {
   HookPlugin plugin;
   plugin.bare = true;
   Arguments arguments;
@@ -199,7 +199,7 @@ TEST(ProviderPlugin, answersAnObjectWithoutAttributesWithThePathOfTheRequest) {
   EXPECT_EQ(0U, arguments.instances[0].getPropertyCount());
 }
 
-TEST(ProviderPlugin, keepsWhatWasAnsweredBeforeAFailure) {
+TEST(ProviderPlugin, KeepsTheInstancesFoundBeforeAFailure) {
   for (const OperationCase& operation : buildingOperations()) {
     SCOPED_TRACE(operation.name);
     HookPlugin plugin;
@@ -223,7 +223,7 @@ TEST(ProviderPlugin, keepsWhatWasAnsweredBeforeAFailure) {
   }
 }
 
-TEST(ProviderPlugin, tracesTheViewClassOperationsOfTheCachedLayer) {
+TEST(ProviderPlugin, TracesTheViewClassOperationsOfTheCachedLayer) {
   CachedPlugin cached;
   CIMObjectPath path;
   std::vector<CIMProperty> eventKeys;

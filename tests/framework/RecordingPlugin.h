@@ -12,7 +12,7 @@
 
 namespace tvp::test {
 
-/** An association and method plugin that notes which operation was called and fails on demand. */
+/** An association and method plugin that records which operation was called and fails on demand. */
 class RecordingPlugin : public cim::fwf::AbstractAssociationProviderPlugin,
                         public virtual cim::fwf::AbstractMethodProviderPlugin {
   using Path = cim::fwf::CIMObjectPath;

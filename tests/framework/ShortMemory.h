@@ -6,7 +6,7 @@
 
 namespace tvp::test {
 
-/** While one lives, nothing can be allocated with new (std::nothrow), as singletons are. */
+/** During its lifetime, new (std::nothrow) fails, with which singletons are created. */
 class ShortMemory {
 public:
   ShortMemory() { isShort = true; }

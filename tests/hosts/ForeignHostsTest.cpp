@@ -11,7 +11,7 @@ namespace {
 
 using tvp::test::Command;
 using tvp::test::CommandResult;
-using tvp::test::TemporaryFolder;
+using tvp::test::TemporaryDirectory;
 
 struct HostCase {
   const char* name;
@@ -27,8 +27,8 @@ std::ostream& operator<<(std::ostream& stream, const HostCase& host) {
 class ForeignHosts : public testing::TestWithParam<HostCase> {};
 
 TEST_P(ForeignHosts, RunTheWholeLife) {
-  const TemporaryFolder folder;
-  const std::string state = folder.file("state.db");
+  const TemporaryDirectory directory;
+  const std::string state = directory.file("state.db");
   const std::string voltvkctl = TVP_BINARY_DIR "/bin/voltvkctl";
   const CommandResult added =
       Command({voltvkctl, "-o", "json", "drive", "add", "--type", "hdd", "--size", "100GiB"})

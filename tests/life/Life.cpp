@@ -59,11 +59,11 @@ host::UpcallAnswer profiles() {
 
 }  // namespace
 
-Life::Life() : m_logFile(m_folder.write("var/log/TVP.txt", "")) {
-  m_folder.write(CATALOGUE, contentOf(TVP_SOURCE_DIR "/share/TVPEvents.properties"));
+Life::Life() : m_logFile(m_directory.write("var/log/TVP.txt", "")) {
+  m_directory.write(CATALOGUE, contentOf(TVP_SOURCE_DIR "/share/TVPEvents.properties"));
   // Before anything of the provider reads them.
-  ::setenv("TVP_TEST_ROOT", m_folder.path().c_str(), 1);
-  ::setenv("VOLTVK_STATE", m_folder.file("state.db").c_str(), 1);
+  ::setenv("TVP_TEST_ROOT", m_directory.path().c_str(), 1);
+  ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
   ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
   ::setenv("TZ", "UTC", 1);
   m_broker = std::make_unique<host::Broker>(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"));
@@ -98,7 +98,7 @@ host::BrokerHandlers Life::handlers() {
 }
 
 void Life::removeCatalogue() {
-  std::filesystem::remove(m_folder.file(CATALOGUE));
+  std::filesystem::remove(m_directory.file(CATALOGUE));
 }
 
 void Life::start() {
@@ -230,7 +230,7 @@ std::string Life::normalised(const std::string& line, bool& ofListener) const {
 
 std::string Life::withoutPlacesAndTimes(std::string text) const {
   static const std::regex TIME(R"(\d\d/\d\d/\d{4} \d\d:\d\d:\d\d)");
-  replaceAll(text, m_folder.path().string(), "<directory>");
+  replaceAll(text, m_directory.path().string(), "<directory>");
   static const std::string HOST = hostName();
   replaceAll(text, "HostName = \\\\" + HOST + ",", "HostName = \\\\<host>,");
   replaceAll(text, "ObjPath = //" + HOST + "/", "ObjPath = //<host>/");

@@ -4,7 +4,7 @@
 
 #include "host/provider/Provider.h"
 #include "life/AnswerText.h"
-#include "support/TemporaryFolder.h"
+#include "support/TemporaryDirectory.h"
 
 #include <atomic>
 #include <cstdint>
@@ -108,7 +108,7 @@ private:
   bool logHas(const std::string& text) const;
   host::BrokerHandlers handlers();
 
-  TemporaryFolder m_folder;
+  TemporaryDirectory m_directory;
   std::string m_logFile;
   ObjectManager m_objectManager;
   std::unique_ptr<host::Broker> m_broker;

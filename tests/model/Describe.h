@@ -23,7 +23,13 @@ struct SlotFiller {
 
 namespace tvp::test {
 
-using namespace tvp::cim::fwf;
+using cim::fwf::CIMInstance;
+using cim::fwf::CIMMethodParam;
+using cim::fwf::CIMObjectPath;
+using cim::fwf::CIMProperty;
+using cim::fwf::CIMValue;
+using cim::fwf::PDT_STRING;
+using cim::fwf::PDT_UINT32;
 
 // Everything that a value of the model holds, as text: two values are the same when their texts are.
 std::string describe(const CIMProperty& property);

@@ -15,6 +15,7 @@
 
 namespace {
 
+using namespace tvp::cim::fwf;
 using namespace tvp::test;
 using Helpers = CommonFunctions;
 

@@ -11,6 +11,7 @@
 
 namespace {
 
+using namespace tvp::cim::fwf;
 using namespace tvp::test;
 
 Primitive_DataType code(unsigned int number) {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the log writes, when, and what it answers.
+// What the log writes, when, and what its functions return.
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMethodTrace.h"
 #include "oslib/KVSPaths.h"
 #include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
+#include "support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -26,7 +26,7 @@
 namespace {
 
 using tvp::test::LogCapture;
-using tvp::test::TemporaryFolder;
+using tvp::test::TemporaryDirectory;
 
 constexpr std::uintmax_t LARGEST = 10485759;
 const std::string STAMP = R"(\d\d/\d{1,2}/\d{4} \d\d:\d\d:\d\d:\d{1,3})";
@@ -37,7 +37,7 @@ std::string threadColumn() {
   return text;
 }
 
-/** A root of its own for the log, which is initialised by the test. */
+/** A root directory of its own for the log, which the test initialises. */
 class Log : public ::testing::Test {
 protected:
   Log() { kvsSetPathRoot(m_root.path().string()); }
@@ -61,10 +61,10 @@ protected:
     return result;
   }
 
-  TemporaryFolder m_root;
+  TemporaryDirectory m_root;
 };
 
-TEST_F(Log, LinesOfTraceAndMessageHaveTheirOwnShapes) {
+TEST_F(Log, TracesAndMessagesHaveTheirOwnLineFormats) {
   struct Case {
     const char* module;
     const char* dashes;
@@ -101,7 +101,7 @@ TEST_F(Log, EveryLevelHasItsTag) {
   }
 }
 
-TEST_F(Log, IsSwitchedByTheFileAndNeverCreatesIt) {
+TEST_F(Log, IsSwitchedOnByTheFileAndNeverCreatesIt) {
   EXPECT_EQ(KvsTrace("before initialisation"), 1);
   std::filesystem::create_directories(m_root.file("var/log"));
   ASSERT_EQ(KvsLogInit("TVP"), 0);
@@ -119,7 +119,7 @@ TEST_F(Log, IsSwitchedByTheFileAndNeverCreatesIt) {
   EXPECT_FALSE(exists());
 }
 
-TEST_F(Log, StopsBehindTenMebibytesAndRestartsWhenEmptied) {
+TEST_F(Log, StopsAtTenMebibytesAndRestartsWhenEmptied) {
   create();
   ASSERT_EQ(KvsLogInit("TVP"), 0);
   for (const auto& write :
@@ -194,7 +194,7 @@ TEST_F(Log, LinesOfThreadsDoNotMix) {
   }
 }
 
-/** Ends this process with 0 when another thread gets (or, as expected, does not get) through the log. */
+/** Ends this process with 0 when another thread can (or, as expected, cannot) write to the log. */
 [[noreturn]] void exitByLock(bool expectedHeld, int result) {
   std::promise<void> through;
   std::future<void> done = through.get_future();
@@ -207,7 +207,7 @@ TEST_F(Log, LinesOfThreadsDoNotMix) {
   _exit(result == 1 && held == expectedHeld ? 0 : 1);
 }
 
-TEST_F(Log, GoesInTheMiddleOfLinesWithoutLeavingALock) {
+TEST_F(Log, EndsInTheMiddleOfLinesWithoutLeavingALock) {
   ASSERT_EQ(KvsLogInit("TVP"), 0);
   std::atomic<bool> stop{false};
   std::vector<std::future<void>> writers;
@@ -230,7 +230,7 @@ TEST_F(Log, GoesInTheMiddleOfLinesWithoutLeavingALock) {
   }
 }
 
-// A directory in the log's place exists but cannot be opened, for root neither.
+// A directory in place of the log file exists but cannot be opened, not even by root.
 TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
   std::filesystem::create_directories(path());
   EXPECT_EXIT(
@@ -242,7 +242,7 @@ TEST_F(Log, FailedOpenKeepsTheLockAfterAMessageButNotAfterATrace) {
         KvsLogInit("TVP");
         const int result = KvsLogMsg(KVS_LOG_DEBUG, "text");
         std::filesystem::remove(path());
-        KvsTrace("from the holder, which sees that there is no log any more");
+        KvsTrace("from the holder, which sees that the log is gone");
         exitByLock(true, result);
       },
       ::testing::ExitedWithCode(0), "");

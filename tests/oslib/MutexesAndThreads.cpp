@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Mutexes that the whole provider is guarded by, and the listener's thread.
+// The mutexes that guard the provider, and the functions behind the listener's thread.
 #include "oslib/KVSMutex.h"
 #include "oslib/KVSMutexGuard.h"
 #include "oslib/KVSThread.h"
@@ -13,7 +13,7 @@
 
 #include <pthread.h>
 
-/** These tests misuse mutexes to see it refused: the thread sanitizer need not say so too. */
+/** These tests misuse mutexes on purpose, which the thread sanitizer must not report. */
 extern "C" __attribute__((visibility("default"))) const char* __tsan_default_options() {
   return "report_mutex_bugs=0";
 }
@@ -27,12 +27,12 @@ class Mutex : public ::testing::Test {
 protected:
   ~Mutex() override { KvsMutexDelete(&m_mutex); }
 
-  /** What unlocking answers in a thread that does not hold the mutex. */
+  /** What unlocking returns in a thread that does not hold the mutex. */
   int unlockElsewhere() const {
     return std::async(std::launch::async, [this] { return KvsMutexUnlock(m_mutex); }).get();
   }
 
-  /** Starts a thread that takes and gives back the mutex. */
+  /** Starts a thread that locks and unlocks the mutex. */
   std::future<void> takeElsewhere() const {
     return std::async(std::launch::async, [this] {
       KvsMutexLock(m_mutex);
@@ -109,7 +109,7 @@ void* observe(void* argument) {
   return nullptr;
 }
 
-TEST(Thread, RunsWithItsArgumentAndStackUntilWaitedFor) {
+TEST(Thread, RunsWithItsArgumentAndStackUntilItIsJoined) {
   Observed observed;
   const KvsThreadHandle thread = KvsThreadCreate(observe, &observed);
   ASSERT_NE(thread, nullptr);
@@ -122,12 +122,12 @@ TEST(Thread, RunsWithItsArgumentAndStackUntilWaitedFor) {
   KvsThreadRelease(nullptr);
 }
 
-/** Runs its argument's thread handle out of the world, and itself. */
+/** Frees the thread handle that it is given and ends its own thread. */
 void* endEarly(void* handle) {
   KvsThreadExit(handle);
 }
 
-TEST(Thread, ExitEndsTheCallingThreadWithAZeroAndFreesTheHandle) {
+TEST(Thread, ExitEndsTheThreadWithZeroAndFreesTheHandle) {
   Observed observed;
   const KvsThreadHandle handle = KvsThreadCreate(observe, &observed);
   KvsWaitForThreadTerminate(handle);
@@ -141,7 +141,7 @@ TEST(Thread, ExitEndsTheCallingThreadWithAZeroAndFreesTheHandle) {
   }
 }
 
-TEST(Thread, CurrentThreadIdAnswersErrno) {
+TEST(Thread, CurrentThreadIdReturnsErrno) {
   std::uint64_t identifier = 0;
   errno = ENOENT;
   EXPECT_EQ(KvsGetCurrentThreadId(&identifier), ENOENT);

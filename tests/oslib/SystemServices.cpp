@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Clock texts, host facts, fixed files and dynamic libraries.
+// Times as texts, facts about the host, files at fixed paths, and dynamic libraries.
 #include "oslib/KVSPaths.h"
 #include "oslib/KVSSystem.h"
-#include "support/TemporaryFolder.h"
+#include "support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
@@ -21,18 +21,18 @@
 
 namespace {
 
-using tvp::test::TemporaryFolder;
+using tvp::test::TemporaryDirectory;
 
 void setZone(const char* zone) {
   setenv("TZ", zone, 1);
   tzset();
 }
 
-TEST(Time, LocalTimeStampHasFewZeros) {
+TEST(Time, LocalTimeStampsPadOnlySomeFields) {
   char expected[32] = "";
   char stamp[KVS_LOCAL_TIME_SIZE] = "";
   char fileName[KVS_LOCAL_TIME_SIZE] = "";
-  // The second may change between the readings: take a pair of one second.
+  // The second may change between the readings: repeat until both belong to the same one.
   for (std::time_t now = 0; now != std::time(nullptr);) {
     now = std::time(nullptr);
     std::tm local{};
@@ -111,7 +111,7 @@ TEST(Time, AChangedTimeZoneCountsAtOnce) {
   EXPECT_EQ(elsewhere, (before + 5) % 24);
 }
 
-TEST(System, TextsOfHostAndEnvironment) {
+TEST(System, HostAndEnvironmentAreReadAsTexts) {
   utsname system{};
   uname(&system);
   const std::string info = std::string(system.sysname) + " " + system.release + " " + system.machine + " ";
@@ -134,7 +134,7 @@ TEST(System, TextsOfHostAndEnvironment) {
   EXPECT_EQ(KvsGetenv("PATH", 0, nullptr), 3);
 }
 
-/** A root with a configuration file, for this process. */
+/** A root directory with a configuration file, for this process. */
 class Configuration : public ::testing::Test {
 protected:
   Configuration() { kvsSetPathRoot(m_root.path().string()); }
@@ -142,7 +142,7 @@ protected:
 
   void write(const std::string& content) { m_root.write("etc/Kelvora/hexRAID.conf", content); }
 
-  TemporaryFolder m_root;
+  TemporaryDirectory m_root;
 };
 
 TEST_F(Configuration, ProductVersionIsTheFourthLine) {
@@ -178,7 +178,7 @@ TEST_F(Configuration, ProductVersionIsTheFourthLine) {
   EXPECT_STREQ(untouched, "#");
 }
 
-TEST_F(Configuration, RootOfTheProcessStandsBeforeAllPlaces) {
+TEST_F(Configuration, TheProcessRootIsPrefixedToAllPaths) {
   const std::string root = m_root.path().string();
   EXPECT_EQ(kvsLogDirectory(), root + "/var/log");
   EXPECT_EQ(kvsPasswdFile(), root + "/etc/passwd");
@@ -186,7 +186,7 @@ TEST_F(Configuration, RootOfTheProcessStandsBeforeAllPlaces) {
   EXPECT_EQ(kvsProductConfigurationFile(), root + "/etc/Kelvora/hexRAID.conf");
 }
 
-TEST(Paths, RootOfTheEnvironmentLeavesTheUserList) {
+TEST(Paths, TheEnvironmentRootIsNotPrefixedToTheUserList) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process: the variable is read once
   EXPECT_EXIT(
       {
@@ -199,12 +199,12 @@ TEST(Paths, RootOfTheEnvironmentLeavesTheUserList) {
       ::testing::ExitedWithCode(0), "");
 }
 
-TEST(Library, NameGetsItsEndingAlways) {
+TEST(Library, NamesAlwaysGetTheLibrarySuffix) {
   Dl_info mathLibrary{};
   ASSERT_NE(dladdr(reinterpret_cast<void*>(static_cast<double (*)(double)>(&::cbrt)), &mathLibrary), 0);
-  const TemporaryFolder folder;
-  std::filesystem::create_symlink(mathLibrary.dli_fname, folder.file("libprobe.so"));
-  const std::string name = folder.file("libprobe");
+  const TemporaryDirectory directory;
+  std::filesystem::create_symlink(mathLibrary.dli_fname, directory.file("libprobe.so"));
+  const std::string name = directory.file("libprobe");
 
   std::uint32_t error = 9;
   EXPECT_EQ(KvsLoadLibrary(nullptr, &error), nullptr);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What `cmake --install` lays down works where it lies, under any prefix and without LD_LIBRARY_PATH.
+// What `cmake --install` installs works in place, under any prefix and without LD_LIBRARY_PATH.
 #include "InstalledFiles.h"
 #include "support/Command.h"
 
@@ -13,14 +13,14 @@ namespace {
 namespace fs = std::filesystem;
 using tvp::test::Command;
 using tvp::test::CommandResult;
-using tvp::test::TemporaryFolder;
+using tvp::test::TemporaryDirectory;
 
 class InstallTest : public testing::Test {
 protected:
   void SetUp() override {
     const CommandResult result =
         Command({TVP_CMAKE_COMMAND, "--install", TVP_BINARY_DIR, "--prefix", "/opt/tarvexpro"})
-            .with("DESTDIR", m_folder.path())
+            .with("DESTDIR", m_directory.path())
             .run();
     ASSERT_EQ(result.exitStatus, 0) << result.err;
   }
@@ -29,14 +29,14 @@ protected:
     arguments[0] = prefix() / arguments[0];
     return Command(std::move(arguments))
         .without("LD_LIBRARY_PATH")
-        .with("VOLTVK_STATE", m_folder.file("state.db"))
+        .with("VOLTVK_STATE", m_directory.file("state.db"))
         .with("TVPCIM_STRICT", "1")
         .run();
   }
 
-  fs::path prefix() const { return m_folder.path() / "opt/tarvexpro"; }
+  fs::path prefix() const { return m_directory.path() / "opt/tarvexpro"; }
 
-  TemporaryFolder m_folder;
+  TemporaryDirectory m_directory;
 };
 
 TEST_F(InstallTest, EveryFileIsWhereItIsLookedFor) {
@@ -45,8 +45,8 @@ TEST_F(InstallTest, EveryFileIsWhereItIsLookedFor) {
   for (const std::string& file : expected) {
     EXPECT_TRUE(fs::is_regular_file(prefix() / file)) << file;
   }
-  // The provider opens its catalogue at this place, so no prefix applies to it.
-  EXPECT_TRUE(fs::is_regular_file(m_folder.path() / "usr/VolMan/TVPEvents.properties"));
+  // The provider opens its catalogue at this path, so no prefix applies to it.
+  EXPECT_TRUE(fs::is_regular_file(m_directory.path() / "usr/VolMan/TVPEvents.properties"));
 }
 
 TEST_F(InstallTest, CommandsFindTheirLibrariesAndClasses) {
@@ -61,14 +61,14 @@ TEST_F(InstallTest, CommandsFindTheirLibrariesAndClasses) {
   EXPECT_THAT(steps.out, testing::HasSubstr((prefix() / "share/tarvexpro/TVP.mof").string()));
 }
 
-TEST_F(InstallTest, ProviderIsLoadedFromAnotherFolderThroughLinks) {
-  const fs::path folder = m_folder.path() / "providers";
-  fs::create_directory(folder);
+TEST_F(InstallTest, ProviderIsLoadedFromAnotherDirectoryThroughLinks) {
+  const fs::path directory = m_directory.path() / "providers";
+  fs::create_directory(directory);
   for (const char* library : {"libtarvexProProvider.so", "libVOLTVK.so"}) {
-    fs::create_symlink(prefix() / TVP_INSTALL_LIBDIR / library, folder / library);
+    fs::create_symlink(prefix() / TVP_INSTALL_LIBDIR / library, directory / library);
   }
   const CommandResult result =
-      run({"bin/tvpcim", "--provider", folder / "libtarvexProProvider.so", "identity"});
+      run({"bin/tvpcim", "--provider", directory / "libtarvexProProvider.so", "identity"});
   EXPECT_EQ(result.exitStatus, 0) << result.err;
 }
 

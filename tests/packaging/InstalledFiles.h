@@ -8,7 +8,7 @@
 namespace tvp::test {
 
 inline const std::string libraries = TVP_INSTALL_LIBDIR;
-inline const std::string completionsOfZsh = TVP_ZSH_COMPLETION_FOLDER;
+inline const std::string completionsOfZsh = TVP_ZSH_COMPLETION_DIRECTORY;
 
 /** What administrators of the provider get, below the prefix. */
 inline std::set<std::string> providerFiles() {
@@ -34,7 +34,7 @@ inline std::set<std::string> providerFiles() {
       "share/doc/tarvexpro-provider/copyright"};
 }
 
-/** What authors of clients get besides. */
+/** What authors of clients get in addition. */
 inline std::set<std::string> developmentFiles() {
   return {
       "bin/tvpcim",

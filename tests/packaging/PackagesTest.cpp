@@ -18,26 +18,25 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using tvp::test::Command;
 using tvp::test::CommandResult;
-using tvp::test::TemporaryFolder;
+using tvp::test::TemporaryDirectory;
 
-const std::string packageConfiguration = TVP_BINARY_DIR "/CPackConfig.cmake";
 const std::string packageTool = "/usr/bin/dpkg-deb";
 
+const fs::path packageDirectory = TVP_PACKAGE_DIRECTORY;
+
+/** The packages that ctest has built for these tests. */
 class PackagesTest : public testing::Test {
 protected:
   void SetUp() override {
     if (!fs::exists(packageTool) || !fs::exists("/usr/bin/dpkg-shlibdeps")) {
       GTEST_SKIP() << "needs dpkg-dev, which only systems with Debian packages have";
     }
-    const CommandResult result = Command({TVP_CPACK_COMMAND, "--config", packageConfiguration, "-B",
-                                          m_folder.path(), "-D", "CPACK_DEBIAN_COMPRESSION_TYPE=none"})
-                                     .limit(std::chrono::minutes(4))
-                                     .run();
-    ASSERT_EQ(result.exitStatus, 0) << result.out << result.err;
+    ASSERT_TRUE(fs::exists(packageDirectory))
+        << "the packages are built by ctest: run 'ctest -R Packages' in the build directory";
   }
 
   std::string package(const std::string& name) const {
-    for (const fs::directory_entry& entry : fs::directory_iterator(m_folder.path())) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(packageDirectory)) {
       const std::string file = entry.path().filename();
       if (file.rfind(name + "_" TVP_VERSION "_", 0) == 0 && entry.path().extension() == ".deb") {
         return entry.path();
@@ -54,7 +53,7 @@ protected:
     return result.out;
   }
 
-  /** The files of a package, folders left out, relative to /usr where they lie there. */
+  /** The files of a package, directories left out, relative to /usr if they are below it. */
   std::set<std::string> content(const std::string& name) const {
     std::istringstream lines(ask({"-c", package(name)}));
     std::set<std::string> files;
@@ -68,7 +67,7 @@ protected:
     return files;
   }
 
-  TemporaryFolder m_folder;
+  TemporaryDirectory m_directory;
 };
 
 TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
@@ -85,33 +84,33 @@ TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
       ask({"-f", package("tarvexpro-dev"), "Depends"}), HasSubstr("tarvexpro-provider (= " TVP_VERSION ")"));
 }
 
-TEST_F(PackagesTest, UnpackedCommandsRunWhereTheyLie) {
-  const fs::path root = m_folder.path() / "root";
+TEST_F(PackagesTest, UnpackedCommandsRunInPlace) {
+  const fs::path root = m_directory.path() / "root";
   for (const char* name : {"tarvexpro-provider", "tarvexpro-dev"}) {
     ask({"-x", package(name), root});
   }
   const CommandResult result = Command({root / "usr/bin/tvpcim", "identity"})
                                    .without("LD_LIBRARY_PATH")
-                                   .with("VOLTVK_STATE", m_folder.file("state.db"))
+                                   .with("VOLTVK_STATE", m_directory.file("state.db"))
                                    .run();
   EXPECT_EQ(result.exitStatus, 0) << result.err;
 }
 
 TEST_F(PackagesTest, ScriptsLeaveObjectManagersAloneAndTakeTheirLinksAway) {
-  const fs::path control = m_folder.path() / "control";
-  const fs::path commands = m_folder.path() / "bin";
-  const fs::path records = m_folder.path() / "records";
-  const fs::path link = m_folder.path() / "libVOLTVK.so";
+  const fs::path control = m_directory.path() / "control";
+  const fs::path commands = m_directory.path() / "bin";
+  const fs::path records = m_directory.path() / "records";
+  const fs::path link = m_directory.path() / "libVOLTVK.so";
   ask({"-e", package("tarvexpro-provider"), control});
   fs::create_directory(commands);
   fs::create_directory(records);
   for (const char* command :
        {"cimmof", "cimprovider", "cimserver", "sfcbrepos", "sfcbunstage", "systemctl"}) {
-    std::ofstream(commands / command) << "#!/bin/sh\n>'" << m_folder.file("called") << "'\n";
+    std::ofstream(commands / command) << "#!/bin/sh\n>'" << m_directory.file("called") << "'\n";
     fs::permissions(commands / command, fs::perms::owner_all);
   }
   fs::create_symlink("/usr/" TVP_INSTALL_LIBDIR "/libVOLTVK.so", link);
-  std::ofstream(records / "pegasus") << "folder=" << m_folder.path().string() << '\n';
+  std::ofstream(records / "pegasus") << "folder=" << m_directory.path().string() << '\n';
   const auto runScript = [&](const char* script, const char* action, const char* version) {
     const CommandResult result = Command({control / script, action, version})
                                      .with("TVP_REGISTER_RECORDS", records)
@@ -128,7 +127,7 @@ TEST_F(PackagesTest, ScriptsLeaveObjectManagersAloneAndTakeTheirLinksAway) {
   runScript("postrm", "purge", "");
   EXPECT_FALSE(fs::is_symlink(link));
   EXPECT_FALSE(fs::exists(records));
-  EXPECT_FALSE(fs::exists(m_folder.path() / "called"));
+  EXPECT_FALSE(fs::exists(m_directory.path() / "called"));
   EXPECT_TRUE(fs::exists(control / "md5sums"));
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// tvp-register against object managers that are played by small scripts: each keeps what it was told in
-// files, and writes every change that it was asked for to the file "changes".
+// tvp-register with object managers that small scripts play: each keeps what is registered in files, and
+// writes every change that it is asked for to the file "changes".
 #include "support/Command.h"
 
 #include <gmock/gmock.h>
@@ -16,14 +16,14 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using tvp::test::Command;
 using tvp::test::CommandResult;
-using tvp::test::TemporaryFolder;
+using tvp::test::TemporaryDirectory;
 
 const std::string module = "tarvexProProviderModule";
 
 class RegisterCommandTest : public testing::Test {
 protected:
   RegisterCommandTest() {
-    // An installation under a prefix of its own: the script finds the rest from its own place.
+    // An installation under a prefix of its own: the script finds the other files relative to itself.
     for (const fs::path part :
          {"sbin", TVP_INSTALL_LIBDIR, "share/tarvexpro/pegasus", "share/tarvexpro/sfcb"}) {
       fs::create_directories(prefix() / part);
@@ -44,7 +44,7 @@ protected:
     write("cim/Event/CIM_ProcessIndication.mof", "class CIM_ProcessIndication : CIM_Indication\n");
   }
 
-  fs::path root() const { return m_folder.path(); }
+  fs::path root() const { return m_directory.path(); }
   fs::path prefix() const { return root() / "usr"; }
 
   void write(const fs::path& name, const std::string& text) const { std::ofstream(root() / name) << text; }
@@ -52,7 +52,7 @@ protected:
     std::ifstream file(root() / name);
     return {std::istreambuf_iterator<char>(file), {}};
   }
-  /** A command of an object manager; $F is the folder of the test. */
+  /** A command of an object manager; $F is the directory of the test. */
   void fake(const std::string& name, const std::string& body) const {
     const fs::path file = fs::path("bin") / name;
     write(file, "#!/bin/sh\nF='" + root().string() + "'\n" + body);
@@ -101,7 +101,7 @@ cp "$1" "$s/mofs/$n/"
         .run();
   }
 
-  /** The run succeeds; returns what it changed in the object manager. */
+  /** Runs the command, which must succeed. @return what it changed in the object manager */
   std::string changesOf(const std::vector<std::string>& arguments) const {
     write("changes", "");
     const CommandResult result = run(arguments);
@@ -118,11 +118,12 @@ cp "$1" "$s/mofs/$n/"
     }
   }
 
-  TemporaryFolder m_folder;
-  const std::vector<std::string> m_pegasus{"--pegasus", "--cim-schema", (m_folder.path() / "cim").string()};
+  TemporaryDirectory m_directory;
+  const std::vector<std::string> m_pegasus{
+      "--pegasus", "--cim-schema", (m_directory.path() / "cim").string()};
 };
 
-TEST_F(RegisterCommandTest, PegasusIsRegisteredOnceAndTakenOutWhole) {
+TEST_F(RegisterCommandTest, PegasusIsRegisteredOnceAndUnregisteredCompletely) {
   fakePegasus();
   const std::string share = prefix() / "share/tarvexpro/";
   const std::string cim = root() / "cim";
@@ -163,7 +164,7 @@ TEST_F(RegisterCommandTest, PegasusThatLostItsRepositoryIsRegisteredAgain) {
   EXPECT_EQ(read("modules"), module + "\n");
 }
 
-TEST_F(RegisterCommandTest, SfcbIsRegisteredOnceAndTakenOutWhole) {
+TEST_F(RegisterCommandTest, SfcbIsRegisteredOnceAndUnregisteredCompletely) {
   fakeSfcb();
   const std::string stage = root() / "stage";
   const std::string share = prefix() / "share/tarvexpro/";

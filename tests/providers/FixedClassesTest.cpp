@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The classes whose content is fixed, what getting an instance answers, and the names that nobody gives.
+// The classes with fixed content: their instances, what getting one returns, and that they have no instance
+// names.
 #include "CIM/Framework/PluginsManager.h"
 #include "ProviderTest.h"
 #include "Shown.h"
@@ -24,7 +25,7 @@ struct FixedClass {
 
 }  // namespace
 
-TEST_F(FixedClasses, areTenClassesInEveryNamespace) {
+TEST_F(FixedClasses, AreTenClassesInEveryNamespace) {
   for (const char* nameSpace : {"root/kvs/tvp/smi_15", "root/PG_InterOp", "ROOT/KVS/TVP/SMI_15"}) {
     std::vector<std::string> names;
     m_facade->getAllPluginNames(names, nameSpace);
@@ -36,7 +37,7 @@ TEST_F(FixedClasses, areTenClassesInEveryNamespace) {
   }
 }
 
-TEST_F(FixedClasses, enumerateAndGetTheirConstants) {
+TEST_F(FixedClasses, EnumerateAndGetTheirConstants) {
   const std::vector<FixedClass> classes = {
       {"TVP_LogicalDevices",
        {"*CreationClassName string TVP_LogicalDevices", "*NumberOfLogicalDevices uint32 2"},
@@ -70,7 +71,7 @@ TEST_F(FixedClasses, enumerateAndGetTheirConstants) {
   }
 }
 
-TEST_F(FixedClasses, answerGettingASampleAnEmptyInstanceOrNothing) {
+TEST_F(FixedClasses, ReturnASampleAnEmptyInstanceOrNothing) {
   const std::vector<CIMInstance> pool = get("TVP_VirtualPool");
   ASSERT_EQ(1U, pool.size());
   EXPECT_THAT(
@@ -92,7 +93,7 @@ TEST_F(FixedClasses, answerGettingASampleAnEmptyInstanceOrNothing) {
       log.has(LogCapture::message(4, "getCIMInstance :: Empty list returned for class TVP_TierService")));
 }
 
-TEST_F(FixedClasses, nameNoInstances) {
+TEST_F(FixedClasses, NameNoInstances) {
   std::vector<std::string> names;
   m_facade->getAllPluginNames(names, "root/kvs/tvp/smi_15");
   for (const std::string& name : names) {
@@ -106,7 +107,7 @@ TEST_F(FixedClasses, nameNoInstances) {
   }
 }
 
-TEST_F(FixedClasses, holdOneServiceInstance) {
+TEST_F(FixedClasses, HaveOneServiceInstance) {
   AbstractProviderPlugin* plugin = m_facade->getPlugIn("TVP_TierService");
   CIMObjectPath path = classPath("TVP_TierService");
   std::vector<CIMInstance> found;

@@ -40,7 +40,7 @@ const char* const EXIT_LINE = "Exit TVP_CIMIndication :: EventNotify()";
 
 }  // namespace
 
-TEST_F(Indication, carriesTheSixPropertiesOfTheEvent) {
+TEST_F(Indication, CarriesTheSixPropertiesOfTheEvent) {
   m_facade->registerForEvent(take);
   m_subscription.store(true);
   std::vector<CIMProperty> keys = eventKeys();
@@ -76,7 +76,7 @@ TEST_F(Indication, carriesTheSixPropertiesOfTheEvent) {
   EXPECT_EQ(LogCapture::trace(EXIT_LINE), log.lines().back());
 }
 
-TEST_F(Indication, isNotMadeOfAnEventWithoutKeys) {
+TEST_F(Indication, IsNotSentForAnEventWithoutKeys) {
   m_facade->registerForEvent(take);
   m_subscription.store(true);
   std::vector<CIMProperty> keys;

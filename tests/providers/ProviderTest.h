@@ -5,25 +5,23 @@
 #include "CIM/Framework/FrameworkFacade.h"
 #include "backend/TarvexProInterface.h"
 #include "support/LogCapture.h"
-#include "support/TemporaryFolder.h"
+#include "support/Storage.h"
+#include "support/TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 namespace tvp::test {
 
 /**
- * The classes of the product on a storage state of their own, without drives of the machine, reached as a
- * request reaches them.
+ * The classes of the product on a storage state of their own, without drives of the machine, called in the
+ * same way as by a request.
  */
 class ProviderTest : public testing::Test {
 protected:
-  ProviderTest() {
-    ::setenv("VOLTVK_STATE", m_folder.file("state.db").c_str(), 1);
-    ::setenv("VOLTVK_HOST_ROOT", m_folder.file("machine").c_str(), 1);
+  ProviderTest() : m_storage(m_directory) {
     m_facade = cim::fwf::FrameworkFacade::getInstance();
     m_facade->initialize();
   }
@@ -50,7 +48,8 @@ protected:
     return m_facade->invokeMethod(classPath(className), method, in, m_out);
   }
 
-  TemporaryFolder m_folder;
+  TemporaryDirectory m_directory;
+  Storage m_storage;
   cim::fwf::FrameworkFacade* m_facade = nullptr;
   cim::fwf::CIMMethodParam m_out;  ///< of the last invoke
 };

@@ -10,7 +10,7 @@
 
 namespace tvp::test {
 
-/** Names, types and values of properties as texts that compare well: "*Name string VP1" for a key. */
+/** Names, types and values of properties as texts that are easy to compare: "*Name string VP1" for a key. */
 inline std::string shown(const cim::fwf::CIMProperty& property) {
   std::ostringstream text;
   const auto write = [&](const char* type, const auto& values) {

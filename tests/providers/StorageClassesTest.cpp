@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The classes that show and change the state of the storage library, on the library itself.
+// The classes that show and change the state of the storage library, with the real library.
 #include "ProviderTest.h"
 #include "Shown.h"
 #include "backend/tvpCIMInstanceWrapper.h"
@@ -7,9 +7,7 @@
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/Specs.h"
 #include "voltvk/VirtualPool.h"
-#include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/Faults.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/Faults.h"
 
 #include <gmock/gmock.h>
 
@@ -19,27 +17,21 @@
 using namespace tvp::cim::fwf;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using tvp::test::CHUNK;
+using tvp::test::GIB;
 using tvp::test::LogCapture;
 using tvp::test::shown;
 
 namespace {
-
-constexpr unsigned long long GIBIBYTE = 2097152;  // in sectors
-constexpr unsigned long long CHUNK = 2048;
 
 class StorageClasses : public tvp::test::ProviderTest {
 protected:
   /** @return the numbers of the drives, in the order of their kinds */
   std::vector<unsigned char> addDrives(const std::vector<TvkDeviceType>& kinds) {
     std::vector<unsigned char> numbers;
-    voltvk::State::forProcess()->change([&](voltvk::Connection& connection) {
-      for (const TvkDeviceType kind : kinds) {
-        voltvk::VirtualDriveSpec drive;
-        drive.type = kind;
-        drive.sectors = 100 * GIBIBYTE;
-        numbers.push_back(static_cast<unsigned char>(voltvk::DriveRegistry(connection).addVirtual(drive)));
-      }
-    });
+    for (const TvkDeviceType kind : kinds) {
+      numbers.push_back(tvp::test::Storage::addDrive(kind, 100 * GIB));
+    }
     return numbers;
   }
 
@@ -49,8 +41,8 @@ protected:
     in.addArgument(makeProperty("Description", std::string("made by a test")));
     in.addArgument(makeProperty<unsigned char>("NumberOfLogicalDevice", 1));
     in.addArgument(makeProperty("LDDeviceNumbers", std::vector<unsigned char>{drive}));
-    in.addArgument(makeProperty("CapacityInSectors", 50 * GIBIBYTE));
-    in.addArgument(makeProperty("ChunkSize", CHUNK));
+    in.addArgument(makeProperty<unsigned long long>("CapacityInSectors", 50 * GIB));
+    in.addArgument(makeProperty<unsigned long long>("ChunkSize", CHUNK));
     in.addArgument(makeProperty<unsigned char>("TierLevel", level));
     return invoke("TVP_TierService", "CreateVirtualPool", in);
   }
@@ -62,8 +54,7 @@ protected:
     in.addArgument(makeProperty<unsigned char>("VolumeType", 1));
     in.addArgument(makeProperty("VirtualPoolsCount", static_cast<unsigned char>(pools.size())));
     in.addArgument(makeProperty("ListOfVirtualPoolIds", pools));
-    in.addArgument(
-        makeProperty("UsedSizeInSectors", std::vector<unsigned long long>(pools.size(), 5 * GIBIBYTE)));
+    in.addArgument(makeProperty("UsedSizeInSectors", std::vector<unsigned long long>(pools.size(), 5 * GIB)));
     in.addArgument(makeProperty("KnobSetting", 2U));
     return invoke("TVP_TierService", "CreateVirtualVolume", in);
   }
@@ -74,10 +65,10 @@ protected:
     in.addArgument(makeProperty("Description", std::string()));
     in.addArgument(makeProperty<unsigned char>("VolumeType", 2));
     in.addArgument(makeProperty("SSDPoolId", ssdPool));
-    in.addArgument(makeProperty("reqCapacityFromSSDPool", 5 * GIBIBYTE));
+    in.addArgument(makeProperty<unsigned long long>("reqCapacityFromSSDPool", 5 * GIB));
     in.addArgument(makeProperty("LDDeviceNumber", std::vector<unsigned char>{drive}));
-    in.addArgument(makeProperty("LDCapacityInSectors", 50 * GIBIBYTE));
-    in.addArgument(makeProperty("ChunkSize", CHUNK));
+    in.addArgument(makeProperty<unsigned long long>("LDCapacityInSectors", 50 * GIB));
+    in.addArgument(makeProperty<unsigned long long>("ChunkSize", CHUNK));
     in.addArgument(makeProperty("KnobSetting", 2U));
     return invoke("TVP_TierService", "CreateDataCacheVolume", in);
   }
@@ -115,13 +106,13 @@ const char* const LIBRARY_CLASSES[] = {
 
 }  // namespace
 
-TEST_F(StorageClasses, areEmptyWithoutADriver) {
+TEST_F(StorageClasses, AreEmptyWithoutADriver) {
   addDrives({TVK_DEVICE_HDD});
   voltvk::Faults().driverAbsent();
   for (const std::string name : LIBRARY_CLASSES) {
     const LogCapture log;
     EXPECT_THAT(enumerate(name), IsEmpty()) << name;
-    // The identity alone says so; the drives keep silent here.
+    // Only the identity logs it; the drives do not.
     EXPECT_EQ(
         name == "TVP_TarvexProIdentity" ? 1U : 0U,
         log.count(LogCapture::trace(name + " : Driver is not available")));
@@ -132,7 +123,7 @@ TEST_F(StorageClasses, areEmptyWithoutADriver) {
   EXPECT_EQ(1U, enumerate("TVP_VirtualPoolMember").size());
 }
 
-TEST_F(StorageClasses, areEmptyWithoutAnAdapter) {
+TEST_F(StorageClasses, AreEmptyWithoutAnAdapter) {
   addDrives({TVK_DEVICE_HDD});
   voltvk::Faults().adapterAbsent();
   for (const std::string name : LIBRARY_CLASSES) {
@@ -148,7 +139,7 @@ TEST_F(StorageClasses, areEmptyWithoutAnAdapter) {
   }
 }
 
-TEST_F(StorageClasses, showTheProductOnce) {
+TEST_F(StorageClasses, ShowTheProductOnce) {
   const LogCapture log;
   const std::vector<CIMInstance> found = enumerate("TVP_TarvexProIdentity");
   ASSERT_EQ(1U, found.size());
@@ -159,7 +150,7 @@ TEST_F(StorageClasses, showTheProductOnce) {
   EXPECT_TRUE(log.has(LogCapture::trace("Exiting TVP_TarvexProIdentity::enumerateInstances()")));
 }
 
-TEST_F(StorageClasses, accumulateThePropertiesOfTheDrivesBefore) {
+TEST_F(StorageClasses, AccumulateThePropertiesOfTheDrivesBefore) {
   addDrives({TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD});
   const LogCapture log;
   const std::vector<CIMInstance> found = enumerate("TVP_LogicalDevice");
@@ -174,7 +165,7 @@ TEST_F(StorageClasses, accumulateThePropertiesOfTheDrivesBefore) {
         1U, log.count(LogCapture::message(
                 4, "TVP_LogicalDevice::enumerateInstances() - LD# " + std::to_string(i))));
   }
-  // What the first drives left stays in front of the last one's own.
+  // What the earlier drives left precedes the values of the last one.
   EXPECT_EQ(
       shown(found[1].properties()),
       shown(std::vector<CIMProperty>(found[2].properties().begin(), found[2].properties().begin() + 30)));
@@ -182,7 +173,7 @@ TEST_F(StorageClasses, accumulateThePropertiesOfTheDrivesBefore) {
   EXPECT_TRUE(log.has(LogCapture::trace("Exiting TVP_LogicalDevice::enumerateInstances()")));
 }
 
-TEST_F(StorageClasses, leaveOutInternalPoolsButNoVolume) {
+TEST_F(StorageClasses, LeaveOutInternalPoolsButNoVolume) {
   const std::vector<unsigned char> drives = addDrives({TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD});
   ASSERT_EQ(0U, createPool("slow", drives[0], TVK_TIER_HDD));
   ASSERT_EQ(0U, createPool("fast", drives[1], TVK_TIER_SSD));
@@ -214,7 +205,7 @@ TEST_F(StorageClasses, leaveOutInternalPoolsButNoVolume) {
   EXPECT_EQ("TVP_VirtualVolume", volumes[1].className());
 }
 
-TEST_F(StorageClasses, runTheMethodsOfTheService) {
+TEST_F(StorageClasses, RunTheMethodsOfTheService) {
   const std::vector<unsigned char> drives = addDrives({TVK_DEVICE_HDD});
   LogCapture log;
   EXPECT_EQ(0U, createPool("pool", drives[0], TVK_TIER_HDD));
@@ -251,7 +242,7 @@ TEST_F(StorageClasses, runTheMethodsOfTheService) {
   }
 }
 
-TEST_F(StorageClasses, answerMembersAndIgnoreOtherMethods) {
+TEST_F(StorageClasses, ListMembersAndIgnoreOtherMethods) {
   const std::vector<unsigned char> drives = addDrives({TVK_DEVICE_HDD});
   ASSERT_EQ(0U, createPool("pool", drives[0], TVK_TIER_HDD));
   const unsigned int pool = lastId(enumerate("TVP_VirtualPool").at(0), "VirtualPoolId");
@@ -298,7 +289,7 @@ TEST_F(StorageClasses, answerMembersAndIgnoreOtherMethods) {
   EXPECT_EQ(1U, enumerate("TVP_VirtualVolume").size());
 }
 
-TEST_F(StorageClasses, staySoundWhileTheStateChanges) {
+TEST_F(StorageClasses, StaySoundWhileTheStateChanges) {
   const std::vector<unsigned char> drives = addDrives({TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD});
   ASSERT_EQ(0U, createPool("lasting", drives[0], TVK_TIER_HDD));
   std::atomic<bool> finished{false};

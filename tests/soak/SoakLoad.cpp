@@ -74,8 +74,8 @@ void Load::request(Random& random) {
     note(m_provider.associators(path, {}), "associators of " + path.className);
     break;
   case 4:
-    // Rarely, as clients do: each activation of a filter keeps a thread context for good, since the listener
-    // may be attaching with it; it would look like growth.
+    // Rarely, as clients do: each activation of a filter keeps a thread context until the process ends, since
+    // the listener may be attaching with it; that would look like growth.
     if (random() % 256 == 0) {
       subscribe(random);
     } else {
@@ -88,7 +88,7 @@ void Load::request(Random& random) {
 }
 
 void Load::subscribe(Random& random) {
-  // Evenly, so that the count of subscriptions stays about where it is.
+  // Evenly, so that the number of subscriptions stays about the same.
   note(m_provider.activateFilter({}), "activateFilter");
   note(m_provider.enableIndications(), "enableIndications");
   if (random() % 16 != 0) {
@@ -166,7 +166,7 @@ void Load::checkCapacities() {
       m_findings.add("volume " + std::to_string(id) + " has no members");
       continue;
     }
-    // Every extent names all that its volume has in the pool.
+    // Every extent reports everything that its volume has in the pool.
     std::map<std::uint64_t, std::uint64_t> chunks;
     for (const Value& member : members->asArray()) {
       const host::Instance& extent = member.asInstance();

@@ -16,7 +16,7 @@ namespace tvp::soak {
 /** What went wrong, for the summary. Thread-safe. */
 class Findings {
 public:
-  /** Keeps the first hundred. */
+  /** Keeps the first hundred findings. */
   void add(const std::string& finding);
   std::vector<std::string> all() const;
 
@@ -35,10 +35,10 @@ public:
   void stop() { m_stop = true; }
 
   std::uint64_t done() const { return m_done; }
-  /** Requests that were answered with a failure, as they should when the driver is away. */
+  /** Requests that failed, as they should while the driver is absent. */
   std::uint64_t refused() const { return m_refused; }
 
-  /** That the capacities used in each pool are those that the extents of the volumes add up to. */
+  /** Checks that the capacity used in each pool is the sum of the extents of its volumes. */
   void checkCapacities();
 
 private:
@@ -49,7 +49,7 @@ private:
   void subscribe(Random& random);
   void note(const host::Outcome& outcome, const std::string& what);
   host::MethodOutcome call(const std::string& method, const host::Arguments& arguments);
-  /** The identifier of any pool or volume; now and then one that is not there. */
+  /** The identifier of any pool or volume; now and then one that does not exist. */
   std::uint32_t anyId(Random& random, const std::string& className, const std::string& key);
 
   host::Provider& m_provider;

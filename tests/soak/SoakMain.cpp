@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lets the built provider work for a long time while everything around it changes: several threads make
-// requests, other processes change the configuration and take the driver away, the log comes, fills up and
-// goes. In the end nothing has grown and the configuration adds up.
+// requests, other processes change the configuration and take the driver away, the log is created, fills up
+// and is removed. In the end no resource has grown and the configuration is consistent.
 #include "host/schema/MofReader.h"
 #include "soak/SoakLoad.h"
 #include "soak/SoakUsage.h"
@@ -20,20 +20,20 @@ using Words = std::vector<std::string>;
 constexpr unsigned int LOAD_THREADS = 4;
 constexpr std::uintmax_t FULL_LOG = 0x9FFFFF + 1;
 
-/** The folders and the environment of a run. */
+/** The directories and the environment of a run. */
 class Surroundings {
 public:
   Surroundings() {
-    ::setenv("VOLTVK_STATE", m_folder.file("state.db").c_str(), 1);
-    ::setenv("VOLTVK_HOST_ROOT", m_folder.file("machine").c_str(), 1);
-    ::setenv("TVP_TEST_ROOT", m_folder.path().c_str(), 1);
-    std::filesystem::create_directories(m_folder.file("var/log"));
+    ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
+    ::setenv("VOLTVK_HOST_ROOT", m_directory.file("machine").c_str(), 1);
+    ::setenv("TVP_TEST_ROOT", m_directory.path().c_str(), 1);
+    std::filesystem::create_directories(m_directory.file("var/log"));
     for (int i = 0; i < 8; ++i) {
       voltvkctl({"drive", "add", "--type", i % 2 == 0 ? "hdd" : "ssd", "--size", "1GiB"});
     }
   }
 
-  /** Does one random thing, each of which is allowed to fail. */
+  /** Does one random thing, which may fail. */
   void change(std::mt19937& random) {
     const std::string name = "name" + std::to_string(random() % 12);
     const std::vector<std::function<void()>> changes = {
@@ -64,15 +64,15 @@ public:
         [&] {
           voltvkctl({"fault", "clear"});
         },
-        [&] { m_folder.write("var/log/TVP.txt", ""); },
-        [&] { m_folder.write("var/log/TVP.txt", std::string(FULL_LOG, '.')); },
-        [&] { std::filesystem::remove(m_folder.file("var/log/TVP.txt")); }};
+        [&] { m_directory.write("var/log/TVP.txt", ""); },
+        [&] { m_directory.write("var/log/TVP.txt", std::string(FULL_LOG, '.')); },
+        [&] { std::filesystem::remove(m_directory.file("var/log/TVP.txt")); }};
     changes[random() % changes.size()]();
   }
 
   void calmDown() {
     voltvkctl({"fault", "clear"});
-    std::filesystem::remove(m_folder.file("var/log/TVP.txt"));
+    std::filesystem::remove(m_directory.file("var/log/TVP.txt"));
   }
 
   test::CommandResult tvpcim(Words words) { return run("tvpcim", std::move(words)); }
@@ -99,7 +99,7 @@ private:
     return result;
   }
 
-  test::TemporaryFolder m_folder;
+  test::TemporaryDirectory m_directory;
   Words m_broken;
   std::size_t m_commands = 0;
 };
@@ -130,7 +130,7 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
     threads.emplace_back([&load, i, seed] { load.run(seed + i); });
   }
   std::mt19937 random(seed);
-  // The listener looks for events every five seconds only, and the driver may just be away then.
+  // The listener looks for events every five seconds only, and the driver may be absent at that moment.
   const auto enough = [&] { return load.done() >= 100 && indications > 0; };
   const auto end = Clock::now() + time;
   const auto lastEnd = end + std::chrono::minutes(1);

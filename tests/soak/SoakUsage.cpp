@@ -15,8 +15,8 @@ namespace {
 constexpr std::size_t MEMORY_SLACK = 8192;  // KiB
 constexpr std::size_t OTHER_SLACK = 2;
 
-std::size_t entriesOf(const char* folder) {
-  const std::filesystem::directory_iterator entries(folder);
+std::size_t entriesOf(const char* directory) {
+  const std::filesystem::directory_iterator entries(directory);
   return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 

@@ -17,7 +17,7 @@ struct Usage {
   static Usage now();
 };
 
-/** What was used over the time, and whether it grows. Not thread-safe. */
+/** What was used over time, and whether it grows. Not thread-safe. */
 class UsageHistory {
 public:
   void add(const Usage& usage) { m_samples.push_back(usage); }

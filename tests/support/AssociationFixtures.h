@@ -104,7 +104,7 @@ private:
   }
 };
 
-/** Adds the plugins to the registry, which owns them from then on. */
+/** Adds the plugins to the registry, which takes ownership. */
 inline void registerAssociationFixtures() {
   cim::fwf::PluginsManager* registry = cim::fwf::PluginsManager::getInstance();
   registry->registerPlugin(

@@ -2,7 +2,7 @@
 #ifndef TESTS_SUPPORT_COMMAND_H
 #define TESTS_SUPPORT_COMMAND_H
 
-#include "support/TemporaryFolder.h"
+#include "support/TemporaryDirectory.h"
 
 #include <cerrno>
 #include <chrono>
@@ -24,16 +24,16 @@
 
 namespace tvp::test {
 
-/** What a command left behind. */
+/** How a command ended and what it wrote. */
 struct CommandResult {
-  int exitStatus = -1;    ///< -1 when the command did not end by itself
+  int exitStatus = -1;    ///< -1 when the command was killed
   int signal = 0;         ///< the signal that ended it, or 0
   bool timedOut = false;  ///< the time limit ran out and the command was killed
   std::string out;
   std::string err;
 };
 
-/** A command that runs beside the test. Killed by the destructor when it still runs. Not thread-safe. */
+/** A command that runs beside the test. Killed by the destructor if it is still running. Not thread-safe. */
 class RunningCommand {
 public:
   using Clock = std::chrono::steady_clock;
@@ -55,8 +55,8 @@ public:
     closeEnd(m_err);
   }
 
-  /** Reads until the text has come on standard output or error; false when the command ended without it
-   *  or the time limit ran out. */
+  /** Reads until the text appears on standard output or error. @return false when the command ended without
+   * it or the time limit was reached */
   bool waitFor(const std::string& text) {
     while (m_result.out.find(text) == std::string::npos && m_result.err.find(text) == std::string::npos) {
       if (!readMore()) {
@@ -71,7 +71,7 @@ public:
   /** What has been read so far. */
   const CommandResult& soFar() const { return m_result; }
 
-  /** Waits for the end, with the time limit; a command that is late is killed. */
+  /** Waits for the end; a command that reaches its time limit is killed. */
   CommandResult finish() {
     while (readMore()) {
     }
@@ -109,7 +109,7 @@ private:
     if (count > 0) {
       text.append(buffer, static_cast<std::size_t>(count));
     } else if (count == 0 || errno != EINTR) {
-      closeEnd(end);  // also EIO: how a terminal says that its other side is gone
+      closeEnd(end);  // also EIO, which a terminal reports once its other end is closed
     }
   }
 
@@ -159,14 +159,14 @@ public:
     m_limit = time;
     return *this;
   }
-  /** Standard output becomes a terminal of so many columns. */
+  /** Standard output becomes a terminal with the given number of columns. */
   Command& terminal(unsigned short columns) {
     m_columns = columns;
     return *this;
   }
 
-  /** Starts the command; standard input is empty. @throws std::runtime_error when there is no process to be
-   * had. */
+  /** Starts the command; standard input is empty. @throws std::runtime_error when no process can be
+   * created */
   RunningCommand start() const {
     int out[2] = {-1, -1};
     int err[2] = {-1, -1};
@@ -177,7 +177,7 @@ public:
                                        : ::openpty(&out[0], &out[1], nullptr, nullptr, &size) == 0 &&
                                              ::fcntl(out[0], F_SETFD, FD_CLOEXEC) == 0;
     if (!opened || ::pipe2(err, O_CLOEXEC) != 0) {
-      throw std::runtime_error("no pipe to be had");
+      throw std::runtime_error("cannot create a pipe or a terminal");
     }
     // Everything that allocates is done before the fork: the test may have other threads.
     std::vector<std::string> environment = makeEnvironment();
@@ -186,7 +186,7 @@ public:
     std::vector<char*> argumentPointers = pointers(arguments);
     const pid_t child = ::fork();
     if (child < 0) {
-      throw std::runtime_error("no process to be had");
+      throw std::runtime_error("cannot create a process");
     }
     if (child == 0) {
       const int null = ::open("/dev/null", O_RDONLY);

@@ -4,7 +4,7 @@
 
 #include "oslib/KVSLog.h"
 #include "oslib/KVSPaths.h"
-#include "support/TemporaryFolder.h"
+#include "support/TemporaryDirectory.h"
 
 #include <algorithm>
 #include <array>
@@ -16,10 +16,10 @@ namespace tvp::test {
 
 /**
  * Points the product's files at a temporary root, switches the log on there for the module "TVP", and
- * gives the lines that were written since. Everything is undone when the object goes.
+ * returns the lines that have been written since. Everything is undone on destruction.
  *
- * A line is given from its tag on, without time stamp and thread: compare it with what trace() and
- * message() give.
+ * Lines begin with their tag, without time stamp and thread: compare them with what trace() and message()
+ * return.
  */
 class LogCapture {
 public:
@@ -37,8 +37,8 @@ public:
   LogCapture(const LogCapture&) = delete;
   LogCapture& operator=(const LogCapture&) = delete;
 
-  /** The folder that stands for "/": tests may put other files of the product into it. */
-  const TemporaryFolder& root() const { return m_root; }
+  /** The directory that stands for "/": tests may put other files of the product into it. */
+  const TemporaryDirectory& root() const { return m_root; }
 
   /** Forgets what was written so far. */
   void clear() const { m_root.write("var/log/TVP.txt", ""); }
@@ -72,7 +72,7 @@ public:
   }
 
 private:
-  TemporaryFolder m_root;
+  TemporaryDirectory m_root;
 };
 
 }  // namespace tvp::test

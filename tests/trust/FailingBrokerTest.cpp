@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whatever the object manager fails to do, the provider answers, changes all or nothing, and goes on.
+// Whatever call into the object manager fails, the provider answers, changes all or nothing, and goes on.
 #include "TrustFixture.h"
 #include "cmpi/CMPIAdapter.h"
 #include "host/schema/ObjectPathText.h"
@@ -103,18 +103,18 @@ private:
       EXPECT_EQ(answer.content, expected.content) << "success, with another answer";
       return;
     }
-    // Access denied: who makes the request could not be read.
+    // Access denied: the name of the user could not be read.
     static const std::set<CMPIrc> documented = {
         CMPI_RC_ERR_FAILED,        CMPI_RC_ERR_ACCESS_DENIED,     CMPI_RC_ERR_INVALID_NAMESPACE,
         CMPI_RC_ERR_INVALID_CLASS, CMPI_RC_ERR_INVALID_PARAMETER, CMPI_RC_ERR_NOT_SUPPORTED};
     EXPECT_EQ(documented.count(answer.rc), 1U) << answer;
-    // A refused result is passed on as the object manager said it; a message can fail itself.
+    // A refused result is passed on with the object manager's status; creating the message can fail as well.
     const bool ownStatus = call.find("CMPIResult.") == 0 || call.find("newString") != std::string::npos;
     EXPECT_TRUE(ownStatus || !answer.message.empty()) << answer;
   }
 };
 
-TEST_F(FailingBrokerTest, EveryInstanceRequestForEveryClass) {
+TEST_F(FailingBrokerTest, IsSurvivedByEveryInstanceRequestForEveryClass) {
   for (const host::SchemaClass* schemaClass : m_broker.schema().classes()) {
     const host::ObjectPath all = path(schemaClass->name);
     const auto names = m_provider->enumerateInstanceNames(all).paths;
@@ -132,7 +132,7 @@ TEST_F(FailingBrokerTest, EveryInstanceRequestForEveryClass) {
   EXPECT_GT(m_calls, 500U) << "the requests have become something else";
 }
 
-TEST_F(FailingBrokerTest, EveryMethodOfEveryClass) {
+TEST_F(FailingBrokerTest, IsSurvivedByEveryMethodOfEveryClass) {
   std::size_t methods = 0;
   for (const host::SchemaClass* schemaClass : m_broker.schema().classes()) {
     for (const host::SchemaMethod& method : schemaClass->methods) {
@@ -149,7 +149,7 @@ TEST_F(FailingBrokerTest, EveryMethodOfEveryClass) {
   EXPECT_GE(methods, 13U);
 }
 
-TEST_F(FailingBrokerTest, AssociationsAndSubscriptions) {
+TEST_F(FailingBrokerTest, IsSurvivedByAssociationsAndSubscriptions) {
   registerAssociationFixtures();
   const host::ObjectPath shelf = path("TEST_Shelf", {{"Id", Value::string("A")}});
   for (const char* result : {"", "TEST_Disk"}) {
@@ -166,7 +166,7 @@ TEST_F(FailingBrokerTest, AssociationsAndSubscriptions) {
   survives("deActivateFilter", [&] { return seen(m_provider->deActivateFilter({})); });
 }
 
-TEST_F(FailingBrokerTest, ADeliveryLeavesNothingBehindAndTheNextOneArrives) {
+TEST_F(FailingBrokerTest, LosesOneDeliveryAndTheNextOneArrives) {
   std::size_t delivered = 0;
   host::BrokerHandlers handlers;
   handlers.onIndication = [&](const std::string&, const host::Instance&) {
@@ -192,7 +192,7 @@ TEST_F(FailingBrokerTest, ADeliveryLeavesNothingBehindAndTheNextOneArrives) {
     EXPECT_TRUE(!succeeded || delivered == before + 1) << "success without a delivery";
     EXPECT_TRUE(isRelease(call) || m_broker.unreleasedObjects() == 0);
     if (call == "CMPIBroker.attachThread") {
-      m_broker.clearBreaches();  // the reason is made as a string of the broker all the same
+      m_broker.clearBreaches();  // the reason is created as a string of the broker nevertheless
     }
     m_broker.failCall(0, CMPI_RC_OK);
     before = delivered;
@@ -239,14 +239,14 @@ int startWithFailure(const std::string& stateFile, std::uint64_t call, std::uint
   return count == static_cast<ssize_t>(sizeof calls) ? status : -1;
 }
 
-TEST(FailingBroker, TheProviderStartsWithoutWhatItCanDoWithout) {
-  const TemporaryFolder folder;
+TEST(FailingBroker, DoesNotKeepTheProviderFromStartingWithoutOptionalServices) {
+  const TemporaryDirectory directory;
   std::uint64_t calls = 0;
-  ASSERT_EQ(startWithFailure(folder.file("state.db"), 0, calls), 0);
+  ASSERT_EQ(startWithFailure(directory.file("state.db"), 0, calls), 0);
   ASSERT_GT(calls, 3U);
   for (std::uint64_t call = 1; call <= calls; ++call) {
     std::uint64_t ignored = 0;
-    EXPECT_EQ(startWithFailure(folder.file("state.db"), call, ignored), 0) << "call " << call;
+    EXPECT_EQ(startWithFailure(directory.file("state.db"), call, ignored), 0) << "call " << call;
   }
 }
 

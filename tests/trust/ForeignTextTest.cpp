@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What clients and drives are called is shown and stored, and never acted upon.
+// The texts of clients and drives are shown and stored, and never interpreted.
 #include "TrustFixture.h"
 
 namespace tvp::test {
@@ -9,7 +9,7 @@ using host::Value;
 
 class ForeignTextTest : public TrustTest {};
 
-TEST_F(ForeignTextTest, IsNoFormatNoPathAndNoStatement) {
+TEST_F(ForeignTextTest, IsNeverUsedAsAFormatAPathOrAStatement) {
   const std::string log = m_log.root().write("var/log/TVP.txt", "");
   const host::SchemaMethod& create = *m_broker.schema().find("TVP_TierService")->method("CreateVirtualPool");
   const host::ObjectPath service = path("TVP_TierService");

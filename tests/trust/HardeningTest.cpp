@@ -15,7 +15,7 @@ std::string readelf(const std::string& option, const std::string& file) {
   return result.out;
 }
 
-/** The line of a listing that has the word; empty when none has it. */
+/** The line of a listing that contains the word; empty when there is none. */
 std::string lineWith(const std::string& listing, const std::string& word) {
   const std::size_t found = listing.find(word);
   if (found == std::string::npos) {
@@ -29,7 +29,7 @@ TEST(Hardening, IsInEveryBuiltFile) {
   struct Case {
     const char* file;
     bool program;
-    bool formats;  ///< has calls that the checked variants of the C library replace
+    bool formats;  ///< makes calls that have checked variants in the C library
   };
   for (const Case& c :
        {Case{"lib/libtarvexProProvider.so", false, true},
@@ -58,7 +58,7 @@ TEST(Hardening, IsInEveryBuiltFile) {
   }
 }
 
-TEST(Hardening, NoFileIsSearchedInAFolderThatOthersWrite) {
+TEST(Hardening, NoFileIsSearchedInADirectoryThatOthersCanWrite) {
   for (const char* file : {"lib/libtarvexProProvider.so", "lib/libVOLTVK.so", "bin/tvpcim"}) {
     const std::string path = lineWith(readelf("-d", file), "PATH");
     EXPECT_TRUE(path.empty() || path.find("[$ORIGIN]") != std::string::npos) << path;

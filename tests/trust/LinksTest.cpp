@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Neither the log nor the state is reached through what other users may have put in its place.
+// Neither the log nor the state is reached through links that other users may have put in its place.
 #include "engine/EngineFixture.h"
 #include "support/LogCapture.h"
 
@@ -18,11 +18,9 @@ std::string contentOf(const std::string& file) {
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-/** Changes the state. @throws what says why it cannot be used */
+/** Changes the state. @throws an exception that says why it cannot be used */
 void addDrive() {
-  voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
-    voltvk::DriveRegistry(connection).addVirtual({TVK_DEVICE_HDD, 100 * MIB, {}, {}});
-  });
+  Storage::addDrive(TVK_DEVICE_HDD, 100 * MIB);
 }
 
 TEST(Links, TheLogIsNotWrittenThroughTheLinkOfAnotherUser) {
@@ -51,26 +49,26 @@ TEST(Links, TheLogIsNeverCreated) {
   EXPECT_FALSE(std::filesystem::exists(log.root().file("var/log/TVP.txt")));
 }
 
-TEST(Links, TheStateAndItsCompanionsAreNotReachedThroughLinks) {
+TEST(Links, TheStateFilesAreNotReachedThroughLinks) {
   for (const char* name : {"state.db", "state.db-wal", "state.db-shm"}) {
     SCOPED_TRACE(name);
-    const TemporaryFolder folder;
-    const std::string target = folder.write("target", "precious");
-    std::filesystem::create_symlink(target, folder.file(name));
-    ::setenv("VOLTVK_STATE", folder.file("state.db").c_str(), 1);
+    const TemporaryDirectory directory;
+    const std::string target = directory.write("target", "precious");
+    std::filesystem::create_symlink(target, directory.file(name));
+    ::setenv("VOLTVK_STATE", directory.file("state.db").c_str(), 1);
     EXPECT_ANY_THROW(addDrive());
     EXPECT_EQ(contentOf(target), "precious");
   }
 }
 
-TEST(Links, TheStateBelongsToItsOwnerAloneWhateverTheMask) {
-  const TemporaryFolder folder;
+TEST(Links, TheStateIsReadableByItsOwnerAloneWhateverTheUmask) {
+  const TemporaryDirectory directory;
   const mode_t before = ::umask(0);
-  const std::string path = folder.file("new/folder/state.db");
+  const std::string path = directory.file("new/directory/state.db");
   ::setenv("VOLTVK_STATE", path.c_str(), 1);
   addDrive();
   ::umask(before);
-  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(directory.path())) {
     struct stat status {};
     ASSERT_EQ(::stat(entry.path().c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0077U, 0U) << entry.path();

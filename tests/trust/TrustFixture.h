@@ -12,11 +12,6 @@
 
 namespace tvp::test {
 
-/** Hides the drives of the machine, before anything of the provider looks for them. */
-struct MachineWithoutDrives {
-  MachineWithoutDrives() { ::setenv("VOLTVK_HOST_ROOT", "/nonexistent", 1); }
-};
-
 /** The product's schema together with the association fixtures. */
 inline std::shared_ptr<const host::Schema> productSchema() {
   std::ifstream file(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
@@ -26,24 +21,23 @@ inline std::shared_ptr<const host::Schema> productSchema() {
 
 /**
  * The provider, linked in, on a configuration with pools and volumes of every kind, which arrange()
- * brings back after a change.
+ * restores after a change.
  */
-class TrustTest : private MachineWithoutDrives, public RunningProviderTest {
+class TrustTest : public RunningProviderTest {
 protected:
   TrustTest() : RunningProviderTest(productSchema()) {
-    std::filesystem::remove(m_log.root().file("var/log/TVP.txt"));  // the log would take most of the time
-    voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
-      for (const TvkDeviceType type :
-           {TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD, TVK_DEVICE_HDD, TVK_DEVICE_HDD}) {
-        voltvk::DriveRegistry(connection).addVirtual({type, 1000 * MIB, {}, {}});
-      }
-    });
+    std::filesystem::remove(
+        m_log.root().file("var/log/TVP.txt"));  // writing the log would take most of the time
+    for (const TvkDeviceType type :
+         {TVK_DEVICE_HDD, TVK_DEVICE_SSD, TVK_DEVICE_HDD, TVK_DEVICE_HDD, TVK_DEVICE_HDD}) {
+      Storage::addDrive(type, 1000 * MIB);
+    }
     arrange();
   }
 
   static constexpr std::uint8_t FREE_DRIVE = 2;
 
-  /** Everything that a change could show in, as text. */
+  /** Everything that a change could affect, as text. */
   std::string state() {
     std::string text;
     const Listing<VirtualPool> pools(&m_adapter, "VirtualPool");
@@ -60,7 +54,7 @@ protected:
     return text;
   }
 
-  /** Brings the configuration back when it has changed; the identifiers are other ones then. */
+  /** Restores the configuration if it has changed; its identifiers are different then. */
   void arrange() {
     if (!m_standard.empty() && state() == m_standard) {
       return;
@@ -77,11 +71,9 @@ protected:
     makePool("flash", 1, TVK_TIER_SSD);
     makePool("spare", 3, TVK_TIER_HDD);
     for (const std::uint8_t type : {TVK_VOLUME_TIERED, TVK_VOLUME_CACHED}) {
-      VirtualVolumeSpec volume = volumeSpec(
-          type == TVK_VOLUME_TIERED ? "tiered" : "cached", type,
-          {{m_ids["disks"], 100 * MIB}, {m_ids["flash"], 50 * MIB}});
-      EXPECT_EQ(m_adapter.createVirtualVolume(volume).getReturn(), TVK_OK);
-      m_ids[volume.name] = volume.volumeId;
+      const char* name = type == TVK_VOLUME_TIERED ? "tiered" : "cached";
+      m_ids[name] = Storage::createVolume(
+          volumeSpec(name, type, {{m_ids["disks"], 100 * MIB}, {m_ids["flash"], 50 * MIB}}));
     }
     VirtualPoolSpec internal = poolSpec("InternalPool4", {4}, 50 * MIB);
     VirtualPoolSpec cache = poolSpec("", {}, 10 * MIB);
@@ -133,9 +125,7 @@ protected:
 
 private:
   void makePool(const char* name, std::uint8_t drive, std::uint8_t tier) {
-    VirtualPoolSpec pool = poolSpec(name, {drive}, 600 * MIB, tier);
-    EXPECT_EQ(m_adapter.createVirtualPool(pool).getReturn(), TVK_OK) << name;
-    m_ids[name] = pool.poolId;
+    m_ids[name] = Storage::createPool(poolSpec(name, {drive}, 600 * MIB, tier));
   }
 };
 

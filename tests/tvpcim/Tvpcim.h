@@ -23,7 +23,7 @@ protected:
     Words arguments = {std::string(TVP_BINARY_DIR "/bin/") + program};
     arguments.insert(arguments.end(), words.begin(), words.end());
     Command result(std::move(arguments));
-    result.with("VOLTVK_STATE", m_folder.file("state.db")).with("TVPCIM_STRICT", "1").without("NO_COLOR");
+    result.with("VOLTVK_STATE", m_directory.file("state.db")).with("TVPCIM_STRICT", "1").without("NO_COLOR");
     result.with("VOLTVK_HOST_ROOT", "/nonexistent");  // the machine's own drives would shift the numbers
     return result;
   }
@@ -54,10 +54,10 @@ protected:
     return number.substr(0, number.find('\n'));
   }
 
-  const TemporaryFolder& folder() const { return m_folder; }
+  const TemporaryDirectory& directory() const { return m_directory; }
 
 private:
-  TemporaryFolder m_folder;
+  TemporaryDirectory m_directory;
 };
 
 /** The first object of an array whose member has the value; null when there is none. */

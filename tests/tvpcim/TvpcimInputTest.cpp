@@ -14,7 +14,7 @@ using testing::Not;
 class TvpcimInput : public TvpcimTest {};
 
 TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
-  const std::string brokenSchema = folder().write("broken.mof", "class TVP_A {\n  uint32 X\n};\n");
+  const std::string brokenSchema = directory().write("broken.mof", "class TVP_A {\n  uint32 X\n};\n");
   const std::string path = "TVP_VirtualPool.Name=\"x\"";
   const struct {
     Words words;
@@ -118,7 +118,7 @@ TEST_F(TvpcimInput, TheDeclarationOfAClassIsItsOwnSchema) {
     if (shown.out.find("EmbeddedInstance") != std::string::npos) {
       continue;  // needs the classes that it embeds
     }
-    const std::string file = folder().write(name + ".mof", shown.out);
+    const std::string file = directory().write(name + ".mof", shown.out);
     const CommandResult again = tvpcim({"mof", name, "--schema", file});
     EXPECT_EQ(again.out, shown.out) << again.err;
     EXPECT_EQ(answer({"mof", name, "--schema", file}), answer({"mof", name}));
@@ -142,11 +142,11 @@ TEST_F(TvpcimInput, ATerminalGetsWhatFitsAndAFileEverything) {
 
 TEST_F(TvpcimInput, TheProviderAndTheClassesAreFoundBesideTheCommand) {
   namespace fs = std::filesystem;
-  const fs::path prefix = folder().path() / "prefix";
+  const fs::path prefix = directory().path() / "prefix";
   fs::create_directories(prefix / "bin");
   fs::copy_file(TVP_BINARY_DIR "/bin/tvpcim", prefix / "bin/tvpcim");
   Command moved({(prefix / "bin/tvpcim").string(), "ei", "TVP_TierService", "-o", "json"});
-  moved.with("VOLTVK_STATE", folder().file("state.db"));
+  moved.with("VOLTVK_STATE", directory().file("state.db"));
   const CommandResult alone = moved.run();
   EXPECT_TRUE(
       alone.exitStatus == 0 ||
@@ -167,7 +167,7 @@ TEST_F(TvpcimInput, OutputThatCannotBeWrittenIsAFailure) {
   EXPECT_THAT(full.err, HasSubstr("standard output cannot be written"));
   addDrive("hdd", "1GiB");
   const CommandResult closed = Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim drives >&-"})
-                                   .with("VOLTVK_STATE", folder().file("state.db"))
+                                   .with("VOLTVK_STATE", directory().file("state.db"))
                                    .run();
   EXPECT_EQ(closed.exitStatus, 1);
   EXPECT_GE(answer({"drives"}).size(), 1U) << "the state is not what took the place of the output";

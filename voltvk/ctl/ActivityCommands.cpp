@@ -2,9 +2,9 @@
 #include "voltvk/ctl/Commands.h"
 #include "voltvk/engine/activity/PolicyEngine.h"
 #include "voltvk/engine/activity/VolumeActivity.h"
-#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
-#include "voltvk/engine/state/State.h"
 
 #include <CLI/CLI.hpp>
 

@@ -2,8 +2,8 @@
 #include "text/Size.h"
 #include "voltvk/Limits.h"
 #include "voltvk/ctl/Commands.h"
+#include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/state/State.h"
 
 #include <CLI/CLI.hpp>
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
 #include "voltvk/ctl/IsoTime.h"
-#include "voltvk/engine/activity/EventJournal.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/EventJournal.h"
 
 #include <CLI/CLI.hpp>
 

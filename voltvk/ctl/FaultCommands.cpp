@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
-#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/contract/Faults.h"
 
 #include <CLI/CLI.hpp>
 

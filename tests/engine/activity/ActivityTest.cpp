@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// I/O, the counters that tell of it, and what the policy engine makes of it.
+// I/O, the counters that record it, and how the policy engine reacts to it.
 #include "engine/EngineFixture.h"
 #include "voltvk/engine/activity/PolicyEngine.h"
 #include "voltvk/engine/activity/VolumeActivity.h"
@@ -29,7 +29,7 @@ protected:
       voltvk::VolumeActivity(connection, volumes.back()).play(pattern);
     });
   }
-  /** Reads the first chunks of the volume, each so many times. */
+  /** Reads each of the first chunks of the volume the given number of times. */
   void heat(std::uint64_t chunks, std::uint64_t times) {
     for (std::uint64_t i = 0; i < times; ++i) {
       play({chunks, 0, true, 0, 1});
@@ -54,9 +54,9 @@ protected:
   std::uint32_t m_ssd = 0;
 };
 
-TEST_F(ActivityTest, CountersTellWhatWasPlayed) {
+TEST_F(ActivityTest, CountersReportTheIoThatWasPlayed) {
   const std::uint32_t id = create(TVK_VOLUME_TIERED, 30, 10);
-  play({40, 20, true, 0, 1});  // once through all chunks and half of them again
+  play({40, 20, true, 0, 1});  // all chunks once and half of them again
   play({5, 5, false, 100, 7});
   d_ioctl_user_stat counted = statistics(id);
   EXPECT_EQ(counted.readIoCount, 45U);
@@ -79,7 +79,7 @@ TEST_F(ActivityTest, CountersTellWhatWasPlayed) {
   EXPECT_EQ(counted.totalChunks, 40U);
 }
 
-TEST_F(ActivityTest, PolicyExchangesHotChunksOfTieredVolumes) {
+TEST_F(ActivityTest, HotChunksOfTieredVolumesMoveToTheSsdPool) {
   const std::uint32_t id = create(TVK_VOLUME_TIERED, 100, 20);
   EXPECT_EQ(volumes()[0]->getMaxMoveChunks(), 16U);
   EXPECT_EQ(volumes()[0]->getMoveThreshold(), 4U);
@@ -105,7 +105,7 @@ TEST_F(ActivityTest, EquallyHotChunksAreNotExchanged) {
   const auto heatOfSsd = [&](const char* sql) {
     state()->change([&](voltvk::Connection& connection) { connection.execute(sql); });
   };
-  heatOfSsd("UPDATE chunk SET heat = 8 WHERE ssd = 1");  // 4 when it has aged, as the others
+  heatOfSsd("UPDATE chunk SET heat = 8 WHERE ssd = 1");  // 4 after ageing, like the others
   EXPECT_EQ(runRound(), 0U);
   heatOfSsd("UPDATE chunk SET heat = 8 WHERE ssd = 1");
   heatOfSsd("UPDATE chunk SET heat = 6 WHERE number = 119");
@@ -128,7 +128,7 @@ TEST_F(ActivityTest, EventsOfThePolicyHaveTheirTimeAndTheirVolume) {
   EXPECT_LE(events.Obj_P(0)->time, after);
 }
 
-TEST_F(ActivityTest, CacheFillsTakesWritesAndIsFlushed) {
+TEST_F(ActivityTest, CacheFillsTakesWritesAndIsFlushedOnRequest) {
   const std::uint32_t id = create(TVK_VOLUME_CACHED, 100, 10);
   heat(12, 4);
   EXPECT_EQ(runRound(), 10U) << "the cache is full";
@@ -148,7 +148,7 @@ TEST_F(ActivityTest, CacheFillsTakesWritesAndIsFlushed) {
   EXPECT_EQ(newEvents(), expected);
 }
 
-TEST_F(ActivityTest, KnobDecidesHowMuchIsMoved) {
+TEST_F(ActivityTest, KnobDecidesHowManyChunksMovePerRound) {
   const std::uint32_t id = create(TVK_VOLUME_TIERED, 200, 100);
   struct Case {
     TvkKnob knob;
@@ -182,7 +182,7 @@ TEST_F(ActivityTest, StoppedPolicyMovesNothing) {
   EXPECT_EQ(runRound(), 10U);
 }
 
-TEST_F(ActivityTest, HeatOfHugeVolumesIsRememberedInPart) {
+TEST_F(ActivityTest, OnlyTheHottestChunksOfAHugeVolumeAreRemembered) {
   const std::uint32_t pool = m_hdd;
   createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, 900 * MIB}, {m_ssd, 900 * MIB}}));
   addDrive(TVK_DEVICE_HDD, 100000 * MIB);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What pools and volumes are once they are made, and what is told of their changes.
+// What pools and volumes look like after their creation, and which events report their changes.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/state/EventJournal.h"
 
 #include <atomic>
 #include <thread>
@@ -19,14 +19,14 @@ protected:
     ssd.capacityInSectors = 8 * MIB;
     VirtualPoolSpec hdd = poolSpec("InternalPool1", {drive}, 50 * MIB - 3, TVK_TIER_HDD, chunk);
     VirtualVolumeSpec volume = volumeSpec(name, TVK_VOLUME_CACHED, {});
-    // The caller of the interface hands over the internal pool first; either order must do.
+    // The caller of the interface passes the internal pool first; either order must work.
     EXPECT_EQ(TvkAdapter().createCachedLD(hdd, ssd, volume).getReturn(), TVK_OK);
     EXPECT_NE(hdd.poolId, TVK_NO_ID);
     return volume.volumeId;
   }
 };
 
-TEST_F(ConfigurationTest, PoolSharesItsCapacityOverItsDrives) {
+TEST_F(ConfigurationTest, PoolSpreadsItsCapacityOverItsDrives) {
   addDrive(TVK_DEVICE_HDD, 10 * MIB);
   addDrive(TVK_DEVICE_HDD, 100 * MIB + 5);
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
@@ -52,7 +52,7 @@ TEST_F(ConfigurationTest, PoolSharesItsCapacityOverItsDrives) {
   }
 }
 
-TEST_F(ConfigurationTest, VolumeUsesTheGapsThatOthersLeave) {
+TEST_F(ConfigurationTest, VolumeFillsTheGapsBetweenOtherVolumes) {
   addDrive(TVK_DEVICE_HDD, 30 * MIB);
   const std::uint32_t pool = createPool(poolSpec("pool", {0}, 30 * MIB));
   std::vector<std::uint32_t> ids;
@@ -77,7 +77,7 @@ TEST_F(ConfigurationTest, VolumeUsesTheGapsThatOthersLeave) {
   EXPECT_GT(listed.last()->getVolumeId(), ids[2]) << "identifiers are never given twice";
 }
 
-TEST_F(ConfigurationTest, KindsOfVolumesTakeTheirCapacityFromTheRightPool) {
+TEST_F(ConfigurationTest, EachKindOfVolumeTakesItsCapacityFromTheRightPool) {
   addDrive(TVK_DEVICE_HDD, 1000 * MIB);
   addDrive(TVK_DEVICE_SSD, 1000 * MIB);
   const std::uint32_t hdd = createPool(poolSpec("hdd", {0}, 500 * MIB, TVK_TIER_HDD, 8));
@@ -102,7 +102,7 @@ TEST_F(ConfigurationTest, KindsOfVolumesTakeTheirCapacityFromTheRightPool) {
   EXPECT_EQ(pools()[1]->getUsedCapacityInSectors(), 16 * MIB);
 }
 
-TEST_F(ConfigurationTest, CachedDriveBringsItsInternalPoolAndTakesItAlong) {
+TEST_F(ConfigurationTest, CachedDriveCreatesAndDeletesItsInternalPool) {
   addDrive(TVK_DEVICE_HDD, 50 * MIB);
   addDrive(TVK_DEVICE_SSD, 50 * MIB);
   const std::uint32_t ssd = createPool(poolSpec("ssd", {1}, 48 * MIB, TVK_TIER_SSD, 4 * MIB));
@@ -125,7 +125,7 @@ TEST_F(ConfigurationTest, CachedDriveBringsItsInternalPoolAndTakesItAlong) {
   EXPECT_EQ(newEvents(), expected);
 }
 
-TEST_F(ConfigurationTest, EveryChangeIsTold) {
+TEST_F(ConfigurationTest, EveryChangeIsReportedAsAnEvent) {
   addDrive(TVK_DEVICE_HDD, 50 * MIB);
   const std::uint32_t pool = createPool(poolSpec("a[b]c", {0}, 50 * MIB));
   auto spec = poolSpec("new", {}, 0, TVK_TIER_HDD);
@@ -138,7 +138,7 @@ TEST_F(ConfigurationTest, EveryChangeIsTold) {
   tvkSetText(change.description, sizeof change.description, "d");
   change.knobSetting = TVK_KNOB_AGGRESSIVE;
   EXPECT_EQ(adapter().modifyVirtualVolume(id, change).getReturn(), TVK_OK);
-  EXPECT_EQ(adapter().modifyVirtualVolume(id, change).getReturn(), TVK_OK);  // nothing new to tell
+  EXPECT_EQ(adapter().modifyVirtualVolume(id, change).getReturn(), TVK_OK);  // nothing new to report
   EXPECT_EQ(adapter().resetVirtualVolumeStats(id).getReturn(), TVK_OK);
   EXPECT_EQ(adapter().deleteVirtualPool(pool).getReturn(), TVK_POOL_IN_USE);
   EXPECT_EQ(adapter().deleteVirtualVolume(id).getReturn(), TVK_OK);
@@ -186,7 +186,7 @@ TEST_F(ConfigurationTest, EventsNameThePoolOrVolumeThatTheyAreAbout) {
   EXPECT_EQ(identifiers, expected);
 }
 
-TEST_F(ConfigurationTest, EventsOfTwoPollsAllArriveAndOldOnesGo) {
+TEST_F(ConfigurationTest, EventsOfTwoPollsAllArriveAndOldOnesAreDropped) {
   addDrive(TVK_DEVICE_HDD, 50 * MIB);
   newEvents();
   state()->change([&](voltvk::Connection& connection) {
@@ -210,7 +210,7 @@ TEST_F(ConfigurationTest, EventsOfTwoPollsAllArriveAndOldOnesGo) {
   EXPECT_EQ(kept.front(), "601 [1]");
 }
 
-TEST_F(ConfigurationTest, ConfigurationOutlivesTheProcessThatMadeIt) {
+TEST_F(ConfigurationTest, ConfigurationOutlivesItsProcess) {
   addDrive(TVK_DEVICE_SSD, 50 * MIB);
   const std::uint32_t pool = createPool(poolSpec("pool", {0}, 50 * MIB, TVK_TIER_SSD));
   const std::uint32_t id = createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, 10 * MIB}}));
@@ -218,10 +218,10 @@ TEST_F(ConfigurationTest, ConfigurationOutlivesTheProcessThatMadeIt) {
   m_lib = std::make_unique<TvkLib>();
   ASSERT_EQ(volumes().size(), 1U);
   EXPECT_EQ(volumes()[0]->getVolumeId(), id);
-  EXPECT_TRUE(newEvents().empty()) << "what happened before is no news";
+  EXPECT_TRUE(newEvents().empty()) << "what happened before is not news";
 }
 
-TEST_F(ConfigurationTest, CollectionsShowOneMomentWhateverHappensMeanwhile) {
+TEST_F(ConfigurationTest, CollectionsShowOneConsistentMoment) {
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
   const std::uint32_t pool = createPool(poolSpec("pool", {0}, 100 * MIB));
   std::atomic<bool> stop{false};
@@ -264,7 +264,7 @@ TEST_F(ConfigurationTest, CollectionsShowOneMomentWhateverHappensMeanwhile) {
   EXPECT_GE(without, 20);
 }
 
-TEST_F(ConfigurationTest, CollectionsOfNothing) {
+TEST_F(ConfigurationTest, CollectionsOfNothingAreNullOrEmpty) {
   addDrive(TVK_DEVICE_HDD, 50 * MIB);
   FilterCollection none(nullptr);
   EXPECT_EQ(none.size(), 0);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// What holds for all inputs: of allocation, of texts, of many threads at once.
+// Properties that hold for all inputs: of the allocation, of texts, of many threads at once.
 #include "engine/EngineFixture.h"
 #include "text/Utf8.h"
-#include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
+#include "voltvk/engine/state/PlainText.h"
 
 #include <atomic>
 #include <numeric>
@@ -65,7 +65,7 @@ TEST(Allocation, AGapThatFitsExactlyIsUsedWhole) {
   EXPECT_TRUE(allocator.allocate(1).empty());
 }
 
-TEST(Allocation, SharesAreEvenAsFarAsDrivesAllow) {
+TEST(Allocation, SharesAreAsEvenAsTheDrivesAllow) {
   std::mt19937_64 random(12);
   for (int round = 0; round < 300; ++round) {
     std::vector<std::uint64_t> capacities(1 + random() % 8);
@@ -83,7 +83,7 @@ TEST(Allocation, SharesAreEvenAsFarAsDrivesAllow) {
   }
 }
 
-TEST(Texts, WhateverComesInGoesOutAsUtf8) {
+TEST(Texts, AnyBytesBecomeValidUtf8) {
   std::mt19937_64 random(13);
   const std::string pieces[] = {
       "a",
@@ -115,7 +115,7 @@ TEST(Texts, WhateverComesInGoesOutAsUtf8) {
   }
 }
 
-TEST(Texts, FieldsAreCutAtWholeCharacters) {
+TEST(Texts, FieldsAreCutBetweenCharacters) {
   char field[6];
   EXPECT_TRUE(tvkSetText(field, sizeof field, "abcde"));
   EXPECT_STREQ(field, "abcde");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command voltvkctl, and what the storage library shows to those who link it.
+// The command voltvkctl, and what the storage library exports.
 #include "engine/EngineFixture.h"
 #include "support/Command.h"
 
@@ -31,7 +31,7 @@ protected:
   }
 };
 
-TEST_F(VoltvkctlTest, WrongUsageAndFailuresInOneLineThatHelps) {
+TEST_F(VoltvkctlTest, WrongUsageAndFailuresAreExplainedInOneLine) {
   struct Case {
     int status;
     std::vector<std::string> arguments;
@@ -87,7 +87,7 @@ TEST_F(VoltvkctlTest, OutputThatCannotBeWrittenIsAFailure) {
   }
 }
 
-TEST_F(VoltvkctlTest, DrivesFromAddingToRemoving) {
+TEST_F(VoltvkctlTest, DrivesAreAddedListedAndRemoved) {
   EXPECT_EQ(text({"drive", "list"}), "No drives.\n");
   EXPECT_EQ(json({"drive", "list"}), Json::array());
   EXPECT_EQ(text({"drive", "add", "--type", "hdd", "--size", "100GiB"}), "0\n");
@@ -103,16 +103,16 @@ TEST_F(VoltvkctlTest, DrivesFromAddingToRemoving) {
   EXPECT_EQ(text({"drive", "add", "--type", "hdd", "--size", "8T"}), "2\n") << "numbers are not given again";
 }
 
-TEST_F(VoltvkctlTest, StatusTellsWhyThereIsNoDriver) {
+TEST_F(VoltvkctlTest, StatusSaysWhyThereIsNoDriver) {
   Json status = json({"status"});
   EXPECT_EQ(status["driver"], "available");
   EXPECT_EQ(status["policy"], "running");
-  EXPECT_EQ(status["state"], m_folder.file("state.db"));
+  EXPECT_EQ(status["state"], m_directory.file("state.db"));
   text({"fault", "set", "driver-absent"});
   EXPECT_NE(json({"status"})["reason"].get<std::string>().find("fault clear"), std::string::npos);
   m_lib.reset();
-  m_folder.write(
-      "state.db", "this is no database, whatever its name says: it is a text of some length. "
+  m_directory.write(
+      "state.db", "this is not a database, whatever its name says: it is a text of some length. "
                   "A header has a hundred bytes.");
   status = json({"status"});
   EXPECT_EQ(status["driver"], "not available");
@@ -187,7 +187,7 @@ TEST_F(VoltvkctlTest, IoAndPolicyMoveTheHotArea) {
   EXPECT_EQ(counted["totalReads"], 600);
 }
 
-TEST_F(VoltvkctlTest, EventsInOrder) {
+TEST_F(VoltvkctlTest, EventsAreListedInOrder) {
   for (int i = 0; i < 3; ++i) {
     text({"drive", "add", "--type", "hdd", "--size", "1G"});
   }
@@ -202,7 +202,7 @@ TEST_F(VoltvkctlTest, EventsInOrder) {
 }
 
 #ifdef TVP_SEALED
-TEST(LibraryInterface, ShowsTheContractAndNothingElse) {
+TEST(LibraryInterface, ExportsTheContractAndNothingElse) {
   const CommandResult symbols =
       Command({"/usr/bin/nm", "-DC", "--defined-only", TVP_BINARY_DIR "/lib/libVOLTVK.so"}).run();
   ASSERT_EQ(symbols.exitStatus, 0) << symbols.err;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The drives of a machine, from recorded trees of sysfs.
+// The drives of a machine, read from recorded sysfs trees.
 #include "engine/EngineFixture.h"
 #include "voltvk/engine/drives/HostDriveScanner.h"
 
@@ -11,41 +11,41 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/** Lays out what sysfs and proc of a machine look like. */
+/** Writes the sysfs and proc files of a machine. */
 class Machine {
 public:
-  explicit Machine(const TemporaryFolder& folder) : m_folder(folder) {
-    fs::create_directories(m_folder.path() / "host/sys/block");
+  explicit Machine(const TemporaryDirectory& directory) : m_directory(directory) {
+    fs::create_directories(m_directory.path() / "host/sys/block");
     mounts("");
     swaps("");
   }
 
   using Files = std::map<std::string, std::string>;
 
-  /** @param place where the device hangs, as below /sys/devices; decides how it is attached. */
+  /** @param place path of the device below /sys/devices, which shows how it is attached */
   void drive(
       const std::string& name, const std::string& place, const std::string& subsystem,
       const Files& files) const {
-    const fs::path device = m_folder.path() / "host/sys/devices" / place;
-    const fs::path bus = m_folder.path() / "host/sys/bus" / subsystem;
+    const fs::path device = m_directory.path() / "host/sys/devices" / place;
+    const fs::path bus = m_directory.path() / "host/sys/bus" / subsystem;
     fs::create_directories(device / "block" / name);
     fs::create_directories(bus);
     fs::create_symlink(device, device / "block" / name / "device");
     if (!fs::exists(device / "subsystem")) {
       fs::create_symlink(bus, device / "subsystem");
     }
-    fs::create_directory_symlink(device / "block" / name, m_folder.path() / "host/sys/block" / name);
+    fs::create_directory_symlink(device / "block" / name, m_directory.path() / "host/sys/block" / name);
     write(name, files);
   }
   void write(const std::string& name, const Files& files) const {
     for (const auto& [file, content] : files) {
-      m_folder.write((fs::path("host/sys/block") / name / file).string(), content);
+      m_directory.write((fs::path("host/sys/block") / name / file).string(), content);
     }
   }
-  void remove(const std::string& name) const { fs::remove(m_folder.path() / "host/sys/block" / name); }
-  void mounts(const std::string& table) const { m_folder.write("host/proc/self/mountinfo", table); }
+  void remove(const std::string& name) const { fs::remove(m_directory.path() / "host/sys/block" / name); }
+  void mounts(const std::string& table) const { m_directory.write("host/proc/self/mountinfo", table); }
   void swaps(const std::string& table) const {
-    m_folder.write("host/proc/swaps", "Filename\t\t\tType\t\tSize\n" + table);
+    m_directory.write("host/proc/swaps", "Filename\t\t\tType\t\tSize\n" + table);
   }
 
   std::map<std::string, voltvk::DriveRecord> scan() const {
@@ -57,12 +57,12 @@ public:
   }
 
 private:
-  const TemporaryFolder& m_folder;
+  const TemporaryDirectory& m_directory;
 };
 
 class HostDrivesTest : public EngineTest {
 protected:
-  HostDrivesTest() : m_machine(m_folder) {}
+  HostDrivesTest() : m_machine(m_directory) {}
 
   void plainDrive(const std::string& name, const std::string& serial = "") const {
     m_machine.drive(
@@ -82,7 +82,7 @@ protected:
   Machine m_machine;
 };
 
-TEST_F(HostDrivesTest, WhatTheSystemTellsOfEachKind) {
+TEST_F(HostDrivesTest, EveryKindOfDriveIsReadFromTheSystemFiles) {
   m_machine.drive(
       "sda", "pci0/ata1/host0/0:0:0:0", "scsi",
       {{"size", "1953525168\n"},
@@ -115,7 +115,7 @@ TEST_F(HostDrivesTest, WhatTheSystemTellsOfEachKind) {
   }
   m_machine.drive("sdd", "pci0/host3/target3", "scsi", {{"size", "0\n"}});
   m_machine.drive("nvme0c0n1", "pci0/nvme/nvme1", "nvme", {{"size", "100\n"}, {"hidden", "1\n"}});
-  m_machine.drive("sde", "pci0/host4/target4", "scsi", {});  // vanishes while it is looked at
+  m_machine.drive("sde", "pci0/host4/target4", "scsi", {});  // vanishes while it is being read
 
   const auto drives = m_machine.scan();
   ASSERT_EQ(drives.size(), 7U);
@@ -197,7 +197,7 @@ TEST_F(HostDrivesTest, DrivesInUseCannotJoinAPool) {
   }
 }
 
-TEST_F(HostDrivesTest, NumbersStayWithTheDrivesThatTheyWereGivenTo) {
+TEST_F(HostDrivesTest, DrivesKeepTheirNumbers) {
   plainDrive("sda", "one");
   plainDrive("sdb", "two");
   EXPECT_EQ(names(), (std::vector<std::string>{"0 /dev/sda", "1 /dev/sdb"}));
@@ -214,7 +214,7 @@ TEST_F(HostDrivesTest, NumbersStayWithTheDrivesThatTheyWereGivenTo) {
   EXPECT_EQ(names().size(), 5U);
 }
 
-TEST_F(HostDrivesTest, MemberThatIsGoneDegradesWhatStandsOnIt) {
+TEST_F(HostDrivesTest, AMissingDriveDegradesItsPoolsAndVolumes) {
   plainDrive("sda", "one");
   plainDrive("sdb", "two");
   EXPECT_EQ(names().size(), 2U);
@@ -244,7 +244,7 @@ TEST_F(HostDrivesTest, APoolThatFillsItsDriveExactlyIsGood) {
   EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_DEGRADED) << "it has shrunk below its pool";
 }
 
-TEST_F(HostDrivesTest, TierLevelIsChangedWhenTheDriveTurnsOutToBeOfAnotherKind) {
+TEST_F(HostDrivesTest, ThePoolsTierLevelFollowsTheKindOfItsDrive) {
   plainDrive("sda", "one");
   EXPECT_EQ(names().size(), 1U);
   const std::uint32_t pool = createPool(poolSpec("pool", {0}, MIB));
@@ -259,7 +259,7 @@ TEST_F(HostDrivesTest, TierLevelIsChangedWhenTheDriveTurnsOutToBeOfAnotherKind) 
       TVK_INVALID_TIER_LEVEL);
 }
 
-TEST_F(HostDrivesTest, RefreshFindsNewDrives) {
+TEST_F(HostDrivesTest, ARefreshFindsNewDrives) {
   EXPECT_EQ(drives().size(), 0U);
   plainDrive("sda");
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);

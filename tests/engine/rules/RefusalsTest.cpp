@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every refusal has a status of its own, says what was wrong, and changes nothing.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <sqlite3.h>
 
@@ -44,7 +44,7 @@ protected:
     newEvents();
   }
 
-  /** Everything in the state but the events. */
+  /** Everything in the state except the events. */
   std::string contents() const {
     std::string text;
     state()->read([&](voltvk::Connection& connection) {
@@ -98,7 +98,7 @@ struct Spoiled {
   std::function<void(Spec&)> spoil = nullptr;
 };
 
-TEST_F(RefusalsTest, PoolsThatCannotBeMade) {
+TEST_F(RefusalsTest, UnfitPoolsAreRefusedWithTheRightStatus) {
   const auto named = [&](const std::string& name) { return pool(name.c_str()); };
   std::vector<std::uint8_t> many(65);
   std::iota(many.begin(), many.end(), std::uint8_t{0});
@@ -177,7 +177,7 @@ TEST_F(RefusalsTest, PoolsThatCannotBeMade) {
   EXPECT_EQ(contents(), before);
 }
 
-TEST_F(RefusalsTest, VolumesThatCannotBeMade) {
+TEST_F(RefusalsTest, UnfitVolumesAreRefusedWithTheRightStatus) {
   const VirtualPoolEntry hdd{m_hddPool, 10 * MIB};
   const VirtualPoolEntry ssd{m_ssdPool, 10 * MIB};
   const auto capacity = [&](std::uint64_t sectors) { return volume({{m_hddPool, sectors}}); };
@@ -247,7 +247,7 @@ TEST_F(RefusalsTest, VolumesThatCannotBeMade) {
   EXPECT_EQ(contents(), before);
 }
 
-TEST_F(RefusalsTest, CachedDrivesThatCannotBeMadeLeaveNoHalf) {
+TEST_F(RefusalsTest, RefusedCachedDrivesLeaveNothingBehind) {
   struct Case {
     TvkStatus status;
     const char* detail;
@@ -292,7 +292,7 @@ TEST_F(RefusalsTest, CachedDrivesThatCannotBeMadeLeaveNoHalf) {
   EXPECT_EQ(contents(), before);
 }
 
-TEST_F(RefusalsTest, OperationsOnWhatIsThereAlready) {
+TEST_F(RefusalsTest, UnfitChangesOfPoolsAndVolumesAreRefused) {
   const auto renamed = [](const char* name) { return poolSpec(name, {}, 0, 0); };
   auto levelled = renamed("");
   levelled.tierLevel = TVK_TIER_SSD;
@@ -351,7 +351,7 @@ TEST_F(RefusalsTest, OperationsOnWhatIsThereAlready) {
   EXPECT_EQ(contents(), before);
 }
 
-TEST_F(RefusalsTest, LimitsAreThoseOfTheIdentity) {
+TEST_F(RefusalsTest, LimitsAreThoseThatTheIdentityPublishes) {
   TvkAdapterIdentity identity{};
   ASSERT_EQ(adapter().getIdentity(identity).getReturn(), TVK_OK);
   EXPECT_EQ(identity.logicalDevicesCount, 7);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Killed processes and processes that work at once leave a state in which everything adds up.
+// Killed processes and concurrent processes leave a consistent state behind.
 #include "engine/EngineFixture.h"
 
 #include <csignal>
@@ -24,7 +24,7 @@ protected:
     }
   }
 
-  /** Does random changes until it is killed or the time is over. */
+  /** Makes random changes until it is killed or the time is up. */
   static void changeThings(unsigned int seed, std::chrono::milliseconds time) {
     std::mt19937 random(seed);
     TvkLib lib;
@@ -82,7 +82,7 @@ protected:
     return child;
   }
 
-  /** Capacities add up, nothing overlaps, and no internal pool is without its volume. */
+  /** Checks that capacities add up, nothing overlaps, and every internal pool has its volume. */
   void checkEverything() {
     m_lib = std::make_unique<TvkLib>();
     ASSERT_STREQ(m_lib->getOpenError(), "");
@@ -123,7 +123,7 @@ protected:
   }
 };
 
-TEST_F(CrashTest, KilledAtAnyMoment) {
+TEST_F(CrashTest, AProcessKilledAtAnyMomentLeavesASoundState) {
   m_lib.reset();
   std::mt19937 random(1);
   for (unsigned int round = 0; round < 12; ++round) {
@@ -136,9 +136,9 @@ TEST_F(CrashTest, KilledAtAnyMoment) {
   }
 }
 
-TEST_F(CrashTest, KilledWhileTheStateIsMade) {
+TEST_F(CrashTest, AProcessKilledWhileItCreatesTheStateLeavesAUsableOne) {
   for (unsigned int round = 0; round < 30; ++round) {
-    ::setenv("VOLTVK_STATE", m_folder.file("new" + std::to_string(round)).c_str(), 1);
+    ::setenv("VOLTVK_STATE", m_directory.file("new" + std::to_string(round)).c_str(), 1);
     const pid_t child = fork();
     if (child == 0) {
       TvkLib lib;
@@ -152,7 +152,7 @@ TEST_F(CrashTest, KilledWhileTheStateIsMade) {
   }
 }
 
-TEST_F(CrashTest, TwoProcessesAtOnce) {
+TEST_F(CrashTest, TwoProcessesMayChangeTheStateAtOnce) {
   m_lib.reset();
   const pid_t first = start(101, std::chrono::seconds(2));
   const pid_t second = start(202, std::chrono::seconds(2));
@@ -164,8 +164,8 @@ TEST_F(CrashTest, TwoProcessesAtOnce) {
   checkEverything();
 }
 
-TEST_F(CrashTest, FileStaysAsLargeAsItIs) {
-  const std::string path = m_folder.file("state.db");
+TEST_F(CrashTest, TheFileDoesNotGrowWithTheNumberOfChanges) {
+  const std::string path = m_directory.file("state.db");
   const auto rounds = [&](int count) {
     for (int i = 0; i < count; ++i) {
       const std::uint32_t pool = createPool(poolSpec("a name of a usual length", {0}, 80 * MIB));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Injected faults: who sees them, how long they last.
-#include "voltvk/engine/state/Faults.h"
+// Injected faults: which processes see them, and how long they last.
+#include "voltvk/engine/contract/Faults.h"
 
 #include "engine/EngineFixture.h"
 
@@ -24,7 +24,7 @@ protected:
   }
 };
 
-TEST_F(FaultsTest, DriverAbsent) {
+TEST_F(FaultsTest, AnAbsentDriverHasNoControllersAndNoCollections) {
   Faults().driverAbsent();
   unsigned long count = 99;
   EXPECT_EQ(m_lib->getControllerCount(count).getReturn(), TVK_NO_DRIVER);
@@ -41,7 +41,7 @@ TEST_F(FaultsTest, DriverAbsent) {
   EXPECT_EQ(drives().size(), 1U);
 }
 
-TEST_F(FaultsTest, AdapterAbsent) {
+TEST_F(FaultsTest, AnAbsentAdapterIsNullAndRefusesOperations) {
   TvkAdapter& held = adapter();
   Faults().adapterAbsent();
   EXPECT_EQ(m_lib->getRootObject()->getObject(0), nullptr);
@@ -114,13 +114,13 @@ TEST_F(FaultsTest, SlowOperationsTakeLongerUntilCleared) {
   EXPECT_EQ(Faults().clear(FaultKind::Slow, "refreshConfiguration"), 1U);
 }
 
-TEST_F(FaultsTest, SetByAnotherProcessAndTold) {
+TEST_F(FaultsTest, FaultsOfAnotherProcessHoldHereAndAreReported) {
   TvkAdapter& ours = adapter();
   const pid_t child = fork();
   if (child == 0) {
-    // A state of its own: the parent's belongs to the parent.
-    auto own =
-        std::make_shared<voltvk::State>(m_folder.file("state.db"), voltvk::HostDriveScanner::ofThisMachine());
+    // A State object of its own: the parent's connection must not be used here.
+    auto own = std::make_shared<voltvk::State>(
+        m_directory.file("state.db"), voltvk::HostDriveScanner::ofThisMachine());
     Faults(own).fail("getIdentity", 77);
     _exit(0);
   }
@@ -131,7 +131,7 @@ TEST_F(FaultsTest, SetByAnotherProcessAndTold) {
       newEvents(), std::vector<std::string>{"801 A fault was injected: [fail getIdentity with status 77]"});
 }
 
-TEST_F(FaultsTest, WhatMakesNoSenseIsRefused) {
+TEST_F(FaultsTest, FaultsThatMakeNoSenseAreRefused) {
   EXPECT_THROW(Faults().fail("noSuchOperation"), std::invalid_argument);
   EXPECT_THROW(Faults().fail("getIdentity", 0), std::invalid_argument);
   EXPECT_THROW(Faults().slow("getIdentity", std::chrono::milliseconds(0)), std::invalid_argument);

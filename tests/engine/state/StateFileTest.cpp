@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// States that cannot be used mean "no driver", say why, and stay as they are.
+// A state file that cannot be used means "no driver", with the reason, and is left unchanged.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/rules/Refusal.h"
-#include "voltvk/engine/state/LastRefusal.h"
+#include "voltvk/engine/contract/LastRefusal.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <sqlite3.h>
 
@@ -49,14 +49,14 @@ unsigned long controllers(TvkLib& lib) {
 
 class StateFileTest : public EngineTest {
 protected:
-  StateFileTest() : m_path(m_folder.file("state.db")) {
+  StateFileTest() : m_path(m_directory.file("state.db")) {
     addDrive(TVK_DEVICE_HDD, 50 * MIB);
     createPool(poolSpec("pool", {0}, 50 * MIB));
-    m_lib.reset();  // the last connection moves everything into the file
+    m_lib.reset();  // closing the last connection moves everything into the file
   }
   std::set<std::string> entries() const {
     std::set<std::string> names;
-    for (const auto& entry : fs::directory_iterator(m_folder.path())) {
+    for (const auto& entry : fs::directory_iterator(m_directory.path())) {
       names.insert(entry.path().filename());
     }
     return names;
@@ -64,7 +64,7 @@ protected:
   std::string m_path;
 };
 
-TEST_F(StateFileTest, IsNotWhereAProcessWithoutStandardStreamsPrints) {
+TEST_F(StateFileTest, NeverReceivesWhatAProcessWithoutStandardStreamsPrints) {
   const pid_t child = fork();
   if (child == 0) {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -85,16 +85,16 @@ TEST_F(StateFileTest, IsNotWhereAProcessWithoutStandardStreamsPrints) {
   EXPECT_EQ(pools().size(), 1U);
 }
 
-TEST_F(StateFileTest, MadeOnFirstUseForItsOwnerAlone) {
-  const std::string path = m_folder.file("deep/deeper/state.db");
+TEST_F(StateFileTest, IsCreatedOnFirstUseForItsOwnerAlone) {
+  const std::string path = m_directory.file("deep/deeper/state.db");
   ::setenv("VOLTVK_STATE", path.c_str(), 1);
   const mode_t mask = umask(0);
   TvkLib lib;
   umask(mask);
   EXPECT_STREQ(lib.getOpenError(), "");
   EXPECT_EQ(controllers(lib), 1U);
-  EXPECT_EQ(modeOf(m_folder.file("deep")), 0700U);
-  EXPECT_EQ(modeOf(m_folder.file("deep/deeper")), 0700U);
+  EXPECT_EQ(modeOf(m_directory.file("deep")), 0700U);
+  EXPECT_EQ(modeOf(m_directory.file("deep/deeper")), 0700U);
   for (const char* suffix : {"", "-wal", "-shm"}) {
     EXPECT_EQ(modeOf(path + suffix), 0600U) << suffix;
   }
@@ -102,7 +102,7 @@ TEST_F(StateFileTest, MadeOnFirstUseForItsOwnerAlone) {
 
 struct BadState {
   const char* name;
-  std::function<void(const TemporaryFolder&, const std::string&)> spoil;
+  std::function<void(const TemporaryDirectory&, const std::string&)> spoil;
   const char* reason;
 };
 
@@ -112,8 +112,8 @@ void PrintTo(const BadState& bad, std::ostream* out) {
 
 class BadStates : public StateFileTest, public ::testing::WithParamInterface<BadState> {};
 
-TEST_P(BadStates, MeanNoDriverAndAreLeftAlone) {
-  GetParam().spoil(m_folder, m_path);
+TEST_P(BadStates, MeanNoDriverAndAreLeftUnchanged) {
+  GetParam().spoil(m_directory, m_path);
   const bool regular = fs::is_regular_file(fs::symlink_status(m_path));
   const std::string before = regular ? bytesOf(m_path) : "";
   const std::set<std::string> listing = entries();
@@ -130,7 +130,7 @@ TEST_P(BadStates, MeanNoDriverAndAreLeftAlone) {
   EXPECT_FALSE(m_lib->getRootObject()->isPolicyEngineRunning());
   EXPECT_EQ(regular ? bytesOf(m_path) : "", before);
   EXPECT_EQ(entries(), listing);
-  // Once the obstacle is gone, a later call finds the driver.
+  // Once the obstacle is removed, a later call finds the driver.
   fs::remove_all(m_path);
   fs::remove(m_path + "-wal");
   EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
@@ -169,12 +169,12 @@ const BadState BAD_STATES[] = {
     {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=2"); },
      "newer version"},
     {"SymbolicLink",
-     [](auto& folder, auto& path) {
-       fs::rename(path, folder.file("elsewhere"));
-       fs::create_symlink(folder.file("elsewhere"), path);
+     [](auto& directory, auto& path) {
+       fs::rename(path, directory.file("elsewhere"));
+       fs::create_symlink(directory.file("elsewhere"), path);
      },
      "symbolic link"},
-    {"Folder",
+    {"Directory",
      [](auto&, auto& path) {
        fs::remove(path);
        fs::create_directory(path);
@@ -194,7 +194,7 @@ INSTANTIATE_TEST_SUITE_P(Files, BadStates, ::testing::ValuesIn(BAD_STATES), [](c
   return bad.param.name;
 });
 
-TEST_F(StateFileTest, PathThatCannotBe) {
+TEST_F(StateFileTest, AtAnImpossiblePathMeansNoDriver) {
   for (const std::string& path : {m_path + "/below/a/file", std::string("/proc/nowhere/state.db")}) {
     ::setenv("VOLTVK_STATE", path.c_str(), 1);
     TvkLib lib;
@@ -203,7 +203,7 @@ TEST_F(StateFileTest, PathThatCannotBe) {
   }
 }
 
-TEST_F(StateFileTest, OnAFullDiskIsNotCalledDamaged) {
+TEST_F(StateFileTest, OnAFullDiskIsNotReportedAsDamaged) {
   const auto before = signal(SIGXFSZ, SIG_IGN);
   rlimit limit{};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
@@ -219,7 +219,7 @@ TEST_F(StateFileTest, OnAFullDiskIsNotCalledDamaged) {
   EXPECT_EQ(pools().size(), 1U);
 }
 
-TEST_F(StateFileTest, FileTakenAwayUnderneath) {
+TEST_F(StateFileTest, IsCreatedAgainWhenItIsMovedAwayWhileInUse) {
   m_lib = std::make_unique<TvkLib>();
   ASSERT_EQ(pools().size(), 1U);
   fs::rename(m_path, m_path + ".old");
@@ -230,7 +230,7 @@ TEST_F(StateFileTest, FileTakenAwayUnderneath) {
   EXPECT_EQ(drives().size(), 1U);
 }
 
-TEST_F(StateFileTest, NumbersOfDrivesComeAgainWhenAllWereGiven) {
+TEST_F(StateFileTest, ReusesDriveNumbersOnceAllHaveBeenGiven) {
   m_lib = std::make_unique<TvkLib>();
   state()->change([](voltvk::Connection& connection) {
     connection.execute("UPDATE setting SET value = 254 WHERE name = 'last_drive_number'");
@@ -244,7 +244,7 @@ TEST_F(StateFileTest, NumbersOfDrivesComeAgainWhenAllWereGiven) {
   EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 2U);
 }
 
-TEST_F(StateFileTest, LockedStateIsBusyAndNotForEver) {
+TEST_F(StateFileTest, LockedByAnotherProcessIsBusyUntilItIsReleased) {
   m_lib = std::make_unique<TvkLib>();
   sqlite3* other = nullptr;
   ASSERT_EQ(sqlite3_open(m_path.c_str(), &other), SQLITE_OK);
@@ -275,7 +275,7 @@ TEST_F(StateFileTest, ACommitThatFailsLeavesAConnectionThatWorks) {
   m_lib = std::make_unique<TvkLib>();
   try {
     state()->change([](voltvk::Connection& connection) {
-      // What is wrong with the row is found out at the end of the transaction alone.
+      // The fault in the row is only noticed at the end of the transaction.
       connection.execute("PRAGMA defer_foreign_keys = ON; INSERT INTO pool_member VALUES(1, 7, 200, 5)");
     });
     ADD_FAILURE() << "the transaction was committed";
@@ -337,9 +337,9 @@ TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
   EXPECT_EQ(kept(), "getVirtualVolumeStats");
 }
 
-TEST_F(StateFileTest, ManyStartAtOnceOnANewState) {
+TEST_F(StateFileTest, MayBeCreatedByManyProcessesAtOnce) {
   for (int round = 0; round < 5; ++round) {
-    const std::string path = m_folder.file("new" + std::to_string(round));
+    const std::string path = m_directory.file("new" + std::to_string(round));
     std::vector<pid_t> children;
     for (int i = 0; i < 6; ++i) {
       const pid_t child = fork();

@@ -89,7 +89,7 @@ TEST_F(TvpcimWatch, EndsCleanlyOnASignalAndKeepsWhatItPrinted) {
 TEST_F(TvpcimWatch, EndsWithAFailureWhenItsOutputCannotBeWritten) {
   const std::string drive = addDrive("ssd", "10GiB");
   RunningCommand watch = Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim watch > /dev/full"})
-                             .with("VOLTVK_STATE", folder().file("state.db"))
+                             .with("VOLTVK_STATE", directory().file("state.db"))
                              .start();
   ASSERT_TRUE(watch.waitFor("watching TVP_CIMIndication")) << watch.soFar().err;
   causeEvents(drive);

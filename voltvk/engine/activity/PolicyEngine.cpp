@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/activity/PolicyEngine.h"
 
-#include "voltvk/engine/activity/EventJournal.h"
-#include "voltvk/engine/activity/PolicyLimits.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/EventJournal.h"
+#include "voltvk/engine/state/PolicyLimits.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
 

@@ -2,10 +2,10 @@
 #include "voltvk/engine/changes/PoolChanges.h"
 
 #include "voltvk/VirtualPool.h"
-#include "voltvk/engine/activity/EventJournal.h"
 #include "voltvk/engine/rules/PoolRules.h"
 #include "voltvk/engine/rules/TextRules.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/EventJournal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
 

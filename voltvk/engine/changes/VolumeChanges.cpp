@@ -2,12 +2,12 @@
 #include "voltvk/engine/changes/VolumeChanges.h"
 
 #include "voltvk/VirtualPool.h"
-#include "voltvk/engine/activity/EventJournal.h"
 #include "voltvk/engine/changes/PoolChanges.h"
-#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/rules/TextRules.h"
 #include "voltvk/engine/rules/VolumeRules.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/EventJournal.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
 

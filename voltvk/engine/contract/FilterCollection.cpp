@@ -3,7 +3,7 @@
 
 #include "voltvk/engine/contract/LibraryObjects.h"
 #include "voltvk/engine/contract/Operation.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
 
 #include <cstring>
 #include <vector>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/contract/LibraryObjects.h"
 
-#include "voltvk/engine/rules/Refusal.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <cstring>
 

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/contract/Operation.h"
 
-#include "voltvk/engine/rules/Refusal.h"
-#include "voltvk/engine/state/LastRefusal.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/Faults.h"
+#include "voltvk/engine/contract/LastRefusal.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/Refusal.h"
 
 namespace voltvk {
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/TvkLib.h"
 
+#include "voltvk/engine/contract/Faults.h"
 #include "voltvk/engine/contract/LibraryObjects.h"
 #include "voltvk/engine/contract/Operation.h"
-#include "voltvk/engine/rules/Refusal.h"
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <mutex>
 #include <set>

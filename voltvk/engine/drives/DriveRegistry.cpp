@@ -3,10 +3,10 @@
 
 #include "voltvk/Limits.h"
 #include "voltvk/LogicalDevice.h"
-#include "voltvk/engine/activity/EventJournal.h"
-#include "voltvk/engine/rules/Refusal.h"
-#include "voltvk/engine/rules/TextRules.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/EventJournal.h"
+#include "voltvk/engine/state/PlainText.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
 

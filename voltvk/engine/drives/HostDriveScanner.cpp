@@ -4,6 +4,7 @@
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/engine/drives/DeviceUse.h"
 #include "voltvk/engine/drives/SystemText.h"
+#include "voltvk/engine/state/PlainText.h"
 
 #include <algorithm>
 #include <array>

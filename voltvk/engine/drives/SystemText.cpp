@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/drives/SystemText.h"
 
-#include "text/Trim.h"
-#include "text/Utf8.h"
 #include "voltvk/engine/state/FileDescriptor.h"
+#include "voltvk/engine/state/PlainText.h"
 
 #include <algorithm>
 #include <array>
@@ -44,22 +43,6 @@ std::vector<std::string> listDirectory(const std::string& path) {
   }
   std::sort(names.begin(), names.end());
   return names;
-}
-
-std::string cleanText(std::string_view text) {
-  constexpr std::string_view BLANKS(" \t\r\n\v\f\0", 7);
-  text = tvp::text::trimmed(text, BLANKS);
-  std::string clean;
-  while (!text.empty()) {
-    const tvp::text::Character character = tvp::text::characterAt(text);
-    if (character.length == 0 || tvp::text::isControl(character.code)) {
-      clean += '?';
-    } else {
-      clean += text.substr(0, character.length);
-    }
-    text.remove_prefix(character.step());
-  }
-  return clean;
 }
 
 std::string pathOf(const std::string& directory, const std::string& name) {

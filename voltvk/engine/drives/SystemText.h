@@ -3,7 +3,6 @@
 #define VOLTVK_ENGINE_DRIVES_SYSTEMTEXT_H
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace voltvk {
@@ -16,9 +15,6 @@ std::string readSystemFile(const std::string& path);
 
 /** Names in a directory without "." and "..", sorted; empty when it cannot be read. */
 std::vector<std::string> listDirectory(const std::string& path);
-
-/** The text without blanks around it, with '?' for bytes that are not UTF-8 and for control characters. */
-std::string cleanText(std::string_view text);
 
 /** The path of something in a directory. */
 std::string pathOf(const std::string& directory, const std::string& name);

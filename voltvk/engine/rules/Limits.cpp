@@ -2,7 +2,7 @@
 #include "voltvk/engine/rules/Limits.h"
 
 #include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <algorithm>
 #include <iterator>

@@ -6,8 +6,8 @@
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/rules/ChunkAllocator.h"
 #include "voltvk/engine/rules/Limits.h"
-#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <algorithm>
 #include <set>

@@ -3,8 +3,8 @@
 
 #include "text/Quote.h"
 #include "text/Utf8.h"
-#include "voltvk/engine/drives/SystemText.h"
-#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/state/PlainText.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <cstring>
 
@@ -32,20 +32,6 @@ std::string limitOf(const GivenText& given) {
 }
 
 }  // namespace
-
-bool isPlainText(std::string_view text, std::size_t limit) {
-  if (text.size() > limit) {
-    return false;
-  }
-  while (!text.empty()) {
-    const tvp::text::Character character = tvp::text::characterAt(text);
-    if (character.length == 0 || tvp::text::isControl(character.code)) {
-      return false;
-    }
-    text.remove_prefix(character.length);
-  }
-  return true;
-}
 
 std::string checkedName(const GivenText& given) {
   std::string name = textOf(given);

@@ -4,15 +4,11 @@
 
 #include "voltvk/Specs.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace voltvk {
-
-/** True for UTF-8 of at most limit bytes without control characters; the empty text is fine. */
-bool isPlainText(std::string_view text, std::size_t limit);
 
 /** A text of a request as it came: what fitted into the field, and what is known of the rest. */
 struct GivenText {

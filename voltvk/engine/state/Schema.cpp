@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/Schema.h"
 
-#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/DatabaseError.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/StateFile.h"
 #include "voltvk/engine/state/Statement.h"
 

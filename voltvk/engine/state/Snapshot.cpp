@@ -2,7 +2,7 @@
 #include "voltvk/engine/state/Snapshot.h"
 
 #include "voltvk/Specs.h"
-#include "voltvk/engine/activity/PolicyLimits.h"
+#include "voltvk/engine/state/PolicyLimits.h"
 
 #include <algorithm>
 #include <cstring>

@@ -6,7 +6,7 @@
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
-#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/state/Fault.h"
 #include "voltvk/engine/state/Records.h"
 
 #include <map>

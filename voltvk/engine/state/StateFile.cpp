@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/StateFile.h"
 
-#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <array>
 #include <cerrno>

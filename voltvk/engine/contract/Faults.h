@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOLTVK_ENGINE_STATE_FAULTS_H
-#define VOLTVK_ENGINE_STATE_FAULTS_H
+#ifndef VOLTVK_ENGINE_CONTRACT_FAULTS_H
+#define VOLTVK_ENGINE_CONTRACT_FAULTS_H
 
-#include "voltvk/Ret.h"
+#include "voltvk/engine/state/Fault.h"
 
 #include <chrono>
 #include <cstddef>
@@ -20,25 +20,8 @@ class State;
 /** The names of the operations: operations::createVirtualPool is "createVirtualPool" and so on. */
 namespace operations {
 #define TVK_OPERATION(name) inline constexpr char name[] = #name;
-#include "voltvk/engine/state/Operations.def"
+#include "voltvk/engine/contract/Operations.def"
 }  // namespace operations
-
-/** What can be made to go wrong. The numbers are stored in the state. */
-enum class FaultKind : std::uint8_t {
-  DriverAbsent = 1,   ///< the controller count is 0 and collections answer null, until cleared
-  AdapterAbsent = 2,  ///< getObject(0) of the root is null and adapters refuse, until cleared
-  Fail = 3,           ///< the next call of an operation is refused with a status
-  Throw = 4,          ///< the next call of an operation throws std::runtime_error
-  Slow = 5            ///< every call of an operation takes longer, until cleared
-};
-
-/** One injected fault. */
-struct Fault {
-  FaultKind kind = FaultKind::DriverAbsent;
-  std::string operation;                // empty for the two absences
-  std::uint32_t status = TVK_INTERNAL;  // for Fail
-  std::uint32_t milliseconds = 0;       // for Slow
-};
 
 /**
  * Faults for tests and demonstrations. They are part of the state, so every process that uses the

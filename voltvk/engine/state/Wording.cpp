@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "voltvk/engine/rules/Wording.h"
+#include "voltvk/engine/state/Wording.h"
 
 #include "text/Size.h"
 #include "voltvk/LogicalDevice.h"

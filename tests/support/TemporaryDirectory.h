@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef TESTS_SUPPORT_TEMPORARYFOLDER_H
-#define TESTS_SUPPORT_TEMPORARYFOLDER_H
+#ifndef TESTS_SUPPORT_TEMPORARYDIRECTORY_H
+#define TESTS_SUPPORT_TEMPORARYDIRECTORY_H
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,31 +11,31 @@
 
 namespace tvp::test {
 
-/** A folder of its own for one test, removed with all that is in it when the object goes. */
-class TemporaryFolder {
+/** A directory of its own for one test, removed with its content on destruction. */
+class TemporaryDirectory {
 public:
-  /** @throws std::runtime_error when the folder cannot be made. */
-  TemporaryFolder() {
-    const std::string letters(6, 'X');  // mkdtemp asks for them, and puts others in their place
+  /** @throws std::runtime_error when the directory cannot be made. */
+  TemporaryDirectory() {
+    const std::string letters(6, 'X');  // mkdtemp replaces them
     std::string pattern = (std::filesystem::temp_directory_path() / ("tvp-test-" + letters)).string();
     if (::mkdtemp(pattern.data()) == nullptr) {
-      throw std::runtime_error("cannot make a folder like " + pattern);
+      throw std::runtime_error("cannot create a directory like " + pattern);
     }
     m_path = pattern;
   }
-  ~TemporaryFolder() {
+  ~TemporaryDirectory() {
     std::error_code ignored;
     std::filesystem::remove_all(m_path, ignored);
   }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
   const std::filesystem::path& path() const { return m_path; }
 
-  /** Absolute path of something in the folder, as text. */
+  /** Absolute path of something in the directory, as text. */
   std::string file(const std::string& relative) const { return (m_path / relative).string(); }
 
-  /** Writes a file, and the folders above it. @return its absolute path. */
+  /** Writes a file and creates the directories above it. @return its absolute path. */
   std::string write(const std::string& relative, const std::string& content) const {
     const std::filesystem::path target = m_path / relative;
     std::filesystem::create_directories(target.parent_path());

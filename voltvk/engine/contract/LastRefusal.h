@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOLTVK_ENGINE_STATE_LASTREFUSAL_H
-#define VOLTVK_ENGINE_STATE_LASTREFUSAL_H
+#ifndef VOLTVK_ENGINE_CONTRACT_LASTREFUSAL_H
+#define VOLTVK_ENGINE_CONTRACT_LASTREFUSAL_H
 
 #include <cstdint>
 #include <optional>

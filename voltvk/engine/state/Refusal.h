@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOLTVK_ENGINE_RULES_REFUSAL_H
-#define VOLTVK_ENGINE_RULES_REFUSAL_H
+#ifndef VOLTVK_ENGINE_STATE_REFUSAL_H
+#define VOLTVK_ENGINE_STATE_REFUSAL_H
 
 #include "text/Utf8.h"
 #include "voltvk/Ret.h"
-#include "voltvk/engine/rules/Wording.h"
+#include "voltvk/engine/state/Wording.h"
 
 #include <stdexcept>
 #include <string>

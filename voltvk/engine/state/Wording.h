@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOLTVK_ENGINE_RULES_WORDING_H
-#define VOLTVK_ENGINE_RULES_WORDING_H
+#ifndef VOLTVK_ENGINE_STATE_WORDING_H
+#define VOLTVK_ENGINE_STATE_WORDING_H
 
 #include "voltvk/engine/state/Records.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef VOLTVK_ENGINE_STATE_STATE_H
-#define VOLTVK_ENGINE_STATE_STATE_H
+#ifndef VOLTVK_ENGINE_CONTRACT_STATE_H
+#define VOLTVK_ENGINE_CONTRACT_STATE_H
 
 #include "voltvk/VolEvent.h"
 #include "voltvk/engine/drives/HostDriveScanner.h"

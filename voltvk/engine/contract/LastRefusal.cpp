@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "voltvk/engine/state/LastRefusal.h"
+#include "voltvk/engine/contract/LastRefusal.h"
 
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/state/Statement.h"
 
 #include <ctime>

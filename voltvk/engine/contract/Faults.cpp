@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "voltvk/engine/state/Faults.h"
+#include "voltvk/engine/contract/Faults.h"
 
-#include "voltvk/engine/activity/EventJournal.h"
-#include "voltvk/engine/rules/Refusal.h"
+#include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/EventJournal.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
-#include "voltvk/engine/state/State.h"
 #include "voltvk/engine/state/Statement.h"
 
 #include <algorithm>
@@ -105,7 +105,7 @@ const std::vector<std::string>& Faults::operations() {
   // Not destroyed at exit, as the state itself.
   static const auto& names = *new std::vector<std::string>{
 #define TVK_OPERATION(name) operations::name,
-#include "voltvk/engine/state/Operations.def"
+#include "voltvk/engine/contract/Operations.def"
   };
   return names;
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "voltvk/engine/state/State.h"
+#include "voltvk/engine/contract/State.h"
 
-#include "voltvk/engine/activity/EventJournal.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
-#include "voltvk/engine/rules/Refusal.h"
 #include "voltvk/engine/state/DatabaseError.h"
+#include "voltvk/engine/state/EventJournal.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Schema.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "voltvk/engine/activity/EventJournal.h"
+#include "voltvk/engine/state/EventJournal.h"
 
 #include "text/Utf8.h"
 #include "voltvk/Specs.h"
-#include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/PlainText.h"
 #include "voltvk/engine/state/Statement.h"
 
 #include <algorithm>
