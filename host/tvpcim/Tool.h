@@ -2,10 +2,10 @@
 #ifndef HOST_TVPCIM_TOOL_H
 #define HOST_TVPCIM_TOOL_H
 
+#include "host/tvpcim/Inventory.h"
 #include "host/tvpcim/Options.h"
 #include "host/tvpcim/Session.h"
 #include "host/tvpcim/output/Formatter.h"
-#include "host/tvpcim/Inventory.h"
 
 #include <functional>
 #include <memory>

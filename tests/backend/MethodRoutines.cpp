@@ -174,7 +174,8 @@ TEST_F(MethodRoutines, PoolsAreCreatedChangedAndDeleted) {
   EXPECT_TRUE(refused == TVK_NAME_IN_USE || refused == TVK_DEVICE_IN_USE);
   EXPECT_EQ(
       call(
-          "CreateVirtualPool", poolArguments(std::string(TVK_LONGEST_NAME + 1, 'n'), {addDrive(TVK_DEVICE_HDD)}, TVK_TIER_HDD)),
+          "CreateVirtualPool",
+          poolArguments(std::string(TVK_LONGEST_NAME + 1, 'n'), {addDrive(TVK_DEVICE_HDD)}, TVK_TIER_HDD)),
       3U);
   EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_INVALID_NAME)) << "a long name is not cut";
 

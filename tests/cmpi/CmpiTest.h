@@ -11,8 +11,8 @@
 #include "host/schema/MofReader.h"
 #include "support/AssociationFixtures.h"
 #include "support/LogCapture.h"
-#include "support/Threads.h"
 #include "support/Storage.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 

@@ -66,7 +66,8 @@ Life::Life() : m_logFile(m_directory.write("var/log/TVP.txt", "")) {
   ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
   ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
   ::setenv("TZ", "UTC", 1);
-  m_broker = std::make_unique<host::Broker>(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"));
+  m_broker =
+      std::make_unique<host::Broker>(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"));
   m_broker->setHandlers(handlers());
 }
 

@@ -5,12 +5,12 @@
 #include "voltvk/engine/activity/VolumeActivity.h"
 #include "voltvk/engine/changes/PoolChanges.h"
 #include "voltvk/engine/changes/VolumeChanges.h"
+#include "voltvk/engine/contract/Faults.h"
 #include "voltvk/engine/contract/LibraryObjects.h"
 #include "voltvk/engine/contract/Operation.h"
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/VolumeRules.h"
-#include "voltvk/engine/contract/Faults.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
