@@ -2,6 +2,7 @@
 #include "backend/LibraryAccess.h"
 
 #include "backend/TarvexProInterface.h"
+#include "oslib/KVSLog.h"
 #include "text/Utf8.h"
 
 namespace tvp::cim::fwf {
@@ -26,8 +27,12 @@ TvkAdapter* getTvkAdapter() {
 }
 
 void refreshTarvexProObjects() {
-  if (TVPInterface* gateway = TVPInterface::getInstance()) {
-    gateway->refreshConfiguration();
+  try {
+    if (TVPInterface* gateway = TVPInterface::getInstance()) {
+      gateway->refreshConfiguration();
+    }
+  } catch (...) {
+    KvsTrace("Exception caught in Tvk Lib method: TvkLib::refreshConfiguration() ");
   }
 }
 

@@ -45,7 +45,7 @@ unsigned int TVPInterface::initialize(bool startEventListener, bool) {
     m_library.store(nullptr);
     m_released.store(false);
   }
-  refreshConfiguration();
+  refreshOrLog();
   if (startEventListener) {
     TvproEventManager* eventManager = TvproEventManager::getInstance();
     if (eventManager == nullptr || !eventManager->initEventListener()) {
@@ -89,11 +89,15 @@ TvkLib* TVPInterface::getTarvexProLib() {
 }
 
 void TVPInterface::refreshConfiguration() {
+  if (TvkLib* library = getTarvexProLib()) {
+    library->refreshConfiguration();
+    reportMissingDriver(*library);
+  }
+}
+
+void TVPInterface::refreshOrLog() {
   try {
-    if (TvkLib* library = getTarvexProLib()) {
-      library->refreshConfiguration();
-      reportMissingDriver(*library);
-    }
+    refreshConfiguration();
   } catch (...) {
     KvsLogMsg(KVS_LOG_ERROR, "The storage library threw an exception while it re-read its configuration");
   }
@@ -112,7 +116,7 @@ void TVPInterface::reportMissingDriver(TvkLib& library) {
 
 unsigned int TVPInterface::GetConfig() {
   tvpMethodTrace trace("TVPInterface::GetConfig");
-  refreshConfiguration();
+  refreshOrLog();
   return BACKEND_DONE;
 }
 

@@ -19,8 +19,8 @@ using TVPInterfaceCleanUp = KvsSingletonCleanUp<TVPInterface>;
 
 /**
  * The one gateway to the storage library: owns its top object, starts and stops the event listener and
- * carries out the extrinsic methods by name. No operation throws. All operations may be called from any
- * thread; calls into the storage library are not serialised here.
+ * carries out the extrinsic methods by name. No operation but refreshConfiguration throws. All operations may
+ * be called from any thread; calls into the storage library are not serialised here.
  */
 class TVPInterface {
 public:
@@ -51,12 +51,12 @@ public:
    */
   TvkLib* getTarvexProLib();
 
-  /** refreshConfiguration between two trace lines. Always returns 0. */
+  /** refreshConfiguration between two trace lines; what it throws is logged. Always returns 0. */
   unsigned int GetConfig();
 
   /**
-   * Has the storage library re-read its configuration. What it answers is ignored, what it throws is
-   * logged; so is the reason when there is no driver, once for each new reason.
+   * Has the storage library re-read its configuration and ignores its answer. The reason for a missing driver
+   * is logged, once for each new reason. Passes on what the library throws.
    */
   void refreshConfiguration();
 
@@ -73,6 +73,7 @@ public:
 private:
   TVPInterface();
 
+  void refreshOrLog();
   void reportMissingDriver(TvkLib& library);
 
   static std::atomic<TVPInterface*> pTVPInterface;
