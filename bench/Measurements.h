@@ -18,7 +18,8 @@ void measureTimes(const std::string& program, const Scenario& scenario, bool eve
 /** Rows: threads, "absent" or "present", requests per second of the provider, of the baseline. */
 void measureThreads(const Scenario& scenario);
 
-/** One row: the largest resident size in KiB after a few enumerations on each of a number of threads at once. */
+/** One row: the largest resident size in KiB after a few enumerations on each of a number of threads at once.
+ */
 void measurePeak(Subject::Kind kind, const Scenario& scenario, unsigned int threads);
 
 /** One row: the resident size in KiB after 1,000 and after 100,000 requests. */

@@ -17,7 +17,8 @@ namespace bench {
 /** A provider that is measured, with a broker of its own. */
 class Subject {
 public:
-  /** Which of the built modules: the provider, the same with the entries of PollEntry.cpp, or the baseline. */
+  /** Which of the built modules: the provider, the same with the entries of PollEntry.cpp, or the baseline.
+   */
   enum class Kind { Product, PollingProduct, Baseline };
 
   /** Loads the module and creates its interfaces. @throws tvp::host::ProviderLoadError, MofError */

@@ -81,9 +81,9 @@ using Microseconds = std::array<double, 3>;
 using MicrosecondsOfRequest = std::map<std::string, Microseconds>;
 
 void printCostPerProperty(const MicrosecondsOfRequest& absentLog) {
-  std::printf(
-      "\n| EnumInstances, log absent | properties | provider, ns each | floor, ns each | baseline, ns each |\n"
-      "|---|---:|---:|---:|---:|\n");
+  std::printf("\n| EnumInstances, log absent | properties | provider, ns each | floor, ns each | baseline, "
+              "ns each |\n"
+              "|---|---:|---:|---:|---:|\n");
   for (const std::size_t drives : {8U, 32U, 64U, 255U}) {
     const std::string what = std::to_string(drives) + " drives";
     const double properties = propertiesOf(drives);
@@ -97,9 +97,8 @@ void printCostPerProperty(const MicrosecondsOfRequest& absentLog) {
 
 MicrosecondsOfRequest printTimes(Runner& runner) {
   MicrosecondsOfRequest absentLog;
-  std::printf(
-      "| request | log | provider, us | floor, us | baseline, us | to the floor | to the baseline |\n"
-      "|---|---|---:|---:|---:|---:|---:|\n");
+  std::printf("| request | log | provider, us | floor, us | baseline, us | to the floor | to the baseline |\n"
+              "|---|---|---:|---:|---:|---:|---:|\n");
   const std::array<std::array<const char*, 2>, 10> measurements = {
       {{"times", "drives-1"},
        {"times", "drives-8"},

@@ -146,7 +146,8 @@ public:
       std::vector<fwf::CIMInstance> instances, CMPIStatus* status);
   /** The same for object paths. */
   static void ReturnObjectPaths(
-      const CMPIBroker* broker, const CMPIResult* rslt, std::vector<fwf::CIMObjectPath> paths, CMPIStatus* status);
+      const CMPIBroker* broker, const CMPIResult* rslt, std::vector<fwf::CIMObjectPath> paths,
+      CMPIStatus* status);
   /** Converts a method's output, if there is any. @throws CIMException what the conversion throws */
   static void FormArguments(
       const CMPIBroker* broker, const CMPIResult* rslt, const fwf::CIMMethodParam& out, CMPIArgs* outArgs,

@@ -14,9 +14,9 @@ CIMProperty::CIMProperty(const CIMProperty& other) = default;
 CIMProperty::CIMProperty(CIMProperty&& other) noexcept = default;
 CIMProperty::~CIMProperty() = default;
 
-// The source's parts are copied first: it may lie inside a path or an instance that is replaced here, and when
-// memory runs out this property stays as it was. There is no assignment by moving: which elements stay is
-// decided slot by slot, and that can take memory.
+// The source's parts are copied first: it may lie inside a path or an instance that is replaced here, and
+// when memory runs out this property stays as it was. There is no assignment by moving: which elements stay
+// is decided slot by slot, and that can take memory.
 CIMProperty& CIMProperty::operator=(const CIMProperty& other) {
   if (this != &other) {
     std::string name(other.m_name);

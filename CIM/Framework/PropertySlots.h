@@ -81,11 +81,12 @@ public:
 private:
   /** What is in a slot: nothing, one element, or any number of elements. */
   using Content = std::variant<
-      std::monostate, std::string, unsigned char, signed char, unsigned short, short, unsigned int, int, float,
-      double, unsigned long long, long long, bool, ElementBlock<std::string>, ElementBlock<unsigned char>,
-      ElementBlock<signed char>, ElementBlock<unsigned short>, ElementBlock<short>, ElementBlock<unsigned int>,
-      ElementBlock<int>, ElementBlock<float>, ElementBlock<double>, ElementBlock<unsigned long long>,
-      ElementBlock<long long>, ElementBlock<bool>, ElementBlock<CIMObjectPath>, ElementBlock<CIMInstance>>;
+      std::monostate, std::string, unsigned char, signed char, unsigned short, short, unsigned int, int,
+      float, double, unsigned long long, long long, bool, ElementBlock<std::string>,
+      ElementBlock<unsigned char>, ElementBlock<signed char>, ElementBlock<unsigned short>,
+      ElementBlock<short>, ElementBlock<unsigned int>, ElementBlock<int>, ElementBlock<float>,
+      ElementBlock<double>, ElementBlock<unsigned long long>, ElementBlock<long long>, ElementBlock<bool>,
+      ElementBlock<CIMObjectPath>, ElementBlock<CIMInstance>>;
 
   template <typename T>
   static constexpr bool isHeldSingly = !isOneOf<T, CIMObjectPath, CIMInstance>;

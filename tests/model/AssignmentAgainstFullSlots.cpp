@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A property takes room only for the slots that it uses. Whatever is done to it, it must read like one that has
-// all fourteen, each assigned by the rule of its type.
+// A property takes room only for the slots that it uses. Whatever is done to it, it must read like one that
+// has all fourteen, each assigned by the rule of its type.
 #include "model/Describe.h"
 
 #include <gtest/gtest.h>
@@ -13,6 +13,7 @@
 
 namespace {
 
+using namespace tvp::cim::fwf;
 using namespace tvp::test;
 
 template <typename T>
@@ -44,8 +45,9 @@ using Slots = FullSlots<
     unsigned long long, long long, bool, CIMObjectPath, CIMInstance>;
 
 /** The type codes under which setPropValue copies a slot, with the place of that slot. */
-constexpr std::pair<unsigned int, unsigned int> COPIED[] = {
-    {0, 11}, {4, 0}, {11, 4}, {12, 6}, {15, 10}, {16, 2}, {18, 0}, {21, 3}, {22, 5}, {25, 9}, {26, 1}, {28, 12}};
+constexpr std::pair<unsigned int, unsigned int> COPIED[] = {{0, 11},  {4, 0},  {11, 4}, {12, 6},
+                                                            {15, 10}, {16, 2}, {18, 0}, {21, 3},
+                                                            {22, 5},  {25, 9}, {26, 1}, {28, 12}};
 
 struct Subject {
   CIMProperty property;
