@@ -107,7 +107,7 @@ bool isWanted(
   const bool wantedClass = path.usable() && CMClassPathIsA(broker, path.get(), wanted.c_str(), &rc) != 0;
   if (!path.usable() ||
       (rc.rc != CMPI_RC_OK && rc.rc != CMPI_RC_ERR_INVALID_CLASS && rc.rc != CMPI_RC_ERR_NOT_FOUND)) {
-    throwOperationFailed(rc);
+    fail();
   }
   return wantedClass && rc.rc == CMPI_RC_OK;
 }

@@ -5,8 +5,6 @@
 #include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 
-#include <utility>
-
 namespace tvp::cim::adap::cmpi {
 namespace {
 
@@ -75,31 +73,32 @@ const ArgumentKind& kindOf(const CIMProperty& argument) {
 
 void CMPIHelper::CMPIArgsToFrameWorkMethodParam(CMPIArgs const* in, CIMMethodParam& out) {
   KvsTrace("Entering CMPIHelper::CMPIArgsToFrameWorkMethodParam");
-  const InboundRules rules{CMPIObjectPathToFrameworkObjectPath, true, false, throwOperationFailed};
+  const InboundRules rules{IN_ARGUMENT, CMPIObjectPathToFrameworkObjectPath, nullptr};
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPICount count = CMGetArgCount(in, &rc);
-  requireOk(rc, rules.report);
+  requireOk(rc);
   for (CMPICount i = 0; i < count; ++i) {
     CMPIString* name = nullptr;
     const CMPIData data = CMGetArgAt(in, i, &name, &rc);
-    requireOk(rc, rules.report);
-    std::optional<CIMProperty> argument = propertyOfValue(textOf(name, rules.report), data, rules);
-    if (!argument) {
+    requireOk(rc);
+    const std::string text = textOf(name);
+    const InboundKind* kind = findInboundKind(data.type, IN_ARGUMENT);
+    if (kind == nullptr) {
       KvsLogMsg(KVS_LOG_DEBUG, "Unsupported data type: %d", static_cast<int>(data.type));
       throwNotSupported();
     }
-    out.addArgument(std::move(*argument));
+    out.addArgument(makeProperty(*kind, text, data, rules));
   }
 }
 
 void CMPIHelper::FrameworkArgumentsToCMPIArguments(
     CIMMethodParam const& params, CMPIArgs* out, CMPIBroker const* broker) {
-  const OutboundRules rules{broker, nullptr, throwOperationFailed};
+  const OutboundRules rules{broker, nullptr, nullptr};
   for (const CIMProperty& argument : params.arguments()) {
     KvsLogMsg(KVS_LOG_DEBUG, "Prop type %d", static_cast<int>(argument.getType()));
     const ArgumentKind& kind = kindOf(argument);
     const OutboundValue value = valueOfProperty(argument, kind.shape, rules, kind.texts);
-    requireOk(CMAddArg(out, argument.name().c_str(), value.get(), value.type()), rules.report);
+    requireOk(CMAddArg(out, argument.name().c_str(), value.get(), value.type()));
   }
 }
 

@@ -39,7 +39,7 @@ std::string readDateTime(const CMPIData& data, const InboundRules& rules) {
 
 CIMObjectPath readReference(const CMPIData& data, const InboundRules& rules) {
   CIMObjectPath path;
-  rules.readPath(data.value.ref, rules.referenceKeys, path);
+  rules.readPath(data.value.ref, rules.place != IN_PROPERTY, path);
   return path;
 }
 
@@ -57,7 +57,7 @@ struct Inbound {
 
   template <typename T>
   CIMProperty property(CIMValue<T> value) const {
-    return CIMProperty(name, std::move(value), rules.isKey, code, false);
+    return CIMProperty(name, std::move(value), rules.place == IN_KEY, code, false);
   }
 };
 
@@ -88,44 +88,65 @@ CIMProperty makeArray(const Inbound& in) {
   return in.property(CIMValue<T>(std::move(values), true, false));
 }
 
+constexpr Places IN_VALUES = IN_PROPERTY | IN_ARGUMENT;
+constexpr Places EVERYWHERE = IN_VALUES | IN_KEY;
+
+}  // namespace
+
+/** A type, the places that take it, and what becomes of it. */
 struct InboundKind {
   CMPIType type;
+  Places places;
   Primitive_DataType code;
   CIMProperty (*make)(const Inbound& in);
 };
 
+namespace {
+
+template <typename T, auto Member>
+constexpr InboundKind number(CMPIType type, Places places, Primitive_DataType code) {
+  return {type, places, code, makeScalar<T, readNumber<T, Member>>};
+}
+
+template <typename T, auto Member>
+constexpr InboundKind numbers(CMPIType type, Places places, Primitive_DataType code) {
+  return {type, places, code, makeArray<T, readNumber<T, Member>>};
+}
+
 constexpr InboundKind INBOUND_KINDS[] = {
-    {CMPI_boolean, fwf::PDT_BOOLEAN, makeScalar<bool, readNumber<bool, &CMPIValue::boolean>>},
-    {CMPI_uint8, fwf::PDT_UINT8, makeScalar<unsigned char, readNumber<unsigned char, &CMPIValue::uint8>>},
-    {CMPI_uint16, fwf::PDT_UINT16,
-     makeScalar<unsigned short, readNumber<unsigned short, &CMPIValue::uint16>>},
-    {CMPI_uint32, fwf::PDT_UINT32, makeScalar<unsigned int, readNumber<unsigned int, &CMPIValue::uint32>>},
-    {CMPI_uint64, fwf::PDT_UINT64,
-     makeScalar<unsigned long long, readNumber<unsigned long long, &CMPIValue::uint64>>},
-    {CMPI_string, fwf::PDT_STRING, makeScalar<std::string, readString>},
-    {CMPI_dateTime, fwf::PDT_DATETIME, makeScalar<std::string, readDateTime>},
-    {CMPI_ref, fwf::PDT_REFERENCE, makeScalar<CIMObjectPath, readReference>},
-    {CMPI_uint8A, fwf::PDT_UINT8_ARRAY,
-     makeArray<unsigned char, readNumber<unsigned char, &CMPIValue::uint8>>},
-    {CMPI_sint8A, fwf::PDT_SINT8_ARRAY, makeArray<signed char, readNumber<signed char, &CMPIValue::sint8>>},
-    {CMPI_uint32A, fwf::PDT_UINT32_ARRAY,
-     makeArray<unsigned int, readNumber<unsigned int, &CMPIValue::uint32>>},
-    {CMPI_uint64A, fwf::PDT_UINT64_ARRAY,
-     makeArray<unsigned long long, readNumber<unsigned long long, &CMPIValue::uint64>>},
-    {CMPI_stringA, fwf::PDT_STRING_ARRAY, makeArray<std::string, readString>},
-    {CMPI_refA, fwf::PDT_REFERENCE_ARRAY, makeArray<CIMObjectPath, readReference>},
+    number<bool, &CMPIValue::boolean>(CMPI_boolean, EVERYWHERE, fwf::PDT_BOOLEAN),
+    number<unsigned char, &CMPIValue::uint8>(CMPI_uint8, IN_VALUES, fwf::PDT_UINT8),
+    number<unsigned short, &CMPIValue::uint16>(CMPI_uint16, IN_VALUES, fwf::PDT_UINT16),
+    number<unsigned int, &CMPIValue::uint32>(CMPI_uint32, IN_VALUES, fwf::PDT_UINT32),
+    number<unsigned long long, &CMPIValue::uint64>(CMPI_uint64, IN_VALUES, fwf::PDT_UINT64),
+    // COMPAT: object managers pass every number in a path as sint64; the keys of this system are 32-bit
+    // identifiers, of which clients know the low 32 bits.
+    number<unsigned int, &CMPIValue::sint64>(CMPI_sint64, IN_KEY, fwf::PDT_UINT32),
+    {CMPI_string, EVERYWHERE, fwf::PDT_STRING, makeScalar<std::string, readString>},
+    {CMPI_dateTime, IN_VALUES, fwf::PDT_DATETIME, makeScalar<std::string, readDateTime>},
+    {CMPI_ref, EVERYWHERE, fwf::PDT_REFERENCE, makeScalar<CIMObjectPath, readReference>},
+    numbers<unsigned char, &CMPIValue::uint8>(CMPI_uint8A, IN_ARGUMENT, fwf::PDT_UINT8_ARRAY),
+    numbers<signed char, &CMPIValue::sint8>(CMPI_sint8A, IN_ARGUMENT, fwf::PDT_SINT8_ARRAY),
+    numbers<unsigned int, &CMPIValue::uint32>(CMPI_uint32A, IN_ARGUMENT, fwf::PDT_UINT32_ARRAY),
+    numbers<unsigned long long, &CMPIValue::uint64>(CMPI_uint64A, IN_ARGUMENT, fwf::PDT_UINT64_ARRAY),
+    {CMPI_stringA, IN_ARGUMENT, fwf::PDT_STRING_ARRAY, makeArray<std::string, readString>},
+    {CMPI_refA, IN_ARGUMENT, fwf::PDT_REFERENCE_ARRAY, makeArray<CIMObjectPath, readReference>},
 };
 
 }  // namespace
 
-std::optional<CIMProperty>
-propertyOfValue(const std::string& name, const CMPIData& data, const InboundRules& rules) {
+const InboundKind* findInboundKind(CMPIType type, Places place) {
   for (const InboundKind& kind : INBOUND_KINDS) {
-    if (kind.type == data.type) {
-      return kind.make(Inbound{name, data, rules, kind.code});
+    if (kind.type == type && (kind.places & place) != 0) {
+      return &kind;
     }
   }
-  return std::nullopt;
+  return nullptr;
+}
+
+CIMProperty makeProperty(
+    const InboundKind& kind, const std::string& name, const CMPIData& data, const InboundRules& rules) {
+  return kind.make(Inbound{name, data, rules, kind.code});
 }
 
 }  // namespace tvp::cim::adap::cmpi

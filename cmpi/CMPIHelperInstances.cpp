@@ -16,23 +16,13 @@ using fwf::CIMException;
 using fwf::CIMInstance;
 using fwf::CIMProperty;
 
-[[noreturn]] void throwPropertyFailure(const CMPIStatus& status) {
-  // A fixed number, whatever the line: support searches logs for this text.
+void logPropertyFailure(const CMPIStatus&) {
+  // COMPAT: a fixed number, whatever the line, and the misspelling: support searches logs for this text.
   KvsLogMsg(KVS_LOG_DEBUG, "Exception throwin in Fun: %s in Line# %d", "setProps", 2297);
-  throwOperationFailed(status);
-}
-
-/** The kinds that an instance can carry out: everything but arrays of references and instances. */
-std::optional<OutboundShape> shapeOf(const CIMProperty& property) {
-  const fwf::Primitive_DataType code = property.getType();
-  if (code == fwf::PDT_REFERENCE_ARRAY || code > fwf::PDT_INSTANCE) {
-    return std::nullopt;
-  }
-  return naturalShape(code);
 }
 
 void setProperty(const CMPIInstance* ci, const CIMProperty& property, const OutboundRules& rules) {
-  const std::optional<OutboundShape> shape = shapeOf(property);
+  const std::optional<OutboundShape> shape = naturalShape(property.getType(), IN_PROPERTY);
   if (!shape) {
     KvsLogMsg(
         KVS_LOG_DEBUG, "TVP: fwf::FW_RC_NOT_SUPPORTED - propertyType %d",
@@ -45,7 +35,7 @@ void setProperty(const CMPIInstance* ci, const CIMProperty& property, const Outb
     KvsLogMsg(
         KVS_LOG_INFORMATION, "%s:Exception for the attribute %s due to Type MisMatch ->%d.",
         "FrameworkInstanceToCMPIInstance", property.name().c_str(), static_cast<int>(rc.rc));
-    throwOperationFailed(rc);
+    fail();
   }
 }
 
@@ -58,7 +48,7 @@ CMPIObjectGuard<CMPIInstance> newInstance(const CIMInstance& inst, const CMPIBro
   }
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   CMPIObjectGuard<CMPIInstance> ci(CMNewInstance(broker, op.get(), &rc));
-  requireOk(rc, throwOperationFailed);
+  requireOk(rc);
   return ci;
 }
 
@@ -67,32 +57,29 @@ CMPIObjectGuard<CMPIInstance> newInstance(const CIMInstance& inst, const CMPIBro
 bool CMPIHelper::CMPIInstanceToFrameworkInstance(
     CMPIInstance const* ci, fwf::CIMObjectPath& path, CIMInstance& out) {
   out.setPath(path);
-  if (!setProps(ci, out)) {
-    throwOperationFailed();
-  }
-  return true;
+  return setProps(ci, out);
 }
 
 bool CMPIHelper::setProps(CMPIInstance const* ci, CIMInstance& out) {
   // References come without their keys: nothing that can be written is addressed by them.
-  const InboundRules rules{CMPIObjectPathToFrameworkObjectPath, false, false, throwPropertyFailure};
+  const InboundRules rules{IN_PROPERTY, CMPIObjectPathToFrameworkObjectPath, logPropertyFailure};
   if (!isObject(ci)) {
-    throwOperationFailed();
+    fail();
   }
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPICount count = CMGetPropertyCount(ci, &rc);
-  requireOk(rc, throwOperationFailed);
+  requireOk(rc);
   std::vector<CIMProperty> properties;
   for (CMPICount i = 0; i < count; ++i) {
     CMPIString* name = nullptr;
     const CMPIData data = CMGetPropertyAt(ci, i, &name, &rc);
-    requireOk(rc, throwOperationFailed);
+    requireOk(rc);
     if (data.state != CMPI_goodValue || CMIsArray(data)) {
       continue;
     }
-    std::optional<CIMProperty> property = propertyOfValue(textOf(name, throwOperationFailed), data, rules);
-    if (property) {
-      properties.push_back(std::move(*property));
+    const std::string text = textOf(name);
+    if (const InboundKind* kind = findInboundKind(data.type, IN_PROPERTY)) {
+      properties.push_back(makeProperty(*kind, text, data, rules));
     }
   }
   for (CIMProperty& property : properties) {
@@ -108,9 +95,9 @@ CMPIInstance* CMPIHelper::FrameworkInstanceToCMPIInstance(
     return nullptr;
   }
   if (properties != nullptr) {
-    requireOk(CMSetPropertyFilter(ci.get(), properties, nullptr), throwOperationFailed);
+    requireOk(CMSetPropertyFilter(ci.get(), properties, nullptr));
   }
-  const OutboundRules rules{broker, properties, throwOperationFailed};
+  const OutboundRules rules{broker, properties, nullptr};
   for (const CIMProperty& property : inst.properties()) {
     setProperty(ci.get(), property, rules);
   }

@@ -70,33 +70,44 @@ CMPIValue makeInstance(const CIMProperty& property, std::size_t index, const Out
   return value;
 }
 
-/** One kind of value, under the type code of its scalar. */
+constexpr Places IN_PATHS_AND_INSTANCES = IN_KEY | IN_PROPERTY;
+constexpr Places NOWHERE = 0;
+
+/** One kind of value, under the type code of its scalar, with the places that take its scalar and its array.
+ */
 struct OutboundKind {
   Primitive_DataType code;
   CMPIType type;
+  Places scalar;
+  Places array;
   std::size_t (*count)(const CIMProperty& property);
   CMPIValue (*make)(const CIMProperty& property, std::size_t index, const OutboundRules& rules);
 };
 
 template <typename T, auto Member>
 constexpr OutboundKind number(Primitive_DataType code, CMPIType type) {
-  return OutboundKind{code, type, countElements<T>, makeNumber<T, Member>};
+  return {
+      code, type, IN_PATHS_AND_INSTANCES, IN_PATHS_AND_INSTANCES, countElements<T>, makeNumber<T, Member>};
 }
 
+// What arguments take, and under which types, is a table of their own.
 constexpr OutboundKind OUTBOUND_KINDS[] = {
     number<bool, &CMPIValue::boolean>(fwf::PDT_BOOLEAN, CMPI_boolean),
-    {fwf::PDT_DATETIME, CMPI_dateTime, countElements<std::string>, makeDateTime},
+    {fwf::PDT_DATETIME, CMPI_dateTime, IN_PATHS_AND_INSTANCES, NOWHERE, countElements<std::string>,
+     makeDateTime},
     number<short, &CMPIValue::sint16>(fwf::PDT_SINT16, CMPI_sint16),
     number<int, &CMPIValue::sint32>(fwf::PDT_SINT32, CMPI_sint32),
     number<long long, &CMPIValue::sint64>(fwf::PDT_SINT64, CMPI_sint64),
     number<signed char, &CMPIValue::sint8>(fwf::PDT_SINT8, CMPI_sint8),
-    {fwf::PDT_STRING, CMPI_string, countElements<std::string>, makeString},
+    {fwf::PDT_STRING, CMPI_string, IN_PATHS_AND_INSTANCES, IN_PATHS_AND_INSTANCES, countElements<std::string>,
+     makeString},
     number<unsigned short, &CMPIValue::uint16>(fwf::PDT_UINT16, CMPI_uint16),
     number<unsigned int, &CMPIValue::uint32>(fwf::PDT_UINT32, CMPI_uint32),
     number<unsigned long long, &CMPIValue::uint64>(fwf::PDT_UINT64, CMPI_uint64),
     number<unsigned char, &CMPIValue::uint8>(fwf::PDT_UINT8, CMPI_uint8),
-    {fwf::PDT_REFERENCE, CMPI_ref, countElements<CIMObjectPath>, makeReference},
-    {fwf::PDT_INSTANCE, CMPI_instance, countElements<CIMInstance>, makeInstance},
+    {fwf::PDT_REFERENCE, CMPI_ref, IN_PATHS_AND_INSTANCES, NOWHERE, countElements<CIMObjectPath>,
+     makeReference},
+    {fwf::PDT_INSTANCE, CMPI_instance, IN_PROPERTY, NOWHERE, countElements<CIMInstance>, makeInstance},
 };
 
 bool isArrayCode(Primitive_DataType code) {
@@ -174,31 +185,28 @@ OutboundValue::OutboundValue(OutboundValue&& other) noexcept
   other.m_isNull = true;
 }
 
-std::optional<OutboundShape> naturalShape(Primitive_DataType code) {
+std::optional<OutboundShape> naturalShape(Primitive_DataType code, Places place) {
   const OutboundKind* kind = findKind(code);
-  // Arrays of date-times have no code that any conversion takes.
-  if (kind == nullptr || code == fwf::PDT_DATETIME_ARRAY) {
+  const bool isArray = isArrayCode(code);
+  if (kind == nullptr || ((isArray ? kind->array : kind->scalar) & place) == 0) {
     return std::nullopt;
   }
-  const unsigned int flag = isArrayCode(code) ? static_cast<unsigned int>(CMPI_ARRAY) : 0U;
+  const unsigned int flag = isArray ? static_cast<unsigned int>(CMPI_ARRAY) : 0U;
   return OutboundShape{static_cast<CMPIType>(kind->type | flag), kind->type, kind->type};
 }
 
 OutboundValue valueOfProperty(
     const CIMProperty& property, const OutboundShape& shape, const OutboundRules& rules,
     const OutboundTexts& texts) {
-  const OutboundKind* kind = findKind(property.getType());
-  if (kind == nullptr) {
-    fail(rules.report);
-  }
+  const OutboundKind& kind = *findKind(property.getType());
   logText(texts.received);
   if (isArrayCode(property.getType())) {
-    return makeArray(property, *kind, shape, rules, texts);
+    return makeArray(property, kind, shape, rules, texts);
   }
-  if (kind->count(property) == 0) {
+  if (kind.count(property) == 0) {
     return OutboundValue(shape.type);
   }
-  return OutboundValue(shape.type, kind->make(property, 0, rules));
+  return OutboundValue(shape.type, kind.make(property, 0, rules));
 }
 
 }  // namespace tvp::cim::adap::cmpi

@@ -29,26 +29,17 @@ const char* charactersOf(const CMPIString* text) {
   }
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const char* characters = CMGetCharsPtr(text, &rc);
-  requireOk(rc, throwOperationFailed);
+  requireOk(rc);
   return characters;
 }
 
-/** Sets one text of a path. @return false, with a line on the log, when it is null */
-bool takeText(
-    const char* text, void (*set)(CIMObjectPath&, const char*), CIMObjectPath& out, const char* missing,
-    bool logged) {
-  if (text == nullptr) {
-    if (logged) {
-      KvsLogMsg(KVS_LOG_ERROR, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - %s is NULL", missing);
-    }
-    return false;
-  }
-  set(out, text);
-  return true;
+void logMissing(const char* text) {
+  KvsLogMsg(KVS_LOG_ERROR, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - %s is NULL", text);
 }
 
-/** Host, namespace and class of a path. @return false when one of the texts is null */
-bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, bool logged) {
+/** Host, namespace and class of a path. @return false, after a call of report, when one of the texts is null
+ */
+bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, void (*report)(const char* text)) {
   if (!isObject(op)) {
     throw CIMException(fwf::FW_RC_INVALID_NAMESPACE, std::string(fwf::INVALID_NAMESPACE_SUFFIX));
   }
@@ -65,42 +56,30 @@ bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, bool logged) {
   const char* classText = charactersOf(className.get());
   char host[HOST_NAME_SIZE] = {};
   if (KvsGetHostName(host, HOST_NAME_SIZE) != 0) {
-    throwOperationFailed();
+    fail();
   }
   host[HOST_NAME_SIZE - 1] = '\0';
   // The host that the path names is not read: the provider manages this host only.
   out.setHost(host);
-  const auto setNameSpace = [](CIMObjectPath& path, const char* text) { path.setNameSpace(text); };
-  const auto setClassName = [](CIMObjectPath& path, const char* text) { path.setClassName(text); };
-  return takeText(nameSpaceText, setNameSpace, out, "NameSpace", logged) &&
-         takeText(classText, setClassName, out, "ClassName", logged);
-}
-
-/** The value of a key as the framework takes it; the type CMPI_null for one that it does not take. */
-CMPIData acceptedKey(CMPIData key) {
-  switch (key.type) {
-  case CMPI_string:
-  case CMPI_boolean:
-  case CMPI_ref:
-    break;
-  case CMPI_sint64:
-    // Object managers pass every number as sint64; the keys of this system are 32-bit identifiers.
-    key.type = CMPI_uint32;
-    key.value.uint32 = static_cast<CMPIUint32>(static_cast<CMPIUint64>(key.value.sint64));
-    break;
-  default:
-    key.type = CMPI_null;
-    break;
+  if (nameSpaceText == nullptr) {
+    report("NameSpace");
+    return false;
   }
-  return key;
+  out.setNameSpace(nameSpaceText);
+  if (classText == nullptr) {
+    report("ClassName");
+    return false;
+  }
+  out.setClassName(classText);
+  return true;
 }
 
 /** Replaces the keys of a path; readPath is for keys that are references. */
 void readKeys(const CMPIObjectPath* op, PathReader readPath, CIMObjectPath& out) {
-  const InboundRules rules{readPath, true, true, throwOperationFailed};
+  const InboundRules rules{IN_KEY, readPath, nullptr};
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPICount count = CMGetKeyCount(op, &rc);
-  requireOk(rc, rules.report);
+  requireOk(rc);
   if (count == 0) {
     return;
   }
@@ -108,17 +87,10 @@ void readKeys(const CMPIObjectPath* op, PathReader readPath, CIMObjectPath& out)
   for (CMPICount i = 0; i < count; ++i) {
     CMPIString* name = nullptr;
     const CMPIData data = CMGetKeyAt(op, i, &name, &rc);
-    requireOk(rc, rules.report);
-    if (data.state != CMPI_keyValue) {
-      continue;
-    }
-    const CMPIData accepted = acceptedKey(data);
-    if (accepted.type == CMPI_null) {
-      continue;
-    }
-    std::optional<CIMProperty> key = propertyOfValue(textOf(name, rules.report), accepted, rules);
-    if (key) {
-      keys.push_back(std::move(*key));
+    requireOk(rc);
+    const InboundKind* kind = findInboundKind(data.type, IN_KEY);
+    if (data.state == CMPI_keyValue && kind != nullptr) {
+      keys.push_back(makeProperty(*kind, textOf(name), data, rules));
     }
   }
   out.setKeyBindings(std::move(keys));
@@ -126,22 +98,21 @@ void readKeys(const CMPIObjectPath* op, PathReader readPath, CIMObjectPath& out)
 
 /** The conversion without its lines on the log. */
 void readPathSilently(const CMPIObjectPath* op, bool withKeys, CIMObjectPath& out) {
-  if (readNames(op, out, false) && withKeys) {
+  if (readNames(op, out, [](const char*) {}) && withKeys) {
     readKeys(op, readPathSilently, out);
   }
 }
 
-[[noreturn]] void throwOutboundFailure(const CMPIStatus& status) {
+void logOutboundFailure(const CMPIStatus& status) {
   const char* message = isObject(status.msg) ? CMGetCharsPtr(status.msg, nullptr) : nullptr;
   KvsLogMsg(
       KVS_LOG_INFORMATION, "%s : Throw exception if operation returns error# %d with Error msg %s",
       OUTBOUND_NAME, static_cast<int>(status.rc), message == nullptr ? "" : message);
-  throwOperationFailed(status);
 }
 
 void addKey(CMPIObjectPath* path, const CIMProperty& key, const OutboundRules& rules) {
-  const std::optional<OutboundShape> shape = naturalShape(key.getType());
-  if (!shape || key.getType() > fwf::PDT_REFERENCE) {
+  const std::optional<OutboundShape> shape = naturalShape(key.getType(), IN_KEY);
+  if (!shape) {
     throw CIMException(fwf::FW_RC_NOT_SUPPORTED, std::string(fwf::NOT_SUPPORTED_SUFFIX));
   }
   if (key.getType() == fwf::PDT_STRING && !key.stringSlot().m_values.empty()) {
@@ -162,11 +133,11 @@ bool isArray(const CIMProperty& property) {
 void CMPIHelper::CMPIObjectPathToFrameworkObjectPath(
     CMPIObjectPath const* op, bool withKeys, CIMObjectPath& out) {
   KvsTrace("Entering CMPIHelper :: CMPIObjectPathToFrameworkObjectPath");
-  if (!readNames(op, out, true)) {
+  if (!readNames(op, out, logMissing)) {
     return;
   }
-  if (withKeys && !setKeys(op, out)) {
-    throwOperationFailed();
+  if (withKeys) {
+    setKeys(op, out);
   }
   KvsTrace("Exiting CMPIHelper :: CMPIObjectPathToFrameworkObjectPath");
 }
@@ -198,18 +169,18 @@ CMPIObjectPath* makeObjectPath(
   KvsLogMsg(KVS_LOG_DEBUG, " namespace %s", nameSpace.c_str());
   KvsLogMsg(KVS_LOG_DEBUG, " classname %s", className.c_str());
   if (broker == nullptr) {
-    throwOperationFailed();
+    fail();
   }
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   CMPIObjectGuard<CMPIObjectPath> path(CMNewObjectPath(broker, nameSpace.c_str(), className.c_str(), &rc));
   if (rc.rc != CMPI_RC_OK) {
     KvsLogMsg(KVS_LOG_INFORMATION, "%s:Cannot set object path.", OUTBOUND_NAME);
-    throwOperationFailed(rc);
+    fail();
   }
   if (!path.usable()) {
     return nullptr;
   }
-  const OutboundRules rules{broker, nullptr, throwOutboundFailure};
+  const OutboundRules rules{broker, nullptr, logOutboundFailure};
   for (const CIMProperty& key : keys) {
     if (selection == KeySelection::All || !isArray(key)) {
       addKey(path.get(), key, rules);

@@ -8,13 +8,11 @@
 
 namespace tvp::cim::adap::cmpi {
 
-void throwOperationFailed(const CMPIStatus&) {
-  throw fwf::CIMException(fwf::FW_RC_FAILED, std::string(fwf::OPERATION_FAILED_SUFFIX));
-}
-
 void fail(FailureReport report, const CMPIStatus& status) {
-  report(status);
-  throwOperationFailed(status);
+  if (report != nullptr) {
+    report(status);
+  }
+  throw fwf::CIMException(fwf::FW_RC_FAILED, std::string(fwf::OPERATION_FAILED_SUFFIX));
 }
 
 void requireOk(const CMPIStatus& status, FailureReport report) {

@@ -14,49 +14,53 @@
 // them takes, what it logs and how it sets a value is their own.
 namespace tvp::cim::adap::cmpi {
 
-/** Reports a failed CMPI call: logs what its conversion has to say, and throws. */
+/** Logs what a conversion has to say about a failed CMPI call; null where it says nothing. */
 using FailureReport = void (*)(const CMPIStatus& status);
 
-/** The report of conversions that log nothing: throws FW_RC_FAILED with " :: Operation Failed". */
-[[noreturn]] void throwOperationFailed(const CMPIStatus& status = CMPIStatus{CMPI_RC_OK, nullptr});
+/** Reports a failure. @throws CIMException FW_RC_FAILED with " :: Operation Failed", always */
+[[noreturn]] void
+fail(FailureReport report = nullptr, const CMPIStatus& status = CMPIStatus{CMPI_RC_OK, nullptr});
 
-/** Reports a failure for which the report's exception, or else that of throwOperationFailed, is thrown. */
-[[noreturn]] void fail(FailureReport report, const CMPIStatus& status = CMPIStatus{CMPI_RC_OK, nullptr});
-
-/** @throws what report throws, unless the status is CMPI_RC_OK. */
-void requireOk(const CMPIStatus& status, FailureReport report);
+/** Fails unless the status is CMPI_RC_OK. */
+void requireOk(const CMPIStatus& status, FailureReport report = nullptr);
 
 /**
- * The characters of a CMPI string; a null text reads as empty.
- * @throws what report throws when there is no string or its text cannot be had.
+ * The characters of a CMPI string; a null text reads as empty. Fails when there is no string or its text
+ * cannot be had.
  */
-std::string textOf(const CMPIString* text, FailureReport report);
+std::string textOf(const CMPIString* text, FailureReport report = nullptr);
+
+/** Places where a value stands, as bits. What each of them takes, in either direction, differs on purpose. */
+using Places = unsigned int;
+inline constexpr Places IN_KEY = 1;
+inline constexpr Places IN_PROPERTY = 2;
+inline constexpr Places IN_ARGUMENT = 4;
 
 /** Fills a path from a CMPI path, as CMPIHelper::CMPIObjectPathToFrameworkObjectPath does. */
 using PathReader = void (*)(const CMPIObjectPath* op, bool withKeys, fwf::CIMObjectPath& out);
 
 /** How values come in. */
 struct InboundRules {
+  Places place;  ///< one of them: keys make key properties; references in properties come without their keys
   PathReader readPath;   ///< for references
-  bool referenceKeys;    ///< whether references bring their keys
-  bool isKey;            ///< the key flag of the property
-  FailureReport report;  ///< must throw
+  FailureReport report;  ///< of a failed CMPI call
 };
 
-/**
- * The property that a CMPI value makes. Taken are boolean, the unsigned integers, string, datetime and
- * reference, and arrays of uint8, sint8, uint32, uint64, string and reference. A value with the state
- * CMPI_nullValue becomes a default element with the null flag.
- * @return nothing for any other type
- */
-std::optional<fwf::CIMProperty>
-propertyOfValue(const std::string& name, const CMPIData& data, const InboundRules& rules);
+/** How values of one type come in. */
+struct InboundKind;
+
+/** @return null for a type that the place does not take */
+const InboundKind* findInboundKind(CMPIType type, Places place);
+
+/** The property of a value of this kind. A null value makes a default element with the null flag. */
+fwf::CIMProperty makeProperty(
+    const InboundKind& kind, const std::string& name, const CMPIData& data, const InboundRules& rules);
 
 /** How values go out. */
 struct OutboundRules {
   const CMPIBroker* broker;
   const char** properties;  ///< filter of embedded instances; null means all
-  FailureReport report;     ///< must throw
+  FailureReport report;     ///< of a failed CMPI call
 };
 
 /** The types under which a property goes out. */
@@ -74,8 +78,8 @@ struct OutboundTexts {
   const char* beforeSetting;     ///< each element of an array
 };
 
-/** The CMPI types of the same kind as a type code. @return nothing for codes that no conversion handles */
-std::optional<OutboundShape> naturalShape(fwf::Primitive_DataType code);
+/** The CMPI types of the same kind as a type code. @return nothing for codes that the place does not take */
+std::optional<OutboundShape> naturalShape(fwf::Primitive_DataType code, Places place);
 
 /** A CMPI value with what was made for it; releases that when it goes. The receivers of values copy them. */
 class OutboundValue {
@@ -104,10 +108,9 @@ private:
 };
 
 /**
- * The CMPI value of a property whose type code has a natural shape: its first element, or an array of
- * all. A scalar without an element is null.
- * @throws what rules.report throws when the broker makes no object, and what converting references
- * and instances throws.
+ * The CMPI value of a property whose type code some place takes: its first element, or an array of
+ * all. A scalar without an element is null. Fails when the broker makes no object.
+ * @throws CIMException also what converting references and instances throws
  */
 OutboundValue valueOfProperty(
     const fwf::CIMProperty& property, const OutboundShape& shape, const OutboundRules& rules,

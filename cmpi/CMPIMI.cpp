@@ -68,8 +68,8 @@ CMPIStatus invalidParameters(const FunctionNames& names) {
 }
 
 /** Calls the adapter. Its operations throw nothing; whatever happens all the same must not leave. */
-template <typename AdapterCall>
-CMPIStatus callAdapter(const FunctionNames& names, AdapterCall call) {
+template <typename Operation, typename... Arguments>
+CMPIStatus callAdapter(const FunctionNames& names, Operation operation, Arguments... arguments) {
   CMPIStatus status{CMPI_RC_OK, nullptr};
   try {
     CMPIAdapter* adapter = CMPIAdapter::getInstance();
@@ -77,7 +77,7 @@ CMPIStatus callAdapter(const FunctionNames& names, AdapterCall call) {
       KvsLogMsg(KVS_LOG_FATAL, "%s", NO_ADAPTER);
       return CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(NO_ADAPTER)};
     }
-    call(*adapter, entryBroker(), &status);
+    (adapter->*operation)(arguments..., entryBroker(), &status);
   } catch (...) {
     status = CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(UNKNOWN_ERROR)};
   }
@@ -89,11 +89,14 @@ CMPIStatus callAdapter(const FunctionNames& names, AdapterCall call) {
   return status;
 }
 
-/** The shape of all functions that lead to the adapter. */
-template <typename AdapterCall>
-CMPIStatus forward(const FunctionNames& names, bool argumentsAreValid, AdapterCall call) {
+/** The shape of all functions that lead to the adapter: an operation of it gets their arguments, when valid.
+ */
+template <typename Operation, typename... Arguments>
+CMPIStatus
+forward(const FunctionNames& names, bool argumentsAreValid, Operation operation, Arguments... arguments) {
   traceFunction("Entering", names.entry);
-  const CMPIStatus status = argumentsAreValid ? callAdapter(names, call) : invalidParameters(names);
+  const CMPIStatus status =
+      argumentsAreValid ? callAdapter(names, operation, arguments...) : invalidParameters(names);
   traceFunction("Exiting", argumentsAreValid ? names.exit : names.invalidExit);
   return status;
 }
@@ -217,10 +220,7 @@ CMPIStatus tvpCmpiMIEnumInstanceNames(
                              .forOperation("EnumInstanceNames")
                              .refusingAs("KvsCmpiMIEnumInstanceNames");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.EnumInstanceNames(mi, ctx, rslt, op, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op), &CMPIAdapter::EnumInstanceNames, mi, ctx, rslt, op);
 }
 
 CMPIStatus tvpCmpiMIEnumInstances(
@@ -228,10 +228,8 @@ CMPIStatus tvpCmpiMIEnumInstances(
     const char** properties) {
   constexpr auto names = FunctionNames("tvpCmpiMIEnumInstances").forOperation("EnumInstances");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.EnumInstances(mi, ctx, rslt, op, properties, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op), &CMPIAdapter::EnumInstances, mi, ctx, rslt, op,
+      properties);
 }
 
 CMPIStatus tvpCmpiMIGetInstance(
@@ -239,10 +237,8 @@ CMPIStatus tvpCmpiMIGetInstance(
     const char** properties) {
   constexpr auto names = FunctionNames("tvpCmpiMIGetInstance").forOperation("GetInstance");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.GetInstance(mi, ctx, rslt, op, properties, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op), &CMPIAdapter::GetInstance, mi, ctx, rslt, op,
+      properties);
 }
 
 CMPIStatus tvpCmpiMICreateInstance(
@@ -253,10 +249,8 @@ CMPIStatus tvpCmpiMICreateInstance(
                              .enteringAs("tvpCmpiMIGetInstance")
                              .exitingAs("ZelCmpiMICreateInstance");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op, instance),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.CreateInstance(mi, ctx, rslt, op, instance, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op, instance), &CMPIAdapter::CreateInstance, mi, ctx,
+      rslt, op, instance);
 }
 
 CMPIStatus tvpCmpiMIModifyInstance(
@@ -264,20 +258,15 @@ CMPIStatus tvpCmpiMIModifyInstance(
     const CMPIInstance* instance, const char** properties) {
   constexpr auto names = FunctionNames("tvpCmpiMIModifyInstance").forOperation("ModifyInstance");
   return forward(
-      names, mi != nullptr && properties != nullptr,
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.ModifyInstance(mi, ctx, rslt, op, instance, properties, broker, status);
-      });
+      names, mi != nullptr && properties != nullptr, &CMPIAdapter::ModifyInstance, mi, ctx, rslt, op,
+      instance, properties);
 }
 
 CMPIStatus tvpCmpiMIDeleteInstance(
     CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op) {
   constexpr auto names = FunctionNames("tvpCmpiMIDeleteInstance").forOperation("DeleteInstance");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.DeleteInstance(mi, ctx, rslt, op, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op), &CMPIAdapter::DeleteInstance, mi, ctx, rslt, op);
 }
 
 CMPIStatus tvpCmpiMIExecQuery(
@@ -293,9 +282,7 @@ CMPIStatus tvpCmpiMIInvokeMethod(
   constexpr auto names = FunctionNames("tvpCmpiMIInvokeMethod").forOperation("InvokeMethod");
   return forward(
       names, mi != nullptr && areObjects(ctx, rslt, op, in, out) && isText(methodName),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.InvokeMethod(mi, ctx, rslt, op, methodName, in, out, broker, status);
-      });
+      &CMPIAdapter::InvokeMethod, mi, ctx, rslt, op, methodName, in, out);
 }
 
 CMPIStatus tvpCmpiMIAssociators(
@@ -304,11 +291,8 @@ CMPIStatus tvpCmpiMIAssociators(
     const char** properties) {
   constexpr auto names = FunctionNames("tvpCmpiMIAssociators").forOperation("Associators");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.Associators(
-            mi, ctx, rslt, op, assocClass, resultClass, role, resultRole, properties, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op), &CMPIAdapter::Associators, mi, ctx, rslt, op,
+      assocClass, resultClass, role, resultRole, properties);
 }
 
 CMPIStatus tvpCmpiMIAssociatorNames(
@@ -316,10 +300,8 @@ CMPIStatus tvpCmpiMIAssociatorNames(
     const char* assocClass, const char* resultClass, const char* role, const char* resultRole) {
   constexpr auto names = FunctionNames("tvpCmpiMIAssociatorNames").forOperation("AssociatorNames");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op) && isText(assocClass),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.AssociatorNames(mi, ctx, rslt, op, assocClass, resultClass, role, resultRole, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op) && isText(assocClass), &CMPIAdapter::AssociatorNames,
+      mi, ctx, rslt, op, assocClass, resultClass, role, resultRole);
 }
 
 CMPIStatus tvpCmpiMIReferences(
@@ -327,10 +309,8 @@ CMPIStatus tvpCmpiMIReferences(
     const char* resultClass, const char* role, const char** properties) {
   constexpr auto names = FunctionNames("tvpCmpiMIReferences").forOperation("References");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.References(mi, ctx, rslt, op, resultClass, role, properties, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op), &CMPIAdapter::References, mi, ctx, rslt, op,
+      resultClass, role, properties);
 }
 
 CMPIStatus tvpCmpiMIReferenceNames(
@@ -338,10 +318,8 @@ CMPIStatus tvpCmpiMIReferenceNames(
     const char* resultClass, const char* role) {
   constexpr auto names = FunctionNames("tvpCmpiMIReferenceNames").forOperation("ReferenceNames");
   return forward(
-      names, mi != nullptr && areObjects(ctx, rslt, op),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.ReferenceNames(mi, ctx, rslt, op, resultClass, role, broker, status);
-      });
+      names, mi != nullptr && areObjects(ctx, rslt, op), &CMPIAdapter::ReferenceNames, mi, ctx, rslt, op,
+      resultClass, role);
 }
 
 CMPIStatus tvpCmpiMIAuthorizeFilter(
@@ -366,9 +344,7 @@ CMPIStatus tvpCmpiMIActivateFilter(
                              .forOperation("ActivateFilter")
                              .refusingWith("INVALID : Indication MI");
   return forward(
-      names, mi != nullptr, [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.ActivateFilter(mi, ctx, filter, className, op, firstActivation, broker, status);
-      });
+      names, mi != nullptr, &CMPIAdapter::ActivateFilter, mi, ctx, filter, className, op, firstActivation);
 }
 
 CMPIStatus tvpCmpiMIDeActivateFilter(
@@ -376,25 +352,15 @@ CMPIStatus tvpCmpiMIDeActivateFilter(
     const CMPIObjectPath* op, CMPIBoolean lastActivation) {
   constexpr auto names = FunctionNames("tvpCmpiMIDeActivateFilter").forOperation("DeActivateFilter");
   return forward(
-      names, mi != nullptr, [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.DeActivateFilter(mi, ctx, filter, className, op, lastActivation, broker, status);
-      });
+      names, mi != nullptr, &CMPIAdapter::DeActivateFilter, mi, ctx, filter, className, op, lastActivation);
 }
 
 CMPIStatus tvpCmpiMIEnableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
   constexpr auto names = FunctionNames("tvpCmpiMIEnableIndications").forOperation("EnableIndications");
-  return forward(
-      names, mi != nullptr && areObjects(ctx),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.EnableIndications(mi, ctx, broker, status);
-      });
+  return forward(names, mi != nullptr && areObjects(ctx), &CMPIAdapter::EnableIndications, mi, ctx);
 }
 
 CMPIStatus tvpCmpiMIDisableIndications(CMPIIndicationMI* mi, const CMPIContext* ctx) {
   constexpr auto names = FunctionNames("tvpCmpiMIDisableIndications").forOperation("DisableIndications");
-  return forward(
-      names, mi != nullptr && areObjects(ctx),
-      [&](CMPIAdapter& adapter, const CMPIBroker* broker, CMPIStatus* status) {
-        adapter.DisableIndications(mi, ctx, broker, status);
-      });
+  return forward(names, mi != nullptr && areObjects(ctx), &CMPIAdapter::DisableIndications, mi, ctx);
 }

@@ -150,5 +150,30 @@ TEST_F(AssociationRequestsTest, AssociationClassesAreChosenByNameAndByInheritanc
       });
 }
 
+TEST_F(AssociationRequestsTest, ACandidateThatIsRefusedDoesNotHideTheOthers) {
+  host::Broker broker(host::MofReader::readText(
+      "class TEST_Base { [Key] string Id; }; class TEST_First : TEST_Base {}; class TEST_Last : TEST_Base "
+      "{};",
+      "classes.mof"));
+  host::Request request(broker);
+  PluginsManager* registry = PluginsManager::getInstance();
+  registry->registerPlugin("test_first", new EmptyAssociation("TEST_First", "TEST_Near", "TEST_Far"));
+  registry->registerPlugin("test_last", new EmptyAssociation("TEST_Last", "TEST_Near", "TEST_Far"));
+  const auto candidates = [&] {
+    Texts out;
+    CMPIHelper::GetAssociationClasses(
+        CIMObjectPath("h", TEST_NAMESPACE, "any", {}), "TEST_Base", broker.cmpi(), out);
+    return out;
+  };
+  EXPECT_EQ(candidates(), (Texts{"test_first", "test_last"}));
+  std::size_t refusals = 0;
+  failEveryCall(broker, CMPI_RC_ERR_FAILED, candidates, [&](const std::string& call) {
+    const Texts found = candidates();
+    EXPECT_GE(found.size(), 1U);
+    refusals += !isRelease(call) && found == Texts{"test_last"} ? 1 : 0;
+  });
+  EXPECT_EQ(refusals, 2U) << "its path cannot be made, or cannot be judged";
+}
+
 }  // namespace
 }  // namespace tvp::test

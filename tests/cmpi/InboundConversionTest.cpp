@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <random>
+#include <thread>
 
 namespace tvp::test {
 namespace {
@@ -217,6 +218,27 @@ TEST_F(InboundConversionTest, WhicheverCallFailsTheConversionFails) {
     });
   }
   EXPECT_TRUE(m_log.has(LogCapture::message(4, "Exception throwin in Fun: setProps in Line# 2297")));
+}
+
+// On a thread outside any request nothing is freed for the provider: what it forgets stays.
+TEST_F(InboundConversionTest, TheStringsOfAPathAreReleasedWhicheverCallFails) {
+  const CMPIObjectPath* path = m_request.objectPath(pathWithAllKinds());
+  const CMPIContext* context = CBPrepareAttachThread(m_broker.cmpi(), m_request.context());
+  std::thread([&] {
+    ASSERT_EQ(CBAttachThread(m_broker.cmpi(), context).rc, CMPI_RC_OK);
+    const auto convert = [&] {
+      CIMObjectPath out;
+      CMPIHelper::CMPIObjectPathToFrameworkObjectPath(path, false, out);
+    };
+    convert();
+    EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
+    failEveryCall(m_broker, CMPI_RC_ERR_FAILED, convert, [&](const std::string& call) {
+      if (!isRelease(call)) {
+        EXPECT_NE(thrownCode(convert), 0U);
+        EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
+      }
+    });
+  }).join();
 }
 
 TEST_F(InboundConversionTest, NullObjectsEndInExceptions) {

@@ -13,6 +13,7 @@
 
 namespace {
 
+using namespace tvp::cim::fwf;
 using namespace tvp::test;
 
 template <typename T>

@@ -68,7 +68,7 @@ TEST(Containers, AssignmentEndsEqualToTheSource) {
   EXPECT_EQ(describe(references.m_values[0]), describe(path("m", "New", OTHER)));
 }
 
-TEST(ObjectPath, Equality) {
+TEST(ObjectPath, EqualityIgnoresHostsAndTheOrderOfKeysButNotTheirCase) {
   const CIMProperty id = text("DeviceID", "7", true);
   const CIMProperty size = number("Number", 3, true);
   struct Case {
@@ -99,7 +99,7 @@ TEST(ObjectPath, Equality) {
   }
 }
 
-TEST(ObjectPath, Text) {
+TEST(ObjectPath, TextShowsTheValuesOfStringsAndReferencesOnly) {
   const CIMObjectPath target = path("root", "Target", {text("Name", "a \"b\"", true)}, "there");
   struct Case {
     CIMObjectPath path;

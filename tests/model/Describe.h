@@ -28,8 +28,6 @@ using cim::fwf::CIMMethodParam;
 using cim::fwf::CIMObjectPath;
 using cim::fwf::CIMProperty;
 using cim::fwf::CIMValue;
-using cim::fwf::PDT_STRING;
-using cim::fwf::PDT_UINT32;
 
 // Everything that a value of the model holds, as text: two values are the same when their texts are.
 std::string describe(const CIMProperty& property);
@@ -96,10 +94,10 @@ inline std::string describe(const CIMProperty& property) {
 
 /** A property of one of the two commonest kinds. */
 inline CIMProperty text(const std::string& name, const std::string& value, bool isKey = false) {
-  return {name, CIMValue<std::string>(value, false, false), isKey, PDT_STRING, false};
+  return {name, CIMValue<std::string>(value, false, false), isKey, cim::fwf::PDT_STRING, false};
 }
 inline CIMProperty number(const std::string& name, unsigned int value, bool isKey = false) {
-  return {name, CIMValue<unsigned int>(value, false, false), isKey, PDT_UINT32, false};
+  return {name, CIMValue<unsigned int>(value, false, false), isKey, cim::fwf::PDT_UINT32, false};
 }
 
 }  // namespace tvp::test

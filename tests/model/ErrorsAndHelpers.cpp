@@ -38,7 +38,7 @@ TEST(Exception, KeepsItsCodeAndCutsFormattedTextsOnly) {
   }
 }
 
-TEST(Helpers, SplitTexts) {
+TEST(Helpers, TextsAreSplitAtTheirSeparators) {
   struct Case {
     const char* text;
     unsigned int part;
@@ -67,7 +67,7 @@ TEST(Helpers, SplitTexts) {
   EXPECT_EQ(Helpers::stripExtraSemicolons("x"), "");
 }
 
-TEST(Helpers, ReadNumbers) {
+TEST(Helpers, NumbersAreReadFromTexts) {
   const std::pair<const char*, int> cases[] = {
       {"42", 42}, {" -7x", -7}, {"12.9", 12}, {"", 0},
       {"x1", 0},  {"+", 0},     {"0x10", 0},  {"99999999999", std::numeric_limits<int>::max()}};

@@ -98,7 +98,7 @@ TEST(Property, EmptySlotsOfTheSourceLeaveElements) {
   }
 }
 
-TEST(Property, AssignmentFromItselfAndFromWithinItself) {
+TEST(Property, AssignmentFromItselfOrFromWithinItselfIsSafe) {
   const CIMProperty inner = text("Inner", "value", true);
   for (const bool move : {false, true}) {
     CIMProperty outer = make<CIMObjectPath>({CIMObjectPath("", "", "Class", {inner})});
@@ -117,6 +117,21 @@ TEST(Property, AssignmentFromItselfAndFromWithinItself) {
     EXPECT_EQ(outer.name(), "Inner");
     EXPECT_EQ(outer.getStringValue().m_values, std::vector<std::string>{"value"});
   }
+}
+
+TEST(Property, ASint64ArrivesByAssignmentAndLeavesWhatIsThere) {
+  CIMProperty source = text("Source", "a");
+  CIMValue<long long> value;
+  value.m_values = {-5, 1LL << 40U};
+  value.m_isNull = true;
+  SlotFiller::assign(source, value);
+  CIMProperty target = number("Target", 7);
+  target = source;
+  EXPECT_EQ(describe(target.getSint64Value()), "01[-5 1099511627776 ]");
+  EXPECT_EQ(target.getStringValue().m_values, std::vector<std::string>{"a"});
+  EXPECT_EQ(target.getUint32Value().m_values, std::vector<unsigned int>{7});
+  target = number("Empty", 8);
+  EXPECT_EQ(describe(target.getSint64Value()), "00[-5 1099511627776 ]");
 }
 
 TEST(Property, EachTypeCodeCopiesItsOwnSlotOnly) {
@@ -155,7 +170,7 @@ TEST(Property, EachTypeCodeCopiesItsOwnSlotOnly) {
   }
 }
 
-TEST(Property, EqualityOfEveryTypeCode) {
+TEST(Property, PropertiesOfSupportedTypesAreEqualWhenTheirElementsAre) {
   const std::map<unsigned int, Kind> served = servedCodes();
   for (unsigned int number = 0; number <= 40; ++number) {
     SCOPED_TRACE(number);
@@ -171,7 +186,7 @@ TEST(Property, EqualityOfEveryTypeCode) {
   }
 }
 
-TEST(Property, EqualityLooksAtNameTypeAndKeyOnly) {
+TEST(Property, EqualityLooksAtNameTypeKeyFlagAndElementsOnly) {
   struct Case {
     const char* what;
     std::function<void(CIMProperty&)> change;

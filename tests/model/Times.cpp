@@ -70,7 +70,7 @@ TEST(DateTimeClock, TakesThePlatformsPartsAsTheyAre) {
   EXPECT_EQ(current.getCurrentTime(), current.getTimeinUSecs(record));
 }
 
-TEST(DateTimeCalendar, LeapYearsAndMonthsOutsideTheTable) {
+TEST(DateTimeCalendar, FebruaryIsLongerInLeapYearsAndOtherMonthsThanTwelveHaveNoDays) {
   const CIMDateTime calendar;
   for (const auto& [year, days] : {std::pair(1900U, 28U), {2000U, 29U}, {2023U, 28U}, {2024U, 29U}}) {
     EXPECT_EQ(calendar.getDaysPerMonth(year, 2), days) << year;
@@ -89,7 +89,7 @@ TEST(DateTimeCalendar, LeapYearsAndMonthsOutsideTheTable) {
   EXPECT_EQ(calendar.getDifferenceInYears(2023, 2024), 0U);
 }
 
-TEST(DateTimeMicroseconds, OfIntervalsTimestampsAndRecords) {
+TEST(DateTimeMicroseconds, IntervalsTimestampsAndRecordsAreCountedInTheirOwnWays) {
   EXPECT_EQ(
       CIMDateTime("00000012030405.000006:000").getTimeinUSecs(),
       12 * DAY + 3 * HOUR + 4 * 60000000ULL + 5 * 1000000ULL + 6);
