@@ -29,10 +29,9 @@ const Paths SCHEMA = {"text", "standard/cmpi", "host/schema"};
 const Paths HOST = SCHEMA + Paths{"host/broker", "host/provider"};
 const Paths OUTPUT =
     HOST + Paths{"terminal", "host/tvpcim/Failure.h", "host/tvpcim/Options.h", "host/tvpcim/output"};
-const Paths TOOL =
-    OUTPUT + Paths{
-                 "host/tvpcim/InstalledFiles.h", "host/tvpcim/Session.h", "host/tvpcim/storage/Inventory.h",
-                 "host/tvpcim/Tool.h", "host/tvpcim/Commands.h"};
+const Paths TOOL = OUTPUT + Paths{
+                                "host/tvpcim/InstalledFiles.h", "host/tvpcim/Session.h",
+                                "host/tvpcim/Inventory.h", "host/tvpcim/Tool.h", "host/tvpcim/Commands.h"};
 const Paths STATE = {"text", "voltvk/include", "voltvk/engine/state"};
 const Paths RULES = STATE + Paths{"voltvk/engine/drives", "voltvk/engine/rules"};
 const Paths ENGINE =
@@ -72,8 +71,8 @@ const std::vector<Layer>& layers() {
       {"host/tvpcim/output", HOST + Paths{"terminal", "host/tvpcim/Failure.h", "host/tvpcim/Options.h"}},
       {"host/tvpcim/InstalledFiles.h", {}},
       {"host/tvpcim/Session.h", OUTPUT},
-      {"host/tvpcim/storage/Inventory.h", OUTPUT + Paths{"host/tvpcim/Session.h"}},
-      {"host/tvpcim/Tool.h", OUTPUT + Paths{"host/tvpcim/Session.h", "host/tvpcim/storage/Inventory.h"}},
+      {"host/tvpcim/Inventory.h", OUTPUT + Paths{"host/tvpcim/Session.h"}},
+      {"host/tvpcim/Tool.h", OUTPUT + Paths{"host/tvpcim/Session.h", "host/tvpcim/Inventory.h"}},
       {"host/tvpcim/Commands.h", OUTPUT + Paths{"host/tvpcim/Tool.h"}},
       {"host/tvpcim/storage", TOOL},
       {"host/tvpcim/cim", TOOL + Paths{"host/tvpcim/storage"}},
