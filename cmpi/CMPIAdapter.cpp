@@ -69,7 +69,7 @@ CMPIAdapter::~CMPIAdapter() {
   if (library != nullptr && library->terminate() == 0) {
     KvsTrace(" TVP Interface pointer deleted successfully");
   }
-  // deleteInstance holds this lock, so that deleting it fails and the handle lives on. This is intended:
+  // deleteInstance holds this lock, so that deleting it fails and the handle lives on. COMPAT:
   // a thread that waits in getInstance must find a lock to wake up with.
   if (m_mutexObject != nullptr && KvsMutexDelete(&m_mutexObject) != 0) {
     KvsLogMsg(KVS_LOG_ERROR, "%s :: Failed to delete mutex object.", "~CMPIAdapter");

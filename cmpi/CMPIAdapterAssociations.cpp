@@ -158,7 +158,7 @@ void CMPIAdapter::AssociatorNames(
   runOperation("AssociatorNames", broker, status, [&] {
     AssociationRequest request("AssociatorNames", op, assocClass, resultClass);
     FrameworkFacade& facade = requireFacade();
-    // Intended: without a plugin that relates the source the result is not even marked as done.
+    // COMPAT: clients get a result that is not even marked as done without a plugin that relates the source.
     if (facade.getPlugIn(request.assocClass) == nullptr) {
       KvsLogMsg(KVS_LOG_ERROR, "%s", NO_PLUGIN);
       return;

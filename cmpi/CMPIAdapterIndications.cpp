@@ -65,7 +65,7 @@ void CMPIAdapter::EnableIndications(
 void CMPIAdapter::DisableIndications(
     CMPIIndicationMI*, const CMPIContext*, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("DisableIndications", broker, status, [] {
-    // No lower bound, intended: a surplus call leaves a count that is not zero.
+    // COMPAT: no lower bound; object managers see that a surplus call leaves a count that is not zero.
     if (--m_numOfSubscriptions == 0) {
       fwf::m_subscription = false;
     }
@@ -127,7 +127,7 @@ bool CMPIAdapter::DeliverIndication(fwf::CIMInstance& indication) {
   const CMPIContext* threadContext = adapter->m_preparedContext;
   if (threadContext == nullptr || threadContext == base) {
     KvsLogMsg(KVS_LOG_INFORMATION, "Could not deliver indication");
-    // The wording is the opposite of the case; intended, as logs are searched for it.
+    // COMPAT: the wording is the opposite of the case; logs are searched for it.
     KvsLogMsg(KVS_LOG_INFORMATION, "#***#Thread Context not equal to Original Context");
     return false;
   }

@@ -78,7 +78,7 @@ void CMPIAdapter::GetInstance(
     requireFacade().getCIMInstance(path, instances);
     ReturnInstances(broker, rslt, properties, std::move(instances), status);
   };
-  // Both lines of this operation begin with the same word; intended, as logs are searched for it.
+  // COMPAT: both lines of this operation begin with the same word; logs are searched for it.
   runOperation(NAME, broker, status, work, "Exiting");
 }
 
@@ -89,7 +89,7 @@ void CMPIAdapter::CreateInstance(
   runOperation(NAME, broker, status, [&] {
     changePath(NAME, op);
     requireFacade();
-    // Intended: creating is accepted and does nothing; pools and volumes are made by methods.
+    // COMPAT: clients see creating accepted, and it does nothing; pools and volumes are made by methods.
     ReturnInstances(broker, rslt, nullptr, {}, status);
   });
 }
@@ -120,7 +120,7 @@ void CMPIAdapter::DeleteInstance(
   runOperation(NAME, broker, status, [&] {
     changePath(NAME, op);
     requireFacade();
-    // Intended: deleting is accepted and does nothing; pools and volumes are deleted by methods.
+    // COMPAT: clients see deleting accepted, and it does nothing; pools and volumes are deleted by methods.
   });
 }
 

@@ -47,11 +47,11 @@ constexpr ArgumentKind ARGUMENT_KINDS[] = {
     array(fwf::PDT_UINT32_ARRAY, CMPI_uint32, "Uint32Array received"),
     scalar(fwf::PDT_UINT64, CMPI_uint64),
     array(fwf::PDT_UINT64_ARRAY, CMPI_uint64),
-    // Intended: clients of the methods know their 8-bit outputs as signed.
+    // COMPAT: clients of the methods know their 8-bit outputs as signed.
     scalar(fwf::PDT_UINT8, CMPI_sint8),
     array(fwf::PDT_UINT8_ARRAY, CMPI_uint8),
     scalar(fwf::PDT_REFERENCE, CMPI_ref),
-    // Intended: this array alone is made with its own array type.
+    // COMPAT: object managers get this array alone made with its own array type.
     {fwf::PDT_REFERENCE_ARRAY, {CMPI_refA, CMPI_refA, CMPI_ref}, {nullptr, nullptr, nullptr, nullptr}},
     scalar(fwf::PDT_INSTANCE, CMPI_instance, "Instance "),
     {fwf::PDT_INSTANCE_ARRAY,

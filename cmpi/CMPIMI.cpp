@@ -157,7 +157,7 @@ CMPIAssociationMIFT associationTable = {
     tvpCmpiMIAssociatorNames,
     tvpCmpiMIReferences,
     tvpCmpiMIReferenceNames};
-// The capital letter is intended: registrations name the interface so.
+// COMPAT: registrations name the interface with the capital letter.
 CMPIIndicationMIFT indicationTable = {
     CMPIVersion200,
     CMPIVersion200,

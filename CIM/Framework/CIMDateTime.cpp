@@ -140,7 +140,7 @@ std::int64_t CIMDateTime::daysSince(const DateTime& past) const {
   const std::int64_t passed = getDaysPassed(month);
   const std::int64_t pastPassed = getDaysPassed(asUnsigned(past.month));
   const std::int64_t left = static_cast<std::int64_t>(getDaysPerMonth(year, month)) - current.day;
-  // The terms for the months are as the time-outs of the product were always computed (intended).
+  // COMPAT: the terms for the months are as the time-outs of the product were always computed.
   if (past.year < current.year) {
     std::int64_t days = 365 - pastPassed + getDifferenceInYears(year, asUnsigned(past.year)) + passed;
     if (isLeapYear(year)) {

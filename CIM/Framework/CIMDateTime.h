@@ -25,8 +25,8 @@ namespace tvp::cim::fwf {
 
 /**
  * A CIM datetime, from and to its text yyyymmddhhmmss.mmmmmm+ooo, and time differences for time-outs.
- * The offset is always "+530", whatever the text says (intended: the management clients of the product
- * rely on it). A value.
+ * COMPAT: the offset is always "+530", whatever the text says; the management clients of the product rely
+ * on it. A value.
  */
 class CIMDateTime {
 public:
@@ -61,8 +61,8 @@ public:
   unsigned int getDifferenceInYears(unsigned int laterYear, unsigned int earlierYear) const;
 
   /**
-   * The microseconds from past to this value, modulo 2 to the 64th. Hours, minutes, seconds and
-   * microseconds each count with their absolute difference, without borrowing (intended).
+   * The microseconds from past to this value, modulo 2 to the 64th. COMPAT: hours, minutes, seconds and
+   * microseconds each count with their absolute difference, without borrowing; time-outs rely on it.
    * @throws CIMException code 1 when past lies in a later year.
    */
   std::uint64_t calculateTimeDifference(const CIMDateTime& past) const;

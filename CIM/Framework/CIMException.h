@@ -28,8 +28,8 @@ enum FrameworkReturnCode : unsigned int {
   FW_RC_INTERNAL_ERROR = 24
 };
 
-/** Endings of the usual messages. They bring a separator of their own; doubled in the message it is intended.
- */
+/** Endings of the usual messages. COMPAT: they bring a separator of their own, which is doubled in messages;
+ * clients see them so. */
 inline constexpr char OPERATION_FAILED_SUFFIX[] = " :: Operation Failed";
 inline constexpr char INVALID_NAMESPACE_SUFFIX[] = " :: Invalid namespace";
 inline constexpr char INVALID_CLASS_SUFFIX[] = " :: Invalid class";

@@ -26,7 +26,7 @@ public:
   CIMInstance& operator=(CIMInstance&& other) noexcept;
   ~CIMInstance();
 
-  /** Takes over host, namespace and class. The path's keys are not taken over (intended). */
+  /** Takes over host, namespace and class. COMPAT: plugins rely on the path's keys not being taken over. */
   void setPath(const CIMObjectPath& path);
   /** @return the path of this instance, with a copy of its keys. */
   CIMObjectPath getPath() const;

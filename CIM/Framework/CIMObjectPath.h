@@ -51,8 +51,8 @@ public:
   bool operator!=(const CIMObjectPath& other) const { return !(*this == other); }
 
   /**
-   * @return //HOST/NAMESPACE:CLASS.KEY="text",KEY=//path... Keys that are neither strings nor references
-   *         show no value (intended).
+   * @return //HOST/NAMESPACE:CLASS.KEY="text",KEY=//path... COMPAT: keys that are neither strings nor
+   *         references show no value; logs are searched for the text.
    */
   std::string toString() const;
 

@@ -31,7 +31,7 @@ CIMProperty& CIMProperty::operator=(const CIMProperty& other) {
   return *this;
 }
 
-// The value is assigned, not constructed, into its slot: the array flag follows the slot's rule (intended).
+// COMPAT: the value is assigned, not constructed, into its slot: callers know the flag by the slot's rule.
 template <typename T, std::enable_if_t<!std::is_same_v<T, long long>, int>>
 CIMProperty::CIMProperty(
     std::string name, CIMValue<T> value, bool isKey, Primitive_DataType type, bool extraFlag)
@@ -164,7 +164,7 @@ int CIMProperty::setPropValue(Primitive_DataType type, const CIMProperty& source
 
 bool CIMProperty::equalValue(const CIMProperty& other) const {
   if (m_type != other.m_type || m_type == PDT_DATETIME) {
-    return false;  // a datetime is unequal to itself, too (intended)
+    return false;  // COMPAT: a datetime is unequal even to itself, as callers know it
   }
   bool equal = false;
   withElementTypeOf(m_type, [this, &other, &equal](auto element) {

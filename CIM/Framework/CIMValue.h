@@ -21,9 +21,9 @@ inline constexpr bool isOneOf = (std::is_same_v<T, Types> || ...);
  * One value of a CIM type: a list of elements with an array flag and a null flag. A scalar is a list of
  * one element.
  *
- * Assignment has two rules, and both are intended. For short, bool and CIMInstance everything is replaced.
- * For all other types an empty source leaves the target's elements, and the array flag of the target is
- * never changed. Moving follows the same rules as copying.
+ * COMPAT: assignment has two rules, and plugins rely on both. For short, bool and CIMInstance everything is
+ * replaced. For all other types an empty source leaves the target's elements, and the array flag of the
+ * target is never changed. Moving follows the same rules as copying.
  *
  * Include CIMObjectPath.h or CIMInstance.h to use the value of that type.
  */
