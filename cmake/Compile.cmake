@@ -3,7 +3,7 @@
 
 add_library(tvp_compile INTERFACE)
 target_compile_options(tvp_compile INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -Werror -fno-omit-frame-pointer
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -fno-omit-frame-pointer
   $<$<COMPILE_LANGUAGE:CXX>:-fcheck-new>)
 target_include_directories(tvp_compile INTERFACE ${PROJECT_SOURCE_DIR})
 
