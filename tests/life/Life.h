@@ -58,9 +58,14 @@ public:
   /** Takes the provider out of the process. */
   void unload();
 
-  /** Runs something as one step and records its answer. @return the answer */
+  /** Runs something as one step and records its answer. */
   template <typename Work>
-  auto step(const std::string& title, Work work) {
+  void step(const std::string& title, Work work) {
+    static_cast<void>(answerOf(title, work));
+  }
+  /** The same. @return the answer */
+  template <typename Work>
+  auto answerOf(const std::string& title, Work work) {
     begin(title);
     auto answer = work(provider());
     m_answers += answerText(answer);

@@ -10,7 +10,6 @@
 namespace tvp::test {
 namespace {
 
-using host::IndicationFilter;
 using host::Provider;
 using host::Value;
 
@@ -87,7 +86,7 @@ const std::vector<std::string> FIXED_CLASSES = {"TVP_LogicalDevices",      "TVP_
                                                 "TVP_VirtualVolumeSource", "TVP_TierService"};
 
 void OneLife::subscribe() {
-  const IndicationFilter filter;
+  const host::IndicationFilter filter = tieringFilter();
   m_life.step("authorizeFilter", [&](Provider& provider) { return provider.authorizeFilter(filter); });
   m_life.step("mustPoll", [&](Provider& provider) { return provider.mustPoll(filter); });
   m_life.step("activateFilter", [&](Provider& provider) { return provider.activateFilter(filter); });
@@ -99,7 +98,7 @@ void OneLife::subscribe() {
 }
 
 void OneLife::unsubscribe() {
-  const IndicationFilter filter;
+  const host::IndicationFilter filter = tieringFilter();
   m_life.step(
       "deActivateFilter", [&](Provider& provider) { return provider.deActivateFilter(filter, false); });
   m_life.step("disableIndications", [](Provider& provider) { return provider.disableIndications(); });
@@ -297,13 +296,14 @@ void OneLife::failDeliveries() {
   m_life.objectManager().attachesThreads = true;
   m_life.objectManager().preparesThreads = false;
   m_life.step("activateFilter without a context for the listener", [](Provider& provider) {
-    return provider.activateFilter({});
+    return provider.activateFilter(tieringFilter());
   });
   addDrive("hdd", "6GiB");
   m_life.round("a round without a context for the listener");
   m_life.objectManager().preparesThreads = true;
-  m_life.step(
-      "activateFilter with a context again", [](Provider& provider) { return provider.activateFilter({}); });
+  m_life.step("activateFilter with a context again", [](Provider& provider) {
+    return provider.activateFilter(tieringFilter());
+  });
   addDrive("hdd", "7GiB");
   m_life.round("a round whose indication is taken again");
   m_life.failEachFunction([&](const std::string& addition) {
@@ -443,7 +443,7 @@ TEST_F(OneLife, OfMisfortuneIsLoggedAndAnsweredAsRecorded) {
   m_life.voltvkctl({"fault", "clear"});
   enumerate(m_life, "TVP_LogicalDevice", "with a driver");
   m_life.step("enableIndications", [](Provider& provider) { return provider.enableIndications(); });
-  m_life.step("activateFilter", [](Provider& provider) { return provider.activateFilter({}); });
+  m_life.step("activateFilter", [](Provider& provider) { return provider.activateFilter(tieringFilter()); });
   addDrive("ssd", "1GiB");
   m_life.round("a round without texts of events");
   m_life.voltvkctl({"fault", "set", "throw", "getEvents"});

@@ -101,13 +101,13 @@ MethodCall ofPool(const std::string& method, std::uint32_t pool) {
 
 host::MethodOutcome
 invoke(Life& life, const MethodCall& call, const std::string& why, const std::string& className) {
-  return life.step(className + "." + call.method + ": " + why, [&](Provider& provider) {
+  return life.answerOf(className + "." + call.method + ": " + why, [&](Provider& provider) {
     return provider.invokeMethod(classPath(className), call.method, call.arguments);
   });
 }
 
 host::InstancesOutcome enumerate(Life& life, const std::string& className, const std::string& why) {
-  return life.step("enumerateInstances of " + className + ": " + why, [&](Provider& provider) {
+  return life.answerOf("enumerateInstances of " + className + ": " + why, [&](Provider& provider) {
     return provider.enumerateInstances(classPath(className));
   });
 }

@@ -16,6 +16,14 @@ inline host::ObjectPath classPath(const std::string& className, std::vector<host
   return {"root/kvs/tvp/smi_15", className, std::move(keys), ""};
 }
 
+/** A filter for the indications of the provider. */
+inline host::IndicationFilter tieringFilter() {
+  host::IndicationFilter filter;
+  filter.className = "TVP_CIMIndication";
+  filter.query = "SELECT * FROM TVP_CIMIndication";
+  return filter;
+}
+
 /** A method call on the tier service: its name and good arguments, which a test changes as it needs. */
 struct MethodCall {
   std::string method;

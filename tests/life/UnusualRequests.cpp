@@ -161,9 +161,12 @@ void askWhileCallsFail(Life& life) {
     });
   });
   life.failEachFunction([&](const std::string& addition) {
-    life.step("activateFilter" + addition, [](Provider& provider) { return provider.activateFilter({}); });
+    life.step("activateFilter" + addition, [](Provider& provider) {
+      return provider.activateFilter(tieringFilter());
+    });
   });
-  life.step("activateFilter again", [](Provider& provider) { return provider.activateFilter({}); });
+  life.step(
+      "activateFilter again", [](Provider& provider) { return provider.activateFilter(tieringFilter()); });
 }
 
 }  // namespace tvp::test
