@@ -8,6 +8,7 @@
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMethodTrace.h"
 
+#include <cstdio>
 #include <exception>
 #include <string>
 
@@ -15,14 +16,13 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** What the exception that is being handled says; empty when it says nothing. */
-std::string textOfException() {
+/** Keeps what the exception that is being handled says; nothing when it says nothing. */
+void keepTextOfException(char (&text)[TVK_DETAIL_SIZE]) noexcept {
   try {
     throw;
   } catch (const std::exception& exception) {
-    return exception.what();
+    std::snprintf(text, sizeof text, "%s", exception.what());
   } catch (...) {
-    return "";
   }
 }
 
@@ -40,7 +40,7 @@ unsigned int AdapterOperation::run(Ret& ret, const Call& call, const Preparation
 unsigned int AdapterOperation::carryOut(Ret& ret, const Call& call, const Preparation& prepare) const {
   // COMPAT: stays so when something throws; clients see an exception of the library as success.
   unsigned int result = BACKEND_DONE;
-  std::string reason;
+  char reason[TVK_DETAIL_SIZE] = "";
   try {
     TvkAdapter* adapter = getTvkAdapter();
     if (adapter == nullptr) {
@@ -55,14 +55,14 @@ unsigned int AdapterOperation::carryOut(Ret& ret, const Call& call, const Prepar
       ret = call(*adapter);
       traceParts({"Returned from TvkAdapter::", m_returned, "()"});
       result = ret.getReturn() == 0 ? BACKEND_DONE : BACKEND_FAILED;
-      reason = ret.getDetail();
+      std::snprintf(reason, sizeof reason, "%s", ret.getDetail());
     }
   } catch (...) {
     traceParts({"Exception caught in Tvk Lib method: TvkAdapter::", m_throwing, "() "});
-    reason = textOfException();
+    keepTextOfException(reason);
   }
   KvsLogMsg(KVS_LOG_DEBUG, "Exiting %s() with Return: %u", m_exit, result);
-  reportRefusal(m_method, reason.c_str());
+  reportRefusal(m_method, reason);
   return result;
 }
 

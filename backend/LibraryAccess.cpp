@@ -28,8 +28,8 @@ TvkAdapter* getTvkAdapter() {
 
 void refreshTarvexProObjects() {
   try {
-    if (TVPInterface* gateway = TVPInterface::getInstance()) {
-      gateway->refreshConfiguration();
+    if (TvkLib* library = getLibrary()) {
+      library->refreshConfiguration();
     }
   } catch (...) {
     KvsTrace("Exception caught in Tvk Lib method: TvkLib::refreshConfiguration() ");

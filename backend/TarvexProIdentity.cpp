@@ -61,26 +61,23 @@ void insertLimits(const TvkAdapterIdentity& identity, tvpCIMInstanceWrapper& wra
   wrapper.tvpAddProp<unsigned char>("VirtualVolumeCount", identity.virtualVolumeCount, false, false);
 }
 
-/** @return false when the library refuses or throws; then there is nothing to publish. */
-bool readIdentity(TvkAdapter& adapter, TvkAdapterIdentity& identity) {
+/** @return false when the library refuses, as ret then says, or throws; then there is nothing to publish. */
+bool readIdentity(TvkAdapter& adapter, TvkAdapterIdentity& identity, Ret& ret) {
   try {
-    const Ret ret = adapter.getIdentity(identity);
+    ret = adapter.getIdentity(identity);
     if (ret.getReturn() == 0) {
       return true;
     }
     KvsLogMsg(
         KVS_LOG_ERROR, "InsertFeatureIdentityInfo() - the storage library does not tell its identity: %s",
         ret.getText());
-    reportRefusal("TvkAdapter::getIdentity", ret.getDetail());
   } catch (...) {
     KvsTrace("Exception caught in Tvk Lib method: TvkAdapter::getIdentity() ");
   }
   return false;
 }
 
-}  // namespace
-
-unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
+unsigned int insertIdentity(tvpCIMInstanceWrapper& wrapper, Ret& ret) {
   tvpMethodTrace trace("InsertFeatureIdentityInfo");
   TvkAdapter* adapter = getTvkAdapter();
   if (adapter == nullptr) {
@@ -88,7 +85,7 @@ unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
     return BACKEND_FAILED;
   }
   TvkAdapterIdentity identity = {};
-  if (!readIdentity(*adapter, identity)) {
+  if (!readIdentity(*adapter, identity, ret)) {
     return BACKEND_FAILED;
   }
   wrapper.tvpAddProp<std::string>("CreationClassName", "TVP_TarvexProIdentity", true, true);
@@ -101,6 +98,15 @@ unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
   insertCapabilities(collectCapabilities(identity), wrapper);
   insertLimits(identity, wrapper);
   return BACKEND_DONE;
+}
+
+}  // namespace
+
+unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
+  Ret ret;
+  const unsigned int result = insertIdentity(wrapper, ret);
+  reportRefusal("TvkAdapter::getIdentity", ret.getDetail());  // after all lines of the operation
+  return result;
 }
 
 }  // namespace tvp::cim::fwf

@@ -45,7 +45,7 @@ unsigned int TVPInterface::initialize(bool startEventListener, bool) {
     m_library.store(nullptr);
     m_released.store(false);
   }
-  refreshOrLog();
+  refreshConfiguration();
   if (startEventListener) {
     TvproEventManager* eventManager = TvproEventManager::getInstance();
     if (eventManager == nullptr || !eventManager->initEventListener()) {
@@ -89,15 +89,11 @@ TvkLib* TVPInterface::getTarvexProLib() {
 }
 
 void TVPInterface::refreshConfiguration() {
-  if (TvkLib* library = getTarvexProLib()) {
-    library->refreshConfiguration();
-    reportMissingDriver(*library);
-  }
-}
-
-void TVPInterface::refreshOrLog() {
   try {
-    refreshConfiguration();
+    if (TvkLib* library = getTarvexProLib()) {
+      library->refreshConfiguration();
+      reportMissingDriver(*library);
+    }
   } catch (...) {
     KvsLogMsg(KVS_LOG_ERROR, "The storage library threw an exception while it re-read its configuration");
   }
@@ -116,7 +112,7 @@ void TVPInterface::reportMissingDriver(TvkLib& library) {
 
 unsigned int TVPInterface::GetConfig() {
   tvpMethodTrace trace("TVPInterface::GetConfig");
-  refreshOrLog();
+  refreshConfiguration();
   return BACKEND_DONE;
 }
 

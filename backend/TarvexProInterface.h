@@ -19,7 +19,7 @@ using TVPInterfaceCleanUp = KvsSingletonCleanUp<TVPInterface>;
 
 /**
  * The one gateway to the storage library: owns its top object, starts and stops the event listener and
- * carries out the extrinsic methods by name. No operation but refreshConfiguration throws. All operations may
+ * carries out the extrinsic methods by name. No operation throws. All operations may
  * be called from any thread; calls into the storage library are not serialised here.
  */
 class TVPInterface {
@@ -51,14 +51,8 @@ public:
    */
   TvkLib* getTarvexProLib();
 
-  /** refreshConfiguration between two trace lines; what it throws is logged. Always returns 0. */
+  /** Has the storage library re-read its configuration, between two trace lines. Always returns 0. */
   unsigned int GetConfig();
-
-  /**
-   * Has the storage library re-read its configuration and ignores its answer. The reason for a missing driver
-   * is logged, once for each new reason. Passes on what the library throws.
-   */
-  void refreshConfiguration();
 
   /**
    * Carries out an extrinsic method.
@@ -73,7 +67,8 @@ public:
 private:
   TVPInterface();
 
-  void refreshOrLog();
+  /** What the library throws is logged, and the reason for a missing driver, once for each new reason. */
+  void refreshConfiguration();
   void reportMissingDriver(TvkLib& library);
 
   static std::atomic<TVPInterface*> pTVPInterface;

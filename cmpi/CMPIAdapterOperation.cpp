@@ -46,14 +46,17 @@ void traceAdapter(const char* direction, const char* name) {
   fwf::traceParts({direction, " CMPIAdapter::", name});
 }
 
-void logRefusalReason(const CMPIBroker* broker) {
-  const char* reason = fwf::RefusalReason::get();
-  if (*reason == '\0' || broker == nullptr || broker->eft == nullptr || broker->eft->logMessage == nullptr) {
+void logRefusalReason(const fwf::RefusalReason& reason, const CMPIBroker* broker) noexcept {
+  if (*reason.text() == '\0' || broker == nullptr || broker->eft == nullptr ||
+      broker->eft->logMessage == nullptr) {
     return;
   }
   constexpr int ERROR_SEVERITY = 4;  // after 1 debug, 2 information and 3 warning
-  // Its answer does not matter: the provider's own log has the reason too.
-  broker->eft->logMessage(broker, ERROR_SEVERITY, "TVP", reason, nullptr);
+  try {
+    // What it returns or throws does not matter: the provider's own log has the reason too.
+    broker->eft->logMessage(broker, ERROR_SEVERITY, "TVP", reason.text(), nullptr);
+  } catch (...) {
+  }
 }
 
 void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status) {

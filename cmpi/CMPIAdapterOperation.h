@@ -40,14 +40,14 @@ void traceAdapter(const char* direction, const char* name);
 void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, CMPIStatus* status);
 
 /**
- * Passes the reason of a refusal in this request, if there is one, to the object manager's log: the status
- * and its message have no room for it. An object manager without that function is left alone.
+ * Passes the reason of a refusal, if there is one, to the object manager's log: the status and its message
+ * have no room for it. An object manager without that function is left alone.
  */
-void logRefusalReason(const CMPIBroker* broker);
+void logRefusalReason(const fwf::RefusalReason& reason, const CMPIBroker* broker) noexcept;
 
 /**
  * Runs an operation between its two trace lines; the second is written also after an exception, which
- * ends here as a status. What the storage library refused meanwhile is told to the object manager's log.
+ * ends here as a status. What the storage library refused meanwhile goes to the object manager's log.
  * @param entry first word of the entry line
  */
 template <typename Work>
@@ -55,7 +55,7 @@ void runOperation(
     const char* name, const CMPIBroker* broker, CMPIStatus* status, Work&& work,
     const char* entry = "Entering") {
   traceAdapter(entry, name);
-  fwf::RefusalReason::clear();
+  const fwf::RefusalReason reason;
   try {
     work();
   } catch (const fwf::CIMException& exception) {
@@ -64,7 +64,7 @@ void runOperation(
     setStatus(status, CMPI_RC_ERR_FAILED, broker, UNKNOWN_ERROR);
   }
   traceAdapter("Exiting", name);
-  logRefusalReason(broker);
+  logRefusalReason(reason, broker);
 }
 
 }  // namespace tvp::cim::adap::cmpi

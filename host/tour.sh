@@ -86,7 +86,7 @@ step voltvkctl policy run
 step voltvkctl io data --reads 4000 --writes 1000 --random --hot 90 --seed 1
 step tvpcim volume stats data
 
-heading 'Modify, write the cache back, measure anew'
+heading 'Modify, write the cache back, reset the statistics'
 step tvpcim volume modify data --knob aggressive --description 'tiered over two pools'
 step voltvkctl io mail --writes 500 --random --hot 90 --seed 2
 step tvpcim volume flush mail

@@ -3,25 +3,55 @@
 
 #include <cstdio>
 
+#include <pthread.h>
+
 namespace tvp::cim::fwf {
 
 namespace {
 
-// An array: a thread's object with a destructor would keep the provider from being unloaded.
-thread_local char reason[512];
+/** Which object the calling thread has; made when the library is loaded, deleted when it is unloaded. */
+class CurrentReason {
+public:
+  CurrentReason() : m_made(pthread_key_create(&m_key, nullptr) == 0) {}
+  ~CurrentReason() {
+    if (m_made) {
+      pthread_key_delete(m_key);
+    }
+  }
+  CurrentReason(const CurrentReason&) = delete;
+  CurrentReason& operator=(const CurrentReason&) = delete;
+
+  RefusalReason* get() const {
+    return m_made ? static_cast<RefusalReason*>(pthread_getspecific(m_key)) : nullptr;
+  }
+  /** When it fails, on allocation failure, the request has no reason. */
+  void set(RefusalReason* reason) const {
+    if (m_made) {
+      pthread_setspecific(m_key, reason);
+    }
+  }
+
+private:
+  pthread_key_t m_key{};
+  bool m_made;
+};
+
+const CurrentReason current;
 
 }  // namespace
 
-void RefusalReason::clear() {
-  reason[0] = '\0';
+RefusalReason::RefusalReason() noexcept : m_outer(current.get()) {
+  current.set(this);
 }
 
-void RefusalReason::set(const char* text) {
-  std::snprintf(reason, sizeof reason, "%s", text);
+RefusalReason::~RefusalReason() {
+  current.set(m_outer);
 }
 
-const char* RefusalReason::get() {
-  return reason;
+void RefusalReason::set(const char* text) noexcept {
+  if (RefusalReason* reason = current.get()) {
+    std::snprintf(reason->m_text, sizeof reason->m_text, "%s", text);
+  }
 }
 
 }  // namespace tvp::cim::fwf

@@ -5,21 +5,33 @@
 namespace tvp::cim::fwf {
 
 /**
- * Why something was refused in the request that the calling thread carries out: what a storage library
+ * Why something was refused during the request that the calling thread carries out: what a storage library
  * says about it has no place in the answers of the plugins, yet the object manager's log wants it.
  *
- * Every thread has a reason of its own, since a request stays on its thread from begin to end. Who
- * carries requests out clears it before each, so nothing passes from one request to the next; on other
- * threads nobody reads it. Nothing here allocates or throws.
+ * Whoever carries out a request has an object of this class on the stack; the code below it, on the same
+ * thread, sets the reason without knowing the object. A request within a request has a reason of its own.
+ * On threads without an object nothing is kept. Nothing here throws or needs memory that may not be there:
+ * a thread_local variable would, since it is allocated when a thread first touches it, and glibc aborts the
+ * process when that fails.
  */
 class RefusalReason {
 public:
   /** Begins a request: there is no reason yet. */
-  static void clear();
+  RefusalReason() noexcept;
+  /** Ends it; the reason of the request around it, if there is one, is the current one again. */
+  ~RefusalReason();
+  RefusalReason(const RefusalReason&) = delete;
+  RefusalReason& operator=(const RefusalReason&) = delete;
+
+  /** The reason of this request; empty when there is none. */
+  const char* text() const noexcept { return m_text; }
+
   /** @param text one line of UTF-8, copied and cut to 511 bytes; a later reason replaces an earlier one */
-  static void set(const char* text);
-  /** Empty when there is none; valid until this thread calls set or clear. */
-  static const char* get();
+  static void set(const char* text) noexcept;
+
+private:
+  RefusalReason* m_outer;
+  char m_text[512] = "";
 };
 
 }  // namespace tvp::cim::fwf

@@ -126,7 +126,7 @@ TEST_F(AdapterOperations, TheReasonFollowsTheLinesThatAreThereAnyway) {
     SCOPED_TRACE(operation.method);
     const auto expectReason = [&](unsigned int result, const std::string& reason) {
       log.clear();
-      RefusalReason::clear();
+      const RefusalReason requestReason;
       Ret ret;
       EXPECT_EQ(operation.run(ret), result);
       const std::vector<std::string> lines = log.lines();
@@ -135,7 +135,7 @@ TEST_F(AdapterOperations, TheReasonFollowsTheLinesThatAreThereAnyway) {
           lines[lines.size() - 2],
           LogCapture::message(4, "Exiting " + operation.exit + "() with Return: " + std::to_string(result)));
       EXPECT_EQ(lines.back(), LogCapture::message(2, operation.method + "() was refused: " + reason));
-      EXPECT_EQ(RefusalReason::get(), reason);
+      EXPECT_EQ(requestReason.text(), reason);
     };
     voltvk::Faults().fail(operation.libraryOperation, 77);
     expectReason(

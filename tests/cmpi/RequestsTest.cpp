@@ -295,10 +295,23 @@ TEST_F(RequestsTest, AReasonGoesToTheObjectManagersLogAndToItsRequestAlone) {
   table.logMessage = nullptr;
   CMPIBroker silent = *m_broker.cmpi();
   silent.eft = &table;
+  const RefusalReason reason;
   RefusalReason::set("for nobody");
-  cim::adap::cmpi::logRefusalReason(&silent);
-  cim::adap::cmpi::logRefusalReason(nullptr);
+  cim::adap::cmpi::logRefusalReason(reason, &silent);
+  cim::adap::cmpi::logRefusalReason(reason, nullptr);
   EXPECT_EQ(logged.size(), 2U);
+  {
+    const RefusalReason inner;
+    EXPECT_STREQ(inner.text(), "") << "a request within a request has a reason of its own";
+    RefusalReason::set("of the inner one");
+    EXPECT_STREQ(inner.text(), "of the inner one");
+  }
+  EXPECT_STREQ(reason.text(), "for nobody");
+  // One that throws does not change how the request ended.
+  table.logMessage = [](const CMPIBroker*, int, const char*, const char*, const CMPIString*) -> CMPIStatus {
+    throw 1;
+  };
+  cim::adap::cmpi::logRefusalReason(reason, &silent);
 }
 
 // Whatever the object manager fails to do for a request, the request ends with an error, or with the
