@@ -12,7 +12,7 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** Whether a filter lets a name pass; CIM names do not differ by case alone. */
+/** Whether a filter accepts a name; CIM names are case-insensitive. */
 bool passes(const std::string& filter, const std::string& name) {
   return filter.empty() || CommonFunctions::equalsIgnoringCase(filter, name);
 }
@@ -56,7 +56,7 @@ bool isListed(const char** propertyList, const std::string& name) {
   return false;
 }
 
-/** The instance with the listed properties and its keys alone. */
+/** The instance with only its keys and the listed properties. */
 CIMInstance narrowed(const CIMInstance& instance, const char** propertyList) {
   CIMInstance result;
   result.setPath(instance.getPath());
@@ -68,7 +68,10 @@ CIMInstance narrowed(const CIMInstance& instance, const char** propertyList) {
   return result;
 }
 
-/** What the plugin of the path's class returns; the keys of the path for a class without one. */
+/**
+ * The instance that the plugin of the path's class returns; for a class without a plugin, the keys of the
+ * path.
+ */
 std::vector<CIMInstance> instancesAt(CIMObjectPath& path) {
   std::vector<CIMInstance> found;
   FrameworkFacade* facade = FrameworkFacade::getInstance();

@@ -10,14 +10,14 @@
 namespace tvp::cim::fwf {
 
 /**
- * A plugin for an association class. It serves the association's instances as any instance plugin
- * does, and serves the association operations from them: a concrete class only enumerates
- * instances that have a reference property for each end.
+ * A plugin for an association class. It serves the association's instances as any instance plugin does, and
+ * derives the association operations from them: a concrete class only has to enumerate instances that have a
+ * reference property for each end.
  *
  * An instance takes part when one of its scalar reference properties equals the path of the request
- * (CIMObjectPath's equality); its other references are then the far ends. Role filters compare
- * reference names, class filters compare class names, both without regard to case; an empty filter
- * lets everything pass. No far end is given twice. A CIMException of the enumeration passes through.
+ * (CIMObjectPath's equality); its other references are then the far ends. Role filters compare reference
+ * names, class filters compare class names, both ignoring case; an empty filter accepts everything. No far
+ * end is returned twice. A CIMException thrown by the enumeration is passed on.
  */
 class AbstractAssociationProviderPlugin : public AbstractInstanceProviderPlugin {
 public:
@@ -34,10 +34,10 @@ public:
   const std::string& getDependentName() const { return m_dependent; }
 
   /**
-   * The instances at the far ends, as the plugin of the far end's class gives them; for a class
-   * without a plugin, an instance that has the keys of the far end's path. Of a property list the keys
-   * are kept in any case, since they are part of the path. assocClass has chosen this plugin and is
-   * not looked at again.
+   * The instances at the far ends, as the plugin of the far end's class returns them; for a class without a
+   * plugin, an instance that has the keys of the far end's path. Keys are returned even when the property
+   * list does not name them, since they are part of the path. assocClass was used to choose this plugin and
+   * is not checked again.
    */
   void associators(
       CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,

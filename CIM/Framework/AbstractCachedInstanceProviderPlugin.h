@@ -10,9 +10,9 @@
 namespace tvp::cim::fwf {
 
 /**
- * A plugin that would answer from a cache of view-class instances. Nothing is served unless the
- * concrete class overrides it: reading throws CIMException with FW_RC_NOT_SUPPORTED as all other operations
- * of an instance plugin do, invokeMethod returns that code, the hooks add nothing.
+ * A plugin that is meant to serve view-class instances from a cache. Nothing is served unless the concrete
+ * class overrides it: reading throws CIMException with FW_RC_NOT_SUPPORTED, as all other operations of an
+ * instance plugin do, invokeMethod returns that code, the hooks add nothing.
  */
 class AbstractCachedInstanceProviderPlugin : public virtual AbstractInstanceProviderPlugin {
 public:
@@ -24,7 +24,7 @@ public:
   void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
   void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) override;
 
-  /** Fills the cache again. */
+  /** Refills the cache. */
   virtual void refreshCache() = 0;
   /** Empties the cache. */
   virtual void dropCache() = 0;

@@ -8,17 +8,17 @@
 
 namespace tvp::cim::fwf {
 
-/** The texts by which the three operations that are built from the hooks differ. */
+/** The texts in which the three operations built from the hooks differ. */
 struct AbstractInstanceProviderPlugin::TemplateOperation {
   const char* name;
   const char* entering;
-  const char* exiting;     ///< null when the operation does not trace its end
+  const char* exiting;     ///< null if the operation does not trace its end
   const char* failureEnd;  ///< what follows the message of a failure
 };
 
 /**
- * Passes every repository object of the path to append. An empty repository is an answer, not an
- * error. What was appended before a failure stays in the output.
+ * Passes every repository object of the path to append. An empty repository is a valid result, not an error.
+ * What was appended before a failure stays in the output.
  */
 template <typename Append>
 void AbstractInstanceProviderPlugin::answerFromRepository(
@@ -73,7 +73,7 @@ void AbstractInstanceProviderPlugin::getCIMInstance(
 
 void AbstractInstanceProviderPlugin::enumerateInstances(
     CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  // COMPAT: logs are searched for the text with its run of blanks.
+  // COMPAT: logs are searched for the text with its several blanks.
   static constexpr TemplateOperation OPERATION = {
       "enumerateInstances", "Entering AbstractInstanceProviderPlugin ::              enumerateInstances()",
       "Exiting AbstractInstanceProviderPlugin :: enumerateInstances()", ""};
@@ -84,8 +84,7 @@ void AbstractInstanceProviderPlugin::enumerateInstances(
 
 void AbstractInstanceProviderPlugin::enumerateInstanceNames(
     CIMObjectPath& path, std::vector<CIMObjectPath>& names) {
-  // COMPAT: logs are searched for the final stop after the message of a failure; there is no trace at the
-  // end.
+  // COMPAT: logs are searched for the full stop after the message of a failure; the end is not traced.
   static constexpr TemplateOperation OPERATION = {
       "enumerateInstanceNames", "Entering AbstractInstanceProviderPlugin :: enumerateInstanceNames()",
       nullptr, "."};

@@ -10,20 +10,20 @@
 namespace tvp::cim::fwf {
 
 /**
- * A plugin that serves instances. Getting and enumerating are built from three hooks: the objects
- * that answer a path, and the key and other properties of each. A class with a better way to
- * enumerate overrides the operation.
+ * A plugin that serves instances. Getting and enumerating are built from three hooks: the objects that match
+ * a path, and the key and other properties of each. A class that can enumerate in a better way overrides the
+ * operation.
  *
  * Modifying, creating, deleting and the association operations throw CIMException with code
  * FW_RC_NOT_SUPPORTED; invokeMethod returns that code. The job operations do nothing.
  */
 class AbstractInstanceProviderPlugin : public virtual AbstractProviderPlugin {
 public:
-  /** One instance for every repository object; logs and rethrows what the hooks throw. */
+  /** Appends one instance for every repository object; logs and rethrows what the hooks throw. */
   void getCIMInstance(CIMObjectPath& path, std::vector<CIMInstance>& instances) override;
-  /** As getCIMInstance, with the path of the class. @param flag ignored */
+  /** Same as getCIMInstance, with the path of the class. @param flag ignored */
   void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override;
-  /** The path of the request with the keys of every repository object. */
+  /** Appends, for every repository object, the path of the request with the object's keys. */
   void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) override;
   void
   modifyInstance(CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList) override;
@@ -52,7 +52,7 @@ public:
   virtual void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) = 0;
   /** Appends the other properties of one repository object. */
   virtual void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) = 0;
-  /** Appends the objects that answer the path. */
+  /** Appends the objects that match the path. */
   virtual void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) = 0;
 
 protected:

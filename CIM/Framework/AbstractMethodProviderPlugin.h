@@ -7,12 +7,12 @@
 namespace tvp::cim::fwf {
 
 /**
- * A plugin that serves extrinsic methods. Inherited virtually beside AbstractInstanceProviderPlugin by
- * classes that have both, so that such a class holds one AbstractProviderPlugin.
+ * A plugin that serves extrinsic methods. Classes that serve both inherit it virtually beside
+ * AbstractInstanceProviderPlugin, so that they contain a single AbstractProviderPlugin.
  */
 class AbstractMethodProviderPlugin : public virtual AbstractProviderPlugin {
 public:
-  /** Knows no method: traces and returns FW_RC_NOT_SUPPORTED. */
+  /** Implements no method: traces and returns FW_RC_NOT_SUPPORTED. */
   unsigned int invokeMethod(
       const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
       CIMMethodParam& out) override;

@@ -11,19 +11,18 @@
 
 namespace tvp::cim::fwf {
 
-/** A job that has come to its end. */
+/** A job that has finished. */
 struct _CompletedJob {
   std::string jobId;
 };
 
 /**
- * The root of all provider plugins: every operation that a client can ask of a CIM class. One plugin
- * object serves one class, is made and owned by PluginsManager, and lives until the provider is
- * unloaded.
+ * The root of all provider plugins: every operation that a client can request from a CIM class. One plugin
+ * object serves one class, is created and owned by PluginsManager, and lives until the provider is unloaded.
  *
- * Plugins hold no changing state and may be entered from several threads at once. Output vectors are
- * appended to, never emptied. Operations report failure by throwing CIMException, invokeMethod by
- * its return code as well. Text arguments that are empty do not restrict the answer.
+ * Plugins have no mutable state and may be entered from several threads at once. Output vectors are appended
+ * to, never cleared. Operations report failure by throwing CIMException; invokeMethod also does so by its
+ * return code. Empty text arguments do not restrict the result.
  */
 class AbstractProviderPlugin {
 public:
@@ -32,7 +31,7 @@ public:
   AbstractProviderPlugin(const AbstractProviderPlugin&) = delete;
   AbstractProviderPlugin& operator=(const AbstractProviderPlugin&) = delete;
 
-  /** Appends the instance that the path names; nothing when there is none. */
+  /** Appends the instance that the path names, if it exists. */
   virtual void getCIMInstance(CIMObjectPath& path, std::vector<CIMInstance>& instances) = 0;
   /** Appends every instance of the class. @param flag always false, read by no plugin */
   virtual void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) = 0;
@@ -49,7 +48,7 @@ public:
    * @param resultClass class of the far end
    * @param role name of the association's reference that points at the path
    * @param resultRole name of the reference that points at the far end
-   * @param propertyList names of the wanted properties, ended by a null pointer; null means all
+   * @param propertyList names of the wanted properties, terminated by a null pointer; null means all
    */
   virtual void associators(
       CIMObjectPath& path, std::string& assocClass, std::vector<CIMInstance>& instances,
@@ -70,7 +69,7 @@ public:
   /**
    * Runs an extrinsic method.
    * @param out receives the output arguments
-   * @return the method's return value; 7 (FW_RC_NOT_SUPPORTED) from plugins without methods
+   * @return the method's return value; 7 (FW_RC_NOT_SUPPORTED) for plugins without methods
    */
   virtual unsigned int invokeMethod(
       const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,

@@ -34,7 +34,7 @@ std::int32_t numberAt(const std::string& text, std::size_t position, std::size_t
   return position < text.size() ? std::atoi(text.substr(position, length).c_str()) : 0;
 }
 
-// Widened first: the parts may be anything that a text held.
+// Widened first, since the parts may be any numbers that a text contained.
 std::uint64_t distance(std::int32_t left, std::int32_t right) {
   return static_cast<std::uint64_t>(std::llabs(static_cast<long long>(left) - right));
 }
@@ -140,7 +140,7 @@ std::int64_t CIMDateTime::daysSince(const DateTime& past) const {
   const std::int64_t passed = getDaysPassed(month);
   const std::int64_t pastPassed = getDaysPassed(asUnsigned(past.month));
   const std::int64_t left = static_cast<std::int64_t>(getDaysPerMonth(year, month)) - current.day;
-  // COMPAT: the terms for the months are as the time-outs of the product were always computed.
+  // COMPAT: the terms for the months are those with which the product has always computed time-outs.
   if (past.year < current.year) {
     std::int64_t days = 365 - pastPassed + getDifferenceInYears(year, asUnsigned(past.year)) + passed;
     if (isLeapYear(year)) {

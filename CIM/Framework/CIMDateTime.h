@@ -24,15 +24,15 @@ struct DateTime {
 namespace tvp::cim::fwf {
 
 /**
- * A CIM datetime, from and to its text yyyymmddhhmmss.mmmmmm+ooo, and time differences for time-outs.
- * COMPAT: the offset is always "+530", whatever the text says; the management clients of the product rely
- * on it. A value.
+ * A CIM datetime, converted from and to its text yyyymmddhhmmss.mmmmmm+ooo, with time differences for
+ * time-outs. COMPAT: the offset is always "+530", whatever the text says; the management clients of the
+ * product rely on it. A value.
  */
 class CIMDateTime {
 public:
   /** All parts 0. */
   CIMDateTime();
-  /** Reads the parts by their positions. Parts that are no numbers or are missing are 0; never fails. */
+  /** Reads the parts by their positions. Parts that are missing or not numbers become 0; never fails. */
   explicit CIMDateTime(const std::string& text);
 
   std::string toString() const;
@@ -49,13 +49,13 @@ public:
   /** @return the days of the record's month in microseconds. */
   std::uint64_t getTimeinUSecs(_SysTime systemTime) const;
 
-  /** @return an interval's length in microseconds; of a timestamp the days of its month plus its day. */
+  /** @return an interval's length in microseconds; for a timestamp, the days of its month plus its day. */
   std::uint64_t getTimeinUSecs() const;
 
   bool isLeapYear(unsigned int year) const;
   /** @return the days of the month, 1 to 12; 0 for other numbers. */
   unsigned int getDaysPerMonth(unsigned int year, unsigned int month) const;
-  /** @return the days of a common year up to the month's end; 0 for months outside 1 to 12. */
+  /** @return the days of a common year up to the end of the month; 0 for months outside 1 to 12. */
   unsigned int getDaysPassed(unsigned int month) const;
   /** @return the days of all years strictly between the two. */
   unsigned int getDifferenceInYears(unsigned int laterYear, unsigned int earlierYear) const;
@@ -63,14 +63,14 @@ public:
   /**
    * The microseconds from past to this value, modulo 2 to the 64th. COMPAT: hours, minutes, seconds and
    * microseconds each count with their absolute difference, without borrowing; time-outs rely on it.
-   * @throws CIMException code 1 when past lies in a later year.
+   * @throws CIMException code 1 if past is in a later year.
    */
   std::uint64_t calculateTimeDifference(const CIMDateTime& past) const;
 
   /**
-   * Whether at this time the time-out has passed: for an interval, whether more time than it has gone by
+   * Whether the time-out has passed at this time: for an interval, whether more time than that has passed
    * since start; for a timestamp with '+', whether any time has. Otherwise false.
-   * @throws CIMException as calculateTimeDifference.
+   * @throws CIMException like calculateTimeDifference.
    */
   bool passedTimeOut(const CIMDateTime& start, const CIMDateTime& timeOut) const;
 

@@ -6,7 +6,7 @@
 
 namespace tvp::cim::fwf {
 
-/** Codes of CIMException; they share the numbers of the CIM status codes. */
+/** Codes of CIMException; the numbers are those of the CIM status codes. */
 enum FrameworkReturnCode : unsigned int {
   FW_RC_FAILED = 1,
   FW_RC_ACCESS_DENIED = 2,
@@ -28,8 +28,10 @@ enum FrameworkReturnCode : unsigned int {
   FW_RC_INTERNAL_ERROR = 24
 };
 
-/** Endings of the usual messages. COMPAT: they bring a separator of their own, which is doubled in messages;
- * clients see them so. */
+/**
+ * Endings of the usual messages. COMPAT: they include a separator of their own, which is therefore doubled in
+ * messages; clients see it that way.
+ */
 inline constexpr char OPERATION_FAILED_SUFFIX[] = " :: Operation Failed";
 inline constexpr char INVALID_NAMESPACE_SUFFIX[] = " :: Invalid namespace";
 inline constexpr char INVALID_CLASS_SUFFIX[] = " :: Invalid class";
@@ -40,10 +42,10 @@ class CIMException {
 public:
   CIMException() = default;
 
-  /** Formats the message as printf does; it is cut at 1,023 bytes. */
+  /** Formats the message like printf; it is truncated to 1,023 bytes. */
   __attribute__((format(printf, 3, 4))) CIMException(unsigned int code, const char* format, ...);
 
-  /** Keeps the message as given: the form for texts that are complete. */
+  /** Keeps the message as given, for texts that are complete. */
   CIMException(unsigned int code, std::string message);
 
   unsigned int getErrCode() const noexcept { return m_errCode; }

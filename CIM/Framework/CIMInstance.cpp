@@ -13,7 +13,7 @@ CIMInstance::CIMInstance(const CIMInstance& other) = default;
 CIMInstance::CIMInstance(CIMInstance&& other) noexcept = default;
 CIMInstance::~CIMInstance() = default;
 
-// By copy and swap, as the object path is.
+// By copy and swap, like the object path.
 CIMInstance& CIMInstance::operator=(const CIMInstance& other) {
   CIMInstance copy(other);
   swap(copy);

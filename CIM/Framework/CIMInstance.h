@@ -12,8 +12,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * One instance: host, namespace, class, all properties, and the keys among them once more. Every key is
- * in both lists, each a copy of its own, in the order added. A value.
+ * One instance: host, namespace, class, all properties, and the keys among them a second time. Every key is
+ * in both lists, as separate copies, in the order added. A value.
  */
 class CIMInstance {
 public:
@@ -21,12 +21,12 @@ public:
   explicit CIMInstance(std::string className);
   CIMInstance(const CIMInstance& other);
   CIMInstance(CIMInstance&& other) noexcept;
-  /** Afterwards equal to the source in every part. */
+  /** Makes this equal to the source in every part. */
   CIMInstance& operator=(const CIMInstance& other);
   CIMInstance& operator=(CIMInstance&& other) noexcept;
   ~CIMInstance();
 
-  /** Takes over host, namespace and class. COMPAT: plugins rely on the path's keys not being taken over. */
+  /** Copies host, namespace and class. COMPAT: plugins rely on the path's keys not being copied. */
   void setPath(const CIMObjectPath& path);
   /** @return the path of this instance, with a copy of its keys. */
   CIMObjectPath getPath() const;
@@ -44,14 +44,16 @@ public:
   void addCimKeyBinding(CIMProperty&& property);
 
   std::size_t getPropertyCount() const noexcept { return m_properties.size(); }
-  /** @return a copy of one property. @throws std::out_of_range past the last. */
+  /** @return a copy of one property. @throws std::out_of_range for an index past the last. */
   CIMProperty getProperty(unsigned int index) const;
   std::vector<CIMProperty> getPropertyList() const { return m_properties; }
   std::vector<CIMProperty> getKeyPropertyList() const { return m_keyProperties; }
   const std::vector<CIMProperty>& properties() const noexcept { return m_properties; }
   const std::vector<CIMProperty>& keyProperties() const noexcept { return m_keyProperties; }
 
-  /** @return the first property (key) of exactly this name, owned by the instance; null when there is none.
+  /**
+   * @return the first property (key) of exactly this name, owned by the instance; null if there is no such
+   *   one.
    */
   CIMProperty* getPropertyByName(const std::string& name);
   const CIMProperty* getPropertyByName(const std::string& name) const;

@@ -12,7 +12,7 @@ CIMMethodParam::CIMMethodParam(const CIMMethodParam& other) = default;
 CIMMethodParam::CIMMethodParam(CIMMethodParam&& other) noexcept = default;
 CIMMethodParam::~CIMMethodParam() = default;
 
-// The list is replaced whole: the assignment of a property can keep old elements.
+// The whole list is replaced, since assigning a property can keep old elements.
 CIMMethodParam& CIMMethodParam::operator=(const CIMMethodParam& other) {
   std::vector<CIMProperty> copy(other.m_arguments);
   m_arguments.swap(copy);

@@ -17,7 +17,7 @@ public:
   CIMMethodParam();
   CIMMethodParam(const CIMMethodParam& other);
   CIMMethodParam(CIMMethodParam&& other) noexcept;
-  /** Afterwards equal to the source. */
+  /** Makes this equal to the source. */
   CIMMethodParam& operator=(const CIMMethodParam& other);
   CIMMethodParam& operator=(CIMMethodParam&& other) noexcept;
   ~CIMMethodParam();
@@ -27,11 +27,13 @@ public:
   void clearArgument() { m_arguments.clear(); }
 
   std::size_t getArgumentCount() const noexcept { return m_arguments.size(); }
-  /** @return a copy of one argument. @throws std::out_of_range past the last. */
+  /** @return a copy of one argument. @throws std::out_of_range for an index past the last. */
   CIMProperty getArgument(unsigned int index) const { return m_arguments.at(index); }
   const std::vector<CIMProperty>& arguments() const noexcept { return m_arguments; }
 
-  /** @return the first argument of exactly this name, owned by this list; null when there is none. */
+  /**
+   * @return the first argument of exactly this name, owned by this list; null if there is no such argument.
+   */
   CIMProperty* getArgumentByName(const std::string& name);
   const CIMProperty* getArgumentByName(const std::string& name) const;
 

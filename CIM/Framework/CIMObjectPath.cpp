@@ -36,8 +36,8 @@ CIMObjectPath::CIMObjectPath(const CIMObjectPath& other) = default;
 CIMObjectPath::CIMObjectPath(CIMObjectPath&& other) noexcept = default;
 CIMObjectPath::~CIMObjectPath() = default;
 
-// By copy and swap: assigning the key lists would assign property to property, and the assignment of a
-// property can keep old elements.
+// By copy and swap: assigning the key lists would assign property to property, and assigning a property can
+// keep old elements.
 CIMObjectPath& CIMObjectPath::operator=(const CIMObjectPath& other) {
   CIMObjectPath copy(other);
   swap(copy);
@@ -75,7 +75,7 @@ bool CIMObjectPath::operator==(const CIMObjectPath& other) const {
       m_keyBindings.size() != other.m_keyBindings.size()) {
     return false;
   }
-  // Only the first key of a name counts on the other side.
+  // On the other side, only the first key with a given name counts.
   return std::all_of(m_keyBindings.begin(), m_keyBindings.end(), [&other](const CIMProperty& key) {
     const CIMProperty* match = findProperty(other.m_keyBindings, key.name());
     return match != nullptr && key.equals(*match);

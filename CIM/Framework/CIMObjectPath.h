@@ -17,12 +17,12 @@ public:
       std::string host, std::string nameSpace, std::string className, std::vector<CIMProperty> keyBindings);
   CIMObjectPath(const CIMObjectPath& other);
   CIMObjectPath(CIMObjectPath&& other) noexcept;
-  /** Afterwards equal to the source in every part. */
+  /** Makes this equal to the source in every part. */
   CIMObjectPath& operator=(const CIMObjectPath& other);
   CIMObjectPath& operator=(CIMObjectPath&& other) noexcept;
   ~CIMObjectPath();
 
-  /** Empties all parts. */
+  /** Clears all parts. */
   void clearObjectPath();
 
   std::string getHostName() const { return m_host; }
@@ -40,12 +40,12 @@ public:
   /** Replaces all key bindings. */
   void setKeyBindings(std::vector<CIMProperty> keyBindings) { m_keyBindings = std::move(keyBindings); }
 
-  /** @return a copy of the first key of exactly this name; an empty property when there is none. */
+  /** @return a copy of the first key of exactly this name; an empty property if there is no such key. */
   CIMProperty getKey(const std::string& name) const;
 
   /**
-   * Whether both name the same instance: namespace and class without regard to case, keys by their exact
-   * names and CIMProperty::equals in any order. Hosts do not count.
+   * Whether both name the same instance: namespace and class are compared ignoring case, keys by their exact
+   * names and CIMProperty::equals in any order. Hosts are ignored.
    */
   bool operator==(const CIMObjectPath& other) const;
   bool operator!=(const CIMObjectPath& other) const { return !(*this == other); }

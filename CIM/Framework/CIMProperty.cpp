@@ -14,9 +14,9 @@ CIMProperty::CIMProperty(const CIMProperty& other) = default;
 CIMProperty::CIMProperty(CIMProperty&& other) noexcept = default;
 CIMProperty::~CIMProperty() = default;
 
-// The source's parts are copied first: it may lie inside a path or an instance that is replaced here, and
-// when memory runs out this property stays as it was. There is no assignment by moving: which elements stay
-// is decided slot by slot, and that can take memory.
+// The source's parts are copied first: it may be inside a path or an instance that is replaced here, and if
+// memory runs out this property stays as it was. There is no move assignment: which elements stay is decided
+// slot by slot, and that can allocate.
 CIMProperty& CIMProperty::operator=(const CIMProperty& other) {
   if (this != &other) {
     std::string name(other.m_name);
@@ -31,7 +31,8 @@ CIMProperty& CIMProperty::operator=(const CIMProperty& other) {
   return *this;
 }
 
-// COMPAT: the value is assigned, not constructed, into its slot: callers know the flag by the slot's rule.
+// COMPAT: the value is assigned to its slot, not constructed in it: callers expect the flag that the slot's
+// rule gives.
 template <typename T, std::enable_if_t<!std::is_same_v<T, long long>, int>>
 CIMProperty::CIMProperty(
     std::string name, CIMValue<T> value, bool isKey, Primitive_DataType type, bool extraFlag)
@@ -97,7 +98,7 @@ struct ElementType {
   using Type = T;
 };
 
-/** Calls visit with the ElementType of a type code's slot. @return false when the type is not served. */
+/** Calls visit with the ElementType of a type code's slot. @return false if the type is not supported. */
 template <typename Visitor>
 bool withElementTypeOf(Primitive_DataType type, Visitor&& visit) {
   switch (type) {
@@ -164,7 +165,7 @@ int CIMProperty::setPropValue(Primitive_DataType type, const CIMProperty& source
 
 bool CIMProperty::equalValue(const CIMProperty& other) const {
   if (m_type != other.m_type || m_type == PDT_DATETIME) {
-    return false;  // COMPAT: a datetime is unequal even to itself, as callers know it
+    return false;  // COMPAT: a datetime is unequal even to itself, and callers rely on it
   }
   bool equal = false;
   withElementTypeOf(m_type, [this, &other, &equal](auto element) {

@@ -11,7 +11,7 @@
 
 namespace tvp::cim::fwf {
 
-/** The kinds of CIM data in alphabetical order, scalars even, their arrays odd. */
+/** The kinds of CIM data in alphabetical order; scalars are even, their arrays odd. */
 enum Primitive_DataType : std::uint32_t {
   PDT_BOOLEAN = 0,
   PDT_BOOLEAN_ARRAY = 1,
@@ -48,16 +48,17 @@ enum Primitive_DataType : std::uint32_t {
 };
 
 /**
- * A named value: a property, a key binding or a method argument. The type code says which of the value
- * slots holds the value; the others stay empty. Everything is owned by value, deliberately without sharing or
- * reference counting between copies: copies may go to any thread, and what each costs can be seen.
+ * A named value: a property, a key binding or a method argument. The type code says which of the value slots
+ * holds the value; the others stay empty. Everything is owned by value, deliberately without sharing or
+ * reference counting between copies, so that copies may be used on any thread and the cost of each is
+ * visible.
  *
  * Assignment replaces name, type and flags and then assigns every slot by the rule of its CIMValue, so an
- * empty slot of the source can leave elements in the target. Containers of properties that must end equal
- * to their source are therefore replaced whole, never element by element.
+ * empty slot of the source can leave elements in the target. Containers of properties that must end up equal
+ * to their source are therefore replaced as a whole, never element by element.
  *
- * Include CIMObjectPath.h or CIMInstance.h to use the slots of those types. Different properties may be
- * used by different threads; one property only by one at a time while it changes.
+ * Include CIMObjectPath.h or CIMInstance.h to use the slots of those types. Different properties may be used
+ * by different threads; a single property only by one thread at a time while it changes.
  */
 class CIMProperty {
 public:
@@ -87,7 +88,7 @@ public:
   void setKey(bool isKey) noexcept { m_isKey = isKey; }
   bool extraFlag() const noexcept { return m_extraFlag; }
 
-  // Copies of the slots. They never look at the type: the wrong slot reads as an empty value.
+  // Copies of the slots. The type is not checked: the wrong slot reads as an empty value.
   CIMValue<bool> getBoolValue() const;
   CIMValue<signed char> getSint8Value() const;
   CIMValue<unsigned char> getUint8Value() const;
@@ -101,7 +102,7 @@ public:
   CIMValue<CIMObjectPath> getObjectPathValue() const;
   CIMValue<CIMInstance> getInstanceValue() const;
 
-  // The same slots where they lie, valid as long as the property lives unchanged.
+  // The same slots in place, valid as long as the property exists unchanged.
   ValueView<std::string> stringSlot() const noexcept { return slot<std::string>(); }
   ValueView<unsigned char> uint8Slot() const noexcept { return slot<unsigned char>(); }
   ValueView<unsigned int> uint32Slot() const noexcept { return slot<unsigned int>(); }
@@ -109,7 +110,7 @@ public:
   ValueView<CIMObjectPath> objectPathSlot() const noexcept { return slot<CIMObjectPath>(); }
   ValueView<CIMInstance> instanceSlot() const noexcept { return slot<CIMInstance>(); }
 
-  /** The slot of the element type T, as stringSlot() for std::string. */
+  /** The slot of the element type T, like stringSlot() for std::string. */
   template <typename T>
   ValueView<T> slot() const noexcept {
     return m_slots.view<T>();
@@ -123,16 +124,16 @@ public:
   int setPropValue(Primitive_DataType type, const CIMProperty& source);
 
   /**
-   * Whether name (exactly), type, key flag and the elements agree. Properties of the types 2 to 9 and
-   * above 28 are unequal to everything, themselves included. Array, null and extra flag do not count.
+   * Whether name (exactly), type, key flag and the elements agree. Properties of the types 2 to 9 and above
+   * 28 are unequal to everything, themselves included. The array, null and extra flags are ignored.
    */
   bool equals(const CIMProperty& other) const;
 
-  /** As equals, but names and key flags do not count. */
+  /** Like equals, but ignores names and key flags. */
   bool subclassEqualsViewclass(const CIMProperty& other) const;
 
 private:
-  friend struct SlotFiller;  // of the tests: nothing in the system fills a slot of long long by itself
+  friend struct SlotFiller;  // for the tests: nothing in the system fills a long long slot by itself
 
   bool equalValue(const CIMProperty& other) const;
 

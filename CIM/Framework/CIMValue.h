@@ -18,19 +18,19 @@ template <typename T, typename... Types>
 inline constexpr bool isOneOf = (std::is_same_v<T, Types> || ...);
 
 /**
- * One value of a CIM type: a list of elements with an array flag and a null flag. A scalar is a list of
- * one element.
+ * One value of a CIM type: a list of elements with an array flag and a null flag. A scalar is a list of one
+ * element.
  *
- * COMPAT: assignment has two rules, and plugins rely on both. For short, bool and CIMInstance everything is
- * replaced. For all other types an empty source leaves the target's elements, and the array flag of the
- * target is never changed. Moving follows the same rules as copying.
+ * COMPAT: assignment has two rules, and plugins rely on both. For short, bool and CIMInstance, everything is
+ * replaced. For all other types, an empty source leaves the target's elements unchanged, and the target's
+ * array flag never changes. Moving follows the same rules as copying.
  *
  * Include CIMObjectPath.h or CIMInstance.h to use the value of that type.
  */
 template <typename T>
 class CIMValue {
 public:
-  /** Whether a value can be made of one element, or of a list of them. */
+  /** Whether a value can be made from one element, or from a list of them. */
   static constexpr bool hasScalarConstructor = isOneOf<
       T, bool, signed char, unsigned char, short, unsigned short, unsigned int, unsigned long long,
       std::string, CIMObjectPath, CIMInstance>;
@@ -38,17 +38,17 @@ public:
       T, signed char, unsigned char, unsigned short, unsigned int, unsigned long long, std::string,
       CIMObjectPath, CIMInstance>;
 
-  /** Whether assignment replaces everything, see above. */
+  /** Whether assignment replaces everything, see CIMValue. */
   static constexpr bool assignsEverything = isOneOf<T, short, bool, CIMInstance>;
 
   CIMValue() = default;
 
-  /** A value of one element. */
+  /** Makes a value of one element. */
   template <typename U = T, std::enable_if_t<CIMValue<U>::hasScalarConstructor, int> = 0>
   CIMValue(const T& value, bool isArray, bool isNull)
       : m_values(1, value), m_isArray(isArray ? 1U : 0U), m_isNull(isNull) {}
 
-  /** A value of all elements in order. */
+  /** Makes a value of all elements in order. */
   template <typename U = T, std::enable_if_t<CIMValue<U>::hasListConstructor, int> = 0>
   CIMValue(const std::vector<T>& values, bool isArray, bool isNull)
       : m_values(values), m_isArray(isArray ? 1U : 0U), m_isNull(isNull) {}
@@ -73,7 +73,7 @@ public:
     return *this;
   }
 
-  // Each reader belongs to one type of value and replaces the caller's list by a copy of the elements.
+  // Each reader is for one type of value and replaces the caller's list with a copy of the elements.
   void getBooleanData(std::vector<bool>& out) const { copyTo(out); }
   void getsint8Data(std::vector<signed char>& out) const { copyTo(out); }
   void getuint8Data(std::vector<unsigned char>& out) const { copyTo(out); }
@@ -100,7 +100,7 @@ public:
   bool m_isNull = false;        ///< CIM NULL
 
 private:
-  // The arguments are copies: the source may be a part of an element that is replaced here.
+  // The arguments are copies, since the source may be part of an element that is replaced here.
   void assign(std::vector<T>&& values, std::uint32_t isArray, bool isNull) {
     if constexpr (assignsEverything) {
       m_isArray = isArray;
@@ -111,7 +111,7 @@ private:
     m_isNull = isNull;
   }
 
-  // Through a copy and a swap: assigning a list to a list would assign element to element.
+  // By copy and swap: assigning a list to a list would assign element to element.
   template <typename U>
   void copyTo(std::vector<U>& out) const {
     static_assert(std::is_same_v<T, U>, "this reader belongs to another type of value");

@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-/** The text of the last debug_smis_log. */
+/** The text written by the last debug_smis_log. */
 extern char log_smis_buff[128];
 
 /**
- * Writes prefix, a blank and text into log_smis_buff, cut at 127 characters.
- * Not safe for concurrent callers: they share the buffer.
+ * Writes prefix, a blank and text into log_smis_buff, truncated to 127 characters. Not safe for concurrent
+ * callers: they share the buffer.
  * @return log_smis_buff
  */
 char* debug_smis_log(const char* text, const char* prefix);
@@ -25,31 +25,34 @@ class CIMObjectPath;
 class CommonFunctions {
 public:
   /**
-   * What a RAID level survives.
+   * Looks up which failures a RAID level survives.
    * @param first 1 for level 1, else 0
    * @param packageRedundancy number of member failures that the level survives
-   * @return whether the level is known (0, 1, 5 or 6); otherwise both outputs stay.
+   * @return whether the level is known (0, 1, 5 or 6); otherwise both outputs are unchanged.
    */
   static bool getRedundancy(unsigned int raidLevel, unsigned short& first, unsigned short& packageRedundancy);
 
-  /** @return the decimal number at the start of the text; 0 when there is none. */
+  /** @return the decimal number at the start of the text; 0 if it does not start with one. */
   static int str2int(const std::string& text);
 
   /**
    * Splits a text at its first two underscores.
-   * @param part 1 the text before the first, 2 after the first, 3 after the second; any other the whole text.
-   * @return the part; the rest that was reached when an underscore is missing.
+   * @param part 1 the text before the first, 2 after the first, 3 after the second; any other value the whole
+   *   text.
+   * @return the part; if an underscore is missing, the rest that was reached.
    */
   static std::string getStringAt(std::string text, unsigned int part);
 
-  /** @return the field at the position, from 1, of the text cut at the delimiter; empty when there are fewer.
+  /**
+   * @return the field at the position, counted from 1, of the text split at the delimiter; empty if there are
+   *   fewer.
    */
   static std::string getStringAtPosition(std::string text, unsigned int position, char delimiter);
 
-  /** @return the text with every byte lowered by the C locale's rules. */
+  /** @return the text with every byte converted to lower case by the rules of the C locale. */
   static std::string toLower(const std::string& text);
 
-  /** @return whether toLower of both is the same. */
+  /** @return whether toLower gives the same for both. */
   static bool equalsIgnoringCase(const std::string& left, const std::string& right);
 
   /**
@@ -65,7 +68,7 @@ public:
   /**
    * Appends a time as yyyymmddhhmmss.000000 in local time with the platform's time-zone text.
    * @param seconds since the epoch
-   * @return 0; 1 when the time cannot be shown, with out unchanged.
+   * @return 0; 1 if the time cannot be represented, with out unchanged.
    */
   static int getUTCStringTimeFromUint64Time(std::string& out, unsigned long seconds);
 
@@ -75,7 +78,7 @@ public:
   /** Appends every text of a null-terminated list, which may be null. @return true */
   static bool convertToStringVector(const char* const* list, std::vector<std::string>& out);
 
-  /** @return the text between the first and the second underscore; none when nothing follows the first. */
+  /** @return the text between the first and the second underscore; empty if nothing follows the first. */
   static std::optional<std::string> getControllerId(std::string text);
 };
 

@@ -10,7 +10,7 @@
 
 namespace tvp::cim::fwf {
 
-/** A list of elements where it lies, for reading: valid as long as its owner lives unchanged. */
+/** A read-only view of a list of elements, valid as long as its owner exists unchanged. */
 template <typename T>
 class ElementView {
 public:
@@ -27,7 +27,7 @@ public:
   bool empty() const noexcept { return m_size == 0; }
   const T& operator[](std::size_t index) const { return m_first[index]; }
   const T& front() const { return *m_first; }
-  /** @throws std::out_of_range past the last element. */
+  /** @throws std::out_of_range for an index past the last element. */
   const T& at(std::size_t index) const {
     if (index >= m_size) {
       throw std::out_of_range("ElementView::at");
@@ -49,7 +49,7 @@ private:
   std::size_t m_size = 0;
 };
 
-/** A CIMValue where it lies, for reading, with the same names for the same parts. */
+/** A read-only view of a CIMValue, with the same names for the same parts. */
 template <typename T>
 struct ValueView {
   ElementView<T> m_values;

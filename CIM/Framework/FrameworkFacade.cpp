@@ -32,7 +32,7 @@ AbstractAssociationProviderPlugin* asAssociationPlugin(AbstractProviderPlugin* p
   return dynamic_cast<AbstractAssociationProviderPlugin*>(plugin);
 }
 
-/** A call that leaves every plugin alone that is not an association plugin. */
+/** Wraps a call so that it skips every plugin that is not an association plugin. */
 template <typename Call>
 auto ifAssociation(Call call) {
   return [call](AbstractProviderPlugin& plugin) {
@@ -44,9 +44,9 @@ auto ifAssociation(Call call) {
 
 }  // namespace
 
-/** The names by which the operations differ. */
+/** The names in which the operations differ. */
 struct FrameworkFacade::Operation {
-  /** @param name in all log lines */
+  /** @param name used in all log lines */
   explicit Operation(const char* name) : traceName(name), logName(name) {}
 
   /** Gives the traces a name of their own. */
@@ -54,7 +54,7 @@ struct FrameworkFacade::Operation {
     traceName = name;
     return *this;
   }
-  /** Gives the exception without a registry a message of its own instead of the logged text. */
+  /** Gives the exception thrown without a registry its own message instead of the logged text. */
   Operation& withoutRegistry(const char* message) {
     noRegistry = message;
     return *this;
@@ -86,7 +86,7 @@ FrameworkFacade* FrameworkFacade::getInstance() {
   case KvsSingletonCreation::NotLocked:
     return nullptr;
   case KvsSingletonCreation::Found:
-    // COMPAT: the mutex stays locked here. Nobody needs it again, since later calls find the facade.
+    // COMPAT: the mutex stays locked here. Nobody needs it afterwards, since later calls find the facade.
     lock.keepLocked();
     break;
   case KvsSingletonCreation::Created:
@@ -137,8 +137,8 @@ void FrameworkFacade::withPlugin(const Operation& operation, const std::string& 
 }
 
 /**
- * Finds the plugin of the class and passes it to call; the answer is empty for a class without one. A
- * CIMException of any step is logged and passed on.
+ * Finds the plugin of the class and passes it to call; the result is empty for a class without one. A
+ * CIMException from any step is logged and rethrown.
  */
 template <typename Call>
 void FrameworkFacade::withPluginAfterEntry(
@@ -297,7 +297,7 @@ bool FrameworkFacade::registerForEvent(DeliverIndication callback) {
 }
 
 void FrameworkFacade::deRegisterForEvent() {
-  // COMPAT: logs are searched for the wording of the registration here too.
+  // COMPAT: logs are searched for the registration's wording here too.
   traceEntry("registerForEvent");
   m_deliverIndication.store(nullptr);
   traceExit("registerForEvent");

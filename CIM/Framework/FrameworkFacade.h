@@ -12,15 +12,15 @@
 namespace tvp::cim::fwf {
 
 /**
- * The one entry to the provider framework, free of any object manager's types. Requests go through
- * it to the plugin of their class, indications through it to the object manager's adapter.
+ * The single entry point of the provider framework, free of any object manager's types. Requests pass through
+ * it to the plugin of their class, indications to the object manager's adapter.
  *
- * A class without a plugin is not an error: the answer is empty. Operations throw CIMException: what
- * a plugin throws, after logging it, and code FW_RC_FAILED when there is no registry. Output vectors
- * are appended to. Operations take no lock and may be called from several threads at once.
+ * A class without a plugin is not an error: the result is empty. Operations throw CIMException: what a plugin
+ * throws, after logging it, and code FW_RC_FAILED if there is no registry. Output vectors are appended to.
+ * Operations take no lock and may be called from several threads at once.
  *
- * The object itself has no fields: an event that comes in while the provider is torn down finds no
- * callback, and touches nothing that is gone.
+ * The object itself has no fields: an event that arrives while the provider is torn down finds no callback
+ * and touches nothing that has been destroyed.
  */
 class FrameworkFacade {
 public:
@@ -28,8 +28,8 @@ public:
   using DeliverIndication = bool (*)(CIMInstance& indication);
 
   /**
-   * The facade, made on the first call. Null when the lock cannot be taken or memory runs out. The
-   * pointer is kept after the facade was deleted.
+   * The facade, created on the first call. Null if the lock cannot be taken or memory runs out. The pointer
+   * is kept after the facade is deleted.
    */
   static FrameworkFacade* getInstance();
 
@@ -38,7 +38,7 @@ public:
   FrameworkFacade(const FrameworkFacade&) = delete;
   FrameworkFacade& operator=(const FrameworkFacade&) = delete;
 
-  /** Makes the registry and its plugins; called once. @return false when there is no registry */
+  /** Creates the registry and its plugins; called once. @return false if there is no registry */
   bool initialize();
 
   void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances);
@@ -48,14 +48,14 @@ public:
   void modifyInstance(CIMObjectPath& path, CIMInstance& instance, std::vector<std::string>& propertyList);
   void deleteInstance(const CIMObjectPath& path);
 
-  /** @return the method's return value; 0, without output, for a class that has no plugin */
+  /** @return the method's return value; 0, without output, for a class without a plugin */
   unsigned int
   invokeMethod(const CIMObjectPath& path, std::string methodName, CIMMethodParam& in, CIMMethodParam& out);
 
   /**
-   * The association operations; arguments as in AbstractProviderPlugin. The plugin is that of the
-   * path's class for references and referencesNames, that of assocClass for the other two. The
-   * answer is empty when it is not an association plugin.
+   * The association operations; arguments as in AbstractProviderPlugin. The plugin is that of the path's
+   * class for references and referencesNames, that of assocClass for the other two. The result is empty if it
+   * is not an association plugin.
    */
   void references(
       CIMObjectPath& path, const std::string& resultClass, std::vector<CIMInstance>& instances,
@@ -70,14 +70,16 @@ public:
       CIMObjectPath& path, std::string& assocClass, std::vector<CIMObjectPath>& names,
       std::string& resultClass, std::string& role, std::string& resultRole);
 
-  /** The plugin of the class, owned by the registry; null when there is none. */
+  /** The plugin of the class, owned by the registry; null if there is none. */
   AbstractProviderPlugin* getPlugIn(const std::string& className);
   /** Replaces names with the classes that are visible in the namespace. */
   void getAllPluginNames(std::vector<std::string>& names, std::string nameSpace);
-  /** The classes at the two ends of an association class; untouched for any other class. */
+  /** Sets the classes at the two ends of an association class; leaves them unchanged for any other class. */
   void getAntecedentAndDependentNames(std::string className, std::string& antecedent, std::string& dependent);
 
-  /** Sets who delivers indications. @return false, keeping the earlier one, for a null callback */
+  /**
+   * Sets the callback that delivers indications. @return false, keeping the earlier one, for a null callback
+   */
   bool registerForEvent(DeliverIndication callback);
   void deRegisterForEvent();
   /** Passes an indication to the registered callback. @return whether it was delivered */

@@ -8,13 +8,13 @@
 
 namespace tvp::cim::fwf {
 
-/** One CIM class that is served: its name in lower case, and how its plugin is made. */
+/** A CIM class that is served: its name in lower case, and how its plugin is created. */
 struct PluginTableRow {
   const char* key;
   AbstractProviderPlugin* (*create)();  ///< a new plugin, owned by the caller
 };
 
-/** The rows in the order in which their plugins are made. */
+/** The rows, in the order in which their plugins are created. */
 struct PluginTable {
   const PluginTableRow* rows;
   std::size_t count;
@@ -24,8 +24,8 @@ struct PluginTable {
 };
 
 /**
- * The CIM classes of the program. Declared here and defined with the concrete plugins, which are
- * above the framework: a new CIM class is one row there and one source.
+ * The CIM classes of the program. Declared here and defined with the concrete plugins, in the layer above the
+ * framework: a new CIM class takes one row there and one source.
  */
 PluginTable pluginTable();
 

@@ -26,7 +26,9 @@ constexpr std::array<std::string_view, 6> PROFILE_KEYS = {
     "tvp_registeredsubprofile",
     "tvp_subprofilerequiresprofile"};
 
-/** The own namespace shows all but the profile classes; every other one shows these and those of the table.
+/**
+ * The provider's own namespace shows all but the profile classes; every other one shows these and those of
+ * the table.
  */
 bool isVisible(const std::string& key, bool ownNamespace) {
   if (std::find(PROFILE_KEYS.begin(), PROFILE_KEYS.end(), key) != PROFILE_KEYS.end()) {
@@ -68,7 +70,7 @@ PluginsManager* PluginsManager::getInstance() {
 }
 
 PluginsManager::~PluginsManager() {
-  // COMPAT: entry and end write the same line; logs are searched for it.
+  // COMPAT: entry and exit write the same line; logs are searched for it.
   KvsTrace("Exiting PluginsManager::~PluginsManager()");
   for (auto& [key, plugin] : m_plugins) {
     delete plugin;

@@ -13,16 +13,16 @@
 namespace tvp::cim::fwf {
 
 /**
- * The registry of the process: which plugin serves which CIM class. It makes the plugins once and
- * owns them. Class names are looked up without regard to case.
+ * The registry of the process: which plugin serves which CIM class. It creates the plugins once and owns
+ * them. Class names are looked up ignoring case.
  *
- * The map is written only while the provider initialises; afterwards any thread may look up.
+ * The map is written only while the provider initialises; afterwards any thread may read it.
  */
 class PluginsManager {
 public:
   /**
-   * The registry, made on the first call. Null when the lock cannot be taken or memory runs out. The
-   * pointer is kept after the registry was deleted: nothing may follow the provider's tear-down.
+   * The registry, created on the first call. Null if the lock cannot be taken or memory runs out. The pointer
+   * is kept after the registry is deleted: nothing may be called after the provider's tear-down.
    */
   static PluginsManager* getInstance();
 
@@ -32,20 +32,20 @@ public:
   PluginsManager& operator=(const PluginsManager&) = delete;
 
   /**
-   * Makes and registers the plugins of pluginTable(). A second call replaces them without deleting
-   * the earlier ones, which other threads may be in. @param selective ignored @return true
+   * Creates and registers the plugins of pluginTable(). A second call replaces them without deleting the
+   * earlier ones, which other threads may still be using. @param selective ignored @return true
    */
   bool initialize(bool selective);
 
   /**
-   * Registers one plugin and takes ownership of it; a plugin that had the key is replaced, not
-   * deleted. initialize registers every row of the table with it; a class that is not in the table
-   * is added the same way, before requests are served.
+   * Registers one plugin and takes ownership of it; a plugin that already has the key is replaced, not
+   * deleted. initialize registers every row of the table with it; a class that is not in the table is added
+   * the same way, before requests are served.
    * @param key the class name in lower case
    */
   void registerPlugin(const std::string& key, AbstractProviderPlugin* plugin);
 
-  /** The plugin of the class, owned by the registry; null, with an error on the log, when none. */
+  /** The plugin of the class, owned by the registry; null, with an error in the log, if there is none. */
   AbstractProviderPlugin* getPlugin(std::string className);
 
   /**

@@ -11,8 +11,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * Properties is a list of properties, const or not.
- * @return the first property of exactly this name, owned by the list; null when there is none.
+ * Finds a property; Properties is a list of properties, const or not.
+ * @return the first property of exactly this name, owned by the list; null if there is no such property.
  */
 template <typename Properties>
 auto findProperty(Properties& properties, const std::string& name) -> decltype(properties.data()) {
@@ -26,8 +26,8 @@ auto findProperty(Properties& properties, const std::string& name) -> decltype(p
 
 /**
  * @param property may be null
- * @return the elements that a property has in its slot for T; none without a property, or when it is null
- * there
+ * @return the elements that a property has in its slot for T; none if the property is null, or its value
+ * there is
  */
 template <typename T>
 std::vector<T> elementsOf(const CIMProperty* property) {
@@ -37,7 +37,7 @@ std::vector<T> elementsOf(const CIMProperty* property) {
   return property->slot<T>().m_values;
 }
 
-/** @return the first of elementsOf; missing when there is none */
+/** @return the first of elementsOf, if any */
 template <typename T>
 T firstElementOf(const CIMProperty* property, T missing = T()) {
   std::vector<T> elements = elementsOf<T>(property);

@@ -16,7 +16,7 @@
 
 namespace tvp::cim::fwf {
 
-/** Elements of one type in a block of their own, which is copied with them. */
+/** Elements of one type in a heap block of their own, which is copied with them. */
 template <typename T>
 class ElementBlock {
 public:
@@ -47,10 +47,10 @@ private:
 };
 
 /**
- * The values of a property: by interface one slot for each type of value, of which nearly always just one
- * is in use. A slot takes room only while it has elements or flags, the first one here, further ones on the
- * heap. A single element that is neither a path nor an instance lies in the slot itself, so that copying a
- * number allocates nothing. Copies share nothing.
+ * The values of a property: seen from outside, one slot for each type of value, of which nearly always just
+ * one is in use. A slot takes space only while it has elements or flags: the first one in this object,
+ * further ones on the heap. A single element that is neither a path nor an instance is stored in the slot
+ * itself, so that copying a number allocates nothing. Copies share nothing.
  *
  * CIMObjectPath and CIMInstance need to be complete only where slots are copied, moved, destroyed or changed.
  */
@@ -63,7 +63,7 @@ public:
   PropertySlots& operator=(PropertySlots&& other) noexcept;
   ~PropertySlots();
 
-  /** The value in the slot of T where it lies; empty when the slot is not in use. */
+  /** A view of the value in the slot of T; empty if the slot is not in use. */
   template <typename T>
   ValueView<T> view() const noexcept;
 
@@ -75,11 +75,11 @@ public:
   template <typename T>
   void assign(CIMValue<T> value);
 
-  /** Assigns each slot of the other, used or not, to the one of its type. */
+  /** Assigns every slot of the other, used or not, to the slot of the same type. */
   void assignAll(const PropertySlots& other);
 
 private:
-  /** What is in a slot: nothing, one element, or any number of elements. */
+  /** The content of a slot: nothing, one element, or any number of elements. */
   using Content = std::variant<
       std::monostate, std::string, unsigned char, signed char, unsigned short, short, unsigned int, int,
       float, double, unsigned long long, long long, bool, ElementBlock<std::string>,
@@ -94,11 +94,11 @@ private:
   template <typename T>
   static Content contentOf(std::vector<T>&& elements);
 
-  /** Whether this very slot, not a further one, is that of T. */
+  /** Whether this slot itself, not a further one, is that of T. */
   template <typename T>
   bool holds() const noexcept;
 
-  /** The slot of T; a new one, empty, when none is in use. */
+  /** The slot of T; a new, empty one if none is in use. */
   template <typename T>
   PropertySlots& slotFor();
 
@@ -109,7 +109,7 @@ private:
   template <typename... T>
   void assignEach(const PropertySlots& other);
 
-  Content m_content;  ///< nothing only as long as no slot is in use
+  Content m_content;  ///< empty only while no slot is in use
   std::uint32_t m_isArray = 0;
   bool m_isNull = false;
   std::unique_ptr<PropertySlots> m_further;

@@ -8,20 +8,19 @@
 #include <cstring>
 
 /**
- * The allocation convention of the provider and the storage library: the 8 bytes before every block
- * hold the address of the release function of the module that allocated it. Whoever deletes a block
- * calls that function, so memory always goes back to its allocator, also across the two modules.
+ * The allocation convention of the provider and the storage library: the 8 bytes before every block hold the
+ * address of the release function of the module that allocated it. Whoever deletes a block calls that
+ * function, so memory always returns to its allocator, even across the two modules.
  *
- * Each module defines its global operator new and delete with these functions. The prefix is 16
- * bytes long, the address in its last 8, so that blocks keep malloc's alignment, which compilers
- * rely on.
+ * Each module defines its global operator new and delete with these functions. The prefix is 16 bytes long,
+ * the address in its last 8, so that blocks keep malloc's alignment, which compilers rely on.
  */
 using VoltvkReleaseFunction = void (*)(void* field);
 
 constexpr std::size_t VOLTVK_BLOCK_PREFIX = 16;
 constexpr std::size_t VOLTVK_RELEASE_FIELD = sizeof(VoltvkReleaseFunction);
 
-/** @return size bytes that release can free, or null without memory (never throws). */
+/** @return size bytes that release can free, or null on allocation failure (never throws). */
 inline void* voltvkAllocate(std::size_t size, VoltvkReleaseFunction release) noexcept {
   if (size > SIZE_MAX - VOLTVK_BLOCK_PREFIX) {
     return nullptr;
@@ -35,7 +34,7 @@ inline void* voltvkAllocate(std::size_t size, VoltvkReleaseFunction release) noe
   return block;
 }
 
-/** Hands the block back to the module that allocated it. Null is allowed. */
+/** Returns the block to the module that allocated it. Null is allowed. */
 inline void voltvkRelease(void* block) noexcept {
   if (block == nullptr) {
     return;
@@ -46,7 +45,7 @@ inline void voltvkRelease(void* block) noexcept {
   release(field);
 }
 
-/** What a release function does: frees the block whose release field is given. */
+/** Frees the block whose release field is given; what every release function does. */
 inline void voltvkFree(void* field) noexcept {
   std::free(static_cast<char*>(field) - (VOLTVK_BLOCK_PREFIX - VOLTVK_RELEASE_FIELD));
 }

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 /**
- * Defines the global allocation operators of a module by the convention of Allocation.h. Included by
- * exactly one source of the module, after it has defined
+ * Defines the global allocation operators of a module by the convention of Allocation.h. Included by exactly
+ * one source of the module, after it has defined
  *   extern "C" void MODULE_RELEASE(void* field);
- * and VOLTVK_MODULE_RELEASE as that function's name. operator new answers null without memory,
- * so the module is compiled with -fcheck-new.
+ * and VOLTVK_MODULE_RELEASE as that function's name. operator new returns null on allocation failure, so the
+ * module is compiled with -fcheck-new.
  */
 #ifndef VOLTVK_INCLUDE_VOLTVK_ALLOCATIONOPERATORS_H
 #define VOLTVK_INCLUDE_VOLTVK_ALLOCATIONOPERATORS_H
@@ -13,7 +13,8 @@
 
 #include <new>
 
-// NOLINTBEGIN(misc-definitions-in-headers): one source of each module includes this file, none twice.
+// NOLINTBEGIN(misc-definitions-in-headers): exactly one source of each module includes this file, and only
+// once.
 void* operator new(std::size_t size) {
   return voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
 }

@@ -20,7 +20,7 @@ public:
   virtual LogicalDevice* getProviderLogical() const = 0;
   /** The pool of a volume's extent; null for a pool's. */
   virtual VirtualPool* getProviderVirtualPool() const = 0;
-  /** Limit of chunks of the volume on this pool; 0 for a pool's extent. */
+  /** Maximum number of chunks the volume may have on this pool; 0 for a pool's extent. */
   virtual std::uint64_t getMaxAllowedChunks() const = 0;
 };
 

@@ -3,8 +3,9 @@
 #define VOLTVK_INCLUDE_VOLTVK_LIMITS_H
 
 /**
- * What every request keeps to. cmake/Contract.cmake reads these lines too: the schema and tvpcim state the
- * same numbers. What depends on the library is in its identity instead, see TvkAdapterIdentity.
+ * Limits that every request must respect. cmake/Contract.cmake reads these lines too, so that the schema and
+ * tvpcim state the same numbers. Limits that depend on the library are in its identity instead, see
+ * TvkAdapterIdentity.
  */
 
 /** Longest name of a pool or a volume, in bytes of UTF-8. */

@@ -12,7 +12,7 @@ enum TvkDeviceType : std::uint8_t { TVK_DEVICE_HDD = 1, TVK_DEVICE_SSD = 2 };
 /** Where a drive comes from, as bits of its property code. */
 enum TvkDeviceProperty : std::uint8_t {
   TVK_PROPERTY_HOST = 1,     ///< a block device of this machine
-  TVK_PROPERTY_VIRTUAL = 2,  ///< made with `voltvkctl drive add`
+  TVK_PROPERTY_VIRTUAL = 2,  ///< created with `voltvkctl drive add`
   TVK_PROPERTY_REMOVABLE = 4
 };
 
@@ -31,8 +31,8 @@ enum TvkInterfaceType : std::uint8_t {
 enum TvkDeviceStatus : std::uint8_t { TVK_DEVICE_ONLINE = 1, TVK_DEVICE_MISSING = 2 };
 
 /**
- * A drive that pools can be made of. Texts are UTF-8, empty when unknown, never null, and valid as
- * long as the object.
+ * A drive that pools can be made of. Texts are UTF-8, empty when unknown, never null, and valid as long as
+ * the object exists.
  */
 class VOLTVK_EXPORT LogicalDevice : public RaidObject {
 public:
@@ -44,8 +44,9 @@ public:
   virtual const char* getVendor() const = 0;
   virtual const char* getModel() const = 0;
   virtual std::uint64_t getCapacityInSectors() const = 0;  ///< sectors of 512 bytes
-  virtual std::uint16_t getDeviceNumber() const = 0;  ///< 0 to TVK_LARGEST_DEVICE_NUMBER, given once and kept
-  virtual std::uint8_t getDeviceType() const = 0;     ///< TvkDeviceType
+  virtual std::uint16_t
+  getDeviceNumber() const = 0;                     ///< 0 to TVK_LARGEST_DEVICE_NUMBER, assigned once and kept
+  virtual std::uint8_t getDeviceType() const = 0;  ///< TvkDeviceType
   virtual std::uint8_t getDeviceProperty() const = 0;  ///< bits of TvkDeviceProperty
   virtual bool isBootable() const = 0;                 ///< holds the file system of "/"
   virtual bool hasPartition() const = 0;               ///< has at least one partition

@@ -9,9 +9,9 @@
 /**
  * A node of the storage tree: the root, the tiering adapter, a drive, pool, volume or chunk.
  *
- * The root and the adapter live as long as the TvkLib that they come from. All other objects belong
- * to an immutable snapshot of the configuration and stay valid, and unchanged, while the
- * FilterCollection through which they were reached exists. No function here needs a lock.
+ * The root and the adapter live as long as the TvkLib they come from. All other objects belong to an
+ * immutable snapshot of the configuration and stay valid, and unchanged, while the FilterCollection through
+ * which they were reached exists. No function here needs a lock.
  */
 class VOLTVK_EXPORT RaidObject {
 public:
@@ -22,7 +22,7 @@ public:
 
   /**
    * The child with the given index; on the root, index 0 is the TvkAdapter.
-   * @return null when there is none. Not owned by the caller.
+   * @return null if there is no such child. Not owned by the caller.
    */
   virtual RaidObject* getObject(unsigned long index);
 

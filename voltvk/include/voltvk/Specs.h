@@ -10,48 +10,48 @@
 /** Sizes of the text fields, with the terminating NUL. */
 constexpr unsigned int TVK_NAME_SIZE = TVK_LONGEST_NAME + 1;
 constexpr unsigned int TVK_DESCRIPTION_SIZE = TVK_LONGEST_DESCRIPTION + 1;
-/** Drives that one request can name: one for each number. */
+/** Drives that one request can name: one per device number. */
 constexpr unsigned int TVK_SPEC_DEVICES = TVK_LARGEST_DEVICE_NUMBER + 1;
-/** Pools that a volume uses. */
+/** Maximum number of pools that a volume uses. */
 constexpr unsigned int TVK_SPEC_POOLS = 2;
 /** An identifier that no pool or volume has. */
 constexpr std::uint32_t TVK_NO_ID = 0xFFFFFFFFU;
 
 /**
- * Says what is wanted of a pool. A plain record without ownership; the library validates it.
- * In createVirtualPool every field counts; in modifyVirtualPool name, description and tierLevel, and
- * what is empty (tier level 0) stays as it is; as the SSD side of createCachedLD poolId and
- * capacityInSectors.
+ * Describes the pool that is wanted. A plain record that owns nothing; the library validates it.
+ * createVirtualPool uses every field; modifyVirtualPool uses name, description and tierLevel, and leaves
+ * unchanged what is empty (tier level 0); as the SSD side of createCachedLD, poolId and capacityInSectors are
+ * used.
  */
 struct VOLTVK_EXPORT VirtualPoolSpec {
   VirtualPoolSpec();
 
   std::uint32_t poolId;      ///< TVK_NO_ID when not given; set by createVirtualPool
   char name[TVK_NAME_SIZE];  ///< UTF-8, NUL-terminated
-  bool nameTooLong;          ///< the caller's text did not fit: the library refuses it
+  bool nameTooLong;          ///< the caller's text did not fit, so the library refuses it
   char description[TVK_DESCRIPTION_SIZE];
   bool descriptionTooLong;
   std::uint32_t numLogicalDevices;  ///< how many drives the caller announced
-  std::uint32_t numDeviceNumbers;   ///< how many are listed (a larger count than fits is refused)
+  std::uint32_t numDeviceNumbers;   ///< how many are listed (more than fit are refused)
   std::uint8_t deviceNumbers[TVK_SPEC_DEVICES];
   std::uint64_t capacityInSectors;   ///< sectors of 512 bytes, rounded up to whole chunks
   std::uint64_t chunkSizeInSectors;  ///< one of the supported chunk sizes
   std::uint8_t tierLevel;            ///< TvkTierLevel
   std::uint32_t poolFlag;            ///< TvkPoolType
-  std::uint32_t nameBytes;           ///< of a name that is too long: all its bytes, or 0; for messages only
-  std::uint32_t descriptionBytes;    ///< the same of the description
+  std::uint32_t nameBytes;           ///< full length of a name that is too long, else 0; for messages only
+  std::uint32_t descriptionBytes;    ///< the same for the description
 };
 
-/** One pool of a volume and what to take from it, in sectors of 512 bytes. */
+/** One pool of a volume and how much to take from it, in sectors of 512 bytes. */
 struct VirtualPoolEntry {
   std::uint32_t poolId;
   std::uint64_t capacityInSectors;
 };
 
 /**
- * Says what is wanted of a volume. In createVirtualVolume every field counts; in createCachedLD name,
- * description, featureType1 and knobSetting; in both a knob of 0 means TVK_KNOB_NORMAL. In
- * modifyVirtualVolume name, description and knobSetting count, and what is empty (knob 0) stays as it is.
+ * Describes the volume that is wanted. createVirtualVolume uses every field, createCachedLD uses name,
+ * description, featureType1 and knobSetting; for both, a knob of 0 means TVK_KNOB_NORMAL. modifyVirtualVolume
+ * uses name, description and knobSetting, and leaves unchanged what is empty (knob 0).
  */
 struct VOLTVK_EXPORT VirtualVolumeSpec {
   VirtualVolumeSpec();
@@ -62,18 +62,19 @@ struct VOLTVK_EXPORT VirtualVolumeSpec {
   bool nameTooLong;
   char description[TVK_DESCRIPTION_SIZE];
   bool descriptionTooLong;
-  std::uint64_t capacityInSectors;         ///< of the volume, in sectors; 0 when not given
-  VirtualPoolEntry pools[TVK_SPEC_POOLS];  ///< hard disk, then SSD; an SSD pool alone may stand second
-  std::uint32_t numValidPools;             ///< how many pools the caller announced
-  std::uint32_t numPoolIds;                ///< how many identifiers were listed (may exceed the array)
-  std::uint32_t numPoolSizes;              ///< how many sizes were listed (may exceed the array)
-  std::uint8_t featureType1;               ///< TvkVolumeType
-  std::uint32_t knobSetting;               ///< TvkKnob
-  std::uint32_t nameBytes;                 ///< as in VirtualPoolSpec
+  std::uint64_t capacityInSectors;  ///< of the volume, in sectors; 0 when not given
+  VirtualPoolEntry
+      pools[TVK_SPEC_POOLS];    ///< hard disk, then SSD; a lone SSD pool may be in the second entry
+  std::uint32_t numValidPools;  ///< how many pools the caller announced
+  std::uint32_t numPoolIds;     ///< how many identifiers were listed (may exceed the array)
+  std::uint32_t numPoolSizes;   ///< how many sizes were listed (may exceed the array)
+  std::uint8_t featureType1;    ///< TvkVolumeType
+  std::uint32_t knobSetting;    ///< TvkKnob
+  std::uint32_t nameBytes;      ///< as in VirtualPoolSpec
   std::uint32_t descriptionBytes;
 };
 
-/** Copies a text into a fixed field, NUL-terminated. @return false when it had to be cut. */
+/** Copies a text into a fixed field, NUL-terminated. @return false if it had to be truncated. */
 VOLTVK_EXPORT bool tvkSetText(char* field, unsigned int fieldSize, const char* text);
 
 #endif

@@ -10,9 +10,9 @@
 
 #include <cstdint>
 
-/** What the adapter can do and how much of it. Tables are indexed by the enumerations' values. */
+/** The adapter's features and limits. Tables are indexed by the values of the enumerations. */
 struct TvkAdapterIdentity {
-  const char* name;  ///< never null, lasts as long as the library
+  const char* name;  ///< never null, valid as long as the library is loaded
   std::uint16_t majorRevision;
   std::uint16_t minorRevision;
   std::uint16_t buildRevision;
@@ -20,9 +20,9 @@ struct TvkAdapterIdentity {
   std::uint32_t adjustmentSupport[9];        ///< index 1 to 8
   std::uint32_t chunkSizeSupport[11];        ///< index 1 to 10
   std::uint64_t maxVolumeSizeInSectors[10];  ///< index 1 to 9; element 0: the largest of all
-  std::uint8_t maxTierLevels;                ///< how many tier levels there are
+  std::uint8_t maxTierLevels;                ///< number of tier levels
   std::uint8_t maxVolumes;
-  std::uint8_t maxTiers;  ///< how many pools there can be: each is a tier
+  std::uint8_t maxTiers;  ///< maximum number of pools: each is a tier
   std::uint8_t maxLogicalDevices;
   std::uint8_t maxLogicalDevicesPerPool;
   std::uint64_t minTotalPoolSizeInSectors;
@@ -36,10 +36,10 @@ struct TvkAdapterIdentity {
 /**
  * The tiering adapter: changes of the configuration, statistics and events.
  *
- * Every operation may be called from any thread and from several processes on the same state. A
- * change is whole or not there. A refusal changes nothing and has a TvkStatus of its own; besides
- * those named, every operation can answer TVK_NO_DRIVER, TVK_NO_ADAPTER, TVK_INTERNAL and TVK_BUSY.
- * With an injected fault an operation may throw std::runtime_error.
+ * Every operation may be called from any thread and from several processes on the same state. A change is
+ * atomic. A refusal changes nothing and has its own TvkStatus; besides those named, every operation can
+ * return TVK_NO_DRIVER, TVK_NO_ADAPTER, TVK_INTERNAL and TVK_BUSY. With an injected fault an operation may
+ * throw std::runtime_error.
  *
  * An adapter constructed by a caller works on the same state as the library's own.
  */
@@ -52,23 +52,25 @@ public:
 
   // The order of the virtual functions is part of the binary interface.
 
-  /** Changes what the record says; its volumeId does not count. */
+  /** Changes what the record says; its volumeId is ignored. */
   virtual Ret modifyVirtualVolume(std::uint32_t volumeId, VirtualVolumeSpec& spec);
-  /** Writes the dirty chunks of a cached volume back; any other is refused with TVK_NOT_CACHED. */
+  /** Writes back the dirty chunks of a cached volume; any other volume is refused with TVK_NOT_CACHED. */
   virtual Ret flushVirtualVolume(std::uint32_t volumeId);
-  /** Deletes a pool; one that a volume uses is refused with TVK_POOL_IN_USE or TVK_POOL_IS_INTERNAL. */
+  /**
+   * Deletes a pool; a pool that is used by a volume is refused with TVK_POOL_IN_USE or TVK_POOL_IS_INTERNAL.
+   */
   virtual Ret deleteVirtualPool(std::uint32_t poolId);
-  /** Changes what the record says; its poolId does not count. */
+  /** Changes what the record says; its poolId is ignored. */
   virtual Ret modifyVirtualPool(std::uint32_t poolId, const VirtualPoolSpec& spec);
-  /** Sets the I/O counters to 0; where chunks lie stays as it is. */
+  /** Sets the I/O counters to 0; the placement of chunks does not change. */
   virtual Ret resetVirtualVolumeStats(std::uint32_t volumeId);
-  /** Makes a volume on one or two pools. @param spec its volumeId is set on success */
+  /** Creates a volume on one or two pools. @param spec its volumeId is set on success */
   virtual Ret createVirtualVolume(VirtualVolumeSpec& spec);
   /** Deletes a volume, and with it the internal pool of a cached drive. */
   virtual Ret deleteVirtualVolume(std::uint32_t volumeId);
   /** @param stats filled on success; null is refused with TVK_INVALID_ARGUMENT */
   virtual Ret getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId);
-  /** Makes a pool of free drives of one kind. @param spec its poolId is set on success */
+  /** Creates a pool from free drives of one kind. @param spec its poolId is set on success */
   virtual Ret createVirtualPool(VirtualPoolSpec& spec);
 
   /** Appends the events since the last fetch of this process, oldest first. */
@@ -78,15 +80,15 @@ public:
   virtual Ret getIdentity(TvkAdapterIdentity& identity);
 
   /**
-   * Makes a cached volume on one hard disk: the internal pool on that drive and the volume, both or
-   * neither. hddPool.poolId and volume.volumeId are set.
+   * Creates a cached volume on one hard disk: the internal pool on that drive and the volume, either both or
+   * neither. Sets hddPool.poolId and volume.volumeId.
    */
   Ret createCachedLD(VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume);
 
   const char* getTypeName() const override;
 };
 
-/** The adapter as the name builder of the product knows it. */
+/** The adapter under the name that the product uses. */
 using Adapter = TvkAdapter;
 
 #endif

@@ -7,7 +7,7 @@
 
 #include <memory>
 
-/** The driver as such: is it there. */
+/** Whether the driver is available. */
 class VOLTVK_EXPORT VolLib {
 public:
   virtual ~VolLib();
@@ -24,15 +24,15 @@ protected:
   VolLib() = default;
 
 private:
-  /** Success when the driver is there, else why not. */
+  /** Success if the driver is available, else the reason why not. */
   virtual Ret checkDriver() = 0;
 };
 
 /**
  * The top object of the storage library. Opens the state at construction: $VOLTVK_STATE, else
- * /var/lib/voltvk/state.db, made on first use. A state that cannot be used leaves the object without
- * a driver; getOpenError says why. Several objects of one process share one state; every function
- * may be called from any thread.
+ * /var/lib/voltvk/state.db, created on first use. If the state cannot be used, the object has no driver, and
+ * getOpenError says why. Several objects in one process share one state; every function may be called from
+ * any thread.
  */
 class VOLTVK_EXPORT TvkLib : public VolLib {
 public:
@@ -44,7 +44,9 @@ public:
   /** The root of the storage tree, owned by this object; never null. */
   RaidObject* getRootObject();
 
-  /** Why there is no driver, for an administrator; empty when there is one. Lasts as long as this. */
+  /**
+   * Why there is no driver, for an administrator; empty if there is one. Valid as long as this object exists.
+   */
   const char* getOpenError();
 
 private:

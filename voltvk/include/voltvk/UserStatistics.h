@@ -4,7 +4,9 @@
 
 #include <cstdint>
 
-/** I/O and placement counters of one volume, in the driver's record layout. Counts, but for chunkSize. */
+/**
+ * I/O and placement counters of one volume, in the driver's record layout. All are counts except chunkSize.
+ */
 struct d_ioctl_user_stat {
   std::uint64_t ssdTotalChunks;  ///< chunks of the volume that lie on the SSD pool
   std::uint64_t ssdExtraChunks;  ///< SSD chunks that the volume may still take

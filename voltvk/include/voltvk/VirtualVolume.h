@@ -6,7 +6,9 @@
 
 #include <cstdint>
 
-/** Kind of a volume: tiered spans its pools, cached uses the SSD pool as a cache of the other. */
+/**
+ * Kind of a volume: a tiered volume spans its pools, a cached one uses the SSD pool as a cache for the other.
+ */
 enum TvkVolumeType : std::uint8_t { TVK_VOLUME_TIERED = 1, TVK_VOLUME_CACHED = 2 };
 
 /** How a cached volume writes. */
@@ -21,7 +23,7 @@ enum TvkKnob : std::uint8_t { TVK_KNOB_AGGRESSIVE = 1, TVK_KNOB_NORMAL = 2, TVK_
 
 /**
  * A volume built from pools. Its children of type "Chunk" are its extents on the pools. Texts are never null
- * and valid as long as the object.
+ * and are valid as long as the object exists.
  */
 class VOLTVK_EXPORT VirtualVolume : public RaidObject {
 public:
@@ -29,15 +31,15 @@ public:
 
   virtual const char* getName() const = 0;                ///< 1 to TVK_LONGEST_NAME bytes of UTF-8
   virtual const char* getDescription() const = 0;         ///< at most TVK_LONGEST_DESCRIPTION bytes of UTF-8
-  virtual std::uint32_t getVolumeId() const = 0;          ///< never given twice, never TVK_NO_ID
-  virtual std::uint8_t getVirtualPoolsCount() const = 0;  ///< pools that it uses
+  virtual std::uint32_t getVolumeId() const = 0;          ///< never reused, never TVK_NO_ID
+  virtual std::uint8_t getVirtualPoolsCount() const = 0;  ///< number of pools that it uses
   virtual std::uint32_t getFeatures() const = 0;          ///< a sum: 1 cache, 2 tier
   virtual std::uint8_t getVolumeType() const = 0;         ///< TvkVolumeType
   virtual std::uint8_t getCacheMode() const = 0;          ///< TvkCacheMode
   virtual std::uint32_t getMaxMoveChunks() const = 0;     ///< chunks moved per policy round
   virtual std::uint32_t getMoveThreshold() const = 0;     ///< accesses after which a chunk is hot
-  virtual std::uint32_t getStatsSetting() const = 0;      ///< 1 statistics are kept
-  virtual std::uint32_t getNumberOfVirtualPoolsSupported() const = 0;  ///< pools that it can use
+  virtual std::uint32_t getStatsSetting() const = 0;      ///< 1: statistics are kept
+  virtual std::uint32_t getNumberOfVirtualPoolsSupported() const = 0;  ///< number of pools that it can use
   virtual std::uint16_t getDeviceNumber() const = 0;       ///< of the volume as a device of the system
   virtual std::uint8_t getState() const = 0;               ///< TvkHealth
   virtual std::uint8_t getKnobSetting() const = 0;         ///< TvkKnob

@@ -15,8 +15,8 @@ constexpr std::size_t TVK_EVENT_DESCRIPTION_SIZE = 256;
 enum TvkEventType : std::uint32_t { TVK_EVENT_ERROR = 1, TVK_EVENT_WARNING = 2, TVK_EVENT_INFORMATION = 3 };
 
 /**
- * Codes of the events that the library appends. The arguments stand in square brackets in the
- * description, in the order given here.
+ * Codes of the events that the library appends. The arguments are in square brackets in the description, in
+ * the order given here.
  */
 enum TvkEventCode : std::uint32_t {
   TVK_EVENT_POOL_CREATED = 0x201,            ///< name, tier level, sectors; internal pools: pool type
@@ -47,14 +47,14 @@ struct VOLTVK_EXPORT VolEvent {
   VolEvent();
 
   std::uint32_t time;                            ///< seconds since the epoch
-  std::uint32_t code;                            ///< TvkEventCode, or a code of the caller's own
+  std::uint32_t code;                            ///< TvkEventCode, or one of the caller's own codes
   std::uint32_t type;                            ///< TvkEventType
   char description[TVK_EVENT_DESCRIPTION_SIZE];  ///< UTF-8, NUL-terminated
-  std::uint32_t id;                              ///< running number of the event
+  std::uint32_t id;                              ///< sequence number of the event
   std::uint32_t actionId;                        ///< identifier of the pool or volume concerned, or 0
 };
 
-/** A growing array whose elements are reached by pointer; the pointers last until it grows. */
+/** A growing array whose elements are accessed by pointer; the pointers stay valid until it grows. */
 template <typename T>
 class ByRefArray_TC {
 public:
@@ -73,7 +73,7 @@ private:
 /** The events of one fetch, oldest first. Belongs to one thread. */
 class VOLTVK_EXPORT VolEventCollection : public ByRefArray_TC<VolEvent> {
 public:
-  /** @param first ignored @param growth ignored, the array grows by itself @param flags ignored */
+  /** @param first ignored @param growth ignored, the array grows as needed @param flags ignored */
   VolEventCollection(unsigned long first, unsigned long growth, unsigned long flags);
   ~VolEventCollection();
 };

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-/** Everything of the storage library's interface. */
+/** The complete interface of the storage library. */
 #ifndef VOLTVK_INCLUDE_VOLTVK_VOLTVK_H
 #define VOLTVK_INCLUDE_VOLTVK_VOLTVK_H
 
