@@ -8,19 +8,19 @@
 /**
  * The least that a provider can do: the broker calls that the product makes for the same request, with the
  * same values, straight from the storage library. It is a yardstick for time, not a product: what the storage
- * library answers is passed on, a broker that refuses a call is not expected.
+ * library returns is passed on, and a broker that refuses a call is not handled.
  */
 namespace bench {
 
-/** What the factories were given last. */
+/** What was last passed to the factories. */
 extern const CMPIBroker* broker;
 
-/** The storage library's top object, made on first use; it stays as long as the process. */
+/** The storage library's top object, created on first use; it lives as long as the process. */
 TvkLib& library();
 
 inline constexpr CMPIStatus DONE{CMPI_RC_OK, nullptr};
 
-/** Sets a text: a string of the broker is made, handed to set, and released. */
+/** Sets a text: makes a broker string, passes it to set, and releases it. */
 template <typename Set>
 void withString(const char* text, Set set) {
   CMPIValue value{};
@@ -37,7 +37,7 @@ inline void setText(CMPIInstance* instance, const char* name, const char* text) 
   withString(text, [&](const CMPIValue* value) { CMSetProperty(instance, name, value, CMPI_string); });
 }
 
-/** Sets a number or a truth value through the member of CMPIValue that carries it. */
+/** Sets a number or a boolean through the CMPIValue member that holds it. */
 template <auto Member, typename Number>
 void setNumber(CMPIInstance* instance, const char* name, CMPIType type, Number number) {
   CMPIValue value{};

@@ -80,7 +80,7 @@ benchBaseline_Create_IndicationMI(const CMPIBroker* given, const CMPIContext*, C
   return &bench::interface;
 }
 
-/** Fetches the events that are new and delivers each. */
+/** Fetches the new events and delivers each. */
 __attribute__((visibility("default"))) void benchPollOnce() {
   VolEventCollection events(0, 8, 0);
   RaidObject* root = bench::library().getRootObject();

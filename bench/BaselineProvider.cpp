@@ -26,7 +26,7 @@ TvkLib& library() {
 
 namespace {
 
-/** Namespace and class of a request, and its keys where they are read. */
+/** Namespace and class of a request, and its keys if they are read. */
 struct Path {
   std::string nameSpace;
   std::string className;
@@ -153,7 +153,7 @@ void withObjects(const char* type, Work work) {
   }
 }
 
-/** Every instance carries the keys and properties of those before it too, as the product's do. */
+/** Every instance also has the keys and properties of those before it, as in the product. */
 template <typename Object>
 void enumerate(const char* type, const CMPIResult* result, const Path& path) {
   withObjects(type, [&](FilterCollection& objects) {

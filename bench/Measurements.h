@@ -7,8 +7,8 @@
 #include <string>
 
 /**
- * The measurements, each in a process of its own on a state that is prepared already. They print rows of
- * fields with tabs between, which the parent puts into its tables.
+ * The measurements, each in its own process on a state prepared beforehand. They print rows of tab-separated
+ * fields, which the parent puts into its tables.
  */
 namespace bench {
 

@@ -7,7 +7,7 @@
 
 namespace bench {
 
-/** @return the middle one of the values (of an even number the greater), 0 without any. */
+/** @return the median of the values (the upper one of an even number), 0 without values. */
 inline double median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
   return values.empty() ? 0.0 : values[values.size() / 2];

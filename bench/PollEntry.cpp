@@ -17,7 +17,7 @@ std::atomic<std::uint64_t> looks{0};
 extern "C" {
 int __real_stat(const char* path, struct stat* status);
 
-/** The linker puts this in the place of stat (--wrap), which the provider calls for its log only. */
+/** The linker substitutes this for stat (--wrap), which the provider calls only for its log. */
 int __wrap_stat(const char* path, struct stat* status);
 int __wrap_stat(const char* path, struct stat* status) {
   ++looks;

@@ -15,7 +15,7 @@ namespace bench {
 
 namespace {
 
-/** A number of /proc/self/status, in KiB. */
+/** A number from /proc/self/status, in KiB. */
 long statusNumber(const std::string& key) {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);) {
@@ -26,7 +26,7 @@ long statusNumber(const std::string& key) {
   throw std::runtime_error("/proc/self/status has no line " + key);
 }
 
-/** Runs work on a number of threads at once and waits for all. */
+/** Runs work on a number of threads at once and waits for all of them. */
 template <typename Work>
 void onThreads(unsigned int threads, Work work) {
   std::vector<std::thread> workers;
@@ -38,7 +38,7 @@ void onThreads(unsigned int threads, Work work) {
   }
 }
 
-/** Requests per second that a number of threads make together. */
+/** Requests per second made by a number of threads together. */
 double rateOf(const Work& work, Subject& subject, unsigned int threads) {
   constexpr std::chrono::milliseconds DURATION(400);
   std::atomic<std::uint64_t> requests{0};

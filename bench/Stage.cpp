@@ -28,7 +28,7 @@ namespace {
 constexpr char OUTPUT[] = TVP_BINARY_DIR;
 constexpr std::uint64_t CHUNK_SECTORS = 2048;
 constexpr std::uint64_t GIBIBYTE_SECTORS = 2097152;
-/** Few dead objects are kept, so that what is measured is not the memory of the host. */
+/** Few dead objects are kept, so that the host's own memory is not measured. */
 constexpr std::size_t GRAVEYARD = 256;
 
 std::string libraryOf(Subject::Kind kind) {
@@ -44,7 +44,7 @@ tvp::host::BrokerOptions brokerOptions() {
   return options;
 }
 
-/** The log that this process writes while it exists; requireScratch() has been asked. */
+/** The log that this process writes while it exists; requireScratch() has been called. */
 std::filesystem::path logFile() {
   return std::filesystem::path(std::getenv("TVP_TEST_ROOT")) / "var/log/TVP.txt";
 }
@@ -190,7 +190,7 @@ void switchLog(bool on) {
     std::ofstream created(file);
     return;
   }
-  // The directories go too: to find out that nothing is there then takes as long as in /var/log.
+  // The directories are removed too: finding nothing there then takes as long as in /var/log.
   for (const auto& gone : {file, file.parent_path(), file.parent_path().parent_path()}) {
     std::filesystem::remove(gone);
   }

@@ -14,10 +14,12 @@
 
 namespace bench {
 
-/** A provider that is measured, with a broker of its own. */
+/** A provider to be measured, with its own broker. */
 class Subject {
 public:
-  /** Which of the built modules: the provider, the same with the entries of PollEntry.cpp, or the baseline.
+  /**
+   * Which of the built modules: the provider, the provider with the entries of PollEntry.cpp, or the
+   * baseline.
    */
   enum class Kind { Product, PollingProduct, Baseline };
 
@@ -29,14 +31,14 @@ public:
   /** Subscribes to indications; they are counted. */
   void subscribe();
   std::uint64_t indications() const { return m_indications.load(); }
-  /** Fetches and delivers new events on a thread of its own, as the listener does. @return seconds it took */
+  /** Fetches and delivers new events on a separate thread, as the listener does. @return seconds it took */
   double pollOnce();
 
   /** @return seconds that a call takes, together with the log lines that are added to it */
   double time(const std::function<void()>& call);
-  /** Adds to every timed call what as many log lines cost at least; 0 at first. */
+  /** Adds the least cost of that many log lines to every timed call; initially 0. */
   void addLogLines(std::uint64_t lines) { m_addedLines = lines; }
-  /** How often the last timed call looked at the log, once for each line; only of PollingProduct. */
+  /** How often the last timed call checked for the log, once per line; only for PollingProduct. */
   std::uint64_t looksOfLastCall() const { return m_looksOfLastCall; }
 
 private:
@@ -49,7 +51,7 @@ private:
   std::atomic<std::uint64_t> m_indications{0};
 };
 
-/** What a storage state holds, such as 8 pools; the first word of its name tells the sort. */
+/** The contents of a storage state, such as 8 pools; the first word of its name gives the kind. */
 struct Scenario {
   std::string sort;  ///< "drives", "pools" or "volumes"
   std::size_t count;
@@ -58,15 +60,15 @@ struct Scenario {
   static Scenario named(const std::string& name);
 };
 
-/** @throws std::runtime_error unless the environment gives this process a state and a log of its own. */
+/** @throws std::runtime_error unless the environment gives this process its own state and log. */
 void requireScratch();
 
 /** Fills the storage state of this process, $VOLTVK_STATE. @throws std::runtime_error when a step fails */
 void prepare(const Scenario& scenario);
 
-/** Switches the log below $TVP_TEST_ROOT on or off, which is written while its file exists. */
+/** Switches the log under $TVP_TEST_ROOT on or off; it is written while its file exists. */
 void switchLog(bool on);
-/** Pays what is promised for each log line: a look whether the log is there, and one line in it if it is. */
+/** Does what each log line costs: checks whether the log exists, and writes one line to it if so. */
 void payLogLines(std::uint64_t lines);
 /** Empties the log before it reaches the size at which it would no longer be written. */
 void keepLogSmall();

@@ -69,7 +69,10 @@ private:
   const std::string m_program = std::filesystem::read_symlink("/proc/self/exe").string();
 };
 
-/** Instances accumulate: the first drive's has the properties of one drive, the last one's those of all. */
+/**
+ * Instances accumulate: that of the first drive has the properties of one drive, that of the last those of
+ * all.
+ */
 double propertiesOf(std::size_t drives) {
   constexpr std::size_t OF_ONE_DRIVE = 15;
   const std::size_t shares = drives * (drives + 1) / 2;

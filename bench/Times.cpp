@@ -46,7 +46,7 @@ std::string nameOf(const Work& work, bool log, Column column) {
   return work.what + (log ? " (log) " : " ") + std::to_string(static_cast<int>(column));
 }
 
-/** @param lines of the log that are added to the subject's own */
+/** @param lines log lines that are added to the subject's own */
 void add(const std::string& name, const Work& work, Subject& subject, bool log, std::uint64_t lines) {
   const auto loop = [&work, &subject, log, lines](benchmark::State& state) {
     switchLog(log);
@@ -60,7 +60,7 @@ void add(const std::string& name, const Work& work, Subject& subject, bool log, 
   benchmark::RegisterBenchmark(name.c_str(), loop)->UseManualTime();
 }
 
-/** Whether the log is present; a request of a large scenario has more lines than a log takes. */
+/** Whether the log is present; a request in a large scenario writes more lines than fit in a log. */
 std::vector<bool> logStates(const Scenario& scenario) {
   constexpr std::size_t LARGEST_WITH_LOG = 64;
   return scenario.count > LARGEST_WITH_LOG ? std::vector<bool>{false} : std::vector<bool>{false, true};

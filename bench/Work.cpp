@@ -18,7 +18,7 @@ namespace {
 constexpr char NAME_SPACE[] = "root/kvs/tvp/smi_15";
 constexpr std::uint32_t POOL = 1;  ///< the number of the first pool of a state
 
-/** Times one call of an interface function within a request of its own. */
+/** Times one call of an interface function in its own request. */
 template <typename Call>
 double timed(Subject& subject, Answer* answer, const ObjectPath& path, Call call) {
   Request request(subject.broker());
@@ -89,7 +89,7 @@ double describePool(Subject& subject, Answer* answer) {
       {{"CreationClassName", Value::string("TVP_TierService")},
        {"Name", Value::string("TVP_TierServiceInstance1")}},
       ""};
-  static std::atomic<unsigned int> number{0};  // a description that is there already would change nothing
+  static std::atomic<unsigned int> number{0};  // setting the same description again would change nothing
   return invoke(
       subject, answer, path, "ModifyVirtualPool",
       Arguments()
@@ -132,7 +132,7 @@ Work enumeration(const std::string& what, const std::string& className) {
 
 Work eventDelivery() {
   return {"event, from record to delivery", [](Subject& subject, Answer*) {
-            // The five-second listener of the product may fetch an event first; then another one is made.
+            // The product's five-second listener may fetch an event first; then another event is made.
             constexpr int ATTEMPTS = 10;
             for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
               describePool(subject, nullptr);
@@ -201,7 +201,7 @@ void requireSame(const Work& work, Subject& product, Subject& baseline) {
 }
 
 std::uint64_t looksOf(const Work& work, Subject& counter) {
-  constexpr int ATTEMPTS = 3;  // the listener of the provider may look in between, every five seconds
+  constexpr int ATTEMPTS = 3;  // the provider's listener may check in between, every five seconds
   std::uint64_t fewest = std::numeric_limits<std::uint64_t>::max();
   for (int attempt = 0; attempt < ATTEMPTS; ++attempt) {
     work.run(counter, nullptr);

@@ -11,7 +11,7 @@
 
 namespace bench {
 
-/** What a request answered, to be compared. */
+/** The result of a request, for comparison. */
 struct Answer {
   CMPIrc rc = CMPI_RC_OK;
   std::vector<tvp::host::Instance> instances;
@@ -22,11 +22,10 @@ struct Answer {
   bool operator==(const Answer& other) const;
 };
 
-/** One sort of request. */
+/** One kind of request. */
 struct Work {
   std::string what;
-  /** Makes one request. @param answer filled when not null @return seconds that the provider's function took
-   */
+  /** Makes one request. @param answer filled if not null @return seconds that the provider's function took */
   std::function<double(Subject& subject, Answer* answer)> run;
 };
 
@@ -40,12 +39,14 @@ Work enumeration(const std::string& what, const std::string& className);
 Work eventDelivery();
 
 /**
- * Makes sure that both subjects do the same: the same broker calls in the same order, with the same answer.
+ * Checks that both subjects do the same: the same broker calls in the same order, with the same result.
  * @throws std::runtime_error that names the first difference
  */
 void requireSame(const Work& work, Subject& product, Subject& baseline);
 
-/** How often a request of the provider looks at an absent log, which is how many lines it has to say. */
+/**
+ * How often a request of the provider checks for an absent log, which is the number of lines it would write.
+ */
 std::uint64_t looksOf(const Work& work, Subject& counter);
 
 }  // namespace bench

@@ -53,7 +53,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "tvp_bench: %s\n", failure.what());
     result = EXIT_FAILURE;
   }
-  // The provider stays in the process, and its listener may be in its sleep: nothing is unloaded.
+  // The provider stays in the process, and its listener may be sleeping, so nothing is unloaded.
   std::fflush(stdout);
   std::_Exit(result);
 }

@@ -23,7 +23,7 @@ constexpr char PROFILE_CLASS[] = "PG_RegisteredProfile";
 constexpr char SMIS_PROFILE[] = "SNIA+SMI-S+1.5.0";
 constexpr char SERVER_PROFILE[] = "SNIA+Server+1.5.0";
 
-/** The string value of a path's first key; empty when there is none. */
+/** The string value of a path's first key; empty if there is no key. */
 std::string firstKeyText(const CIMObjectPath& path) {
   if (path.keyBindings().empty() || path.keyBindings().front().stringSlot().m_values.empty()) {
     return std::string();
@@ -31,7 +31,7 @@ std::string firstKeyText(const CIMObjectPath& path) {
   return path.keyBindings().front().stringSlot().m_values.front();
 }
 
-/** The registered profiles as the object manager lists them. @return null when it cannot */
+/** The registered profiles as the object manager lists them. @return null if it cannot list them */
 CMPIEnumeration* enumerateProfiles(const CMPIBroker* broker, const CMPIContext* context) {
   if (broker == nullptr || context == nullptr || broker->bft == nullptr ||
       broker->bft->enumerateInstanceNames == nullptr) {
@@ -69,8 +69,8 @@ CMPIAdapter::~CMPIAdapter() {
   if (library != nullptr && library->terminate() == 0) {
     KvsTrace(" TVP Interface pointer deleted successfully");
   }
-  // deleteInstance holds this lock, so that deleting it fails and the handle lives on. COMPAT:
-  // a thread that waits in getInstance must find a lock to wake up with.
+  // deleteInstance holds this lock, so deleting it fails and the handle survives. COMPAT: a thread that waits
+  // in getInstance must find a lock to wake up with.
   if (m_mutexObject != nullptr && KvsMutexDelete(&m_mutexObject) != 0) {
     KvsLogMsg(KVS_LOG_ERROR, "%s :: Failed to delete mutex object.", "~CMPIAdapter");
   }
@@ -95,7 +95,7 @@ void CMPIAdapter::deleteInstance() {
     return;
   }
   if (CMPIAdapter* adapter = instanceWithoutLock()) {
-    // First, so that the listener, which the destructor waits for, finds no adapter any more.
+    // First, so that the listener, which the destructor waits for, no longer finds an adapter.
     m_deleted = true;
     delete adapter;
   }
@@ -129,7 +129,9 @@ bool CMPIAdapter::initialize() {
   return true;
 }
 
-/** Keeps the paths of the two profiles that the product belongs to; without them all works the same. */
+/**
+ * Keeps the paths of the two profiles that the product belongs to; everything works the same without them.
+ */
 void CMPIAdapter::getPegasusSMISProfRegObjPaths() {
   KvsLogMsg(KVS_LOG_INFORMATION, "Initializing the PG_* object paths for SMI-S Registered Profiles");
   try {

@@ -16,35 +16,35 @@
 namespace tvp::cim::adap::cmpi {
 
 /**
- * Stands between the CMPI entry points and the framework facade: converts what the object manager
- * hands in, calls the facade, and hands the results back.
+ * Connects the CMPI entry points with the framework facade: converts what the object manager passes in, calls
+ * the facade, and returns the results.
  *
- * Every operation reports through its status, which the caller has set to CMPI_RC_OK with a null message,
- * and throws nothing. A CIMException becomes the CMPI status of its code with its message, anything else
- * thrown CMPI_RC_ERR_FAILED with "Failed : Unknown Error"; without a broker the message is null.
+ * Every operation reports through its status, which the caller has set to CMPI_RC_OK with a null message, and
+ * throws nothing. A CIMException becomes the CMPI status of its code with its message, any other exception
+ * CMPI_RC_ERR_FAILED with "Failed : Unknown Error"; without a broker the message is null.
  *
- * One per process. Operations take no lock and run concurrently on the object manager's threads;
- * indications are delivered on the event listener's thread.
+ * One per process. Operations take no lock and run concurrently on the object manager's threads; indications
+ * are delivered on the event listener's thread.
  */
 class CMPIAdapter {
 public:
   /**
-   * The singleton, made on the first call; every call takes the class lock.
-   * @return null when the lock cannot be taken, memory is short, or the adapter was deleted: there is one
-   * life per load of the library
+   * The singleton, created on the first call; every call takes the class lock.
+   * @return null if the lock cannot be taken, memory runs out, or the adapter was deleted: it is created only
+   * once per load of the library
    */
   static CMPIAdapter* getInstance();
 
-  /** Destroys the singleton; waits for the event listener. Nothing happens when there is none. */
+  /** Destroys the singleton; waits for the event listener. Does nothing if there is none. */
   static void deleteInstance();
 
   /**
-   * Starts the storage interface with its event listener, and the framework. Called once, with broker
-   * and context set. @return false, with the reason on the log, when one of them failed
+   * Starts the storage interface with its event listener, and the framework. Called once, with broker and
+   * context set. @return false, with the reason in the log, if one of them failed
    */
   bool initialize();
 
-  /** The context of the latest request that left one; kept to be compared, never to be used later. */
+  /** The most recent request context that was recorded; only ever compared, never used later. */
   void setContext(const CMPIContext* context) { m_baseContext = context; }
   const CMPIContext* getContext() const { return m_baseContext; }
   void setBroker(const CMPIBroker* broker) { m_broker = broker; }
@@ -52,9 +52,9 @@ public:
 
   /** The context with which threads of the provider attach to the broker. */
   const CMPIContext* getThreadContext() const { return m_threadContext; }
-  /** Has the broker prepare a thread context from a request's context; null when it gives none. */
+  /** Has the broker prepare a thread context from a request's context; null if it returns none. */
   void setThreadContext(const CMPIBroker* broker, const CMPIContext* context);
-  /** Takes a request's own context instead, with which no thread will ever be attached. */
+  /** Uses a request's own context instead, with which no thread is ever attached. */
   void resetThreadContextToContext(const CMPIContext* context);
 
   void EnumInstances(
@@ -67,11 +67,11 @@ public:
   void GetInstance(
       CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
       const char** properties, const CMPIBroker* broker, CMPIStatus* status);
-  /** Accepts every instance and does nothing with it. */
+  /** Accepts every instance and ignores it. */
   void CreateInstance(
       CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
       const CMPIInstance* instance, const CMPIBroker* broker, CMPIStatus* status);
-  /** For administrators only, see VerifyUserRole. Nothing is written to the result. */
+  /** For administrators only, see VerifyUserRole. Writes nothing to the result. */
   void ModifyInstance(
       CMPIInstanceMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
       const CMPIInstance* instance, const char** properties, const CMPIBroker* broker, CMPIStatus* status);
@@ -87,9 +87,9 @@ public:
       CMPIStatus* status);
 
   /**
-   * The association operations. Texts may be null. Associators, References and ReferenceNames take,
-   * when no plugin serves the association class, every registered class that CMPIHelper's
-   * GetAssociationClasses finds. AssociatorNames without a usable plugin ends without the end mark.
+   * The association operations. Texts may be null. When no plugin serves the association class, Associators,
+   * References and ReferenceNames use every registered class that CMPIHelper's GetAssociationClasses finds.
+   * AssociatorNames without a usable plugin returns without the end mark.
    */
   void Associators(
       CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
@@ -107,21 +107,21 @@ public:
       CMPIAssociationMI* mi, const CMPIContext* ctx, const CMPIResult* rslt, const CMPIObjectPath* op,
       const char* resultClass, const char* role, const CMPIBroker* broker, CMPIStatus* status);
 
-  /** Counts one subscription more; the first switches indications on. */
+  /** Counts one more subscription; the first switches indications on. */
   void EnableIndications(
       CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPIBroker* broker, CMPIStatus* status);
-  /** Counts one less, below zero too; reaching zero switches indications off. */
+  /** Counts one subscription less, even below zero; reaching zero switches indications off. */
   void DisableIndications(
       CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPIBroker* broker, CMPIStatus* status);
-  /** Remembers broker and context and prepares the thread context for deliveries. */
+  /** Stores broker and context and prepares the thread context for deliveries. */
   void ActivateFilter(
       CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
       const CMPIObjectPath* op, CMPIBoolean firstActivation, const CMPIBroker* broker, CMPIStatus* status);
-  /** Keeps what ActivateFilter remembered. */
+  /** Does not change what ActivateFilter stored. */
   void DeActivateFilter(
       CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
       const CMPIObjectPath* op, CMPIBoolean lastActivation, const CMPIBroker* broker, CMPIStatus* status);
-  /** Always fine, as is AuthorizeFilter. */
+  /** Always succeeds, as does AuthorizeFilter. */
   void MustPoll(
       CMPIIndicationMI* mi, const CMPIContext* ctx, const CMPISelectExp* filter, const char* className,
       const CMPIObjectPath* op, const CMPIBroker* broker, CMPIStatus* status);
@@ -130,16 +130,16 @@ public:
       const CMPIObjectPath* op, const char* owner, const CMPIBroker* broker, CMPIStatus* status);
 
   /**
-   * Hands an indication to the object manager; runs on the event listener's thread. Takes the class lock only
-   * while there has been no adapter yet.
-   * @return true when it was delivered or nobody is subscribed; false with the reason on the log
+   * Delivers an indication to the object manager; runs on the event listener's thread. Takes the class lock
+   * only until the adapter exists.
+   * @return true if it was delivered or nobody is subscribed; false with the reason in the log
    */
   static bool DeliverIndication(fwf::CIMInstance& indication);
 
   /**
-   * Returns converted instances and marks the end. One that gives no CMPI object sets
+   * Returns converted instances and marks the end. An instance that yields no CMPI object sets
    * CMPI_RC_ERR_FAILED and is left out; the others are returned.
-   * @throws CIMException what a conversion throws; then there is no end mark
+   * @throws CIMException what a conversion throws; the end mark is then missing
    */
   static void ReturnInstances(
       const CMPIBroker* broker, const CMPIResult* rslt, const char** properties,
@@ -154,12 +154,12 @@ public:
       CMPIStatus* status);
 
   /**
-   * Whether the user's primary group in the password file is 0. Supplementary groups and the user id
-   * do not count. The file is read anew on every call. @param hostName not used
+   * Whether the user's primary group in the password file is 0. Supplementary groups and the user id are
+   * ignored. The file is read again on every call. @param hostName unused
    */
   static bool VerifyUserRole(const std::string& userName, const std::string& hostName);
 
-  /** The text with every byte lowered, as CommonFunctions::toLower does it. */
+  /** The text in lower case, as CommonFunctions::toLower returns it. */
   static std::string ToLower(const std::string& text);
 
 private:
@@ -171,7 +171,7 @@ private:
   static CMPIAdapter* instanceWithoutLock();
   void getPegasusSMISProfRegObjPaths();
 
-  static std::atomic<CMPIAdapter*> m_adapins;  ///< not reset when the adapter is deleted
+  static std::atomic<CMPIAdapter*> m_adapins;  ///< not cleared when the adapter is deleted
   static std::atomic<bool> m_deleted;
   static KvsMutexHandle m_mutexObject;
   static std::atomic<std::int32_t> m_numOfSubscriptions;
@@ -181,8 +181,10 @@ private:
   std::atomic<const CMPIContext*> m_baseContext{nullptr};
   std::atomic<const CMPIBroker*> m_broker{nullptr};
   std::atomic<const CMPIContext*> m_threadContext{nullptr};
-  /** The thread context if the broker prepared it, else null. One atomic, so that the listener never takes
-   * a request's context for a prepared one. */
+  /**
+   * The thread context if the broker prepared it, else null. A single atomic, so that the listener never
+   * mistakes a request's context for a prepared one.
+   */
   std::atomic<const CMPIContext*> m_preparedContext{nullptr};
 };
 

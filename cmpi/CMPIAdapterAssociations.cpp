@@ -43,7 +43,7 @@ struct AssociationRequest {
   std::string resultClass;  ///< class of the far end
 };
 
-/** The class at the other end of the association; empty, with an error on the log, when there is none. */
+/** The class at the other end of the association; empty, with an error in the log, if there is none. */
 std::string farEnd(FrameworkFacade& facade, const AssociationRequest& request) {
   std::string antecedent;
   std::string dependent;
@@ -61,7 +61,7 @@ std::string farEnd(FrameworkFacade& facade, const AssociationRequest& request) {
   return std::string();
 }
 
-/** The registered classes that answer a request: the named one if it is served, else the candidates. */
+/** The registered classes that serve a request: the named class if it is registered, else the candidates. */
 std::vector<std::string>
 associationClasses(FrameworkFacade& facade, const AssociationRequest& request, const CMPIBroker* broker) {
   std::vector<std::string> classes;
@@ -80,9 +80,9 @@ associationClasses(FrameworkFacade& facade, const AssociationRequest& request, c
 }
 
 /**
- * Calls an operation of every association plugin that answers the request. The facade chooses the plugin
- * of a reference operation by the class of the path, which is the source here, so that the plugins
- * are asked themselves.
+ * Calls an operation of every association plugin that serves the request. For a reference operation the
+ * facade chooses the plugin by the class of the path, which is the source here, so the plugins are called
+ * directly.
  */
 template <typename Call>
 void askPlugins(const AssociationRequest& request, const CMPIBroker* broker, Call call) {
@@ -95,8 +95,8 @@ void askPlugins(const AssociationRequest& request, const CMPIBroker* broker, Cal
 }
 
 /**
- * Whether the object manager takes a class for the wanted one or a subclass of it; a class that it does not
- * know is none. @throws CIMException when it cannot say, since the answer would lack what is wanted
+ * Whether the object manager considers a class the wanted one or a subclass of it; a class that it does not
+ * know is not. @throws CIMException if it cannot say, since the result would be incomplete
  */
 bool isWanted(
     const std::string& nameSpace, const std::string& className, const std::string& wanted,
@@ -113,8 +113,8 @@ bool isWanted(
 }
 
 /**
- * Drops what is not of the wanted class. Plugins are not given the result class: they know names, and
- * only the object manager knows which classes derive from which.
+ * Drops everything that is not of the wanted class. The result class is not passed to the plugins: they know
+ * only names, and only the object manager knows which classes derive from which.
  */
 template <typename Item>
 void keepWanted(std::vector<Item>& items, const std::string& wanted, const CMPIBroker* broker) {

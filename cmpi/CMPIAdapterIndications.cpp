@@ -14,8 +14,8 @@ namespace {
 constexpr char NO_BROKER_OR_CONTEXT[] = "NULL broker or context";
 
 /**
- * Notes why an indication was not delivered: on the log and as a string of the broker, which is released
- * at once, since no request ends on the listener's thread. @return false
+ * Records why an indication was not delivered: in the log and as a broker string, which is released at once
+ * because no request ends on the listener's thread. @return false
  */
 bool notDelivered(const CMPIBroker* broker, const char* reason) {
   KvsLogMsg(KVS_LOG_ERROR, "%s", reason);
@@ -23,7 +23,7 @@ bool notDelivered(const CMPIBroker* broker, const char* reason) {
   return false;
 }
 
-/** The CMPI instance of an indication. @return a null guard when it cannot be made */
+/** The CMPI instance of an indication. @return a null guard if it cannot be made */
 CMPIObjectGuard<CMPIInstance>
 convertIndication(const fwf::CIMInstance& indication, const CMPIBroker* broker) {
   try {
@@ -41,7 +41,7 @@ std::atomic<std::int32_t> CMPIAdapter::m_numOfSubscriptions{0};
 void CMPIAdapter::setThreadContext(const CMPIBroker* broker, const CMPIContext* context) {
   const CMPIContext* prepared = CBPrepareAttachThread(broker, context);
   m_threadContext = prepared;
-  // The context prepared before is not released: the listener may be about to attach with it.
+  // The previously prepared context is not released: the listener may be about to attach with it.
   m_preparedContext = prepared;
 }
 
@@ -65,7 +65,7 @@ void CMPIAdapter::EnableIndications(
 void CMPIAdapter::DisableIndications(
     CMPIIndicationMI*, const CMPIContext*, const CMPIBroker* broker, CMPIStatus* status) {
   runOperation("DisableIndications", broker, status, [] {
-    // COMPAT: no lower bound; object managers see that a surplus call leaves a count that is not zero.
+    // COMPAT: no lower bound; object managers see that a surplus call leaves a nonzero count.
     if (--m_numOfSubscriptions == 0) {
       fwf::m_subscription = false;
     }
@@ -108,8 +108,8 @@ void CMPIAdapter::AuthorizeFilter(
 
 bool CMPIAdapter::DeliverIndication(fwf::CIMInstance& indication) {
   KvsTrace("Entering CMPIAdapter::DeliverIndication()");
-  // Without the lock once there is an adapter: deleteInstance holds it while it waits for the listener,
-  // which is this thread.
+  // Not locked once there is an adapter: deleteInstance holds the lock while it waits for the listener, which
+  // is this thread.
   const CMPIAdapter* adapter = m_adapins.load() == nullptr ? getInstance() : instanceWithoutLock();
   if (adapter == nullptr) {
     KvsLogMsg(KVS_LOG_ERROR, "Failed to get CMPIAdapter singleton instance");

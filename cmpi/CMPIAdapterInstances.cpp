@@ -31,7 +31,7 @@ CIMObjectPath readPath(const char* operation, const CMPIObjectPath* op, bool wit
   return path;
 }
 
-/** The path of an operation that goes on without a class name. */
+/** The path of an operation that continues without a class name. */
 CIMObjectPath changePath(const char* operation, const CMPIObjectPath* op) {
   CIMObjectPath path;
   CMPIHelper::CMPIObjectPathToFrameworkObjectPath(op, true, path);
@@ -89,7 +89,8 @@ void CMPIAdapter::CreateInstance(
   runOperation(NAME, broker, status, [&] {
     changePath(NAME, op);
     requireFacade();
-    // COMPAT: clients see creating accepted, and it does nothing; pools and volumes are made by methods.
+    // COMPAT: clients see creation accepted although it does nothing; pools and volumes are created by
+    // methods.
     ReturnInstances(broker, rslt, nullptr, {}, status);
   });
 }
@@ -120,7 +121,8 @@ void CMPIAdapter::DeleteInstance(
   runOperation(NAME, broker, status, [&] {
     changePath(NAME, op);
     requireFacade();
-    // COMPAT: clients see deleting accepted, and it does nothing; pools and volumes are deleted by methods.
+    // COMPAT: clients see deletion accepted although it does nothing; pools and volumes are deleted by
+    // methods.
   });
 }
 

@@ -17,7 +17,7 @@ using fwf::CIMObjectPath;
 constexpr unsigned int METHOD_DONE = 0;
 constexpr unsigned int METHOD_DONE_WITH_STATUS = 5;
 
-/** Calls the method. @throws CIMException when its return value is no success */
+/** Calls the method. @throws CIMException if its return value does not mean success */
 unsigned int
 callMethod(const CMPIObjectPath* op, const char* methodName, const CMPIArgs* in, CIMMethodParam& output) {
   CIMObjectPath path;

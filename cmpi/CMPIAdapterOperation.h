@@ -9,10 +9,10 @@
 #include "cmpidt.h"
 #include "oslib/KVSLog.h"
 
-// What the operations of the adapter share: their trace lines and what becomes of an exception.
+// What the operations of the adapter share: their trace lines and the handling of exceptions.
 namespace tvp::cim::adap::cmpi {
 
-/** The message for whatever is thrown and is no CIMException. */
+/** The message for anything thrown that is not a CIMException. */
 inline constexpr char UNKNOWN_ERROR[] = "Failed : Unknown Error";
 
 /** A string of the broker. @return null without a broker */
@@ -27,10 +27,10 @@ void logAndFail(CMPIStatus* status, const CMPIBroker* broker, const char* text);
 /** Logs a failure at level 2. @throws CIMException FW_RC_INTERNAL_ERROR with message */
 [[noreturn]] void throwInternalError(const char* logText, const char* message);
 
-/** Passes on that the object manager refused a result, unless the status is bad already. */
+/** Sets the status to the object manager's refusal of a result, unless it is already an error. */
 void keepRefusal(const CMPIStatus& answer, CMPIStatus* status);
 
-/** The facade. @throws CIMException FW_RC_INTERNAL_ERROR when there is none */
+/** The facade. @throws CIMException FW_RC_INTERNAL_ERROR if there is none */
 fwf::FrameworkFacade& requireFacade();
 
 /** Writes "Entering CMPIAdapter::NAME" or "Exiting CMPIAdapter::NAME". */

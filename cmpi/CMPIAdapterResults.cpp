@@ -12,9 +12,9 @@ namespace tvp::cim::adap::cmpi {
 namespace {
 
 /**
- * Converts and returns every item, then marks the end. Each is released once it is converted, since the
- * object manager holds it from then on. What an item's failure does to the status does not make the later
- * ones fail; a status that was bad before does.
+ * Converts and returns every item, then marks the end. Each item is destroyed once it is converted, since the
+ * object manager holds its own copy from then on. The status set by one item's failure does not make later
+ * items fail; a status that was an error before does.
  */
 template <typename Item, typename Convert, typename Return>
 void returnAll(

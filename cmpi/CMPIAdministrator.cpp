@@ -38,7 +38,7 @@ bool readOrigin(const CMPIContext* ctx, const CMPIBroker* broker, RequestOrigin&
   }
   const char* user = nullptr;
   if (principal.value.string != nullptr) {
-    // The handle is not examined: where it is the text itself, that of a null text is null.
+    // The handle is not checked: where the handle is the text itself, it is null for a null text.
     user = CMGetCharsPtr(principal.value.string, &rc);
   } else {
     rc.rc = CMPI_RC_ERR_FAILED;
@@ -47,7 +47,7 @@ bool readOrigin(const CMPIContext* ctx, const CMPIBroker* broker, RequestOrigin&
     setStatus(status, CMPI_RC_ERR_FAILED, broker, "Failed to get CharsPtr from string username");
     return false;
   }
-  // An object manager without authentication gives a principal whose text is null.
+  // An object manager without authentication passes a principal whose text is null.
   origin.user = user == nullptr ? "" : user;
   return true;
 }

@@ -6,7 +6,7 @@
 
 #include <string>
 
-// The check that only administrators change something.
+// The check that only administrators make changes.
 namespace tvp::cim::adap::cmpi {
 
 /** Who makes a request. */
@@ -17,13 +17,13 @@ struct RequestOrigin {
 
 /**
  * Reads the principal of a request.
- * @return false, with CMPI_RC_ERR_FAILED and the reason in the status, when the context does not tell
+ * @return false, with CMPI_RC_ERR_FAILED and the reason in the status, if the context does not say
  */
 bool readOrigin(const CMPIContext* ctx, const CMPIBroker* broker, RequestOrigin& origin, CMPIStatus* status);
 
 /**
- * Whether the user may change something: administrators (see CMPIAdapter::VerifyUserRole) and a
- * principal without a name.
+ * Whether the user may make changes: administrators (see CMPIAdapter::VerifyUserRole) and a principal without
+ * a name.
  * @return false with CMPI_RC_ERR_ACCESS_DENIED and the user's name in the status
  */
 bool admitOrigin(const RequestOrigin& origin, const CMPIBroker* broker, CMPIStatus* status);

@@ -16,7 +16,7 @@ using fwf::CIMProperty;
   throw CIMException(fwf::FW_RC_NOT_SUPPORTED, std::string(fwf::NOT_SUPPORTED_SUFFIX));
 }
 
-/** A kind that goes out as an argument. */
+/** A kind of value that is returned as an argument. */
 struct ArgumentKind {
   fwf::Primitive_DataType code;
   OutboundShape shape;
@@ -47,11 +47,11 @@ constexpr ArgumentKind ARGUMENT_KINDS[] = {
     array(fwf::PDT_UINT32_ARRAY, CMPI_uint32, "Uint32Array received"),
     scalar(fwf::PDT_UINT64, CMPI_uint64),
     array(fwf::PDT_UINT64_ARRAY, CMPI_uint64),
-    // COMPAT: clients of the methods know their 8-bit outputs as signed.
+    // COMPAT: clients of the methods expect their 8-bit outputs to be signed.
     scalar(fwf::PDT_UINT8, CMPI_sint8),
     array(fwf::PDT_UINT8_ARRAY, CMPI_uint8),
     scalar(fwf::PDT_REFERENCE, CMPI_ref),
-    // COMPAT: object managers get this array alone made with its own array type.
+    // COMPAT: this is the only array that object managers get made with its own array type.
     {fwf::PDT_REFERENCE_ARRAY, {CMPI_refA, CMPI_refA, CMPI_ref}, {nullptr, nullptr, nullptr, nullptr}},
     scalar(fwf::PDT_INSTANCE, CMPI_instance, "Instance "),
     {fwf::PDT_INSTANCE_ARRAY,

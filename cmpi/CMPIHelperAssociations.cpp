@@ -98,7 +98,7 @@ void CMPIHelper::GetAssociationClasses(
         out.push_back(plugin);
       }
     } catch (const CIMException&) {
-      // A class whose path cannot be made is no candidate; the conversion has logged why.
+      // A class whose path cannot be made is not a candidate; the conversion has logged why.
       continue;
     }
   }

@@ -93,7 +93,7 @@ constexpr Places EVERYWHERE = IN_VALUES | IN_KEY;
 
 }  // namespace
 
-/** A type, the places that take it, and what becomes of it. */
+/** A type, the places that accept it, and what it is converted to. */
 struct InboundKind {
   CMPIType type;
   Places places;
@@ -120,7 +120,7 @@ constexpr InboundKind INBOUND_KINDS[] = {
     number<unsigned int, &CMPIValue::uint32>(CMPI_uint32, IN_VALUES, fwf::PDT_UINT32),
     number<unsigned long long, &CMPIValue::uint64>(CMPI_uint64, IN_VALUES, fwf::PDT_UINT64),
     // COMPAT: object managers pass every number in a path as sint64; the keys of this system are 32-bit
-    // identifiers, of which clients know the low 32 bits.
+    // identifiers, for which clients use the low 32 bits.
     number<unsigned int, &CMPIValue::sint64>(CMPI_sint64, IN_KEY, fwf::PDT_UINT32),
     {CMPI_string, EVERYWHERE, fwf::PDT_STRING, makeScalar<std::string, readString>},
     {CMPI_dateTime, IN_VALUES, fwf::PDT_DATETIME, makeScalar<std::string, readDateTime>},

@@ -39,7 +39,10 @@ void setProperty(const CMPIInstance* ci, const CIMProperty& property, const Outb
   }
 }
 
-/** An empty CMPI instance; its path is released at once. @return a null guard without error when none came */
+/**
+ * An empty CMPI instance; its path is released at once. @return a null guard if the broker returns neither an
+ * instance nor an error
+ */
 CMPIObjectGuard<CMPIInstance> newInstance(const CIMInstance& inst, const CMPIBroker* broker) {
   const CMPIObjectGuard<CMPIObjectPath> op(makeObjectPath(
       inst.nameSpace(), inst.className(), inst.keyProperties(), KeySelection::WithoutArrays, broker));
@@ -61,7 +64,7 @@ bool CMPIHelper::CMPIInstanceToFrameworkInstance(
 }
 
 bool CMPIHelper::setProps(CMPIInstance const* ci, CIMInstance& out) {
-  // References come without their keys: nothing that can be written is addressed by them.
+  // References are read without their keys: nothing that can be written is addressed by them.
   const InboundRules rules{IN_PROPERTY, CMPIObjectPathToFrameworkObjectPath, logPropertyFailure};
   if (!isObject(ci)) {
     fail();

@@ -17,7 +17,7 @@ using fwf::CIMObjectPath;
 using fwf::CIMProperty;
 using fwf::Primitive_DataType;
 
-/** An object of the broker; a missing one is a failure even when the status is fine. */
+/** An object of the broker; a missing one is a failure even if the status is success. */
 template <typename Object>
 Object* made(Object* object, const CMPIStatus& rc, const OutboundRules& rules) {
   if (rc.rc != CMPI_RC_OK || object == nullptr) {
@@ -73,7 +73,8 @@ CMPIValue makeInstance(const CIMProperty& property, std::size_t index, const Out
 constexpr Places IN_PATHS_AND_INSTANCES = IN_KEY | IN_PROPERTY;
 constexpr Places NOWHERE = 0;
 
-/** One kind of value, under the type code of its scalar, with the places that take its scalar and its array.
+/**
+ * One kind of value, under the type code of its scalar, with the places that accept its scalar and its array.
  */
 struct OutboundKind {
   Primitive_DataType code;
@@ -90,7 +91,7 @@ constexpr OutboundKind number(Primitive_DataType code, CMPIType type) {
       code, type, IN_PATHS_AND_INSTANCES, IN_PATHS_AND_INSTANCES, countElements<T>, makeNumber<T, Member>};
 }
 
-// What arguments take, and under which types, is a table of their own.
+// Arguments have a table of their own for what they accept, and under which types.
 constexpr OutboundKind OUTBOUND_KINDS[] = {
     number<bool, &CMPIValue::boolean>(fwf::PDT_BOOLEAN, CMPI_boolean),
     {fwf::PDT_DATETIME, CMPI_dateTime, IN_PATHS_AND_INSTANCES, NOWHERE, countElements<std::string>,
@@ -114,7 +115,7 @@ bool isArrayCode(Primitive_DataType code) {
   return (code & 1U) != 0;
 }
 
-/** The kinds by half their code, so that each property finds its kind at once. */
+/** The kinds indexed by half their code, so that each property finds its kind at once. */
 constexpr auto KINDS_BY_CODE = [] {
   std::array<const OutboundKind*, fwf::PDT_INSTANCE_ARRAY / 2 + 1> table{};
   for (const OutboundKind& kind : OUTBOUND_KINDS) {

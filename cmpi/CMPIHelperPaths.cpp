@@ -37,8 +37,7 @@ void logMissing(const char* text) {
   KvsLogMsg(KVS_LOG_ERROR, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - %s is NULL", text);
 }
 
-/** Host, namespace and class of a path. @return false, after a call of report, when one of the texts is null
- */
+/** Host, namespace and class of a path. @return false, after calling report, if one of the texts is null */
 bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, void (*report)(const char* text)) {
   if (!isObject(op)) {
     throw CIMException(fwf::FW_RC_INVALID_NAMESPACE, std::string(fwf::INVALID_NAMESPACE_SUFFIX));
@@ -59,7 +58,7 @@ bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, void (*report)(cons
     fail();
   }
   host[HOST_NAME_SIZE - 1] = '\0';
-  // The host that the path names is not read: the provider manages this host only.
+  // The host in the path is not read: the provider manages only this host.
   out.setHost(host);
   if (nameSpaceText == nullptr) {
     report("NameSpace");
@@ -96,7 +95,7 @@ void readKeys(const CMPIObjectPath* op, PathReader readPath, CIMObjectPath& out)
   out.setKeyBindings(std::move(keys));
 }
 
-/** The conversion without its lines on the log. */
+/** The conversion without its log lines. */
 void readPathSilently(const CMPIObjectPath* op, bool withKeys, CIMObjectPath& out) {
   if (readNames(op, out, [](const char*) {}) && withKeys) {
     readKeys(op, readPathSilently, out);
@@ -119,7 +118,7 @@ void addKey(CMPIObjectPath* path, const CIMProperty& key, const OutboundRules& r
     KvsLogMsg(KVS_LOG_DEBUG, " string property %s", key.stringSlot().m_values.front().c_str());
   }
   const OutboundValue value = valueOfProperty(key, *shape, rules);
-  if (!value.isNull()) {  // a key without a value names nothing
+  if (!value.isNull()) {  // a key without a value identifies nothing
     requireOk(CMAddKey(path, key.name().c_str(), value.get(), value.type()), rules.report);
   }
 }

@@ -17,9 +17,9 @@ enum class KeySelection {
 };
 
 /**
- * The inner part of CMPIHelper::FrameworkObjectPathToCMPIObjectPath, on parts of a path, so that an
+ * The core of CMPIHelper::FrameworkObjectPathToCMPIObjectPath, which takes the parts of a path so that an
  * instance need not be copied into one.
- * @return a new path that the caller owns; null when the broker gives no path and no error
+ * @return a new path that the caller owns; null if the broker returns neither a path nor an error
  */
 CMPIObjectPath* makeObjectPath(
     const std::string& nameSpace, const std::string& className, const std::vector<fwf::CIMProperty>& keys,

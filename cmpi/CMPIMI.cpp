@@ -6,7 +6,7 @@
 #include "cmpi/CMPIMILifecycle.h"
 #include "cmpi/CMPIObjectGuard.h"
 #include "oslib/KVSLog.h"
-#include "standard/cmpi/cmpilayout.h"  // asserts the layout of all that the tables below consist of
+#include "standard/cmpi/cmpilayout.h"  // asserts the layout of everything in the tables below
 
 using namespace tvp::cim::adap::cmpi;
 
@@ -14,23 +14,23 @@ namespace {
 
 constexpr char NO_ADAPTER[] = "Failed to get CMPIAdapter singleton instance";
 
-/** The names of an exported function in its lines on the log. */
+/** The names of an exported function in its log lines. */
 struct FunctionNames {
   constexpr explicit FunctionNames(const char* function)
       : entry(function), exit(function), invalidExit(function) {}
 
-  // Each of these gives a line a name of its own: the entry, the exit and the exit after arguments that are
-  // missing. COMPAT: logs are searched for the odd ones.
+  // Each of these gives one line its own name: the entry, the exit and the exit when arguments are missing.
+  // COMPAT: logs are searched for the odd ones.
   constexpr FunctionNames enteringAs(const char* name) const { return with(&FunctionNames::entry, name); }
   constexpr FunctionNames exitingAs(const char* name) const { return with(&FunctionNames::exit, name); }
   constexpr FunctionNames refusingAs(const char* name) const {
     return with(&FunctionNames::invalidExit, name);
   }
-  /** The operation in the line about its failure. */
+  /** The operation's name in the line about its failure. */
   constexpr FunctionNames forOperation(const char* name) const {
     return with(&FunctionNames::operation, name);
   }
-  /** A line of its own before that about missing arguments. */
+  /** An additional line before the one about missing arguments. */
   constexpr FunctionNames refusingWith(const char* note) const {
     return with(&FunctionNames::invalidNote, note);
   }
@@ -49,7 +49,7 @@ private:
   }
 };
 
-/** Whether a text argument says anything. */
+/** Whether a text argument is neither null nor empty. */
 bool isText(const char* text) {
   return text != nullptr && *text != '\0';
 }
@@ -67,7 +67,10 @@ CMPIStatus invalidParameters(const FunctionNames& names) {
   return CMPIStatus{CMPI_RC_ERR_INVALID_PARAMETER, newEntryMessage(INVALID_PARAMETERS)};
 }
 
-/** Calls the adapter. Its operations throw nothing; whatever happens all the same must not leave. */
+/**
+ * Calls the adapter. Its operations do not throw; should one do so nevertheless, the exception must not
+ * escape.
+ */
 template <typename Operation, typename... Arguments>
 CMPIStatus callAdapter(const FunctionNames& names, Operation operation, Arguments... arguments) {
   CMPIStatus status{CMPI_RC_OK, nullptr};
@@ -89,7 +92,9 @@ CMPIStatus callAdapter(const FunctionNames& names, Operation operation, Argument
   return status;
 }
 
-/** The shape of all functions that lead to the adapter: an operation of it gets their arguments, when valid.
+/**
+ * The form of all functions that call the adapter: their arguments, if valid, are passed to one of its
+ * operations.
  */
 template <typename Operation, typename... Arguments>
 CMPIStatus
@@ -101,7 +106,7 @@ forward(const FunctionNames& names, bool argumentsAreValid, Operation operation,
   return status;
 }
 
-/** The shape of the functions that only check their arguments. */
+/** The form of the functions that only check their arguments. */
 CMPIStatus answerEmpty(const FunctionNames& names, bool argumentsAreValid) {
   traceFunction("Entering", names.entry);
   const CMPIStatus status = argumentsAreValid ? CMPIStatus{CMPI_RC_OK, nullptr} : invalidParameters(names);
@@ -157,7 +162,7 @@ CMPIAssociationMIFT associationTable = {
     tvpCmpiMIAssociatorNames,
     tvpCmpiMIReferences,
     tvpCmpiMIReferenceNames};
-// COMPAT: registrations name the interface with the capital letter.
+// COMPAT: registrations spell the interface with the capital letter.
 CMPIIndicationMIFT indicationTable = {
     CMPIVersion200,
     CMPIVersion200,

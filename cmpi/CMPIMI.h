@@ -6,14 +6,14 @@
 #include "cmpift.h"
 
 /**
- * The face that an object manager sees: four factories, each giving the provider's interface of one kind.
- * The first call initialises the provider, further ones are counted; terminating clean-ups count down, and
- * the last one tears the provider down for good. A clean-up that is not terminating is refused with
+ * The provider as an object manager sees it: four factories, each returning the provider's interface of one
+ * kind. The first call initialises the provider, further calls are counted; terminating clean-ups count down,
+ * and the last one tears the provider down permanently. A clean-up that is not terminating is refused with
  * CMPI_RC_NEVER_UNLOAD.
  *
- * Every function may be called from any thread, and none lets an exception out. Statuses: what the adapter
- * answers; CMPI_RC_ERR_INVALID_PARAMETER for arguments that are missing; CMPI_RC_ERR_FAILED when the
- * adapter is gone. Each error has a message unless no broker was ever given.
+ * Every function may be called from any thread, and none lets an exception escape. Statuses: what the adapter
+ * returns; CMPI_RC_ERR_INVALID_PARAMETER for missing arguments; CMPI_RC_ERR_FAILED when the adapter has been
+ * destroyed. Each error has a message unless no broker was ever given.
  */
 
 #define TVP_CMPI_EXPORT __attribute__((visibility("default")))
@@ -21,8 +21,8 @@
 extern "C" {
 
 /**
- * The interfaces live as long as the library. They are given also when the initialisation failed (the
- * reason is on the log, requests then answer empty). The status, which may be null, is never written.
+ * The interfaces live as long as the library. They are returned even if the initialisation failed (the reason
+ * is in the log, and requests then return empty results). The status, which may be null, is never written.
  */
 TVP_CMPI_EXPORT CMPIInstanceMI*
 tarvexProProvider_Create_InstanceMI(const CMPIBroker* broker, const CMPIContext* ctx, CMPIStatus* status);

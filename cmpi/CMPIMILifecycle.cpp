@@ -16,11 +16,14 @@
 namespace tvp::cim::adap::cmpi {
 namespace {
 
-// What the factories were given last; written by them while requests read.
+// What was last passed to the factories; they write it while requests read it.
 std::atomic<const CMPIBroker*> g_Broker{nullptr};
 std::atomic<const CMPIContext*> g_Context{nullptr};
 
-/** A lock that is out of use. It is freed when the library is unloaded: a thread may still wait for it. */
+/**
+ * A lock that is no longer used. It is freed only when the library is unloaded, since a thread may still be
+ * waiting for it.
+ */
 class RetiredMutex {
 public:
   RetiredMutex() = default;
@@ -34,14 +37,14 @@ private:
   KvsMutexHandle m_handle = nullptr;
 };
 
-/** Guards the count and the flags below; null once the provider was torn down. */
+/** Guards the count and the flags below; null once the provider has been torn down. */
 std::atomic<KvsMutexHandle> mutexObject{KvsMutexInit()};
 RetiredMutex retiredMutex;
 std::int32_t refCnt = 0;
-bool init = false;     ///< initialisation was tried; it is not tried again
+bool init = false;     ///< initialisation was attempted; it is not attempted again
 bool cleanup = false;  ///< the provider was torn down
 
-/** Starts log and adapter. Called once, under the lock. */
+/** Starts the log and the adapter. Called once, under the lock. */
 void startProvider() {
   KvsLogMsg(KVS_LOG_DEBUG, "I am working fine here");
   KvsLogInit("TVP");
@@ -60,7 +63,7 @@ void startProvider() {
   }
 }
 
-/** Counts one interface more and starts the provider with the first. */
+/** Counts one more interface and starts the provider with the first. */
 void tvpInitialize() {
   traceFunction("Entering", "tvpInitialize");
   KvsMutexGuard guard(mutexObject.load());
@@ -117,14 +120,15 @@ void CommonCleanup(const void* mi, const CMPIContext* ctx, CMPIStatus& status) {
     return;
   }
   if (mi == nullptr || !isObject(ctx)) {
-    // Only a warning: an object manager that shuts down is not kept from it by what it passes.
+    // Only a warning: bad arguments must not keep an object manager from shutting down.
     KvsLogMsg(KVS_LOG_INFORMATION, "%s", INVALID_PARAMETERS);
     status = CMPIStatus{CMPI_RC_OK, newEntryMessage("Warning : The input parameters are invalid")};
   }
   CMPIAdapter::deleteInstance();
   cleanup = true;
   guard.unlock();
-  // Gone for whoever comes from now on. A factory that was called meanwhile waits for it with the old handle.
+  // Unavailable to all later callers. A factory that was called in the meantime waits for it with the old
+  // handle.
   retiredMutex.take(mutexObject.exchange(nullptr));
 }
 

@@ -10,7 +10,7 @@ namespace tvp::cim::adap::cmpi {
 
 inline constexpr char INVALID_PARAMETERS[] = "The input parameters are invalid";
 
-/** The broker that a factory was given last; null before the first. */
+/** The broker that was last passed to a factory; null before the first call. */
 const CMPIBroker* entryBroker();
 
 /** A string of that broker; null without one. */
@@ -20,14 +20,14 @@ CMPIString* newEntryMessage(const char* text);
 void traceFunction(const char* direction, const char* name);
 
 /**
- * What every factory does: remembers broker and context and counts one interface more. The first starts
- * log and adapter; whether that went well is on the log alone, and it is not tried again.
+ * What every factory does: stores broker and context and counts one more interface. The first starts the log
+ * and the adapter; whether that succeeded is only in the log, and it is not tried again.
  */
 void enterProvider(const CMPIBroker* broker, const CMPIContext* ctx);
 
 /**
- * Counts one interface less and with the last tears the provider down for good.
- * @param status set to CMPI_RC_OK with a warning when the last one comes without interface or context
+ * Counts one interface less and with the last tears the provider down permanently.
+ * @param status set to CMPI_RC_OK with a warning if the last call passes no interface or context
  */
 void CommonCleanup(const void* mi, const CMPIContext* ctx, CMPIStatus& status);
 

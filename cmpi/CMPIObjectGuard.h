@@ -8,16 +8,16 @@
 
 namespace tvp::cim::adap::cmpi {
 
-/** Whether an encapsulated object can be called: the pointer and its handle are there. */
+/** Whether an encapsulated object can be called, that is, the pointer and its handle are not null. */
 template <typename Object>
 bool isObject(const Object* object) {
   return object != nullptr && object->hdl != nullptr;
 }
 
 /**
- * Owns one encapsulated object and releases it when the guard goes, on every path. Meant for objects
- * made by the broker that nobody else frees in time: what is made outside a request, and what a request
- * would otherwise keep until its end. A null object is fine.
+ * Owns one encapsulated object and releases it on destruction. Meant for objects made by the broker that
+ * nobody else frees in time: objects made outside a request, and those that a request would otherwise keep
+ * until its end. A null object is allowed.
  */
 template <typename Object>
 class CMPIObjectGuard {
@@ -37,7 +37,7 @@ public:
 
   Object* get() const { return m_object; }
   bool usable() const { return isObject(m_object); }
-  /** Gives the object up: the caller answers for it from now on. */
+  /** Releases ownership: the caller is responsible for the object from now on. */
   Object* leave() { return std::exchange(m_object, nullptr); }
 
 private:

@@ -32,7 +32,7 @@ struct LogTarget {
   char module[256];
 };
 
-// The state outlives static destruction: threads may log until the process is gone. g_LogMsg owns what it
+// The state outlives static destruction, since threads may log until the process ends. g_LogMsg owns what it
 // points to, until KvsLogUninit.
 std::atomic<int> LOGInit{0};
 std::atomic<KvsMutexHandle> g_LogMutex{nullptr};
@@ -54,7 +54,9 @@ const char* tagOf(int level) {
   }
 }
 
-/** Whether the path is a link that another user made, who must not steer the log into a file of his choice.
+/**
+ * Whether the path is a link created by another user, who must not redirect the log to a file of their
+ * choice.
  */
 bool isForeignLink(const char* path) {
   struct stat status {};
@@ -62,7 +64,7 @@ bool isForeignLink(const char* path) {
          status.st_uid != geteuid();
 }
 
-/** A line in the making: the log with its lock held, or the reason why nothing is written. */
+/** A line being written: the log with its lock held, or the reason why nothing is written. */
 class Line {
 public:
   /** @param complete whether there is a text to write */
@@ -80,7 +82,7 @@ public:
   bool couldNotOpen() const { return m_couldNotOpen; }
   std::FILE* file() const { return m_file.get(); }
 
-  /** Leaves the lock with this thread, and the file open. */
+  /** Leaves the lock held by this thread, and the file open. */
   void keepLock() {
     static_cast<void>(m_file.release());
     logSwitch.setLockKept(true);
@@ -95,7 +97,7 @@ private:
     return logSwitch.isOff() ? KVS_LOG_FAILED : KVS_LOG_DONE;
   }
 
-  /** Opens the log at its end; it is never created here. */
+  /** Opens the log for appending; it is never created here. */
   int open() {
     if (LOGInit.load() != 1) {
       return KVS_LOG_FAILED;
@@ -110,7 +112,7 @@ private:
     }
     m_file.reset(std::fopen(path, "r+e"));
     if (!m_file) {
-      // A log that is removed just now is switched off, as one that was missing before.
+      // A log that is removed at this moment counts as switched off, as if it had been missing before.
       m_couldNotOpen = errno != ENOENT;
       return KVS_LOG_FAILED;
     }
@@ -121,7 +123,7 @@ private:
   int m_result;
   bool m_couldNotOpen = false;
   KvsMutexGuard m_lock;
-  KvsFile m_file;  // closed before the lock is given back
+  KvsFile m_file;  // closed before the lock is released
 };
 
 unsigned int threadNumber() {
@@ -153,8 +155,8 @@ int KvsLogInit(const char* module) {
   if (LOGInit.load() != 0) {
     return KVS_LOG_DONE;
   }
-  // An attempt that went wrong leaves its lock, which the next one uses; a lock that a thread keeps is of no
-  // use to a log that starts again.
+  // A failed attempt leaves its lock for the next one; a lock that a thread keeps is useless to a log that is
+  // started again.
   if (g_LogMutex.load() == nullptr || logSwitch.isLockKept()) {
     g_LogMutex = KvsMutexInit();
     logSwitch.setLockKept(false);
@@ -194,7 +196,7 @@ int KvsLogUninit() {
   lock.unlock();
   KvsMutexDelete(&mutex);
   g_LogMutex = mutex;
-  logSwitch.setLockKept(logSwitch.isLockKept() && mutex != nullptr);  // a lock that is held cannot be deleted
+  logSwitch.setLockKept(logSwitch.isLockKept() && mutex != nullptr);  // a held lock cannot be deleted
   return KVS_LOG_DONE;
 }
 
@@ -202,7 +204,7 @@ int KvsLogMsg(int level, const char* format, ...) {
   Line log(format != nullptr);
   if (log.result() != KVS_LOG_DONE) {
     if (log.couldNotOpen()) {
-      log.keepLock();  // COMPAT: unlike KvsTrace, a failed open leaves the lock with this thread
+      log.keepLock();  // COMPAT: unlike KvsTrace, a failed open leaves the lock held by this thread
     }
     return log.result();
   }
@@ -237,10 +239,10 @@ int KvsTrace(const char* text) {
   std::fprintf(log.file(), "%s[%s", timeStamp, module);
   const std::size_t moduleLength = std::strlen(module);
   if (moduleLength > MODULE_COLUMNS) {
-    log.keepLock();  // COMPAT: such modules are refused half-way, with the lock held and the file open
+    log.keepLock();  // COMPAT: such module names are refused half-way, with the lock held and the file open
     return KVS_LOG_FAILED;
   }
-  // COMPAT: other blanks and another tag than in the lines of KvsLogMsg; logs are parsed by both.
+  // COMPAT: the blanks and the tag differ from the lines of KvsLogMsg; both forms are parsed from logs.
   std::fprintf(log.file(), "%s%8X]  :LOG_INFO :: %s\n", DASHES + moduleLength, threadNumber(), text);
   return KVS_LOG_DONE;
 }

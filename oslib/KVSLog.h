@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/** Levels of KvsLogMsg. Every message of every level is written; unknown levels count as information. */
+/** Levels of KvsLogMsg. Messages of every level are written; unknown levels count as information. */
 enum KvsLogLevel : int {
   KVS_LOG_FATAL = 1,
   KVS_LOG_ERROR = 2,
@@ -16,32 +16,32 @@ enum KvsLogLevel : int {
 /** What the functions of the log return. */
 enum KvsLogResult : int {
   KVS_LOG_DONE = 0,
-  KVS_LOG_FAILED = 1,  ///< no lock, not initialised, no log file that may be written, or a long module name
+  KVS_LOG_FAILED = 1,  ///< no lock, not initialised, no writable log file, or a module name that is too long
   KVS_LOG_NO_MEMORY = 2,
   KVS_LOG_MISSING_ARGUMENT = 3,
   KVS_LOG_FULL = 5  ///< the file is larger than 10,485,759 bytes
 };
 
-// The log of the process: /var/log/MODULE.txt. It is written only while that file exists; an
-// administrator switches it on by creating the file. Every function but KvsLogInit and KvsLogUninit may
-// be called from any thread at any time; lines of different threads never mix.
+// The log of the process: /var/log/MODULE.txt. It is written only while that file exists; an administrator
+// switches it on by creating the file. Every function but KvsLogInit and KvsLogUninit may be called from any
+// thread at any time; lines from different threads never mix.
 extern "C" {
 
 /**
- * Initialises the log. The first success wins: later calls return 0 and change nothing. Not to be called
- * by two threads at once.
- * @param module names the file and stands in every line; up to 10 characters.
+ * Initialises the log. Only the first success has an effect: later calls return 0 and change nothing. Must
+ * not be called by two threads at once.
+ * @param module names the file and appears in every line; up to 10 characters.
  * @return 0; 1 no lock; 2 no memory; 3 the module is null.
  */
 int KvsLogInit(const char* module);
 
-/** Ends the log; no other thread may be writing. @return 0; 1 when the lock cannot be had. */
+/** Ends the log; no other thread may be writing. @return 0; 1 if the lock cannot be taken. */
 int KvsLogUninit();
 
 /**
- * Writes one line: time stamp, module, thread, level and the message. Message and line are cut at 511
- * bytes. COMPAT: when the file exists but cannot be opened, the lock stays with the calling
- * thread; other threads then wait.
+ * Writes one line: time stamp, module, thread, level and the message. Message and line are truncated to 511
+ * bytes. COMPAT: if the file exists but cannot be opened, the lock stays with the calling thread; other
+ * threads then wait.
  * @return 0; 1 nothing written; 3 the format is null; 5 the file is full.
  */
 __attribute__((format(printf, 2, 3))) int KvsLogMsg(int level, const char* format, ...);
@@ -55,8 +55,8 @@ int KvsTrace(const char* text);
 
 /**
  * Looks for a file.
- * @param size where to store the file's size in bytes; may be null.
- * @return 1 when something exists at the path, else 0.
+ * @param size receives the file's size in bytes; may be null.
+ * @return 1 if something exists at the path, else 0.
  */
 int KvsFileExists(const char* path, std::uint64_t* size);
 }

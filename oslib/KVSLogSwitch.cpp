@@ -9,7 +9,7 @@
 
 namespace {
 
-/** @return a copy of the path that lasts until the process ends: late threads may still look at it. */
+/** @return a copy of the path that lasts until the process ends, since late threads may still read it. */
 const char* lastingCopy(const char* path) {
   static std::mutex mutex;
   static auto& paths = *new std::set<std::string>;

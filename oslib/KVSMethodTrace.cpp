@@ -21,8 +21,7 @@ tvpMethodTrace::tvpMethodTrace(const char* method) : m_method(method == nullptr 
 }
 
 tvpMethodTrace::~tvpMethodTrace() {
-  // COMPAT: two blanks after EXIT put the colons of a pair of lines under each other; logs are searched for
-  // it.
+  // COMPAT: two blanks after EXIT align the colons of a pair of lines; logs are searched for them.
   traceParts({"EXIT  : ", m_method});
 }
 

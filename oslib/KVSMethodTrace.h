@@ -9,14 +9,14 @@
 namespace tvp::cim::fwf {
 
 /**
- * Writes one trace line that is put together from parts, such as {"Entering FrameworkFacade ", name, "()"}.
- * Texts over 255 bytes are cut. Allocates nothing and throws nothing; safe from any thread.
+ * Writes one trace line composed of parts, such as {"Entering FrameworkFacade ", name, "()"}. Texts over 255
+ * bytes are truncated. Does not allocate or throw; safe from any thread.
  */
 void traceParts(std::initializer_list<std::string_view> parts) noexcept;
 
 /**
- * Brackets a scope with two trace lines, "ENTER : name" and "EXIT  : name"; the latter also when the
- * scope is left by an exception. Texts over 255 bytes are cut.
+ * Brackets a scope with two trace lines, "ENTER : name" and "EXIT  : name"; the latter also when the scope is
+ * left by an exception. Texts over 255 bytes are truncated.
  */
 class tvpMethodTrace {
 public:

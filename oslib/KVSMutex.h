@@ -7,11 +7,11 @@ typedef void* KvsMutexHandle;
 
 extern "C" {
 
-/** @return a new recursive mutex that the caller owns, or null when none can be made. */
+/** @return a new recursive mutex that the caller owns, or null if none can be created. */
 KvsMutexHandle KvsMutexInit();
 
 /**
- * Locks the mutex; a thread that holds it already only counts one deeper.
+ * Locks the mutex; if the calling thread already holds it, only the depth is incremented.
  * @return 0 locked; 1 the lock failed; 3 the handle is null.
  */
 int KvsMutexLock(KvsMutexHandle handle);
@@ -21,7 +21,7 @@ int KvsMutexUnlock(KvsMutexHandle handle);
 
 /**
  * Frees the mutex and sets the variable to null.
- * @return 0 done; 1 the mutex is in use: it stays, and so does the variable; 3 the pointer or the
+ * @return 0 done; 1 the mutex is in use, and both it and the variable are unchanged; 3 the pointer or the
  *         variable is null.
  */
 int KvsMutexDelete(KvsMutexHandle* handle);

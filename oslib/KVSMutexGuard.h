@@ -5,8 +5,8 @@
 #include "oslib/KVSMutex.h"
 
 /**
- * Holds a mutex for a scope. Locking may fail (no mutex, or a system error): ask locked() before
- * touching what the mutex protects. One guard belongs to one thread.
+ * Holds a mutex for a scope. Locking may fail (no mutex, or a system error): check locked() before touching
+ * what the mutex protects. A guard belongs to one thread.
  */
 class KvsMutexGuard {
 public:
@@ -19,7 +19,7 @@ public:
   /** @return whether this guard holds the mutex. */
   bool locked() const noexcept { return m_locked; }
 
-  /** Gives the mutex back before the scope ends. Without effect when it is not held. */
+  /** Releases the mutex before the scope ends. Has no effect if it is not held. */
   void unlock() {
     if (m_locked) {
       m_locked = false;
@@ -27,7 +27,7 @@ public:
     }
   }
 
-  /** Leaves the mutex locked when the scope ends; the caller's thread goes on holding it. */
+  /** Leaves the mutex locked when the scope ends; the calling thread continues to hold it. */
   void keepLocked() noexcept { m_locked = false; }
 
 private:

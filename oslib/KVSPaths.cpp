@@ -7,7 +7,7 @@
 
 namespace {
 
-// Plain storage, which needs no destruction: a thread may ask for a path while the process ends.
+// Plain storage that needs no destruction: a thread may ask for a path while the process is exiting.
 struct Root {
   char text[PATH_MAX];
 

@@ -8,23 +8,23 @@
 #include <mutex>
 #include <new>
 
-// How the singletons of the process are made: on first use, under a mutex of their own that is made during
+// How the singletons of the process are created: on first use, each under its own mutex, which is made during
 // static construction. Their pointers are not reset when they are deleted: nothing may use them afterwards.
 
-/** What kvsCreateSingleton found. */
+/** The result of kvsCreateSingleton. */
 enum class KvsSingletonCreation {
   NotLocked,  ///< the mutex cannot be locked
-  Found,      ///< another thread was faster
+  Found,      ///< the singleton already exists
   Created,
-  Failed  ///< no memory, or create refused
+  Failed  ///< out of memory, or create refused
 };
 
 /**
- * Makes a singleton unless there is one. The pointer is only written with the lock held; what becomes of
- * the lock is the caller's choice.
+ * Creates a singleton unless it exists. The pointer is written only with the lock held; what happens to the
+ * lock is up to the caller.
  * @param lock the guard of the singleton's mutex
- * @param create T*(): makes the object; null or std::bad_alloc when memory runs out, by the allocator of the
- *        module
+ * @param create T*(): creates the object; null or std::bad_alloc when memory runs out, depending on the
+ *        module's allocator
  */
 template <typename T, typename Create>
 KvsSingletonCreation kvsCreateSingleton(std::atomic<T*>& pointer, const KvsMutexGuard& lock, Create create) {
@@ -45,8 +45,8 @@ KvsSingletonCreation kvsCreateSingleton(std::atomic<T*>& pointer, const KvsMutex
 }
 
 /**
- * Destroys a singleton when the library is unloaded. It makes the mutexes when the library is loaded and
- * deletes them, the further one first, after the singleton.
+ * Destroys a singleton when the library is unloaded. It creates the mutexes when the library is loaded and
+ * deletes them after the singleton, the further one first.
  */
 template <typename T>
 class KvsSingletonCleanUp {
@@ -67,7 +67,7 @@ public:
   KvsSingletonCleanUp(const KvsSingletonCleanUp&) = delete;
   KvsSingletonCleanUp& operator=(const KvsSingletonCleanUp&) = delete;
 
-  /** Remembers what to destroy; the first one stays. */
+  /** Registers what to destroy; only the first registration counts. */
   void SetInstance(T* instance) {
     if (m_instance == nullptr) {
       m_instance = instance;
@@ -81,11 +81,12 @@ private:
 };
 
 /**
- * The singleton, made by the first caller, and registered for the clean-up.
+ * The singleton, created by the first caller and registered for clean-up.
  *
- * COMPAT: the thread that makes it keeps the mutex, which is harmless because later calls find the singleton
- * before they reach the lock. Threads that come first together must not run into it, hence the second mutex.
- * @return null when the mutex cannot be locked or the object not be made; a later call tries again
+ * COMPAT: the thread that creates it keeps the mutex, which is harmless because later calls find the
+ * singleton before they reach the lock. Threads that make the first call together must not block on it, hence
+ * the second mutex.
+ * @return null if the mutex cannot be locked or the object cannot be created; a later call tries again
  */
 template <typename T, typename Create>
 T* kvsSingletonThatKeepsItsLock(

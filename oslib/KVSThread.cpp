@@ -14,7 +14,7 @@ constexpr std::size_t STACK_SIZE = 10485760;
 
 struct Thread {
   pthread_t identifier;
-  bool started;  ///< a thread that the system refused to start must not be joined
+  bool started;  ///< a thread that could not be started must not be joined
 };
 
 int exitValue = 0;

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-/** A thread made by KvsThreadCreate. */
+/** A thread created by KvsThreadCreate. */
 typedef void* KvsThreadHandle;
 
 extern "C" {
@@ -13,15 +13,15 @@ typedef void* (*KvsThreadRoutine)(void* argument);
 
 /**
  * Starts a joinable thread with a stack of 10 MiB.
- * @return a handle that ends with KvsThreadExit in the thread itself, or with KvsThreadRelease after
- *         the thread was waited for; null when memory runs out. That the system refused to start the
- *         thread does not show: the handle is then one of a thread that has ended.
+ * @return a handle that ends with KvsThreadExit in the thread itself, or with KvsThreadRelease after waiting
+ *         for the thread; null if memory runs out. A refusal of the system to start the thread is not
+ *         reported: the handle is then that of a thread that has ended.
  */
 KvsThreadHandle KvsThreadCreate(KvsThreadRoutine routine, void* argument);
 
 /**
- * Ends the calling thread with an exit value that points to a 0; does not return. Frees the handle,
- * which may be null: nobody may wait for this thread with it any more.
+ * Ends the calling thread with an exit value that points to a 0; does not return. Frees the handle, which may
+ * be null; it can no longer be used to wait for this thread.
  */
 [[noreturn]] void KvsThreadExit(KvsThreadHandle handle);
 
@@ -31,22 +31,22 @@ int KvsWaitForThreadTerminate(KvsThreadHandle handle);
 /** Frees the handle of a thread that was waited for. The handle may be null. */
 void KvsThreadRelease(KvsThreadHandle handle);
 
-/** Without effect: threads keep the default priority. @return 0. */
+/** Does nothing: threads keep the default priority. @return 0. */
 int KvsThreadSetPriority(int priority);
 
-/** Without effect: a blocking call of the thread is not interrupted. @return 0. */
+/** Does nothing: a blocking call of the thread is not interrupted. @return 0. */
 int KvsCancelThreadSyncIO(KvsThreadHandle handle);
 
 /**
- * Stores the calling thread's identifier where identifier points, when it is not null.
- * @return the calling thread's errno as it stands, which is not a status. COMPAT: callers log it.
+ * Stores the calling thread's identifier where identifier points, unless it is null.
+ * @return the calling thread's current errno, which is not a status. COMPAT: callers log it.
  */
 int KvsGetCurrentThreadId(std::uint64_t* identifier);
 
 /** Sleeps for the given seconds, less when a signal arrives. @return 0. */
 int KvsSleep(std::uint32_t seconds);
 
-/** Sleeps for the given milliseconds, less when a signal arrives. @return 0. */
+/** Sleeps for the given milliseconds, less if a signal arrives. @return 0. */
 int KvsMilliSleep(std::int32_t milliseconds);
 }
 

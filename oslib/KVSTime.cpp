@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<const char*, 12> MONTHS = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                                 "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
 
-/** The two digits of the month of that name; empty when there is none. */
+/** The two digits of the month with that name; empty if there is none. */
 std::string monthNumber(const char* name) {
   for (std::size_t month = 0; month < MONTHS.size(); ++month) {
     if (std::strcmp(MONTHS[month], name) == 0) {
@@ -68,7 +68,7 @@ int KvsGetSystemTime(_SysTime* systemTime) {
   }
   const std::time_t now = std::time(nullptr);
   std::tm local{};
-  tzset();  // a changed time zone counts, as it does for localtime
+  tzset();  // so that a changed time zone counts, as it does for localtime
   localtime_r(&now, &local);
   const auto field = [](int value) { return static_cast<std::uint32_t>(value); };
   *systemTime = {

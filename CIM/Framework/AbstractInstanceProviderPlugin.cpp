@@ -73,7 +73,7 @@ void AbstractInstanceProviderPlugin::getCIMInstance(
 
 void AbstractInstanceProviderPlugin::enumerateInstances(
     CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) {
-  // COMPAT: logs are searched for the text with its several blanks.
+  // COMPAT: logs are searched for the text with its run of blanks.
   static constexpr TemplateOperation OPERATION = {
       "enumerateInstances", "Entering AbstractInstanceProviderPlugin ::              enumerateInstances()",
       "Exiting AbstractInstanceProviderPlugin :: enumerateInstances()", ""};

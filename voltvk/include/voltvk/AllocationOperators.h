@@ -13,8 +13,7 @@
 
 #include <new>
 
-// NOLINTBEGIN(misc-definitions-in-headers): exactly one source of each module includes this file, and only
-// once.
+// NOLINTBEGIN(misc-definitions-in-headers): exactly one source of each module includes this file, once.
 void* operator new(std::size_t size) {
   return voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
 }

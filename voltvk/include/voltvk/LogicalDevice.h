@@ -44,9 +44,8 @@ public:
   virtual const char* getVendor() const = 0;
   virtual const char* getModel() const = 0;
   virtual std::uint64_t getCapacityInSectors() const = 0;  ///< sectors of 512 bytes
-  virtual std::uint16_t
-  getDeviceNumber() const = 0;                     ///< 0 to TVK_LARGEST_DEVICE_NUMBER, assigned once and kept
-  virtual std::uint8_t getDeviceType() const = 0;  ///< TvkDeviceType
+  virtual std::uint16_t getDeviceNumber() const = 0;   ///< 0 to TVK_LARGEST_DEVICE_NUMBER, given once, kept
+  virtual std::uint8_t getDeviceType() const = 0;      ///< TvkDeviceType
   virtual std::uint8_t getDeviceProperty() const = 0;  ///< bits of TvkDeviceProperty
   virtual bool isBootable() const = 0;                 ///< holds the file system of "/"
   virtual bool hasPartition() const = 0;               ///< has at least one partition

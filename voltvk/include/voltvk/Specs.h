@@ -62,15 +62,14 @@ struct VOLTVK_EXPORT VirtualVolumeSpec {
   bool nameTooLong;
   char description[TVK_DESCRIPTION_SIZE];
   bool descriptionTooLong;
-  std::uint64_t capacityInSectors;  ///< of the volume, in sectors; 0 when not given
-  VirtualPoolEntry
-      pools[TVK_SPEC_POOLS];    ///< hard disk, then SSD; a lone SSD pool may be in the second entry
-  std::uint32_t numValidPools;  ///< how many pools the caller announced
-  std::uint32_t numPoolIds;     ///< how many identifiers were listed (may exceed the array)
-  std::uint32_t numPoolSizes;   ///< how many sizes were listed (may exceed the array)
-  std::uint8_t featureType1;    ///< TvkVolumeType
-  std::uint32_t knobSetting;    ///< TvkKnob
-  std::uint32_t nameBytes;      ///< as in VirtualPoolSpec
+  std::uint64_t capacityInSectors;         ///< of the volume, in sectors; 0 when not given
+  VirtualPoolEntry pools[TVK_SPEC_POOLS];  ///< hard disk, then SSD; a lone SSD pool may come second
+  std::uint32_t numValidPools;             ///< how many pools the caller announced
+  std::uint32_t numPoolIds;                ///< how many identifiers were listed (may exceed the array)
+  std::uint32_t numPoolSizes;              ///< how many sizes were listed (may exceed the array)
+  std::uint8_t featureType1;               ///< TvkVolumeType
+  std::uint32_t knobSetting;               ///< TvkKnob
+  std::uint32_t nameBytes;                 ///< as in VirtualPoolSpec
   std::uint32_t descriptionBytes;
 };
 
