@@ -38,7 +38,7 @@ unsigned int AdapterOperation::run(Ret& ret, const Call& call, const Preparation
 }
 
 unsigned int AdapterOperation::carryOut(Ret& ret, const Call& call, const Preparation& prepare) const {
-  // COMPAT: stays so when something throws; clients see an exception of the library as success.
+  // COMPAT: unchanged when something throws; clients see an exception from the library as success.
   unsigned int result = BACKEND_DONE;
   char reason[TVK_DETAIL_SIZE] = "";
   try {

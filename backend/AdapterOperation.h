@@ -9,8 +9,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * An operation that is one call of the storage library's adapter. All of them run the same way; what
- * differs is the names in their log lines. Immutable and safe from any thread.
+ * An operation that is one call to the storage library's adapter. All of them run the same way; only the
+ * names in their log lines differ. Immutable and safe from any thread.
  */
 class AdapterOperation {
 public:
@@ -22,8 +22,8 @@ public:
       : m_method(method), m_exit(method), m_calling(libraryOperation), m_returned(libraryOperation),
         m_throwing(libraryOperation) {}
 
-  // COMPAT: some operations have another name in one of their log lines, and logs are searched for it. Each
-  // of these gives such a name: to the exit line, the line before the call, the line on an exception.
+  // COMPAT: some operations have a different name in one of their log lines, and logs are searched for it.
+  // Each of these sets such a name: for the exit line, the line before the call, or the line on an exception.
   constexpr AdapterOperation exitingAs(const char* method) const {
     return with(&AdapterOperation::m_exit, method);
   }
@@ -38,13 +38,14 @@ public:
   using Preparation = std::function<void(TvkAdapter&)>;
 
   /**
-   * Traces the entry and carries the operation out. The last line is that of the exit, unless the
-   * library gave a reason for a refusal or an exception: that follows, see reportRefusal.
+   * Traces the entry and executes the operation. The exit line is the last one, unless the library gave a
+   * reason for a refusal or an exception, which follows it; see reportRefusal.
    * @param ret receives the library's status
-   * @param call makes the one call of the adapter
+   * @param call makes the one call to the adapter
    * @param prepare work on the adapter before the call; may be empty
-   * @return BACKEND_DONE; BACKEND_FAILED when the status is not zero or there is no adapter.
-   *         COMPAT: BACKEND_DONE when something throws, which callers take for success; only the log shows it
+   * @return BACKEND_DONE; BACKEND_FAILED if the status is not zero or there is no adapter.
+   *         COMPAT: BACKEND_DONE when something throws, which callers take for success; it shows only in the
+   * log
    */
   unsigned int run(Ret& ret, const Call& call, const Preparation& prepare = nullptr) const;
 

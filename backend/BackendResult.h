@@ -4,11 +4,11 @@
 
 namespace tvp::cim::fwf {
 
-/** What the operations of the back end return; clients get it as the return value of a method. */
+/** The results of back-end operations; clients get them as the return value of a method. */
 enum BackendResult : unsigned int {
   BACKEND_DONE = 0,
   BACKEND_NO_SUCH_ROUTINE = 1,
-  BACKEND_FAILED = 3  ///< wrong arguments, no adapter, or a refusal whose status travels in a Ret
+  BACKEND_FAILED = 3  ///< wrong arguments, no adapter, or a refusal whose status is in a Ret
 };
 
 }  // namespace tvp::cim::fwf

@@ -10,7 +10,7 @@
 namespace tvp::cim::fwf {
 
 /**
- * Makes an indication of an event and passes it to the framework. Declared here, where events come from,
+ * Makes an indication from an event and passes it to the framework. Declared here, where events originate,
  * and defined with the indication class in providers/, which is above this layer.
  * @param localTime text of the local time
  * @param eventKeys eventTime, eventCode, eventType, eventDesc, Id and ActionId

@@ -15,19 +15,19 @@ class VirtualVolume;
 
 namespace tvp::cim::fwf {
 
-/** The root of the storage tree; null when the gateway or its library object is not there. */
+/** The root of the storage tree; null if the gateway or its library object does not exist. */
 RaidObject* getTarvexProRoot();
 
-/** Object 0 of the root; null when there is no adapter. Owned by the library. */
+/** Object 0 of the root; null if there is no adapter. Owned by the library. */
 TvkAdapter* getTvkAdapter();
 
 /**
- * Has the storage library take in what other processes have changed. Its answer is ignored, and an
- * exception is only logged: what follows works on what the library knows.
+ * Has the storage library read what other processes have changed. The result is ignored, and an exception is
+ * only logged: the caller goes on with what the library knows.
  */
 void refreshTarvexProObjects();
 
-/** Refreshes the configuration, as each enumeration does first. @return whether the library has a driver */
+/** Refreshes the configuration, as every enumeration does first. @return whether the library has a driver */
 bool isDriverAvailable();
 
 /** The storage library's name of a type of objects. */
@@ -41,8 +41,8 @@ template <>
 inline constexpr const char* LIBRARY_TYPE<VirtualVolume> = "VirtualVolume";
 
 /**
- * The objects of one type under the adapter, in the order of the library; they stay valid and unchanged as
- * long as this lives. Belongs to one thread. Null elements are left out.
+ * The objects of one type under the adapter, in the library's order; they stay valid and unchanged as long as
+ * this exists. Belongs to one thread. Null elements are left out.
  *
  *   for (VirtualPool& pool : FilteredObjects<VirtualPool>(getTvkAdapter())) { ... }
  */
@@ -61,7 +61,7 @@ public:
     }
     bool operator!=(const Iterator& other) const { return m_index != other.m_index; }
 
-    /** The place of the object in the library's collection, null elements counted. */
+    /** The position of the object in the library's collection, including null elements. */
     int index() const { return m_index; }
 
   private:
@@ -76,11 +76,11 @@ public:
     int m_index;
   };
 
-  /** @param adapter null has no objects */
+  /** @param adapter if null, there are no objects */
   explicit FilteredObjects(RaidObject* adapter)
       : m_all(adapter), m_filtered(m_all.filterByType(LIBRARY_TYPE<Object>, 0)) {}
 
-  /** False when the objects cannot be read; then there are none. */
+  /** False if the objects cannot be read; the range is then empty. */
   bool isReadable() const { return m_filtered != nullptr; }
 
   Iterator begin() const { return Iterator(m_filtered.get(), 0); }

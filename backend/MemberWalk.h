@@ -19,8 +19,8 @@ namespace tvp::cim::fwf {
  * Appends one instance per chunk of the pool or volume with the given identifier.
  * @param method class and name of the operation, for its log lines
  * @param describe bool(const Chunk&, tvpCIMInstanceWrapper&): adds the properties; false leaves the chunk out
- * @return BACKEND_DONE, also when no object has the identifier or the library throws; BACKEND_FAILED when
- *         there is no adapter
+ * @return BACKEND_DONE, also if no object has the identifier or the library throws; BACKEND_FAILED if there
+ *         is no adapter
  */
 template <typename Object, typename Describe>
 unsigned int collectMembers(

@@ -5,8 +5,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * Writes why the storage library refused something: one line at level 2 after the lines that the
- * operation has anyway, and the reason of the running request. Nothing happens without a reason.
+ * Writes why the storage library refused something: one line at level 2 after the operation's usual lines,
+ * and sets the reason of the current request. Does nothing if the reason is empty.
  * @param operation the name in the line
  * @param reason one line of UTF-8; may be empty
  */

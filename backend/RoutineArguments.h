@@ -14,26 +14,31 @@
 namespace tvp::cim::fwf {
 
 /**
- * The input arguments of a routine: checked once, then read by name. Reading never fails: what is null,
- * of another type or without an element gives the value that the storage library refuses. Refers to the
- * arguments it was made for and belongs to one thread.
+ * The input arguments of a routine: checked once, then read by name. Reading never fails: what is null, of
+ * another type or without an element yields a value that the storage library refuses. Refers to the arguments
+ * it was constructed from and belongs to one thread.
  */
 class RoutineArguments {
 public:
-  /** @param routine name in log lines @param in must outlive this object */
+  /** @param routine name used in log lines @param in must outlive this object */
   RoutineArguments(const char* routine, const CIMMethodParam& in) : m_routine(routine), m_in(in) {}
 
-  /** Are there exactly these arguments? Logs what is wrong: the number first, then the first missing name. */
+  /**
+   * Whether there are exactly these arguments. Logs what is wrong: the number first, then the first missing
+   * name.
+   */
   bool areExactly(std::initializer_list<const char*> names) const;
-  /** Are these among the arguments? Logs the first missing name. */
+  /** Whether these are among the arguments. Logs the first missing name. */
   bool contain(std::initializer_list<const char*> names) const;
 
-  /** The first element of an argument; empty or 0 where there is none. */
+  /** The first element of an argument; empty or 0 if there is none. */
   std::string text(const char* name) const { return scalar<std::string>(name); }
   unsigned char uint8(const char* name) const { return scalar<unsigned char>(name); }
   unsigned int uint32(const char* name) const { return scalar<unsigned int>(name); }
   unsigned long long uint64(const char* name) const { return scalar<unsigned long long>(name); }
-  /** An identifier; TVK_NO_ID, which nothing has, where there is no value: 0 could be somebody's pool. */
+  /**
+   * An identifier; TVK_NO_ID, which nothing has, if there is no value: 0 could be the identifier of a pool.
+   */
   unsigned int identifier(const char* name) const { return scalar<unsigned int>(name, TVK_NO_ID); }
 
   /** All elements of an array. */

@@ -51,7 +51,7 @@ unsigned int runMemberRoutine(
   KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s: %d", texts.routine, texts.argument, static_cast<int>(identifier));
   std::vector<CIMInstance> members;
   const unsigned int result = texts.collect(identifier, members);
-  // An object manager makes embedded instances on their path, so each needs the namespace too.
+  // An object manager creates embedded instances from their path, so each needs the namespace too.
   const CIMObjectPath memberPath(path.host(), path.nameSpace(), texts.className, {});
   for (CIMInstance& member : members) {
     member.setPath(memberPath);

@@ -21,10 +21,10 @@ void traceRoutineEntry(const char* routine);
 void returnStatus(
     const std::string& caller, const Ret& ret, CIMMethodParam& out, const char* name = "RetStat");
 
-/** An operation on a pool or a volume that needs its identifier alone. */
+/** An operation on a pool or a volume that needs only its identifier. */
 using IdentifierOperation = std::function<unsigned int(unsigned int identifier, Ret& ret)>;
 
-/** A routine that needs an identifier alone. */
+/** A routine that needs only an identifier. */
 struct IdentifierRoutine {
   /**
    * @param name of the routine, in messages about its arguments
@@ -33,12 +33,12 @@ struct IdentifierRoutine {
   IdentifierRoutine(const char* name, const char* identifier)
       : routine(name), argument(identifier), caller(std::string(" ") + name) {}
 
-  /** Names the line about the library's status differently. */
+  /** Sets another name for the line about the library's status. */
   IdentifierRoutine& calledAs(const char* name) {
     caller = name;
     return *this;
   }
-  /** Names the argument that returns that status differently. */
+  /** Sets another name for the argument that returns that status. */
   IdentifierRoutine& returning(const char* name) {
     output = name;
     return *this;
@@ -60,7 +60,7 @@ unsigned int runIdentifierRoutine(
 
 /** What differs between the routines that return members. */
 struct MemberRoutine {
-  const char* routine = nullptr;    ///< name in log lines
+  const char* routine = nullptr;    ///< name used in log lines
   const char* argument = nullptr;   ///< name of the identifier argument
   const char* className = nullptr;  ///< class of the members
   const char* farewell = nullptr;   ///< the last log line
@@ -72,8 +72,8 @@ unsigned int runMemberRoutine(
     const MemberRoutine& texts, const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 
 /**
- * Fills the name and the description of a record, and marks there what is too long for its field: the
- * library then refuses the request instead of giving an object half a name.
+ * Fills the name and the description of a record, and marks what is too long for its field, so that the
+ * library refuses the request instead of giving an object half a name.
  * @param spec a VirtualPoolSpec or VirtualVolumeSpec
  */
 template <typename Spec>

@@ -24,8 +24,10 @@ namespace {
 constexpr char CATALOGUE_NAME[] = "TVPEvents.properties";
 constexpr int DECIMAL = 10;
 
-/** Substitutions in one text: far more than a description can show, and an end to arguments that name each
- * other. */
+/**
+ * Maximum number of substitutions in one text: far more than a description can show, and a limit for
+ * arguments that refer to each other.
+ */
 constexpr int MOST_SUBSTITUTIONS = 1000;
 
 long toNumber(const std::string& text) {
@@ -60,11 +62,11 @@ std::string modeShown(const std::string& mode) {
   return TvkUtil::getFetchFlushModeStr(static_cast<unsigned int>(toNumber(mode)));
 }
 
-/** What becomes of one argument of an event. */
+/** How one argument of an event is rewritten. */
 struct ArgumentRule {
   std::size_t index = 0;
-  const char* label = nullptr;                                    ///< in the line on the log
-  std::string (*rewrite)(const std::string& argument) = nullptr;  ///< null: a pool type, which stays
+  const char* label = nullptr;                                    ///< used in the log line
+  std::string (*rewrite)(const std::string& argument) = nullptr;  ///< null: a pool type, which is kept
   int level = KVS_LOG_DEBUG;
 };
 
@@ -74,7 +76,7 @@ struct EventRule {
   std::uint32_t lastCode;
   const char* name;
   std::size_t expected;
-  std::array<ArgumentRule, 3> arguments;  ///< those without a label are none
+  std::array<ArgumentRule, 3> arguments;  ///< entries without a label are unused
 };
 
 constexpr ArgumentRule TIER_LEVEL = {1, "Tier Level", tierLevelShown};
@@ -83,7 +85,7 @@ constexpr ArgumentRule SIZE = {2, "Size in GB", sizeShown};
 constexpr ArgumentRule PREVIOUS_MODE = {1, "Previous FFMode", modeShown};
 constexpr ArgumentRule CURRENT_MODE = {2, "Current FFMode", modeShown};
 constexpr ArgumentRule POOL_TYPE = {1, "Pool Type"};
-// One beyond the expected count, since only events of internal pools carry it. COMPAT: logged as an error.
+// One beyond the expected count, since only events of internal pools have it. COMPAT: logged as an error.
 constexpr ArgumentRule POOL_TYPE_OF_CREATION = {3, "Pool Type", nullptr, KVS_LOG_ERROR};
 
 constexpr EventRule RULES[] = {
@@ -119,7 +121,7 @@ void rewriteArguments(const EventRule& rule, std::vector<std::string>& args, boo
   }
 }
 
-/** The texts between brackets, in their order. */
+/** The texts between brackets, in order. */
 std::vector<std::string> bracketedArguments(const std::string& description) {
   std::vector<std::string> args;
   std::size_t position = 0;
@@ -140,11 +142,14 @@ std::string catalogueKey(std::uint32_t code) {
   return key;
 }
 
-/** What follows the "=" in the first line for the key; nothing when no line has it, or that line no "=". */
+/**
+ * What follows the "=" in the first line for the key; nothing if no line has the key, or that line has no
+ * "=".
+ */
 std::optional<std::string> findEntry(const std::string& path, const std::string& key) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) {
-    return std::nullopt;  // reading a pipe would hold the listener, and the stop of the provider with it
+    return std::nullopt;  // reading a pipe would block the listener, and with it the provider's shutdown
   }
   std::ifstream catalogue(path, std::ios::binary);
   std::string line;
@@ -153,7 +158,7 @@ std::optional<std::string> findEntry(const std::string& path, const std::string&
     if (!hasKey || std::string(" \t=").find(line[key.size()]) == std::string::npos) {
       continue;
     }
-    // Files that were edited elsewhere end their lines with CR LF; trim() takes blanks and tabs alone.
+    // Files edited elsewhere may end their lines with CR LF; trim() removes only blanks and tabs.
     if (line.back() == '\r') {
       line.pop_back();
     }
@@ -201,7 +206,7 @@ void TvproEventManager::parse(
   std::size_t brace = text.find('{');
   for (int count = 0; brace != std::string::npos && count < MOST_SUBSTITUTIONS; ++count) {
     const long number = std::strtol(text.c_str() + brace + 1, nullptr, DECIMAL);
-    // COMPAT: always three characters, even where the number is longer; catalogues use one digit.
+    // COMPAT: always three characters, even if the number is longer; catalogues use one digit.
     text.erase(brace, PLACEHOLDER_SIZE);
     if (number >= 0 && static_cast<unsigned long>(number) < args.size()) {
       text.insert(brace, args[static_cast<std::size_t>(number)]);

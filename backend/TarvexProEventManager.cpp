@@ -63,7 +63,7 @@ TvproEventManager::~TvproEventManager() {
 
 void TvproEventManager::stopListener() {
   if (m_listenerProcess != KvsGetProcessId()) {
-    // A forked child has the handle but not the thread, and must not wait for it.
+    // A forked child has the handle but not the thread, so it must not wait for it.
     KvsThreadRelease(m_listener.exchange(nullptr));
   } else if (m_listener.load() != nullptr) {
     terminateEventListener();
@@ -102,7 +102,7 @@ bool TvproEventManager::initEventListener() {
 bool TvproEventManager::terminateEventListener() {
   KvsTrace("Entering TvproEventManager::terminateEventListener()");
   flagTermThread.store(true);
-  // Taken out, so that of two callers one waits for the thread and frees the handle.
+  // Exchanged, so that only one of two callers waits for the thread and frees the handle.
   KvsThreadHandle listener = m_listener.exchange(nullptr);
   if (KvsCancelThreadSyncIO(listener) == 0) {
     KvsLogMsg(KVS_LOG_ERROR, "CancelSynchronousIo Failed for listner thread");
@@ -215,7 +215,7 @@ void formatTimeStamp(unsigned char* buffer, long time) {
   } else {
     std::time_t seconds = time;
     std::tm local = {};
-    tzset();  // a changed time zone counts, as it does for localtime
+    tzset();  // so that a changed time zone counts, as it does for localtime
     if (localtime_r(&seconds, &local) == nullptr) {
       KvsLogMsg(KVS_LOG_ERROR, "Failed to proces supplied timestamp");
       seconds = std::time(nullptr);

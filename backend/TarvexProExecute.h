@@ -10,24 +10,24 @@
 
 namespace tvp::cim::fwf {
 
-/** Carries out one extrinsic method: reads in, fills out. */
+/** Executes one extrinsic method: reads in, fills out. */
 using routineFunction =
     unsigned int (*)(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 
 /** One entry of the routine table. */
 struct routineInfo {
   routineFunction function;
-  unsigned int flag;  ///< 1 for the creation and deletion of volumes; kept with the entry, nothing reads it
+  unsigned int flag;  ///< 1 for the creation and deletion of volumes; kept with the entry but never read
   std::string name;
 };
 
-/** Method names, ascending, and what carries them out. */
+/** Method names in ascending order, and the routines that execute them. */
 using routineTable = std::map<std::string, routineInfo>;
 
-/** Adds one entry; a name that is there already keeps its routine. */
+/** Adds one entry; a name that already exists keeps its routine. */
 void insertRoutine(routineTable& table, const std::string& name, routineFunction function, unsigned int flag);
 
-/** Empties the table and fills it with all routines. */
+/** Clears the table and fills it with all routines. */
 void initializeRoutineList(routineTable& table);
 
 /** The routine that returns the names of all of them. */
@@ -37,7 +37,8 @@ unsigned int getSupportedRoutines(const CIMObjectPath& path, const CIMMethodPara
  * Each adds the routines of its file. A routine returns BACKEND_DONE, or BACKEND_FAILED for arguments that
  * are missing or too many (logged, no output) and for a refusal by the storage library, whose status is the
  * output "RetStat" ("ReturnCode" for TvpIfResetVirtualVolumeStats). An argument that is null, of another type
- * or without an element reads as 0 or the empty text, which the library judges. Safe from any thread.
+ * or without an element reads as 0 or the empty text, which is left to the library to check. Safe from any
+ * thread.
  */
 void insertPoolRoutines(routineTable& table);
 void insertVolumeRoutines(routineTable& table);

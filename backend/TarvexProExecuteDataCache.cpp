@@ -14,7 +14,7 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** The pool of one drive that the library makes together with the volume. */
+/** The one-drive pool that the library creates together with the volume. */
 VirtualPoolSpec describeInternalPool(const RoutineArguments& arguments, unsigned char drive) {
   VirtualPoolSpec pool;
   pool.numLogicalDevices = 1;
@@ -95,7 +95,7 @@ unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
 
   Ret ret;
   TarvexProVirtualVolume::DeleteVirtualVolume(volumeId, ret);
-  // An internal pool goes with its volume; what is still there is removed as asked.
+  // An internal pool is deleted with its volume; a pool that still exists is deleted as requested.
   if (ret.getReturn() == 0 && poolExists(poolId)) {
     TarvexProVirtualPool::DeleteVirtualPool(poolId, ret);
   }

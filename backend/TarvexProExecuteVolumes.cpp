@@ -15,7 +15,7 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** One pool entry per identifier, with the capacity at the same place; the library compares the counts. */
+/** One pool entry per identifier, with the capacity at the same position; the library compares the counts. */
 void fillPools(
     VirtualVolumeSpec& spec, const std::vector<unsigned int>& poolIds,
     const std::vector<unsigned long long>& sizes) {
@@ -78,7 +78,7 @@ unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam
 
   Ret ret;
   const unsigned int result = TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
-  // COMPAT: logs are searched for the name that this line alone has.
+  // COMPAT: logs are searched for the name, which only this line has.
   returnStatus(" tvpCreateVirtualVolume", ret, out);
   return result;
 }
@@ -142,7 +142,7 @@ unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodPar
 unsigned int
 TvpIfResetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfResetVirtualVolumeStats");
-  // COMPAT: clients read the status of this routine alone as "ReturnCode".
+  // COMPAT: only for this routine, clients read the status as "ReturnCode".
   return runIdentifierRoutine(
       IdentifierRoutine("TvpIfResetVirtualVolumeStats", "VirtualVolumeId").returning("ReturnCode"),
       TarvexProVirtualVolume::ResetVolumeStats, in, out);

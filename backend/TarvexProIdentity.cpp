@@ -13,7 +13,7 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** The support tables as published: the end markers are entries like all others. */
+/** The support tables as published: the end markers are entries like any other. */
 tvpUtilManager collectCapabilities(const TvkAdapterIdentity& identity) {
   tvpUtilManager capabilities;
   for (int feature = TVP_FEATURE_CACHE; feature <= featMaxIndex; ++feature) {
@@ -25,7 +25,7 @@ tvpUtilManager collectCapabilities(const TvkAdapterIdentity& identity) {
         static_cast<tvpSuppAdjEnum>(adjustment), static_cast<int>(identity.adjustmentSupport[adjustment]));
   }
   for (int chunkSize = TVP_CHUNKSZ_4KB; chunkSize <= SuppChunkMaxIndex; ++chunkSize) {
-    // The end marker has no size of its own and shows the largest of all.
+    // The end marker has no size of its own and shows the overall maximum.
     const int sizeIndex = chunkSize == SuppChunkMaxIndex ? 0 : chunkSize;
     capabilities.setSuppChunkProperties(
         static_cast<tvpSuppChunkEnum>(chunkSize), static_cast<int>(identity.chunkSizeSupport[chunkSize]),

@@ -9,7 +9,7 @@ class tvpCIMInstanceWrapper;
 /**
  * Appends the properties of the one "TVP_TarvexProIdentity" to the instance: the product, its revisions,
  * features, limits and counts, as the storage library's adapter reports them.
- * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, when there is no adapter or it cannot be asked
+ * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, if there is no adapter or it cannot be queried
  * (logged)
  */
 unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper);

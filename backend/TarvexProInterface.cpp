@@ -77,7 +77,7 @@ TvkLib* TVPInterface::getTarvexProLib() {
   }
   try {
     std::unique_ptr<TvkLib> created(new (std::nothrow) TvkLib);
-    // Of two threads that come first together one keeps its object; the guard mutex is nobody's to take.
+    // If two threads make the first call together, only one keeps its object; nobody takes the guard mutex.
     if (created && m_library.compare_exchange_strong(library, created.get())) {
       library = created.release();
       reportMissingDriver(*library);

@@ -28,25 +28,25 @@ public:
   TVPInterface(const TVPInterface&) = delete;
   TVPInterface& operator=(const TVPInterface&) = delete;
 
-  /** The singleton, made on first use; null when that failed, and a later call tries again. */
+  /** The singleton, created on first use; null if that failed, and a later call tries again. */
   static TVPInterface* getInstance();
 
   /**
-   * Makes the storage library's top object and has it read the configuration. After a terminate it
-   * makes a new one.
+   * Creates the storage library's top object and has it read the configuration. After terminate it creates a
+   * new one.
    * @param startEventListener also starts the listener thread
-   * @return BACKEND_DONE; BACKEND_FAILED when the listener did not start (logged as fatal)
+   * @return BACKEND_DONE; BACKEND_FAILED if the listener did not start (logged as fatal)
    */
   unsigned int initialize(bool startEventListener, bool unused = false);
 
   /**
-   * Stops the event listener, which takes up to its sleep of five seconds, and destroys the storage
-   * library's top object. No object of that library may be in use. Always returns 0.
+   * Stops the event listener, which takes up to its sleep of five seconds, and destroys the storage library's
+   * top object. No object of that library may be in use. Always returns 0.
    */
   unsigned int terminate();
 
   /**
-   * The storage library's top object, made on first use. Owned here.
+   * The storage library's top object, created on first use. Owned here.
    * @return null after terminate, until initialize is called again
    */
   TvkLib* getTarvexProLib();
@@ -61,7 +61,7 @@ public:
   unsigned int
   execute(const CIMObjectPath& path, const std::string& name, const CIMMethodParam& in, CIMMethodParam& out);
 
-  /** Replaces names by the names of all routines, ascending. Always returns 0. */
+  /** Replaces names with the names of all routines in ascending order. Always returns 0. */
   unsigned int TVPGetSupportedRoutines(std::vector<std::string>& names);
 
 private:
@@ -77,7 +77,7 @@ private:
   static TVPInterfaceCleanUp _cleanup;
 
   std::atomic<TvkLib*> m_library;  ///< not cleared by terminate
-  std::atomic<bool> m_released;    ///< what m_library points to is gone
+  std::atomic<bool> m_released;    ///< what m_library points to has been destroyed
   std::mutex m_reasonMutex;
   std::string m_reason;  ///< the last logged reason for a missing driver
   routineTable m_routines;

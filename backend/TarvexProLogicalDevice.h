@@ -8,7 +8,7 @@ namespace tvp::cim::fwf {
 
 class tvpCIMInstanceWrapper;
 
-/** Turns drives of the storage library into CIM instances. Without state; safe from any thread. */
+/** Turns drives of the storage library into CIM instances. Stateless; safe from any thread. */
 class TarvexProLogicalDevice {
 public:
   /**

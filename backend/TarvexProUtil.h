@@ -7,7 +7,9 @@
 
 namespace tvp::cim::fwf {
 
-/** What the product can do. COMPAT: the end marker is published as an entry too; clients see its number. */
+/**
+ * The features of the product. COMPAT: the end marker is published as an entry too; clients see its number.
+ */
 enum tvpFeatureEnum : int {
   TVP_FEATURE_CACHE = 1,
   TVP_FEATURE_TIER = 2,
@@ -30,7 +32,7 @@ enum tvpSuppAdjEnum : int {
   SuppAdjMaxIndex = 8
 };
 
-/** Chunk sizes. There is no 2 MiB and no 8 MiB. */
+/** Chunk sizes. 2 MiB and 8 MiB do not exist. */
 enum tvpSuppChunkEnum : int {
   TVP_CHUNKSZ_4KB = 1,
   TVP_CHUNKSZ_64KB = 2,
@@ -45,8 +47,8 @@ enum tvpSuppChunkEnum : int {
 };
 
 /**
- * Collects what one adapter supports into parallel lists, in the order of the set calls. A name and the
- * value at the same position belong together. A plain value: one object belongs to one thread.
+ * Collects what one adapter supports into parallel lists, in the order of the set calls. A name and the value
+ * at the same position belong together. A plain value; an object belongs to one thread.
  */
 class tvpUtilManager {
 public:
@@ -61,7 +63,7 @@ public:
   /** @param maxVolumeSize largest volume with chunks of this size, in sectors */
   void setSuppChunkProperties(tvpSuppChunkEnum chunkSize, int value, unsigned long long maxVolumeSize);
 
-  /** The value stored first for the name; 0 when there is none. */
+  /** The value stored first for the name; 0 if there is none. */
   unsigned int getFeature(tvpFeatureEnum feature) const;
   unsigned int getSuppAdjustment(tvpSuppAdjEnum adjustment) const;
   /** The support value, not a size in bytes. */

@@ -15,13 +15,13 @@ namespace tvp::cim::fwf {
 class tvpCIMInstanceWrapper;
 
 /**
- * The operations on virtual pools, each around one call of the storage library's adapter, and the CIM
+ * The operations on virtual pools, each a wrapper of one call to the storage library's adapter, and the CIM
  * instances of pools and their members.
  *
  * The operations that take a Ret copy the library's status into it and return BACKEND_DONE, or BACKEND_FAILED
- * when the status is not zero or there is no adapter. COMPAT: when the library throws they return
- * BACKEND_DONE, which clients see as success; the log shows the exception. Nothing here throws on its own
- * account; without state, safe from any thread.
+ * if the status is not zero or there is no adapter. COMPAT: when the library throws they return BACKEND_DONE,
+ * which clients see as success; the log shows the exception. Nothing here throws by itself; stateless, safe
+ * from any thread.
  */
 class TarvexProVirtualPool {
 public:
@@ -32,15 +32,15 @@ public:
 
   /**
    * Appends one instance per chunk of the pool, with "Name" and "DeviceNumber" of the drive and
-   * "LDStartRange" and "LDEndRange" in sectors. The instances carry no class name yet.
-   * @return BACKEND_DONE, also for an identifier that no pool has; BACKEND_FAILED when there is no adapter
+   * "LDStartRange" and "LDEndRange" in sectors. The instances have no class name yet.
+   * @return BACKEND_DONE, also for an identifier that no pool has; BACKEND_FAILED if there is no adapter
    */
   static unsigned int GetPoolMembers(unsigned int poolId, std::vector<CIMInstance>& members);
 
   /**
    * Appends the properties of a "TVP_VirtualPool" to the instance.
-   * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, for an internal pool (made for a cached drive) or a
-   * null one
+   * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, for an internal pool (created for a cached drive)
+   * or a null pool
    */
   static unsigned int InsertVirtualPoolInfo(VirtualPool* pool, tvpCIMInstanceWrapper& wrapper);
 };

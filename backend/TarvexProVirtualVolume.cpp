@@ -33,7 +33,7 @@ constexpr auto CREATE_DATA_CACHE =
 constexpr AdapterOperation
     DELETE_DATA_CACHE("TarvexProVirtualVolume::DeleteDataCacheVolume", "DeleteDataCacheVolume");
 
-/** Does a spec begin with the SSD pool? A pool that does not exist is left to the library. */
+/** Whether a spec begins with the SSD pool. A pool that does not exist is left to the library. */
 bool beginsWithSsd(TvkAdapter& adapter, const VirtualVolumeSpec& spec) {
   if (spec.numValidPools == 0) {
     return false;
@@ -46,7 +46,7 @@ bool beginsWithSsd(TvkAdapter& adapter, const VirtualVolumeSpec& spec) {
   return false;
 }
 
-/** Sum of two capacities; one that does not fit becomes the largest number, which no pool can give. */
+/** Sum of two capacities; a sum that overflows becomes the largest number, which no pool can provide. */
 std::uint64_t addCapacities(std::uint64_t first, std::uint64_t second) {
   const std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
   return second > largest - first ? largest : first + second;
@@ -117,7 +117,7 @@ unsigned int TarvexProVirtualVolume::CreateDataCacheVirtualVolume(
         cutToSize(std::move(text), TVK_LONGEST_DESCRIPTION).c_str());
     volume.featureType1 = kind;
     volume.knobSetting = knobSetting;
-    // An adapter of its own, so that nothing that the shared one holds can get in the way.
+    // A separate adapter, so that nothing held by the shared one can interfere.
     TvkAdapter adapter;
     return adapter.createCachedLD(ssdPool, internalPool, volume);
   });
@@ -129,7 +129,7 @@ TarvexProVirtualVolume::DeleteDataCacheVolume(unsigned int volumeId, unsigned in
       KVS_LOG_DEBUG,
       "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- VirtualVolumeId : %d.\t\tVirtualPoolID = %d",
       static_cast<int>(volumeId), static_cast<int>(poolId));
-  // The status alone: why it was refused was said when the pool or the volume was to be deleted.
+  // Only the status: the reason was reported when deleting the pool or the volume was refused.
   return DELETE_DATA_CACHE.carryOut(ret, [&](TvkAdapter&) { return Ret(ret.getReturn()); });
 }
 

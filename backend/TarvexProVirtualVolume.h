@@ -18,32 +18,34 @@ namespace tvp::cim::fwf {
 class tvpCIMInstanceWrapper;
 
 /**
- * The operations on virtual volumes, each around one call of the storage library's adapter, and the CIM
- * instances of volumes and their members. Results and exceptions as in TarvexProVirtualPool.
+ * The operations on virtual volumes, each a wrapper of one call to the storage library's adapter, and the CIM
+ * instances of volumes and their members. Results and exceptions are as in TarvexProVirtualPool.
  */
 class TarvexProVirtualVolume {
 public:
   /**
-   * Puts the pool entries into the order hard disk, then SSD, sets the requested capacity (the sum of
-   * both entries for kind 1, else that of the first) and creates the volume.
+   * Orders the pool entries hard disk first, then SSD, sets the requested capacity (the sum of both entries
+   * for kind 1, else that of the first) and creates the volume.
    * @param spec changed accordingly; its identifier is set to that of the new volume
    */
   static unsigned int CreateVirtualVolume(VirtualVolumeSpec& spec, Ret& ret);
 
   /**
    * Creates a cached volume together with its internal pool.
-   * @param volumeName its first TVK_LONGEST_NAME bytes are used, cut at a character boundary
-   * @param text the description, likewise its first TVK_LONGEST_DESCRIPTION bytes
+   * @param volumeName its first TVK_LONGEST_NAME bytes are used, truncated at a character boundary
+   * @param text the description, likewise, its first TVK_LONGEST_DESCRIPTION bytes
    * @param kind kind of the volume (TvkVolumeType)
    * @param ssdCapacity sectors to take from the SSD pool
-   * @param internalPool the pool to make of the cached drive; its identifier is set
+   * @param internalPool the pool to create on the cached drive; its identifier is set
    */
   static unsigned int CreateDataCacheVirtualVolume(
       std::string volumeName, std::string text, unsigned char kind, unsigned int ssdPoolId,
       unsigned long long ssdCapacity, unsigned int knobSetting, VirtualPoolSpec& internalPool, Ret& ret);
 
-  /** Changes nothing: reports the status that ret already holds. The removal goes through the ordinary
-   * deletions. */
+  /**
+   * Changes nothing: reports the status that ret already holds. The removal is done by the ordinary
+   * deletions.
+   */
   static unsigned int DeleteDataCacheVolume(unsigned int volumeId, unsigned int poolId, Ret& ret);
 
   static unsigned int ModifyVirtualVolume(unsigned int volumeId, VirtualVolumeSpec& spec, Ret& ret);
@@ -56,8 +58,8 @@ public:
 
   /**
    * Appends one instance per chunk of the volume: "VolumeName" (the name of the pool that provides the
-   * chunk), "VirtualPoolId" and "MaxAllowedChunks". The instances carry no class name yet.
-   * @return BACKEND_DONE, also for an identifier that no volume has; BACKEND_FAILED when there is no adapter
+   * chunk), "VirtualPoolId" and "MaxAllowedChunks". The instances have no class name yet.
+   * @return BACKEND_DONE, also for an identifier that no volume has; BACKEND_FAILED if there is no adapter
    */
   static unsigned int GetVolumeMembers(unsigned int volumeId, std::vector<CIMInstance>& members);
 

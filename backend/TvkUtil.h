@@ -9,16 +9,16 @@
 
 namespace tvp::cim::fwf {
 
-/** Kinds of objects that buildDeviceName names; every other number means an internal pool. */
+/** Kinds of objects that buildDeviceName names; any other number means an internal pool. */
 enum TvkNameKind { TVK_NAME_POOL = 1, TVK_NAME_VOLUME = 3, TVK_NAME_INTERNAL_POOL = 4 };
 
-/** Small readings of the storage library's objects and codes. Without state; safe from any thread. */
+/** Helpers that read the storage library's objects and codes. Stateless; safe from any thread. */
 class TvkUtil {
 public:
   /**
-   * A free default name for a new object: "Pool%u", "Volume%u" or "InternalPool%u", numbered from the
-   * smallest number that no existing object of the sort has as its identifier. All pools count for both
-   * kinds of pools. A null adapter has no objects.
+   * A free default name for a new object: "Pool%u", "Volume%u" or "InternalPool%u", with the smallest number
+   * that no existing object of that kind has as its identifier. All pools count for both kinds of pools. A
+   * null adapter has no objects.
    */
   static std::string buildDeviceName(Adapter* adapter, int kind);
 

@@ -64,7 +64,7 @@ CIMProperty makeProperty(const char* name, T value, bool isKey = false, bool ext
       extraFlag);
 }
 
-/** A date and time is carried as its text. */
+/** A date and time is represented by its text. */
 inline CIMProperty
 makeProperty(const char* name, DateAndTime value, bool isKey = false, bool extraFlag = false) {
   return CIMProperty(
@@ -74,23 +74,23 @@ makeProperty(const char* name, DateAndTime value, bool isKey = false, bool extra
 
 /**
  * A thin layer over a CIMInstance with which the builders fill it property by property. Properties are
- * appended and never replaced, so a wrapper that is used for several objects accumulates. A value without
- * locks: one wrapper belongs to one thread.
+ * appended and never replaced, so a wrapper that is used for several objects accumulates. Not locked: a
+ * wrapper belongs to one thread.
  */
 class tvpCIMInstanceWrapper {
 public:
   tvpCIMInstanceWrapper() = default;
 
-  /** The instance itself, for its path and for whoever takes it over (also by moving it away). */
+  /** The instance itself, to read its path or to take it (it may be moved from). */
   CIMInstance& instance() { return m_instance; }
   const CIMInstance& instance() const { return m_instance; }
 
   /**
-   * Appends a property of the CIM type that matches T: std::string, unsigned char, unsigned short,
-   * unsigned int, unsigned long long, short, bool, DateAndTime, CIMInstance, or a vector of std::string,
-   * unsigned char, unsigned short, unsigned int, unsigned long long or CIMInstance.
+   * Appends a property of the CIM type that matches T: std::string, unsigned char, unsigned short, unsigned
+   * int, unsigned long long, short, bool, DateAndTime, CIMInstance, or a vector of std::string, unsigned
+   * char, unsigned short, unsigned int, unsigned long long or CIMInstance.
    * @param isKey makes the property a key of the instance
-   * @param extraFlag carried along with the property
+   * @param extraFlag stored with the property
    */
   template <typename T>
   void tvpAddProp(const char* name, T value, bool isKey, bool extraFlag) {
@@ -98,9 +98,9 @@ public:
   }
 
   /**
-   * Appends one element to the array property of that name and makes the property when there is none.
-   * For std::string, unsigned char and unsigned int.
-   * @return false, changing nothing, when the property of that name is no array of T
+   * Appends one element to the array property of that name, creating the property if necessary. For
+   * std::string, unsigned char and unsigned int.
+   * @return false, changing nothing, if the property of that name is not an array of T
    */
   template <typename T>
   bool tvpPushBack(const char* name, const T& value);

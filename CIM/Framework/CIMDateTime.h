@@ -25,8 +25,9 @@ namespace tvp::cim::fwf {
 
 /**
  * A CIM datetime, converted from and to its text yyyymmddhhmmss.mmmmmm+ooo, with time differences for
- * time-outs. COMPAT: the offset is always "+530", whatever the text says; the management clients of the
- * product rely on it. A value.
+ * time-outs. A value.
+ * COMPAT: the offset is always "+530", whatever the text says; the management clients of the product rely on
+ * it.
  */
 class CIMDateTime {
 public:

@@ -58,7 +58,7 @@ std::uint64_t PolicyEngine::moveChunks(const VolumeRecord& volume) {
       place(volume, victim->number, false);
       ++victim;
     } else {
-      break;  // what comes is colder still, and so is what could go hotter
+      break;  // all that follows is colder still, and every candidate for replacement hotter
     }
     place(volume, candidate.number, true);
     ++moved;
@@ -70,7 +70,7 @@ void PolicyEngine::age(const VolumeRecord& volume) {
   Statement(
       m_connection, "UPDATE chunk SET heat = heat / 2 WHERE volume = ? AND ssd = 1 AND heat > 0", volume.id)
       .run();
-  // A cold chunk that lies where it was laid out needs no row.
+  // A cold chunk in its original place needs no row.
   Statement(
       m_connection, "DELETE FROM chunk WHERE volume = ? AND heat = 0 AND ssd = (? = 0 AND number >= ?)",
       volume.id, volume.isCached(), volume.hddChunks)
@@ -97,7 +97,7 @@ PolicyEngine::unusedOnSsd(const VolumeRecord& volume, std::size_t count) {
   if (volume.isCached()) {
     return chunks;
   }
-  // The gaps between the rows: chunks that were laid out on the SSD pool and never used.
+  // The gaps between the rows: chunks that were originally placed on the SSD pool and never used.
   std::uint64_t next = volume.hddChunks;
   Statement rows(
       m_connection, "SELECT number FROM chunk WHERE volume = ? AND number >= ? ORDER BY number", volume.id,

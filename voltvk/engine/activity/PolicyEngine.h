@@ -12,15 +12,15 @@ namespace voltvk {
 class Connection;
 
 /**
- * Brings what is used most to the SSDs. In a round every volume that has both kinds of pool gets its
- * hottest chunks moved, as many as its limits allow. A tiered volume exchanges them for colder ones, a
- * cached one puts copies into its cache and, when that is full, drops colder ones, written back first
- * if dirty. What lies on an SSD ages: its heat halves every round, so what is no longer used makes
- * room. Works within the caller's transaction. Throws DatabaseError.
+ * Moves the most used chunks to the SSDs. Each round moves the hottest chunks of every volume that has both
+ * kinds of pool, as many as its limits allow. A tiered volume exchanges them for colder ones; a cached one
+ * copies them into its cache and, when that is full, drops colder ones, which are first written back if
+ * dirty. Chunks on an SSD age: their heat halves every round, so chunks that are no longer used make room.
+ * Works within the caller's transaction. Throws DatabaseError.
  */
 class PolicyEngine {
 public:
-  /** What one round has done for a volume. */
+  /** What one round did for a volume. */
   struct Moved {
     std::uint32_t volume = 0;
     std::string name;
@@ -32,7 +32,9 @@ public:
   bool isRunning();
   void setRunning(bool running);
 
-  /** Runs one round. @return what was moved, for volumes with at least one; nothing while stopped. */
+  /**
+   * Runs one round. @return what was moved, for volumes with at least one moved chunk; nothing while stopped.
+   */
   std::vector<Moved> runRound();
 
 private:

@@ -12,7 +12,7 @@ namespace voltvk {
 
 namespace {
 
-/** Picks the chunks that a pattern touches, one after the other. */
+/** Picks the chunks that a pattern touches, one by one. */
 class ChunkPicker {
 public:
   ChunkPicker(const IoPattern& pattern, std::uint64_t chunks)
@@ -77,7 +77,7 @@ void VolumeActivity::forgetColdest() {
   count.step();
   const std::int64_t excess = count.integer(0) - REMEMBERED_CHUNKS;
   if (excess > 0) {
-    // Only of chunks that lie where they were laid out: where the others lie must not be forgotten.
+    // Only for chunks in their original place: the location of the others must not be lost.
     Statement(
         m_connection,
         "DELETE FROM chunk WHERE volume = ?1 AND number IN (SELECT number FROM chunk WHERE volume = ?1"
@@ -101,7 +101,7 @@ void VolumeActivity::statistics(d_ioctl_user_stat& out) {
   out.randomIoCount = row.unsignedInteger(3);
   out.ssdReadIoCount = row.unsignedInteger(4);
   out.ssdWriteIoCount = row.unsignedInteger(5);
-  // All of a tiered volume's SSD chunks are in use from the beginning; a cache fills up.
+  // All SSD chunks of a tiered volume are in use from the beginning; a cache fills up over time.
   out.ssdTotalChunks = m_volume.isCached() ? row.unsignedInteger(6) : m_volume.ssdChunks;
   out.ssdExtraChunks = m_volume.ssdChunks - out.ssdTotalChunks;
   out.hddTotalChunks = m_volume.hddChunks;

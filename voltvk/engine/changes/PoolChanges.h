@@ -13,22 +13,22 @@ namespace voltvk {
 class Connection;
 
 /**
- * Changes of pools: checks the rules, writes the rows, and appends the events, all within the caller's
- * transaction. Functions throw Refusal as the rules say, and DatabaseError.
+ * Changes pools: checks the rules, writes the rows, and appends the events, all within the caller's
+ * transaction. Functions throw Refusal when a rule is broken, and DatabaseError.
  */
 class PoolChanges {
 public:
   explicit PoolChanges(Connection& connection) : m_connection(connection) {}
 
-  /** @return the identifier of the new pool. Identifiers are never given twice. */
+  /** @return the identifier of the new pool. Identifiers are never reused. */
   std::uint32_t create(const VirtualPoolSpec& spec);
   void modify(std::uint32_t poolId, const VirtualPoolSpec& spec);
   void remove(std::uint32_t poolId);
 
-  /** Removes an internal pool whose volume is gone. */
+  /** Removes an internal pool whose volume has been deleted. */
   void removeInternal(const PoolRecord& pool);
 
-  /** Reports a pool that could not be made. */
+  /** Reports a pool that could not be created. */
   void reportCreationFailed(const VirtualPoolSpec& spec);
   /** Reports a pool that could not be deleted. */
   void reportDeletionFailed(std::uint32_t poolId);

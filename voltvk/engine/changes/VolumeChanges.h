@@ -12,18 +12,18 @@ namespace voltvk {
 class Connection;
 
 /**
- * Changes of volumes: checks the rules, writes the rows, and appends the events, all within the
- * caller's transaction. Functions throw Refusal as the rules say, and DatabaseError.
+ * Changes volumes: checks the rules, writes the rows, and appends the events, all within the caller's
+ * transaction. Functions throw Refusal when a rule is broken, and DatabaseError.
  */
 class VolumeChanges {
 public:
   explicit VolumeChanges(Connection& connection) : m_connection(connection) {}
 
-  /** @return the identifier of the new volume. Identifiers are never given twice. */
+  /** @return the identifier of the new volume. Identifiers are never reused. */
   std::uint32_t create(const VirtualVolumeSpec& spec);
 
   /**
-   * Makes the internal pool on a hard disk and a cached volume on it.
+   * Creates the internal pool on a hard disk and a cached volume on it.
    * @param hddPool its poolId is set
    */
   std::uint32_t createCachedDrive(
@@ -31,16 +31,16 @@ public:
 
   void modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec);
 
-  /** Deletes a volume, and the internal pool that was made for it. */
+  /** Deletes a volume, and the internal pool that was created for it. */
   void remove(std::uint32_t volumeId);
 
-  /** Writes the dirty chunks of the cache back. */
+  /** Writes back the dirty chunks of the cache. */
   void flush(std::uint32_t volumeId);
 
-  /** Sets the I/O counters to 0; where chunks lie stays as it is. */
+  /** Sets the I/O counters to 0; the placement of chunks does not change. */
   void resetStatistics(std::uint32_t volumeId);
 
-  /** Reports a volume that could not be made. */
+  /** Reports a volume that could not be created. */
   void reportCreationFailed(const VirtualVolumeSpec& spec);
   /** Reports a volume that could not be deleted. */
   void reportDeletionFailed(std::uint32_t volumeId);

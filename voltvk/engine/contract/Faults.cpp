@@ -50,7 +50,7 @@ void check(const Fault& fault) {
   }
 }
 
-/** Takes the oldest fault that holds for one call of an operation out of the state, if it is still there. */
+/** Removes from the state the oldest one-call fault of an operation, if it is still there. */
 std::optional<Fault> takeOne(State& state, const std::string& operation) {
   std::optional<Fault> taken;
   state.change([&](Connection& connection) {
@@ -102,7 +102,7 @@ Faults::Faults() : Faults(State::forProcess()) {}
 Faults::Faults(std::shared_ptr<State> state) : m_state(std::move(state)) {}
 
 const std::vector<std::string>& Faults::operations() {
-  // Not destroyed at exit, as the state itself.
+  // Not destroyed at exit, like the state itself.
   static const auto& names = *new std::vector<std::string>{
 #define TVK_OPERATION(name) operations::name,
 #include "voltvk/engine/contract/Operations.def"

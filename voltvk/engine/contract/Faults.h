@@ -24,11 +24,11 @@ namespace operations {
 }  // namespace operations
 
 /**
- * Faults for tests and demonstrations. They are part of the state, so every process that uses the
- * state sees them at its next call, and they outlive the process that set them. Operations are named
- * as in the interface: "createVirtualPool", "getEvents", "refreshConfiguration" and so on.
+ * Faults for tests and demonstrations. They are part of the state, so every process that uses the state sees
+ * them on its next call, and they outlive the process that set them. Operations are named as in the
+ * interface: "createVirtualPool", "getEvents", "refreshConfiguration" and so on.
  *
- * Safe to use from any thread. Functions throw voltvk::Refusal when the state cannot be used, and
+ * Safe to use from any thread. Functions throw voltvk::Refusal if the state cannot be used, and
  * std::invalid_argument for an operation that does not exist or a fault that makes no sense.
  */
 class Faults {
@@ -39,7 +39,7 @@ public:
 
   void driverAbsent() { set({FaultKind::DriverAbsent, {}, 0, 0}); }
   void adapterAbsent() { set({FaultKind::AdapterAbsent, {}, 0, 0}); }
-  /** @param status what the call answers; not 0. */
+  /** @param status what the call returns; not 0. */
   void fail(const std::string& operation, std::uint32_t status = TVK_INTERNAL) {
     set({FaultKind::Fail, operation, status, 0});
   }
@@ -48,11 +48,13 @@ public:
     set({FaultKind::Slow, operation, 0, static_cast<std::uint32_t>(delay.count())});
   }
 
-  /** Adds a fault; an absence or a delay that is set already is replaced. */
+  /** Adds a fault; an absence or a delay that is already set is replaced. */
   void set(const Fault& fault);
 
-  /** Removes the faults of a kind (all kinds when not given) and of an operation (all when empty). @return
-   * how many. */
+  /**
+   * Removes the faults of a kind (all kinds if not given) and of an operation (all if empty). @return how
+   * many.
+   */
   std::size_t clear(std::optional<FaultKind> kind = std::nullopt, const std::string& operation = {});
 
   /** The faults that are set, oldest first. */
@@ -62,8 +64,8 @@ public:
   static const std::vector<std::string>& operations();
 
   /**
-   * What an operation does first: waits, throws or refuses as the faults say, and uses up what holds
-   * for one call only.
+   * Applies the faults at the start of an operation: waits, throws or refuses, and consumes the faults that
+   * hold for one call only.
    * @throws InjectedFault, or Refusal with the status of a fault
    */
   static void apply(State& state, const char* operation);
@@ -72,7 +74,7 @@ private:
   std::shared_ptr<State> m_state;
 };
 
-/** What an operation throws when a fault says so. */
+/** The exception that an operation throws because of a fault. */
 class InjectedFault : public std::runtime_error {
 public:
   using std::runtime_error::runtime_error;

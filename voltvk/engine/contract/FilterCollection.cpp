@@ -26,7 +26,7 @@ FilterCollection::FilterCollection(RaidObject* root) : m_content(std::make_uniqu
     m_content->snapshot = state->snapshot();
     m_content->objects = m_content->snapshot->objects();
   } catch (const std::exception&) {
-    m_content->snapshot.reset();  // filterByType answers null: the driver cannot be read
+    m_content->snapshot.reset();  // filterByType then returns null: the driver cannot be read
   }
 }
 

@@ -19,7 +19,7 @@ void LastRefusal::keep(
           .run();
     });
   } catch (const std::exception&) {
-    // The caller has the status and the detail; only who looks later finds nothing.
+    // The caller has the status and the detail; only someone who looks later finds nothing.
   }
 }
 

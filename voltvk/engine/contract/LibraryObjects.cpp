@@ -29,7 +29,7 @@ RaidObject* LibraryRoot::getObject(unsigned long index) {
       return nullptr;
     }
   } catch (const std::exception&) {
-    // Without a driver the adapter is there and refuses by itself.
+    // Without a driver the adapter still exists and refuses by itself.
   }
   return &m_adapter;
 }
@@ -46,7 +46,7 @@ bool LibraryRoot::isPolicyEngineRunning() {
     const std::shared_ptr<const Snapshot> snapshot = m_adapter.state()->snapshot();
     m_policyRunning = snapshot->configuration().policyRunning && !snapshot->hasFault(FaultKind::DriverAbsent);
   } catch (const Refusal& refusal) {
-    // A state that is only busy tells nothing new; a listener must not take it for a stop.
+    // A state that is merely busy is no news; a listener must not mistake it for a stop.
     if (refusal.status() == TVK_NO_DRIVER) {
       m_policyRunning = false;
     }

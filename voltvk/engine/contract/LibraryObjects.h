@@ -39,7 +39,9 @@ private:
   std::atomic<bool> m_policyRunning{false};
 };
 
-/** The state that an adapter works on: its TvkLib's, or the process's for one that a caller has made. */
+/**
+ * The state that an adapter works on: its TvkLib's, or the process's for an adapter constructed by a caller.
+ */
 std::shared_ptr<State> stateOf(const TvkAdapter& adapter);
 
 }  // namespace voltvk

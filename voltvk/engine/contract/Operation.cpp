@@ -49,7 +49,7 @@ void Operation::report(State& state, std::uint32_t status, const char* detail) c
       state.change(reportFailure);
     }
   } catch (const std::exception&) {
-    // The caller learns of the failure from the status; the event that would tell others is lost.
+    // The caller learns of the failure from the status; the event that would inform others is lost.
   }
   LastRefusal::keep(state, name, status, detail);
 }

@@ -11,19 +11,20 @@ namespace voltvk {
 class Connection;
 class State;
 
-/** A call of the interface: what all of them have in common is done by run. */
+/** A call of the interface; run does what all calls have in common. */
 struct Operation {
   const char* name;  ///< one of namespace operations
   bool onAdapter;    ///< needs the adapter
   std::function<void(State&)> work;
-  /** Appends the event that reports a failure, in a transaction of its own; may be empty. */
+  /** Appends the event that reports a failure, in its own transaction; may be empty. */
   std::function<void(Connection&)> reportFailure = {};
 
   /**
-   * Applies the injected faults and runs the work. A failure is reported by its event and kept as the
-   * state's last refusal, both as far as the state can be written; one for want of a driver is not.
-   * @return success, or the status and the detail that the work was refused with
-   * @throws std::runtime_error only when an injected fault says so
+   * Applies the injected faults and runs the work. A failure is reported by its event and kept as the state's
+   * last refusal, both only if the state can be written; a failure due to a missing driver is neither
+   * reported nor kept.
+   * @return success, or the status and the detail with which the work was refused
+   * @throws std::runtime_error only if an injected fault says so
    */
   Ret run(State& state) const;
 
@@ -32,7 +33,7 @@ private:
   void report(State& state, std::uint32_t status, const char* detail) const;
 };
 
-/** @throws Refusal TVK_NO_DRIVER or TVK_NO_ADAPTER when a fault has switched one off. */
+/** @throws Refusal TVK_NO_DRIVER or TVK_NO_ADAPTER if a fault has switched one off. */
 void requirePresence(State& state, bool adapterToo);
 
 }  // namespace voltvk

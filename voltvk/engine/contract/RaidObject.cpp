@@ -6,7 +6,7 @@
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
 
-// The destructors stand here so that the library holds the one vtable of each class.
+// The destructors are defined here so that the library has the only vtable of each class.
 RaidObject::~RaidObject() = default;
 Chunk::~Chunk() = default;
 LogicalDevice::~LogicalDevice() = default;

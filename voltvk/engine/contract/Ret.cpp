@@ -10,7 +10,7 @@
 namespace {
 
 const std::map<std::uint32_t, std::string>& statusTexts() {
-  // Not destroyed at exit: the texts stay valid.
+  // Not destroyed at exit, so that the texts stay valid.
   static const auto& texts = *new std::map<std::uint32_t, std::string>{
 #define TVK_STATUS(name, number, clientName, text) {name, text},
 #include "voltvk/Status.def"

@@ -53,7 +53,7 @@ bool State::isUsable(const std::unique_ptr<Connection>& connection) const {
 void State::open() {
   std::scoped_lock lock(m_writerMutex, m_readerMutex);
   if (isUsable(m_reader)) {
-    return;  // another thread was faster
+    return;  // another thread has already done it
   }
   closeConnections();
   try {
@@ -88,7 +88,7 @@ void State::openConnections() {
   auto writer = std::make_unique<Connection>(m_file.path());
   Schema::establish(*writer, m_file.path());
   {
-    // The drives that the machine has from the beginning are no news to anybody.
+    // The drives that the machine has from the beginning are not worth an event.
     Transaction transaction(*writer, Transaction::Kind::Change);
     DriveRegistry(*writer).reconcile(m_scanner.scan());
     const std::int64_t newest = EventJournal(*writer).newest();
@@ -173,7 +173,7 @@ std::shared_ptr<const Snapshot> State::snapshot() {
 }
 
 void State::readSnapshot(Connection& connection) {
-  // Taken before the rows are read: a change in between makes the next call read once more.
+  // Taken before the rows are read, so that a change in between makes the next call read again.
   m_versionQuery->rebind();
   const std::int64_t version = m_versionQuery->step() ? m_versionQuery->integer(0) : 0;
   m_versionQuery->rebind();  // ends its read transaction
@@ -189,7 +189,7 @@ void State::readSnapshot(Connection& connection) {
 void State::scanDrivesWhenDue() {
   std::unique_lock<std::mutex> lock(m_scanMutex, std::try_to_lock);
   if (!lock || std::chrono::steady_clock::now() < m_nextScan) {
-    return;  // known well enough, or being found out by another thread
+    return;  // recent enough, or being scanned by another thread
   }
   try {
     scanDrives();
@@ -197,7 +197,7 @@ void State::scanDrivesWhenDue() {
     if (refusal.status() == TVK_NO_DRIVER) {
       throw;
     }
-    // Others are busy with the state: what was known of the drives serves until the next look.
+    // Others are using the state: what is known of the drives will do until the next scan.
   }
   m_nextScan = std::chrono::steady_clock::now() + DRIVE_SCAN_INTERVAL;
 }
@@ -206,7 +206,7 @@ void State::scanDrives() {
   bool differs = false;
   read([&](Connection& connection) { differs = DriveRegistry(connection).differs(m_scanner.scan()); });
   if (differs) {
-    // Looked at again under the write lock, so that the later look of two processes is recorded last.
+    // Scanned again under the write lock, so that of two processes' scans the later is recorded last.
     change([&](Connection& connection) { DriveRegistry(connection).reconcile(m_scanner.scan()); });
   }
 }

@@ -21,26 +21,25 @@ namespace voltvk {
 class DatabaseError;
 
 /**
- * The state of one process: the database, the snapshot that is current, and the position in the
- * event journal. Every function may be called from any thread.
+ * The state of one process: the database, the snapshot that is current, and the position in the event
+ * journal. Every function may be called from any thread.
  *
- * There is one connection for reading and one for changing, so a reader never waits behind a change
- * that waits for another process. Both are opened on first use, and again when the file has been
- * exchanged, was damaged, or could not be opened before. After a fork a child must not use the
- * parent's State.
+ * There is one connection for reading and one for changing, so a reader never waits behind a change that is
+ * waiting for another process. Both are opened on first use, and reopened if the file has been replaced, was
+ * damaged, or could not be opened before. After a fork a child must not use the parent's State.
  *
- * Functions throw Refusal: TVK_NO_DRIVER when the state cannot be used, TVK_BUSY when another process
- * held it longer than BUSY_TIMEOUT, TVK_INTERNAL when it could not be read or written.
+ * Functions throw Refusal: TVK_NO_DRIVER if the state cannot be used, TVK_BUSY if another process held it
+ * longer than BUSY_TIMEOUT, TVK_INTERNAL if it could not be read or written.
  */
 class State {
 public:
-  /** How old what is known of the machine's drives may be. */
+  /** Maximum age of what is known of the machine's drives. */
   static constexpr std::chrono::milliseconds DRIVE_SCAN_INTERVAL{1000};
 
-  /** The state that $VOLTVK_STATE names, shared by all who use it in this process. */
+  /** The state that $VOLTVK_STATE names, shared by all its users in this process. */
   static std::shared_ptr<State> forProcess();
 
-  /** A state of its own; two of one process must not use the same file. */
+  /** Constructs a separate state; two states in one process must not use the same file. */
   State(const std::string& path, HostDriveScanner scanner);
 
   std::string path();
@@ -49,24 +48,24 @@ public:
   std::string openError();
 
   /**
-   * The current configuration. Re-reads the database only when it has changed; looks at the machine's
-   * drives when they were last looked at longer than DRIVE_SCAN_INTERVAL ago.
+   * The current configuration. Re-reads the database only when it has changed; scans the machine's drives if
+   * the last scan was longer than DRIVE_SCAN_INTERVAL ago.
    */
   std::shared_ptr<const Snapshot> snapshot();
 
-  /** Looks at the machine's drives now and records what has changed. */
+  /** Scans the machine's drives now and records what has changed. */
   void scanDrives();
 
-  /** Runs work in a read transaction. What work throws comes out. */
+  /** Runs work in a read transaction. Exceptions from work are passed on. */
   void read(const std::function<void(Connection&)>& work);
 
   /** Runs work in a transaction that is committed when work returns and undone when it throws. */
   void change(const std::function<void(Connection&)>& work);
 
   /**
-   * Does the same for what is not worth waiting for: nothing is done while another thread or process
-   * changes the state, and the disk is not waited for, so a power cut may undo it. A state that cannot be
-   * written is not examined further. Throws DatabaseError as well.
+   * Does the same for changes that are not worth waiting for: does nothing while another thread or process is
+   * changing the state, and does not wait for the disk, so a power failure may undo the change. A state that
+   * cannot be written is not examined further. Also throws DatabaseError.
    */
   void changeIfIdle(const std::function<void(Connection&)>& work);
 
@@ -93,9 +92,9 @@ private:
   StateFile m_file;
   std::unique_ptr<Connection> m_writer;
   std::unique_ptr<Connection> m_reader;
-  std::unique_ptr<Statement> m_versionQuery;  // of the reader: each request asks several times
+  std::unique_ptr<Statement> m_versionQuery;  // of the reader: each request runs it several times
   std::atomic<bool> m_suspect{false};
-  std::shared_ptr<const Snapshot> m_snapshot;  // guarded by the reader's mutex, as the next one
+  std::shared_ptr<const Snapshot> m_snapshot;  // guarded by the reader's mutex, like the next one
   std::int64_t m_snapshotVersion = 0;
 
   std::mutex m_scanMutex;

@@ -44,7 +44,7 @@ Ret change(const TvkAdapter& adapter, const char* name, const Work& work, const 
   return run(adapter, {name, true, [&](State& state) { state.change(work); }, reportFailure});
 }
 
-/** The same for changes that take drives: they are decided on what the machine has now. */
+/** The same for changes that use drives, which are decided by what the machine has now. */
 Ret changeWithDrives(
     const TvkAdapter& adapter, const char* name, const Work& work, const Work& reportFailure) {
   const auto scanAndChange = [&](State& state) {
@@ -54,7 +54,7 @@ Ret changeWithDrives(
   return run(adapter, {name, true, scanAndChange, reportFailure});
 }
 
-/** True for the hard disk's side of a cached drive. */
+/** True for the hard-disk side of a cached drive. */
 bool isDriveSide(const VirtualPoolSpec& spec) {
   return spec.poolFlag == TVK_POOL_INTERNAL || spec.numDeviceNumbers > 0;
 }

@@ -24,7 +24,7 @@ struct TvkLib::State {
   std::shared_ptr<voltvk::State> shared;
   voltvk::LibraryRoot root;
   std::mutex errorMutex;
-  // Every text that was handed out stays, since callers may keep the pointer. There are few.
+  // Every text that was returned is kept, since callers may keep the pointer. There are few.
   std::set<std::string> errors;
 };
 

@@ -77,14 +77,14 @@ void DeviceUse::readMounts(const std::string& mountInfo) {
     }
     std::string source;
     fields >> ignored >> source;
-    // Some file systems have a device number of their own; then the source tells the device.
+    // Some file systems have a device number of their own; the source then names the device.
     auto known = m_nameOfNumber.find(number);
     std::string device = known != m_nameOfNumber.end()   ? known->second
                          : source.rfind("/dev/", 0) == 0 ? kernelName(source)
                                                          : std::string();
     addWithBases(device, m_used);
     if (point == "/") {
-      rootDevice = device;  // what is mounted last covers what was there before
+      rootDevice = device;  // the last mount covers what was there before
     }
   }
   addWithBases(rootDevice, m_bootable);
@@ -93,7 +93,7 @@ void DeviceUse::readMounts(const std::string& mountInfo) {
 void DeviceUse::readSwaps(const std::string& swaps) {
   std::istringstream table(readSystemFile(swaps));
   std::string line;
-  std::getline(table, line);  // the heading
+  std::getline(table, line);  // skip the heading
   while (std::getline(table, line)) {
     std::istringstream fields(line);
     std::string source;

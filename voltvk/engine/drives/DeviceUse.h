@@ -14,7 +14,7 @@ namespace voltvk {
  */
 class DeviceUse {
 public:
-  /** Parameters as of HostDriveScanner. Tables that cannot be read count as empty. */
+  /** Parameters as for HostDriveScanner. Tables that cannot be read count as empty. */
   DeviceUse(const std::string& sysfs, const std::string& mountInfo, const std::string& swaps);
 
   bool isBootable(const std::string& drive) const { return m_bootable.count(drive) != 0; }

@@ -117,7 +117,7 @@ int DriveRegistry::freeNumber() {
 
 bool DriveRegistry::insert(DriveRecord& drive) {
   if (m_connection.number("SELECT count(*) FROM drive") >= static_cast<std::int64_t>(CAPACITY)) {
-    // Make room: forget a drive that was unplugged and that no pool uses.
+    // Make room: drop a drive that was unplugged and is not used by any pool.
     m_connection.execute("DELETE FROM drive WHERE number = (SELECT min(number) FROM drive WHERE present = 0"
                          " AND number NOT IN (SELECT drive FROM pool_member))");
     if (m_connection.changes() == 0) {

@@ -33,7 +33,7 @@ std::uint64_t readNumber(const std::string& path) {
   return std::min<std::uint64_t>(std::strtoull(text.c_str(), nullptr, 10), MAX_DRIVE_SECTORS);
 }
 
-/** The first of the files that says something. */
+/** The text of the first file that is not empty. */
 std::string firstText(const std::string& directory, std::initializer_list<const char*> files) {
   for (const char* file : files) {
     std::string text = readSystemText(directory + "/" + file);
@@ -51,7 +51,7 @@ std::string linkTarget(const std::string& path) {
   return target;
 }
 
-/** SCSI drives tell their serial number in a binary page: 4 bytes of header, then the text. */
+/** SCSI drives report their serial number in a binary page: 4 bytes of header, then the text. */
 std::string serialNumber(const std::string& directory) {
   std::string serial = firstText(directory, {"device/serial", "serial"});
   if (serial.empty()) {
@@ -61,7 +61,7 @@ std::string serialNumber(const std::string& directory) {
   return serial;
 }
 
-/** The vendor's name. Where the file holds the number of a PCI vendor it names the wrong thing. */
+/** The vendor's name. If the file holds a PCI vendor ID, it does not name the drive's vendor. */
 std::string vendorName(const std::string& directory) {
   std::string vendor = readSystemText(directory + "/device/vendor");
   return vendor.rfind("0x", 0) == 0 ? "" : vendor;
@@ -93,7 +93,7 @@ bool hasPartitions(const std::string& directory) {
   });
 }
 
-/** What tells the drive from all others, also after a reboot that has changed the device nodes. */
+/** What distinguishes the drive from all others, even after a reboot that changed the device nodes. */
 std::string identityOf(const DriveRecord& drive) {
   if (!drive.wwid.empty()) {
     return "wwid:" + drive.wwid;
@@ -105,11 +105,11 @@ DriveRecord describe(const std::string& directory, const std::string& kernelName
   DriveRecord drive;
   drive.sectors = readNumber(directory + "/size");
   if (drive.sectors == 0 || readNumber(directory + "/hidden") == 1) {
-    drive.sectors = 0;  // empty, gone, or one path of several to a drive that is listed by itself
+    drive.sectors = 0;  // empty, gone, or one of several paths to a drive that has its own entry
     return drive;
   }
   drive.name = "/dev/" + kernelName;
-  std::replace(drive.name.begin(), drive.name.end(), '!', '/');  // so sysfs writes a slash
+  std::replace(drive.name.begin(), drive.name.end(), '!', '/');  // sysfs writes a slash this way
   drive.serial = serialNumber(directory);
   drive.wwid = firstText(directory, {"device/wwid", "wwid", "device/cid", "md/uuid"});
   drive.vendor = vendorName(directory);

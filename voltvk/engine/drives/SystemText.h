@@ -7,16 +7,16 @@
 
 namespace voltvk {
 
-/** A small system file, as a rule of one line, as cleanText leaves it; empty when it cannot be read. */
+/** A small system file, usually of one line, cleaned by cleanText; empty if it cannot be read. */
 std::string readSystemText(const std::string& path);
 
-/** The whole of a system file as it is; empty when it cannot be read. */
+/** A whole system file, unchanged; empty if it cannot be read. */
 std::string readSystemFile(const std::string& path);
 
-/** Names in a directory without "." and "..", sorted; empty when it cannot be read. */
+/** Names in a directory without "." and "..", sorted; empty if it cannot be read. */
 std::vector<std::string> listDirectory(const std::string& path);
 
-/** The path of something in a directory. */
+/** The path of an entry in a directory. */
 std::string pathOf(const std::string& directory, const std::string& name);
 
 /** The last part of a path. */

@@ -57,8 +57,8 @@ std::vector<Extent> ChunkAllocator::allocate(std::uint64_t chunks) {
 std::vector<std::uint64_t> shareOut(std::uint64_t chunks, const std::vector<std::uint64_t>& capacities) {
   std::vector<std::size_t> order(capacities.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  // Small drives first: what they cannot take is shared among the larger ones. Among equals the later
-  // drives come first, so that what does not divide evenly goes to the first ones.
+  // Small drives first: what they cannot hold is shared among the larger ones. Among equals the later drives
+  // come first, so that the remainder of an uneven division falls to the first ones.
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     return capacities[a] != capacities[b] ? capacities[a] < capacities[b] : a > b;
   });

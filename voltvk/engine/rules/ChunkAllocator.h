@@ -9,7 +9,7 @@
 
 namespace voltvk {
 
-/** Whole units that hold an amount, without overflow. */
+/** The number of whole units that hold an amount, without overflow. */
 constexpr std::uint64_t roundedUp(std::uint64_t amount, std::uint64_t unit) {
   return amount / unit + (amount % unit != 0 ? 1 : 0);
 }
@@ -26,8 +26,8 @@ public:
   std::uint64_t freeChunks() const;
 
   /**
-   * Takes chunks, from the first gap that is large enough or else from the beginning on.
-   * @return the extents in ascending order; empty when there are not enough free chunks
+   * Allocates chunks from the first gap that is large enough, or else from the beginning on.
+   * @return the extents in ascending order; empty if there are not enough free chunks
    */
   std::vector<Extent> allocate(std::uint64_t chunks);
 
@@ -38,8 +38,8 @@ private:
 };
 
 /**
- * Shares chunks out over drives, as evenly as their sizes allow, so that every drive of a pool works.
- * @param capacities chunks that each drive holds; their sum is at least chunks
+ * Distributes chunks over drives, as evenly as their sizes allow, so that every drive of a pool is used.
+ * @param capacities chunks that each drive can hold; their sum is at least chunks
  * @return the share of each drive, in the same order
  */
 std::vector<std::uint64_t> shareOut(std::uint64_t chunks, const std::vector<std::uint64_t>& capacities);

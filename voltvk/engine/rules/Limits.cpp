@@ -24,11 +24,11 @@ TvkAdapterIdentity identityOfProduct() {
   identity.majorRevision = 1;
   identity.minorRevision = 0;
   identity.buildRevision = 0;
-  // Cache, tier and write-back cache; the last place of every table is its end mark.
+  // Cache, tier and write-back cache; the last element of every table is its end mark.
   for (std::size_t feature : {1U, 2U, 6U}) {
     identity.featureSupport[feature] = 1;
   }
-  // Knob, statistics, names and tier level. What is moved per round follows from the knob.
+  // Knob, statistics, names and tier level. The number of chunks moved per round follows from the knob.
   for (std::size_t adjustment : {1U, 4U, 5U, 6U, 7U}) {
     identity.adjustmentSupport[adjustment] = 1;
   }

@@ -10,16 +10,16 @@
 
 namespace voltvk {
 
-/** Supported chunk sizes in sectors; the index is the one of the identity's tables, 0 is unused. */
+/** Supported chunk sizes in sectors; the index is that of the identity's tables, 0 is unused. */
 constexpr std::array<std::uint64_t, 10> CHUNK_SECTORS = {0, 8, 128, 256, 512, 1024, 2048, 8192, 32768, 65536};
 
-/** Chunks of the largest volume. */
+/** Number of chunks of the largest volume. */
 constexpr std::uint64_t MAX_VOLUME_CHUNKS = std::uint64_t{1} << 32U;
 
-/** How many there can be, internal pools included. */
+/** Maximum numbers, including internal pools. */
 constexpr std::size_t MAX_POOLS = 128;
 constexpr std::size_t MAX_VOLUMES = 128;
-/** Drives of one pool. */
+/** Maximum number of drives in a pool. */
 constexpr std::size_t MAX_POOL_DRIVES = 64;
 /** The smallest pool, and the least that a volume takes from a pool: 1 MiB. */
 constexpr std::uint64_t MIN_POOL_SECTORS = 2048;
@@ -28,7 +28,7 @@ constexpr std::uint64_t MIN_SECTORS_FROM_POOL = 2048;
 /** @throws Refusal TVK_INVALID_CHUNK_SIZE for a chunk size that pools cannot have */
 void requireChunkSize(std::uint64_t sectors);
 
-/** What the adapter can do, without the counts of the current state. */
+/** The adapter's features and limits, without the counts of the current state. */
 TvkAdapterIdentity identityOfProduct();
 
 }  // namespace voltvk

@@ -11,7 +11,7 @@
 
 namespace voltvk {
 
-/** What a change of a pool comes to. Without a value: stays as it is. */
+/** The effect of a change to a pool. A field without a value is unchanged. */
 struct PoolChange {
   std::optional<std::string> name;
   std::optional<std::string> description;
@@ -19,9 +19,8 @@ struct PoolChange {
 };
 
 /**
- * Decides whether a pool may be made, changed or deleted, given the drives, pools and volumes that
- * there are. Changes nothing itself. Functions throw Refusal with the status of the first rule that
- * is broken.
+ * Decides whether a pool may be created, changed or deleted, given the existing drives, pools and volumes.
+ * Changes nothing itself. Functions throw Refusal with the status of the first rule that is broken.
  */
 class PoolRules {
 public:
@@ -30,10 +29,10 @@ public:
       const std::vector<VolumeRecord>& volumes)
       : m_drives(drives), m_pools(pools), m_volumes(volumes) {}
 
-  /** @return the pool to make, with its members, without an identifier. */
+  /** @return the pool to create, with its members, without an identifier. */
   PoolRecord creation(const VirtualPoolSpec& spec) const;
 
-  /** @return what is to be changed; only what differs from the pool as it is. */
+  /** @return what to change: only what differs from the current pool. */
   PoolChange modification(std::uint32_t poolId, const VirtualPoolSpec& spec) const;
 
   /** @return the pool to delete. */
@@ -44,7 +43,7 @@ private:
   const DriveRecord& freeDrive(std::uint8_t number) const;
   std::vector<const DriveRecord*> drivesOf(const VirtualPoolSpec& spec) const;
   void checkNameUnused(const std::string& name) const;
-  /** @param sectors what was asked for, before it was rounded to whole chunks */
+  /** @param sectors what was requested, before rounding to whole chunks */
   static std::vector<PoolMemberRecord>
   members(const PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives);
 

@@ -10,11 +10,11 @@
 
 namespace voltvk {
 
-/** A text of a request as it came: what fitted into the field, and what is known of the rest. */
+/** A text of a request as received: what fitted into the field, and what is known of the rest. */
 struct GivenText {
   std::string_view field;   ///< the whole field, with or without a terminating NUL
   bool tooLong = false;     ///< the caller's text did not fit
-  std::uint32_t bytes = 0;  ///< of the caller's text; 0 when that is not known
+  std::uint32_t bytes = 0;  ///< of the caller's text; 0 if not known
 };
 
 /** The name in a pool's or volume's request. */
@@ -30,17 +30,17 @@ GivenText givenDescription(const Spec& spec) {
 
 /**
  * The name in a request; may be empty.
- * @throws Refusal TVK_INVALID_NAME when it is too long, not UTF-8, or has control characters
+ * @throws Refusal TVK_INVALID_NAME if it is too long, not UTF-8, or has control characters
  */
 std::string checkedName(const GivenText& given);
 
 /** The same for a name that must not be empty. */
 std::string requiredName(const GivenText& given);
 
-/** The description in a request. @throws Refusal TVK_INVALID_DESCRIPTION when too long or not UTF-8 */
+/** The description in a request. @throws Refusal TVK_INVALID_DESCRIPTION if too long or not UTF-8 */
 std::string checkedDescription(const GivenText& given);
 
-/** The name in a request that may be unfit, made fit to be shown in an event. */
+/** The name in a request, which may be invalid, made presentable for an event. */
 std::string shownName(const char (&field)[TVK_NAME_SIZE]);
 
 }  // namespace voltvk

@@ -165,7 +165,7 @@ void VolumeRules::requirePossibleSize(const VolumeRecord& volume, std::uint64_t 
 }
 
 void VolumeRules::lay(VolumeRecord& volume, const std::vector<Part>& parts) const {
-  // Chunks move between the two pools of a tiered volume, so they are as large as those of either.
+  // Chunks move between the two pools of a tiered volume, so they have the larger of both chunk sizes.
   volume.chunkSectors = parts[0].pool->chunkSectors;
   if (!volume.isCached() && parts.size() > 1) {
     volume.chunkSectors = std::max(volume.chunkSectors, parts[1].pool->chunkSectors);

@@ -11,7 +11,7 @@
 
 namespace voltvk {
 
-/** What a change of a volume comes to. Without a value: stays as it is. */
+/** The effect of a change to a volume. A field without a value is unchanged. */
 struct VolumeChange {
   std::optional<std::string> name;
   std::optional<std::string> description;
@@ -19,25 +19,25 @@ struct VolumeChange {
 };
 
 /**
- * Decides whether a volume may be made or changed, given the pools and volumes that there are.
- * Changes nothing itself. Functions throw Refusal with the status of the first rule that is broken.
+ * Decides whether a volume may be created or changed, given the existing pools and volumes. Changes nothing
+ * itself. Functions throw Refusal with the status of the first rule that is broken.
  */
 class VolumeRules {
 public:
   VolumeRules(const std::vector<PoolRecord>& pools, const std::vector<VolumeRecord>& volumes)
       : m_pools(pools), m_volumes(volumes) {}
 
-  /** @return the volume to make, with its extents, without an identifier. */
+  /** @return the volume to create, with its extents, without an identifier. */
   VolumeRecord creation(const VirtualVolumeSpec& spec) const;
 
   /**
-   * The cached volume on the internal pool with the given identifier, which is among the pools and
-   * which the volume takes as a whole.
+   * The cached volume on the internal pool with the given identifier, which is among the pools and which the
+   * volume uses as a whole.
    */
   VolumeRecord
   cachedDrive(const VirtualVolumeSpec& spec, std::uint32_t internalPool, const VirtualPoolEntry& cache) const;
 
-  /** @return what is to be changed; only what differs from the volume as it is. */
+  /** @return what to change: only what differs from the current volume. */
   VolumeChange modification(std::uint32_t volumeId, const VirtualVolumeSpec& spec) const;
 
   const VolumeRecord& volume(std::uint32_t volumeId) const;
@@ -50,13 +50,13 @@ private:
 
   VolumeRecord heading(const VirtualVolumeSpec& spec) const;
   const PoolRecord& pool(std::uint32_t poolId) const;
-  /** One that is not internal. */
+  /** A pool that is not internal. */
   const PoolRecord& userPool(std::uint32_t poolId) const;
   static void checkPoolCount(const VolumeRecord& volume, const VirtualVolumeSpec& spec);
   static void requirePossibleSize(const VolumeRecord& volume, std::uint64_t chunks);
   void checkNameUnused(const std::string& name) const;
   static void checkTotal(const VolumeRecord& volume, std::uint64_t requested, const std::vector<Part>& parts);
-  /** @param parts the one on hard disks first: the addresses of a tiered volume begin there. */
+  /** @param parts the part on hard disks first: the addresses of a tiered volume begin there. */
   void lay(VolumeRecord& volume, const std::vector<Part>& parts) const;
   void addExtents(VolumeRecord& volume, const Part& part, std::uint64_t chunks) const;
 

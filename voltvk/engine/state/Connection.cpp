@@ -44,14 +44,14 @@ int Connection::changes() const {
 }
 
 Transaction::Transaction(Connection& connection, Kind kind) : m_connection(connection) {
-  // Taking the write lock at the beginning leaves no way to deadlock with another process, and what
-  // the change is decided on cannot be outdated by the time it is written.
+  // Taking the write lock at the beginning rules out a deadlock with another process, and the data on which
+  // the change is decided cannot be outdated by the time it is written.
   connection.execute(kind == Kind::Change ? "BEGIN IMMEDIATE" : "BEGIN");
 }
 
 Transaction::~Transaction() {
   if (m_open) {
-    // An error that ends the transaction by itself leaves nothing to roll back; either way it is over.
+    // An error that ends the transaction by itself leaves nothing to roll back; it is over either way.
     sqlite3_exec(m_connection.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
   }
 }

@@ -22,13 +22,13 @@ public:
   /** @param path an existing file, absolute and without symbolic links. */
   explicit Connection(const std::string& path);
 
-  /** Runs one or more statements that give no rows. */
+  /** Runs one or more statements that return no rows. */
   void execute(const char* sql);
-  /** The single number that a query gives; 0 when it gives no row. */
+  /** The single number that a query returns; 0 if it returns no row. */
   std::int64_t number(const char* sql);
 
   std::int64_t lastInsertedId() const;
-  /** Rows that the last statement changed. */
+  /** Number of rows changed by the last statement. */
   int changes() const;
 
   sqlite3* handle() const { return m_handle.get(); }
@@ -40,7 +40,7 @@ private:
   std::unique_ptr<sqlite3, Closer> m_handle;
 };
 
-/** A transaction that is rolled back unless it was committed. */
+/** A transaction that is rolled back on destruction unless it was committed. */
 class Transaction {
 public:
   /** A read transaction sees one state throughout; a change takes the write lock at once. */
@@ -58,7 +58,7 @@ private:
   bool m_open = true;
 };
 
-/** While it lives, changes of a connection neither wait for other connections nor for the disk. */
+/** During its lifetime, changes on a connection wait neither for other connections nor for the disk. */
 class HasteGuard {
 public:
   explicit HasteGuard(Connection& connection);

@@ -7,7 +7,7 @@
 
 namespace voltvk {
 
-/** What SQLite answered when it could not do what was asked. */
+/** An error reported by SQLite. */
 class DatabaseError : public std::runtime_error {
 public:
   /** @param code SQLite's primary result code. */
@@ -15,9 +15,9 @@ public:
 
   /** Another connection held the database longer than the time-out. */
   bool isBusy() const;
-  /** The file can no longer be trusted: damaged, exchanged, or gone. */
+  /** The file can no longer be trusted: damaged, replaced, or removed. */
   bool isFileLost() const;
-  /** What to do about a state that cannot be opened: a full disk is no reason to give the state up. */
+  /** What to do about a state that cannot be opened: a full disk is not a reason to give up the state. */
   const char* advice() const;
 
 private:

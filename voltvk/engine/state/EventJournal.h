@@ -16,23 +16,23 @@ class Connection;
 /** The events of the state. They are appended in the transaction of the change that they report. */
 class EventJournal {
 public:
-  /** Events kept; older ones are dropped. Far more than happen between two polls of a listener. */
+  /** Number of events kept; older ones are dropped. Far more than happen between two polls of a listener. */
   static constexpr std::int64_t CAPACITY = 4096;
 
   explicit EventJournal(Connection& connection) : m_connection(connection) {}
 
   /**
    * Appends an event.
-   * @param text an English sentence in which every {} stands for the next argument
-   * @param arguments shown in square brackets; square brackets in them become parentheses, since
-   *   readers find the arguments by the brackets
+   * @param text an English sentence in which every {} is replaced by the next argument
+   * @param arguments shown in square brackets; square brackets in them become parentheses, since readers find
+   *   the arguments by the brackets
    * @param actionId identifier of the pool or volume concerned, or 0
    */
   void append(
       TvkEventCode code, TvkEventType type, const char* text, std::initializer_list<std::string> arguments,
       std::uint32_t actionId = 0);
 
-  /** The number of the newest event that there has ever been, 0 for none. */
+  /** The number of the newest event ever appended, 0 for none. */
   std::int64_t newest();
 
   /** Appends the events after a number to out, oldest first. @return the number of the newest. */

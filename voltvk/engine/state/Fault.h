@@ -9,9 +9,9 @@
 
 namespace voltvk {
 
-/** What can be made to go wrong. The numbers are stored in the state. */
+/** The failures that can be injected. The numbers are stored in the state. */
 enum class FaultKind : std::uint8_t {
-  DriverAbsent = 1,   ///< the controller count is 0 and collections answer null, until cleared
+  DriverAbsent = 1,   ///< the controller count is 0 and collections return null, until cleared
   AdapterAbsent = 2,  ///< getObject(0) of the root is null and adapters refuse, until cleared
   Fail = 3,           ///< the next call of an operation is refused with a status
   Throw = 4,          ///< the next call of an operation throws std::runtime_error

@@ -8,10 +8,10 @@
 
 namespace voltvk {
 
-/** True for UTF-8 of at most limit bytes without control characters; the empty text is fine. */
+/** True for UTF-8 of at most limit bytes without control characters, including the empty text. */
 bool isPlainText(std::string_view text, std::size_t limit);
 
-/** The text without blanks around it, with '?' for bytes that are not UTF-8 and for control characters. */
+/** The text without surrounding blanks, with '?' for bytes that are not UTF-8 and for control characters. */
 std::string cleanText(std::string_view text);
 
 }  // namespace voltvk

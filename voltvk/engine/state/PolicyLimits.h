@@ -8,11 +8,11 @@ namespace voltvk {
 
 /** How much the policy engine does for a volume in one round. */
 struct PolicyLimits {
-  std::uint32_t maxMoveChunks;  ///< chunks moved to the SSD pool at most
+  std::uint32_t maxMoveChunks;  ///< maximum number of chunks moved to the SSD pool
   std::uint32_t moveThreshold;  ///< accesses that make a chunk hot
 };
 
-/** What a volume's knob means: the more aggressive, the sooner and the more is moved. */
+/** What a volume's knob means: the more aggressive, the sooner chunks are moved and the more of them. */
 constexpr PolicyLimits policyLimits(std::uint8_t knob) {
   return knob == 1 ? PolicyLimits{32, 2} : knob == 3 ? PolicyLimits{8, 8} : PolicyLimits{16, 4};
 }

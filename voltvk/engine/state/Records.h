@@ -31,7 +31,7 @@ struct DriveRecord {
   bool mounted = false;  ///< mounted, used for swap, or held by another block device
 };
 
-/** A drive of a pool and how many of the pool's chunks lie on it, from its first sector on. */
+/** A drive of a pool and how many of the pool's chunks are on it, from its first sector on. */
 struct PoolMemberRecord {
   std::uint16_t drive = 0;
   std::uint64_t chunks = 0;
@@ -61,7 +61,9 @@ struct VolumeExtentRecord {
   Extent extent;
 };
 
-/** A volume with its extents. Its counts are chunks of chunkSectors; extents count chunks of their pool. */
+/**
+ * A volume with its extents. Its counts are in chunks of chunkSectors; extents count chunks of their pool.
+ */
 struct VolumeRecord {
   std::uint32_t id = 0;
   std::string name;

@@ -13,12 +13,15 @@
 namespace voltvk {
 
 /**
- * Thrown inside the engine when a request cannot be carried out; the transaction around it is rolled
- * back. The adapter turns it into the status and its detail, voltvkctl shows the text.
+ * Thrown inside the engine when a request is refused; the enclosing transaction is rolled back. The adapter
+ * turns it into the status and its detail, voltvkctl shows the text.
  */
 class Refusal : public std::runtime_error {
 public:
-  /** @param detail what was wrong, with what, and what to do; what does not fit one line is escaped */
+  /**
+   * @param detail what was wrong, with what, and what to do; characters that do not fit on one line are
+   *   escaped
+   */
   Refusal(TvkStatus status, const std::string& detail)
       : std::runtime_error(tvp::text::printable(detail)), m_status(status) {}
 
@@ -29,7 +32,8 @@ private:
 };
 
 /**
- * @param detail the sentence of the refusal, or a function that gives it: only a broken rule costs a text
+ * @param detail the sentence of the refusal, or a function that returns it, so that the text is only built
+ *   when a rule is broken
  * @throws Refusal with the status and the detail unless the rule holds
  */
 template <typename Detail>

@@ -13,8 +13,8 @@ namespace voltvk {
 
 namespace {
 
-// Chunks have a row only when they have been used or lie elsewhere than where the volume was laid out,
-// so the size of the state follows the activity and not the capacity.
+// Chunks have a row only if they have been used or are not in their original place, so the size of the state
+// depends on the activity and not on the capacity.
 constexpr const char* TABLES = R"sql(
 CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
 CREATE TABLE drive(
@@ -54,16 +54,16 @@ CREATE TABLE fault(
 INSERT INTO setting VALUES('policy_running', 1), ('last_drive_number', -1), ('last_virtual_drive', 0);
 )sql";
 
-// COMPAT: states from before refusals were kept lack this table. They get it when they are opened, and
-// programs from that time do not mind it, so the layout keeps its number.
+// COMPAT: states from before refusals were kept lack this table. It is added when they are opened, and
+// programs from that time ignore it, so the layout keeps its number.
 constexpr const char* ADDED_TABLES = R"sql(
 CREATE TABLE IF NOT EXISTS last_refusal(
   id INTEGER PRIMARY KEY CHECK(id = 1), operation TEXT NOT NULL, status INTEGER NOT NULL, detail TEXT NOT NULL,
   time INTEGER NOT NULL);
 )sql";
 
-// The file takes the room that a full event journal needs at once and gives it out from its free
-// pages, so it does not creep up while events come and go.
+// The file reserves the space for a full event journal at once and allocates it from its free pages, so it
+// does not keep growing as events are added and dropped.
 constexpr const char* RESERVE = R"sql(
 CREATE TABLE reserve(room BLOB NOT NULL);
 INSERT INTO reserve VALUES(zeroblob(1048576));
@@ -77,11 +77,11 @@ bool isEmpty(Connection& connection) {
 
 void makeTables(Connection& connection) {
   connection.execute("PRAGMA page_size = 4096; PRAGMA auto_vacuum = NONE");
-  // Made under the rollback journal, so that the header in the file itself tells whose it is even
-  // when nothing has been moved from the write-ahead log yet.
+  // Done with the rollback journal, so that the header in the file itself says whose file it is even if
+  // nothing has been moved from the write-ahead log yet.
   Transaction change(connection, Transaction::Kind::Change);
   if (!isEmpty(connection)) {
-    return;  // another process was faster
+    return;  // another process has already done it
   }
   connection.execute(TABLES);
   connection.execute(RESERVE);
@@ -91,7 +91,7 @@ void makeTables(Connection& connection) {
   change.commit();
 }
 
-/** SQLite does not wait by itself when the change of the journal mode meets another connection. */
+/** SQLite does not wait by itself if another connection is open when the journal mode is changed. */
 void switchToWriteAheadLog(Connection& connection) {
   const auto end = std::chrono::steady_clock::now() + BUSY_TIMEOUT;
   while (true) {

@@ -12,9 +12,9 @@ class Connection;
 class Schema {
 public:
   /**
-   * Makes the tables in an empty database, otherwise checks that it is sound, and sets the connection
-   * up for work. Several processes may do this at once.
-   * @throws Refusal TVK_NO_DRIVER when the database is damaged or not ours, DatabaseError
+   * Creates the tables in an empty database, otherwise checks that it is intact, and configures the
+   * connection. Several processes may do this at once.
+   * @throws Refusal TVK_NO_DRIVER if the database is damaged or not ours; DatabaseError
    */
   static void establish(Connection& connection, const std::string& path);
 };

@@ -19,7 +19,7 @@ public:
     return index < m_extents.size() ? m_extents[index] : nullptr;
   }
   void getChildren(std::vector<RaidObject*>& out, const char* type, bool, bool) override {
-    // The extents are kept in the order of their addresses and have no children themselves.
+    // The extents are kept in address order and have no children themselves.
     if (type != nullptr && std::strcmp(type, "Chunk") == 0) {
       out.insert(out.end(), m_extents.begin(), m_extents.end());
     }
@@ -191,7 +191,7 @@ void Snapshot::addDrives() {
   }
   for (const DriveRecord& record : m_configuration.drives) {
     if (!record.present && !used[record.number]) {
-      continue;  // an unplugged drive that nothing uses: only its number is kept
+      continue;  // an unplugged, unused drive: only its number is kept
     }
     auto drive = std::make_unique<Drive>(record, used[record.number]);
     m_driveOfNumber[record.number] = drive.get();

@@ -16,7 +16,7 @@
 
 namespace voltvk {
 
-/** What a snapshot is made from: the rows of one moment. */
+/** The data of a snapshot: the rows at one moment. */
 struct Configuration {
   std::vector<DriveRecord> drives;    ///< by number
   std::vector<PoolRecord> pools;      ///< by identifier
@@ -26,8 +26,8 @@ struct Configuration {
 };
 
 /**
- * The configuration of one moment as the objects of the interface. Nothing in it ever changes, so it
- * is read without locks by any number of threads; who holds a pointer to it keeps it alive.
+ * The configuration at one moment as the objects of the interface. It never changes, so any number of threads
+ * read it without locks; holding a pointer to it keeps it alive.
  */
 class Snapshot {
 public:
@@ -39,7 +39,7 @@ public:
   const Configuration& configuration() const { return m_configuration; }
   bool hasFault(FaultKind kind) const;
 
-  /** The drives, pools and volumes, in this order, each by ascending number. */
+  /** The drives, pools and volumes, in this order, each in ascending order of numbers. */
   const std::vector<RaidObject*>& objects() const { return m_objects; }
 
 private:

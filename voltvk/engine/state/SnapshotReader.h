@@ -11,14 +11,17 @@ namespace voltvk {
 
 class Connection;
 
-/** Reads rows into records. The caller's transaction decides which moment they show. Throws DatabaseError. */
+/**
+ * Reads rows into records. The caller's transaction determines which moment they reflect. Throws
+ * DatabaseError.
+ */
 class SnapshotReader {
 public:
   explicit SnapshotReader(Connection& connection) : m_connection(connection) {}
 
   Configuration configuration();
 
-  std::vector<DriveRecord> drives();    ///< by number, also those that are not present
+  std::vector<DriveRecord> drives();    ///< by number, including those that are not present
   std::vector<PoolRecord> pools();      ///< by identifier
   std::vector<VolumeRecord> volumes();  ///< by identifier
   std::vector<Fault> faults();          ///< oldest first

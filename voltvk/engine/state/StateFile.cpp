@@ -52,7 +52,7 @@ std::string resolved(const std::string& path) {
   return result;
 }
 
-/** Makes a directory and those above it. @return 0 or the error number. */
+/** Creates a directory and its parents. @return 0 or the error number. */
 int makeDirectory(const std::string& directory) {
   if (mkdir(directory.c_str(), 0700) == 0 || errno == EEXIST) {
     return 0;
@@ -111,7 +111,7 @@ void StateFile::openFile() {
     refuse("cannot be opened: " + errorText(error), CHECK_PATH);
   }
   if (m_file->get() <= STDERR_FILENO) {
-    // In a process whose standard streams are closed, what it prints would be written into the state.
+    // In a process whose standard streams are closed, its output would otherwise be written into the state.
     m_file = std::make_unique<FileDescriptor>(fcntl(m_file->get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     if (!*m_file) {
       refuse("cannot be opened: " + errorText(errno), CHECK_PATH);
@@ -120,7 +120,7 @@ void StateFile::openFile() {
 }
 
 void StateFile::waitForTurn() const {
-  // This kind of lock is apart from those that SQLite uses on the same file.
+  // This kind of lock is independent of those that SQLite uses on the same file.
   const auto end = std::chrono::steady_clock::now() + BUSY_TIMEOUT;
   while (flock(m_file->get(), LOCK_EX | LOCK_NB) != 0) {
     if (std::chrono::steady_clock::now() > end) {
@@ -172,7 +172,7 @@ void StateFile::checkHeader(std::uint64_t size) const {
     if (hasLog) {
       refuse("was cut to nothing while it was in use", restore);
     }
-    return;  // new, or left so by a process that was killed while it made the tables
+    return;  // new, or left empty by a process that was killed while creating the tables
   }
   std::array<unsigned char, HEADER_SIZE> header{};
   const ssize_t count = pread(m_file->get(), header.data(), header.size(), 0);
@@ -187,7 +187,7 @@ void StateFile::checkHeader(std::uint64_t size) const {
         "is from a newer version (layout " + std::to_string(bigEndian(&header[60])) + ")",
         "install that version or use another state file");
   }
-  // A journal beside the file may hold the rest of it, so only a lone file is known to be cut short.
+  // A journal next to the file may hold the rest of it, so only a file without one is known to be truncated.
   const bool journalled = hasLog || fileSize(m_path + "-journal") > 0;
   std::uint64_t pageSize = std::uint64_t{header[16]} << 8U | header[17];
   pageSize = pageSize == 1 ? 65536 : pageSize;

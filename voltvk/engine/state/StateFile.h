@@ -18,10 +18,10 @@ constexpr std::uint32_t STATE_APPLICATION_ID = 0x54564B31U;
 constexpr std::uint32_t STATE_VERSION = 1;
 
 /**
- * The file that holds the state, seen from outside: where it is and whether it may be opened.
+ * The file that holds the state, seen from the outside: where it is and whether it may be opened.
  *
- * A file that is somebody else's, damaged or from a newer version is found out by reading its header
- * alone, so it stays exactly as it is.
+ * A file that is damaged, belongs to something else or is from a newer version is recognised by reading only
+ * its header, so it is left exactly as it is.
  */
 class StateFile {
 public:
@@ -31,20 +31,20 @@ public:
   /** @param path absolute or relative to the current directory. */
   explicit StateFile(const std::string& path);
 
-  /** The path without symbolic links in its directory, once the directory exists; else as given. */
+  /** The path without symbolic links in its directory if the directory exists, else as given. */
   const std::string& path() const { return m_path; }
 
   /**
-   * Makes the directory (mode 0700) and an empty file (0600) when they are missing, checks that the file
-   * may be used, and keeps other processes from checking or making it until release is called.
+   * Creates the directory (mode 0700) and an empty file (0600) if they are missing, checks that the file may
+   * be used, and keeps other processes from checking or creating it until release is called.
    *
-   * The file stays open until close: closing any descriptor of it would drop the locks that SQLite
-   * holds, so neither this nor close may be called while this process has the database open.
+   * The file stays open until close: closing any descriptor of it would drop the locks that SQLite holds, so
+   * neither this nor close may be called while this process has the database open.
    * @throws Refusal TVK_NO_DRIVER with a sentence for an administrator, TVK_BUSY
    */
   void prepare();
 
-  /** Lets other processes go on: the file has its tables. */
+  /** Lets other processes continue: the file has its tables. */
   void release() const;
 
   void close();

@@ -15,8 +15,8 @@ namespace voltvk {
 class Connection;
 
 /**
- * A prepared statement with its arguments. Must not outlive its connection, and keeps a read
- * transaction open until it is destroyed or has given its last row. Functions throw DatabaseError.
+ * A prepared statement with its arguments. Must not outlive its connection, and keeps a read transaction open
+ * until it is destroyed or has returned its last row. Functions throw DatabaseError.
  */
 class Statement {
 public:
@@ -27,17 +27,17 @@ public:
     (bind(arguments), ...);
   }
 
-  /** Goes to the next row. @return false when there is none. */
+  /** Steps to the next row. @return false if there is none. */
   bool step();
-  /** Runs a statement that gives no rows; afterwards it can be run again. */
+  /** Runs a statement that returns no rows; afterwards it can be run again. */
   void run();
-  /** Runs a statement once more with other arguments. */
+  /** Runs a statement again with other arguments. */
   template <typename... Arguments>
   void runWith(const Arguments&... arguments) {
     rebind(arguments...);
     run();
   }
-  /** Starts again with other arguments. */
+  /** Starts over with other arguments. */
   template <typename... Arguments>
   void rebind(const Arguments&... arguments) {
     reset();
@@ -46,7 +46,7 @@ public:
 
   std::int64_t integer(int column) const;
   std::uint64_t unsignedInteger(int column) const { return static_cast<std::uint64_t>(integer(column)); }
-  /** The column as another integer or enumeration type, cut to its width. */
+  /** The column as another integer or enumeration type, truncated to its width. */
   template <typename T>
   T as(int column) const {
     return static_cast<T>(integer(column));

@@ -23,7 +23,7 @@ std::string sizeText(std::uint64_t sectors) {
       return text;
     }
   } catch (const tvp::text::SizeError&) {
-    // Rounded to something that is not a whole number of sectors, or larger than sizes are read.
+    // Rounded to something that is not a whole number of sectors, or larger than can be read as a size.
   }
   return text + " (" + counted(sectors, "sector") + ")";
 }

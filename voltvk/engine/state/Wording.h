@@ -16,8 +16,10 @@ namespace voltvk {
  * by Refusal, once for the whole sentence.
  */
 
-/** Sectors in the largest unit that leaves at least 1: "1.5 TiB". A rounded size has its sectors added, since
- * it may stand beside another. */
+/**
+ * Sectors in the largest unit that leaves at least 1: "1.5 TiB". The sectors are added to a rounded size,
+ * since it may appear next to another.
+ */
 std::string sizeText(std::uint64_t sectors);
 
 /** "1 drive", "3 drives". */
@@ -35,7 +37,7 @@ std::string nameOf(const VolumeRecord& volume);
 
 /** "an SSD" or "a hard disk". */
 std::string kindOf(const DriveRecord& drive);
-/** "1 (hard disks)", "3 (SSDs)", or the number alone for a level that there is not. */
+/** "1 (hard disks)", "3 (SSDs)", or only the number for a level that does not exist. */
 std::string tierText(std::uint32_t tierLevel);
 
 /** "no pool has the number 9", or that the request names none. @param noun "pool" or "volume" */
