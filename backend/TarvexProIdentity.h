@@ -7,7 +7,7 @@ namespace tvp::cim::fwf {
 class tvpCIMInstanceWrapper;
 
 /**
- * Appends the properties of the one "TVP_TarvexProIdentity" to the instance: the product, its revisions,
+ * Appends the properties of the single "TVP_TarvexProIdentity" to the instance: the product, its revisions,
  * features, limits and counts, as the storage library's adapter reports them.
  * @return BACKEND_DONE; BACKEND_FAILED, adding nothing, if there is no adapter or it cannot be queried
  * (logged)

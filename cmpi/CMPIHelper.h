@@ -27,7 +27,7 @@ namespace tvp::cim::adap::cmpi {
 class CMPIHelper {
 public:
   /**
-   * Fills a path with namespace, class and, when asked to, the keys of a CMPI path. The host becomes the name
+   * Fills a path with namespace, class and, if requested, the keys of a CMPI path. The host becomes the name
    * of this host, whatever the CMPI path says. A path whose namespace or class text is null is left half
    * filled, with a line in the log.
    * @throws CIMException FW_RC_INVALID_NAMESPACE or FW_RC_INVALID_CLASS if the path cannot return them

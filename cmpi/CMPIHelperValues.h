@@ -73,7 +73,7 @@ struct OutboundShape {
   CMPIType elementType;  ///< element type with which its elements are set
 };
 
-/** Lines that accompany a conversion on the log at level 4; null for none. */
+/** Log lines that accompany a conversion, at level 4; null for none. */
 struct OutboundTexts {
   const char* received;
   const char* arrayMade;

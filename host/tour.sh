@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: Apache-2.0
-# A full life of a tiered and of a cached volume through the provider, on a scratch state: each step shows
+# The whole life of a tiered and a cached volume through the provider, on a scratch state: each step shows
 # the command and what it prints. usage: tour.sh BIN_DIRECTORY
 set -euo pipefail
 PATH=$(cd "$1" && pwd):$PATH
@@ -38,20 +38,20 @@ addDrive() {
   printf -v "$variable" '%s' "$number"
 }
 
-echo 'This tour works on a scratch state of its own and removes it at the end. Your own configuration is not'
+echo 'This tour works on its own scratch state and removes it at the end. Your own configuration is not'
 echo 'touched, and nothing writes to a drive: pools and volumes are book-keeping.'
 
 heading 'The product, and the drives of this machine'
 step tvpcim identity
 step tvpcim drives
 
-heading 'Four virtual drives, so that there is something to play with'
+heading 'Four virtual drives to work with'
 addDrive slow1 --type hdd --size 200GiB --model Spinner --serial HDD-1
 addDrive slow2 --type hdd --size 200GiB --model Spinner --serial HDD-2
 addDrive fast1 --type ssd --size 100GiB --model Flash --serial SSD-1
 addDrive fast2 --type ssd --size 100GiB --model Flash --serial SSD-2
 
-heading 'A client subscribes to indications, and will wait for the first one'
+heading 'A client subscribes to indications and waits for the first one'
 printf '\n$ tvpcim watch --count 1 &\n'
 tvpcim watch --count 1 --seconds 30 >"$scratch/indication" 2>"$scratch/subscribed" &
 watcher=$!
@@ -67,12 +67,12 @@ step tvpcim pool create slow --drives "$slow1" --tier hdd --size 150GiB --chunk 
 step tvpcim pool create fast --drives "$fast1,$fast2" --tier ssd --size 100GiB --chunk 1MiB
 step tvpcim pool members fast
 
-heading 'The indication arrives within one poll of the listener, worded from the catalogue'
+heading 'The indication arrives within one poll of the listener, with its text from the catalogue'
 wait "$watcher"
 watcher=
 cat "$scratch/indication"
 
-heading 'A tiered volume on both pools, and a cached one on a drive of its own'
+heading 'A tiered volume on both pools, and a cached one on its own drive'
 step tvpcim volume create data --pool slow:1GiB --pool fast:256MiB
 step tvpcim volume cache mail --drive "$slow2" --size 50GiB --ssd-pool fast --ssd-size 5GiB
 step tvpcim volumes

@@ -13,7 +13,7 @@ class FixedPlugin : public ModelPlugin {
 public:
   /**
    * @param enumerated the key properties of the instance in an enumeration
-   * @param got the key bindings of the instance that getting it returns
+   * @param got the key bindings of the instance returned when it is got
    */
   FixedPlugin(std::vector<CIMProperty> enumerated, std::vector<CIMProperty> got);
 

@@ -14,11 +14,11 @@ namespace tvp::cim::fwf {
 /**
  * Appends one instance, with the path of the request, for every object of the storage library.
  *
- * COMPAT: one working instance serves the whole enumeration and fill only appends to it, so that each
- * instance carries the properties of those before it as well, its own last. Object managers apply
- * properties by name in order and end with the object's own values.
+ * COMPAT: one working instance serves the whole enumeration and fill only appends to it, so each instance
+ * also has the properties of those before it, with its own last. Object managers apply properties by name in
+ * order and end with the object's own values.
  * @param fill bool(Object& object, int index, tvpCIMInstanceWrapper& working): appends the object's
- *        properties; false leaves the object out. The index is the object's place in the collection.
+ *        properties; false leaves the object out. The index is the object's position in the collection.
  */
 template <typename Object, typename Fill>
 void appendLibraryInstances(

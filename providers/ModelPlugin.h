@@ -11,8 +11,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * What the classes of the model share. A class says how it enumerates; unless it says more, it names no
- * instances, and getting one returns the path of the request without properties.
+ * What the classes of the model have in common. A class defines how it enumerates; unless it overrides more,
+ * it returns no instance names, and getting an instance returns the path of the request without properties.
  */
 class ModelPlugin : public AbstractInstanceProviderPlugin {
 public:
@@ -20,13 +20,13 @@ public:
   void enumerateInstanceNames(CIMObjectPath& path, std::vector<CIMObjectPath>& names) override;
   void getKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& keys) override;
   void getNonKeyAttributes(const CIMInstance& object, std::vector<CIMProperty>& properties) override;
-  /** Appends one empty instance: there is an answer for every path. */
+  /** Appends one empty instance, so that every path yields an instance. */
   void getRepositoryObjects(const CIMObjectPath& path, std::vector<CIMInstance>& objects) override;
 };
 
 /**
  * A key property of the CIM type that matches T: std::string, unsigned char, unsigned int, unsigned long
- * long, or a vector of such.
+ * long, or a vector of these.
  */
 template <typename T>
 CIMProperty keyProperty(const char* name, const T& value) {

@@ -4,8 +4,8 @@
 
 #include "CIM/Framework/AbstractProviderPlugin.h"
 
-// What makes the plugin of each CIM class that is served. Each is defined in the source of its class and
-// returns a new plugin, which the caller owns.
+// The functions that create the plugin of each CIM class that is served. Each is defined in the source of its
+// class and returns a new plugin, which the caller owns.
 namespace tvp::cim::fwf {
 
 AbstractProviderPlugin* createTarvexProIdentity();

@@ -11,7 +11,7 @@
 namespace tvp::cim::fwf {
 
 /**
- * The indication class. It serves no instances and is not in the registry: the event manager makes an
+ * The indication class. It serves no instances and is not in the registry: the event manager creates an
  * object for every event, which composes the indication and passes it to the framework's facade.
  */
 class TVP_CIMIndication : public ModelPlugin {
@@ -22,9 +22,9 @@ public:
   bool getKeysFromEventKeys(const std::vector<CIMProperty>& eventKeys, std::vector<CIMProperty>& keys);
 
   /**
-   * Composes the indication of an event, in namespace root/PG_InterOp, and has it delivered. What fails
-   * is logged; the event is then lost.
-   * @param timeText not used
+   * Composes the indication of an event, in namespace root/PG_InterOp, and has it delivered. Failures are
+   * logged; the event is then lost.
+   * @param timeText unused
    * @param eventKeys eventTime and eventDesc (string), eventCode, eventType, Id and ActionId (uint32)
    */
   void EventNotify(const std::string& timeText, std::vector<CIMProperty>& eventKeys);
@@ -37,8 +37,8 @@ void notifyEventIndication(const std::string& localTime, std::vector<CIMProperty
 bool TVP_CIMIndication::getKeysFromEventKeys(
     const std::vector<CIMProperty>& eventKeys, std::vector<CIMProperty>& keys) {
   KvsTrace("Enter TVP_CIMIndication :: getKeysFromEventKeys()");
-  keys = std::vector<CIMProperty>(eventKeys);  // whole: a property assigned onto another may keep its values
-  // COMPAT: "with error" is written on success too; logs are searched for the line.
+  keys = std::vector<CIMProperty>(eventKeys);  // whole: assigning to a property may keep its old values
+  // COMPAT: "with error" is written even on success; logs are searched for the line.
   KvsTrace("Exit TVP_CIMIndication :: getKeysFromEventKeys() with error");
   return true;
 }

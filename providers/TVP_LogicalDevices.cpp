@@ -5,8 +5,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * The collection of drives. COMPAT: an enumeration says 2 drives and getting it 10; clients rely on both,
- * neither is counted.
+ * The collection of drives. COMPAT: an enumeration reports 2 drives and getting the instance 10; clients rely
+ * on both, neither is counted.
  */
 class TVP_LogicalDevices : public FixedPlugin {
 public:

@@ -44,9 +44,9 @@ public:
   }
 
   /**
-   * Passes one of the twelve methods to the storage back end, which fills the output arguments. Names
-   * are compared exactly.
-   * @return 0; 1 for a method that the service does not have; 4 when the method fails
+   * Passes one of the twelve methods to the storage back end, which fills the output arguments. Names are
+   * compared exactly.
+   * @return 0; 1 for a method that the service does not have; 4 if the method fails
    */
   unsigned int invokeMethod(
       const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,

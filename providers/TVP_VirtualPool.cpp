@@ -11,7 +11,7 @@
 
 namespace tvp::cim::fwf {
 
-/** The pools, one instance each, internal ones left out; none without a driver. */
+/** The pools, one instance each, without internal ones; none without a driver. */
 class TVP_VirtualPool : public ModelPlugin, public virtual AbstractMethodProviderPlugin {
 public:
   void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool) override {
@@ -33,7 +33,7 @@ public:
   /**
    * Runs "GetVirtualPoolMembers".
    * COMPAT: clients get success for any other method, which does nothing.
-   * @return 0; FW_RC_FAILED when the method fails
+   * @return 0; FW_RC_FAILED if the method fails
    */
   unsigned int invokeMethod(
       const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,

@@ -5,8 +5,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * A sample member of a pool with two extents, sectors 0 to 40 and 51 to 79. COMPAT: getting it leaves the
- * extents out; clients rely on both forms.
+ * A sample member of a pool with two extents, sectors 0 to 40 and 51 to 79. COMPAT: getting it omits the
+ * extents; clients rely on both forms.
  */
 class TVP_VirtualPoolMember : public FixedPlugin {
 public:

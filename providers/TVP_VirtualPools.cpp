@@ -5,8 +5,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * The collection of pools. COMPAT: an enumeration says 2 pools and getting it 5; clients rely on both,
- * neither is counted.
+ * The collection of pools. COMPAT: an enumeration reports 2 pools and getting the instance 5; clients rely on
+ * both, neither is counted.
  */
 class TVP_VirtualPools : public FixedPlugin {
 public:

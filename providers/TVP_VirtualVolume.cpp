@@ -28,7 +28,7 @@ public:
 
   /**
    * Runs "GetVirtualVolumeMembers".
-   * COMPAT: clients get success for any other method, and when the method fails.
+   * COMPAT: clients get success for any other method, and if the method fails.
    * @return 0
    */
   unsigned int invokeMethod(

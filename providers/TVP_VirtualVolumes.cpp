@@ -5,8 +5,8 @@
 namespace tvp::cim::fwf {
 
 /**
- * The collection of volumes. COMPAT: it calls itself a TVP_LogicalDevice, an enumeration says 2 volumes and
- * getting it 8; clients rely on all three.
+ * The collection of volumes. COMPAT: it calls itself a TVP_LogicalDevice, an enumeration reports 2 volumes
+ * and getting the instance 8; clients rely on all three.
  */
 class TVP_VirtualVolumes : public FixedPlugin {
 public:

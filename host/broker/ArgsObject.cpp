@@ -4,13 +4,13 @@
 namespace tvp::host {
 namespace {
 
-/** An output argument must be one of the method's, with its type. */
+/** An output argument must be one of the method's parameters, with its type. */
 void checkOutput(const SchemaMethod& method, const char* name, const Value& value) {
   const SchemaParameter* parameter = method.parameter(name);
   if (parameter == nullptr || !parameter->out) {
     throw CallFailure{CMPI_RC_ERR_NO_SUCH_PROPERTY};
   }
-  // COMPAT: providers that send unsigned 8-bit outputs under the signed type; object managers pass it
+  // COMPAT: providers that send unsigned 8-bit outputs under the signed type; object managers pass them
   // through.
   const bool signedByte = parameter->type == CMPI_uint8 && value.type() == CMPI_sint8;
   if (!value.isNull() && !signedByte && value.type() != parameter->type) {

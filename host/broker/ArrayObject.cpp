@@ -4,7 +4,7 @@
 namespace tvp::host {
 namespace {
 
-/** @throws CallFailure CMPI_RC_ERR_NO_SUCH_PROPERTY beyond the end */
+/** @throws CallFailure CMPI_RC_ERR_NO_SUCH_PROPERTY past the end */
 Value& elementAt(ArrayContent& content, CMPICount position) {
   return position < content.elements.size() ? content.elements[position]
                                             : throw CallFailure{CMPI_RC_ERR_NO_SUCH_PROPERTY};

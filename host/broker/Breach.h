@@ -8,11 +8,11 @@ namespace tvp::host {
 
 /** Rules of the interface that a provider can break. */
 enum class BreachKind {
-  MissingEndMark,     ///< success was answered, and the result was never marked as done
-  UsedAfterCall,      ///< an object was used after the call that it belonged to
+  MissingEndMark,     ///< the status was success, but the result was never marked as done
+  UsedAfterCall,      ///< an object was used after the call to which it belonged
   UsedAfterRelease,   ///< an object was used (or released again) after its release
-  ThreadNotAttached,  ///< a thread talked to the broker outside a request and without being attached
-  Leak                ///< an attached thread made an object and never released it
+  ThreadNotAttached,  ///< a thread called the broker outside a request without being attached
+  Leak                ///< an attached thread created an object and never released it
 };
 
 /** One breach, with a sentence that names the function and the object. */

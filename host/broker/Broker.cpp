@@ -14,7 +14,7 @@
 namespace tvp::host {
 namespace {
 
-/** Notes beyond this number would say nothing new. */
+/** Maximum number of breaches noted; more would say nothing new. */
 constexpr std::size_t MAXIMUM_BREACHES = 1000;
 
 struct ThreadEntry {
@@ -41,7 +41,7 @@ struct Broker::State {
         clones(broker, Scope::Kind::Lasting), strays(broker, Scope::Kind::Lasting) {}
 
   CMPIBroker face{};
-  const std::uint64_t serial = nextSerial();  ///< tells this broker from an earlier one at the same address
+  const std::uint64_t serial = nextSerial();  ///< distinguishes it from an earlier one at the same address
   const std::shared_ptr<const Schema> schema;
   const BrokerOptions options;
 
@@ -50,13 +50,16 @@ struct Broker::State {
   std::atomic<int> failCode{0};
   std::atomic<bool> recording{false};
 
-  std::mutex mutex;  ///< guards all that follows, up to the graveyards
+  std::mutex mutex;  ///< guards everything that follows, up to the graveyards
   std::shared_ptr<const BrokerHandlers> handlers = std::make_shared<const BrokerHandlers>();
   std::vector<const char*> callNames;
   std::vector<Breach> breaches;
   std::vector<std::unique_ptr<Scope>> attached;
 
-  /** The dead of a thread; apart, so that threads do not wait for each other nor free each other's memory. */
+  /**
+   * The dead objects of a thread; kept apart so that threads neither wait for each other nor free each
+   * other's memory.
+   */
   struct Graveyard {
     std::mutex mutex;
     std::deque<std::unique_ptr<ObjectCore>> objects;
@@ -78,7 +81,7 @@ Broker::~Broker() {
   enterScope(nullptr);
   m_state->attached.clear();
   for (Scope* scope : {&m_state->lasting, &m_state->clones, &m_state->strays}) {
-    scope->endSince(0);  // while there is a place for the dead
+    scope->endSince(0);  // while dead objects can still be kept
   }
 }
 
@@ -206,7 +209,7 @@ void Broker::detachThread() {
           return scope.get() == current;
         });
     if (known == m_state->attached.end()) {
-      return;  // the thread of a request stays what it is
+      return;  // a request's thread is not changed
     }
     detached = std::move(*known);
     m_state->attached.erase(known);

@@ -19,38 +19,38 @@ namespace tvp::host {
 class ObjectCore;
 class Scope;
 
-/** A call of the provider back into the broker: one of the intrinsic operations or a method call. */
+/** A call from the provider back into the broker: one of the intrinsic operations or a method call. */
 struct Upcall {
   std::string operation;  ///< the name of the broker's function, for example "enumerateInstanceNames"
   ObjectPath path;
-  Instance instance;  ///< of createInstance and modifyInstance
+  Instance instance;  ///< for createInstance and modifyInstance
   std::string name;   ///< the method or property; the query of execQuery
-  Arguments input;    ///< of invokeMethod; of setProperty, the value under its name
+  Arguments input;    ///< for invokeMethod; for setProperty, the value under its name
 };
 
-/** What an upcall is answered with: instances, paths or one value, by operation. */
+/** The result of an upcall: instances, paths or one value, depending on the operation. */
 struct UpcallAnswer {
   CMPIrc rc = CMPI_RC_ERR_NOT_SUPPORTED;
-  std::string message;  ///< goes with a status that is not success
+  std::string message;  ///< accompanies a status that is not success
   std::vector<Value> values;
-  Arguments output;  ///< of invokeMethod
+  Arguments output;  ///< for invokeMethod
 };
 
 /** What the host does when the provider calls. Called on the provider's threads, several at once. */
 struct BrokerHandlers {
-  /** An indication arrives; the answer is the status of deliverIndication. Default: taken and dropped. */
+  /** Receives an indication; the result is the status of deliverIndication. Default: accepts and drops it. */
   std::function<CMPIrc(const std::string& nameSpace, const Instance& indication)> onIndication;
-  /** Whether prepareAttachThread gives a context. Default: it does. */
+  /** Whether prepareAttachThread returns a context. Default: it does. */
   std::function<bool()> onPrepareAttachThread;
-  /** The status of attachThread; the thread is attached when it is CMPI_RC_OK. Default: CMPI_RC_OK. */
+  /** The status of attachThread; the thread is attached if it is CMPI_RC_OK. Default: CMPI_RC_OK. */
   std::function<CMPIrc()> onAttachThread;
-  /** Default: enumerations answer empty, everything else is not supported. */
+  /** Handles an upcall. Default: enumerations return nothing, everything else is not supported. */
   std::function<UpcallAnswer(const Upcall&)> onUpcall;
-  /** logMessage and trace, with the complete text. Default: dropped. */
+  /** Receives logMessage and trace, with the complete text. Default: drops it. */
   std::function<void(int severity, const std::string& id, const std::string& text)> onLog;
 };
 
-/** How a broker behaves where object managers differ; fixed for its life. */
+/** How a broker behaves where object managers differ; fixed for its lifetime. */
 struct BrokerOptions {
   /** State that getKey and getKeyAt report. COMPAT: an object manager that passes keys as plain good values.
    */
@@ -58,29 +58,29 @@ struct BrokerOptions {
   /** Accept unknown properties and wrong types silently. COMPAT: object managers that do. */
   bool lenient = false;
   /**
-   * Dead objects that are kept, so that a late use is reported instead of reading freed memory. A thread
-   * gets a sixteenth of them, at least one; from the 17th on, threads share.
+   * Number of dead objects that are kept, so that a late use is reported instead of reading freed memory. A
+   * thread gets a sixteenth of them, at least one; from the 17th on, threads share.
    */
   std::size_t graveyard = 16384;
 };
 
 /** On which threads a function of the broker may be called. */
 enum class Thread {
-  Attached,  ///< one that is in a request, or attached; another is noted as a breach
+  Attached,  ///< one that is in a request or attached; any other is noted as a breach
   Any
 };
 
 /**
  * The object manager's side of CMPI 2.0: the function tables and every encapsulated object.
  *
- * It is stricter than any object manager (see setProperty and addKey in Strictness below), checks the
- * handle that each call is given (an invalid one is answered with CMPI_RC_ERR_INVALID_HANDLE), can make
- * any call fail, and notes breaches of the rules.
+ * It is stricter than any object manager (see setProperty and addKey in Strictness below), checks the handle
+ * passed to each call (returning CMPI_RC_ERR_INVALID_HANDLE for an invalid one), can make any call fail, and
+ * notes breaches of the rules.
  *
- * Strictness: an instance of an unknown class cannot be made (CMPI_RC_ERR_INVALID_CLASS); setProperty of an
- * unknown property fails (CMPI_RC_ERR_NO_SUCH_PROPERTY), of a wrong type too (CMPI_RC_ERR_TYPE_MISMATCH; a
- * string takes CMPI_string and CMPI_chars, every type a null); addKey with an array type fails
- * (CMPI_RC_ERR_INVALID_DATA_TYPE). Values are copied when they are set.
+ * Strictness: an instance of an unknown class cannot be created (CMPI_RC_ERR_INVALID_CLASS); setProperty
+ * fails for an unknown property (CMPI_RC_ERR_NO_SUCH_PROPERTY) and for a wrong type
+ * (CMPI_RC_ERR_TYPE_MISMATCH; a string accepts CMPI_string and CMPI_chars, every type accepts null); addKey
+ * with an array type fails (CMPI_RC_ERR_INVALID_DATA_TYPE). Values are copied when they are set.
  *
  * Thread-safe. It must outlive the requests, the providers and the threads that use it.
  */
@@ -91,35 +91,37 @@ public:
   Broker(const Broker&) = delete;
   Broker& operator=(const Broker&) = delete;
 
-  /** The interface passed to a provider; valid as long as this object. */
+  /** The interface passed to a provider; valid as long as this object exists. */
   const CMPIBroker* cmpi() const;
   const Schema& schema() const;
   const BrokerOptions& options() const;
 
-  /** Replaces all handlers; calls that run already may still use the old ones. */
+  /** Replaces all handlers; calls already in progress may still use the old ones. */
   void setHandlers(BrokerHandlers handlers);
 
   /**
-   * Makes the n-th call from now fail, counted from 1 over all functions of the broker and of its
-   * objects: one that returns a status answers rc, any other answers null or 0 and sets rc.
-   * n = 0 takes the order back. The failing happens once.
+   * Makes the n-th call from now fail, counted from 1 over all functions of the broker and of its objects: a
+   * function that returns a status returns rc, any other returns null or 0 and sets rc. n = 0 cancels the
+   * request. Only one call fails.
    */
   void failCall(std::uint64_t n, CMPIrc rc);
   /** Calls made since the construction or resetCalls(). */
   std::uint64_t callCount() const;
-  /** Sets the count to 0, forgets the names, and records names from now on when asked to. */
+  /** Sets the count to 0, clears the names, and records names from now on if requested. */
   void resetCalls(bool recordNames = false);
-  /** Name of the i-th recorded call, from 0, for example "CMPIInstance.setProperty"; empty beyond. */
+  /** Name of the i-th recorded call, from 0, for example "CMPIInstance.setProperty"; empty past the last. */
   std::string callName(std::size_t i) const;
 
-  /** What went wrong so far, in order. Leaks appear after reportLeaks(). */
+  /** The breaches noted so far, in order. Leaks appear after reportLeaks(). */
   std::vector<Breach> breaches() const;
   void clearBreaches();
   /** Notes a breach, as the host's own checks do. */
   void addBreach(BreachKind kind, const std::string& text);
-  /** Notes every object that attached threads made and have not released. Call it when they have ended. */
+  /**
+   * Notes every object that attached threads created and have not released. Call it after they have ended.
+   */
   void reportLeaks();
-  /** Objects that attached threads made and have not released, right now. */
+  /** Number of objects that attached threads have created and not yet released. */
   std::size_t unreleasedObjects() const;
 
   /* What follows is for the function tables and objects of the broker, and for requests. */
@@ -128,19 +130,19 @@ public:
   static Broker* of(const CMPIBroker* broker);
   std::shared_ptr<const BrokerHandlers> handlers() const;
   /**
-   * Begins a call of a function: counts and records it, and notes a thread that is not attached when that
-   * matters. @throws CallFailure when failCall() has asked for it.
+   * Begins a call of a function: counts and records it, and notes a thread that is not attached if that
+   * matters. @throws CallFailure if failCall() requested it.
    */
   void enter(const char* function, Thread thread);
-  /** The current thread's scope; for a thread that has none, the one of strays. */
+  /** The current thread's scope; for a thread that has none, the scope for such stray threads. */
   Scope& scope();
-  /** Makes a scope the current thread's. @return the one before, null when there was none. */
+  /** Sets the current thread's scope. @return the previous one, null if there was none. */
   Scope* enterScope(Scope* scope);
   void attachThread();
   void detachThread();
-  /** Objects that live as long as the broker: the contexts prepared for threads. */
+  /** The scope of objects that live as long as the broker: the contexts prepared for threads. */
   Scope& lastingScope();
-  /** Clones, which belong to whoever made them. */
+  /** The scope of clones, which belong to their creator. */
   Scope& cloneScope();
   /** Keeps dead objects for a while. */
   void bury(std::vector<std::unique_ptr<ObjectCore>> dead);

@@ -19,7 +19,7 @@ CMPIInstance* newInstance(Broker& broker, Call& call, const CMPIObjectPath* path
   return call.make<CMPIInstance>(std::move(content));
 }
 
-/** Types that the elements of an array can have. */
+/** The types that the elements of an array can have. */
 bool canBeElement(CMPIType type) {
   switch (type) {
   case CMPI_ref:
@@ -32,7 +32,7 @@ bool canBeElement(CMPIType type) {
 }
 
 CMPIArray* newArray(Broker&, Call& call, CMPICount size, CMPIType type) {
-  // COMPAT: providers that name the array's type instead of its elements'; object managers take both.
+  // COMPAT: providers that name the array's type instead of its elements'; object managers accept both.
   CMPIType elementType = static_cast<CMPIType>(type & ~CMPI_ARRAY);
   if (!canBeElement(elementType)) {
     throw CallFailure{CMPI_RC_ERR_INVALID_DATA_TYPE};
@@ -75,7 +75,7 @@ CMPIError* newError(
   return call.make<CMPIError>(std::move(content));
 }
 
-/** The living object behind a face of any type. @throws CallFailure CMPI_RC_ERR_INVALID_HANDLE */
+/** The live object behind a face of any type. @throws CallFailure CMPI_RC_ERR_INVALID_HANDLE */
 ObjectCore& anyObject(const Call& call, const void* face) {
   ObjectCore* core = ObjectCore::of(face);
   if (core != nullptr && core->isAlive()) {
@@ -134,7 +134,7 @@ std::string nextInsert(const Call& call, va_list& inserts) {
   }
 }
 
-/** Puts the inserts in the places $0 to $9. */
+/** Substitutes the inserts for $0 to $9. */
 std::string formatMessage(const Call& call, const char* message, CMPICount count, va_list& inserts) {
   std::vector<std::string> texts;
   for (CMPICount i = 0; i < count; ++i) {
@@ -154,7 +154,7 @@ std::string formatMessage(const Call& call, const char* message, CMPICount count
   return result;
 }
 
-/** There are no translations here, so every message is the default one. */
+/** There are no translations, so every message is the default one. */
 CMPIString* makeMessage(
     const CMPIBroker* broker, const char* function, const char* message, CMPIStatus* status, CMPICount count,
     va_list& inserts) {
@@ -187,7 +187,10 @@ CMPIString* getMessage2(
   return result;
 }
 
-/** Logging and tracing go to the same handler; what is logged is also a remark of the running request. */
+/**
+ * Logging and tracing go to the same handler; what is logged is also recorded as a remark of the current
+ * request.
+ */
 template <bool isRemark>
 void writeLog(
     Broker& broker, Call& call, int severity, const char* id, const char* text, const CMPIString* string) {

@@ -7,7 +7,7 @@
 namespace tvp::host {
 namespace {
 
-/** A mark is a position in the current thread's scope, kept in memory of that scope. */
+/** A mark is a position in the current thread's scope, kept in that scope's memory. */
 CMPIGcStat* mark(Broker& broker, Call&) {
   auto* position = static_cast<std::uint64_t*>(broker.scope().allocate(sizeof(std::uint64_t), false));
   if (position == nullptr) {
@@ -26,7 +26,7 @@ char* duplicate(Broker& broker, Call&, const char* text) {
   return block == nullptr ? nullptr : static_cast<char*>(std::memcpy(block, text, size));
 }
 
-/** freeString and its like are the release functions of the objects. */
+/** freeString and the like are the release functions of the objects. */
 template <class Face>
 void freeObject(const CMPIBroker*, Face* object) {
   releaseObject(object);

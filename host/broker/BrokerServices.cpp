@@ -4,7 +4,7 @@
 namespace tvp::host {
 namespace {
 
-/** Object managers list what they can do as bits; these are the standard's numbers. */
+/** Object managers report their capabilities as bits; these are the standard's numbers. */
 constexpr unsigned int CAPABILITIES = 0x01 | 0x02 | 0x04 | 0x08 | 0x10 | 0x40 | 0x80 | 0x100;
 
 CMPIContext* prepareAttachThread(Broker& broker, Call& call, const CMPIContext* context) {
@@ -18,7 +18,7 @@ CMPIContext* prepareAttachThread(Broker& broker, Call& call, const CMPIContext* 
   return broker.lastingScope().make<CMPIContext>(std::move(content));
 }
 
-/** Attaching and detaching need a context that was prepared for a thread. */
+/** Attaching and detaching require a context that was prepared for a thread. */
 void requirePrepared(const Call& call, const CMPIContext* context) {
   if (!call.contentOf(context).prepared) {
     throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
@@ -54,7 +54,7 @@ void deliverIndication(
   }
 }
 
-/** What the host answers; without a handler lists are empty and the rest is not supported. */
+/** The host's result; without a handler, lists are empty and everything else is not supported. */
 UpcallAnswer
 ask(Call& call, const CMPIContext* context, const CMPIObjectPath* path, Upcall upcall, bool isList) {
   upcall.path = call.contentOf(path);
@@ -107,14 +107,16 @@ Upcall named(const char* name) {
   return upcall;
 }
 
-/** The enumerations take the context, the path and, some of them, a list of properties. */
+/** The enumerations take the context, the path and, in some cases, a list of properties. */
 template <class... Properties>
 CMPIEnumeration*
 enumerate(Broker&, Call& call, const CMPIContext* context, const CMPIObjectPath* path, Properties...) {
   return askForList(call, context, path);
 }
 
-/** Queries and associations pass the query or the association class first; the rest is for the provider. */
+/**
+ * Queries and associations pass the query or the association class first; the rest is meant for the provider.
+ */
 template <class... More>
 CMPIEnumeration* enumerateNamed(
     Broker&, Call& call, const CMPIContext* context, const CMPIObjectPath* path, const char* name, More...) {

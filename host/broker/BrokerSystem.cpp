@@ -13,7 +13,7 @@
 namespace tvp::host {
 namespace {
 
-/* These functions have no broker among their arguments: they are POSIX under other names. */
+/* These functions do not take a broker: they are POSIX functions under other names. */
 
 static_assert(sizeof(pthread_t) == sizeof(void*), "a thread's handle travels as a pointer");
 static_assert(sizeof(pthread_once_t) == sizeof(int), "the standard's once flag is the system's");
@@ -56,7 +56,7 @@ int createThreadKey(unsigned long* key, void (*destroy)(void*)) {
   return failure;
 }
 
-/** Makes a mutex or a condition; null when that fails. */
+/** Creates a mutex or a condition variable; null on failure. */
 template <class Thing, class Attributes>
 void* newThing(int (*initialise)(Thing*, const Attributes*)) {
   auto thing = std::make_unique<Thing>();

@@ -17,7 +17,7 @@ Value arrayFromCmpi(const Call& call, const CMPIArray* array, CMPIType type) {
   return Value::array(content.elementType, content.elements);
 }
 
-/** The content of an object that a value points to; no object is a null of the type. */
+/** The content of an object that a value points to; if there is no object, a null of the type. */
 template <class Face, class Convert>
 Value objectFromCmpi(const Call& call, const Face* face, CMPIType type, Convert convert) {
   return face == nullptr ? Value::null(type) : convert(call.contentOf(face));
@@ -103,7 +103,7 @@ CMPIData toCmpi(const Call& call, const Value& value) {
   case CMPI_sint16:
   case CMPI_sint32:
   case CMPI_sint64:
-    data.value.sint64 = value.asSigned();  // on this byte order the low bytes are the shorter members
+    data.value.sint64 = value.asSigned();  // in this byte order the shorter members are the low bytes
     break;
   case CMPI_string:
     data.value.string = call.makeString(value.asString());

@@ -13,24 +13,24 @@
 namespace tvp::host {
 
 /*
- * Every function that a provider can call has the same shape: examine the handle, count the call, fail when a
- * test asks for it, do the work, and let nothing thrown across. That shape is written here; the tables of
- * functions bind a body to each slot:
+ * Every function that a provider can call has the same shape: check the handle, count the call, fail if a
+ * test requested it, do the work, and let no exception escape. That shape is written here; the function
+ * tables bind a body to each slot:
  *
  *   bind<&CMPIArrayFT::getSize>(table, "getSize", [](ArrayContent& content, Call&) { ... });
  *
  * A body gets the content of the object (or the broker, for a function of the broker), the call, and the
- * arguments of the slot without the handle and the status. It returns the slot's value, or nothing where the
- * slot returns a status, and throws a CallFailure to end with another status than success.
+ * arguments of the slot without the handle and the status. It returns the slot's value, or nothing if the
+ * slot returns a status, and throws a CallFailure to end with a status other than success.
  */
 
-/** Ends the body of a function: the status that the provider gets. */
+/** Thrown to end the body of a function: the status that the provider gets. */
 struct CallFailure {
   CMPIrc code;
   std::string message = {};  ///< becomes the status's message unless it is empty
 };
 
-/** The living object behind a face, or null; a dead one is noted. Does not count as a call. */
+/** The live object behind a face, or null; a dead one is noted. Does not count as a call. */
 template <class Face>
 Object<Face>* livingObject(const Face* face, const char* function) {
   ObjectCore* core = ObjectCore::of(face);
@@ -44,7 +44,7 @@ Object<Face>* livingObject(const Face* face, const char* function) {
   return static_cast<Object<Face>*>(core);
 }
 
-/** What the functions of a face work on. */
+/** The object on which the functions of a face operate. */
 template <class Face>
 struct Target : ObjectTraits<Face> {};
 template <>
@@ -53,16 +53,16 @@ struct Target<CMPIBroker> {
   static constexpr char NAME[] = "CMPIBroker";
 };
 
-/** A call that is running: which function, of which broker. */
+/** A call in progress: which function, of which broker. */
 class Call {
 public:
   Call(Broker& broker, const char* function) : m_broker(broker), m_function(function) {}
 
   Broker& broker() const { return m_broker; }
-  /** "CMPIString.getCharPtr" and its like. */
+  /** The full name, such as "CMPIString.getCharPtr". */
   const char* function() const { return m_function; }
 
-  /** The content of an object that was given. @throws CallFailure CMPI_RC_ERR_INVALID_HANDLE */
+  /** The content of an object passed as an argument. @throws CallFailure CMPI_RC_ERR_INVALID_HANDLE */
   template <class Face>
   typename ObjectTraits<Face>::Content& contentOf(const Face* face) const {
     if (Object<Face>* object = livingObject(face, m_function)) {
@@ -71,7 +71,7 @@ public:
     throw CallFailure{CMPI_RC_ERR_INVALID_HANDLE};
   }
 
-  /** Makes an object that belongs to the current thread's scope. */
+  /** Creates an object that belongs to the current thread's scope. */
   template <class Face>
   Face* make(typename ObjectTraits<Face>::Content content) const {
     return m_broker.scope().make<Face>(std::move(content));
@@ -94,7 +94,7 @@ Argument* required(Argument* argument) {
   return argument != nullptr ? argument : throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
 }
 
-/** What a function answers when it fails: null, 0, or CMPIData without a value. */
+/** What a function returns when it fails: null, 0, or CMPIData without a value. */
 template <class Result>
 Result failedResult(CMPIrc code) {
   Result result{};
@@ -105,7 +105,7 @@ Result failedResult(CMPIrc code) {
   return result;
 }
 
-/** Runs a body that gets the content behind a face and the call; whatever it throws becomes the status. */
+/** Runs a body that gets the content behind a face and the call; any exception becomes the status. */
 template <class Face, class Body>
 CMPIStatus guarded(Face* face, const char* function, Thread thread, Body body) {
   try {
@@ -133,7 +133,7 @@ CMPIStatus guarded(Face* face, const char* function, Thread thread, Body body) {
   }
 }
 
-/** The face whose function stands in a slot of a table. */
+/** The face to which a slot of a table belongs. */
 template <class Slot>
 struct SlotTraits;
 template <class Table, class Result, class Owner, class... Arguments>
@@ -189,7 +189,8 @@ struct Entry<slot, Result (*)(Content&, Call&, Arguments...)> {
   }
 };
 
-/** The function for a slot, made from a body; its calls are recorded under the face's name and the one given.
+/**
+ * The function for a slot, made from a body; its calls are recorded under the face's name and the given one.
  */
 template <auto slot, class Body>
 auto entry(const char* name, Body body, Thread thread = Thread::Attached) {
@@ -219,8 +220,8 @@ CMPIStatus releaseObject(Face* face) {
 }
 
 /**
- * A table with the part that all types share, and what fill binds. A clone belongs to the caller and outlives
- * the request.
+ * A table with the slots that all types share, and those that fill binds. A clone belongs to the caller and
+ * outlives the request.
  */
 template <class Face, class Fill>
 auto objectTable(Fill fill) {

@@ -4,7 +4,7 @@
 namespace tvp::host {
 namespace {
 
-/* Each attribute of an error has a getter and mostly a setter; they differ in the member alone. */
+/* Each attribute of an error has a getter and usually a setter; they differ only in the member. */
 
 template <std::string ErrorContent::*member>
 CMPIString* text(ErrorContent& content, Call& call) {
@@ -31,7 +31,7 @@ CMPIArray* list(ErrorContent& content, Call& call) {
   return toCmpi(call, content.*member).value.array;
 }
 
-/** @tparam Array the setters differ in its constness */
+/** @tparam Array setters differ in its constness */
 template <Value ErrorContent::*member, class Array>
 void setList(ErrorContent& content, Call& call, Array* given) {
   CMPIValue array{};

@@ -63,7 +63,7 @@ void setPropertyFilter(InstanceContent& content, Call&, const char** properties,
 
 void setObjectPath(InstanceContent& content, Call& call, const CMPIObjectPath* path) {
   const ObjectPath& given = call.contentOf(path);
-  // The properties are those of the class, which therefore stays.
+  // The properties are those of the class, so the class cannot change.
   if (!call.broker().schema().isA(content.instance.path.className, given.className)) {
     throw CallFailure{CMPI_RC_ERR_INVALID_PARAMETER};
   }

@@ -36,9 +36,9 @@ struct StringContent {
 
 struct InstanceContent {
   Instance instance;
-  const SchemaClass* schemaClass = nullptr;  ///< set when the properties stand as the class declares them
+  const SchemaClass* schemaClass = nullptr;  ///< set if the properties are in the order of the class
   bool filtered = false;
-  std::vector<std::string> requested;  ///< with a filter: the names that count, beside the keys
+  std::vector<std::string> requested;  ///< with a filter: the names that pass, besides the keys
 
   /** The position of a property, if there is one of that name. */
   std::optional<std::size_t> find(const char* name) const;
@@ -49,7 +49,7 @@ struct InstanceContent {
 
 struct ArgsContent {
   Arguments arguments;
-  const SchemaMethod* method = nullptr;  ///< when set, names and types are checked against its outputs
+  const SchemaMethod* method = nullptr;  ///< if set, names and types are checked against its outputs
 };
 
 struct ArrayContent {
@@ -69,7 +69,7 @@ struct ResultHandle {
 struct ContextContent {
   std::vector<NamedValue> entries;
   bool nullPrincipal = false;  ///< the principal's string has a null text
-  bool prepared = false;       ///< made by prepareAttachThread
+  bool prepared = false;       ///< created by prepareAttachThread
 };
 
 struct SelectExpContent {
@@ -166,8 +166,8 @@ struct ObjectTraits<CMPIError> {
 };
 
 /**
- * What all encapsulated objects share: whose they are and whether they live. A dead object is kept for
- * a while without its content, so that a late use is seen.
+ * What all encapsulated objects share: their owner and whether they are alive. A dead object is kept for a
+ * while without its content, so that a late use is detected.
  */
 class ObjectCore {
 public:
@@ -179,22 +179,22 @@ public:
   ObjectCore(const ObjectCore&) = delete;
   ObjectCore& operator=(const ObjectCore&) = delete;
 
-  /** The object behind a face; null when there is none (null, a null handle, or a copied face). */
+  /** The object behind a face; null if there is none (null, a null handle, or a copied face). */
   static ObjectCore* of(const void* face);
 
   Broker& broker() const { return m_broker; }
-  /** The name of the C type; the one of ObjectTraits, so that types compare by its address. */
+  /** The name of the C type; that of ObjectTraits, so that types can be compared by its address. */
   const char* typeName() const { return m_typeName; }
   Life life() const { return m_life.load(std::memory_order_acquire); }
   bool isAlive() const { return life() == Life::Alive; }
   /** Ends the object and frees its content; only the first call does anything. */
   void die(Life how);
-  /** A release that was made to fail: its owner has not leaked the object. */
+  /** Records a release that was made to fail: the owner has not leaked the object. */
   void refuseRelease() { m_releaseRefused = true; }
   bool isLeak() const { return isAlive() && !m_releaseRefused; }
   std::uint64_t serial() const { return m_serial; }
   void setSerial(std::uint64_t serial) { m_serial = serial; }
-  /** The type, and the content where it helps to find the object. */
+  /** The type, and the content if it helps to find the object. */
   virtual std::string describe() const = 0;
 
 protected:
@@ -226,7 +226,7 @@ public:
   }
 
   Face* face() { return &m_face; }
-  /** Only of a living object. */
+  /** The content; only for a live object. */
   Content& content() { return *m_content; }
 
   std::string describe() const override {

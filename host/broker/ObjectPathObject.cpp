@@ -5,7 +5,7 @@
 namespace tvp::host {
 namespace {
 
-/* The parts of a path that are plain texts differ in their member alone. */
+/* The parts of a path that are plain texts differ only in their member. */
 
 template <std::string ObjectPath::*member>
 CMPIString* text(ObjectPath& content, Call& call) {
@@ -20,14 +20,14 @@ void setText(ObjectPath& content, Call&, const char* given) {
 void addKey(ObjectPath& content, Call& call, const char* name, const CMPIValue* given, CMPIType type) {
   required(name);
   required(given);
-  // Keys identify, so they are scalars that can be compared.
+  // Keys are identifiers, so they must be scalars that can be compared.
   if ((type & CMPI_ARRAY) != 0 || type == CMPI_instance || type == CMPI_null) {
     throw CallFailure{CMPI_RC_ERR_INVALID_DATA_TYPE};
   }
   setValue(content.keys, name, fromCmpi(call, given, type));
 }
 
-/** Marks what a key getter answers. */
+/** Marks what a key getter returns. */
 CMPIData asKey(CMPIData data, const Call& call) {
   if (data.state == CMPI_goodValue) {
     data.state = call.broker().options().keyState;
@@ -41,7 +41,7 @@ const SchemaClass& classOf(const ObjectPath& path, const Call& call) {
   return known != nullptr ? *known : throw CallFailure{CMPI_RC_ERR_INVALID_CLASS};
 }
 
-/** A qualifier of a property, method or parameter; without the element there is none. */
+/** A qualifier of a property, method or parameter; if the element does not exist, there is none. */
 CMPIData qualifierOf(const TypedElement* element, const Call& call, const char* name) {
   return valueNamed(call, element == nullptr ? Qualifiers() : element->qualifiers, name);
 }

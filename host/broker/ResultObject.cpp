@@ -4,7 +4,9 @@
 namespace tvp::host {
 namespace {
 
-/** What a result has collected, while it is open. @throws CallFailure CMPI_RC_ERR_FAILED after the end mark
+/**
+ * What a result has collected so far, while it is open. @throws CallFailure CMPI_RC_ERR_FAILED after the end
+ * mark
  */
 ResultContent& open(const ResultHandle& handle) {
   return !handle.content->done ? *handle.content : throw CallFailure{CMPI_RC_ERR_FAILED};

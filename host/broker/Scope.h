@@ -21,17 +21,17 @@ namespace tvp::host {
  */
 class Scope {
 public:
-  /** Of a request the dead objects stay to its end; elsewhere they are carried away now and then. */
+  /** In a request, dead objects stay until its end; elsewhere they are moved out from time to time. */
   enum class Kind { Request, Lasting };
 
   Scope(Broker& broker, Kind kind) : m_broker(broker), m_kind(kind) {}
-  /** Ends everything. */
+  /** Ends all objects. */
   ~Scope();
   Scope(const Scope&) = delete;
   Scope& operator=(const Scope&) = delete;
 
   Kind kind() const { return m_kind; }
-  /** Makes an object that the scope owns. @return what a provider sees of it */
+  /** Creates an object that the scope owns. @return what a provider sees of it */
   template <class Face>
   Face* make(typename ObjectTraits<Face>::Content content) {
     auto object = std::make_unique<Object<Face>>(m_broker, std::move(content));
@@ -39,21 +39,21 @@ public:
     adopt(std::move(object));
     return face;
   }
-  /** Takes over an object. */
+  /** Takes ownership of an object. */
   void adopt(std::unique_ptr<ObjectCore> object);
-  /** A mark that stands before all objects made later. */
+  /** A mark that precedes all objects created later. */
   std::uint64_t mark() const;
-  /** Ends the objects that were made since the mark; 0 stands for all. Blocks of memory go with all. */
+  /** Ends the objects created since the mark; 0 means all. Memory blocks are freed only with all objects. */
   void endSince(std::uint64_t mark);
-  /** Descriptions of the living objects whose release nobody has asked for. */
+  /** Descriptions of the live objects that nobody has tried to release. */
   std::vector<std::string> leaks() const;
 
-  /** Notes a text that the provider logged while the scope was the current one. */
+  /** Records a text that the provider logged while this was the current scope. */
   void addRemark(const std::string& text);
-  /** The texts noted so far, in order. */
+  /** The texts recorded so far, in order. */
   std::vector<std::string> remarks() const;
 
-  /** Memory that lives as long as the scope; like the functions of the C library. */
+  /** Memory that lives as long as the scope; like the C library's functions. */
   void* allocate(std::size_t size, bool zeroed);
   void* reallocate(void* block, std::size_t size);
   void release(void* block);

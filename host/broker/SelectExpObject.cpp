@@ -5,8 +5,8 @@ namespace tvp::host {
 namespace {
 
 /**
- * The host passes filters on and does not evaluate them: a subscription is served by the provider, and what
- * arrives is shown whole.
+ * The host passes filters on without evaluating them: subscriptions are served by the provider, and every
+ * indication that arrives is shown in full.
  */
 template <class Result, class... Arguments>
 Result notSupported(SelectExpContent&, Call&, Arguments...) {

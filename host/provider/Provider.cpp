@@ -11,7 +11,7 @@ namespace {
 /** One kind of call. */
 struct Operation {
   const char* name;
-  bool endMark;  ///< success must come with the end mark of the result
+  bool endMark;  ///< success requires the end mark of the result
 };
 
 std::string messageOf(const CMPIStatus& status) {
@@ -35,7 +35,7 @@ void collect(const Request& request, MethodOutcome& outcome) {
   }
 }
 
-/** One request: the body makes the objects and the call, and answers the provider's status. */
+/** One request: the body makes the objects and the call, and returns the provider's status. */
 template <class Result, class MI, class Body>
 Result
 call(Broker& broker, const CallOptions& options, MI* interface, const Operation& operation, Body body) {
@@ -62,7 +62,7 @@ call(Broker& broker, const CallOptions& options, MI* interface, const Operation&
   return outcome;
 }
 
-/** A list of names as the C interface wants it; valid as long as this object. */
+/** A list of names as the C interface expects it; valid as long as this object exists. */
 class NameList {
 public:
   explicit NameList(PropertyList names) : m_names(std::move(names)) {
@@ -76,7 +76,7 @@ public:
   NameList(const NameList&) = delete;
   NameList& operator=(const NameList&) = delete;
 
-  /** Null when there was no list. */
+  /** Null if there was no list. */
   const char** get() { return m_pointers.empty() ? nullptr : m_pointers.data(); }
 
 private:
@@ -88,7 +88,7 @@ const char* orNull(const std::string& text) {
   return text.empty() ? nullptr : text.c_str();
 }
 
-/** An object manager passes whole instances: what the caller left out is there, without a value. */
+/** An object manager passes whole instances: what the caller left out is present, without a value. */
 Instance wholeInstance(const Schema& schema, const Instance& given) {
   if (schema.find(given.path.className) == nullptr) {
     return given;
@@ -118,7 +118,7 @@ ObjectPath filterPath(const IndicationFilter& filter) {
   return path;
 }
 
-/** The shape of the operations on a path: context, result, path, and what the operation adds to them. */
+/** The form of the operations on a path: context, result, path, and what the operation adds to them. */
 template <class Result, class MI, class Table, class Function, class... More>
 Result onPath(
     Broker& broker, const CallOptions& options, MI* interface, const Operation& operation,
@@ -129,7 +129,7 @@ Result onPath(
   });
 }
 
-/** The shape of the operations on an indication filter. */
+/** The form of the operations on an indication filter. */
 template <class Function, class... More>
 Outcome onFilter(
     Broker& broker, const CallOptions& options, CMPIIndicationMI* interface, const char* name,

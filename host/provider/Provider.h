@@ -13,10 +13,10 @@
 
 namespace tvp::host {
 
-/** How a call ended: the provider's status, and its message. */
+/** The outcome of a call: the provider's status, and its message. */
 struct [[nodiscard]] Outcome {
   CMPIrc rc = CMPI_RC_OK;
-  std::string message;  ///< empty when the status carried none
+  std::string message;  ///< empty if the status had none
   /** What the provider logged through the broker on the thread of the request, in order. */
   std::vector<std::string> remarks;
 
@@ -32,11 +32,11 @@ struct PathsOutcome : Outcome {
 };
 
 struct MethodOutcome : Outcome {
-  Value returnValue;  ///< null without a type when the provider returned none
+  Value returnValue;  ///< null without a type if the provider returned none
   Arguments output;
 };
 
-/** The names that restrict an association request; an empty one is passed as null. */
+/** The names that restrict an association request; an empty name is passed as null. */
 struct AssociationFilter {
   std::string associationClass;
   std::string resultClass;
@@ -44,13 +44,13 @@ struct AssociationFilter {
   std::string resultRole;
 };
 
-/** What an object manager makes of a path before a provider sees it: whole numbers as CMPI_sint64. */
+/** A path as an object manager passes it to a provider: whole numbers as CMPI_sint64. */
 ObjectPath managerPath(ObjectPath path);
 
-/** The list of properties a request asks for; without a value, all of them. */
+/** The list of properties that a request asks for; without a value, all of them. */
 using PropertyList = std::optional<std::vector<std::string>>;
 
-/** A filter of indications as a subscription passes it; all indications unless told otherwise. */
+/** An indication filter as a subscription passes it; all indications by default. */
 struct IndicationFilter {
   std::string query = "SELECT * FROM CIM_Indication";
   std::string language = "WQL";
@@ -60,23 +60,23 @@ struct IndicationFilter {
 };
 
 /**
- * A provider and its four management interfaces, called as an object manager calls it. Each operation
- * is one request of its own, with the options given or else the defaults.
+ * A provider and its four management interfaces, called as an object manager calls it. Each operation is a
+ * request of its own, with the given options or else the defaults.
  *
  * Success without the end mark of the result is noted as a breach for the enumerations, getInstance,
- * createInstance, invokeMethod, references, referenceNames and associators; modifyInstance,
- * deleteInstance, associatorNames and execQuery of this system end without one.
- * An operation of an interface that the provider lacks answers CMPI_RC_ERR_NOT_SUPPORTED.
+ * createInstance, invokeMethod, references, referenceNames and associators; modifyInstance, deleteInstance,
+ * associatorNames and execQuery of this system return without one. An operation of an interface that the
+ * provider lacks returns CMPI_RC_ERR_NOT_SUPPORTED.
  *
- * Thread-safe: several threads may make requests at once; cleanup() comes after them.
+ * Thread-safe: several threads may make requests at once; cleanup() must come after them.
  */
 class Provider {
 public:
   /** Creates the interfaces. The broker must outlive this object. */
   Provider(Broker& broker, const ProviderFactories& factories, CallOptions defaults = {});
-  /** The same for a loaded library; without a clean-up before the end it stays in the process. */
+  /** The same for a loaded library; unless cleaned up before destruction, it stays in the process. */
   Provider(Broker& broker, std::shared_ptr<ProviderLibrary> library, CallOptions defaults = {});
-  /** Does not clean up: a one-shot host ends without waiting for the provider's threads. */
+  /** Does not clean up: a one-shot host exits without waiting for the provider's threads. */
   ~Provider();
   Provider(const Provider&) = delete;
   Provider& operator=(const Provider&) = delete;
@@ -89,7 +89,7 @@ public:
       const ObjectPath& path, const PropertyList& properties = {}, const CallOptions* options = nullptr);
   PathsOutcome
   createInstance(const ObjectPath& path, const Instance& instance, const CallOptions* options = nullptr);
-  /** Without a list the names of all properties that are set are passed: the list is never null. */
+  /** Without a list, the names of all properties that are set are passed: the list is never null. */
   Outcome modifyInstance(
       const ObjectPath& path, const Instance& instance, const PropertyList& properties = {},
       const CallOptions* options = nullptr);
@@ -123,12 +123,12 @@ public:
 
   /**
    * Cleans up every interface, in the order instance, method, association, indication.
-   * @return the first status that is not success (CMPI_RC_NEVER_UNLOAD when the provider refuses).
+   * @return the first status that is not success (CMPI_RC_NEVER_UNLOAD if the provider refuses).
    */
   Outcome cleanup(bool terminating);
 
   Broker& broker() const { return m_broker; }
-  /** The interfaces themselves, for tests of their tables; null when the provider lacks one. */
+  /** The interfaces themselves, for tests of their tables; null if the provider lacks one. */
   CMPIInstanceMI* instanceMI() const { return m_instanceMI; }
   CMPIMethodMI* methodMI() const { return m_methodMI; }
   CMPIAssociationMI* associationMI() const { return m_associationMI; }

@@ -10,7 +10,7 @@
 namespace tvp::host {
 namespace {
 
-/** A factory of the library; null when it has none of that name. */
+/** A factory of the library; null if it has none of that name. */
 template <class Factory>
 Factory findFactory(void* library, const std::string& providerName, const char* interfaceName) {
   return reinterpret_cast<Factory>(

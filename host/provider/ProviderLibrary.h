@@ -10,7 +10,7 @@
 
 namespace tvp::host {
 
-/** The four factory functions of a provider; one that it lacks is null. */
+/** The four factory functions of a provider; those that it lacks are null. */
 struct ProviderFactories {
   CMPIInstanceMI* (*instance)(const CMPIBroker*, const CMPIContext*, CMPIStatus*) = nullptr;
   CMPIMethodMI* (*method)(const CMPIBroker*, const CMPIContext*, CMPIStatus*) = nullptr;
@@ -24,14 +24,15 @@ public:
   using std::runtime_error::runtime_error;
 };
 
-/** A provider's shared library, loaded as object managers do it; unloaded on destruction unless it is kept.
+/**
+ * A provider's shared library, loaded as object managers load it; unloaded on destruction unless it is kept.
  */
 class ProviderLibrary {
 public:
   /**
    * @param fileName the library
-   * @param providerName the name that the factories begin with, NAME_Create_InstanceMI
-   * @throws ProviderLoadError when the file is missing, is not a library, or has none of the factories.
+   * @param providerName the prefix of the factories' names, as in NAME_Create_InstanceMI
+   * @throws ProviderLoadError if the file is missing, is not a library, or has none of the factories.
    */
   ProviderLibrary(const std::string& fileName, const std::string& providerName);
   ~ProviderLibrary();
@@ -39,7 +40,7 @@ public:
   ProviderLibrary& operator=(const ProviderLibrary&) = delete;
 
   const ProviderFactories& factories() const { return m_factories; }
-  /** Leaves the library in the process: its threads may still run. */
+  /** Leaves the library in the process, since its threads may still be running. */
   void keepLoaded() { m_handle = nullptr; }
 
 private:

@@ -16,27 +16,27 @@ namespace tvp::host {
 class Scope;
 struct ResultContent;
 
-/** What a request's context carries. */
+/** The contents of a request's context. */
 struct CallOptions {
   /** Whether the context has the entry CMPIPrincipal at all. */
   bool withPrincipal = true;
-  /** The user name; without a value the entry's string has a null text. */
+  /** The user name; without a value, the entry's string has a null text. */
   std::optional<std::string> principal = "root";
   /** The entry CMPIInvocationFlags. */
   CMPIFlags flags = 0;
 };
 
 /**
- * The scope of one call into a provider, on the thread that makes the call: its context, its result
- * and every object that is made on this thread meanwhile. When it ends, the objects are dead (a later
- * use is a breach); the results stay readable as C++ values.
+ * The scope of one call into a provider, on the thread that makes the call: its context, its result and every
+ * object created on this thread in the meantime. When it ends, the objects are dead (a later use is a
+ * breach); the results remain readable as C++ values.
  *
- * Requests nest (an upcall within a call). Not thread-safe: made, used and ended on one thread.
+ * Requests nest (an upcall within a call). Not thread-safe: created, used and ended on one thread.
  */
 class Request {
 public:
   explicit Request(Broker& broker, const CallOptions& options = {});
-  /** Ends it. */
+  /** Ends the request. */
   ~Request();
   Request(const Request&) = delete;
   Request& operator=(const Request&) = delete;
@@ -44,15 +44,18 @@ public:
   CMPIContext* context() const { return m_context; }
   CMPIResult* result() const { return m_result; }
 
-  /** Objects of this request made from values; owned by the request. No check of the schema is made. */
+  /** Create objects of this request from values; owned by the request, not checked against the schema. */
   CMPIObjectPath* objectPath(const ObjectPath& path);
   CMPIInstance* instance(const Instance& instance);
   CMPIArgs* arguments(const Arguments& arguments);
   CMPISelectExp* selectExpression(const std::string& query, const std::string& language);
-  /** The list for a method's output; with a method, names and types are checked against its parameters. */
+  /**
+   * Creates the list for a method's output; if the method is given, names and types are checked against its
+   * parameters.
+   */
   CMPIArgs* outputArguments(const SchemaMethod* method = nullptr);
 
-  /** Reads objects back into values. @throws std::invalid_argument for an invalid or a dead object. */
+  /** Read objects back into values. @throws std::invalid_argument for an invalid or a dead object. */
   static ObjectPath read(const CMPIObjectPath* path);
   static Instance read(const CMPIInstance* instance);
   static Arguments read(const CMPIArgs* arguments);
@@ -65,11 +68,11 @@ public:
   const std::vector<Instance>& instances() const;
   const std::vector<ObjectPath>& paths() const;
   const std::vector<Value>& data() const;
-  /** The message of the last error that the provider put into the result; empty when there was none. */
+  /** The message of the last error that the provider put into the result; empty if there was none. */
   const std::string& error() const;
   /** What the provider has logged through the broker on this thread, in order. */
   std::vector<std::string> remarks() const;
-  /** Whether the end mark came. */
+  /** Whether the end mark was set. */
   bool done() const;
 
 private:
@@ -77,7 +80,7 @@ private:
   const std::unique_ptr<Scope> m_scope;
   Scope* m_before;
   bool m_ended = false;
-  const std::shared_ptr<ResultContent> m_returned;  ///< shared with the result, whose end it outlives
+  const std::shared_ptr<ResultContent> m_returned;  ///< shared with the result, which it outlives
   CMPIContext* m_context;
   CMPIResult* m_result;
 };

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint64_t MICROSECONDS = 1000000;
 constexpr std::int64_t SECONDS_PER_DAY = 86400;
-/** Where digits stand in a date-time; the sign or colon before the zone says what it is. */
+/** The positions of the digits in a date-time; the sign or colon before the zone says which kind it is. */
 constexpr char FORM[] = "00000000000000.000000?000";
 constexpr std::size_t ZONE = 21;
 
@@ -63,7 +63,7 @@ std::optional<DateTime> DateTime::parse(const std::string& text) {
     const int offset = number(text, ZONE + 1, 3) * 60;
     seconds = ::timegm(&time) - (text[ZONE] == '-' ? -offset : offset);
   }
-  // Times before 1970 have no unsigned form; they read as the start of it.
+  // Times before 1970 cannot be represented as unsigned; they become the start of 1970.
   if (seconds >= 0) {
     result.m_microseconds =
         static_cast<std::uint64_t>(seconds) * MICROSECONDS + static_cast<std::uint64_t>(number(text, 15, 6));

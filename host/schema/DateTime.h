@@ -17,12 +17,14 @@ public:
   /** The start of 1970. */
   DateTime();
 
-  /** Reads a text of 25 characters. @return nothing when it is not a CIM date-time. */
+  /** Reads a text of 25 characters. @return nothing if it is not a CIM date-time. */
   static std::optional<DateTime> parse(const std::string& text);
-  /** The last time, and the longest interval, that the text has room for. */
+  /** The latest time, and the longest interval, that fit in the text. */
   static constexpr std::uint64_t LAST_TIME = 253402300799999999;
   static constexpr std::uint64_t LONGEST_INTERVAL = 8639999999999999999;
-  /** From microseconds: since the start of 1970 in UTC, or the length of an interval; up to those limits. */
+  /**
+   * Converts microseconds, since the start of 1970 in UTC or the length of an interval, up to those limits.
+   */
   static DateTime fromMicroseconds(std::uint64_t microseconds, bool interval);
   /** The current time, in UTC. */
   static DateTime now();

@@ -19,19 +19,19 @@ struct MofToken {
   unsigned int line = 1;
 
   bool isSymbol(char symbol) const { return kind == Kind::Symbol && text[0] == symbol; }
-  /** Whether it is this keyword, without regard to case. */
+  /** Whether it is this keyword, ignoring case. */
   bool isWord(const char* word) const;
-  /** For messages: what stands there. */
+  /** The token as shown in messages. */
   std::string description() const;
 };
 
-/** Splits a MOF text into words; leaves out blanks, comments and #pragma lines. */
+/** Splits a MOF text into words; skips blanks, comments and #pragma lines. */
 class MofLexer {
 public:
-  /** Both texts must live as long as the lexer; the file's name is for messages. */
+  /** Both texts must outlive the lexer; the file name is used in messages. */
   MofLexer(const std::string& text, const std::string& fileName);
 
-  /** The next word; Kind::End at the end, again and again. @throws MofError */
+  /** The next word; Kind::End at the end, however often it is called. @throws MofError */
   MofToken next();
 
 private:

@@ -82,7 +82,7 @@ private:
     } else {
       parseArrayMark(property);
       if (takeSymbol('=')) {
-        parseValue();  // an initial value: instances of providers never rely on it
+        parseValue();  // an initial value, which providers' instances never rely on
       }
       applyEmbedding(property, line);
       property.key = flag(property.qualifiers, "Key", false);
@@ -142,7 +142,7 @@ private:
     element.type = static_cast<CMPIType>(element.type | CMPI_ARRAY);
   }
 
-  /** A string that carries an instance is one, as its qualifier says. */
+  /** A string becomes an instance if its qualifier says that it contains one. */
   void applyEmbedding(TypedElement& element, unsigned int line) {
     const bool anyObject = flag(element.qualifiers, "EmbeddedObject", false);
     const Value* className = element.qualifier("EmbeddedInstance");
@@ -296,7 +296,7 @@ std::shared_ptr<const Schema> MofReader::readFile(const std::string& fileName) {
   if (!file) {
     throw MofError(fileName, 0, "cannot open the schema: " + std::string(std::strerror(errno)));
   }
-  file.peek();  // a directory opens like a file and fails here
+  file.peek();  // a directory can be opened like a file, but fails here
   if (file.bad()) {
     throw MofError(fileName, 0, "cannot read the schema: it is not a file");
   }

@@ -22,16 +22,16 @@ private:
 };
 
 /**
- * Reads class declarations in MOF: comments, #pragma lines and qualifier declarations (skipped), classes
- * with qualifiers, properties (arrays, references; initial values are read over), methods with parameters,
- * joined string literals. EmbeddedInstance and EmbeddedObject make a string property an instance. Instance
- * declarations are not read: a schema file has none.
+ * Reads class declarations in MOF: comments, #pragma lines and qualifier declarations (skipped), classes with
+ * qualifiers, properties (arrays, references; initial values are skipped), methods with parameters, joined
+ * string literals. EmbeddedInstance and EmbeddedObject turn a string property into an instance. Instance
+ * declarations are not supported: schema files have none.
  */
 class MofReader {
 public:
-  /** @throws MofError, also when the file cannot be opened (line 0). */
+  /** @throws MofError, also if the file cannot be opened (line 0). */
   static std::shared_ptr<const Schema> readFile(const std::string& fileName);
-  /** @param fileName only for messages. @throws MofError */
+  /** @param fileName used only in messages. @throws MofError */
   static std::shared_ptr<const Schema> readText(const std::string& text, const std::string& fileName);
 };
 

@@ -31,7 +31,7 @@ std::string mofLiteral(const std::string& text) {
   return result + "\"";
 }
 
-/** Puts the separator between texts. */
+/** Joins texts with a separator. */
 std::string join(const std::vector<std::string>& texts, const std::string& separator) {
   std::string result;
   for (const std::string& text : texts) {
@@ -63,7 +63,7 @@ std::string declaration(const TypedElement& element) {
   if (scalar == CMPI_ref) {
     type = element.className + " REF";
   } else if (scalar == CMPI_instance) {
-    type = "string";  // what is embedded stands in the qualifier EmbeddedInstance
+    type = "string";  // the embedded class is in the qualifier EmbeddedInstance
   }
   return type + " " + element.name + (array ? "[]" : "");
 }

@@ -9,11 +9,11 @@
 
 namespace tvp::host {
 
-/** A value as MOF writes it; texts quoted and escaped, embedded instances as texts that hold MOF. */
+/** A value in MOF syntax; texts are quoted and escaped, embedded instances are texts that contain MOF. */
 std::string mofValue(const Value& value);
-/** An instance declaration, with its newline; properties that are unset are NULL. */
+/** An instance declaration, with its newline; unset properties are NULL. */
 std::string mofInstance(const Instance& instance);
-/** A class declaration with its own features; what it inherits stands with its superclass. */
+/** A class declaration with its own features; inherited features are left to its superclass. */
 std::string mofClass(const SchemaClass& schemaClass);
 
 }  // namespace tvp::host

@@ -24,7 +24,7 @@ public:
       if (end == std::string::npos) {
         fail("a slash after the host name");
       }
-      if (end == 2) {  // what follows would be written as a host again
+      if (end == 2) {  // written back, what follows would become a host
         fail("a host name between the slashes");
       }
       path.host = m_text.substr(2, end - 2);

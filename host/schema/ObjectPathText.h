@@ -17,14 +17,14 @@ public:
 
 /**
  * The text form of a path: `root/ns:Class.Key="text",Number=3,Flag=TRUE`. The namespace and its colon are
- * left out when it is empty, the dot when there are no keys. Quotes and backslashes in texts get a
- * backslash before them.
+ * omitted if it is empty, as is the dot if there are no keys. Quotes and backslashes in texts are escaped
+ * with a backslash.
  */
 std::string toPathText(const ObjectPath& path);
 
 /**
- * Reads the text form. Numbers become CMPI_sint64, TRUE and FALSE CMPI_boolean, quoted texts CMPI_string.
- * A leading "//host/" is taken as the host.
+ * Reads the text form. Numbers become CMPI_sint64, TRUE and FALSE CMPI_boolean, quoted texts CMPI_string. A
+ * leading "//host/" is read as the host.
  * @throws PathSyntaxError for a malformed text.
  */
 ObjectPath parsePathText(const std::string& text);

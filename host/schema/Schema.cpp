@@ -16,7 +16,7 @@ const Element* findByName(const std::vector<Element>& elements, const std::strin
   return found == elements.end() ? nullptr : &*found;
 }
 
-/** What is inherited first; a redeclared element takes the place of the inherited one. */
+/** Inherited elements come first; a redeclared element replaces the inherited one. */
 template <class Element>
 std::vector<Element>
 inherit(const std::vector<Element>& inherited, std::vector<Element> own, const std::string& className) {

@@ -25,13 +25,13 @@ struct TypedElement {
   std::string className;        ///< of an embedded instance or a reference, else empty
   Qualifiers qualifiers;
 
-  /** @return null when the qualifier is not there. */
+  /** @return null if there is no such qualifier. */
   const Value* qualifier(const std::string& qualifierName) const {
     return findValue(qualifiers, qualifierName);
   }
-  /** The text of a string qualifier such as "Description"; empty when it is not there. */
+  /** The text of a string qualifier such as "Description"; empty if there is no such qualifier. */
   std::string text(const std::string& qualifierName) const;
-  /** The name that ValueMap and Values give to a number; empty when they do not know it. */
+  /** The name that ValueMap and Values give to a number; empty if they do not contain it. */
   std::string valueName(const std::string& number) const;
 };
 
@@ -51,11 +51,11 @@ struct SchemaMethod : TypedElement {
   std::vector<SchemaParameter> parameters;
   std::string origin;
 
-  /** @return null when there is no such parameter. */
+  /** @return null if there is no such parameter. */
   const SchemaParameter* parameter(const std::string& parameterName) const;
 };
 
-/** A class with what it inherits: inherited properties and methods come first. */
+/** A class including what it inherits: inherited properties and methods come first. */
 struct SchemaClass {
   std::string name;
   std::string superclass;  ///< empty for a base class
@@ -65,32 +65,32 @@ struct SchemaClass {
   std::vector<SchemaMethod> methods;
   std::map<std::string, std::size_t, NameLess> positions;  ///< of the properties, by name
 
-  /** Where a property stands, if there is one of that name. Does not allocate. */
+  /** The position of a property, if there is one of that name. Does not allocate. */
   std::optional<std::size_t> position(std::string_view propertyName) const;
-  /** @return null when there is no such property. */
+  /** @return null if there is no such property. */
   const SchemaProperty* property(const std::string& propertyName) const;
-  /** @return null when there is no such method. */
+  /** @return null if there is no such method. */
   const SchemaMethod* method(const std::string& methodName) const;
   bool isIndication() const;
 };
 
 /**
- * The classes that a broker knows. Built once (by MofReader), then only read: safe for any number of
- * threads. Class names are found without regard to case.
+ * The classes that a broker knows. Built once (by MofReader), then only read: safe for any number of threads.
+ * Class names are looked up ignoring case.
  */
 class Schema {
 public:
   /**
-   * Adds a class with its own features; what it inherits is put before them. A superclass that is
-   * not there is accepted as an external class when its name begins with "CIM_".
-   * @throws std::invalid_argument for a class that is there already (also as a superclass of another)
-   * or an unknown superclass.
+   * Adds a class with its own features; inherited features are put before them. A superclass that is not in
+   * the schema is accepted as an external class when its name begins with "CIM_".
+   * @throws std::invalid_argument for a class that already exists (also as a superclass of another) or an
+   * unknown superclass.
    */
   void add(SchemaClass added);
 
-  /** @return null when there is no such class. */
+  /** @return null if there is no such class. */
   const SchemaClass* find(const std::string& className) const;
-  /** Whether a class is the other one or derives from it. */
+  /** Whether a class is the same as the other one or derives from it. */
   bool isA(const std::string& className, const std::string& ancestor) const;
   /** The declared classes in the order of declaration, without external ones. */
   std::vector<const SchemaClass*> classes() const;

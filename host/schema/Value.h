@@ -18,10 +18,10 @@ struct ObjectPath;
 struct Instance;
 
 /**
- * One value as CMPI knows it: a type code, a state and the content. A plain value: copies are
- * independent (embedded instances and references are shared, and never change).
- * The type of an array has the CMPI_ARRAY bit; its elements are values of the element type.
- * The readers throw std::bad_variant_access when the content is of another kind, or null.
+ * One value as CMPI knows it: a type code, a state and the content. A plain value: copies are independent
+ * (embedded instances and references are shared, and never change). The type of an array has the CMPI_ARRAY
+ * bit; its elements are values of the element type. The readers throw std::bad_variant_access if the content
+ * is of another kind, or null.
  */
 class Value {
 public:
@@ -52,7 +52,7 @@ public:
 
   CMPIType type() const { return m_type; }
   CMPIValueState state() const { return m_state; }
-  /** Adds state bits such as CMPI_keyValue; comparison looks at null only. */
+  /** Adds state bits such as CMPI_keyValue; comparison considers only null. */
   void setState(CMPIValueState state) { m_state = state; }
   bool isNull() const { return (m_state & CMPI_nullValue) != 0; }
   bool isArray() const { return (m_type & CMPI_ARRAY) != 0; }
@@ -69,7 +69,7 @@ public:
   const std::shared_ptr<const Instance>& sharedInstance() const;
   const List& asArray() const { return std::get<List>(m_content); }
 
-  /** The value as MOF writes it: "text" quoted, NULL, {1, 2}; for people and test messages. */
+  /** The value in MOF syntax: "text" quoted, NULL, {1, 2}; for people and test messages. */
   std::string toText() const;
 
   bool operator==(const Value& other) const;
@@ -92,18 +92,18 @@ struct NamedValue {
   std::string name;
   Value value;
 
-  /** Names are compared without regard to case. */
+  /** Names are compared ignoring case. */
   bool operator==(const NamedValue& other) const;
   bool operator!=(const NamedValue& other) const { return !(*this == other); }
 };
 
-/** Finds by name without regard to case. @return null when it is not there. */
+/** Finds by name, ignoring case. @return null if there is none. */
 const Value* findValue(const std::vector<NamedValue>& values, const std::string& name);
 Value* findValue(std::vector<NamedValue>& values, const std::string& name);
 /** Replaces the value of that name, or appends it. */
 void setValue(std::vector<NamedValue>& values, const std::string& name, Value value);
 
-/** An object path. Keys keep their order; class, namespace and key names compare without case. */
+/** An object path. Keys keep their order; class, namespace and key names are compared ignoring case. */
 struct ObjectPath {
   std::string nameSpace;
   std::string className;
@@ -111,18 +111,18 @@ struct ObjectPath {
   std::string host;
 
   const Value* key(const std::string& name) const { return findValue(keys, name); }
-  /** Compares namespace, class and keys in any order; the host is left out. */
+  /** Compares namespace, class and keys in any order; the host is ignored. */
   bool operator==(const ObjectPath& other) const;
   bool operator!=(const ObjectPath& other) const { return !(*this == other); }
 };
 
-/** An instance: properties in the schema's order, each with its declared type, null when unset. */
+/** An instance: properties in the schema's order, each with its declared type, null if unset. */
 struct Instance {
   ObjectPath path;
   std::vector<NamedValue> properties;
 
   const Value* property(const std::string& name) const { return findValue(properties, name); }
-  /** Compares the class names and the properties; the paths' keys are left out. */
+  /** Compares the class names and the properties; the paths' keys are ignored. */
   bool operator==(const Instance& other) const;
   bool operator!=(const Instance& other) const { return !(*this == other); }
 };
@@ -131,7 +131,7 @@ struct Instance {
 struct Arguments {
   std::vector<NamedValue> values;
 
-  /** Appends an argument, or replaces the one of that name. @return itself, for chains. */
+  /** Appends an argument, or replaces the one of that name. @return itself, for chaining. */
   Arguments& add(const std::string& name, Value value);
   const Value* find(const std::string& name) const { return findValue(values, name); }
   bool operator==(const Arguments& other) const { return values == other.values; }

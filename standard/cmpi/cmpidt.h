@@ -78,7 +78,7 @@ typedef struct CMPIValuePtr {
   CMPICount length;
 } CMPIValuePtr;
 
-/** The value of a property, key, argument or array element; the CMPIType beside it selects the member. */
+/** The value of a property, key, argument or array element; the accompanying CMPIType selects the member. */
 typedef union CMPIValue {
   CMPIBoolean boolean;
   CMPIChar16 char16;
@@ -309,7 +309,7 @@ struct CMPIIndicationMI {
   CMPIIndicationMIFT* ft;
 };
 
-/* Entries of a CMPIContext: all strings, but the flags a uint32. */
+/* Entries of a CMPIContext: all are strings, except the flags, a uint32. */
 #define CMPIPrincipal "CMPIPrincipal"
 #define CMPIInvocationFlags "CMPIInvocationFlags"
 #define CMPIInitNameSpace "CMPIInitNameSpace"

@@ -61,7 +61,7 @@ struct CMPIBrokerFT {
       const CMPIBroker*, const CMPIContext*, const CMPIObjectPath*, const char*, CMPIStatus*);
 };
 
-/** Services of the broker that make and examine encapsulated objects. */
+/** Services of the broker that create and examine encapsulated objects. */
 struct CMPIBrokerEncFT {
   int ftVersion;
   CMPIInstance* (*newInstance)(const CMPIBroker*, const CMPIObjectPath*, CMPIStatus*);
@@ -133,7 +133,7 @@ struct CMPIBrokerMemFT {
   void (*freeSelectExp)(const CMPIBroker*, CMPISelectExp*);
 };
 
-/** What an instance provider answers. */
+/** The operations of an instance provider. */
 struct CMPIInstanceMIFT {
   int ftVersion;
   int miVersion;
@@ -156,7 +156,7 @@ struct CMPIInstanceMIFT {
       const char*);
 };
 
-/** What a method provider answers. */
+/** The operations of a method provider. */
 struct CMPIMethodMIFT {
   int ftVersion;
   int miVersion;
@@ -167,7 +167,7 @@ struct CMPIMethodMIFT {
       const CMPIArgs*, CMPIArgs*);
 };
 
-/** What an association provider answers. */
+/** The operations of an association provider. */
 struct CMPIAssociationMIFT {
   int ftVersion;
   const CMPISint32 miVersion;
@@ -187,7 +187,7 @@ struct CMPIAssociationMIFT {
       const char*);
 };
 
-/** What an indication provider answers. mustPoll has no result argument in this version. */
+/** The operations of an indication provider. mustPoll has no result argument in this version. */
 struct CMPIIndicationMIFT {
   int ftVersion;
   int miVersion;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 /**
- * Asserts the sizes and offsets of the CMPI structures on Linux x86-64. A provider and an object
- * manager that were never compiled together meet only through these numbers, so they are checked
- * whichever header files are in use, ours or those of an installed development package.
+ * Asserts the sizes and offsets of the CMPI structures on Linux x86-64. A provider and an object manager that
+ * were never compiled together meet only through these numbers, so they are checked whichever headers are in
+ * use, ours or those of an installed development package.
  */
 #ifndef STANDARD_CMPI_CMPILAYOUT_H
 #define STANDARD_CMPI_CMPILAYOUT_H

@@ -58,7 +58,7 @@ std::uint64_t PolicyEngine::moveChunks(const VolumeRecord& volume) {
       place(volume, victim->number, false);
       ++victim;
     } else {
-      break;  // all that follows is colder still, and every candidate for replacement hotter
+      break;  // all that follows is colder still, and all that could be replaced is hotter
     }
     place(volume, candidate.number, true);
     ++moved;

@@ -19,7 +19,7 @@ namespace voltvk {
 class Refusal : public std::runtime_error {
 public:
   /**
-   * @param detail what was wrong, with what, and what to do; characters that do not fit on one line are
+   * @param detail what was wrong, with what, and what to do; characters that do not belong in one line are
    *   escaped
    */
   Refusal(TvkStatus status, const std::string& detail)

@@ -12,7 +12,7 @@
 namespace voltvk {
 
 /*
- * The parts of the sentences that say why a request is refused. What names hold is made fit for one line
+ * The parts of the sentences that say why a request is refused. Names are escaped to fit on one line
  * by Refusal, once for the whole sentence.
  */
 

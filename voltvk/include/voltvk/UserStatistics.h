@@ -8,9 +8,9 @@
  * I/O and placement counters of one volume, in the driver's record layout. All are counts except chunkSize.
  */
 struct d_ioctl_user_stat {
-  std::uint64_t ssdTotalChunks;  ///< chunks of the volume that lie on the SSD pool
+  std::uint64_t ssdTotalChunks;  ///< chunks of the volume on the SSD pool
   std::uint64_t ssdExtraChunks;  ///< SSD chunks that the volume may still take
-  std::uint64_t hddTotalChunks;  ///< chunks of the volume that lie on the hard-disk pool
+  std::uint64_t hddTotalChunks;  ///< chunks of the volume on the hard-disk pool
   std::uint64_t readIoCount;
   std::uint64_t writeIoCount;
   std::uint64_t sequentialIoCount;
