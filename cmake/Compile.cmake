@@ -7,9 +7,9 @@ target_compile_options(tvp_compile INTERFACE
   $<$<COMPILE_LANGUAGE:CXX>:-fcheck-new>)
 target_include_directories(tvp_compile INTERFACE ${PROJECT_SOURCE_DIR})
 
-# Hardening of what is shipped. The provider runs in the object manager, usually as root. Everything is bound
-# and made read-only when it is loaded, and programs lie at a random address, in every build; what costs time
-# or needs the optimizer is left out of debug builds and of sanitizer builds, which check more anyway.
+# Hardening of what is shipped. The provider runs in the object manager, usually as root. In every build all
+# symbols are bound and made read-only at load time, and programs are position-independent; what costs time or
+# needs the optimizer is left out of debug builds and of sanitizer builds, which check more anyway.
 include(CheckPIESupported)
 check_pie_supported(LANGUAGES CXX C)
 target_link_options(tvp_compile INTERFACE -Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
@@ -23,7 +23,7 @@ if(TVP_SANITIZE)
   target_link_options(tvp_compile INTERFACE -fsanitize=${TVP_SANITIZE})
 endif()
 if(TVP_COVERAGE)
-  # tvpcim and the children of some tests end with _exit, before which nothing would be counted.
+  # tvpcim and the children of some tests end with _exit, which would otherwise lose their counts.
   add_library(tvp_coverage STATIC ${PROJECT_SOURCE_DIR}/cmake/CoverageOfExit.c)
   target_link_libraries(tvp_compile INTERFACE tvp_coverage)
   target_compile_options(tvp_compile INTERFACE --coverage -fprofile-update=atomic)
@@ -31,7 +31,7 @@ if(TVP_COVERAGE)
 endif()
 
 # tvp_add_layer(NAME [DIRECTORIES directories...] [LINK targets...]): a static library from all sources of the current
-# directory and of the named ones below it.
+# directory and of the named subdirectories.
 function(tvp_add_layer name)
   cmake_parse_arguments(ARG "" "" "DIRECTORIES;LINK" ${ARGN})
   list(TRANSFORM ARG_DIRECTORIES APPEND "/*.cpp")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 # What the storage library's interface lists, for files that are not C++: the schema, and programs and texts that must
-# not include the interface. Sets each limit of voltvk/Limits.h under its own name, and TVP_STATUS_VALUES.
+# not include the interface. Sets each limit in voltvk/Limits.h under its own name, and TVP_STATUS_VALUES.
 
 set(contract ${PROJECT_SOURCE_DIR}/voltvk/include/voltvk)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${contract}/Limits.h ${contract}/Status.def)

@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-# What `cmake --install` puts where. Two components: `provider` for machines with an object manager, `dev` for authors
-# of management clients. tvp-register and tvpcim find the rest from their own place, so every prefix works.
+# What `cmake --install` installs, and where. Two components: `provider` for machines with an object manager, `dev` for authors
+# of management clients. tvp-register and tvpcim find the rest relative to their own location, so any prefix works.
 
 set(TVP_SHARED_DIRECTORY ${CMAKE_INSTALL_DATADIR}/tarvexpro)
-# Debian's zsh looks for the completions of packages in a directory of its own.
+# Debian's zsh looks for packaged completions in a separate directory.
 if(EXISTS /etc/debian_version)
   set(TVP_ZSH_COMPLETION_DIRECTORY ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions CACHE STRING "Completions of zsh")
 else()
@@ -21,7 +21,7 @@ function(tvp_compress variable source name)
   set(${variable} ${output} PARENT_SCOPE)
 endfunction()
 
-# The indication class alone, for the namespace that indications are delivered in: the other classes of the schema are
+# Only the indication class, for the namespace in which indications are delivered: the other classes of the schema are
 # not served there.
 function(tvp_extract_indication_class)
   file(READ ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof text)
@@ -53,7 +53,7 @@ install(FILES ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof ${CMAKE_BINARY_DIR}/sh
   DESTINATION ${TVP_SHARED_DIRECTORY} COMPONENT provider)
 install(FILES schema/pegasus/TVPRegistration.mof DESTINATION ${TVP_SHARED_DIRECTORY}/pegasus COMPONENT provider)
 install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_DIRECTORY}/sfcb COMPONENT provider)
-# The provider reads its catalogue from this very place, whatever the prefix.
+# The provider reads its catalogue from exactly this location, whatever the prefix.
 install(FILES share/TVPEvents.properties DESTINATION /usr/VolMan COMPONENT provider)
 
 install(FILES packaging/debian/lintian-overrides RENAME tarvexpro-provider
@@ -69,7 +69,7 @@ foreach(component IN ITEMS provider dev)
     DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-${component} COMPONENT ${component})
 endforeach()
 
-# tvp_configure_completion(COMMAND): what completes a command from its help.
+# tvp_configure_completion(COMMAND): the completion of a command from its help.
 function(tvp_configure_completion command)
   string(REPLACE - _ function ${command})
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/packaging/completion/offers.sh)

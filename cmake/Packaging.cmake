@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# The Debian packages: tarvexpro-provider and tarvexpro-dev. Made by `./dev package`.
+# The Debian packages: tarvexpro-provider and tarvexpro-dev. Built by `./dev package`.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tarvexpro)
@@ -8,7 +8,7 @@ set(CPACK_PACKAGE_CONTACT "tarvexPro maintainers <maintainers@tarvexpro.invalid>
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
 set(CPACK_COMPONENTS_ALL provider dev)
 set(CPACK_STRIP_FILES ON)
-# Installed below DESTDIR: the event catalogue has an absolute place.
+# Installed under DESTDIR, since the event catalogue has an absolute path.
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
