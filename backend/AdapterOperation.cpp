@@ -16,7 +16,7 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** Keeps what the exception that is being handled says; nothing when it says nothing. */
+/** Copies the message of the exception being handled; leaves the text unchanged if it has none. */
 void keepTextOfException(char (&text)[TVK_DETAIL_SIZE]) noexcept {
   try {
     throw;

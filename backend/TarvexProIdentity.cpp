@@ -61,7 +61,7 @@ void insertLimits(const TvkAdapterIdentity& identity, tvpCIMInstanceWrapper& wra
   wrapper.tvpAddProp<unsigned char>("VirtualVolumeCount", identity.virtualVolumeCount, false, false);
 }
 
-/** @return false when the library refuses, as ret then says, or throws; then there is nothing to publish. */
+/** @return false if the library throws or refuses (see ret); there is then nothing to publish. */
 bool readIdentity(TvkAdapter& adapter, TvkAdapterIdentity& identity, Ret& ret) {
   try {
     ret = adapter.getIdentity(identity);
@@ -105,7 +105,7 @@ unsigned int insertIdentity(tvpCIMInstanceWrapper& wrapper, Ret& ret) {
 unsigned int InsertFeatureIdentityInfo(tvpCIMInstanceWrapper& wrapper) {
   Ret ret;
   const unsigned int result = insertIdentity(wrapper, ret);
-  reportRefusal("TvkAdapter::getIdentity", ret.getDetail());  // after all lines of the operation
+  reportRefusal("TvkAdapter::getIdentity", ret.getDetail());  // after all other lines of the operation
   return result;
 }
 

@@ -18,9 +18,9 @@ class TVPInterface;
 using TVPInterfaceCleanUp = KvsSingletonCleanUp<TVPInterface>;
 
 /**
- * The one gateway to the storage library: owns its top object, starts and stops the event listener and
- * carries out the extrinsic methods by name. No operation throws. All operations may
- * be called from any thread; calls into the storage library are not serialised here.
+ * The only gateway to the storage library: owns its top object, starts and stops the event listener and
+ * executes the extrinsic methods by name. No operation throws. All operations may be called from any thread;
+ * calls into the storage library are not serialised here.
  */
 class TVPInterface {
 public:
@@ -67,7 +67,7 @@ public:
 private:
   TVPInterface();
 
-  /** What the library throws is logged, and the reason for a missing driver, once for each new reason. */
+  /** Logs what the library throws, and the reason for a missing driver, once for each new reason. */
   void refreshConfiguration();
   void reportMissingDriver(TvkLib& library);
 

@@ -53,7 +53,7 @@ void logRefusalReason(const fwf::RefusalReason& reason, const CMPIBroker* broker
   }
   constexpr int ERROR_SEVERITY = 4;  // after 1 debug, 2 information and 3 warning
   try {
-    // What it returns or throws does not matter: the provider's own log has the reason too.
+    // Failures do not matter: the reason is in the provider's own log too.
     broker->eft->logMessage(broker, ERROR_SEVERITY, "TVP", reason.text(), nullptr);
   } catch (...) {
   }

@@ -41,13 +41,14 @@ void setStatusOf(const fwf::CIMException& exception, const CMPIBroker* broker, C
 
 /**
  * Passes the reason of a refusal, if there is one, to the object manager's log: the status and its message
- * have no room for it. An object manager without that function is left alone.
+ * have no room for it. Does nothing if the object manager lacks that function.
  */
 void logRefusalReason(const fwf::RefusalReason& reason, const CMPIBroker* broker) noexcept;
 
 /**
- * Runs an operation between its two trace lines; the second is written also after an exception, which
- * ends here as a status. What the storage library refused meanwhile goes to the object manager's log.
+ * Runs an operation between its two trace lines; the second is written even after an exception, which is
+ * turned into a status here. What the storage library refused in the meantime is reported to the object
+ * manager's log.
  * @param entry first word of the entry line
  */
 template <typename Work>

@@ -9,7 +9,10 @@ namespace tvp::cim::fwf {
 
 namespace {
 
-/** Which object the calling thread has; made when the library is loaded, deleted when it is unloaded. */
+/**
+ * The calling thread's current object; the key is created when the library is loaded and deleted when it is
+ * unloaded.
+ */
 class CurrentReason {
 public:
   CurrentReason() : m_made(pthread_key_create(&m_key, nullptr) == 0) {}
@@ -24,7 +27,7 @@ public:
   RefusalReason* get() const {
     return m_made ? static_cast<RefusalReason*>(pthread_getspecific(m_key)) : nullptr;
   }
-  /** When it fails, on allocation failure, the request has no reason. */
+  /** On allocation failure, the request has no reason. */
   void set(RefusalReason* reason) const {
     if (m_made) {
       pthread_setspecific(m_key, reason);
