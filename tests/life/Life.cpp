@@ -137,6 +137,19 @@ void Life::unload() {
   end();
 }
 
+host::MethodOutcome
+Life::invoke(const MethodCall& call, const std::string& why, const std::string& className) {
+  return answerOf(className + "." + call.method + ": " + why, [&](host::Provider& provider) {
+    return provider.invokeMethod(classPath(className), call.method, call.arguments);
+  });
+}
+
+host::InstancesOutcome Life::enumerate(const std::string& className, const std::string& why) {
+  return answerOf("enumerateInstances of " + className + ": " + why, [&](host::Provider& provider) {
+    return provider.enumerateInstances(classPath(className));
+  });
+}
+
 void Life::round(const std::string& title) {
   begin(title);
   ListenerSleep::instance().wake();

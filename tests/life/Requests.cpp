@@ -99,19 +99,6 @@ MethodCall ofPool(const std::string& method, std::uint32_t pool) {
   return {method, Arguments().add("VirtualPoolId", Value::uint32(pool))};
 }
 
-host::MethodOutcome
-invoke(Life& life, const MethodCall& call, const std::string& why, const std::string& className) {
-  return life.answerOf(className + "." + call.method + ": " + why, [&](Provider& provider) {
-    return provider.invokeMethod(classPath(className), call.method, call.arguments);
-  });
-}
-
-host::InstancesOutcome enumerate(Life& life, const std::string& className, const std::string& why) {
-  return life.answerOf("enumerateInstances of " + className + ": " + why, [&](Provider& provider) {
-    return provider.enumerateInstances(classPath(className));
-  });
-}
-
 std::uint32_t identifierOf(const host::InstancesOutcome& outcome, const std::string& name) {
   for (const Instance& instance : outcome.instances) {
     const bool isPool = instance.property("VirtualPoolId") != nullptr;
@@ -134,7 +121,7 @@ void askInstances(Life& life, const std::string& className) {
   const std::string of = " of " + className;
   const host::CallOptions nobody = asUser("nobody");
   Instance given{one, {{"CreationClassName", Value::string(className)}}};
-  enumerate(life, className, "all");
+  life.enumerate(className, "all");
   life.step("enumerateInstances" + of + ": one property, as nobody", [&](Provider& provider) {
     return provider.enumerateInstances(path, std::vector<std::string>{"CreationClassName"}, &nobody);
   });
