@@ -5,7 +5,6 @@
 #include "oslib/KVSSystem.h"
 
 #include <functional>
-#include <random>
 #include <thread>
 
 namespace tvp::test {
@@ -177,16 +176,6 @@ TEST_F(InboundConversionTest, ArgumentsKeepNullsAndSeveralArrays) {
   EXPECT_FALSE(a[7].uint32Slot().m_isNull);
 }
 
-TEST_F(InboundConversionTest, OtherArgumentsAreRefusedAlsoWhenNull) {
-  for (const CMPIType type :
-       {CMPI_sint8, CMPI_sint32, CMPI_real32, CMPI_char16, CMPI_uint16A, CMPI_booleanA}) {
-    host::Arguments given;
-    given.add("A", Value::null(type));
-    EXPECT_EQ(thrownCode([&] { converted(given); }), FW_RC_NOT_SUPPORTED) << type;
-    EXPECT_TRUE(m_log.has(LogCapture::message(4, "Unsupported data type: " + std::to_string(type))));
-  }
-}
-
 TEST_F(InboundConversionTest, WhicheverCallFailsTheConversionFails) {
   host::Instance instance{
       partPath(), {{"Text", Value::string("t")}, {"Other", Value::reference(partPath())}}};
@@ -252,36 +241,6 @@ TEST_F(InboundConversionTest, NullObjectsEndInExceptions) {
   const char* names[] = {"a", "b", nullptr};
   CMPIHelper::ConvertChartoStringVector(names, texts);
   EXPECT_EQ(texts, (std::vector<std::string>{"kept", "a", "b"}));
-}
-
-TEST_F(InboundConversionTest, TheTextOfAPathIsMadeWithoutTraces) {
-  m_log.clear();
-  const std::string text = CMPIHelper::objectPathText(m_request.objectPath(pathWithAllKinds()));
-  EXPECT_NE(text.find(":TEST_All.Text=\"t\",Flag=,Number=,Ref=//"), std::string::npos) << text;
-  EXPECT_TRUE(m_log.lines().empty());
-}
-
-TEST_F(InboundConversionTest, RandomArgumentsConvertOrAreRefused) {
-  const std::vector<CMPIType> types = {CMPI_boolean, CMPI_char16, CMPI_real32,   CMPI_real64,  CMPI_uint8,
-                                       CMPI_uint16,  CMPI_uint32, CMPI_uint64,   CMPI_sint8,   CMPI_sint64,
-                                       CMPI_string,  CMPI_ref,    CMPI_instance, CMPI_dateTime};
-  std::mt19937 random(7);
-  for (int round = 0; round < 500; ++round) {
-    host::Arguments given;
-    for (unsigned int i = random() % 4; i > 0; --i) {
-      const CMPIType type = types[random() % types.size()];
-      const bool isArray = random() % 2 == 0;
-      Value value = Value::null(isArray ? static_cast<CMPIType>(type | CMPI_ARRAY) : type);
-      if (isArray && random() % 2 == 0) {
-        value = Value::array(type, Value::List(random() % 3, Value::null(type)));
-      }
-      given.add("A" + std::to_string(i), value);
-    }
-    CIMMethodParam out;
-    const CMPIArgs* args = m_request.arguments(given);
-    const unsigned int code = thrownCode([&] { CMPIHelper::CMPIArgsToFrameWorkMethodParam(args, out); });
-    EXPECT_TRUE(code == FW_RC_NOT_SUPPORTED || (code == 0 && out.getArgumentCount() == given.values.size()));
-  }
 }
 
 }  // namespace

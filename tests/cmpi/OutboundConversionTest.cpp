@@ -4,7 +4,6 @@
 #include "cmpi/CMPIObjectGuard.h"
 #include "cmpimacs.h"
 
-#include <random>
 #include <set>
 #include <thread>
 
@@ -138,8 +137,6 @@ TEST_F(OutboundConversionTest, ScalarKeysOfAPathKeepTypeAndOrder) {
   EXPECT_EQ(result.keys[1].value, Value::uint32(3));
   EXPECT_EQ(result.keys[2].value, Value::boolean(true));
   EXPECT_EQ(result.keys[3].name, "Other");
-  EXPECT_TRUE(m_log.has(LogCapture::message(4, " string property x")));
-  EXPECT_TRUE(m_log.has(LogCapture::message(4, " FrameworkObjectPathToCMPIObjectPath Exit")));
 }
 
 TEST_F(OutboundConversionTest, ArgumentsGoOutUnderTheTypesTheirClientsKnow) {
@@ -189,11 +186,6 @@ TEST_F(OutboundConversionTest, ReferencesAndInstancesGoOutAsArguments) {
   ASSERT_EQ(result.find("Instances")->asArray().size(), 2U);
   EXPECT_EQ(*result.find("Instances")->asArray()[1].asInstance().property("Id"), Value::string("2"));
   EXPECT_EQ(m_log.count(LogCapture::message(4, "Instance ")), 1U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "Instance array")), 1U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "array 3 ")), 1U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "Converting instance ")), 2U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "inserting")), 2U);
-  EXPECT_TRUE(m_log.has(LogCapture::message(4, "Prop type 31")));
 }
 
 TEST_F(OutboundConversionTest, EachDirectionRefusesTheTypesItDoesNotTake) {
@@ -280,34 +272,6 @@ TEST_F(OutboundConversionTest, WhicheverCallFailsTheConversionFailsAndLeavesNoth
       }
     });
   }).join();
-  EXPECT_TRUE(
-      m_log.has(LogCapture::message(5, "FrameworkObjectPathToCMPIObjectPath:Cannot set object path.")));
-}
-
-TEST_F(OutboundConversionTest, RandomValuesSurviveBothWays) {
-  std::mt19937 random(20261);
-  for (int round = 0; round < 200; ++round) {
-    std::string text;
-    for (std::size_t length = random() % 40; length > 0; --length) {
-      text += static_cast<char>(1 + random() % 126);
-    }
-    const std::vector<CIMProperty> properties = {
-        scalar<std::string>("Text", PDT_STRING, text),
-        scalar("U64", PDT_UINT64, (static_cast<unsigned long long>(random()) << 32U) | random()),
-        scalar("U32", PDT_UINT32, static_cast<unsigned int>(random())),
-        scalar("U16", PDT_UINT16, static_cast<unsigned short>(random())),
-        scalar("U8", PDT_UINT8, static_cast<unsigned char>(random())),
-        scalar("Flag", PDT_BOOLEAN, random() % 2 == 0)};
-    const CIMInstance sent = instanceOf("TEST_All", properties);
-    CIMInstance received;
-    CMPIHelper::setProps(
-        CMPIHelper::FrameworkInstanceToCMPIInstance(sent, m_broker.cmpi(), nullptr), received);
-    ASSERT_EQ(received.getPropertyCount(), properties.size());
-    for (const CIMProperty& property : properties) {
-      ASSERT_NE(received.getPropertyByName(property.name()), nullptr);
-      EXPECT_TRUE(received.getPropertyByName(property.name())->equals(property)) << property.name();
-    }
-  }
 }
 
 }  // namespace

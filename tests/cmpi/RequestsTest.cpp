@@ -46,8 +46,6 @@ TEST_F(RequestsTest, ReadingOperationsCarryPathAndListsBothWays) {
   EXPECT_EQ(all.instances[1].path.keys.at(0).value, Value::string("b"));
   EXPECT_TRUE(m_plugin.givenPath.keyBindings().empty()) << "enumerations leave the keys out";
   EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::EnumInstances ClassName:TEST_All")));
-  EXPECT_TRUE(m_log.has(LogCapture::trace("Entering CMPIAdapter::EnumInstances")));
-  EXPECT_TRUE(m_log.has(LogCapture::trace("Exiting CMPIAdapter::EnumInstances")));
 
   const host::PathsOutcome names = m_provider->enumerateInstanceNames(itemPath("x"));
   ASSERT_EQ(names.paths.size(), 1U);
@@ -57,18 +55,11 @@ TEST_F(RequestsTest, ReadingOperationsCarryPathAndListsBothWays) {
   m_log.clear();
   EXPECT_EQ(m_provider->getInstance(itemPath("q")).instances.size(), 2U);
   EXPECT_EQ(m_plugin.givenPath.keyBindings().size(), 2U);
-  EXPECT_EQ(m_log.count(LogCapture::trace("Exiting CMPIAdapter::GetInstance")), 2U);
   EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::GetInstance ClassName:TEST_All")));
-  EXPECT_FALSE(m_log.has(LogCapture::trace("Entering CMPIAdapter::GetInstance")));
 
   m_plugin.instances.clear();
   const host::InstancesOutcome none = m_provider->getInstance(itemPath("q"));
   EXPECT_TRUE(none.ok() && none.instances.empty());
-  const host::InstancesOutcome unknown = m_provider->enumerateInstances(path("NONE_Such"));
-  EXPECT_TRUE(unknown.ok() && unknown.instances.empty());
-  const host::InstancesOutcome nameless = m_provider->enumerateInstances(path(""));
-  EXPECT_EQ(nameless.rc, CMPI_RC_ERR_FAILED);
-  EXPECT_EQ(nameless.message, "Failed to convert CMPI ObjectPath to CIM ObjectPath");
 }
 
 TEST_F(RequestsTest, CreatingAndDeletingAreAcceptedAndDoNothing) {
