@@ -81,9 +81,8 @@ TEST_F(IndicationDeliveryTest, WhateverBecomesOfAnIndicationNothingIsLeftBehind)
 
 TEST_F(IndicationDeliveryTest, AThreadIsOnlyAttachedWithAPreparedContext) {
   m_handlers.onPrepareAttachThread = [] { return false; };
-  std::atomic<int> attached{0};
-  m_handlers.onAttachThread = [&] {
-    ++attached;
+  m_handlers.onAttachThread = [] {
+    ADD_FAILURE() << "attached";
     return CMPI_RC_OK;
   };
   m_broker.setHandlers(m_handlers);
@@ -98,13 +97,6 @@ TEST_F(IndicationDeliveryTest, AThreadIsOnlyAttachedWithAPreparedContext) {
   EXPECT_FALSE(deliver());
   EXPECT_EQ(m_log.count(LogCapture::message(5, EQUAL_CONTEXTS)), 3U);
   EXPECT_EQ(m_log.count(LogCapture::message(5, "Could not deliver indication")), 3U);
-  EXPECT_EQ(attached, 0);
-
-  m_handlers.onPrepareAttachThread = nullptr;
-  m_broker.setHandlers(m_handlers);
-  static_cast<void>(m_provider->activateFilter({}));
-  EXPECT_TRUE(deliver()) << "the next activation heals it";
-  EXPECT_EQ(attached, 1);
 }
 
 TEST_F(IndicationDeliveryTest, AnActivationWithoutAContextPreparesNothing) {

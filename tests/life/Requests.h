@@ -38,6 +38,17 @@ void askEverything(Life& life, const std::string& className);
 /** The association operations with filters. */
 void askNamedAssociations(Life& life, const std::string& className);
 
+// Unusual requests.
+
+/** The functions of the four interfaces without their arguments. */
+void askWithoutArguments(Life& life);
+
+/** Keys, properties and arguments of every type. */
+void askWithEveryType(Life& life);
+
+/** Requests of every kind while one function of the object manager after the other fails. */
+void askWhileCallsFail(Life& life);
+
 }  // namespace tvp::test
 
 #endif

@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "life/UnusualRequests.h"
-
 #include "host/provider/Request.h"
 #include "host/schema/Names.h"
 #include "life/Requests.h"
