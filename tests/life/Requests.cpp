@@ -24,12 +24,6 @@ Value list(CMPIType type, const std::vector<Number>& numbers) {
   return Value::array(type, std::move(elements));
 }
 
-host::CallOptions asUser(const std::string& name) {
-  host::CallOptions options;
-  options.principal = name;
-  return options;
-}
-
 }  // namespace
 
 MethodCall createPool(const std::string& name, const std::vector<std::uint8_t>& drives, std::uint8_t tier) {
@@ -119,7 +113,8 @@ void askInstances(Life& life, const std::string& className) {
   const host::ObjectPath one =
       classPath(className, {{"CreationClassName", Value::string(className)}, {"Number", Value::uint32(7)}});
   const std::string of = " of " + className;
-  const host::CallOptions nobody = asUser("nobody");
+  host::CallOptions nobody;
+  nobody.principal = "nobody";
   Instance given{one, {{"CreationClassName", Value::string(className)}}};
   life.enumerate(className, "all");
   life.step("enumerateInstances" + of + ": one property, as nobody", [&](Provider& provider) {
