@@ -36,6 +36,9 @@ TEST_F(RunningProviderTest, TheLastTerminatingCleanUpTearsDownForGood) {
   EXPECT_EQ(
       tarvexProProvider_Create_InstanceMI(m_broker.cmpi(), request.context(), nullptr),
       m_provider->instanceMI());
+  const host::Outcome late = m_provider->enumerateInstances(path("TVP_TierService"));
+  EXPECT_EQ(late.rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(late.message, "Failed to get CMPIAdapter singleton instance");
 }
 
 // The tear-down waits for the listener, so that there is time for a factory to wait for the entry lock.
