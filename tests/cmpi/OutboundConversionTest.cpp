@@ -4,7 +4,6 @@
 #include "cmpi/CMPIObjectGuard.h"
 #include "cmpimacs.h"
 
-#include <random>
 #include <set>
 #include <thread>
 
@@ -53,42 +52,58 @@ Value signedNumbers(CMPIType type, std::vector<std::int64_t> values) {
 struct Converted {
   CIMProperty property;
   Value value;
+  bool isArgument = false;  ///< it may be one, too
 };
 
-TEST_F(OutboundConversionTest, EveryTypeOfPropertyArrives) {
+TEST_F(OutboundConversionTest, EveryTypeArrivesAsAPropertyAndAsAnArgument) {
   const CIMObjectPath partPath = part("p").getPath();
   const std::vector<Converted> cases = {
-      {scalar("Flag", PDT_BOOLEAN, true), Value::boolean(true)},
+      {scalar("Flag", PDT_BOOLEAN, true), Value::boolean(true), true},
       {list<bool>("Flags", PDT_BOOLEAN_ARRAY, {true, false}),
        Value::array(CMPI_boolean, {Value::boolean(true), Value::boolean(false)})},
       {scalar<std::string>("When", PDT_DATETIME, WHEN), Value::dateTime(*host::DateTime::parse(WHEN))},
-      {scalar<signed char>("S8", PDT_SINT8, -128), Value::signedInteger(CMPI_sint8, -128)},
+      {scalar<signed char>("S8", PDT_SINT8, -128), Value::signedInteger(CMPI_sint8, -128), true},
       {list<signed char>("S8s", PDT_SINT8_ARRAY, {-1, 127}), signedNumbers(CMPI_sint8, {-1, 127})},
-      {scalar<short>("S16", PDT_SINT16, -32768), Value::signedInteger(CMPI_sint16, -32768)},
+      {scalar<short>("S16", PDT_SINT16, -32768), Value::signedInteger(CMPI_sint16, -32768), true},
       {list<short>("S16s", PDT_SINT16_ARRAY, {-2, 2}), signedNumbers(CMPI_sint16, {-2, 2})},
-      {scalar("S32", PDT_SINT32, -7), Value::signedInteger(CMPI_sint32, -7)},
+      {scalar("S32", PDT_SINT32, -7), Value::signedInteger(CMPI_sint32, -7), true},
       {list<int>("S32s", PDT_SINT32_ARRAY, {-3, 3}), signedNumbers(CMPI_sint32, {-3, 3})},
       {list<std::string>("S64s", PDT_SINT64_ARRAY, {}), signedNumbers(CMPI_sint64, {})},
-      {scalar<unsigned char>("U8", PDT_UINT8, 255), Value::uint8(255)},
-      {list<unsigned char>("U8s", PDT_UINT8_ARRAY, {0, 255}), numbers(CMPI_uint8, {0, 255})},
-      {scalar<unsigned short>("U16", PDT_UINT16, 65535), Value::uint16(65535)},
+      {scalar<unsigned char>("U8", PDT_UINT8, 255), Value::uint8(255), true},
+      {list<unsigned char>("U8s", PDT_UINT8_ARRAY, {0, 255}), numbers(CMPI_uint8, {0, 255}), true},
+      {scalar<unsigned short>("U16", PDT_UINT16, 65535), Value::uint16(65535), true},
       {list<unsigned short>("U16s", PDT_UINT16_ARRAY, {1}), numbers(CMPI_uint16, {1})},
-      {scalar("U32", PDT_UINT32, 4294967295U), Value::uint32(4294967295U)},
-      {list<unsigned int>("U32s", PDT_UINT32_ARRAY, {4, 5, 6}), numbers(CMPI_uint32, {4, 5, 6})},
-      {scalar("U64", PDT_UINT64, ~0ULL), Value::uint64(~0ULL)},
-      {list<unsigned long long>("U64s", PDT_UINT64_ARRAY, {~0ULL, 0}), numbers(CMPI_uint64, {~0ULL, 0})},
-      {scalar<std::string>("Text", PDT_STRING, "100%s \xc3\xa4"), Value::string("100%s \xc3\xa4")},
+      {scalar("U32", PDT_UINT32, 4294967295U), Value::uint32(4294967295U), true},
+      {list<unsigned int>("U32s", PDT_UINT32_ARRAY, {4, 5, 6}), numbers(CMPI_uint32, {4, 5, 6}), true},
+      {scalar("U64", PDT_UINT64, ~0ULL), Value::uint64(~0ULL), true},
+      {list<unsigned long long>("U64s", PDT_UINT64_ARRAY, {~0ULL, 0}), numbers(CMPI_uint64, {~0ULL, 0}),
+       true},
+      {scalar<std::string>("Text", PDT_STRING, "100%s \xc3\xa4"), Value::string("100%s \xc3\xa4"), true},
       {list<std::string>("Texts", PDT_STRING_ARRAY, {"a", ""}),
-       Value::array(CMPI_string, {Value::string("a"), Value::string("")})},
+       Value::array(CMPI_string, {Value::string("a"), Value::string("")}), true},
       {scalar("Other", PDT_REFERENCE, partPath),
-       Value::reference({TEST_NAMESPACE, "TEST_Part", {{"Id", Value::string("p")}}, ""})},
-      {list<std::string>("S64", PDT_SINT64, {}), Value::null(CMPI_sint64)},
+       Value::reference({TEST_NAMESPACE, "TEST_Part", {{"Id", Value::string("p")}}, ""}), true},
+      {list<std::string>("S64", PDT_SINT64, {}), Value::null(CMPI_sint64), true},
+      {list<std::string>("Text", PDT_STRING, {}), Value::null(CMPI_string), true},
   };
   for (const Converted& c : cases) {
     const host::Instance instance = converted(instanceOf("TEST_All", {c.property}));
     ASSERT_NE(instance.property(c.property.name()), nullptr) << c.property.name();
     EXPECT_EQ(*instance.property(c.property.name()), c.value) << c.property.name();
+    if (c.isArgument) {
+      CIMMethodParam params;
+      params.addArgument(c.property);
+      CMPIArgs* out = m_request.outputArguments();
+      CMPIHelper::FrameworkArgumentsToCMPIArguments(params, out, m_broker.cmpi());
+      const bool isUint8 = c.property.getType() == PDT_UINT8;  // known to its clients as a signed one
+      EXPECT_EQ(
+          *host::Request::read(out).find(c.property.name()),
+          isUint8 ? Value::signedInteger(CMPI_sint8, -1) : c.value)
+          << c.property.name();
+    }
   }
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "UintStringArray received")), 1U);
+  EXPECT_EQ(m_log.count(LogCapture::message(4, "Uint32Array received")), 1U);
 }
 
 TEST_F(OutboundConversionTest, OnlyTheFirstEmbeddedInstanceArrivesAndSharesTheFilter) {
@@ -138,43 +153,10 @@ TEST_F(OutboundConversionTest, ScalarKeysOfAPathKeepTypeAndOrder) {
   EXPECT_EQ(result.keys[1].value, Value::uint32(3));
   EXPECT_EQ(result.keys[2].value, Value::boolean(true));
   EXPECT_EQ(result.keys[3].name, "Other");
-  EXPECT_TRUE(m_log.has(LogCapture::message(4, " string property x")));
-  EXPECT_TRUE(m_log.has(LogCapture::message(4, " FrameworkObjectPathToCMPIObjectPath Exit")));
-}
-
-TEST_F(OutboundConversionTest, ArgumentsGoOutUnderTheTypesTheirClientsKnow) {
-  CIMInstance first = part("1");
-  const std::vector<Converted> cases = {
-      {scalar("a", PDT_BOOLEAN, false), Value::boolean(false)},
-      {scalar<short>("a", PDT_SINT16, -1), Value::signedInteger(CMPI_sint16, -1)},
-      {scalar("a", PDT_SINT32, -1), Value::signedInteger(CMPI_sint32, -1)},
-      {scalar<signed char>("a", PDT_SINT8, -1), Value::signedInteger(CMPI_sint8, -1)},
-      {scalar<std::string>("a", PDT_STRING, "t"), Value::string("t")},
-      {list<std::string>("a", PDT_STRING_ARRAY, {"t", "u"}),
-       Value::array(CMPI_string, {Value::string("t"), Value::string("u")})},
-      {scalar<unsigned short>("a", PDT_UINT16, 9), Value::uint16(9)},
-      {scalar("a", PDT_UINT32, 9U), Value::uint32(9)},
-      {list<unsigned int>("a", PDT_UINT32_ARRAY, {9, 8}), numbers(CMPI_uint32, {9, 8})},
-      {scalar("a", PDT_UINT64, 9ULL), Value::uint64(9)},
-      {list<unsigned long long>("a", PDT_UINT64_ARRAY, {9}), numbers(CMPI_uint64, {9})},
-      {scalar<unsigned char>("a", PDT_UINT8, 200), Value::signedInteger(CMPI_sint8, -56)},
-      {list<unsigned char>("a", PDT_UINT8_ARRAY, {200}), numbers(CMPI_uint8, {200})},
-      {list<std::string>("a", PDT_STRING, {}), Value::null(CMPI_string)},
-  };
-  for (const Converted& c : cases) {
-    CIMMethodParam params;
-    params.addArgument(c.property);
-    CMPIArgs* out = m_request.outputArguments();
-    CMPIHelper::FrameworkArgumentsToCMPIArguments(params, out, m_broker.cmpi());
-    EXPECT_EQ(*host::Request::read(out).find("a"), c.value) << c.property.getType();
-  }
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "UintStringArray received")), 1U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "Uint32Array received")), 1U);
 }
 
 TEST_F(OutboundConversionTest, ReferencesAndInstancesGoOutAsArguments) {
   CIMMethodParam params;
-  params.addArgument(scalar("Reference", PDT_REFERENCE, part("r").getPath()));
   params.addArgument(
       list<CIMObjectPath>("References", PDT_REFERENCE_ARRAY, {part("1").getPath(), part("2").getPath()}));
   params.addArgument(list<CIMInstance>("Instance", PDT_INSTANCE, {part("i"), part("j")}));
@@ -182,18 +164,12 @@ TEST_F(OutboundConversionTest, ReferencesAndInstancesGoOutAsArguments) {
   CMPIArgs* out = m_request.outputArguments();
   CMPIHelper::FrameworkArgumentsToCMPIArguments(params, out, m_broker.cmpi());
   const host::Arguments result = host::Request::read(out);
-  EXPECT_EQ(*result.find("Reference")->asReference().key("Id"), Value::string("r"));
   ASSERT_EQ(result.find("References")->asArray().size(), 2U);
   EXPECT_EQ(*result.find("References")->asArray()[1].asReference().key("Id"), Value::string("2"));
   EXPECT_EQ(*result.find("Instance")->asInstance().property("Id"), Value::string("i"));
   ASSERT_EQ(result.find("Instances")->asArray().size(), 2U);
   EXPECT_EQ(*result.find("Instances")->asArray()[1].asInstance().property("Id"), Value::string("2"));
   EXPECT_EQ(m_log.count(LogCapture::message(4, "Instance ")), 1U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "Instance array")), 1U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "array 3 ")), 1U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "Converting instance ")), 2U);
-  EXPECT_EQ(m_log.count(LogCapture::message(4, "inserting")), 2U);
-  EXPECT_TRUE(m_log.has(LogCapture::message(4, "Prop type 31")));
 }
 
 TEST_F(OutboundConversionTest, EachDirectionRefusesTheTypesItDoesNotTake) {
@@ -280,34 +256,6 @@ TEST_F(OutboundConversionTest, WhicheverCallFailsTheConversionFailsAndLeavesNoth
       }
     });
   }).join();
-  EXPECT_TRUE(
-      m_log.has(LogCapture::message(5, "FrameworkObjectPathToCMPIObjectPath:Cannot set object path.")));
-}
-
-TEST_F(OutboundConversionTest, RandomValuesSurviveBothWays) {
-  std::mt19937 random(20261);
-  for (int round = 0; round < 200; ++round) {
-    std::string text;
-    for (std::size_t length = random() % 40; length > 0; --length) {
-      text += static_cast<char>(1 + random() % 126);
-    }
-    const std::vector<CIMProperty> properties = {
-        scalar<std::string>("Text", PDT_STRING, text),
-        scalar("U64", PDT_UINT64, (static_cast<unsigned long long>(random()) << 32U) | random()),
-        scalar("U32", PDT_UINT32, static_cast<unsigned int>(random())),
-        scalar("U16", PDT_UINT16, static_cast<unsigned short>(random())),
-        scalar("U8", PDT_UINT8, static_cast<unsigned char>(random())),
-        scalar("Flag", PDT_BOOLEAN, random() % 2 == 0)};
-    const CIMInstance sent = instanceOf("TEST_All", properties);
-    CIMInstance received;
-    CMPIHelper::setProps(
-        CMPIHelper::FrameworkInstanceToCMPIInstance(sent, m_broker.cmpi(), nullptr), received);
-    ASSERT_EQ(received.getPropertyCount(), properties.size());
-    for (const CIMProperty& property : properties) {
-      ASSERT_NE(received.getPropertyByName(property.name()), nullptr);
-      EXPECT_TRUE(received.getPropertyByName(property.name())->equals(property)) << property.name();
-    }
-  }
 }
 
 }  // namespace

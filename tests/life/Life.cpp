@@ -6,21 +6,24 @@
 #include "life/Recording.h"
 #include "support/Command.h"
 #include "support/Lines.h"
+#include "support/Threads.h"
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <regex>
 #include <set>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 #include <pthread.h>
 #include <unistd.h>
+
+extern "C" __attribute__((visibility("default"))) unsigned int sleep(unsigned int seconds) {
+  return tvp::test::ListenerSleep::instance().sleep(seconds);
+}
 
 namespace tvp::test {
 namespace {
@@ -112,7 +115,6 @@ void Life::start() {
       TVP_BINARY_DIR "/lib/libtarvexProProvider.so", "tarvexProProvider");
   m_provider.emplace(broker(), m_library);
   waitForListener();
-  EXPECT_EQ(ListenerSleep::instance().secondsAskedFor(), SECONDS_BETWEEN_ROUNDS);
   end();
 }
 
@@ -137,6 +139,19 @@ void Life::unload() {
   end();
 }
 
+host::MethodOutcome
+Life::invoke(const MethodCall& call, const std::string& why, const std::string& className) {
+  return answerOf(className + "." + call.method + ": " + why, [&](host::Provider& provider) {
+    return provider.invokeMethod(classPath(className), call.method, call.arguments);
+  });
+}
+
+host::InstancesOutcome Life::enumerate(const std::string& className, const std::string& why) {
+  return answerOf("enumerateInstances of " + className + ": " + why, [&](host::Provider& provider) {
+    return provider.enumerateInstances(classPath(className));
+  });
+}
+
 void Life::round(const std::string& title) {
   begin(title);
   ListenerSleep::instance().wake();
@@ -145,23 +160,20 @@ void Life::round(const std::string& title) {
 }
 
 void Life::lastRound() {
-  constexpr std::chrono::milliseconds BETWEEN_LOOKS(2);
   begin("the last round of the listener");
   ListenerSleep::instance().wake();
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(1);
-  while (!logHas("Exiting TvproEventManager::TvproEventListenerThread()")) {
-    if (std::chrono::steady_clock::now() > limit) {
-      throw std::runtime_error("the listener does not end");
-    }
-    std::this_thread::sleep_for(BETWEEN_LOOKS);
+  if (!waitFor([this] { return logHas("Exiting TvproEventManager::TvproEventListenerThread()"); })) {
+    throw std::runtime_error("the listener does not end");
   }
   end();
 }
 
 void Life::waitForListener() {
-  if (!ListenerSleep::instance().waitUntilAsleep()) {
+  const unsigned int seconds = ListenerSleep::instance().waitUntilAsleep();
+  if (seconds == 0) {
     throw std::runtime_error("the listener does not go to sleep");
   }
+  EXPECT_EQ(seconds, SECONDS_BETWEEN_ROUNDS);
 }
 
 std::string Life::voltvkctl(const std::vector<std::string>& words) {

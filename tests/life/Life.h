@@ -18,6 +18,23 @@
 
 namespace tvp::test {
 
+inline host::ObjectPath classPath(const std::string& className, std::vector<host::NamedValue> keys = {}) {
+  return {"root/kvs/tvp/smi_15", className, std::move(keys), ""};
+}
+
+/** A method call: its name and good arguments, which a test changes as it needs. */
+struct MethodCall {
+  std::string method;
+  host::Arguments arguments;
+
+  /** The same call with another argument. */
+  MethodCall with(const std::string& name, host::Value value) const {
+    MethodCall changed = *this;
+    changed.arguments.add(name, std::move(value));
+    return changed;
+  }
+};
+
 /**
  * A life of the built provider on a machine, a storage state and a log of its own. What the provider writes
  * into its log and what it answers is recorded step by step, without what differs from run to run: the name
@@ -72,6 +89,12 @@ public:
     end();
     return answer;
   }
+
+  /** Makes a method call as one step. @param why stands in the title */
+  host::MethodOutcome
+  invoke(const MethodCall& call, const std::string& why, const std::string& className = "TVP_TierService");
+  /** Every instance of a class, as one step. */
+  host::InstancesOutcome enumerate(const std::string& className, const std::string& why);
 
   /** One round of the listener, with the indications that come out of it. */
   void round(const std::string& title = "a round of the listener");

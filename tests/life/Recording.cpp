@@ -1,41 +1,25 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "life/Recording.h"
 
-#include "support/Lines.h"
+#include "support/Command.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <vector>
 
 namespace tvp::test {
 namespace {
 
-using Strings = std::vector<std::string>;
-
-/** The lines around one, with numbers as an editor shows them, and a mark at that one. */
-std::string around(const Strings& lines, std::size_t line) {
-  constexpr std::size_t BEFORE = 6;
-  constexpr std::size_t AFTER = 4;
-  std::string text;
-  const std::size_t end = std::min(lines.size(), line + AFTER + 1);
-  for (std::size_t i = line - std::min(line, BEFORE); i < end; ++i) {
-    text += (i == line ? "> " : "  ") + std::to_string(i + 1) + ": " + lines[i] + "\n";
-  }
-  return line < lines.size() ? text : text + "> (the end)\n";
-}
-
-/** The step that a line belongs to. */
-std::string headingAbove(const Strings& lines, std::size_t line) {
-  for (std::size_t i = std::min(line + 1, lines.size()); i > 0; --i) {
-    if (lines[i - 1].rfind("=== ", 0) == 0) {
-      return lines[i - 1].substr(4);
-    }
-  }
-  return "the beginning";
+/** The first differences, each under the heading of its step. */
+std::string differences(const std::string& file, const std::string& text) {
+  constexpr std::size_t SHOWN = 4000;  // bytes
+  const TemporaryDirectory directory;
+  const std::string now = directory.write("now", text);
+  return Command({"/usr/bin/diff", "--text", "--unified=6", "--show-function-line=^=== ", file, now})
+      .run()
+      .out.substr(0, SHOWN);
 }
 
 }  // namespace
@@ -51,18 +35,12 @@ void expectAsRecorded(const std::string& fileName, const std::string& text) {
   }
   std::ifstream stream(file, std::ios::binary);
   const std::string recorded{std::istreambuf_iterator<char>(stream), {}};
-  if (text == recorded) {
-    return;
+  if (text != recorded) {
+    ADD_FAILURE() << file << ": this life is not the recorded one\n"
+                  << differences(file, text)
+                  << "\nIf the change is meant, record it and review the difference of " << fileName
+                  << ":\n  TVP_LIFE_WRITE=1 ctest --test-dir " TVP_BINARY_DIR " -R OneLife";
   }
-  const Strings expected = linesOf(recorded);
-  const Strings actual = linesOf(text);
-  const auto [first, second] = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end());
-  const auto line = static_cast<std::size_t>(std::distance(expected.begin(), first));
-  ADD_FAILURE() << file << ": this life is not the recorded one; the first difference is at \""
-                << headingAbove(second == actual.end() ? expected : actual, line) << "\"\nrecorded:\n"
-                << around(expected, line) << "now:\n"
-                << around(actual, line) << "If the change is meant, record it and review the difference of "
-                << fileName << ":\n  TVP_LIFE_WRITE=1 ctest --test-dir " TVP_BINARY_DIR " -R OneLife";
 }
 
 }  // namespace tvp::test

@@ -24,12 +24,6 @@ Value list(CMPIType type, const std::vector<Number>& numbers) {
   return Value::array(type, std::move(elements));
 }
 
-host::CallOptions asUser(const std::string& name) {
-  host::CallOptions options;
-  options.principal = name;
-  return options;
-}
-
 }  // namespace
 
 MethodCall createPool(const std::string& name, const std::vector<std::uint8_t>& drives, std::uint8_t tier) {
@@ -99,19 +93,6 @@ MethodCall ofPool(const std::string& method, std::uint32_t pool) {
   return {method, Arguments().add("VirtualPoolId", Value::uint32(pool))};
 }
 
-host::MethodOutcome
-invoke(Life& life, const MethodCall& call, const std::string& why, const std::string& className) {
-  return life.answerOf(className + "." + call.method + ": " + why, [&](Provider& provider) {
-    return provider.invokeMethod(classPath(className), call.method, call.arguments);
-  });
-}
-
-host::InstancesOutcome enumerate(Life& life, const std::string& className, const std::string& why) {
-  return life.answerOf("enumerateInstances of " + className + ": " + why, [&](Provider& provider) {
-    return provider.enumerateInstances(classPath(className));
-  });
-}
-
 std::uint32_t identifierOf(const host::InstancesOutcome& outcome, const std::string& name) {
   for (const Instance& instance : outcome.instances) {
     const bool isPool = instance.property("VirtualPoolId") != nullptr;
@@ -132,9 +113,10 @@ void askInstances(Life& life, const std::string& className) {
   const host::ObjectPath one =
       classPath(className, {{"CreationClassName", Value::string(className)}, {"Number", Value::uint32(7)}});
   const std::string of = " of " + className;
-  const host::CallOptions nobody = asUser("nobody");
+  host::CallOptions nobody;
+  nobody.principal = "nobody";
   Instance given{one, {{"CreationClassName", Value::string(className)}}};
-  enumerate(life, className, "all");
+  life.enumerate(className, "all");
   life.step("enumerateInstances" + of + ": one property, as nobody", [&](Provider& provider) {
     return provider.enumerateInstances(path, std::vector<std::string>{"CreationClassName"}, &nobody);
   });

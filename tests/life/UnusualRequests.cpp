@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "life/UnusualRequests.h"
-
 #include "host/provider/Request.h"
 #include "host/schema/Names.h"
 #include "life/Requests.h"
@@ -44,78 +42,48 @@ std::vector<NamedValue> everyValue() {
   return values;
 }
 
+/** Calls a function of an interface, every other argument of which is null, as one step. */
+template <typename Interface, typename... Argument>
+void askWithNulls(
+    Life& life, const std::string& name, CMPIStatus (*function)(Interface*, Argument...),
+    Interface* interface) {
+  life.step(name + " without arguments", [&](Provider&) {
+    const host::Request request(life.broker());
+    const CMPIStatus status = function(interface, Argument()...);
+    host::Outcome outcome;
+    outcome.rc = status.rc;
+    outcome.message = status.msg == nullptr ? "" : host::Request::read(status.msg);
+    return outcome;
+  });
+}
+
 }  // namespace
 
 void askWithoutArguments(Life& life) {
-  const auto ask = [&life](const std::string& name, auto call) {
-    life.step(name + " without arguments", [&](Provider& provider) {
-      host::Request request(life.broker());
-      const CMPIStatus status = call(provider);
-      host::Outcome outcome;
-      outcome.rc = status.rc;
-      outcome.message = status.msg == nullptr ? "" : host::Request::read(status.msg);
-      return outcome;
-    });
+  const auto askEach = [&life](auto* interface, auto... functions) {
+    (askWithNulls(life, functions.first, interface->ft->*functions.second, interface), ...);
   };
-  ask("enumerateInstances", [](Provider& provider) {
-    return provider.instanceMI()->ft->enumerateInstances(
-        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("enumerateInstanceNames", [](Provider& provider) {
-    return provider.instanceMI()->ft->enumerateInstanceNames(
-        provider.instanceMI(), nullptr, nullptr, nullptr);
-  });
-  ask("getInstance", [](Provider& provider) {
-    return provider.instanceMI()->ft->getInstance(provider.instanceMI(), nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("createInstance", [](Provider& provider) {
-    return provider.instanceMI()->ft->createInstance(
-        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("modifyInstance", [](Provider& provider) {
-    return provider.instanceMI()->ft->modifyInstance(
-        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("deleteInstance", [](Provider& provider) {
-    return provider.instanceMI()->ft->deleteInstance(provider.instanceMI(), nullptr, nullptr, nullptr);
-  });
-  ask("execQuery", [](Provider& provider) {
-    return provider.instanceMI()->ft->execQuery(
-        provider.instanceMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("invokeMethod", [](Provider& provider) {
-    return provider.methodMI()->ft->invokeMethod(
-        provider.methodMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("associators", [](Provider& provider) {
-    return provider.associationMI()->ft->associators(
-        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("associatorNames", [](Provider& provider) {
-    return provider.associationMI()->ft->associatorNames(
-        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("references", [](Provider& provider) {
-    return provider.associationMI()->ft->references(
-        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("referenceNames", [](Provider& provider) {
-    return provider.associationMI()->ft->referenceNames(
-        provider.associationMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("authorizeFilter", [](Provider& provider) {
-    return provider.indicationMI()->ft->authorizeFilter(
-        provider.indicationMI(), nullptr, nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("mustPoll", [](Provider& provider) {
-    return provider.indicationMI()->ft->mustPoll(provider.indicationMI(), nullptr, nullptr, nullptr, nullptr);
-  });
-  ask("enableIndications", [](Provider& provider) {
-    return provider.indicationMI()->ft->enableIndications(provider.indicationMI(), nullptr);
-  });
-  ask("disableIndications", [](Provider& provider) {
-    return provider.indicationMI()->ft->disableIndications(provider.indicationMI(), nullptr);
-  });
+  using Instances = CMPIInstanceMIFT;
+  askEach(
+      life.provider().instanceMI(), std::pair{"enumerateInstances", &Instances::enumerateInstances},
+      std::pair{"enumerateInstanceNames", &Instances::enumerateInstanceNames},
+      std::pair{"getInstance", &Instances::getInstance},
+      std::pair{"createInstance", &Instances::createInstance},
+      std::pair{"modifyInstance", &Instances::modifyInstance},
+      std::pair{"deleteInstance", &Instances::deleteInstance}, std::pair{"execQuery", &Instances::execQuery});
+  askEach(life.provider().methodMI(), std::pair{"invokeMethod", &CMPIMethodMIFT::invokeMethod});
+  using Associations = CMPIAssociationMIFT;
+  askEach(
+      life.provider().associationMI(), std::pair{"associators", &Associations::associators},
+      std::pair{"associatorNames", &Associations::associatorNames},
+      std::pair{"references", &Associations::references},
+      std::pair{"referenceNames", &Associations::referenceNames});
+  using Indications = CMPIIndicationMIFT;
+  askEach(
+      life.provider().indicationMI(), std::pair{"authorizeFilter", &Indications::authorizeFilter},
+      std::pair{"mustPoll", &Indications::mustPoll},
+      std::pair{"enableIndications", &Indications::enableIndications},
+      std::pair{"disableIndications", &Indications::disableIndications});
 }
 
 void askWithEveryType(Life& life) {
@@ -137,36 +105,29 @@ void askWithEveryType(Life& life) {
 }
 
 void askWhileCallsFail(Life& life) {
-  life.failEachFunction([&](const std::string& addition) {
-    life.step("getInstance" + addition, [](Provider& provider) {
-      return provider.getInstance(classPath("TVP_LogicalDevices", {{"Number", Value::uint32(7)}}));
-    });
+  const auto failEach = [&life](const std::string& title, auto request) {
+    life.failEachFunction([&](const std::string& addition) { life.step(title + addition, request); });
+  };
+  const auto activateFilter = [](Provider& provider) { return provider.activateFilter(tieringFilter()); };
+  failEach("getInstance", [](Provider& provider) {
+    return provider.getInstance(classPath("TVP_LogicalDevices", {{"Number", Value::uint32(7)}}));
   });
   life.failEachFunction(
-      [&](const std::string& addition) { enumerate(life, "TVP_VirtualPoolMember", "an array" + addition); });
+      [&](const std::string& addition) { life.enumerate("TVP_VirtualPoolMember", "an array" + addition); });
   life.failEachFunction([&](const std::string& addition) {
-    invoke(life, ofPool("GetVirtualPoolMembers", 1), "embedded instances" + addition);
+    life.invoke(ofPool("GetVirtualPoolMembers", 1), "embedded instances" + addition);
   });
-  life.failEachFunction([&](const std::string& addition) {
-    life.step("modifyInstance" + addition, [](Provider& provider) {
-      const NamedValue list{"List", Value::array(CMPI_uint32, {Value::uint32(1)})};
-      const NamedValue text{"Text", Value::string("text")};
-      return provider.modifyInstance(
-          classPath("TVP_LogicalDevices"), {classPath("TVP_EveryType"), {list, text}});
-    });
+  failEach("modifyInstance", [](Provider& provider) {
+    const NamedValue list{"List", Value::array(CMPI_uint32, {Value::uint32(1)})};
+    const NamedValue text{"Text", Value::string("text")};
+    return provider.modifyInstance(
+        classPath("TVP_LogicalDevices"), {classPath("TVP_EveryType"), {list, text}});
   });
-  life.failEachFunction([&](const std::string& addition) {
-    life.step("references" + addition, [](Provider& provider) {
-      return provider.references(classPath("TVP_VirtualPool"), {"", "TVP_VirtualPool", "", ""});
-    });
+  failEach("references", [](Provider& provider) {
+    return provider.references(classPath("TVP_VirtualPool"), {"", "TVP_VirtualPool", "", ""});
   });
-  life.failEachFunction([&](const std::string& addition) {
-    life.step("activateFilter" + addition, [](Provider& provider) {
-      return provider.activateFilter(tieringFilter());
-    });
-  });
-  life.step(
-      "activateFilter again", [](Provider& provider) { return provider.activateFilter(tieringFilter()); });
+  failEach("activateFilter", activateFilter);
+  life.step("activateFilter again", activateFilter);
 }
 
 }  // namespace tvp::test

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <random>
 #include <string>
 #include <tuple>
@@ -16,82 +17,29 @@ namespace {
 using namespace tvp::cim::fwf;
 using namespace tvp::test;
 
-template <typename T>
-struct Type {
-  using Element = T;
-};
-
-template <typename... T>
-struct FullSlots {
-  static constexpr unsigned int COUNT = sizeof...(T);
-
-  std::tuple<CIMValue<T>...> values;
-
-  std::string text() const {
-    std::string all;
-    ((all += describe(std::get<CIMValue<T>>(values))), ...);
-    return all;
-  }
-  /** Calls visit with the type of one slot. */
-  template <typename Visit>
-  static void visitType(unsigned int which, Visit visit) {
-    unsigned int position = 0;
-    ((position++ == which ? visit(Type<T>()) : void()), ...);
-  }
-};
-
-using Slots = FullSlots<
-    std::string, unsigned char, signed char, unsigned short, short, unsigned int, int, float, double,
-    unsigned long long, long long, bool, CIMObjectPath, CIMInstance>;
-
-/** The type codes under which setPropValue copies a slot, with the place of that slot. */
-constexpr std::pair<unsigned int, unsigned int> COPIED[] = {{0, 11},  {4, 0},  {11, 4}, {12, 6},
-                                                            {15, 10}, {16, 2}, {18, 0}, {21, 3},
-                                                            {22, 5},  {25, 9}, {26, 1}, {28, 12}};
-
+/** A property, and the same with all slots. */
 struct Subject {
   CIMProperty property;
-  Slots full;
+  std::tuple<
+      CIMValue<std::string>, CIMValue<unsigned char>, CIMValue<signed char>, CIMValue<unsigned short>,
+      CIMValue<short>, CIMValue<unsigned int>, CIMValue<int>, CIMValue<float>, CIMValue<double>,
+      CIMValue<unsigned long long>, CIMValue<long long>, CIMValue<bool>, CIMValue<CIMObjectPath>,
+      CIMValue<CIMInstance>>
+      full;
+
+  std::string text() const {
+    return std::apply([](const auto&... values) { return (describe(values) + ...); }, full);
+  }
 };
 
-class Steps {
+class Random {
 public:
-  explicit Steps(unsigned int seed) : m_engine(seed) {}
-
-  /** Does one thing at random to the target, and to its full slots what that means there. */
-  void change(Subject& target, const Subject& source) {
-    switch (below(4)) {
-    case 0:
-      target.property = source.property;
-      target.full = source.full;
-      break;
-    case 1:
-      copySlot(target, source);
-      break;
-    default:
-      Slots::visitType(below(Slots::COUNT), [&](auto type) {
-        using Element = typename decltype(type)::Element;
-        const CIMValue<Element> value = randomValue<Element>();
-        SlotFiller::assign(target.property, value);
-        std::get<CIMValue<Element>>(target.full.values) = value;
-      });
-    }
-  }
+  explicit Random(unsigned int seed) : m_engine(seed) {}
 
   unsigned int below(std::size_t limit) { return static_cast<unsigned int>(m_engine() % limit); }
 
-private:
-  void copySlot(Subject& target, const Subject& source) {
-    const auto& [code, slot] = COPIED[below(std::size(COPIED))];
-    target.property.setPropValue(static_cast<Primitive_DataType>(code), source.property);
-    Slots::visitType(slot, [&](auto type) {
-      using Value = CIMValue<typename decltype(type)::Element>;
-      std::get<Value>(target.full.values) = std::get<Value>(source.full.values);
-    });
-  }
-
   template <typename T>
-  CIMValue<T> randomValue() {
+  CIMValue<T> value() {
     CIMValue<T> value;
     for (std::size_t count = below(4); count > 1; --count) {
       value.m_values.push_back(element<T>());
@@ -102,6 +50,7 @@ private:
     return value;
   }
 
+private:
   template <typename T>
   T element() {
     if constexpr (std::is_same_v<T, std::string>) {
@@ -120,16 +69,58 @@ private:
   std::mt19937 m_engine;
 };
 
+using Change = std::function<void(Random&, Subject& target, const Subject& source)>;
+
+/** What can be done to a slot. @param codes of types under which setPropValue copies it */
+template <typename T>
+void addChanges(std::vector<Change>& changes, const std::vector<unsigned int>& codes) {
+  changes.push_back([](Random& random, Subject& target, const Subject&) {
+    const CIMValue<T> value = random.value<T>();
+    SlotFiller::assign(target.property, value);
+    std::get<CIMValue<T>>(target.full) = value;
+  });
+  for (const unsigned int code : codes) {
+    changes.push_back([code](Random&, Subject& target, const Subject& source) {
+      target.property.setPropValue(static_cast<Primitive_DataType>(code), source.property);
+      std::get<CIMValue<T>>(target.full) = std::get<CIMValue<T>>(source.full);
+    });
+  }
+}
+
+std::vector<Change> everyChange() {
+  std::vector<Change> changes(10, [](Random&, Subject& target, const Subject& source) {
+    target.property = source.property;
+    target.full = source.full;
+  });
+  addChanges<std::string>(changes, {4, 18});
+  addChanges<unsigned char>(changes, {26});
+  addChanges<signed char>(changes, {16});
+  addChanges<unsigned short>(changes, {21});
+  addChanges<short>(changes, {11});
+  addChanges<unsigned int>(changes, {22});
+  addChanges<int>(changes, {12});
+  addChanges<float>(changes, {});
+  addChanges<double>(changes, {});
+  addChanges<unsigned long long>(changes, {25});
+  addChanges<long long>(changes, {15});
+  addChanges<bool>(changes, {0});
+  addChanges<CIMObjectPath>(changes, {28});
+  addChanges<CIMInstance>(changes, {});
+  return changes;
+}
+
 TEST(Property, ReadsAsIfItHadAllItsSlots) {
+  const std::vector<Change> changes = everyChange();
   for (const unsigned int seed : {1U, 2U, 3U, 4U, 5U}) {
-    Steps steps(seed);
+    Random random(seed);
     std::vector<Subject> subjects(4);
     for (int step = 0; step < 1000; ++step) {
-      Subject& target = subjects[steps.below(subjects.size())];
-      steps.change(target, subjects[steps.below(subjects.size())]);
-      ASSERT_EQ(describeSlots(target.property), target.full.text()) << "seed " << seed << ", step " << step;
+      Subject& target = subjects[random.below(subjects.size())];
+      const Subject& source = subjects[random.below(subjects.size())];
+      changes[random.below(changes.size())](random, target, source);
+      ASSERT_EQ(describeSlots(target.property), target.text()) << "seed " << seed << ", step " << step;
       CIMProperty copy = target.property;
-      ASSERT_EQ(describeSlots(CIMProperty(std::move(copy))), target.full.text());
+      ASSERT_EQ(describeSlots(CIMProperty(std::move(copy))), target.text());
     }
   }
 }
