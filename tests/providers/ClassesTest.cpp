@@ -35,11 +35,22 @@ protected:
     return invoke("TVP_TierService", "CreateVirtualPool", in);
   }
 
+  /** Past the provider. */
+  void createPoolAndVolume() {
+    m_pool = Storage::createPool(tvp::test::poolSpec("pool", {addDrive(TVK_DEVICE_HDD)}, 50 * GIB));
+    m_volume = Storage::createVolume(tvp::test::volumeSpec("volume", TVK_VOLUME_TIERED, {{m_pool, GIB}}));
+  }
+  CIMMethodParam pool() const { return identifier("VirtualPoolId", m_pool); }
+  CIMMethodParam volume() const { return identifier("VirtualVolumeId", m_volume); }
+
   static CIMMethodParam identifier(const char* name, unsigned int id) {
     CIMMethodParam in;
     in.addArgument(makeProperty(name, id));
     return in;
   }
+
+  unsigned int m_pool = 0;
+  unsigned int m_volume = 0;
 };
 
 /** The value that an object manager ends with when it applies properties in order: the last of the name. */
@@ -52,6 +63,15 @@ T last(const CIMInstance& instance, const std::string& name) {
     }
   }
   return value;
+}
+
+/** The names of the properties, in order, with blanks between them. */
+std::string namesIn(const CIMInstance& instance) {
+  std::string names;
+  for (const CIMProperty& property : instance.properties()) {
+    names += (names.empty() ? "" : " ") + property.name();
+  }
+  return names;
 }
 
 }  // namespace
@@ -86,15 +106,49 @@ TEST_F(Classes, ServeTheMethodsOfTheSchemaByTheirExactNames) {
   }
 }
 
+// An object manager shows the properties in the order of its schema, so that the recorded life cannot tell.
+TEST_F(Classes, HaveTheirPropertiesInOrder) {
+  createPoolAndVolume();
+  const struct {
+    const char* className;
+    const char* names;
+  } cases[] = {
+      {"TVP_LogicalDevice",
+       "CreationClassName DeviceName SerialNumber WWID Vendor Model CapacityInSectors DeviceNumber "
+       "DeviceType "
+       "DeviceProperty IsBootable HasPartition isUsedByTarvexPro InterfaceType LD_Status"},
+      {"TVP_VirtualPool",
+       "CreationClassName Name PoolStatus Description VirtualPoolId NumberOfLogicalDevice "
+       "NumberOfVirtualVolume ChunkSize TierLevel CapacityInSectors UsedCapacityInSectors"},
+      {"TVP_VirtualVolume",
+       "CreationClassName VolumeName Description VirtualVolumeId VirtualPoolsCount Features VolumeType "
+       "CacheMode MaxMoveChunks MoveThreshold StatsSetting NumberOfVirtualPoolsSupported DeviceNumber State "
+       "KnobSetting CapacityInSectors"},
+      {"TVP_TarvexProIdentity",
+       "CreationClassName Name MajorRevision MinorRevision BuildRevision PolicyEngineStatus "
+       "SupportedFeatureNames SupportedFeaturesValues SupportedAdjustmentValues SupportedAdjustmentNames "
+       "SupportedChunkSizeValues SupportedChunkSizeNames SupportedMaxVolumeSizeInSectors MaxTierLevels "
+       "MaxVolumesSupported MaxTiersSupported MaxLogicalDevicesSupported MaxLogicalDevicesPerPoolSupported "
+       "MinTotalPoolSizeInSectors MinRequiredSizeFromPoolInSectors TarvexPlusEnabled LogicalDevicesCount "
+       "VirtualPoolCount VirtualVolumeCount"},
+      {"TVP_VirtualPoolMember", "CreationClassName SerialNumber StartRange EndRange NumberOfValidLDExtn"}};
+  for (const auto& tested : cases) {
+    EXPECT_EQ(tested.names, namesIn(enumerate(tested.className).at(0)));
+  }
+  const auto members = [this](const char* method, const CIMMethodParam& in) {
+    invoke("TVP_TierService", method, in);
+    return namesIn(m_out.getArgumentByName("Members")->instanceSlot().m_values.at(0));
+  };
+  EXPECT_EQ("Name DeviceNumber LDStartRange LDEndRange", members("GetVirtualPoolMembers", pool()));
+  EXPECT_EQ("VolumeName VirtualPoolId MaxAllowedChunks", members("GetVirtualVolumeMembers", volume()));
+}
+
 TEST_F(Classes, OfPoolsAndVolumesDeleteNothing) {
-  const unsigned int pool =
-      Storage::createPool(tvp::test::poolSpec("pool", {addDrive(TVK_DEVICE_HDD)}, 50 * GIB));
-  const unsigned int volume =
-      Storage::createVolume(tvp::test::volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, GIB}}));
-  EXPECT_EQ(0U, invoke("TVP_VirtualVolume", "DeleteVirtualVolume", identifier("VirtualVolumeId", volume)));
+  createPoolAndVolume();
+  EXPECT_EQ(0U, invoke("TVP_VirtualVolume", "DeleteVirtualVolume", volume()));
   EXPECT_EQ(1U, enumerate("TVP_VirtualVolume").size());
-  TvkAdapter().deleteVirtualVolume(volume);
-  EXPECT_EQ(0U, invoke("TVP_VirtualPool", "DeleteVirtualPool", identifier("VirtualPoolId", pool)));
+  TvkAdapter().deleteVirtualVolume(m_volume);
+  EXPECT_EQ(0U, invoke("TVP_VirtualPool", "DeleteVirtualPool", pool()));
   EXPECT_EQ(1U, enumerate("TVP_VirtualPool").size());
 }
 

@@ -29,7 +29,7 @@ TEST_F(Indication, IsSentInTheNameOfTheHostForAnEventThatHasKeys) {
   EXPECT_TRUE(delivered.empty());
   EXPECT_EQ(LogCapture::message(4, "ViewClass Key corrupted"), log.lines().back());
 
-  for (const char* name : {"eventTime", "eventCode", "eventType", "eventDesc", "Id", "ActionId"}) {
+  for (const char* name : {"Id", "eventTime", "eventCode", "eventType", "eventDesc", "ActionId"}) {
     keys.push_back(makeProperty(name, 7U));
   }
   notifyEventIndication("ignored", keys);
@@ -37,5 +37,12 @@ TEST_F(Indication, IsSentInTheNameOfTheHostForAnEventThatHasKeys) {
   char host[256] = {};
   KvsGetHostName(host, sizeof host);
   EXPECT_EQ(host, delivered[0].host());
+  std::vector<std::string> names;
+  for (const CIMProperty& property : delivered[0].properties()) {
+    names.push_back(property.name());
+  }
+  EXPECT_EQ(
+      (std::vector<std::string>{"eventTime", "eventCode", "eventType", "eventDesc", "Id", "ActionId"}),
+      names);
   EXPECT_EQ(6U, keys.size());
 }
