@@ -9,17 +9,6 @@ using namespace cim::fwf;
 
 using AdapterOperations = StorageTest;
 
-TEST_F(AdapterOperations, DeletingADataCacheVolumeReturnsTheStatusItIsGiven) {
-  Ret fresh;
-  EXPECT_EQ(TarvexProVirtualVolume::DeleteDataCacheVolume(5, 6, fresh), 0U);
-  EXPECT_TRUE(log.has(LogCapture::message(
-      4, "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- "
-         "VirtualVolumeId : 5.\t\tVirtualPoolID = 6")));
-  Ret refused(TVK_NO_SUCH_VOLUME);
-  EXPECT_EQ(TarvexProVirtualVolume::DeleteDataCacheVolume(5, 6, refused), 3U);
-  EXPECT_EQ(refused.getReturn(), static_cast<unsigned int>(TVK_NO_SUCH_VOLUME));
-}
-
 TEST_F(AdapterOperations, PoolsOfAVolumeAreOrderedAndTheirCapacitiesAdded) {
   const unsigned int hdd = makePool("Slow", TVK_DEVICE_HDD);
   const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);

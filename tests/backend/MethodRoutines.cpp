@@ -159,6 +159,9 @@ TEST_F(MethodRoutines, DeletingADataCacheVolumeDeletesItsInternalPool) {
                                          makeProperty<unsigned int>("VirtualPoolId", internal.poolId))),
         sample.result);
     EXPECT_EQ(answered("RetStat"), sample.status);
+    EXPECT_TRUE(log.has(LogCapture::message(
+        4, "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- VirtualVolumeId : " +
+               std::to_string(sample.volume) + ".\t\tVirtualPoolID = " + std::to_string(internal.poolId))));
     EXPECT_EQ(pools(), sample.pools);
   }
   EXPECT_TRUE(volumes().empty());
