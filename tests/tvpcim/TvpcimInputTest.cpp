@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/Lines.h"
 #include "tvpcim/Tvpcim.h"
 
 #include <gmock/gmock.h>
@@ -127,9 +128,8 @@ TEST_F(TvpcimInput, ATerminalGetsWhatFitsAndAFileEverything) {
   EXPECT_THAT(narrow.out, Not(HasSubstr("MODEL")));
   const CommandResult plain = command("tvpcim", {"drives"}).terminal(40).with("NO_COLOR", "1").run();
   EXPECT_THAT(plain.out, Not(HasSubstr("\033")));
-  for (std::size_t start = 0, end = 0; (end = plain.out.find("\r\n", start)) != std::string::npos;
-       start = end + 2) {
-    EXPECT_LE(end - start, 40U) << plain.out;
+  for (const std::string& line : linesOf(plain.out)) {
+    EXPECT_LE(line.size(), 41U) << plain.out;  // with the carriage return of the terminal
   }
   EXPECT_THAT(command("tvpcim", {"drives", "--wide"}).terminal(40).run().out, HasSubstr("WWID"));
   EXPECT_THAT(command("tvpcim", {"drives"}).with("COLUMNS", "40").run().out, HasSubstr("Virtual SSD"));
