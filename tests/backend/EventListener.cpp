@@ -8,7 +8,6 @@
 #include <atomic>
 #include <ctime>
 #include <functional>
-#include <mutex>
 #include <thread>
 
 #include <sys/wait.h>
@@ -21,11 +20,9 @@ using namespace cim::fwf;
 
 using Strings = std::vector<std::string>;
 
-std::mutex deliveredMutex;
 std::vector<CIMInstance> delivered;
 
 bool take(CIMInstance& indication) {
-  const std::lock_guard<std::mutex> guard(deliveredMutex);
   delivered.push_back(indication);
   return true;
 }
@@ -35,9 +32,6 @@ protected:
   EventListener() {
     FrameworkFacade::getInstance()->registerForEvent(take);
     m_subscription.store(true);
-    log.root().write(
-        "usr/VolMan/TVPEvents.properties", "201=Pool {0} made, level {1}, {2}\n205=Pool {0} gone\n");
-    delivered.clear();
   }
   ~EventListener() override {
     m_subscription.store(false);
@@ -47,80 +41,7 @@ protected:
   static unsigned int number(const CIMInstance& indication, const char* name) {
     return elementsOf<unsigned int>(indication.getPropertyByName(name)).at(0);
   }
-  static std::string text(const CIMInstance& indication, const char* name) {
-    return elementsOf<std::string>(indication.getPropertyByName(name)).at(0);
-  }
-  static Strings descriptions() {
-    Strings texts;
-    for (const CIMInstance& indication : delivered) {
-      texts.push_back(text(indication, "eventDesc"));
-    }
-    return texts;
-  }
 };
-
-TEST_F(EventListener, NewEventsAreWordedAndSentInOrder) {
-  TvproEventManager manager(getTarvexProRoot()->isPolicyEngineRunning());
-  manager.pollOnce();
-  delivered.clear();
-  const unsigned int pool = makePool("Archive", TVK_DEVICE_HDD);
-  ASSERT_EQ(call("DeleteVirtualPool", arguments(makeProperty<unsigned int>("VirtualPoolId", pool))), 0U);
-  manager.pollOnce();
-  ASSERT_EQ(delivered.size(), 3U);
-  EXPECT_EQ(number(delivered[0], "eventCode"), 601U) << "the drive, in the words of the library";
-  EXPECT_EQ(log.count(LogCapture::message(4, "Going with event description from driver")), 1U);
-  EXPECT_EQ(text(delivered[1], "eventDesc"), "Pool Archive made, level 0, 10.00 GB");
-  EXPECT_EQ(text(delivered[2], "eventDesc"), "Pool Archive gone");
-  EXPECT_EQ(number(delivered[1], "eventCode"), 201U);
-  EXPECT_EQ(delivered[1].nameSpace(), "root/PG_InterOp");
-  EXPECT_TRUE(delivered[1].getPropertyByName("eventTime")->isKey());
-  EXPECT_TRUE(delivered[1].getPropertyByName("eventDesc")->isKey());
-  EXPECT_FALSE(delivered[1].getPropertyByName("Id")->isKey());
-  manager.pollOnce();
-  EXPECT_EQ(delivered.size(), 3U) << "every event once";
-}
-
-TEST_F(EventListener, EventsOfInternalPoolsAreDropped) {
-  TvproEventManager manager(getTarvexProRoot()->isPolicyEngineRunning());
-  const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
-  const unsigned char drive = addDrive(TVK_DEVICE_HDD);
-  manager.pollOnce();
-  delivered.clear();
-  log.clear();
-  ASSERT_EQ(call("CreateDataCacheVolume", dataCacheArguments("Cached", ssd, {drive})), 0U);
-  manager.pollOnce();
-  for (const std::string& description : descriptions()) {
-    EXPECT_EQ(description.find("Pool"), std::string::npos) << description;
-  }
-  EXPECT_FALSE(delivered.empty()) << "the volume's event arrives";
-  EXPECT_EQ(
-      log.count(LogCapture::message(
-          4, "TvproEventManager::pollForEvent() - Ignoring internal pool related event ")),
-      1U);
-}
-
-TEST_F(EventListener, AChangeOfThePolicyEngineIsReportedOnce) {
-  const bool running = getTarvexProRoot()->isPolicyEngineRunning();
-  ASSERT_TRUE(running) << "a new state starts with a running policy engine";
-  TvproEventManager manager(false);
-  manager.reportPolicyEngineEvent();
-  manager.reportPolicyEngineEvent();
-  ASSERT_EQ(delivered.size(), 1U);
-  EXPECT_EQ(number(delivered[0], "eventCode"), 701U);
-  EXPECT_EQ(number(delivered[0], "eventType"), 3U);
-  EXPECT_EQ(text(delivered[0], "eventDesc"), "tarvex Plus - Policy Engine Service has started running");
-  EXPECT_TRUE(log.has(LogCapture::message(4, "Delivered Policy Engine status Event with Code = 1793")));
-}
-
-TEST_F(EventListener, WithoutAnAdapterARoundDoesNothing) {
-  TvproEventManager manager(false);
-  voltvk::Faults().adapterAbsent();
-  refreshTarvexProObjects();
-  log.clear();
-  manager.pollOnce();
-  EXPECT_TRUE(delivered.empty()) << "not even the policy engine is looked at";
-  EXPECT_EQ(log.lines(), Strings{LogCapture::trace("Exiting TvproEventManager::pollForEvent()")});
-}
 
 TEST_F(EventListener, WhyEventsCannotBeFetchedIsSaidOnce) {
   TvproEventManager manager(true);
@@ -178,13 +99,6 @@ TEST_F(EventListener, TimesAreWrittenMonthFirst) {
   EXPECT_TRUE(log.has(LogCapture::message(2, " Buffer is empty")));
   ::setenv("TZ", "EAST-2", 1);
   EXPECT_EQ(written(0), "01/01/1970 02:00:00") << "a changed time zone counts at once";
-}
-
-TEST_F(EventListener, AnExceptionEndsTheThreadAfterOneLine) {
-  voltvk::Faults().throwFrom("getEvents");
-  TvproEventListenerThread(nullptr);
-  EXPECT_EQ(log.count(LogCapture::message(2, "TvproEventListenerThread could not poll for event")), 1U);
-  EXPECT_EQ(log.lines().back(), LogCapture::trace("Exiting TvproEventManager::TvproEventListenerThread()"));
 }
 
 TEST_F(EventListener, TheThreadEndsAfterItsSleepAndNeverStartsAgain) {

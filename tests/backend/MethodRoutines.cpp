@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/StorageFixture.h"
-#include "voltvk/UserStatistics.h"
 
 #include <functional>
 #include <random>
@@ -56,28 +55,7 @@ CIMMethodParam named(const Strings& names) {
   return list;
 }
 
-CIMMethodParam identifier(const char* name, unsigned int value) {
-  return arguments(makeProperty<unsigned int>(name, value));
-}
-
-class MethodRoutines : public StorageTest {
-protected:
-  std::vector<CIMInstance> members() const {
-    const CIMProperty* argument = out.getArgumentByName("Members");
-    if (argument == nullptr || argument->getType() != PDT_INSTANCE_ARRAY) {
-      ADD_FAILURE() << "no Members in the output " << out.toString();
-      return {};
-    }
-    return argument->instanceSlot().m_values;
-  }
-  static Strings namesOfProperties(const CIMInstance& instance) {
-    Strings names;
-    for (const CIMProperty& property : instance.properties()) {
-      names.push_back(property.name());
-    }
-    return names;
-  }
-};
+using MethodRoutines = StorageTest;
 
 TEST_F(MethodRoutines, ArgumentsAreCountedThenLookedUpInOrder) {
   for (const RoutineCase& routine : routines()) {
@@ -159,171 +137,34 @@ TEST_F(MethodRoutines, RandomArgumentsNeverCrash) {
   }
 }
 
-TEST_F(MethodRoutines, PoolsAreCreatedChangedAndDeleted) {
-  const unsigned char first = addDrive(TVK_DEVICE_HDD);
-  const unsigned char second = addDrive(TVK_DEVICE_HDD);
-  EXPECT_EQ(call("CreateVirtualPool", poolArguments("Archive", {first, second}, TVK_TIER_HDD)), 0U);
-  EXPECT_EQ(answered("RetStat"), 0U);
-  EXPECT_TRUE(log.has(LogCapture::message(4, "TvpIfCreateVirtualPool() - Pool Name: Archive")));
-  EXPECT_TRUE(log.has(
-      LogCapture::message(4, "TarvexProVirtualPool::CreateVirtualPool() returned Ret.getReturn() = 0")));
-  const unsigned int pool = idOf("Archive", &VirtualPool::getPoolId);
-
-  EXPECT_EQ(call("CreateVirtualPool", poolArguments("Archive", {first}, TVK_TIER_HDD)), 3U);
-  const unsigned int refused = answered("RetStat");
-  EXPECT_TRUE(refused == TVK_NAME_IN_USE || refused == TVK_DEVICE_IN_USE);
-  EXPECT_EQ(
-      call(
-          "CreateVirtualPool",
-          poolArguments(std::string(TVK_LONGEST_NAME + 1, 'n'), {addDrive(TVK_DEVICE_HDD)}, TVK_TIER_HDD)),
-      3U);
-  EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_INVALID_NAME)) << "a long name is not cut";
-
-  EXPECT_EQ(
-      call(
-          "ModifyVirtualPool", arguments(
-                                   makeProperty<unsigned int>("VirtualPoolId", pool),
-                                   makeProperty<std::string>("Name", "100% \"new\""),
-                                   makeProperty<unsigned char>("TierLevel", TVK_TIER_HDD),
-                                   makeProperty<std::string>("Description", "%s%n"))),
-      0U);
-  EXPECT_TRUE(log.has(LogCapture::message(4, " TvpIfModifyVirtualPool() returned Ret.getReturn() = 0")));
-  EXPECT_EQ(pools(), Strings{"100% \"new\""});
-
-  voltvk::Faults().throwFrom("refreshConfiguration");
-  EXPECT_EQ(call("GetVirtualPoolMembers", identifier("VirtualPoolId", pool)), 0U);
-  const std::vector<CIMInstance> drives = members();
-  ASSERT_FALSE(drives.empty());
-  for (const CIMInstance& drive : drives) {
-    EXPECT_EQ(drive.className(), "TVP_VirtualPoolMember");
-    EXPECT_EQ(drive.nameSpace(), "root/test");
-    EXPECT_EQ(namesOfProperties(drive), (Strings{"Name", "DeviceNumber", "LDStartRange", "LDEndRange"}));
-  }
-  EXPECT_EQ(log.count(LogCapture::message(4, "adding instance")), drives.size());
-  EXPECT_TRUE(log.has(LogCapture::message(4, "Returning Logical Device instances")));
-
-  EXPECT_EQ(call("DeleteVirtualPool", identifier("VirtualPoolId", pool)), 0U);
-  EXPECT_TRUE(log.has(
-      LogCapture::message(4, "TarvexProVirtualPool::DeleteVirtualPool() returned Ret.getReturn() = 0")));
-  EXPECT_EQ(call("DeleteVirtualPool", identifier("VirtualPoolId", pool)), 3U);
-  EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_NO_SUCH_POOL));
-}
-
-TEST_F(MethodRoutines, VolumesAreCreatedChangedMeasuredAndDeleted) {
-  const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
-  const unsigned int hdd = makePool("Slow", TVK_DEVICE_HDD);
-  EXPECT_EQ(
-      call("CreateVirtualVolume", volumeArguments("Data", TVK_VOLUME_TIERED, {ssd, hdd}, {GIB, 2 * GIB})),
-      0U);
-  ASSERT_EQ(answered("RetStat"), 0U);
-  EXPECT_TRUE(log.has(LogCapture::message(4, " tvpCreateVirtualVolume() returned Ret.getReturn() = 0")));
-  const unsigned int volume = volumeId("Data");
-
-  EXPECT_EQ(
-      call(
-          "ModifyVirtualVolume",
-          arguments(
-              makeProperty<unsigned int>("VirtualVolumeId", volume),
-              makeProperty<std::string>("VolumeName", "Data 2"), makeProperty<std::string>("Description", ""),
-              makeProperty<unsigned int>("KnobSetting", 1))),
-      0U);
-  EXPECT_TRUE(log.has(LogCapture::message(4, "Before TvpIfModifyVirtualPool() call")));
-  EXPECT_EQ(volumes(), Strings{"Data 2"});
-
-  EXPECT_EQ(call("GetVirtualVolumeStats", identifier("VirtualVolumeId", volume)), 0U);
-  EXPECT_EQ(
-      out.toString(), "RetStatSSD_VDTotalChunksSSD_VDExtraChunksHDD_VDTotalChunksReadIO_CountWriteIO_Count"
-                      "SeqIO_CountRanIO_CountSSD_RIO_CountSSD_WIO_CountVD_ChunkSizeVD_TotalChunksVD_Feature");
-  EXPECT_EQ(
-      out.getArgumentByName("VD_TotalChunks")->uint64Slot().m_values,
-      std::vector<unsigned long long>{3 * GIB / MIB});
-  EXPECT_EQ(answered("VD_Feature"), 2U);
-  EXPECT_EQ(call("ResetVirtualVolumeStats", identifier("VirtualVolumeId", volume)), 0U);
-  EXPECT_EQ(out.toString(), "ReturnCode");
-
-  EXPECT_EQ(call("GetVirtualVolumeMembers", identifier("VirtualVolumeId", volume)), 0U);
-  Strings providers;
-  for (const CIMInstance& source : members()) {
-    EXPECT_EQ(source.className(), "TVP_VirtualVolumeSource");
-    EXPECT_EQ(namesOfProperties(source), (Strings{"VolumeName", "VirtualPoolId", "MaxAllowedChunks"}));
-    providers.push_back(source.properties().front().stringSlot().m_values.front());
-  }
-  std::sort(providers.begin(), providers.end());
-  EXPECT_EQ(providers, (Strings{"Fast", "Slow"})) << "the providing pools stand under VolumeName";
-
-  log.clear();
-  EXPECT_EQ(call("FlushVirtualVolume", identifier("VirtualVolumeId", volume)), 3U);
-  EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_NOT_CACHED));
-  EXPECT_TRUE(log.has(LogCapture::message(
-      4, " TvpIfFlushVirtualVolume() returned Ret.getReturn() = " + std::to_string(TVK_NOT_CACHED))));
-  EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volume)), 0U);
-  for (const unsigned int pool : {ssd, hdd}) {
-    EXPECT_EQ(call("CreateVirtualVolume", volumeArguments("Alone", TVK_VOLUME_TIERED, {pool}, {GIB})), 0U);
-    EXPECT_EQ(answered("RetStat"), 0U) << "one pool is enough";
-    EXPECT_EQ(call("DeleteVirtualVolume", identifier("VirtualVolumeId", volumeId("Alone"))), 0U);
-  }
-  EXPECT_TRUE(volumes().empty());
-}
-
-TEST_F(MethodRoutines, CachedVolumesCreateAndDeleteTheirInternalPool) {
-  const unsigned int ssd = makePool("Fast", TVK_DEVICE_SSD);
-  const unsigned char drive = addDrive(TVK_DEVICE_HDD);
-  log.clear();
-  EXPECT_EQ(call("CreateDataCacheVolume", dataCacheArguments("Cached", ssd, {drive, 4})), 3U);
-  EXPECT_EQ(out.getArgumentCount(), 0U);
-  EXPECT_TRUE(log.has(LogCapture::message(
-      4, "TvpIfCreateDataCacheVolume() - !!ERROR!! - Only one LD is required for DataCache volume")));
-  EXPECT_FALSE(log.has(LogCapture::trace("Calling TvkAdapter::createDataCacheVolume()")));
-
-  EXPECT_EQ(call("CreateDataCacheVolume", dataCacheArguments("Cached", ssd, {drive})), 0U);
-  ASSERT_EQ(answered("RetStat"), 0U);
-  const Strings both = pools();
-  ASSERT_EQ(both.size(), 2U);
-  for (const char* line : {"LD TierLevel: 1", "Internal Pool Flag: 16"}) {
-    EXPECT_TRUE(log.has(LogCapture::message(4, std::string("TvpIfCreateDataCacheVolume() - ") + line)));
-  }
-  EXPECT_TRUE(
-      log.has(LogCapture::message(4, "TvpIfCreateDataCacheVolume() - Internal Pool Name: " + both[1])));
-  EXPECT_EQ(call("FlushVirtualVolume", identifier("VirtualVolumeId", volumeId("Cached"))), 0U);
-
-  const unsigned int internal = idOf(both[1], &VirtualPool::getPoolId);
-  EXPECT_EQ(
-      call(
-          "DeleteDataCacheVolume", arguments(
-                                       makeProperty<unsigned int>("VirtualVolumeId", 4711),
-                                       makeProperty<unsigned int>("VirtualPoolId", internal))),
-      3U);
-  EXPECT_EQ(answered("RetStat"), static_cast<unsigned int>(TVK_NO_SUCH_VOLUME));
-  EXPECT_EQ(pools(), both);
-  EXPECT_EQ(
-      call(
-          "DeleteDataCacheVolume", arguments(
-                                       makeProperty<unsigned int>("VirtualVolumeId", volumeId("Cached")),
-                                       makeProperty<unsigned int>("VirtualPoolId", internal))),
-      0U);
-  EXPECT_EQ(answered("RetStat"), 0U);
-  EXPECT_TRUE(volumes().empty());
-  EXPECT_EQ(pools(), Strings{"Fast"});
-}
-
-TEST_F(MethodRoutines, PoolsAndVolumesThatDoNotExistHaveNoMembers) {
+// TVP_TierService does not offer this routine.
+TEST_F(MethodRoutines, DeletingADataCacheVolumeDeletesItsInternalPool) {
+  VirtualPoolSpec cache;
+  cache.poolId = makePool("Fast", TVK_DEVICE_SSD);
+  cache.capacityInSectors = GIB;
+  VirtualPoolSpec internal = poolSpec("Internal", {addDrive(TVK_DEVICE_HDD)}, 4 * GIB);
+  VirtualVolumeSpec volume = volumeSpec("Cached", TVK_VOLUME_CACHED, {});
+  ASSERT_EQ(TvkAdapter().createCachedLD(cache, internal, volume).getReturn(), 0U);
   const struct {
-    const char* method;
-    const char* argument;
-  } cases[] = {{"GetVirtualPoolMembers", "VirtualPoolId"}, {"GetVirtualVolumeMembers", "VirtualVolumeId"}};
+    unsigned int volume;
+    unsigned int result;
+    unsigned int status;
+    Strings pools;
+  } cases[] = {{4711, 3, TVK_NO_SUCH_VOLUME, {"Fast", "Internal"}}, {volume.volumeId, 0, 0, {"Fast"}}};
   for (const auto& sample : cases) {
-    SCOPED_TRACE(sample.method);
-    const std::string routine = std::string("TvpIf") + sample.method;
-    EXPECT_EQ(call(sample.method, identifier(sample.argument, 4711)), 0U);
-    EXPECT_TRUE(members().empty());
-    EXPECT_EQ(call(sample.method, {}), 3U);
-    EXPECT_TRUE(log.has(LogCapture::message(4, routine + " Enter")));
-    EXPECT_TRUE(log.has(LogCapture::message(4, routine + " exits with without calling TVP Func")));
-    EXPECT_EQ(call(sample.method, identifier("Other", 1)), 3U);
-    EXPECT_TRUE(
-        log.has(LogCapture::message(4, routine + " : No " + sample.argument + " parameter passed in")));
-    EXPECT_EQ(out.getArgumentCount(), 0U);
+    EXPECT_EQ(
+        call(
+            "DeleteDataCacheVolume", arguments(
+                                         makeProperty<unsigned int>("VirtualVolumeId", sample.volume),
+                                         makeProperty<unsigned int>("VirtualPoolId", internal.poolId))),
+        sample.result);
+    EXPECT_EQ(answered("RetStat"), sample.status);
+    EXPECT_TRUE(log.has(LogCapture::message(
+        4, "Entering TarvexProVirtualVolume::DeleteDataCacheVolume :- VirtualVolumeId : " +
+               std::to_string(sample.volume) + ".\t\tVirtualPoolID = " + std::to_string(internal.poolId))));
+    EXPECT_EQ(pools(), sample.pools);
   }
+  EXPECT_TRUE(volumes().empty());
 }
 
 }  // namespace

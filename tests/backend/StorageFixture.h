@@ -9,7 +9,6 @@
 #include "support/LogCapture.h"
 #include "support/Storage.h"
 #include "support/TemporaryDirectory.h"
-#include "voltvk/LogicalDevice.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
 #include "voltvk/engine/contract/Faults.h"
@@ -57,52 +56,13 @@ protected:
     return values.front();
   }
 
-  static cim::fwf::CIMMethodParam
-  poolArguments(const std::string& name, const std::vector<unsigned char>& drives, unsigned char tierLevel) {
-    return arguments(
-        cim::fwf::makeProperty<std::string>("Name", name),
-        cim::fwf::makeProperty<std::string>("Description", "of a test"),
-        cim::fwf::makeProperty<unsigned char>(
-            "NumberOfLogicalDevice", static_cast<unsigned char>(drives.size())),
-        cim::fwf::makeProperty("LDDeviceNumbers", drives),
-        cim::fwf::makeProperty<unsigned long long>("CapacityInSectors", 10 * GIB),
-        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MIB),
-        cim::fwf::makeProperty<unsigned char>("TierLevel", tierLevel));
-  }
-
-  static cim::fwf::CIMMethodParam volumeArguments(
-      const std::string& name, unsigned char type, const std::vector<unsigned int>& pools,
-      const std::vector<unsigned long long>& sizes) {
-    return arguments(
-        cim::fwf::makeProperty<std::string>("VolumeName", name),
-        cim::fwf::makeProperty<std::string>("Description", "of a test"),
-        cim::fwf::makeProperty<unsigned char>("VolumeType", type),
-        cim::fwf::makeProperty<unsigned char>("VirtualPoolsCount", static_cast<unsigned char>(pools.size())),
-        cim::fwf::makeProperty("ListOfVirtualPoolIds", pools),
-        cim::fwf::makeProperty("UsedSizeInSectors", sizes),
-        cim::fwf::makeProperty<unsigned int>("KnobSetting", 2));
-  }
-
-  static cim::fwf::CIMMethodParam dataCacheArguments(
-      const std::string& name, unsigned int ssdPool, const std::vector<unsigned char>& drives) {
-    return arguments(
-        cim::fwf::makeProperty<std::string>("VolumeName", name),
-        cim::fwf::makeProperty<std::string>("Description", "cached"),
-        cim::fwf::makeProperty<unsigned char>("VolumeType", TVK_VOLUME_CACHED),
-        cim::fwf::makeProperty<unsigned int>("SSDPoolId", ssdPool),
-        cim::fwf::makeProperty<unsigned long long>("reqCapacityFromSSDPool", GIB),
-        cim::fwf::makeProperty("LDDeviceNumber", drives),
-        cim::fwf::makeProperty<unsigned long long>("LDCapacityInSectors", 4 * GIB),
-        cim::fwf::makeProperty<unsigned long long>("ChunkSize", MIB),
-        cim::fwf::makeProperty<unsigned int>("KnobSetting", 2));
-  }
-
-  /** Creates a pool on one new drive. @return its identifier */
-  unsigned int makePool(const std::string& name, TvkDeviceType type) {
+  /** Makes a pool on one new drive. @return its identifier */
+  static unsigned int makePool(const std::string& name, TvkDeviceType type) {
     const unsigned char tierLevel = type == TVK_DEVICE_HDD ? TVK_TIER_HDD : TVK_TIER_SSD;
-    EXPECT_EQ(call("CreateVirtualPool", poolArguments(name, {addDrive(type)}, tierLevel)), 0U);
-    EXPECT_EQ(answered("RetStat"), 0U);
-    return idOf(name, &VirtualPool::getPoolId);
+    const unsigned int pool =
+        Storage::createPool(poolSpec(name.c_str(), {addDrive(type)}, 10 * GIB, tierLevel));
+    cim::fwf::refreshTarvexProObjects();
+    return pool;
   }
 
   /** The names of the objects of a type. */
@@ -117,18 +77,6 @@ protected:
   }
   static std::vector<std::string> pools() { return namesOf<VirtualPool>(); }
   static std::vector<std::string> volumes() { return namesOf<VirtualVolume>(); }
-
-  template <typename Object>
-  static unsigned int idOf(const std::string& name, std::uint32_t (Object::*identifier)() const) {
-    cim::fwf::refreshTarvexProObjects();
-    for (const Object& object : cim::fwf::FilteredObjects<Object>(cim::fwf::getTvkAdapter())) {
-      if (name == object.getName()) {
-        return (object.*identifier)();
-      }
-    }
-    return TVK_NO_ID;
-  }
-  static unsigned int volumeId(const std::string& name) { return idOf(name, &VirtualVolume::getVolumeId); }
 
   LogCapture log;
   cim::fwf::CIMMethodParam out;

@@ -74,22 +74,18 @@ inline CMPIAssociationMI* sampleAssociations() {
       CMPIVersion200,
       CMPIVersion200,
       "sample",
-      [](CMPIAssociationMI*, const CMPIContext*, CMPIBoolean) { return ok(); },
-      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-         const char* association, const char* result, const char* role, const char* resultRole,
-         const char** names) {
+      [](auto...) { return ok(); },
+      [](auto, auto, auto, auto, auto association, auto result, auto role, auto resultRole, auto names) {
         return note(
             "associators", association, result, role, resultRole, names == nullptr ? nullptr : names[0]);
       },
-      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*,
-         const char* association, const char* result, const char* role,
-         const char* resultRole) { return note("associatorNames", association, result, role, resultRole); },
-      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char* result,
-         const char* role, const char** names) {
+      [](auto, auto, auto, auto, auto association, auto result, auto role, auto resultRole) {
+        return note("associatorNames", association, result, role, resultRole);
+      },
+      [](auto, auto, auto, auto, auto result, auto role, auto names) {
         return note("references", result, role, names == nullptr ? nullptr : names[0]);
       },
-      [](CMPIAssociationMI*, const CMPIContext*, const CMPIResult*, const CMPIObjectPath*, const char* result,
-         const char* role) { return note("referenceNames", result, role); }};
+      [](auto, auto, auto, auto, auto result, auto role) { return note("referenceNames", result, role); }};
   static CMPIAssociationMI interface { nullptr, &table };
   return &interface;
 }
@@ -103,54 +99,48 @@ inline CMPIStatus noteFilter(
       CMGetCharsPtr(CMGetClassName(path, nullptr), nullptr), last);
 }
 
+/** A factory of an interface with the table. */
+template <class Interface, auto& table>
+Interface* makeSample(const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
+  static Interface interface { nullptr, &table };
+  return &interface;
+}
+
+inline CMPIInstanceMIFT sampleInstanceTable{};
+inline CMPIMethodMIFT sampleMethodTable{};
+inline CMPIIndicationMIFT sampleIndicationTable{};
+
 /** Factories of a provider whose instance, method and indication interfaces do as sampleBehaviour() says. */
 inline ProviderFactories sampleFactories() {
-  static CMPIInstanceMIFT instanceTable{};
-  instanceTable.enumerateInstances = [](CMPIInstanceMI*, const CMPIContext* context, const CMPIResult* result,
-                                        const CMPIObjectPath* path, const char**) {
+  sampleInstanceTable.enumerateInstances = [](auto, auto context, auto result, auto path, auto) {
     return sampleBehaviour().enumerate(context, result, path);
   };
-  instanceTable.modifyInstance = [](CMPIInstanceMI*, const CMPIContext*, const CMPIResult*,
-                                    const CMPIObjectPath* path, const CMPIInstance* instance,
-                                    const char** names) {
+  sampleInstanceTable.modifyInstance = [](auto, auto, auto, auto path, auto instance, auto names) {
     return sampleBehaviour().modify(path, instance, names);
   };
-  instanceTable.cleanup = [](CMPIInstanceMI*, const CMPIContext*, CMPIBoolean terminating) {
+  sampleInstanceTable.cleanup = [](auto, auto, CMPIBoolean terminating) {
     return CMPIStatus{terminating != 0 ? CMPI_RC_OK : CMPI_RC_NEVER_UNLOAD, nullptr};
   };
-  static CMPIMethodMIFT methodTable{};
-  methodTable.invokeMethod = [](CMPIMethodMI*, const CMPIContext* context, const CMPIResult* result,
-                                const CMPIObjectPath*, const char*, const CMPIArgs* input, CMPIArgs* output) {
+  sampleMethodTable.invokeMethod = [](auto, auto context, auto result, auto, auto, auto input, auto output) {
     return sampleBehaviour().invoke(context, result, input, output);
   };
-  methodTable.cleanup = [](CMPIMethodMI*, const CMPIContext*, CMPIBoolean) { return ok(); };
-  static CMPIIndicationMIFT indicationTable{};
-  indicationTable.activateFilter = [](CMPIIndicationMI*, const CMPIContext* context, const CMPISelectExp*,
-                                      const char*, const CMPIObjectPath*,
-                                      CMPIBoolean) { return sampleBehaviour().activate(context); };
-  indicationTable.authorizeFilter = [](CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp* filter,
-                                       const char* className, const CMPIObjectPath* path, const char* owner) {
+  sampleMethodTable.cleanup = [](auto...) { return ok(); };
+  sampleIndicationTable.activateFilter = [](auto, auto context, auto...) {
+    return sampleBehaviour().activate(context);
+  };
+  sampleIndicationTable.authorizeFilter = [](auto, auto, auto filter, auto className, auto path, auto owner) {
     return noteFilter("authorizeFilter", filter, className, path, owner);
   };
-  indicationTable.deActivateFilter = [](CMPIIndicationMI*, const CMPIContext*, const CMPISelectExp* filter,
-                                        const char* className, const CMPIObjectPath* path, CMPIBoolean last) {
+  sampleIndicationTable.deActivateFilter = [](auto, auto, auto filter, auto className, auto path,
+                                              CMPIBoolean last) {
     return noteFilter("deActivateFilter", filter, className, path, last != 0 ? "last" : "not last");
   };
-  indicationTable.cleanup = [](CMPIIndicationMI*, const CMPIContext*, CMPIBoolean) { return ok(); };
+  sampleIndicationTable.cleanup = [](auto...) { return ok(); };
 
   ProviderFactories factories;
-  factories.instance = [](const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
-    static CMPIInstanceMI interface { nullptr, &instanceTable };
-    return &interface;
-  };
-  factories.method = [](const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
-    static CMPIMethodMI interface { nullptr, &methodTable };
-    return &interface;
-  };
-  factories.indication = [](const CMPIBroker*, const CMPIContext*, CMPIStatus*) {
-    static CMPIIndicationMI interface { nullptr, &indicationTable };
-    return &interface;
-  };
+  factories.instance = makeSample<CMPIInstanceMI, sampleInstanceTable>;
+  factories.method = makeSample<CMPIMethodMI, sampleMethodTable>;
+  factories.indication = makeSample<CMPIIndicationMI, sampleIndicationTable>;
   return factories;
 }
 

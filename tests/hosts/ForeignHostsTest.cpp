@@ -5,59 +5,43 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
+#include <list>
 
 namespace {
 
 using tvp::test::Command;
 using tvp::test::CommandResult;
+using tvp::test::RunningCommand;
 using tvp::test::TemporaryDirectory;
 
-struct HostCase {
-  const char* name;
-  const char* program;
-  bool otherPluginFirst;
-};
-
-/** GoogleTest would print the bytes, padding included. */
-std::ostream& operator<<(std::ostream& stream, const HostCase& host) {
-  return stream << host.name;
-}
-
-class ForeignHosts : public testing::TestWithParam<HostCase> {};
-
-TEST_P(ForeignHosts, RunTheWholeLife) {
-  const TemporaryDirectory directory;
-  const std::string state = directory.file("state.db");
-  const std::string voltvkctl = TVP_BINARY_DIR "/bin/voltvkctl";
-  const CommandResult added =
-      Command({voltvkctl, "-o", "json", "drive", "add", "--type", "hdd", "--size", "100GiB"})
-          .with("VOLTVK_STATE", state)
-          .run();
-  ASSERT_EQ(added.exitStatus, 0) << added.err;
-  const std::size_t number = added.out.find("\"number\"");
-  ASSERT_NE(number, std::string::npos) << added.out;
-  const std::size_t digits = added.out.find_first_of("0123456789", number);
-
-  std::vector<std::string> line = {
-      std::string(TVP_BINARY_DIR "/bin/") + GetParam().program,
-      TVP_BINARY_DIR "/lib/libtarvexProProvider.so"};
-  if (GetParam().otherPluginFirst) {
-    line.emplace_back(TVP_BINARY_DIR "/lib/libother_plugin.so");
+TEST(ForeignHosts, RunTheWholeLife) {
+  std::list<TemporaryDirectory> directories;
+  std::list<std::pair<std::string, RunningCommand>> hosts;
+  for (const std::string program : {"tiny_c_host", "tiny_cpp_host"}) {
+    for (const bool otherPluginFirst : {false, true}) {
+      const std::string state = directories.emplace_back().file("state.db");
+      const CommandResult added =
+          Command({TVP_BINARY_DIR "/bin/voltvkctl", "drive", "add", "--type", "hdd", "--size", "100GiB"})
+              .with("VOLTVK_STATE", state)
+              .run();
+      ASSERT_EQ(added.exitStatus, 0) << added.err;
+      std::vector<std::string> line = {
+          TVP_BINARY_DIR "/bin/" + program, TVP_BINARY_DIR "/lib/libtarvexProProvider.so"};
+      if (otherPluginFirst) {
+        line.emplace_back(TVP_BINARY_DIR "/lib/libother_plugin.so");
+      }
+      hosts.emplace_back(
+          program + (otherPluginFirst ? " after another plugin" : ""),
+          Command(line).with("VOLTVK_STATE", state).with("TINY_HOST_DRIVE", added.out).start());
+    }
   }
-  const CommandResult life =
-      Command(line).with("VOLTVK_STATE", state).with("TINY_HOST_DRIVE", added.out.substr(digits, 3)).run();
-  EXPECT_EQ(life.signal, 0);
-  EXPECT_EQ(life.exitStatus, 0) << life.err;
-  EXPECT_NE(life.out.find("a full life"), std::string::npos) << life.out;
+  for (auto& [name, host] : hosts) {
+    SCOPED_TRACE(name);
+    const CommandResult life = host.finish();
+    EXPECT_EQ(life.signal, 0);
+    EXPECT_EQ(life.exitStatus, 0) << life.err;
+    EXPECT_NE(life.out.find("a full life"), std::string::npos) << life.out;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Each, ForeignHosts,
-    testing::Values(
-        HostCase{"InC", "tiny_c_host", false}, HostCase{"InCAfterAnotherPlugin", "tiny_c_host", true},
-        HostCase{"InCpp", "tiny_cpp_host", false},
-        HostCase{"InCppAfterAnotherPlugin", "tiny_cpp_host", true}),
-    [](const testing::TestParamInfo<HostCase>& host) { return host.param.name; });
 
 }  // namespace

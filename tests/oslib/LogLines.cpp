@@ -3,6 +3,7 @@
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMethodTrace.h"
 #include "oslib/KVSPaths.h"
+#include "support/Lines.h"
 #include "support/LogCapture.h"
 #include "support/TemporaryDirectory.h"
 
@@ -14,6 +15,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <iterator>
 #include <regex>
 #include <stdexcept>
 #include <string>
@@ -53,31 +55,25 @@ protected:
   bool exists(const std::string& module = "TVP") const { return std::filesystem::exists(path(module)); }
 
   std::vector<std::string> lines(const std::string& module = "TVP") const {
-    std::vector<std::string> result;
     std::ifstream stream(path(module));
-    for (std::string line; std::getline(stream, line);) {
-      result.push_back(line);
-    }
-    return result;
+    return tvp::test::linesOf({std::istreambuf_iterator<char>(stream), {}});
   }
 
   TemporaryDirectory m_root;
 };
 
 TEST_F(Log, TracesAndMessagesHaveTheirOwnLineFormats) {
-  struct Case {
-    const char* module;
-    const char* dashes;
-  };
-  for (const Case& item : {Case{"TVP", "-------"}, Case{"tvpIf", "-----"}, Case{"TenLetters", ""}}) {
-    SCOPED_TRACE(item.module);
-    create(item.module);
-    ASSERT_EQ(KvsLogInit(item.module), 0);
+  const std::pair<std::string, std::string> cases[] = {
+      {"TVP", "-------"}, {"tvpIf", "-----"}, {"TenLetters", ""}};
+  for (const auto& [module, dashes] : cases) {
+    SCOPED_TRACE(module);
+    create(module);
+    ASSERT_EQ(KvsLogInit(module.c_str()), 0);
     EXPECT_EQ(KvsLogMsg(KVS_LOG_DEBUG, "Ref count = %d", 1), 0);
     EXPECT_EQ(KvsTrace("Entering %s %n"), 0);
-    const std::vector<std::string> written = lines(item.module);
+    const std::vector<std::string> written = lines(module);
     ASSERT_EQ(written.size(), 3U);
-    const std::string header = STAMP + R"(\[)" + item.module + item.dashes + threadColumn() + R"(\])";
+    const std::string header = STAMP + R"(\[)" + module + dashes + threadColumn() + R"(\])";
     EXPECT_TRUE(
         std::regex_match(written[0], std::regex(header + "  :LOG_INFO :: ######OSLIB Init Suucesazful#####")))
         << written[0];

@@ -178,14 +178,6 @@ TEST_F(Configuration, ProductVersionIsTheFourthLine) {
   EXPECT_STREQ(untouched, "#");
 }
 
-TEST_F(Configuration, TheProcessRootIsPrefixedToAllPaths) {
-  const std::string root = m_root.path().string();
-  EXPECT_EQ(kvsLogDirectory(), root + "/var/log");
-  EXPECT_EQ(kvsPasswdFile(), root + "/etc/passwd");
-  EXPECT_EQ(kvsEventCatalogueDirectory(), root + "/usr/VolMan/");
-  EXPECT_EQ(kvsProductConfigurationFile(), root + "/etc/Kelvora/hexRAID.conf");
-}
-
 TEST(Paths, TheEnvironmentRootIsNotPrefixedToTheUserList) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");  // a new process: the variable is read once
   EXPECT_EXIT(

@@ -36,12 +36,6 @@ protected:
     m_facade->enumerateInstances(path, instances);
     return instances;
   }
-  std::vector<cim::fwf::CIMInstance> get(const std::string& className) {
-    cim::fwf::CIMObjectPath path = classPath(className);
-    std::vector<cim::fwf::CIMInstance> instances;
-    m_facade->getCIMInstance(path, instances);
-    return instances;
-  }
   unsigned int
   invoke(const std::string& className, const std::string& method, cim::fwf::CIMMethodParam in = {}) {
     m_out = cim::fwf::CIMMethodParam();

@@ -70,28 +70,6 @@ TEST(CommandLine, SaysWhatIsWrongAndWhatToDo) {
   }
 }
 
-TEST(CommandLine, HelpsWithEveryVerb) {
-  const std::vector<std::vector<std::string>> verbs = {
-      {},
-      {"ei"},
-      {"im"},
-      {"watch"},
-      {"tree"},
-      {"pool"},
-      {"classes"},
-      {"pool", "create"},
-      {"volume", "cache"},
-      {"volume", "reset-stats"}};
-  for (std::vector<std::string> words : verbs) {
-    Tool tool;
-    CommandLine commandLine(tool);
-    const std::string last = words.empty() ? "Usage: tvpcim" : words.back();
-    words.push_back("--help");
-    EXPECT_THAT(commandLine.parse(words), HasSubstr(last));
-    EXPECT_EQ(tool.verb(), "") << "help does nothing else";
-  }
-}
-
 TEST(CommandLine, TakesNoHarmFromRandomArguments) {
   const std::vector<std::string> words = {
       "pool", "create", "ei",   "-o",      "json",   "--pool", "--",     "-",  "--size",

