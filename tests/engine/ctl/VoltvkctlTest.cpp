@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// The command voltvkctl, and what the storage library exports.
+// The command voltvkctl.
 #include "engine/EngineFixture.h"
 #include "support/Command.h"
 
 #include <nlohmann/json.hpp>
 
 #include <regex>
-#include <sstream>
 
 using namespace tvp::test;
 using Json = nlohmann::json;
@@ -194,27 +193,5 @@ TEST_F(VoltvkctlTest, IoAndPolicyMoveTheHotArea) {
   EXPECT_EQ(counted["totalSsdReads"], 100);
   EXPECT_EQ(counted["totalReads"], 600);
 }
-
-#ifdef TVP_SEALED
-TEST(LibraryInterface, ExportsTheContractAndNothingElse) {
-  const CommandResult symbols =
-      Command({"/usr/bin/nm", "-DC", "--defined-only", TVP_BINARY_DIR "/lib/libVOLTVK.so"}).run();
-  ASSERT_EQ(symbols.exitStatus, 0) << symbols.err;
-  const std::string classes =
-      "(Ret|RaidObject|LogicalDevice|VirtualPool|VirtualVolume|Chunk|VirtualPoolSpec|"
-      "VirtualVolumeSpec|VolEvent|VolEventCollection|TvkAdapter|FilterCollection|VolLib|TvkLib)";
-  const std::regex allowed(
-      "(" + classes + "::.*|(vtable|typeinfo|typeinfo name) for " + classes +
-      "|tvkStatusText\\(unsigned int\\)|tvkSetText\\(.*)");
-  std::istringstream lines(symbols.out);
-  int vtables = 0;
-  for (std::string line; std::getline(lines, line);) {
-    const std::string name = line.substr(19);
-    EXPECT_TRUE(std::regex_match(name, allowed)) << name;
-    vtables += name.rfind("vtable for ", 0) == 0 ? 1 : 0;
-  }
-  EXPECT_EQ(vtables, 9);
-}
-#endif
 
 }  // namespace

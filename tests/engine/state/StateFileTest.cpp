@@ -25,11 +25,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void runSql(const std::string& path, const char* sql) {
+/** A connection beside the library's, as another process has it. */
+sqlite3* openAndRun(const std::string& path, const char* sql) {
   sqlite3* handle = nullptr;
-  ASSERT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
+  EXPECT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
   EXPECT_EQ(sqlite3_exec(handle, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
-  sqlite3_close(handle);
+  return handle;
+}
+
+void runSql(const std::string& path, const char* sql) {
+  sqlite3_close(openAndRun(path, sql));
 }
 
 unsigned int modeOf(const std::string& path) {
@@ -242,9 +247,7 @@ TEST_F(StateFileTest, ReusesDriveNumbersOnceAllHaveBeenGiven) {
 
 TEST_F(StateFileTest, LockedByAnotherProcessIsBusyUntilItIsReleased) {
   m_lib = std::make_unique<TvkLib>();
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open(m_path.c_str(), &other), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3* other = openAndRun(m_path, "BEGIN IMMEDIATE");
   const auto start = std::chrono::steady_clock::now();
   std::atomic<bool> done{false};
   std::thread reader([&] {
@@ -316,9 +319,7 @@ TEST_F(StateFileTest, AnOlderStateGetsTheTableOfTheLastRefusal) {
 
 TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
   m_lib = std::make_unique<TvkLib>();
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open(m_path.c_str(), &other), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3* other = openAndRun(m_path, "BEGIN IMMEDIATE");
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(adapter().getVirtualVolumeStats(nullptr, 1).getReturn(), TVK_INVALID_ARGUMENT);
   EXPECT_LT(std::chrono::steady_clock::now() - start, voltvk::BUSY_TIMEOUT / 2);
