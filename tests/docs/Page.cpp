@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "docs/Page.h"
 
-#include "support/Lines.h"
-
 #include <fstream>
 #include <regex>
 
@@ -40,11 +38,6 @@ bool matches(
 }
 
 }  // namespace
-
-std::string readFile(const std::filesystem::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
 
 bool showsTheSame(const std::string& shown, const std::string& printed) {
   return matches(linesOf(withoutTimes(shown)), 0, linesOf(withoutTimes(printed)), 0);

@@ -2,15 +2,14 @@
 #ifndef TESTS_DOCS_PAGE_H
 #define TESTS_DOCS_PAGE_H
 
+#include "support/Lines.h"
+
 #include <cstddef>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 namespace tvp::test {
-
-/** The content of a file. */
-std::string readFile(const std::filesystem::path& path);
 
 /** A command of a page, and what the page says that it prints. */
 struct PageCommand {

@@ -84,18 +84,6 @@ TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
       ask({"-f", package("tarvexpro-dev"), "Depends"}), HasSubstr("tarvexpro-provider (= " TVP_VERSION ")"));
 }
 
-TEST_F(PackagesTest, UnpackedCommandsRunInPlace) {
-  const fs::path root = m_directory.path() / "root";
-  for (const char* name : {"tarvexpro-provider", "tarvexpro-dev"}) {
-    ask({"-x", package(name), root});
-  }
-  const CommandResult result = Command({root / "usr/bin/tvpcim", "identity"})
-                                   .without("LD_LIBRARY_PATH")
-                                   .with("VOLTVK_STATE", m_directory.file("state.db"))
-                                   .run();
-  EXPECT_EQ(result.exitStatus, 0) << result.err;
-}
-
 TEST_F(PackagesTest, ScriptsLeaveObjectManagersAloneAndTakeTheirLinksAway) {
   const fs::path control = m_directory.path() / "control";
   const fs::path commands = m_directory.path() / "bin";

@@ -2,15 +2,14 @@
 // The plugin table, the schema and the registration files name the same classes.
 #include "CIM/Framework/PluginTable.h"
 #include "host/schema/MofReader.h"
+#include "support/Lines.h"
+#include "text/Case.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <fstream>
 #include <map>
 #include <regex>
 #include <set>
-#include <sstream>
 
 namespace {
 
@@ -37,13 +36,6 @@ std::ostream& operator<<(std::ostream& stream, const Registration& registration)
 
 using Registrations = std::map<std::string, Registration>;
 
-std::string contentOf(const std::string& name) {
-  std::ifstream file(std::string(TVP_SOURCE_DIR "/schema/") + name);
-  std::stringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
 std::set<std::string> matches(const std::string& text, const std::string& pattern) {
   const std::regex expression(pattern);
   std::set<std::string> found;
@@ -55,7 +47,7 @@ std::set<std::string> matches(const std::string& text, const std::string& patter
 
 Registrations registeredWithPegasus() {
   const std::map<std::string, std::string> names{{"2", "instance"}, {"4", "indication"}, {"5", "method"}};
-  const std::string text = contentOf("pegasus/TVPRegistration.mof");
+  const std::string text = tvp::test::readFile(TVP_SOURCE_DIR "/schema/pegasus/TVPRegistration.mof");
   const std::regex block(R"re(instance of PG_ProviderCapabilities\s*\{[^;]*;[^;]*;[^;]*;\s*)re"
                          R"re(ClassName = "(\w+)";\s*Namespaces = \{([^}]*)\};\s*)re"
                          R"re(ProviderType = \{([^}]*)\};)re");
@@ -71,7 +63,7 @@ Registrations registeredWithPegasus() {
 }
 
 Registrations registeredWithSfcb() {
-  const std::string text = contentOf("sfcb/TVP.reg");
+  const std::string text = tvp::test::readFile(TVP_SOURCE_DIR "/schema/sfcb/TVP.reg");
   const std::regex block(R"(\[(\w+)\]\n  provider: tarvexProProvider\n  location: tarvexProProvider\n)"
                          R"(  type: ([^\n]+)\n  namespace: ([^\n]+)\n)");
   Registrations result;
@@ -79,11 +71,6 @@ Registrations registeredWithSfcb() {
     result[(*i)[1]] = {matches((*i)[3], R"((\S+))"), matches((*i)[2], R"((\w+))")};
   }
   return result;
-}
-
-std::string lower(std::string text) {
-  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-  return text;
 }
 
 /** The lower-case names of the classes that the schema wants a plugin for; fills what is to be registered. */
@@ -95,7 +82,7 @@ std::set<std::string> servedClasses(Registrations& expected) {
       expected[cimClass->name] = {{modelNamespace, indicationNamespace}, {"indication"}};
       continue;
     }
-    served.insert(lower(cimClass->name));
+    served.insert(tvp::text::lowerCase(cimClass->name));
     Registration& registration = expected[cimClass->name];
     registration = {{modelNamespace}, {"instance"}};
     if (!cimClass->methods.empty()) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "soak/SoakLoad.h"
 
+#include "support/MethodArguments.h"
+
 #include <map>
 
 namespace tvp::soak {
@@ -21,18 +23,6 @@ std::uint64_t numberOf(const host::Instance& instance, const std::string& proper
 }
 
 }  // namespace
-
-void Findings::add(const std::string& finding) {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  if (m_findings.size() < 100) {
-    m_findings.push_back(finding);
-  }
-}
-
-std::vector<std::string> Findings::all() const {
-  const std::lock_guard<std::mutex> lock(m_mutex);
-  return m_findings;
-}
 
 void Load::run(unsigned int seed) {
   Random random(seed);
@@ -112,46 +102,18 @@ std::uint32_t Load::anyId(Random& random, const std::string& className, const st
 }
 
 void Load::changeConfiguration(Random& random) {
-  const auto drive = static_cast<std::uint8_t>(random() % 9);  // one more than there are
-  const std::string name = "name" + std::to_string(random() % 12);
-  const Value pool = Value::uint32(anyId(random, "TVP_VirtualPool", "VirtualPoolId"));
-  const Value volume = Value::uint32(anyId(random, "TVP_VirtualVolume", "VirtualVolumeId"));
-  host::Arguments arguments;
-  switch (random() % 8) {
-  case 0:
-    arguments.add("Name", Value::string(name)).add("Description", Value::string("%s%n"));
-    arguments.add("NumberOfLogicalDevice", Value::uint8(1));
-    arguments.add("LDDeviceNumbers", Value::array(CMPI_uint8, {Value::uint8(drive)}));
-    arguments.add("CapacityInSectors", Value::uint64(500 * MEBIBYTE));
-    arguments.add("ChunkSize", Value::uint64(MEBIBYTE))
-        .add("TierLevel", Value::uint8(drive % 2 == 0 ? 1 : 3));
-    call("CreateVirtualPool", arguments);
-    break;
-  case 1:
-  case 2: {
-    const auto type = static_cast<std::uint8_t>(1 + random() % 2);
-    arguments.add("VolumeName", Value::string(name)).add("Description", Value::string(""));
-    arguments.add("VolumeType", Value::uint8(type)).add("VirtualPoolsCount", Value::uint8(1));
-    arguments.add("ListOfVirtualPoolIds", Value::array(CMPI_uint32, {pool}));
-    arguments.add("UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(random() % 200 * MEBIBYTE)}));
-    call("CreateVirtualVolume", arguments.add("KnobSetting", Value::uint32(2)));
-    break;
-  }
-  case 3:
-    call("DeleteVirtualPool", arguments.add("VirtualPoolId", pool));
-    break;
-  case 4:
-    call("DeleteVirtualVolume", arguments.add("VirtualVolumeId", volume));
-    break;
-  case 5:
-    call("GetVirtualVolumeMembers", arguments.add("VirtualVolumeId", volume));
-    break;
-  case 6:
-    call("GetVirtualVolumeStats", arguments.add("VirtualVolumeId", volume));
-    break;
-  default:
-    call("GetVirtualPoolMembers", arguments.add("VirtualPoolId", pool));
-  }
+  const std::vector<host::SchemaMethod>& methods =
+      m_provider.broker().schema().find("TVP_TierService")->methods;
+  const host::SchemaMethod& method = methods[random() % methods.size()];
+  test::MethodValues values;
+  values.name = "name" + std::to_string(random() % 12);
+  values.drive = static_cast<std::uint8_t>(random() % 9);  // one more than there are
+  values.tier = values.drive % 2 == 0 ? 1 : 3;
+  values.volumeType = static_cast<std::uint8_t>(1 + random() % 2);
+  values.diskPool = values.pool = anyId(random, "TVP_VirtualPool", "VirtualPoolId");
+  values.flashPool = anyId(random, "TVP_VirtualPool", "VirtualPoolId");
+  values.volume = anyId(random, "TVP_VirtualVolume", "VirtualVolumeId");
+  call(method.name, argumentsFor(method, values));
 }
 
 void Load::checkCapacities() {

@@ -17,8 +17,16 @@ namespace tvp::soak {
 class Findings {
 public:
   /** Keeps the first hundred findings. */
-  void add(const std::string& finding);
-  std::vector<std::string> all() const;
+  void add(const std::string& finding) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_findings.size() < 100) {
+      m_findings.push_back(finding);
+    }
+  }
+  std::vector<std::string> all() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_findings;
+  }
 
 private:
   mutable std::mutex m_mutex;

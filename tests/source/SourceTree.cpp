@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "SourceTree.h"
 
+#include "support/Lines.h"
+
 #include <algorithm>
 #include <array>
 #include <filesystem>
-#include <fstream>
 #include <set>
 
 namespace tvp::test {
@@ -21,15 +22,6 @@ bool isSource(const fs::path& path) {
   return EXTENSIONS.count(path.extension()) != 0 || name == "CMakeLists.txt" || path == TOP / "dev";
 }
 
-std::vector<std::string> linesOf(const fs::path& path) {
-  std::ifstream stream(path);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(stream, line);) {
-    lines.push_back(line);
-  }
-  return lines;
-}
-
 std::vector<SourceFile> readTree() {
   std::vector<SourceFile> files;
   for (auto entry = fs::recursive_directory_iterator(TOP); entry != fs::recursive_directory_iterator();
@@ -38,7 +30,7 @@ std::vector<SourceFile> readTree() {
     if (entry->is_directory() && (path.filename() == "build" || path.filename().string().front() == '.')) {
       entry.disable_recursion_pending();
     } else if (entry->is_regular_file() && isSource(path)) {
-      files.push_back({path.lexically_relative(TOP), linesOf(path)});
+      files.push_back({path.lexically_relative(TOP), linesOf(readFile(path))});
     }
   }
   std::sort(files.begin(), files.end(), [](const SourceFile& left, const SourceFile& right) {

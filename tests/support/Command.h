@@ -4,12 +4,15 @@
 
 #include "support/TemporaryDirectory.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -146,12 +149,11 @@ public:
   explicit Command(std::vector<std::string> arguments) : m_arguments(std::move(arguments)) {}
 
   Command& with(const std::string& name, const std::string& value) {
-    m_set[name] = value;
+    m_environment[name] = value;
     return *this;
   }
   Command& without(const std::string& name) {
-    m_set.erase(name);
-    m_unset.push_back(name);
+    m_environment[name].reset();
     return *this;
   }
   /** The time after which the command is killed; 60 seconds when not given. */
@@ -180,10 +182,15 @@ public:
       throw std::runtime_error("cannot create a pipe or a terminal");
     }
     // Everything that allocates is done before the fork: the test may have other threads.
-    std::vector<std::string> environment = makeEnvironment();
-    std::vector<char*> environmentPointers = pointers(environment);
-    std::vector<std::string> arguments = m_arguments;
-    std::vector<char*> argumentPointers = pointers(arguments);
+    std::vector<std::string> line = {"/usr/bin/env"};
+    for (const auto& [name, value] : m_environment) {
+      line.insert(value ? line.end() : line.begin() + 1, value ? name + "=" + *value : "--unset=" + name);
+    }
+    line.insert(line.end(), m_arguments.begin(), m_arguments.end());
+    std::vector<char*> words;
+    std::transform(
+        line.begin(), line.end(), std::back_inserter(words), [](auto& word) { return word.data(); });
+    words.push_back(nullptr);
     const pid_t child = ::fork();
     if (child < 0) {
       throw std::runtime_error("cannot create a process");
@@ -193,7 +200,7 @@ public:
       ::dup2(null, STDIN_FILENO);
       ::dup2(out[1], STDOUT_FILENO);
       ::dup2(err[1], STDERR_FILENO);
-      ::execve(argumentPointers[0], argumentPointers.data(), environmentPointers.data());
+      ::execv(words[0], words.data());
       ::_exit(127);
     }
     ::close(out[1]);
@@ -205,40 +212,8 @@ public:
   CommandResult run() const { return start().finish(); }
 
 private:
-  std::vector<std::string> makeEnvironment() const {
-    std::map<std::string, std::string> values;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-      const std::string text = *entry;
-      const std::size_t equals = text.find('=');
-      values[text.substr(0, equals)] = equals == std::string::npos ? "" : text.substr(equals + 1);
-    }
-    for (const std::string& name : m_unset) {
-      values.erase(name);
-    }
-    for (const auto& [name, value] : m_set) {
-      values[name] = value;
-    }
-    std::vector<std::string> environment;
-    environment.reserve(values.size());
-    for (const auto& [name, value] : values) {
-      environment.push_back(std::string(name).append("=").append(value));
-    }
-    return environment;
-  }
-
-  static std::vector<char*> pointers(std::vector<std::string>& texts) {
-    std::vector<char*> result;
-    result.reserve(texts.size() + 1);
-    for (std::string& text : texts) {
-      result.push_back(text.data());
-    }
-    result.push_back(nullptr);
-    return result;
-  }
-
   std::vector<std::string> m_arguments;
-  std::map<std::string, std::string> m_set;
-  std::vector<std::string> m_unset;
+  std::map<std::string, std::optional<std::string>> m_environment;  ///< changes; nothing: taken out
   std::chrono::milliseconds m_limit{60000};
   unsigned short m_columns = 0;
 };

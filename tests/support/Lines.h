@@ -2,11 +2,20 @@
 #ifndef TESTS_SUPPORT_LINES_H
 #define TESTS_SUPPORT_LINES_H
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
 
 namespace tvp::test {
+
+/** @return the content of a file; nothing when it cannot be read */
+inline std::string readFile(const std::filesystem::path& path) {
+  std::ifstream stream(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
 
 /** @return the lines of a text, without their ends */
 inline std::vector<std::string> linesOf(const std::string& text) {

@@ -4,9 +4,9 @@
 
 #include "cmpi/CmpiTest.h"
 #include "engine/EngineFixture.h"
+#include "support/Lines.h"
+#include "support/MethodArguments.h"
 
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 
@@ -14,9 +14,8 @@ namespace tvp::test {
 
 /** The product's schema together with the association fixtures. */
 inline std::shared_ptr<const host::Schema> productSchema() {
-  std::ifstream file(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
-  const std::string product{std::istreambuf_iterator<char>(file), {}};
-  return host::MofReader::readText(product + ASSOCIATION_FIXTURES_MOF, "TVP.mof");
+  return host::MofReader::readText(
+      readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof") + ASSOCIATION_FIXTURES_MOF, "TVP.mof");
 }
 
 /**
@@ -85,38 +84,14 @@ protected:
 
   /** Arguments with which a method of the product succeeds on the arranged configuration. */
   host::Arguments goodArguments(const host::SchemaMethod& method) const {
-    using host::Value;
-    const std::uint32_t pool = m_ids.at(method.name == "DeleteVirtualPool" ? "spare" : "disks");
-    const std::vector<host::NamedValue> known = {
-        {"Name", Value::string("a pool")},
-        {"VolumeName", Value::string("a volume")},
-        {"Description", Value::string("made by a test")},
-        {"NumberOfLogicalDevice", Value::uint8(1)},
-        {"LDDeviceNumbers", Value::array(CMPI_uint8, {Value::uint8(FREE_DRIVE)})},
-        {"LDDeviceNumber", Value::array(CMPI_uint8, {Value::uint8(FREE_DRIVE)})},
-        {"CapacityInSectors", Value::uint64(50 * MIB)},
-        {"LDCapacityInSectors", Value::uint64(50 * MIB)},
-        {"ChunkSize", Value::uint64(CHUNK)},
-        {"TierLevel", Value::uint8(TVK_TIER_HDD)},
-        {"VirtualPoolId", Value::uint32(pool)},
-        {"VirtualVolumeId", Value::uint32(m_ids.at("cached"))},
-        {"VolumeType", Value::uint8(TVK_VOLUME_CACHED)},
-        {"VirtualPoolsCount", Value::uint8(2)},
-        {"ListOfVirtualPoolIds",
-         Value::array(CMPI_uint32, {Value::uint32(m_ids.at("disks")), Value::uint32(m_ids.at("flash"))})},
-        {"UsedSizeInSectors", Value::array(CMPI_uint64, {Value::uint64(20 * MIB), Value::uint64(10 * MIB)})},
-        {"KnobSetting", Value::uint32(TVK_KNOB_NORMAL)},
-        {"SSDPoolId", Value::uint32(m_ids.at("flash"))},
-        {"reqCapacityFromSSDPool", Value::uint64(10 * MIB)}};
-    host::Arguments arguments;
-    for (const host::SchemaParameter& parameter : method.parameters) {
-      if (parameter.in) {
-        const Value* value = findValue(known, parameter.name);
-        EXPECT_NE(value, nullptr) << "no value is known for " << method.name << "." << parameter.name;
-        arguments.add(parameter.name, value == nullptr ? Value::null(parameter.type) : *value);
-      }
-    }
-    return arguments;
+    MethodValues values;
+    values.name = "a pool or a volume";
+    values.drive = FREE_DRIVE;
+    values.pool = m_ids.at(method.name == "DeleteVirtualPool" ? "spare" : "disks");
+    values.volume = m_ids.at("cached");
+    values.diskPool = m_ids.at("disks");
+    values.flashPool = m_ids.at("flash");
+    return argumentsFor(method, values);
   }
 
   TvkAdapter m_adapter;

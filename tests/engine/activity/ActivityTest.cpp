@@ -54,31 +54,6 @@ protected:
   std::uint32_t m_ssd = 0;
 };
 
-TEST_F(ActivityTest, CountersReportTheIoThatWasPlayed) {
-  const std::uint32_t id = create(TVK_VOLUME_TIERED, 30, 10);
-  play({40, 20, true, 0, 1});  // all chunks once and half of them again
-  play({5, 5, false, 100, 7});
-  d_ioctl_user_stat counted = statistics(id);
-  EXPECT_EQ(counted.readIoCount, 45U);
-  EXPECT_EQ(counted.writeIoCount, 25U);
-  EXPECT_EQ(counted.sequentialIoCount, 60U);
-  EXPECT_EQ(counted.randomIoCount, 10U);
-  EXPECT_EQ(counted.ssdReadIoCount + counted.ssdWriteIoCount, 10U) << "those that lie on the SSD part";
-  EXPECT_EQ(counted.hddTotalChunks, 30U);
-  EXPECT_EQ(counted.ssdTotalChunks, 10U);
-  EXPECT_EQ(counted.ssdExtraChunks, 0U);
-  EXPECT_EQ(counted.totalChunks, 40U);
-  EXPECT_EQ(counted.chunkSize, CHUNK);
-  EXPECT_EQ(counted.feature, 2U);
-  EXPECT_EQ(adapter().resetVirtualVolumeStats(id).getReturn(), TVK_OK);
-  counted = statistics(id);
-  EXPECT_EQ(
-      counted.readIoCount + counted.writeIoCount + counted.sequentialIoCount + counted.randomIoCount +
-          counted.ssdReadIoCount + counted.ssdWriteIoCount,
-      0U);
-  EXPECT_EQ(counted.totalChunks, 40U);
-}
-
 TEST_F(ActivityTest, HotChunksOfTieredVolumesMoveToTheSsdPool) {
   const std::uint32_t id = create(TVK_VOLUME_TIERED, 100, 20);
   EXPECT_EQ(volumes()[0]->getMaxMoveChunks(), 16U);
@@ -167,24 +142,8 @@ TEST_F(ActivityTest, KnobDecidesHowManyChunksMovePerRound) {
   }
 }
 
-TEST_F(ActivityTest, StoppedPolicyMovesNothing) {
-  create(TVK_VOLUME_TIERED, 100, 20);
-  heat(10, 10);
-  EXPECT_TRUE(m_lib->getRootObject()->isPolicyEngineRunning()) << "running from the beginning";
-  const auto set = [&](bool running) {
-    state()->change(
-        [&](voltvk::Connection& connection) { voltvk::PolicyEngine(connection).setRunning(running); });
-  };
-  set(false);
-  EXPECT_FALSE(m_lib->getRootObject()->isPolicyEngineRunning());
-  EXPECT_EQ(runRound(), 0U);
-  set(true);
-  EXPECT_EQ(runRound(), 10U);
-}
-
 TEST_F(ActivityTest, OnlyTheHottestChunksOfAHugeVolumeAreRemembered) {
-  const std::uint32_t pool = m_hdd;
-  createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, 900 * MIB}, {m_ssd, 900 * MIB}}));
+  create(TVK_VOLUME_TIERED, 900, 900);
   addDrive(TVK_DEVICE_HDD, 100000 * MIB);
   const std::uint32_t large = createPool(poolSpec("large", {2}, 100000 * MIB, TVK_TIER_HDD, 8));
   createVolume(volumeSpec("huge", TVK_VOLUME_TIERED, {{large, 100000 * MIB}}));

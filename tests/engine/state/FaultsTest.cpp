@@ -4,12 +4,6 @@
 
 #include "engine/EngineFixture.h"
 
-#include <functional>
-#include <map>
-
-#include <sys/wait.h>
-#include <unistd.h>
-
 using namespace tvp::test;
 using voltvk::FaultKind;
 using voltvk::Faults;
@@ -57,43 +51,6 @@ TEST_F(FaultsTest, AnAbsentAdapterIsNullAndRefusesOperations) {
   EXPECT_EQ(m_lib->getRootObject()->getObject(0), &held) << "the adapter is the same all the time";
 }
 
-TEST_F(FaultsTest, EveryOperationFailsAndThrowsOnce) {
-  VirtualPoolSpec pool = poolSpec("pool", {0}, 50 * MIB);
-  VirtualPoolSpec other;
-  VirtualVolumeSpec volume = volumeSpec("volume", TVK_VOLUME_TIERED, {});
-  VolEventCollection events(0, 8, 0);
-  TvkAdapterIdentity identity{};
-  d_ioctl_user_stat statistics{};
-  const std::map<std::string, std::function<Ret()>> calls = {
-      {"createCachedLD", [&] { return adapter().createCachedLD(other, pool, volume); }},
-      {"createVirtualPool", [&] { return adapter().createVirtualPool(pool); }},
-      {"createVirtualVolume", [&] { return adapter().createVirtualVolume(volume); }},
-      {"deleteVirtualPool", [&] { return adapter().deleteVirtualPool(77); }},
-      {"deleteVirtualVolume", [&] { return adapter().deleteVirtualVolume(77); }},
-      {"flushVirtualVolume", [&] { return adapter().flushVirtualVolume(77); }},
-      {"getEvents", [&] { return adapter().getEvents(events); }},
-      {"getIdentity", [&] { return adapter().getIdentity(identity); }},
-      {"getVirtualVolumeStats", [&] { return adapter().getVirtualVolumeStats(&statistics, 77); }},
-      {"modifyVirtualPool", [&] { return adapter().modifyVirtualPool(77, pool); }},
-      {"modifyVirtualVolume", [&] { return adapter().modifyVirtualVolume(77, volume); }},
-      {"refreshConfiguration", [&] { return m_lib->refreshConfiguration(); }},
-      {"resetVirtualVolumeStats", [&] { return adapter().resetVirtualVolumeStats(77); }},
-  };
-  ASSERT_EQ(calls.size(), Faults::operations().size());
-  for (const std::string& operation : Faults::operations()) {
-    Faults().fail(operation, 4242);
-    Faults().throwFrom(operation);
-    const Ret refused = calls.at(operation)();
-    EXPECT_EQ(refused.getReturn(), 4242U) << operation;
-    EXPECT_EQ(
-        refused.getDetail(),
-        "an injected fault has refused this call: fail " + operation + " with status 4242");
-    EXPECT_THROW(calls.at(operation)(), std::runtime_error) << operation;
-    EXPECT_TRUE(Faults().list().empty()) << operation;
-    EXPECT_NE(calls.at(operation)().getReturn(), 4242U) << operation;
-  }
-}
-
 TEST_F(FaultsTest, AnExceptionIsAFailureWithItsEvent) {
   Faults().throwFrom("createVirtualPool");
   newEvents();
@@ -112,23 +69,6 @@ TEST_F(FaultsTest, SlowOperationsTakeLongerUntilCleared) {
   EXPECT_GE(duration(), std::chrono::milliseconds(60));
   EXPECT_GE(duration(), std::chrono::milliseconds(60));
   EXPECT_EQ(Faults().clear(FaultKind::Slow, "refreshConfiguration"), 1U);
-}
-
-TEST_F(FaultsTest, FaultsOfAnotherProcessHoldHereAndAreReported) {
-  TvkAdapter& ours = adapter();
-  const pid_t child = fork();
-  if (child == 0) {
-    // A State object of its own: the parent's connection must not be used here.
-    auto own = std::make_shared<voltvk::State>(
-        m_directory.file("state.db"), voltvk::HostDriveScanner::ofThisMachine());
-    Faults(own).fail("getIdentity", 77);
-    _exit(0);
-  }
-  waitpid(child, nullptr, 0);
-  TvkAdapterIdentity identity{};
-  EXPECT_EQ(ours.getIdentity(identity).getReturn(), 77U);
-  EXPECT_EQ(
-      newEvents(), std::vector<std::string>{"801 A fault was injected: [fail getIdentity with status 77]"});
 }
 
 TEST_F(FaultsTest, FaultsThatMakeNoSenseAreRefused) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A state file that cannot be used means "no driver", with the reason, and is left unchanged.
 #include "engine/EngineFixture.h"
+#include "support/Lines.h"
 #include "voltvk/engine/contract/LastRefusal.h"
 #include "voltvk/engine/state/Refusal.h"
 
@@ -24,16 +25,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string bytesOf(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
+/** A connection beside the library's, as another process has it. */
+sqlite3* openAndRun(const std::string& path, const char* sql) {
+  sqlite3* handle = nullptr;
+  EXPECT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(handle, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
+  return handle;
 }
 
 void runSql(const std::string& path, const char* sql) {
-  sqlite3* handle = nullptr;
-  ASSERT_EQ(sqlite3_open(path.c_str(), &handle), SQLITE_OK);
-  EXPECT_EQ(sqlite3_exec(handle, sql, nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(handle);
-  sqlite3_close(handle);
+  sqlite3_close(openAndRun(path, sql));
 }
 
 unsigned int modeOf(const std::string& path) {
@@ -115,7 +116,7 @@ class BadStates : public StateFileTest, public ::testing::WithParamInterface<Bad
 TEST_P(BadStates, MeanNoDriverAndAreLeftUnchanged) {
   GetParam().spoil(m_directory, m_path);
   const bool regular = fs::is_regular_file(fs::symlink_status(m_path));
-  const std::string before = regular ? bytesOf(m_path) : "";
+  const std::string before = regular ? readFile(m_path) : "";
   const std::set<std::string> listing = entries();
   m_lib = std::make_unique<TvkLib>();
   EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_NO_DRIVER);
@@ -128,7 +129,7 @@ TEST_P(BadStates, MeanNoDriverAndAreLeftUnchanged) {
   VirtualPoolSpec spec = poolSpec("pool", {0}, 50 * MIB);
   EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_NO_DRIVER);
   EXPECT_FALSE(m_lib->getRootObject()->isPolicyEngineRunning());
-  EXPECT_EQ(regular ? bytesOf(m_path) : "", before);
+  EXPECT_EQ(regular ? readFile(m_path) : "", before);
   EXPECT_EQ(entries(), listing);
   // Once the obstacle is removed, a later call finds the driver.
   fs::remove_all(m_path);
@@ -155,7 +156,7 @@ const BadState BAD_STATES[] = {
      "cut to nothing"},
     {"Damaged",
      [](auto&, auto& path) {
-       std::string bytes = bytesOf(path);
+       std::string bytes = readFile(path);
        bytes.replace(4096, std::size_t{8} * 4096, std::size_t{8} * 4096, '\xA5');
        replace(path, bytes);
      },
@@ -246,9 +247,7 @@ TEST_F(StateFileTest, ReusesDriveNumbersOnceAllHaveBeenGiven) {
 
 TEST_F(StateFileTest, LockedByAnotherProcessIsBusyUntilItIsReleased) {
   m_lib = std::make_unique<TvkLib>();
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open(m_path.c_str(), &other), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3* other = openAndRun(m_path, "BEGIN IMMEDIATE");
   const auto start = std::chrono::steady_clock::now();
   std::atomic<bool> done{false};
   std::thread reader([&] {
@@ -320,9 +319,7 @@ TEST_F(StateFileTest, AnOlderStateGetsTheTableOfTheLastRefusal) {
 
 TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
   m_lib = std::make_unique<TvkLib>();
-  sqlite3* other = nullptr;
-  ASSERT_EQ(sqlite3_open(m_path.c_str(), &other), SQLITE_OK);
-  ASSERT_EQ(sqlite3_exec(other, "BEGIN IMMEDIATE", nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3* other = openAndRun(m_path, "BEGIN IMMEDIATE");
   const auto start = std::chrono::steady_clock::now();
   EXPECT_EQ(adapter().getVirtualVolumeStats(nullptr, 1).getReturn(), TVK_INVALID_ARGUMENT);
   EXPECT_LT(std::chrono::steady_clock::now() - start, voltvk::BUSY_TIMEOUT / 2);
