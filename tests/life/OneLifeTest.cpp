@@ -85,6 +85,11 @@ const std::vector<std::string> FIXED_CLASSES = {"TVP_LogicalDevices",      "TVP_
                                                 "TVP_VirtualPoolMember",   "TVP_VirtualVolumes",
                                                 "TVP_VirtualVolumeSource", "TVP_TierService"};
 
+/** The methods whose only argument is the volume. */
+const std::vector<const char*> METHODS_OF_A_VOLUME = {
+    "DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualVolumeStats", "ResetVirtualVolumeStats",
+    "GetVirtualVolumeMembers"};
+
 void OneLife::subscribe() {
   const host::IndicationFilter filter = tieringFilter();
   m_life.step("authorizeFilter", [&](Provider& provider) { return provider.authorizeFilter(filter); });
@@ -223,9 +228,7 @@ void OneLife::refuseCachedDrives() {
 }
 
 void OneLife::refuseIdentifiers() {
-  for (const char* method :
-       {"DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualVolumeStats", "ResetVirtualVolumeStats",
-        "GetVirtualVolumeMembers"}) {
+  for (const char* method : METHODS_OF_A_VOLUME) {
     invoke(m_life, ofVolume(method, NO_SUCH), "no such volume");
   }
   for (const char* method : {"DeleteVirtualPool", "GetVirtualPoolMembers"}) {
@@ -324,9 +327,7 @@ void OneLife::readEverythingWhile(const std::string& fault) {
   invoke(m_life, createCachedDrive("new", m_flashPool, m_ssds[1]), fault);
   invoke(m_life, modifyPool(m_sparePool, "new", SSD), fault);
   invoke(m_life, modifyVolume(m_cached, "new", 1), fault);
-  for (const char* method :
-       {"DeleteVirtualVolume", "FlushVirtualVolume", "GetVirtualVolumeStats", "ResetVirtualVolumeStats",
-        "GetVirtualVolumeMembers"}) {
+  for (const char* method : METHODS_OF_A_VOLUME) {
     invoke(m_life, ofVolume(method, m_cached), fault);
   }
   for (const char* method : {"DeleteVirtualPool", "GetVirtualPoolMembers"}) {
