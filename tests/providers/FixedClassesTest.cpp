@@ -25,7 +25,7 @@ struct FixedClass {
 
 }  // namespace
 
-TEST_F(FixedClasses, AreTenClassesInEveryNamespace) {
+TEST_F(FixedClasses, AreTheSameClassesInEveryNamespace) {
   for (const char* nameSpace : {"root/kvs/tvp/smi_15", "root/PG_InterOp", "ROOT/KVS/TVP/SMI_15"}) {
     std::vector<std::string> names;
     m_facade->getAllPluginNames(names, nameSpace);
