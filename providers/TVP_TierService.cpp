@@ -7,13 +7,13 @@
 #include "providers/Plugins.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 
 namespace tvp::cim::fwf {
 
 namespace {
 
-constexpr std::array<const char*, 12> METHODS = {
+constexpr const char* METHODS[] = {
     "CreateVirtualPool",       "DeleteVirtualPool",     "CreateVirtualVolume",     "DeleteVirtualVolume",
     "ModifyVirtualPool",       "ModifyVirtualVolume",   "FlushVirtualVolume",      "GetVirtualVolumeStats",
     "ResetVirtualVolumeStats", "GetVirtualPoolMembers", "GetVirtualVolumeMembers", "CreateDataCacheVolume"};
@@ -44,15 +44,15 @@ public:
   }
 
   /**
-   * Passes one of the twelve methods to the storage back end, which fills the output arguments. Names are
-   * compared exactly.
+   * Passes one of METHODS to the storage back end, which fills the output arguments. Names are compared
+   * exactly.
    * @return 0; 1 for a method that the service does not have; 4 if the method fails
    */
   unsigned int invokeMethod(
       const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
       CIMMethodParam& out) override {
     KvsTrace("Entering TVP_TierService::invokeMethod()");
-    if (std::find(METHODS.begin(), METHODS.end(), methodName) == METHODS.end()) {
+    if (std::find(std::begin(METHODS), std::end(METHODS), methodName) == std::end(METHODS)) {
       KvsLogMsg(
           KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - Unsupported Method: %s", methodName.c_str());
       KvsTrace("Exiting TVP_TierService::invokeMethod()");

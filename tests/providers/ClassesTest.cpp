@@ -76,7 +76,7 @@ std::string namesIn(const CIMInstance& instance) {
 
 }  // namespace
 
-TEST_F(Classes, AreTenInEveryNamespace) {
+TEST_F(Classes, AreTheSameInEveryNamespace) {
   for (const char* nameSpace : {"root/kvs/tvp/smi_15", "root/PG_InterOp", "ROOT/KVS/TVP/SMI_15"}) {
     std::vector<std::string> names;
     m_facade->getAllPluginNames(names, nameSpace);
