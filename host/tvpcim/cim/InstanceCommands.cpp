@@ -26,6 +26,7 @@ PropertyList checkedProperties(const SchemaClass& schemaClass, const std::vector
     return names;
   }
   std::vector<std::string> checked;
+  checked.reserve(names.size());
   for (const std::string& name : names) {
     checked.push_back(propertyNamed(schemaClass, name).name);
   }

@@ -20,6 +20,7 @@ std::string join(const std::vector<std::string>& texts, const std::string& separ
 template <typename Things>
 std::vector<std::string> namesOf(const Things& things) {
   std::vector<std::string> names;
+  names.reserve(things.size());
   for (const auto& thing : things) {
     names.push_back(thing.name);
   }
