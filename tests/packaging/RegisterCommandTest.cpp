@@ -82,7 +82,8 @@ grep -vx "$3 $4" "$F/classes" >"$F/rest"; mv "$F/rest" "$F/classes"
     fake("cimconfig", "echo \"Current value: /nowhere:$F/providers\"\n");
   }
 
-  /** Faults: "rebuild" fails after the old repository got its new name, "instances" are lost. */
+  /** Faults: "rebuild" fails after the old repository got its new name; so does one that has to copy the
+   *  stored "instances". */
   void fakeSfcb() const {
     write("sfcb.cfg", "httpPort: 5988\nproviderDirs: /nowhere " + (root() / "providers").string() + "\n");
     fs::create_directories(root() / "var/lib/sfcb/stage/regs");
@@ -103,16 +104,17 @@ sed '/^\/\//d' "$1" >"$s/mofs/$n/$(basename "$1")"
   exit
 fi
 echo "sfcbrepos $*" >>"$F/changes"
+i=; [ "$2" != -i ] || { i=-i; shift; }
 s=$3 r=$5 old=$5/repository.previous
 rm -rf "$old"
 [ ! -d "$r/repository" ] || mv "$r/repository" "$old"
 [ ! -f "$r/providerRegister" ] || mv "$r/providerRegister" "$r/providerRegister.previous"
-[ "$(cat "$F/fault")" != rebuild ] || { mkdir -p "$r/repository/root/interop"; exit 1; }
+case $(cat "$F/fault")$i in rebuild* | instances) mkdir -p "$r/repository/root/interop"; exit 1 ;; esac
 (cd "$s/mofs" && find . -name '*.mof') | while read -r mof; do
   mkdir -p "$r/repository/$(dirname "$mof")"
   cat "$s/mofs/$mof" >>"$r/repository/$(dirname "$mof")/classSchemas"
 done
-[ "$(cat "$F/fault")" = instances ] || cp "$old"/root/interop/*subscription* "$r/repository/root/interop" 2>/dev/null
+[ -n "$i" ] || cp "$old"/root/interop/*subscription* "$r/repository/root/interop" 2>/dev/null
 cat "$s"/regs/* >"$r/providerRegister"
 )sh");
   }
