@@ -109,10 +109,11 @@ s=$3 r=$5 old=$5/repository.previous
 rm -rf "$old"
 [ ! -d "$r/repository" ] || mv "$r/repository" "$old"
 [ ! -f "$r/providerRegister" ] || mv "$r/providerRegister" "$r/providerRegister.previous"
-case $(cat "$F/fault")$i in rebuild* | instances) mkdir -p "$r/repository/root/interop"; exit 1 ;; esac
+case $(cat "$F/fault")$i in rebuild* | instances) mkdir -p "$r/repository/root/interop"; : >"$r/repository/root/interop/classSchemas"; exit 1 ;; esac
 (cd "$s/mofs" && find . -name '*.mof') | while read -r mof; do
   mkdir -p "$r/repository/$(dirname "$mof")"
   cat "$s/mofs/$mof" >>"$r/repository/$(dirname "$mof")/classSchemas"
+  : >"$r/repository/$(dirname "$mof")/qualifiers"
 done
 [ -n "$i" ] || cp "$old"/root/interop/*subscription* "$r/repository/root/interop" 2>/dev/null
 cat "$s"/regs/* >"$r/providerRegister"
