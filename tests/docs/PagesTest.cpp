@@ -27,12 +27,6 @@ std::vector<std::string> pages() {
   return names;
 }
 
-void replaceAll(std::string& text, const std::string& from, const std::string& to) {
-  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
-    text.replace(at, from.size(), to);
-  }
-}
-
 /** Runs the commands of a page one after the other in one shell, on a recorded machine with a state, log and
  *  catalogue of its own. */
 class Reader {
