@@ -4,7 +4,6 @@
 #include "support/Lines.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 
