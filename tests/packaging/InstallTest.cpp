@@ -4,16 +4,13 @@
 #include "support/Command.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 
 namespace {
 
 namespace fs = std::filesystem;
-using tvp::test::Command;
-using tvp::test::CommandResult;
-using tvp::test::TemporaryDirectory;
+using namespace tvp::test;
 
 class InstallTest : public testing::Test {
 protected:

@@ -5,7 +5,6 @@
 #include "support/Command.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -16,9 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using tvp::test::Command;
-using tvp::test::CommandResult;
-using tvp::test::TemporaryDirectory;
+using namespace tvp::test;
 
 const std::string packageTool = "/usr/bin/dpkg-deb";
 
