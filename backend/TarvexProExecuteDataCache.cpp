@@ -104,11 +104,15 @@ unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
   return result;
 }
 
+constexpr RoutineRow DATA_CACHE_ROUTINES[] = {
+    {"CreateDataCacheVolume", TvpIfCreateDataCacheVolume},
+    {"DeleteDataCacheVolume", TvpIfDeleteDataCacheVolume, 0, false},
+};
+
 }  // namespace
 
-void insertDataCacheRoutines(routineTable& table) {
-  insertRoutine(table, "CreateDataCacheVolume", TvpIfCreateDataCacheVolume, 0);
-  insertRoutine(table, "DeleteDataCacheVolume", TvpIfDeleteDataCacheVolume, 0);
+RoutineRows dataCacheRoutines() {
+  return RoutineRows(DATA_CACHE_ROUTINES);
 }
 
 }  // namespace tvp::cim::fwf

@@ -96,13 +96,17 @@ TvpIfGetVirtualPoolMembers(const CIMObjectPath& path, const CIMMethodParam& in, 
   return runMemberRoutine(members, path, in, out);
 }
 
+constexpr RoutineRow POOL_ROUTINES[] = {
+    {"CreateVirtualPool", TvpIfCreateVirtualPool},
+    {"DeleteVirtualPool", TvpIfDeleteVirtualPool},
+    {"ModifyVirtualPool", TvpIfModifyVirtualPool},
+    {"GetVirtualPoolMembers", TvpIfGetVirtualPoolMembers},
+};
+
 }  // namespace
 
-void insertPoolRoutines(routineTable& table) {
-  insertRoutine(table, "CreateVirtualPool", TvpIfCreateVirtualPool, 0);
-  insertRoutine(table, "DeleteVirtualPool", TvpIfDeleteVirtualPool, 0);
-  insertRoutine(table, "ModifyVirtualPool", TvpIfModifyVirtualPool, 0);
-  insertRoutine(table, "GetVirtualPoolMembers", TvpIfGetVirtualPoolMembers, 0);
+RoutineRows poolRoutines() {
+  return RoutineRows(POOL_ROUTINES);
 }
 
 }  // namespace tvp::cim::fwf

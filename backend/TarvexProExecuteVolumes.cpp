@@ -159,16 +159,20 @@ TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in
   return runMemberRoutine(members, path, in, out);
 }
 
+constexpr RoutineRow VOLUME_ROUTINES[] = {
+    {"CreateVirtualVolume", TvpIfCreateVirtualVolume, 1},
+    {"DeleteVirtualVolume", TvpIfDeleteVirtualVolume, 1},
+    {"ModifyVirtualVolume", TvpIfModifyVirtualVolume},
+    {"FlushVirtualVolume", TvpIfFlushVirtualVolume},
+    {"GetVirtualVolumeStats", TvpIfGetVirtualVolumeStats},
+    {"ResetVirtualVolumeStats", TvpIfResetVirtualVolumeStats},
+    {"GetVirtualVolumeMembers", TvpIfGetVirtualVolumeMembers},
+};
+
 }  // namespace
 
-void insertVolumeRoutines(routineTable& table) {
-  insertRoutine(table, "CreateVirtualVolume", TvpIfCreateVirtualVolume, 1);
-  insertRoutine(table, "DeleteVirtualVolume", TvpIfDeleteVirtualVolume, 1);
-  insertRoutine(table, "ModifyVirtualVolume", TvpIfModifyVirtualVolume, 0);
-  insertRoutine(table, "FlushVirtualVolume", TvpIfFlushVirtualVolume, 0);
-  insertRoutine(table, "GetVirtualVolumeStats", TvpIfGetVirtualVolumeStats, 0);
-  insertRoutine(table, "ResetVirtualVolumeStats", TvpIfResetVirtualVolumeStats, 0);
-  insertRoutine(table, "GetVirtualVolumeMembers", TvpIfGetVirtualVolumeMembers, 0);
+RoutineRows volumeRoutines() {
+  return RoutineRows(VOLUME_ROUTINES);
 }
 
 }  // namespace tvp::cim::fwf
