@@ -131,6 +131,25 @@ TEST_F(MethodRoutines, RandomArgumentsNeverCrash) {
   }
 }
 
+// The embedded library is always up to date; one that needs refreshing would offer a name that is taken.
+TEST_F(MethodRoutines, TheConfigurationIsRefreshedBeforeAnInternalPoolIsNamed) {
+  CIMMethodParam in = named(
+      {"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool",
+       "LDCapacityInSectors", "ChunkSize", "KnobSetting"});
+  in.addArgument(makeProperty("LDDeviceNumber", std::vector<unsigned char>{0}));
+  voltvk::Faults().throwFrom("refreshConfiguration");
+  log.clear();
+  call("CreateDataCacheVolume", in);
+  const Strings lines = log.lines();
+  const auto refreshed = std::find(
+      lines.begin(), lines.end(),
+      LogCapture::trace("Exception caught in Tvk Lib method: TvkLib::refreshConfiguration() "));
+  ASSERT_LE(2, lines.end() - refreshed);
+  EXPECT_EQ(
+      refreshed[1],
+      LogCapture::message(4, "TvpIfCreateDataCacheVolume() - Internal Pool Name: InternalPool0"));
+}
+
 // TVP_TierService does not offer this routine.
 TEST_F(MethodRoutines, DeletingADataCacheVolumeDeletesItsInternalPool) {
   VirtualPoolSpec cache;
