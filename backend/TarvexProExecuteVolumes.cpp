@@ -27,7 +27,7 @@ void fillPools(
   }
 }
 
-void answerStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) {
+void returnStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) {
   const struct {
     const char* name;
     std::uint64_t value;
@@ -132,7 +132,7 @@ unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodPar
       },
       in, out);
   if (statistics) {
-    answerStatistics(*statistics, out);
+    returnStatistics(*statistics, out);
   }
   return result;
 }
