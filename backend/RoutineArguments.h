@@ -44,7 +44,7 @@ public:
   /** Logs a value in a line "<routine>() - <label> <value>". */
   void log(const char* label, const std::string& value) const;
   void log(const char* label, unsigned long long value) const;
-  /** The same for an identifier; COMPAT: printed as a signed number, so TVK_NO_ID is -1. */
+  /** The same for an identifier, as a signed number: TVK_NO_ID is -1. */
   void logIdentifier(const char* label, unsigned int identifier) const;
 
   /** All elements of an array. */
