@@ -7,6 +7,7 @@
 #include "oslib/KVSPaths.h"
 #include "oslib/KVSSystem.h"
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
@@ -24,6 +25,7 @@ namespace {
 
 constexpr std::uint64_t LARGEST_SIZE_WRITTEN_TO = 0x9FFFFF;
 constexpr std::size_t LINE_SIZE = 512;
+constexpr std::size_t LONGEST_PARTS = 255;
 constexpr char DASHES[] = "----------";
 constexpr std::size_t MODULE_COLUMNS = sizeof DASHES - 1;  // module name and dashes together
 
@@ -138,6 +140,29 @@ std::string pathOf(const char* module) {
   return path + module + ".txt";
 }
 
+/** Writes one trace line. @param writeText writes what follows the tag; called only if the line is written */
+template <typename Writer>
+int trace(bool complete, const Writer& writeText) {
+  Line log(complete);
+  if (log.result() != KVS_LOG_DONE) {
+    return log.result();
+  }
+  char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
+  KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
+  const char* module = g_LogMsg.load()->module;
+  std::fprintf(log.file(), "%s[%s", timeStamp, module);
+  const std::size_t moduleLength = std::strlen(module);
+  if (moduleLength > MODULE_COLUMNS) {
+    log.keepLock();  // COMPAT: such module names are refused half-way, with the lock held and the file open
+    return KVS_LOG_FAILED;
+  }
+  // COMPAT: the blanks and the tag differ from the lines of KvsLogMsg; both forms are parsed from logs.
+  std::fprintf(log.file(), "%s%8X]  :LOG_INFO :: ", DASHES + moduleLength, threadNumber());
+  writeText(log.file());
+  std::fputc('\n', log.file());
+  return KVS_LOG_DONE;
+}
+
 }  // namespace
 
 int KvsFileExists(const char* path, std::uint64_t* size) {
@@ -229,20 +254,16 @@ int KvsLogMsg(int level, const char* format, ...) {
 }
 
 int KvsTrace(const char* text) {
-  Line log(text != nullptr);
-  if (log.result() != KVS_LOG_DONE) {
-    return log.result();
-  }
-  char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
-  KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
-  const char* module = g_LogMsg.load()->module;
-  std::fprintf(log.file(), "%s[%s", timeStamp, module);
-  const std::size_t moduleLength = std::strlen(module);
-  if (moduleLength > MODULE_COLUMNS) {
-    log.keepLock();  // COMPAT: such module names are refused half-way, with the lock held and the file open
-    return KVS_LOG_FAILED;
-  }
-  // COMPAT: the blanks and the tag differ from the lines of KvsLogMsg; both forms are parsed from logs.
-  std::fprintf(log.file(), "%s%8X]  :LOG_INFO :: %s\n", DASHES + moduleLength, threadNumber(), text);
-  return KVS_LOG_DONE;
+  return trace(text != nullptr, [text](std::FILE* file) { std::fputs(text, file); });
+}
+
+int KvsTraceParts(std::initializer_list<std::string_view> parts) {
+  return trace(true, [parts](std::FILE* file) {
+    std::array<char, LONGEST_PARTS + 1> text{};
+    std::size_t length = 0;
+    for (const std::string_view part : parts) {
+      length += part.copy(text.data() + length, LONGEST_PARTS - length);
+    }
+    std::fputs(text.data(), file);
+  });
 }

@@ -63,7 +63,7 @@ const SchemaClass& Session::classNamed(const std::string& name) {
   if (found != nullptr && !found->external) {
     return *found;
   }
-  // A class of the standard schema may be asked for though no file declares it: the provider answers for it.
+  // A class of the standard schema may be asked for though no file declares it: the provider serves it.
   const std::string standardPrefix = "CIM_";
   if (name.compare(0, standardPrefix.size(), standardPrefix) == 0) {
     SchemaClass& standard = m_standardClasses[name];

@@ -260,6 +260,13 @@ TEST(DocumentationTest, TheModelPageHasEveryClassPropertyMethodAndParameter) {
   EXPECT_GT(count, 150U);
 }
 
+TEST(DocumentationTest, TheEventsPageListsEveryEvent) {
+  const std::string events = readFile(SOURCES / "docs/events.md");
+#define TVK_EVENT(name, code)                                                                                \
+  EXPECT_NE(events.find("\n| " + std::string(#code).substr(2) + " | "), std::string::npos) << #name;
+#include "voltvk/VolEvent.def"
+}
+
 TEST(DocumentationTest, TheModelPageListsEveryStatusAndNoOther) {
   const std::string model = readFile(SOURCES / "docs/model.md");
   std::vector<std::string> expected;

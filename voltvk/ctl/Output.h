@@ -19,7 +19,7 @@ struct Column {
   bool numbers = false;  ///< aligned to the right
 };
 
-/** Where commands write their answers. Machine output is one JSON document and nothing else. */
+/** Where commands write their output. Machine output is one JSON document and nothing else. */
 class Output {
 public:
   /** Set by the option -o. */

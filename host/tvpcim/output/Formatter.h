@@ -20,7 +20,7 @@ struct Appearance {
 };
 
 /**
- * Writes answers in one output format. Every function returns complete text, with its last newline.
+ * Formats results for one output format. Every function returns complete text, with its last newline.
  * Immutable, and so safe for several threads.
  */
 class Formatter {
