@@ -12,8 +12,9 @@
 
 namespace tvp::host::tvpcim {
 
-/** What to say when the identity cannot be read. */
-constexpr const char* NO_DRIVER = "no storage driver answers; 'voltvkctl status' shows why";
+/** What to say when the identity cannot be read, and where the reason is shown. */
+constexpr const char* NO_DRIVER = "no storage driver answers";
+constexpr const char* SEE_STATUS = "'voltvkctl status' shows why";
 
 /** A kind of storage object, and what its class calls the properties that all of them have. */
 struct ObjectKind {
@@ -23,6 +24,7 @@ struct ObjectKind {
   const char* noun;
   const char* nouns;          ///< the plural, which is also the verb that lists them
   const char* membersMethod;  ///< of the tier service; null when it has no members
+  const char* count;          ///< the property of the identity that counts them
 };
 
 /** A drive as its instance describes it; capacities in sectors here and below. */
@@ -95,9 +97,16 @@ public:
 
   explicit Inventory(Session& session) : m_session(session) {}
 
-  const std::vector<Instance>& instances(const ObjectKind& kind) { return enumerated(kind.className); }
+  /**
+   * The objects of a kind. The provider answers with an empty success when it cannot read them, so an empty
+   * list is taken only if the identity confirms it.
+   * @throws OperationError when there is no driver, or there are objects that were not answered
+   */
+  const std::vector<Instance>& instances(const ObjectKind& kind);
   /** The product's identity; null when no storage driver answers. */
   const Instance* identity();
+  /** As identity(). @throws OperationError with the reason, where one is known, when there is none */
+  const Instance& requireIdentity();
 
   template <typename Object>
   std::vector<Object> all() {
@@ -132,19 +141,19 @@ public:
   /** Calls a method of the tier service, whatever comes of it. */
   MethodOutcome callService(const std::string& method, const Arguments& arguments);
   /** Makes later questions read the present state. */
-  void forget() { m_instances.clear(); }
+  void forget() { m_outcomes.clear(); }
 
 private:
   template <typename Object>
   static std::optional<Object> viewOf(const Instance* instance) {
     return instance == nullptr ? std::nullopt : std::optional<Object>(Object(*instance));
   }
-  const std::vector<Instance>& enumerated(const std::string& className);
+  const InstancesOutcome& enumerated(const std::string& className);
   const Instance* byNumber(const ObjectKind& kind, std::uint64_t number);
   const Instance* byName(const ObjectKind& kind, const std::string& name);
 
   Session& m_session;
-  std::map<std::string, std::vector<Instance>> m_instances;
+  std::map<std::string, InstancesOutcome> m_outcomes;
 };
 
 }  // namespace tvp::host::tvpcim

@@ -139,10 +139,10 @@ void Session::check(const Outcome& outcome) const {
   }
 }
 
-std::vector<Instance> Session::enumerate(const std::string& className) {
+InstancesOutcome Session::enumerate(const std::string& className) {
   InstancesOutcome outcome = provider().enumerateInstances(pathOf(className));
   check(outcome);
-  return std::move(outcome.instances);
+  return outcome;
 }
 
 void Session::cleanUp() {

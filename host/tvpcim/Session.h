@@ -44,7 +44,7 @@ public:
   /** Handlers for the broker, to be set before provider() is called. */
   void setHandlers(BrokerHandlers handlers) { m_handlers = std::move(handlers); }
 
-  std::vector<Instance> enumerate(const std::string& className);
+  InstancesOutcome enumerate(const std::string& className);
   /** @throws OperationError unless the request succeeded; what the provider remarked is the hint. */
   void check(const Outcome& outcome) const;
 

@@ -3,6 +3,7 @@
 #include "voltvk/ctl/IsoTime.h"
 #include "voltvk/engine/contract/Faults.h"
 #include "voltvk/engine/contract/LastRefusal.h"
+#include "voltvk/engine/contract/Operation.h"
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/state/Refusal.h"
 
@@ -62,9 +63,11 @@ Json describe(State& state) {
     return status;
   }
   const std::shared_ptr<const Snapshot> snapshot = state.snapshot();
-  if (snapshot->hasFault(FaultKind::DriverAbsent)) {
-    status["driver"] = "not available";
-    status["reason"] = "an injected fault; clear it with `voltvkctl fault clear driver-absent`";
+  try {
+    requirePresence(state, true);
+  } catch (const Refusal& refusal) {
+    status["driver"] = refusal.status() == TVK_NO_DRIVER ? "not available" : "without an adapter";
+    status["reason"] = refusal.what();
   }
   status["state"] =
       state.path();  // once more: with the first use of the file its directory's links are resolved
@@ -101,6 +104,11 @@ void addStatusCommand(CLI::App& app, Context& context) {
       }
     }
     context.output.write(document, text);
+    if (!document.at("reason").is_null()) {
+      throw Refusal(
+          TVK_NO_DRIVER, "the storage driver is " + document.at("driver").get<std::string>() +
+                             "; the status shows the reason");
+    }
   });
 }
 

@@ -15,6 +15,7 @@ constexpr int WRONG_USAGE = 2;
 /** One line on standard error. */
 int complain(std::string text, int status) {
   std::replace(text.begin(), text.end(), '\n', ' ');
+  std::cout.flush();
   std::cerr << "voltvkctl: " << text << '\n';
   return status;
 }

@@ -54,18 +54,13 @@ Instance forPeople(const Instance& identity, const SchemaClass& schemaClass) {
 }
 
 void showIdentity(Tool& tool) {
-  const Instance* identity = tool.inventory().identity();
-  if (identity != nullptr && tool.formatter().forPeople()) {
-    const SchemaClass& schemaClass = tool.session().classNamed(identity->path.className);
-    tool.print(tool.formatter().record(forPeople(*identity, schemaClass)));
+  const Instance& identity = tool.inventory().requireIdentity();
+  if (tool.formatter().forPeople()) {
+    const SchemaClass& schemaClass = tool.session().classNamed(identity.path.className);
+    tool.print(tool.formatter().record(forPeople(identity, schemaClass)));
   } else {
-    Listing listing{"identity", {}, {}};
-    if (identity != nullptr) {
-      listing.instances.push_back(*identity);
-    }
-    tool.print(tool.formatter().listing(listing));
+    tool.print(tool.formatter().listing({"identity", {identity}, {}}));
   }
-  noticeMissingDriver(tool);
 }
 
 }  // namespace

@@ -69,11 +69,7 @@ std::uint8_t driveNumber(Tool& tool, const std::string& text) {
 }
 
 void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns) {
-  const std::vector<Instance>& instances = tool.inventory().instances(kind);
-  tool.print(tool.formatter().listing({kind.nouns, instances, std::move(columns)}));
-  if (instances.empty()) {
-    noticeMissingDriver(tool);
-  }
+  tool.print(tool.formatter().listing({kind.nouns, tool.inventory().instances(kind), std::move(columns)}));
 }
 
 void printMembers(
@@ -81,17 +77,12 @@ void printMembers(
   const std::uint32_t number = tool.inventory().resolve(kind, object);
   std::vector<Instance> members = tool.inventory().members(kind, number);
   if (members.empty() && !tool.inventory().exists(kind, number)) {
+    tool.inventory().requireIdentity();
     throw OperationError(
         statusName(CMPI_RC_ERR_NOT_FOUND) + ": there is no " + kind.noun + " " + std::to_string(number) +
         "; see 'tvpcim " + kind.nouns + "'");
   }
   tool.print(tool.formatter().listing({"members", std::move(members), std::move(columns)}));
-}
-
-void noticeMissingDriver(Tool& tool) {
-  if (tool.inventory().identity() == nullptr) {
-    tool.notice(NO_DRIVER);
-  }
 }
 
 ServiceAnswer callService(Tool& tool, const std::string& method, const Arguments& arguments) {

@@ -31,12 +31,10 @@ std::string_view keptName(const std::string& name);
 /** The number of a drive that is given by number or name. @throws UsageError above LARGEST_DRIVE */
 std::uint8_t driveNumber(Tool& tool, const std::string& text);
 
-/** Prints all objects of a kind, with a notice when there are none because no driver answers. */
+/** Prints all objects of a kind. @throws OperationError when they cannot be read */
 void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns);
 /** Prints the members of an object. @throws OperationError when there is no such object */
 void printMembers(Tool& tool, const ObjectKind& kind, const std::string& object, std::vector<Column> columns);
-/** Prints a notice when no driver answers. */
-void noticeMissingDriver(Tool& tool);
 
 /** What a method of the tier service answered. */
 struct ServiceAnswer {

@@ -131,11 +131,7 @@ private:
 };
 
 void showTree(Tool& tool) {
-  const std::vector<Instance> roots = TreeBuilder(tool).build();
-  tool.print(tool.formatter().tree(roots));
-  if (roots.empty()) {
-    noticeMissingDriver(tool);
-  }
+  tool.print(tool.formatter().tree(TreeBuilder(tool).build()));
 }
 
 }  // namespace

@@ -4,11 +4,13 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <list>
 
 namespace tvp::test {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 
 constexpr std::uint64_t GIB = 2097152;  // sectors
@@ -238,14 +240,33 @@ TEST_F(TvpcimStorage, SeveralCommandsAtOnceDoNotDisturbEachOther) {
   }
 }
 
-TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
+TEST_F(TvpcimStorage, AMissingDriverIsAFailureOfTheStorageVerbsAndANoteOfTheCimVerbs) {
+  const auto failsEverywhere = [&](const char* why) {
+    for (const Words& words : std::vector<Words>{
+             {"drives"},
+             {"pools", "-o", "json"},
+             {"volumes"},
+             {"identity"},
+             {"tree", "-o", "mof"},
+             {"pool", "members", "1"},
+             {"volume", "stats", "data"}}) {
+      const CommandResult result = tvpcim(words);
+      EXPECT_EQ(result.exitStatus, 1) << why << words[0];
+      EXPECT_EQ(result.out, "") << why << words[0];
+      EXPECT_THAT(
+          result.err, EndsWith(": no storage driver answers\ntvpcim: hint: 'voltvkctl status' shows why\n"));
+    }
+    const CommandResult cim = tvpcim({"ei", "TVP_LogicalDevice", "-o", "json"});
+    EXPECT_EQ(cim.exitStatus, 0) << why;
+    EXPECT_EQ(cim.out, "[]\n") << why;
+    EXPECT_EQ(cim.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' shows why\n") << why;
+  };
+  std::filesystem::rename(directory().file("state.db"), directory().file("kept.db"));
+  directory().write("state.db", std::string(200, 'x'));
+  failsEverywhere("unreadable");
+  std::filesystem::rename(directory().file("kept.db"), directory().file("state.db"));
   voltvkctl({"fault", "set", "driver-absent"});
-  for (const char* verb : {"drives", "pools", "volumes", "identity", "tree"}) {
-    const CommandResult result = tvpcim({verb, "-o", "json"});
-    EXPECT_EQ(result.exitStatus, 0) << verb;
-    EXPECT_EQ(result.out, "[]\n") << verb;
-    EXPECT_EQ(result.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' shows why\n") << verb;
-  }
+  failsEverywhere("absent");
   EXPECT_THAT(hintOf({"pool", "delete", "1"}), HasSubstr("the driver is switched off by an injected fault"));
   voltvkctl({"fault", "clear"});
   voltvkctl({"fault", "set", "adapter-absent"});
