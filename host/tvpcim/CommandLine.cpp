@@ -38,8 +38,7 @@ bool takesValue(const std::string& option) {
 }
 
 void printError(const Tool& tool, const std::string& text) {
-  std::fprintf(
-      stderr, "tvpcim: %s%s%s\n", tool.verb().c_str(), tool.verb().empty() ? "" : ": ", text.c_str());
+  Tool::complain(tool.verb() + (tool.verb().empty() ? "" : ": ") + text);
 }
 
 /** Does what the command line asks for. */
@@ -58,8 +57,10 @@ int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>
   } catch (const OperationError& error) {
     printError(tool, error.what());
     if (!error.hint().empty()) {
-      std::fprintf(stderr, "tvpcim: hint: %s\n", error.hint().c_str());
+      Tool::complain("hint: " + error.hint());
     }
+  } catch (const std::bad_alloc&) {
+    printError(tool, "there is not enough memory");
   } catch (const std::exception& error) {
     printError(tool, error.what());
   }
@@ -70,7 +71,7 @@ int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>
 bool reportBreaches(Tool& tool) {
   const std::vector<std::string> breaches = tool.session().breaches();
   for (const std::string& text : breaches) {
-    std::fprintf(stderr, "tvpcim: warning: the provider broke a rule of the interface: %s\n", text.c_str());
+    Tool::complain("warning: the provider broke a rule of the interface: " + text);
   }
   return !breaches.empty() && std::getenv("TVPCIM_STRICT") != nullptr;
 }

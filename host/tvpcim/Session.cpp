@@ -14,15 +14,18 @@ namespace tvp::host::tvpcim {
 std::string describe(const Outcome& outcome) {
   std::string text = statusName(outcome.rc);
   const std::string message(text::trimmed(outcome.message));
-  text += message.empty() ? "" : ": " + printable(message);
-  if (outcome.rc == CMPI_RC_ERR_ACCESS_DENIED) {
-    text += "; run it as root, or name an administrator with --user";
-  }
-  return text;
+  return text + (message.empty() ? "" : ": " + printable(message));
 }
 
 std::string remarksOf(const Outcome& outcome) {
   return printable(join(outcome.remarks, "; "));
+}
+
+std::string hintOf(const Outcome& outcome) {
+  const std::string remarks = remarksOf(outcome);
+  return remarks.empty() && outcome.rc == CMPI_RC_ERR_ACCESS_DENIED
+             ? "this is for administrators, users whose primary group is root's"
+             : remarks;
 }
 
 Instance answerOf(const std::string& method, const MethodOutcome& outcome) {
@@ -135,7 +138,7 @@ Provider& Session::provider() {
 
 void Session::check(const Outcome& outcome) const {
   if (!outcome.ok()) {
-    throw OperationError(describe(outcome), remarksOf(outcome));
+    throw OperationError(describe(outcome), hintOf(outcome));
   }
 }
 

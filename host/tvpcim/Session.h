@@ -45,7 +45,7 @@ public:
   void setHandlers(BrokerHandlers handlers) { m_handlers = std::move(handlers); }
 
   InstancesOutcome enumerate(const std::string& className);
-  /** @throws OperationError unless the request succeeded; what the provider remarked is the hint. */
+  /** @throws OperationError unless the request succeeded; see hintOf for the hint. */
   void check(const Outcome& outcome) const;
 
   /** Ends the provider's own threads and its interfaces; nothing can be asked afterwards. */
@@ -65,10 +65,12 @@ private:
   std::unique_ptr<Provider> m_provider;
 };
 
-/** "CIM_ERR_FAILED: message", with a sentence on what to do where there is one to give. */
+/** "CIM_ERR_FAILED: message" */
 std::string describe(const Outcome& outcome);
 /** What the provider remarked while it worked on the request, on one line; empty when it did not. */
 std::string remarksOf(const Outcome& outcome);
+/** What to say beside a failure: the provider's remarks, else what to do; empty where there is neither. */
+std::string hintOf(const Outcome& outcome);
 /** A method's answer as one object: "ReturnValue" and the output arguments. */
 Instance answerOf(const std::string& method, const MethodOutcome& outcome);
 /** @throws UsageError with names that are near, for an unknown property. */

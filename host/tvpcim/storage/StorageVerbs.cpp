@@ -91,8 +91,7 @@ ServiceAnswer callService(Tool& tool, const std::string& method, const Arguments
   const std::string refused =
       outcome.ok() ? refusal(tool.session().classNamed("TVP_TierService").method(method), outcome) : "";
   if (!outcome.ok() || !refused.empty()) {
-    throw OperationError(
-        outcome.ok() ? method + " answered " + refused : describe(outcome), remarksOf(outcome));
+    throw OperationError(outcome.ok() ? method + " answered " + refused : describe(outcome), hintOf(outcome));
   }
   return {answerOf(method, outcome), remarksOf(outcome)};
 }
