@@ -2,6 +2,7 @@
 #include "voltvk/ctl/Output.h"
 
 #include "terminal/Table.h"
+#include "text/Utf8.h"
 
 #include <iostream>
 
@@ -23,9 +24,10 @@ std::string cell(const Json& value) {
 
 void Output::write(const Json& document, const std::string& text) const {
   if (isJson()) {
-    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    std::cout << tvp::text::printableJson(document.dump(2, ' ', false, Json::error_handler_t::replace))
+              << '\n';
   } else {
-    std::cout << text << '\n';
+    std::cout << tvp::text::printableLines(text) << '\n';
   }
 }
 

@@ -9,8 +9,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <cstring>
-
 namespace voltvk::ctl {
 
 std::shared_ptr<State> Context::state() const {
@@ -24,12 +22,24 @@ std::shared_ptr<State> Context::state() const {
 
 namespace {
 
-std::size_t countOf(const Snapshot& snapshot, const char* type) {
-  std::size_t count = 0;
+/** The numbers of objects, as management clients see them: they are not shown internal pools. */
+void count(const Snapshot& snapshot, Json& status) {
+  std::size_t drives = 0;
+  std::size_t pools = 0;
+  std::size_t internalPools = 0;
+  std::size_t volumes = 0;
   for (const RaidObject* object : snapshot.objects()) {
-    count += std::strcmp(object->getTypeName(), type) == 0 ? 1 : 0;
+    const auto* pool = dynamic_cast<const VirtualPool*>(object);
+    drives += dynamic_cast<const LogicalDevice*>(object) != nullptr ? 1 : 0;
+    volumes += dynamic_cast<const VirtualVolume*>(object) != nullptr ? 1 : 0;
+    if (pool != nullptr) {
+      ++(pool->isInternal() ? internalPools : pools);
+    }
   }
-  return count;
+  status["drives"] = drives;
+  status["pools"] = pools;
+  status["internalPools"] = internalPools;
+  status["volumes"] = volumes;
 }
 
 Json describe(const LastRefusal& refusal) {
@@ -71,9 +81,7 @@ Json describe(State& state) {
   }
   status["state"] =
       state.path();  // once more: with the first use of the file its directory's links are resolved
-  status["drives"] = countOf(*snapshot, "LogicalDevice");
-  status["pools"] = countOf(*snapshot, "VirtualPool");
-  status["volumes"] = countOf(*snapshot, "VirtualVolume");
+  count(*snapshot, status);
   status["faults"] = snapshot->configuration().faults.size();
   status["policy"] = snapshot->configuration().policyRunning ? "running" : "stopped";
   status["refusal"] = nullptr;
@@ -93,7 +101,9 @@ void addStatusCommand(CLI::App& app, Context& context) {
     const Json document = describe(*State::forProcess());
     std::string text;
     for (const auto& [name, value] : document.items()) {
-      if (!value.is_null()) {
+      if (name == "internalPools") {
+        text += value == 0 ? "" : " and " + value.dump() + " internal";
+      } else if (!value.is_null()) {
         text += text.empty() ? "" : "\n";
         text += name;
         text += ':';

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "text/Utf8.h"
 #include "voltvk/ctl/Commands.h"
 
 #include <CLI/CLI.hpp>
@@ -16,7 +17,7 @@ constexpr int WRONG_USAGE = 2;
 int complain(std::string text, int status) {
   std::replace(text.begin(), text.end(), '\n', ' ');
   std::cout.flush();
-  std::cerr << "voltvkctl: " << text << '\n';
+  std::cerr << "voltvkctl: " << tvp::text::printable(text) << '\n';
   return status;
 }
 

@@ -5,8 +5,8 @@
 #include "text/Size.h"
 #include "text/Trim.h"
 
+#include <algorithm>
 #include <memory>
-#include <sstream>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -33,16 +33,22 @@ std::uint8_t tierOfDrive(Tool& tool, std::uint64_t number) {
 
 /** The drives of "3,4,/dev/sdb". */
 Value::List drivesOf(Tool& tool, const std::string& text) {
-  Value::List drives;
-  std::istringstream words(text);
-  for (std::string word; std::getline(words, word, ',');) {
-    drives.push_back(Value::uint8(driveNumber(tool, std::string(text::trimmed(word)))));
-  }
-  if (drives.empty() || drives.size() > LARGEST_DRIVE) {
+  std::vector<std::string> words = split(text, ',');
+  if (words.size() > LARGEST_DRIVE) {
     throw UsageError(
-        drives.empty()
-            ? "--drives names no drive; see 'tvpcim drives'"
-            : "--drives names more than " + std::to_string(LARGEST_DRIVE) + " drives; a pool has fewer");
+        "--drives names more than " + std::to_string(LARGEST_DRIVE) + " drives; a pool has fewer");
+  }
+  for (std::string& word : words) {
+    word = text::trimmed(word);
+  }
+  if (words.empty() || std::find(words.begin(), words.end(), "") != words.end()) {
+    throw UsageError(
+        "--drives takes drives with a comma between them, such as 3,4, not " + text::quoted(text) +
+        "; see 'tvpcim drives'");
+  }
+  Value::List drives;
+  for (const std::string& word : words) {
+    drives.push_back(Value::uint8(driveNumber(tool, word)));
   }
   return drives;
 }

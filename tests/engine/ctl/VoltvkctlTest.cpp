@@ -60,7 +60,7 @@ TEST_F(VoltvkctlTest, WrongUsageAndFailuresAreExplainedInOneLine) {
       {2, {"io", "gold"}, "--reads"},
       {2, {"io", "gold", "--reads", "1", "--random", "--sequential"}, "excludes"},
       {2, {"io", "gold", "--reads", "1000001"}, "1000001"},
-      {1, {"io", "nowhere", "--reads", "1"}, "no volume 'nowhere'"},
+      {1, {"io", "nowhere\x1b[2J", "--reads", "1"}, "no volume 'nowhere\\x1B[2J'"},
   };
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
   createPool(poolSpec("gold", {0}, 100 * MIB));

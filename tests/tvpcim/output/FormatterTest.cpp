@@ -82,11 +82,13 @@ TEST(JsonFormatter, ParsesWhateverBytesTheTextsHold) {
     for (char& byte : text) {
       byte = static_cast<char>(random());
     }
+    text += round % 2 == 0 ? "\x7f\xc2\x9b" : "";
     const Instance instance = instanceOf("TVP_Thing", {{"Text", Value::string(text)}});
     const ordered_json parsed = ordered_json::parse(formatter("json")->record(instance));
     EXPECT_EQ(parsed.at("Text"), toUtf8(text));
-    for (const char byte : formatter("table")->record(instance)) {
-      EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20) << "a control byte came through";
+    for (const char* format : {"table", "json", "mof"}) {
+      const std::string written = formatter(format)->record(instance);
+      EXPECT_EQ(text::printableLines(written), written) << format << ": a control character came through";
     }
   }
 }

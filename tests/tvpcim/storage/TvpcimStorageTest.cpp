@@ -119,6 +119,7 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
   EXPECT_EQ(volume.at("CapacityInSectors"), 40 * GIB);
   EXPECT_EQ(volume.at("KnobSetting"), 3);
   EXPECT_EQ(answer({"pools"}).size(), 1U) << "the internal pool is not listed";
+  EXPECT_THAT(voltvkctl({"status"}), HasSubstr("\npools:    1 and 1 internal\nvolumes:  1\n"));
   EXPECT_THAT(tvpcim({"tree"}).out, HasSubstr("(internal)  40 GiB, 100% used\n  └─ drive " + m_hardDisk));
 
   voltvkctl({"io", "quick", "--writes", "20", "--hot", "100"});
