@@ -9,6 +9,9 @@
 #include "host/tvpcim/output/Text.h"
 #include "text/Trim.h"
 
+#include <future>
+#include <thread>
+
 namespace tvp::host::tvpcim {
 
 std::string describe(const Outcome& outcome) {
@@ -148,12 +151,17 @@ InstancesOutcome Session::enumerate(const std::string& className) {
   return outcome;
 }
 
-void Session::cleanUp() {
-  if (m_provider != nullptr) {
-    const Outcome outcome = m_provider->cleanup(true);
+void Session::cleanUp(std::chrono::milliseconds limit) {
+  if (m_provider == nullptr) {
+    return;
+  }
+  std::packaged_task<Outcome()> cleaning([this] { return m_provider->cleanup(true); });
+  std::future<Outcome> outcome = cleaning.get_future();
+  std::thread(std::move(cleaning)).detach();
+  if (outcome.wait_for(limit) == std::future_status::ready) {
     m_provider.reset();
     m_broker->reportLeaks();
-    check(outcome);
+    check(outcome.get());
   }
 }
 

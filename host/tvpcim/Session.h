@@ -7,6 +7,7 @@
 #include "host/schema/Schema.h"
 #include "host/tvpcim/Options.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -48,8 +49,12 @@ public:
   /** @throws OperationError unless the request succeeded; see hintOf for the hint. */
   void check(const Outcome& outcome) const;
 
-  /** Ends the provider's own threads and its interfaces; nothing can be asked afterwards. */
-  void cleanUp();
+  /**
+   * Ends the provider's own threads and its interfaces; nothing can be asked afterwards. A clean-up that
+   * takes longer than the limit goes on by itself: what it uses has to live until the process ends.
+   * @throws OperationError when it failed within the limit
+   */
+  void cleanUp(std::chrono::milliseconds limit);
   /** The rules that the provider has broken so far, a sentence each. */
   std::vector<std::string> breaches();
 

@@ -6,6 +6,8 @@
 
 #include <filesystem>
 
+#include <sys/stat.h>
+
 namespace tvp::test {
 namespace {
 
@@ -17,6 +19,12 @@ class TvpcimInput : public TvpcimTest {};
 TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
   const std::string brokenSchema = directory().write("broken.mof", "class TVP_A {\n  uint32 X\n};\n");
   const std::string path = "TVP_VirtualPool.Name=\"x\"";
+  const std::string fifo = directory().file("fifo");
+  ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+  const std::string library = TVP_BINARY_DIR "/lib/libtarvexProProvider.so";
+  const std::string truncated = directory().write("half.so", readFile(library).substr(0, 200000));
+  const std::string large = directory().write("large.mof", "");
+  std::filesystem::resize_file(large, 1ULL << 40U);
   const struct {
     Words words;
     int status;
@@ -64,7 +72,13 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
       {{"drives", "--provider", TVP_BINARY_DIR "/lib/libVOLTVK.so"}, 1, "is not a provider"},
       {{"drives", "--schema", "/nonexistent.mof"}, 1, "name the file of the classes with --schema"},
       {{"drives", "--schema", brokenSchema}, 1, "broken.mof:3: expected "},
+      {{"drives", "--schema", "/dev/zero"}, 1, "/dev/zero: cannot read the schema: it is not a regular file"},
+      {{"drives", "--schema", fifo}, 1, "it is not a regular file"},
+      {{"drives", "--schema", large}, 1, "it is larger than 16 MiB"},
+      {{"drives", "--provider", fifo}, 1, "it is not a regular file"},
+      {{"drives", "--provider", truncated}, 1, "half.so: it is truncated"},
       {{"watch", "TVP_Nothing"}, 2, "has no class 'TVP_Nothing'"},
+      {{"watch", "TVP_VirtualPool"}, 2, "TVP_VirtualPool is not a class of indications"},
       {{"watch", "--count", "0"}, 2, "--count: Value 0 not in range 1 to 100000000; "},
   };
   for (const auto& [words, status, text] : cases) {
