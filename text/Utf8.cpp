@@ -105,7 +105,7 @@ std::string printableJson(std::string_view json) {
   while (!json.empty()) {
     const Character character = characterAt(json);
     if (character.code >= 0x7F && isControl(character.code)) {
-      std::array<char, 8> escape{};
+      std::array<char, 16> escape{};
       std::snprintf(escape.data(), escape.size(), "\\u%04X", static_cast<unsigned>(character.code));
       result += escape.data();
     } else {

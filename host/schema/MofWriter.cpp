@@ -23,7 +23,7 @@ std::string mofLiteral(const std::string& text) {
     if (special != std::string::npos) {
       result += {'\\', LETTERS[special]};
     } else if (text::isControl(character.code)) {
-      std::array<char, 8> escaped{};
+      std::array<char, 16> escaped{};
       std::snprintf(escaped.data(), escaped.size(), "\\x%04X", static_cast<unsigned>(character.code));
       result += escaped.data();
     } else {

@@ -12,12 +12,13 @@
 namespace tvp::host::tvpcim {
 
 const ObjectKind Drive::KIND = {
-    "TVP_LogicalDevice", "DeviceNumber", "DeviceName", "drive", "drives", nullptr, "LogicalDevicesCount"};
-const ObjectKind Pool::KIND = {"TVP_VirtualPool",       "VirtualPoolId",   "Name", "pool", "pools",
-                               "GetVirtualPoolMembers", "VirtualPoolCount"};
+    "TVP_LogicalDevice",   "DeviceNumber", "DeviceName", "drive", "drives", nullptr,
+    "LogicalDevicesCount", "LD_Status"};
+const ObjectKind Pool::KIND = {"TVP_VirtualPool",       "VirtualPoolId",    "Name",      "pool", "pools",
+                               "GetVirtualPoolMembers", "VirtualPoolCount", "PoolStatus"};
 const ObjectKind Volume::KIND = {
-    "TVP_VirtualVolume", "VirtualVolumeId",         "VolumeName",        "volume",
-    "volumes",           "GetVirtualVolumeMembers", "VirtualVolumeCount"};
+    "TVP_VirtualVolume", "VirtualVolumeId",         "VolumeName",         "volume",
+    "volumes",           "GetVirtualVolumeMembers", "VirtualVolumeCount", "State"};
 
 namespace {
 
@@ -45,17 +46,20 @@ const Instance* firstOf(const std::vector<Instance>& instances, Test test) {
 
 Drive::Drive(const Instance& instance)
     : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
-      type(numberOf(instance, "DeviceType")), capacity(numberOf(instance, "CapacityInSectors")) {}
+      type(numberOf(instance, "DeviceType")), status(numberOf(instance, KIND.status)),
+      capacity(numberOf(instance, "CapacityInSectors")) {}
 
 Pool::Pool(const Instance& instance)
     : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
-      description(textOf(instance, "Description")), tier(numberOf(instance, "TierLevel")),
-      capacity(numberOf(instance, "CapacityInSectors")), used(numberOf(instance, "UsedCapacityInSectors")) {}
+      description(textOf(instance, "Description")), status(numberOf(instance, KIND.status)),
+      tier(numberOf(instance, "TierLevel")), capacity(numberOf(instance, "CapacityInSectors")),
+      used(numberOf(instance, "UsedCapacityInSectors")) {}
 
 Volume::Volume(const Instance& instance)
     : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
-      description(textOf(instance, "Description")), type(numberOf(instance, "VolumeType")),
-      knob(numberOf(instance, "KnobSetting")), capacity(numberOf(instance, "CapacityInSectors")) {}
+      description(textOf(instance, "Description")), status(numberOf(instance, KIND.status)),
+      type(numberOf(instance, "VolumeType")), knob(numberOf(instance, "KnobSetting")),
+      capacity(numberOf(instance, "CapacityInSectors")) {}
 
 DriveExtent::DriveExtent(const Instance& instance)
     : drive(identifierOf(instance, "DeviceNumber")), driveName(textOf(instance, "Name")),

@@ -25,6 +25,7 @@ struct ObjectKind {
   const char* nouns;          ///< the plural, which is also the verb that lists them
   const char* membersMethod;  ///< of the tier service; null when it has no members
   const char* count;          ///< the property of the identity that counts them
+  const char* status;         ///< the property that says whether it is in order, which is 1
 };
 
 /** A drive as its instance describes it; capacities in sectors here and below. */
@@ -37,6 +38,7 @@ struct Drive {
   std::uint32_t number;
   std::string name;
   std::uint64_t type;  ///< SSD, or another code of DeviceType
+  std::uint64_t status;
   std::uint64_t capacity;
 };
 
@@ -50,6 +52,7 @@ struct Pool {
   std::uint32_t number;
   std::string name;
   std::string description;
+  std::uint64_t status;
   std::uint64_t tier;
   std::uint64_t capacity;
   std::uint64_t used;
@@ -65,6 +68,7 @@ struct Volume {
   std::uint32_t number;
   std::string name;
   std::string description;
+  std::uint64_t status;
   std::uint64_t type;
   std::uint64_t knob;
   std::uint64_t capacity;

@@ -61,12 +61,12 @@ void listPools(Tool& tool) {
   };
   printAll(
       tool, Pool::KIND,
-      {plainColumn("ID", "VirtualPoolId", true), plainColumn("NAME", "Name"),
-       codeColumn("TIER", pools, "TierLevel"), sizeColumn("CAPACITY", "CapacityInSectors"),
-       sizeColumn("USED", "UsedCapacityInSectors"), Column{"USED%", true, false, shareUsed},
+      {plainColumn("ID", "VirtualPoolId", true), staying(plainColumn("NAME", "Name")),
+       staying(codeColumn("TIER", pools, "TierLevel")), staying(sizeColumn("CAPACITY", "CapacityInSectors")),
+       sizeColumn("USED", "UsedCapacityInSectors"), Column{"USED%", true, false, true, shareUsed},
        sizeColumn("CHUNK", "ChunkSize"), plainColumn("DRIVES", "NumberOfLogicalDevice", true),
-       plainColumn("VOLUMES", "NumberOfVirtualVolume", true), codeColumn("STATUS", pools, "PoolStatus"),
-       plainColumn("DESCRIPTION", "Description")});
+       plainColumn("VOLUMES", "NumberOfVirtualVolume", true),
+       staying(codeColumn("STATUS", pools, "PoolStatus")), plainColumn("DESCRIPTION", "Description")});
 }
 
 void createPool(Tool& tool, const PoolOptions& options) {

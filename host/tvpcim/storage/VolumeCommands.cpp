@@ -41,11 +41,12 @@ void listVolumes(Tool& tool) {
   const SchemaClass& volumes = tool.session().classNamed(Volume::KIND.className);
   printAll(
       tool, Volume::KIND,
-      {plainColumn("ID", "VirtualVolumeId", true), plainColumn("NAME", "VolumeName"),
-       codeColumn("TYPE", volumes, "VolumeType"), sizeColumn("CAPACITY", "CapacityInSectors"),
-       plainColumn("POOLS", "VirtualPoolsCount", true), codeColumn("KNOB", volumes, "KnobSetting"),
-       codeColumn("STATE", volumes, "State"), codeColumn("CACHE", volumes, "CacheMode"),
-       plainColumn("DESCRIPTION", "Description"), onlyWide(plainColumn("DEVICE", "DeviceNumber", true)),
+      {plainColumn("ID", "VirtualVolumeId", true), staying(plainColumn("NAME", "VolumeName")),
+       staying(codeColumn("TYPE", volumes, "VolumeType")),
+       staying(sizeColumn("CAPACITY", "CapacityInSectors")), plainColumn("POOLS", "VirtualPoolsCount", true),
+       codeColumn("KNOB", volumes, "KnobSetting"), staying(codeColumn("STATE", volumes, "State")),
+       codeColumn("CACHE", volumes, "CacheMode"), plainColumn("DESCRIPTION", "Description"),
+       onlyWide(plainColumn("DEVICE", "DeviceNumber", true)),
        onlyWide(plainColumn("MOVE CHUNKS", "MaxMoveChunks", true)),
        onlyWide(plainColumn("MOVE THRESHOLD", "MoveThreshold", true)),
        onlyWide(plainColumn("FEATURES", "Features"))});
