@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/CommandLine.h"
 
+#include "host/tvpcim/Completion.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
 #include "text/Size.h"
@@ -93,6 +94,7 @@ CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
         addWatchCommand, addInstanceCommands, addMethodCommand, addAssociationCommands, addSchemaCommands}) {
     add(m_app, m_tool);
   }
+  addHelp();
 }
 
 void CommandLine::addGlobalOptions() {
@@ -149,7 +151,38 @@ void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {
   }
 }
 
+std::string CommandLine::helpOn(const std::vector<std::string>& verbs) {
+  checkVerbs(verbs);
+  const CLI::App* described = &m_app;
+  for (const std::string& verb : verbs) {
+    const CLI::App* below = described->get_subcommand_no_throw(verb);
+    if (below == nullptr) {
+      throw UsageError("'" + described->get_name() + "' has no verbs; see 'tvpcim help'");
+    }
+    described = below;
+  }
+  return described->help(described == &m_app ? "" : "tvpcim");
+}
+
+void CommandLine::addHelp() {
+  const auto verbs = std::make_shared<std::vector<std::string>>();
+  addVerb(
+      m_app, m_tool, "help", "Describe the verbs, or one of them", "Example: tvpcim help pool create",
+      [this, verbs] { m_tool.print(helpOn(*verbs)); })
+      .add_option("VERB", *verbs, "The verb to describe, of one or two words");
+}
+
 std::string CommandLine::parse(const std::vector<std::string>& arguments) {
+  // For the shells' completions, which pass any words: not a verb, as none of them must be read as options.
+  if (!arguments.empty() && arguments.front() == "__complete") {
+    m_tool.choose(
+        "__complete", [this, words = std::vector<std::string>(arguments.begin() + 1, arguments.end())] {
+          for (const std::string& name : completionsOf(m_tool, m_app, words)) {
+            m_tool.print(name + "\n");
+          }
+        });
+    return "";
+  }
   checkVerbs(arguments);
   try {
     m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

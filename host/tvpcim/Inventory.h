@@ -126,6 +126,8 @@ public:
     return viewOf<Object>(byName(Object::KIND, name));
   }
   bool exists(const ObjectKind& kind, std::uint32_t number) { return byNumber(kind, number) != nullptr; }
+  /** The object with that identifier, until forget(); null when none is answered. */
+  const Instance* byNumber(const ObjectKind& kind, std::uint64_t number);
 
   /**
    * The identifier that a person means by a number or a name. A number is an identifier first, then a
@@ -153,7 +155,6 @@ private:
     return instance == nullptr ? std::nullopt : std::optional<Object>(Object(*instance));
   }
   const InstancesOutcome& enumerated(const std::string& className);
-  const Instance* byNumber(const ObjectKind& kind, std::uint64_t number);
   const Instance* byName(const ObjectKind& kind, const std::string& name);
 
   Session& m_session;

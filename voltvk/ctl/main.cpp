@@ -23,6 +23,10 @@ int complain(std::string text, int status) {
 
 int run(int count, char** arguments) {
   voltvk::ctl::Context context;
+  if (count > 1 && std::string(arguments[1]) == "__complete") {
+    voltvk::ctl::printCompletions(context, {arguments + 2, arguments + count});
+    return 0;
+  }
   CLI::App app(
       "Control the embedded storage library: drives, faults, I/O, policy engine, events.\n"
       "The state is $VOLTVK_STATE, else /var/lib/voltvk/state.db.",

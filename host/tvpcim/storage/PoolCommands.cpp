@@ -53,20 +53,28 @@ Value::List drivesOf(Tool& tool, const std::string& text) {
   return drives;
 }
 
-void listPools(Tool& tool) {
+std::vector<Column> columnsOfPools(Tool& tool) {
   const SchemaClass& pools = tool.session().classNamed(Pool::KIND.className);
   const auto shareUsed = [](const Instance& instance) {
     const Pool pool(instance);
     return std::to_string(percentOf(pool.used, pool.capacity)) + "%";
   };
-  printAll(
-      tool, Pool::KIND,
-      {plainColumn("ID", "VirtualPoolId", true), staying(plainColumn("NAME", "Name")),
-       staying(codeColumn("TIER", pools, "TierLevel")), staying(sizeColumn("CAPACITY", "CapacityInSectors")),
-       sizeColumn("USED", "UsedCapacityInSectors"), Column{"USED%", true, false, true, shareUsed},
-       sizeColumn("CHUNK", "ChunkSize"), plainColumn("DRIVES", "NumberOfLogicalDevice", true),
-       plainColumn("VOLUMES", "NumberOfVirtualVolume", true),
-       staying(codeColumn("STATUS", pools, "PoolStatus")), plainColumn("DESCRIPTION", "Description")});
+  return {
+      plainColumn("ID", "VirtualPoolId", true),
+      staying(plainColumn("NAME", "Name")),
+      staying(codeColumn("TIER", pools, "TierLevel")),
+      staying(sizeColumn("CAPACITY", "CapacityInSectors")),
+      sizeColumn("USED", "UsedCapacityInSectors"),
+      Column{"USED%", true, false, true, shareUsed},
+      sizeColumn("CHUNK", "ChunkSize"),
+      plainColumn("DRIVES", "NumberOfLogicalDevice", true),
+      plainColumn("VOLUMES", "NumberOfVirtualVolume", true),
+      staying(codeColumn("STATUS", pools, "PoolStatus")),
+      plainColumn("DESCRIPTION", "Description")};
+}
+
+void listPools(Tool& tool) {
+  printAll(tool, Pool::KIND, columnsOfPools(tool));
 }
 
 void createPool(Tool& tool, const PoolOptions& options) {
@@ -158,7 +166,11 @@ void addModification(CLI::App& family, Tool& tool) {
 
 void addPoolCommands(CLI::App& app, Tool& tool) {
   addVerb(app, tool, "pools", "List the pools", "", [&tool] { listPools(tool); });
-  CLI::App& family = addFamily(app, "pool", "Create, modify or delete a pool, or list its members");
+  CLI::App& family = addFamily(app, "pool", "Create, modify, delete or show a pool, or list its members");
+  addVerb(family, tool, "list", "List the pools, as 'tvpcim pools' does", "", [&tool] { listPools(tool); });
+  addObjectVerb(
+      family, tool, Pool::KIND, "show", "Show a pool and its members",
+      [](Tool& own, const std::string& object) { printOne(own, Pool::KIND, object, columnsOfPools(own)); });
   addCreation(family, tool);
   addModification(family, tool);
   addObjectVerb(family, tool, Pool::KIND, "delete", "Delete a pool", deletePool);

@@ -30,6 +30,13 @@ std::string refusal(const SchemaMethod* method, const MethodOutcome& outcome) {
   return "";
 }
 
+[[noreturn]] void refuseUnknown(Tool& tool, const ObjectKind& kind, std::uint32_t number) {
+  tool.inventory().requireIdentity();
+  throw OperationError(
+      statusName(CMPI_RC_ERR_NOT_FOUND) + ": there is no " + kind.noun + " " + std::to_string(number) +
+      "; see 'tvpcim " + kind.nouns + "'");
+}
+
 }  // namespace
 
 void addObjectVerb(
@@ -72,15 +79,34 @@ void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns) {
   tool.print(tool.formatter().listing({kind.nouns, tool.inventory().instances(kind), std::move(columns)}));
 }
 
+void printOne(
+    Tool& tool, const ObjectKind& kind, const std::string& object, const std::vector<Column>& columns) {
+  const std::uint32_t number = tool.inventory().resolve(kind, object);
+  const Instance* found = tool.inventory().byNumber(kind, number);
+  if (found == nullptr) {
+    refuseUnknown(tool, kind, number);
+  }
+  Instance shown = *found;
+  if (tool.formatter().forPeople()) {
+    shown.properties.clear();
+    for (const Column& column : columns) {
+      shown.properties.push_back({column.title, Value::string(column.cell(*found))});
+    }
+  }
+  Value::List members;
+  for (Instance& member : tool.inventory().members(kind, number)) {
+    members.push_back(Value::instance(std::move(member)));
+  }
+  shown.properties.push_back({"Members", Value::array(CMPI_instance, std::move(members))});
+  tool.print(tool.formatter().record(shown));
+}
+
 void printMembers(
     Tool& tool, const ObjectKind& kind, const std::string& object, std::vector<Column> columns) {
   const std::uint32_t number = tool.inventory().resolve(kind, object);
   std::vector<Instance> members = tool.inventory().members(kind, number);
   if (members.empty() && !tool.inventory().exists(kind, number)) {
-    tool.inventory().requireIdentity();
-    throw OperationError(
-        statusName(CMPI_RC_ERR_NOT_FOUND) + ": there is no " + kind.noun + " " + std::to_string(number) +
-        "; see 'tvpcim " + kind.nouns + "'");
+    refuseUnknown(tool, kind, number);
   }
   tool.print(tool.formatter().listing({"members", std::move(members), std::move(columns)}));
 }

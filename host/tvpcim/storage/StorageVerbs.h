@@ -36,6 +36,13 @@ void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns);
 /** Prints the members of an object. @throws OperationError when there is no such object */
 void printMembers(Tool& tool, const ObjectKind& kind, const std::string& object, std::vector<Column> columns);
 
+/**
+ * Prints one object with its members; people get the cells of the columns instead of the properties.
+ * @throws OperationError when there is no such object
+ */
+void printOne(
+    Tool& tool, const ObjectKind& kind, const std::string& object, const std::vector<Column>& columns);
+
 /** What a method of the tier service answered. */
 struct ServiceAnswer {
   Instance record;   ///< the answer as one object, named after the method
