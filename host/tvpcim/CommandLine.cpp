@@ -151,24 +151,15 @@ void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {
   }
 }
 
-std::string CommandLine::helpOn(const std::vector<std::string>& verbs) {
-  checkVerbs(verbs);
-  const CLI::App* described = &m_app;
-  for (const std::string& verb : verbs) {
-    const CLI::App* below = described->get_subcommand_no_throw(verb);
-    if (below == nullptr) {
-      throw UsageError("'" + described->get_name() + "' has no verbs; see 'tvpcim help'");
-    }
-    described = below;
-  }
-  return described->help(described == &m_app ? "" : "tvpcim");
-}
-
 void CommandLine::addHelp() {
   const auto verbs = std::make_shared<std::vector<std::string>>();
   addVerb(
       m_app, m_tool, "help", "Describe the verbs, or one of them", "Example: tvpcim help pool create",
-      [this, verbs] { m_tool.print(helpOn(*verbs)); })
+      [this, verbs] {
+        std::vector<std::string> words = *verbs;
+        words.emplace_back("--help");
+        m_tool.print(CommandLine(m_tool).parse(words));
+      })
       .add_option("VERB", *verbs, "The verb to describe, of one or two words");
 }
 

@@ -24,8 +24,6 @@ public:
 private:
   void addGlobalOptions();
   void addHelp();
-  /** The help of a verb, or of the command for no words. @throws UsageError for an unknown verb */
-  std::string helpOn(const std::vector<std::string>& verbs);
   /** Finds a word that is not a verb in the place of one; CLI11 would call it an extra argument. */
   void checkVerbs(const std::vector<std::string>& arguments);
 

@@ -31,6 +31,8 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
     const char* text;
   } cases[] = {
       {{"drivse"}, 2, "did you mean 'drives'?"},
+      {{"help", "pool", "creat"}, 2, "there is no verb 'pool creat'; did you mean 'create'?"},
+      {{"pool", "show", "7"}, 1, "CIM_ERR_NOT_FOUND: there is no pool 7; see 'tvpcim pools'"},
       {{"ei", "TVP_VirtualPol"}, 2, "tvpcim: ei: CIM_ERR_INVALID_CLASS: "},
       {{"ei", "TVP_LogicalDevice", "--property", "Modell"}, 2, "did you mean 'Model'?"},
       {{"gi", "TVP_VirtualPool.Nane=\"x\""},
@@ -116,6 +118,8 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
   EXPECT_EQ(nothing.out, "null\n");
   EXPECT_THAT(nothing.err, HasSubstr("returned no instance"));
   EXPECT_THAT(tvpcim({"--version"}).out, HasSubstr("1.0.0"));
+  EXPECT_EQ(tvpcim({"help", "pool", "create"}).out, tvpcim({"pool", "create", "--help"}).out);
+  EXPECT_EQ(tvpcim({"help"}).out, tvpcim({"--help"}).out);
 
   const CommandResult mof = tvpcim({"ei", "TVP_VirtualPools", "-o", "mof"});
   EXPECT_EQ(

@@ -142,7 +142,7 @@ TEST(TableFormatter, NeverWrapsARow) {
         EXPECT_LE(displayWidth(line), columns) << line;
       }
     }
-    const std::size_t announced = columns < 81 ? 1 : 0;
+    const std::size_t announced = columns < 79 ? 1 : 0;
     EXPECT_EQ(linesOf(table->listing(listing)).size(), 4U + announced) << columns;
   }
   for (const auto& uncut : {formatter("table"), formatter("table", 10, false, true)}) {
