@@ -16,6 +16,12 @@ struct Place {
   std::string wanted;  ///< "POOL", "DRIVE,...", "METHOD"; empty where an option or a verb belongs
 };
 
+CLI::App* verbNamed(CLI::App& app, const std::string& word) {
+  const std::vector<CLI::App*> found =
+      app.get_subcommands([&](const CLI::App* verb) { return verb->get_name() == word; });
+  return found.empty() ? nullptr : found.front();
+}
+
 const CLI::Option* optionNamed(const CLI::App& verb, const std::string& word) {
   for (const CLI::App* app = &verb; app != nullptr; app = app->get_parent()) {
     if (const CLI::Option* option = app->get_option_no_throw(word)) {
@@ -49,7 +55,7 @@ Place placeAfter(CLI::App& app, const std::vector<std::string>& words) {
     } else if (word.size() > 1 && word[0] == '-') {
       const CLI::Option* option = optionNamed(*place.verb, word);
       open = option != nullptr && option->get_items_expected_max() > 0 ? option : nullptr;
-    } else if (CLI::App* verb = place.verb->get_subcommand_no_throw(word)) {
+    } else if (CLI::App* verb = verbNamed(*place.verb, word)) {
       place.verb = verb;
     } else {
       place.positionals.push_back(word);
