@@ -91,12 +91,12 @@ void DriveRegistry::reconcile(std::vector<DriveRecord> hostDrives) {
 }
 
 std::size_t DriveRegistry::leftOut() {
-  Statement row(m_connection, "SELECT value FROM setting WHERE name = 'drives_left_out'");
-  return row.step() ? row.as<std::size_t>(0) : 0;
+  return static_cast<std::size_t>(
+      m_connection.number("SELECT value FROM setting WHERE name = 'drives_left_out'"));
 }
 
 void DriveRegistry::reportLeftOut(std::size_t count) {
-  Statement(m_connection, "INSERT OR REPLACE INTO setting(name, value) VALUES('drives_left_out', ?)", count).run();
+  Statement(m_connection, "UPDATE setting SET value = ? WHERE name = 'drives_left_out'", count).run();
   if (count > 0) {
     EventJournal(m_connection)
         .append(

@@ -12,8 +12,8 @@ Configuration SnapshotReader::configuration() {
   configuration.pools = pools();
   configuration.volumes = volumes();
   configuration.faults = faults();
-  Statement excess(m_connection, "SELECT value FROM setting WHERE name = 'drives_left_out'");
-  configuration.drivesLeftOut = excess.step() ? excess.as<std::size_t>(0) : 0;
+  configuration.drivesLeftOut = static_cast<std::size_t>(
+      m_connection.number("SELECT value FROM setting WHERE name = 'drives_left_out'"));
   configuration.policyRunning =
       m_connection.number("SELECT value FROM setting WHERE name = 'policy_running'") != 0;
   return configuration;
