@@ -10,8 +10,8 @@ namespace tvp::text {
 
 /**
  * The first character of a text that cannot be seen: one that only formats what is around it, such as a
- * zero-width space or a change of the writing direction, or a line or paragraph separator. Texts that differ in
- * such characters look the same, and some show as other texts. Blanks are not among them.
+ * zero-width space or a change of the writing direction, or a line or paragraph separator. Texts that differ
+ * in such characters look the same, and some show as other texts. Blanks are not among them.
  * @param text UTF-8
  * @return its code point; 0 if there is none
  */

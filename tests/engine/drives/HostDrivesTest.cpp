@@ -65,8 +65,9 @@ protected:
   HostDrivesTest() : m_machine(m_directory) {}
 
   /** @param wwid none if empty: the drive is then known by its place, "place" and its name unless given */
-  void plainDrive(const std::string& name, const std::string& wwid = "", const Machine::Files& more = {},
-                  const std::string& place = "") const {
+  void plainDrive(
+      const std::string& name, const std::string& wwid = "", const Machine::Files& more = {},
+      const std::string& place = "") const {
     m_machine.drive(
         name, place.empty() ? "pci0/ata1/host0/" + name : place, "scsi",
         {{"size", "204800\n"}, {"queue/rotational", "1\n"}, {"device/wwid", wwid}});
@@ -219,7 +220,9 @@ TEST_F(HostDrivesTest, DrivesKeepTheirNumbers) {
 }
 
 TEST_F(HostDrivesTest, NoDriveTakesThePlaceOfAnother) {
-  const auto adapterPath = [](const char* host) { return std::string("pci0/host") + host + "/target" + host + ":0:0/" + host + ":0:0:0"; };
+  const auto adapterPath = [](const char* host) {
+    return std::string("pci0/host") + host + "/target" + host + ":0:0/" + host + ":0:0:0";
+  };
   const Machine::Files serial = {{"device/serial", "S1"}};
   plainDrive("sda", "", serial, adapterPath("3"));
   plainDrive("sdb", "", serial, "pci1/host4/4:0:0:0");  // a bridge that gives every drive this number
@@ -231,8 +234,7 @@ TEST_F(HostDrivesTest, NoDriveTakesThePlaceOfAnother) {
   m_machine.remove("sdc");
   EXPECT_EQ(names(), (std::vector<std::string>{"0 /dev/sda", "1 /dev/sdb", "2 /dev/sdc", "3 /dev/sdd"}));
   EXPECT_EQ(drives()[0]->getStatus() + drives()[2]->getStatus(), 2 * TVK_DEVICE_MISSING);
-  EXPECT_STREQ(
-      pools()[0]->getTrouble(), "drive 0 (/dev/sda) is missing; drive 2 (/dev/sdc) is missing");
+  EXPECT_STREQ(pools()[0]->getTrouble(), "drive 0 (/dev/sda) is missing; drive 2 (/dev/sdc) is missing");
   plainDrive("sdx", "", serial, adapterPath("7"));  // hosts are numbered as they are found
   plainDrive("sdy", "naa.1", serial);
   EXPECT_EQ(names(), (std::vector<std::string>{"0 /dev/sdx", "1 /dev/sdb", "2 /dev/sdy", "3 /dev/sdd"}));
@@ -255,16 +257,18 @@ TEST_F(HostDrivesTest, PathsToOneUnitAreOneDrive) {
 
 TEST_F(HostDrivesTest, DrivesOfAnEarlierVersionAreFoundOnce) {
   state()->change([](voltvk::Connection& connection) {
-    const char* columns = "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model,"
-                          " sectors, type, interface, removable, bootable, partitioned, mounted) VALUES";
-    connection.execute((std::string(columns) +
-                        "(10, 'wwid:naa.1', 0, 1, '/dev/sda', '', 'naa.1', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-                        "(11, 'serial:S1/', 0, 1, '/dev/sdb', 'S1', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-                        "(12, 'name:/dev/sdc', 0, 1, '/dev/sdc', '', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-                        "(13, 'serial:S2/', 0, 1, '/dev/sdd', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-                        "(14, 'serial:S2///dev/sde', 0, 1, '/dev/sde', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0);"
-                        "UPDATE setting SET value = 14 WHERE name = 'last_drive_number'")
-                           .c_str());
+    const char* columns =
+        "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model,"
+        " sectors, type, interface, removable, bootable, partitioned, mounted) VALUES";
+    connection.execute(
+        (std::string(columns) +
+         "(10, 'wwid:naa.1', 0, 1, '/dev/sda', '', 'naa.1', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(11, 'serial:S1/', 0, 1, '/dev/sdb', 'S1', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(12, 'name:/dev/sdc', 0, 1, '/dev/sdc', '', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(13, 'serial:S2/', 0, 1, '/dev/sdd', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(14, 'serial:S2///dev/sde', 0, 1, '/dev/sde', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0);"
+         "UPDATE setting SET value = 14 WHERE name = 'last_drive_number'")
+            .c_str());
   });
   plainDrive("sda", "naa.1");
   plainDrive("sdb", "", {{"device/serial", "S1"}});
@@ -278,11 +282,12 @@ TEST_F(HostDrivesTest, DrivesOfAnEarlierVersionAreFoundOnce) {
 
 TEST_F(HostDrivesTest, DrivesBeyondTheLastNumberAreReported) {
   state()->change([](voltvk::Connection& connection) {
-    connection.execute(
-        "WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 253)"
-        "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model, sectors, type,"
-        " interface, removable, bootable, partitioned, mounted)"
-        " SELECT i, i, 1, 1, i, '', '', '', '', 8, 1, 6, 0, 0, 0, 0 FROM n");
+    connection.execute("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 253)"
+                       "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, "
+                       "model, sectors, type,"
+                       " interface, removable, bootable, partitioned, mounted)"
+                       " SELECT i, i, 1, 1, i, '', '', '', '', 8, 1, 6, 0, 0, 0, 0 FROM n;"
+                       "UPDATE setting SET value = 253 WHERE name = 'last_drive_number'");
   });
   for (const char* name : {"sda", "sdb", "sdc"}) {
     plainDrive(name);
@@ -341,8 +346,8 @@ TEST_F(HostDrivesTest, APoolIsDegradedWhileItsDriveIsTooSmallOrUsedOtherwise) {
   EXPECT_EQ(troubleAfter({}), "drive 0 (/dev/sda) is mounted at /my data");
   EXPECT_EQ(troubleAfter({{"sda1/partition", "1\n"}}), "drive 0 (/dev/sda) has partitions");
   EXPECT_EQ(
-      troubleAfter({{"size", "204799\n"}}),
-      "drive 0 (/dev/sda) has shrunk to 100 MiB (204799 sectors), less than the 100 MiB that its pool keeps on it");
+      troubleAfter({{"size", "204799\n"}}), "drive 0 (/dev/sda) has shrunk to 100 MiB (204799 sectors), less "
+                                            "than the 100 MiB that its pool keeps on it");
 }
 
 TEST_F(HostDrivesTest, ThePoolsTierLevelFollowsTheKindOfItsDrive) {

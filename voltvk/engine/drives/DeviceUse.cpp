@@ -63,8 +63,8 @@ void DeviceUse::setUse(const std::string& device, const std::string& use) {
 }
 
 void DeviceUse::readDevices() {
-  // The kernel lists a stacked device in "slaves" of the upper and in "holders" of the lower one; some drivers
-  // fill only one of them.
+  // The kernel lists a stacked device in "slaves" of the upper and in "holders" of the lower one; some
+  // drivers fill only one of them.
   const auto readHolders = [this](const std::string& device, const std::string& directory) {
     for (const std::string& holder : listDirectory(directory + "/holders")) {
       m_stackedUpon[holder].insert(device);

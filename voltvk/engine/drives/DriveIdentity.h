@@ -10,8 +10,8 @@
 namespace voltvk {
 
 /**
- * Where a block device is attached, without the numbers that the kernel assigns in the order in which it finds
- * things: "pci0000:00/0000:00:1f.2/ata1/0:0:0".
+ * Where a block device is attached, without the numbers that the kernel assigns in the order in which it
+ * finds things: "pci0000:00/0000:00:1f.2/ata1/0:0:0".
  * @param directory the device's directory in sysfs
  */
 std::string placeOf(const std::string& directory);

@@ -155,9 +155,8 @@ std::vector<DriveRecord> HostDriveScanner::scan() const {
     drive.use = use.useOf(name);
     drive.bootable = use.isBootable(name);
     drive.mounted = !drive.use.empty() || drive.bootable;
-    const auto known = std::find_if(drives.begin(), drives.end(), [&](const DriveRecord& other) {
-      return arePaths(other, drive);
-    });
+    const auto known = std::find_if(
+        drives.begin(), drives.end(), [&](const DriveRecord& other) { return arePaths(other, drive); });
     if (known != drives.end()) {
       addPath(*known, drive);
     } else {

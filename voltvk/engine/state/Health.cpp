@@ -49,8 +49,9 @@ Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner) {
     return {TVK_NO_SUCH_DEVICE, "is unplugged", "plug it in, or choose another drive"};
   }
   const std::string use = foreignUse(drive);
-  return use.empty() ? Obstacle()
-                     : Obstacle{TVK_DEVICE_NOT_ELIGIBLE, use + " and cannot join a pool", "choose another drive"};
+  return use.empty()
+             ? Obstacle()
+             : Obstacle{TVK_DEVICE_NOT_ELIGIBLE, use + " and cannot join a pool", "choose another drive"};
 }
 
 Health::Health(

@@ -14,17 +14,17 @@ namespace voltvk {
 /** Why a drive cannot join a pool. */
 struct Obstacle {
   TvkStatus status = TVK_OK;  ///< with which such a pool is refused; TVK_OK if the drive is free
-  std::string reason;         ///< the end of a sentence about the drive: "has partitions"; empty if it is free
-  const char* advice = "";    ///< what to do instead
+  std::string reason;       ///< the end of a sentence about the drive: "has partitions"; empty if it is free
+  const char* advice = "";  ///< what to do instead
 };
 
 /** @param owner the pool that the drive belongs to, or null */
 Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner);
 
 /**
- * What is wrong with drives, pools and volumes; nothing else decides it. A drive of a pool is in trouble while it
- * is missing, too small for what the pool keeps on it, or used by something else; its pools and their volumes are
- * then degraded. Never changes, so any number of threads may use it.
+ * What is wrong with drives, pools and volumes; nothing else decides it. A drive of a pool is in trouble
+ * while it is missing, too small for what the pool keeps on it, or used by something else; its pools and
+ * their volumes are then degraded. Never changes, so any number of threads may use it.
  */
 class Health {
 public:

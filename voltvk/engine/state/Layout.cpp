@@ -105,9 +105,10 @@ constexpr Step STEPS[] = {
     {1, "INSERT OR IGNORE INTO setting VALUES('generation', 0), ('drives_left_out', 0)"},
     // Programs of that version showed the lower 16 bits of the identifier. Volumes that would share them get
     // numbers from the other end.
-    {1, "UPDATE volume SET device = CASE WHEN EXISTS"
-        " (SELECT 1 FROM volume AS other WHERE other.id < volume.id AND other.id & 65535 = volume.id & 65535)"
-        " THEN 65535 - (SELECT count(*) FROM volume AS other WHERE other.id < volume.id) ELSE id & 65535 END"},
+    {1,
+     "UPDATE volume SET device = CASE WHEN EXISTS"
+     " (SELECT 1 FROM volume AS other WHERE other.id < volume.id AND other.id & 65535 = volume.id & 65535)"
+     " THEN 65535 - (SELECT count(*) FROM volume AS other WHERE other.id < volume.id) ELSE id & 65535 END"},
 };
 
 void run(Connection& connection, const std::string& sql) {
@@ -122,15 +123,17 @@ void createTriggers(Connection& connection) {
   const std::string count =
       " BEGIN UPDATE setting SET value = (value + 1) & 4611686018427387903 WHERE name = 'generation'; END";
   for (const std::string table : {"drive", "pool", "pool_member", "volume", "volume_extent", "fault"}) {
-    const char* columns = table == "volume"
-                              ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"
-                              : "";
+    const char* columns =
+        table == "volume"
+            ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"
+            : "";
     run(connection, "CREATE TRIGGER " + table + "_inserted AFTER INSERT ON " + table + count);
     run(connection, "CREATE TRIGGER " + table + "_deleted AFTER DELETE ON " + table + count);
     run(connection, "CREATE TRIGGER " + table + "_updated AFTER UPDATE" + columns + " ON " + table + count);
   }
-  run(connection,
-      "CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name IN ('policy_running', 'drives_left_out')" + count);
+  run(connection, "CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name IN "
+                  "('policy_running', 'drives_left_out')" +
+                      count);
 }
 
 void createTables(Connection& connection) {

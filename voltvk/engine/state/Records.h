@@ -74,8 +74,8 @@ struct VolumeRecord {
   std::uint8_t type = 0;           ///< TvkVolumeType
   std::uint64_t chunkSectors = 0;  ///< the larger of its pools' chunk sizes
   std::uint64_t hddChunks = 0;
-  std::uint64_t ssdChunks = 0;  ///< of a cached volume: the cache, which is not part of its capacity
-  std::uint8_t knob = 0;        ///< TvkKnob
+  std::uint64_t ssdChunks = 0;     ///< of a cached volume: the cache, which is not part of its capacity
+  std::uint8_t knob = 0;           ///< TvkKnob
   std::uint16_t deviceNumber = 0;  ///< as a device of the system; unlike those of the other volumes
   std::vector<VolumeExtentRecord> extents;
 

@@ -14,7 +14,7 @@ enum TvkDeviceProperty : std::uint8_t {
   TVK_PROPERTY_HOST = 1,     ///< a block device of this machine
   TVK_PROPERTY_VIRTUAL = 2,  ///< created with `voltvkctl drive add`
   TVK_PROPERTY_REMOVABLE = 4,
-  TVK_PROPERTY_MOUNTED = 8,   ///< mounted, used for swap, or held by another block device
+  TVK_PROPERTY_MOUNTED = 8,  ///< mounted, used for swap, or held by another block device
   TVK_PROPERTY_READ_ONLY = 16
 };
 
@@ -54,9 +54,11 @@ public:
   virtual bool isUsed() const = 0;                     ///< a member of a pool
   virtual std::uint8_t getInterfaceType() const = 0;   ///< TvkInterfaceType
   virtual std::uint8_t getStatus() const = 0;          ///< TvkDeviceStatus
-  /** Why it cannot join a pool, as the end of a sentence about it: "has partitions"; empty for a free drive. */
+  /** Why it cannot join a pool, as the end of a sentence about it: "has partitions"; empty for a free drive.
+   */
   virtual const char* getObstacle() const = 0;
-  /** What is wrong with it, if it is in a pool: "drive 3 (/dev/sdb) is missing"; empty while it is in order. */
+  /** What is wrong with it, if it is in a pool: "drive 3 (/dev/sdb) is missing"; empty while it is in order.
+   */
   virtual const char* getTrouble() const = 0;
 };
 
