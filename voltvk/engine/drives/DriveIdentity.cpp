@@ -150,7 +150,7 @@ std::string placeOf(const std::string& directory) {
   const std::string root = "/sys/devices/";
   const std::size_t devices = real.rfind(root);
   if (devices == std::string::npos) {
-    return real;
+    return baseName(directory);
   }
   std::string path = real.substr(0, devices + root.size() - 1);
   std::istringstream parts(real.substr(devices + root.size()));
