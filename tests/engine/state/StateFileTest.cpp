@@ -167,7 +167,7 @@ const BadState BAD_STATES[] = {
        runSql(path, "CREATE TABLE something(a); INSERT INTO something VALUES(1)");
      },
      "another program"},
-    {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=2"); },
+    {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=3"); },
      "newer version"},
     {"SymbolicLink",
      [](auto& directory, auto& path) {
@@ -303,18 +303,6 @@ TEST_F(StateFileTest, DamageFoundWhileItIsUsedIsSaidInTheDatabasesOwnWords) {
                            " cannot be used (malformed database schema (volume) - invalid rootpage); restore "
                            "it from a backup, or move "
                            "it away to start with an empty one");
-}
-
-TEST_F(StateFileTest, AnOlderStateGetsTheTableOfTheLastRefusal) {
-  runSql(m_path, "DROP TABLE last_refusal");
-  m_lib = std::make_unique<TvkLib>();
-  EXPECT_STREQ(m_lib->getOpenError(), "");
-  EXPECT_EQ(adapter().deleteVirtualPool(77).getReturn(), TVK_NO_SUCH_POOL);
-  state()->read([](voltvk::Connection& connection) {
-    const auto refusal = voltvk::LastRefusal::read(connection);
-    ASSERT_TRUE(refusal.has_value());
-    EXPECT_EQ(refusal->detail, "no pool has the number 77");
-  });
 }
 
 TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
