@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/TarvexProEventManager.h"
+#include "support/Lines.h"
 #include "support/LogCapture.h"
 #include "voltvk/Specs.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <sstream>
 
@@ -212,8 +211,7 @@ TEST_F(EventCatalogue, BlanksAndTabsAreTrimmedInTheDocumentedOrder) {
 }
 
 TEST_F(EventCatalogue, TheShippedCatalogueHasATextForEveryEvent) {
-  std::ifstream shipped(std::string(TVP_SOURCE_DIR) + "/share/TVPEvents.properties", std::ios::binary);
-  install({std::istreambuf_iterator<char>(shipped), std::istreambuf_iterator<char>()});
+  install(readFile(TVP_SOURCE_DIR "/share/TVPEvents.properties"));
   for (const std::uint32_t code :
        {0x201U, 0x202U, 0x203U, 0x204U, 0x205U, 0x206U, 0x207U, 0x20AU, 0x20BU, 0x20CU,
         0x401U, 0x402U, 0x403U, 0x405U, 0x407U, 0x40AU, 0x40BU, 0x40CU, 0x40DU, 0x40EU,

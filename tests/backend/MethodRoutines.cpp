@@ -11,36 +11,31 @@ using namespace cim::fwf;
 
 using Strings = std::vector<std::string>;
 
+/** A method, and the arguments of its routine, which is called TvpIf and the method. */
 struct RoutineCase {
   const char* method;
-  const char* routine;
   Strings arguments;
 };
 
 const std::vector<RoutineCase>& routines() {
   static const std::vector<RoutineCase> cases = {
       {"CreateVirtualPool",
-       "TvpIfCreateVirtualPool",
        {"Name", "Description", "NumberOfLogicalDevice", "LDDeviceNumbers", "CapacityInSectors", "ChunkSize",
         "TierLevel"}},
-      {"DeleteVirtualPool", "TvpIfDeleteVirtualPool", {"VirtualPoolId"}},
-      {"ModifyVirtualPool", "TvpIfModifyVirtualPool", {"VirtualPoolId", "Name", "TierLevel", "Description"}},
+      {"DeleteVirtualPool", {"VirtualPoolId"}},
+      {"ModifyVirtualPool", {"VirtualPoolId", "Name", "TierLevel", "Description"}},
       {"CreateVirtualVolume",
-       "TvpIfCreateVirtualVolume",
        {"VolumeName", "Description", "VolumeType", "VirtualPoolsCount", "ListOfVirtualPoolIds",
         "UsedSizeInSectors", "KnobSetting"}},
-      {"DeleteVirtualVolume", "TvpIfDeleteVirtualVolume", {"VirtualVolumeId"}},
-      {"ModifyVirtualVolume",
-       "TvpIfModifyVirtualVolume",
-       {"VirtualVolumeId", "VolumeName", "Description", "KnobSetting"}},
-      {"FlushVirtualVolume", "TvpIfFlushVirtualVolume", {"VirtualVolumeId"}},
-      {"GetVirtualVolumeStats", "TvpIfGetVirtualVolumeStats", {"VirtualVolumeId"}},
-      {"ResetVirtualVolumeStats", "TvpIfResetVirtualVolumeStats", {"VirtualVolumeId"}},
+      {"DeleteVirtualVolume", {"VirtualVolumeId"}},
+      {"ModifyVirtualVolume", {"VirtualVolumeId", "VolumeName", "Description", "KnobSetting"}},
+      {"FlushVirtualVolume", {"VirtualVolumeId"}},
+      {"GetVirtualVolumeStats", {"VirtualVolumeId"}},
+      {"ResetVirtualVolumeStats", {"VirtualVolumeId"}},
       {"CreateDataCacheVolume",
-       "TvpIfCreateDataCacheVolume",
        {"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool", "LDDeviceNumber",
         "LDCapacityInSectors", "ChunkSize", "KnobSetting"}},
-      {"DeleteDataCacheVolume", "TvpIfDeleteDataCacheVolume", {"VirtualVolumeId", "VirtualPoolId"}},
+      {"DeleteDataCacheVolume", {"VirtualVolumeId", "VirtualPoolId"}},
   };
   return cases;
 }
@@ -60,7 +55,7 @@ using MethodRoutines = StorageTest;
 TEST_F(MethodRoutines, ArgumentsAreCountedThenLookedUpInOrder) {
   for (const RoutineCase& routine : routines()) {
     SCOPED_TRACE(routine.method);
-    const std::string name = routine.routine;
+    const std::string name = std::string("TvpIf") + routine.method;
     Strings tooMany = routine.arguments;
     tooMany.emplace_back("Extra");
     for (const Strings& wrong : {Strings(), tooMany}) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Man pages and completions know every verb, option and operation that the commands' own help has.
-#include "docs/Page.h"
 #include "support/Command.h"
+#include "support/Lines.h"
 
 #include <gtest/gtest.h>
 
@@ -33,10 +33,9 @@ Offer offerOf(const Reference& reference, std::vector<std::string> words) {
   const std::string help = Command(words).run().out;
   Offer offer;
   bool inVerbs = false;
-  std::istringstream lines(help);
   static const std::regex VERB(R"(^  ([a-z][a-z-]*)(  .*|$))");
   static const std::regex OPTION(R"(^  (-\w,)?\s*(--[a-z-]+).*)");
-  for (std::string line; std::getline(lines, line);) {
+  for (const std::string& line : linesOf(help)) {
     std::smatch found;
     inVerbs = line == "Subcommands:" || (inVerbs && line.rfind("  ", 0) == 0);
     if (inVerbs && std::regex_match(line, found, VERB)) {

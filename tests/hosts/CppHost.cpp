@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // A host in C++ on the shared libstdc++, whose allocator the provider must neither use nor disturb.
-#include "TinyBroker.h"
+#include "TinyHost.h"
 
 #include <iostream>
 #include <string>

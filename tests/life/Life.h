@@ -84,7 +84,7 @@ public:
   template <typename Work>
   auto answerOf(const std::string& title, Work work) {
     begin(title);
-    auto answer = work(provider());
+    auto answer = work();
     m_answers += answerText(answer);
     end();
     return answer;
@@ -120,7 +120,11 @@ public:
   /** Runs voltvkctl, which must succeed; a step when the provider runs. @return what it printed */
   std::string voltvkctl(const std::vector<std::string>& words);
 
-  /** Compares both recordings, PREFIXlog.txt and PREFIXanswers.txt, with those of the source tree. */
+  /**
+   * Fails the test unless this life is byte for byte what was recorded in tests/life, and shows the first
+   * difference. With TVP_LIFE_WRITE in the environment it is recorded instead; look at the difference then.
+   * @param prefix of the names of both recordings, PREFIXlog.txt and PREFIXanswers.txt
+   */
   void expectAsRecorded(const std::string& prefix) const;
 
 private:
@@ -130,7 +134,7 @@ private:
   void begin(const std::string& title);
   void end();
   void recordAnswersOfBroker();
-  std::string readNewLog();
+  std::string unreadLog() const;
   std::string normalised(const std::string& line, bool& ofListener) const;
   std::string withoutPlacesAndTimes(std::string text) const;
   bool logHas(const std::string& text) const;

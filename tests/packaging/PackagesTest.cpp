@@ -5,7 +5,6 @@
 #include "support/Command.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -16,9 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using tvp::test::Command;
-using tvp::test::CommandResult;
-using tvp::test::TemporaryDirectory;
+using namespace tvp::test;
 
 const std::string packageTool = "/usr/bin/dpkg-deb";
 
@@ -71,14 +68,14 @@ protected:
 };
 
 TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
-  std::set<std::string> provider = tvp::test::providerFiles();
+  std::set<std::string> provider = providerFiles();
   provider.insert("VolMan/TVPEvents.properties");
   // Every page of the documentation belongs to the package: new ones need no change here.
   for (const fs::directory_entry& page : fs::directory_iterator(TVP_SOURCE_DIR "/docs")) {
     provider.insert("share/doc/tarvexpro-provider/docs/" + page.path().filename().string());
   }
   EXPECT_EQ(content("tarvexpro-provider"), provider);
-  EXPECT_EQ(content("tarvexpro-dev"), tvp::test::developmentFiles());
+  EXPECT_EQ(content("tarvexpro-dev"), developmentFiles());
   EXPECT_THAT(ask({"-f", package("tarvexpro-provider"), "Depends"}), HasSubstr("libsqlite3-0"));
   EXPECT_THAT(
       ask({"-f", package("tarvexpro-dev"), "Depends"}), HasSubstr("tarvexpro-provider (= " TVP_VERSION ")"));

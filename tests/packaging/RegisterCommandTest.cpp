@@ -5,7 +5,6 @@
 #include "support/Lines.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 #include <fstream>
@@ -14,9 +13,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::HasSubstr;
-using tvp::test::Command;
-using tvp::test::CommandResult;
-using tvp::test::TemporaryDirectory;
+using namespace tvp::test;
 
 const std::string module = "tarvexProProviderModule";
 
@@ -48,7 +45,7 @@ protected:
   fs::path prefix() const { return root() / "usr"; }
 
   void write(const fs::path& name, const std::string& text) const { std::ofstream(root() / name) << text; }
-  std::string read(const fs::path& name) const { return tvp::test::readFile(root() / name); }
+  std::string read(const fs::path& name) const { return readFile(root() / name); }
   /** A command of an object manager; $F is the directory of the test. */
   void fake(const std::string& name, const std::string& body) const {
     const fs::path file = fs::path("bin") / name;

@@ -94,6 +94,8 @@ TEST_F(VoltvkctlTest, DrivesAreAddedListedAndRemovedWithTheirEvents) {
   EXPECT_EQ(drives[0]["sectors"], 209715200);
   EXPECT_EQ(drives[0]["type"], "hdd");
   EXPECT_EQ(drives[1]["size"], "1.5 GiB");
+  EXPECT_EQ(drives[1]["free"], true);
+  EXPECT_EQ(drives[1]["obstacle"], nullptr);
   EXPECT_EQ(drives[1]["model"], "Fast \xC3\xA9");
   EXPECT_EQ(json({"drive", "remove", "0"})["number"], 0);
   EXPECT_EQ(json({"drive", "list"}).size(), 1U);

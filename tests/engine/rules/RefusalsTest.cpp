@@ -221,28 +221,26 @@ TEST_F(RefusalsTest, RefusedCachedDrivesLeaveNothingBehind) {
   struct Case {
     TvkStatus status;
     const char* detail;
-    std::uint8_t drive;
     std::uint32_t ssdPool;
-    std::uint64_t cache;
-    std::uint8_t tier;
-    std::uint8_t type;
-    const char* name;
+    std::uint64_t cache = 8 * MIB;
+    const char* name = "new";
+    std::uint8_t type = TVK_VOLUME_CACHED;
+    std::uint8_t drive = 3;
+    std::uint8_t tier = TVK_TIER_HDD;
   };
   const std::vector<Case> cases = {
-      {TVK_NAME_IN_USE, "the name 'tiered' is used by volume 1", 3, m_ssdPool, 8 * MIB, TVK_TIER_HDD,
-       TVK_VOLUME_CACHED, "tiered"},
+      {TVK_NAME_IN_USE, "the name 'tiered' is used by volume 1", m_ssdPool, 8 * MIB, "tiered"},
       {TVK_INVALID_VOLUME_TYPE,
-       "the volume type is 1 (tiered); a drive with a cache is a volume of the type 2 (cached)", 3, m_ssdPool,
-       8 * MIB, TVK_TIER_HDD, TVK_VOLUME_TIERED, "new"},
-      {TVK_POOL_KINDS_CONFLICT, "drive 6 is an SSD; what is cached is a hard disk", 6, m_ssdPool, 8 * MIB,
-       TVK_TIER_SSD, TVK_VOLUME_CACHED, "new"},
-      {TVK_NO_SUCH_POOL, "no pool has the number 77", 3, 77, 8 * MIB, TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
+       "the volume type is 1 (tiered); a drive with a cache is a volume of the type 2 (cached)", m_ssdPool,
+       8 * MIB, "new", TVK_VOLUME_TIERED},
+      {TVK_POOL_KINDS_CONFLICT, "drive 6 is an SSD; what is cached is a hard disk", m_ssdPool, 8 * MIB, "new",
+       TVK_VOLUME_CACHED, 6, TVK_TIER_SSD},
+      {TVK_NO_SUCH_POOL, "no pool has the number 77", 77},
       {TVK_POOL_KINDS_CONFLICT, "pool 1 (hdd) is a pool of hard disks; a cache is taken from a pool of SSDs",
-       3, m_hddPool, 8 * MIB, TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
-      {TVK_INVALID_CAPACITY, "0 B asked of pool 2 (ssd); a volume takes at least 1 MiB", 3, m_ssdPool, 0,
-       TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
-      {TVK_NOT_ENOUGH_SPACE, "pool 2 (ssd) has 56 MiB free, less than the 57 MiB asked for", 3, m_ssdPool,
-       57 * MIB, TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
+       m_hddPool},
+      {TVK_INVALID_CAPACITY, "0 B asked of pool 2 (ssd); a volume takes at least 1 MiB", m_ssdPool, 0},
+      {TVK_NOT_ENOUGH_SPACE, "pool 2 (ssd) has 56 MiB free, less than the 57 MiB asked for", m_ssdPool,
+       57 * MIB},
   };
   const std::string before = contents();
   for (const Case& one : cases) {

@@ -5,7 +5,6 @@
 #include "host/tvpcim/Failure.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tvp::host::tvpcim {
 namespace {

@@ -7,7 +7,6 @@
 #include "terminal/Width.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <random>
@@ -198,6 +197,24 @@ TEST(Formatters, ShowATree) {
       formatter("mof")->tree({root}), HasSubstr("  Name = \"right\";\n  Detail = NULL;\n  Trouble = NULL;\n"
                                                 "  SizeInSectors = 0;\n  UsedInSectors = 0;\n"
                                                 "  Level = 1;\n"));
+}
+
+TEST(Text, SuggestsWhatIsNearAndNothingElse) {
+  const std::vector<std::string> verbs = {"drives", "pools", "pool", "volumes", "volume", "ei", "ein", "di"};
+  const struct {
+    const char* word;
+    const char* expected;
+  } cases[] = {
+      {"drivse", "; did you mean 'drives'?"},
+      {"vol", "; did you mean 'volumes' or 'volume'?"},
+      {"POOLS", "; did you mean 'pools' or 'pool'?"},
+      {"frobnicate", ""},
+      {"", ""},
+      {"status", ""},
+  };
+  for (const auto& [word, expected] : cases) {
+    EXPECT_EQ(suggestion(word, verbs), expected) << word;
+  }
 }
 
 TEST(Listing, SharesAreRoundedToPercent) {
