@@ -5,6 +5,7 @@
 #include "host/tvpcim/output/Text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -49,9 +50,14 @@ Place placeAfter(CLI::App& app, const std::vector<std::string>& words) {
   Place place;
   place.verb = &app;
   const CLI::Option* open = nullptr;  // the option whose value comes next
+  bool split = false;
   for (const std::string& word : words) {
-    if (open != nullptr) {
-      open = nullptr;
+    // bash passes NAME=VALUE and NAME:SIZE as three words.
+    const bool separator = word == "=" || word == ":";
+    if (std::exchange(split, separator) || open != nullptr) {
+      open = separator ? open : nullptr;
+    } else if (separator) {
+      continue;
     } else if (word.size() > 1 && word[0] == '-') {
       const CLI::Option* option = optionNamed(*place.verb, word);
       open = option != nullptr && option->get_items_expected_max() > 0 ? option : nullptr;
@@ -61,8 +67,11 @@ Place placeAfter(CLI::App& app, const std::vector<std::string>& words) {
       place.positionals.push_back(word);
     }
   }
-  place.wanted = open != nullptr ? open->get_name() + " " + open->get_type_name()
-                                 : positionalAt(*place.verb, place.positionals.size());
+  if (open != nullptr) {
+    place.wanted = open->get_name() + " " + open->get_type_name();
+  } else if (!split) {
+    place.wanted = positionalAt(*place.verb, place.positionals.size());
+  }
   return place;
 }
 
