@@ -84,11 +84,12 @@ std::string completionsOfZsh(const Reference& reference, const std::vector<std::
   std::filesystem::copy_file(
       std::string(reference.completions) + "/" + reference.name + ".zsh",
       directory.path() / (std::string("_") + reference.name));
+  // Nothing is typed before the prompt, since zsh reads lines without completions until then.
   const std::string script = directory.write("list.zsh", R"(zmodload zsh/zpty
 zpty terminal zsh -f -i
-zpty -w terminal "TERM=dumb; PS1=; PS2=; RPS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -d $1/dump"
+zpty -w terminal "TERM=dumb; PS1='ready> '; PS2=; RPS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -d $1/dump"
 zpty -w terminal "bindkey ^I list-choices; bindkey ^X accept-line; LISTMAX=9999; print -r -- READ''Y"
-zpty -r -m terminal text '*READY*'
+zpty -r -m terminal text '*READY*ready> *'
 zpty -n -w terminal "$2 "$'\t'
 zpty -n -w terminal $'\x15print DO\'\'NE\x18'
 zpty -r -m terminal text '*DONE*'
