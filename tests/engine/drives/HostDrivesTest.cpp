@@ -246,9 +246,10 @@ TEST_F(HostDrivesTest, PathsToOneUnitAreOneDrive) {
   plainDrive("sdb", "naa.1");
   plainDrive("sdc", "naa.2");
   m_machine.write("sdb", {{"ro", "1\n"}});
-  plainDrive("sdd", "naa.3", {}, "pci0/usb1/1-1/host5/sdd");
-  plainDrive("sde", "naa.3", {}, "pci0/usb1/1-2/host6/sde");  // the bridges' number
-  const std::vector<std::string> found = {"0 /dev/sda", "1 /dev/sdc", "2 /dev/sdd", "3 /dev/sde"};
+  plainDrive("sde", "naa.3", {}, "pci0/usb1/1-1/host5/sde");
+  EXPECT_EQ(names().size(), 3U);
+  plainDrive("sdd", "naa.3", {}, "pci0/usb1/1-2/host6/sdd");  // the bridges' number
+  const std::vector<std::string> found = {"0 /dev/sda", "1 /dev/sdc", "2 /dev/sde", "3 /dev/sdd"};
   EXPECT_EQ(names(), found);
   EXPECT_EQ(std::string(drives()[0]->getObstacle()), "is read-only and cannot join a pool");
   m_machine.remove("sda");

@@ -134,6 +134,8 @@ TEST_P(BadStates, MeanNoDriverAndAreLeftUnchanged) {
   // Once the obstacle is removed, a later call finds the driver.
   fs::remove_all(m_path);
   fs::remove(m_path + "-wal");
+  fs::remove(m_path + "-shm");
+  chmod(m_directory.path().c_str(), 0700);
   EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
   EXPECT_EQ(controllers(*m_lib), 1U);
   EXPECT_STREQ(m_lib->getOpenError(), "");
@@ -188,6 +190,33 @@ const BadState BAD_STATES[] = {
      },
      "not a regular file"},
     {"WritableByAll", [](auto&, auto& path) { chmod(path.c_str(), 0666); }, "everybody"},
+    {"WritableByItsGroup", [](auto&, auto& path) { chmod(path.c_str(), 0660); }, "its group"},
+    {"InADirectoryOfAll", [](auto& directory, auto&) { chmod(directory.path().c_str(), 0777); },
+     "its directory"},
+    {"InADirectoryOfAGroup",
+     [](auto& directory, auto&) {
+       EXPECT_EQ(chown(directory.path().c_str(), 0, 4711), 0);
+       chmod(directory.path().c_str(), 0770);
+     },
+     "another group"},
+    {"WithALogOfAnotherUser",
+     [](auto&, auto& path) {
+       replace(path + "-wal", "");
+       EXPECT_EQ(chown((path + "-wal").c_str(), 4711, 0), 0);
+     },
+     "user 4711"},
+    {"WithAnIndexWritableByAll",
+     [](auto&, auto& path) {
+       replace(path + "-shm", "");
+       chmod((path + "-shm").c_str(), 0606);
+     },
+     "everybody"},
+    {"WithALinkAsIndex",
+     [](auto& directory, auto& path) { fs::create_symlink(directory.file("x"), path + "-shm"); },
+     "-shm beside it is a symbolic link"},
+    {"WithAnotherFileAsLog",
+     [](auto& directory, auto& path) { fs::create_hard_link(directory.write("x", ""), path + "-wal"); },
+     "link to another file"},
     {"OfAnotherUser", [](auto&, auto& path) { EXPECT_EQ(chown(path.c_str(), 4711, 0), 0); }, "user 4711"},
 };
 

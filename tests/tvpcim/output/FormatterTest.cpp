@@ -172,7 +172,7 @@ Instance node(const std::string& name, std::uint64_t size, std::uint64_t used, V
                    {"Number", Value::uint32(7)},
                    {"Name", Value::string(name)},
                    {"Detail", Value::null(CMPI_string)},
-                   {"Trouble", size == 4 && used == 4 ? Value::string("Missing") : Value::null(CMPI_string)},
+                   {"Trouble", name == "leaf" ? Value::string("Missing") : Value::null(CMPI_string)},
                    {"SizeInSectors", Value::uint64(size)},
                    {"UsedInSectors", Value::uint64(used)},
                    {"Children", Value::array(CMPI_instance, std::move(children))}});
@@ -181,16 +181,16 @@ Instance node(const std::string& name, std::uint64_t size, std::uint64_t used, V
 TEST(Formatters, ShowATree) {
   const Instance root = node(
       "top", 2048, 1024,
-      {Value::instance(node("left", 4, 0, {Value::instance(node("leaf", 4, 4, {}))})),
+      {Value::instance(node("left", 4, 0, {Value::instance(node("leaf", 4, 12, {}))})),
        Value::instance(node("right", 0, 0, {}))});
   EXPECT_EQ(
       formatter("table")->tree({root}), "pool 7 top  1 MiB, 50% used\n"
                                         "├─ pool 7 left  2 KiB, 0% used\n"
-                                        "│ └─ pool 7 leaf (Missing)  2 KiB, 100% used\n"
+                                        "│ └─ pool 7 leaf (Missing)  2 KiB, 6 KiB used\n"
                                         "└─ pool 7 right  0 B\n");
   EXPECT_THAT(
       formatter("table", 80, true)->tree({root}),
-      HasSubstr("\n\033[31m│ └─ pool 7 leaf (Missing)  2 KiB, 100% used\033[0m\n└─ pool"));
+      HasSubstr("\n\033[31m│ └─ pool 7 leaf (Missing)  2 KiB, 6 KiB used\033[0m\n└─ pool"));
   const ordered_json parsed = ordered_json::parse(formatter("json")->tree({root}));
   EXPECT_EQ(parsed.at(0).at("Children").at(0).at("Children").at(0).at("Name"), "leaf");
   EXPECT_THAT(

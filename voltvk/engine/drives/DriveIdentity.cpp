@@ -49,7 +49,7 @@ std::string lastingPart(const std::string& directory, const std::string& name) {
 
 bool hasWwid(const DriveRecord& drive) {
   // Some drives report a WWID that consists of zeros.
-  const std::size_t number = drive.wwid.rfind('.') + 1;
+  const std::size_t number = drive.wwid.find('.') + 1;
   return drive.wwid.find_first_not_of('0', number) != std::string::npos;
 }
 
@@ -78,6 +78,10 @@ public:
     // A drive that was kept apart once is never mistaken again for the one that it resembles.
     pair(identityApart, [](const DriveRecord&, const DriveRecord&) { return true; });
     const auto identity = [](const DriveRecord& drive) { return drive.identity; };
+    // While a drive stays where it is, so does its device node.
+    pair(identity, [](const DriveRecord& row, const DriveRecord& drive) {
+      return row.name == drive.name && agree(row, drive);
+    });
     pair(identity, [](const DriveRecord& row, const DriveRecord& drive) {
       return row.serial == drive.serial && row.model == drive.model && row.sectors == drive.sectors;
     });

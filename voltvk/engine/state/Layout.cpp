@@ -6,8 +6,6 @@
 #include "voltvk/engine/state/StateFile.h"
 #include "voltvk/engine/state/Statement.h"
 
-#include <sqlite3.h>
-
 #include <string>
 
 namespace voltvk {
@@ -25,7 +23,7 @@ struct Table {
 // on the activity and not on the capacity.
 constexpr Table TABLES[] = {
     {"setting", R"sql((
-  name TEXT PRIMARY KEY, value INTEGER NOT NULL CHECK(value BETWEEN -1 AND 9223372036854775807)) WITHOUT ROWID)sql"},
+  name TEXT PRIMARY KEY, value INTEGER NOT NULL CHECK(value BETWEEN -1 AND 4611686018427387903)) WITHOUT ROWID)sql"},
     {"drive", R"sql((
   number INTEGER PRIMARY KEY CHECK(number BETWEEN 0 AND 255),
   identity TEXT NOT NULL UNIQUE, virtual INTEGER NOT NULL CHECK(virtual IN (0, 1)),
@@ -219,8 +217,8 @@ void Layout::upgrade(Connection& connection, std::int64_t from) {
   setVersion(connection);
   Statement dangling(connection, "PRAGMA foreign_key_check");
   if (dangling.step()) {
-    throw DatabaseError(
-        SQLITE_CORRUPT, "the table " + dangling.text(0) + " refers to a missing row of " + dangling.text(2));
+    throw DatabaseError::ofDamage(
+        "the table " + dangling.text(0) + " refers to a missing row of " + dangling.text(2));
   }
 }
 

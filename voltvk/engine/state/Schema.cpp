@@ -78,11 +78,24 @@ void upgrade(Connection& connection, const std::string& path) {
   }
 }
 
-void check(Connection& connection, const std::string& path) {
+std::int64_t versionOf(Connection& connection) {
+  return connection.number("PRAGMA user_version");
+}
+
+bool isEarlier(Connection& connection) {
+  const std::int64_t version = versionOf(connection);
+  return connection.number("PRAGMA application_id") == STATE_APPLICATION_ID && version > 0 &&
+         version < STATE_VERSION;
+}
+
+void checkVersion(Connection& connection, const std::string& path) {
   if (connection.number("PRAGMA application_id") != STATE_APPLICATION_ID ||
-      connection.number("PRAGMA user_version") != STATE_VERSION) {
+      versionOf(connection) != STATE_VERSION) {
     throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is not a state of this version" + ADVICE);
   }
+}
+
+void checkPages(Connection& connection, const std::string& path) {
   Statement query(connection, "PRAGMA quick_check(1)");
   if (!query.step() || query.text(0) != "ok") {
     throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is damaged" + ADVICE);
@@ -91,19 +104,38 @@ void check(Connection& connection, const std::string& path) {
 
 }  // namespace
 
-void Schema::establish(Connection& connection, const std::string& path) {
+void Schema::establish(Connection& connection, const std::string& path, bool check) {
   if (isEmpty(connection)) {
     makeTables(connection);
   }
-  const std::int64_t version = connection.number("PRAGMA user_version");
-  if (connection.number("PRAGMA application_id") == STATE_APPLICATION_ID && version > 0 &&
-      version < STATE_VERSION) {
+  if (check) {
+    connection.keepLogOnClose(true);  // the log says that the file has to be checked, also the next time
+    checkPages(connection, path);
+    connection.keepLogOnClose(false);
+  }
+  if (isEarlier(connection)) {
     upgrade(connection, path);
   }
-  check(connection, path);
+  checkVersion(connection, path);
   switchToWriteAheadLog(connection);
   connection.execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
                      "PRAGMA wal_autocheckpoint = 128; PRAGMA journal_size_limit = 1048576");
+  if (check) {
+    connection.emptyLog();  // nothing in it needs to be checked again
+  }
+}
+
+void Schema::accept(Connection& connection, const std::string& path, bool check) {
+  if (isEarlier(connection)) {
+    throw Refusal(
+        TVK_NO_DRIVER, "the state file " + path +
+                           " is of an earlier version and cannot be converted on a read-only file system; "
+                           "mount it with write access once, or use a copy");
+  }
+  checkVersion(connection, path);
+  if (check) {
+    checkPages(connection, path);
+  }
 }
 
 }  // namespace voltvk

@@ -1,10 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/SnapshotReader.h"
 
+#include "voltvk/engine/state/ConfigurationCheck.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/DatabaseError.h"
 #include "voltvk/engine/state/Statement.h"
 
+#include <algorithm>
+
 namespace voltvk {
+
+namespace {
+
+/**
+ * Whether the current one of some rows belongs to the object with an identifier. Both are read in ascending
+ * order of the identifiers, so a row that belongs to an earlier object belongs to none.
+ * @param more whether there is a current row
+ */
+bool isPartOf(std::int64_t id, const Statement& row, bool more) {
+  if (more && row.integer(0) < id) {
+    throw DatabaseError::ofDamage(
+        "a part of number " + row.text(0) + ", which does not exist, begins with " + row.text(1));
+  }
+  return more && row.integer(0) == id;
+}
+
+}  // namespace
 
 Configuration SnapshotReader::configuration() {
   Configuration configuration;
@@ -12,11 +33,29 @@ Configuration SnapshotReader::configuration() {
   configuration.pools = pools();
   configuration.volumes = volumes();
   configuration.faults = faults();
-  configuration.drivesLeftOut = static_cast<std::size_t>(
-      m_connection.number("SELECT value FROM setting WHERE name = 'drives_left_out'"));
-  configuration.policyRunning =
-      m_connection.number("SELECT value FROM setting WHERE name = 'policy_running'") != 0;
+  configuration.policyRunning = setting("policy_running") != 0;
+  setting("last_drive_number");
+  setting("last_virtual_drive");
+  configuration.drivesLeftOut =
+      static_cast<std::size_t>(std::max<std::int64_t>(setting("drives_left_out"), 0));
+  checkConfiguration(configuration);
   return configuration;
+}
+
+std::int64_t SnapshotReader::generation() {
+  return setting("generation");
+}
+
+std::int64_t SnapshotReader::setting(const char* name) {
+  constexpr std::int64_t LARGEST = INT64_MAX / 2;
+  Statement row(m_connection, "SELECT value FROM setting WHERE name = ?", std::string_view(name));
+  if (!row.step()) {
+    throw DatabaseError::ofDamage("the setting " + std::string(name) + " is missing");
+  }
+  if (row.integer(0) < -1 || row.integer(0) > LARGEST) {
+    throw DatabaseError::ofDamage("the setting " + std::string(name) + " is " + row.text(0));
+  }
+  return row.integer(0);
 }
 
 std::vector<DriveRecord> SnapshotReader::drives() {
@@ -66,11 +105,12 @@ std::vector<PoolRecord> SnapshotReader::pools() {
     pool.chunkSectors = rows.unsignedInteger(4);
     pool.chunks = rows.unsignedInteger(5);
     pool.internal = rows.integer(6) != 0;
-    for (; more && members.integer(0) == pool.id; more = members.step()) {
+    for (; isPartOf(pool.id, members, more); more = members.step()) {
       pool.members.push_back({members.as<std::uint16_t>(1), members.unsignedInteger(2)});
     }
     pools.push_back(std::move(pool));
   }
+  isPartOf(INT64_MAX, members, more);
   return pools;
 }
 
@@ -94,12 +134,13 @@ std::vector<VolumeRecord> SnapshotReader::volumes() {
     volume.ssdChunks = rows.unsignedInteger(6);
     volume.knob = rows.as<std::uint8_t>(7);
     volume.deviceNumber = rows.as<std::uint16_t>(8);
-    for (; more && extents.integer(0) == volume.id; more = extents.step()) {
+    for (; isPartOf(volume.id, extents, more); more = extents.step()) {
       volume.extents.push_back(
           {extents.as<std::uint32_t>(1), {extents.unsignedInteger(2), extents.unsignedInteger(3)}});
     }
     volumes.push_back(std::move(volume));
   }
+  isPartOf(INT64_MAX, extents, more);
   return volumes;
 }
 
