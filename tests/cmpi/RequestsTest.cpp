@@ -281,29 +281,5 @@ TEST_F(RequestsTest, AReasonGoesToTheObjectManagersLogAndToItsRequestAlone) {
   cim::adap::cmpi::logRefusalReason(reason, &silent);
 }
 
-// Whatever the object manager fails to do for a request, the request ends with an error, or with the
-// complete answer where only a release or a message was concerned.
-TEST_F(RequestsTest, WhicheverBrokerCallFailsTheRequestDoesNotAnswerLess) {
-  m_plugin.instances = {item("a", 1), item("b", 2)};
-  m_plugin.output.addArgument(scalar<std::string>("Text", PDT_STRING, "t"));
-  host::Arguments input;
-  input.add("Name", Value::string("x"));
-  const auto enumerate = [&] {
-    const host::InstancesOutcome outcome = m_provider->enumerateInstances(itemPath("x"));
-    return outcome.rc != CMPI_RC_OK || outcome.instances.size() == 2;
-  };
-  const auto invoke = [&] {
-    const host::MethodOutcome outcome = m_provider->invokeMethod(itemPath("x"), "Do", input);
-    return outcome.rc != CMPI_RC_OK ||
-           (outcome.returnValue == Value::uint32(0) && outcome.output.find("Text"));
-  };
-  for (const std::function<bool()>& complete :
-       {std::function<bool()>(enumerate), std::function<bool()>(invoke)}) {
-    failEveryCall(
-        m_broker, CMPI_RC_ERR_FAILED, complete, [&](const std::string&) { EXPECT_TRUE(complete()); });
-  }
-  m_broker.clearBreaches();  // a refused end mark is the object manager's doing here
-}
-
 }  // namespace
 }  // namespace tvp::test
