@@ -49,7 +49,7 @@ void invokeMethod(Tool& tool, const MethodOptions& options) {
   const MethodOutcome outcome = session.provider().invokeMethod(path, method.name, arguments);
   if (!outcome.ok()) {
     const std::string missing = missingArguments(method, arguments);
-    throw OperationError(describe(outcome), missing.empty() ? remarksOf(outcome) : missing);
+    throw OperationError(describe(outcome), missing.empty() ? hintOf(outcome) : missing);
   }
   tool.print(tool.formatter().record(answerOf(method.name, outcome)));
 }

@@ -4,11 +4,14 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <list>
 
 namespace tvp::test {
 namespace {
 
+using testing::AllOf;
+using testing::EndsWith;
 using testing::HasSubstr;
 
 constexpr std::uint64_t GIB = 2097152;  // sectors
@@ -78,6 +81,11 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
   EXPECT_EQ(answer({"volume", "stats", "records"}).at("WriteIO_Count"), 0);
 
   const Json member = answer({"pool", "members", "fast"}).at(0);
+  Json shown = fast;
+  shown["Members"] = Json::array({member});
+  EXPECT_EQ(answer({"pool", "show", "fast"}), shown);
+  EXPECT_THAT(tvpcim({"volume", "show", "records"}).out, HasSubstr("CAPACITY        11 GiB\n"));
+  EXPECT_EQ(answer({"volume", "list"}), answer({"volumes"}));
   EXPECT_EQ(member.at("DeviceNumber").dump(), m_ssd);
   EXPECT_EQ(answer({"volume", "members", "records"}).size(), 2U);
   const Json whole = answer({"tree"});
@@ -110,6 +118,7 @@ TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
   EXPECT_EQ(volume.at("CapacityInSectors"), 40 * GIB);
   EXPECT_EQ(volume.at("KnobSetting"), 3);
   EXPECT_EQ(answer({"pools"}).size(), 1U) << "the internal pool is not listed";
+  EXPECT_THAT(voltvkctl({"status"}), HasSubstr("\npools:    1 and 1 internal\nvolumes:  1\n"));
 
   voltvkctl({"io", "quick", "--writes", "20", "--hot", "100"});
   EXPECT_EQ(answer({"volume", "flush", "quick"}).at("RetStat"), 0);
@@ -151,12 +160,39 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
       {{"volume", "modify", "77", "--name", "x"}, "no volume has the number 77"},
       {{"volume", "delete", "77"}, "no volume has the number 77"},
   };
+  EXPECT_EQ(
+      findIn(Json::parse(voltvkctl({"drive", "list", "-o", "json"})), "number", std::stoi(m_hardDisk))
+          .at("obstacle"),
+      "belongs to pool 1 (slow)")
+      << "as the first hint says";
   const Json before = answer({"tree"});
   for (const auto& [words, hint] : cases) {
     SCOPED_TRACE(hint);
     EXPECT_THAT(hintOf(words), HasSubstr(hint));
   }
   EXPECT_EQ(answer({"tree"}), before);
+}
+
+TEST_F(TvpcimStorage, WhatIsNotFreeAndWhatIsInTroubleCanBeSeen) {
+  const std::filesystem::path machine = directory().path() / "machine";
+  std::filesystem::copy(
+      TVP_SOURCE_DIR "/tests/docs/machine", machine, std::filesystem::copy_options::recursive);
+  const auto shown = [&](const Words& words) {
+    return command("tvpcim", words).with("VOLTVK_HOST_ROOT", machine.string()).terminal(80).run().out;
+  };
+  shown({"pool", "create", "slow", "--drives", "/dev/sdb", "--size", "1GiB"});
+  shown({"volume", "create", "data", "--pool", "slow:1GiB"});
+  std::filesystem::remove_all(machine / "sys/block/sdb");
+  const std::string drives = shown({"drives"});
+  for (const char* text :
+       {"yes", "no: boots this machine", "no: belongs to a pool", " hidden, --wide shows them"}) {
+    EXPECT_THAT(drives, HasSubstr(text));
+  }
+  EXPECT_THAT(
+      shown({"tree"}),
+      AllOf(
+          HasSubstr("\033[33mvolume 1 data (Tiered, Degraded)"), HasSubstr(" slow (Hard Disk, Degraded)"),
+          HasSubstr("\033[31m  └─ drive "), HasSubstr("/dev/sdb (Hard Disk, Missing)")));
 }
 
 TEST_F(TvpcimStorage, ANumberIsAnIdentifierBeforeItIsAName) {
@@ -204,14 +240,33 @@ TEST_F(TvpcimStorage, SeveralCommandsAtOnceDoNotDisturbEachOther) {
   }
 }
 
-TEST_F(TvpcimStorage, AMissingDriverIsSaidAndAnEmptyAnswerStaysAnAnswer) {
+TEST_F(TvpcimStorage, AMissingDriverIsAFailureOfTheStorageVerbsAndANoteOfTheCimVerbs) {
+  const auto failsEverywhere = [&](const char* why) {
+    for (const Words& words : std::vector<Words>{
+             {"drives"},
+             {"pools", "-o", "json"},
+             {"volumes"},
+             {"identity"},
+             {"tree", "-o", "mof"},
+             {"pool", "members", "1"},
+             {"volume", "stats", "data"}}) {
+      const CommandResult result = tvpcim(words);
+      EXPECT_EQ(result.exitStatus, 1) << why << words[0];
+      EXPECT_EQ(result.out, "") << why << words[0];
+      EXPECT_THAT(
+          result.err, EndsWith(": no storage driver answers\ntvpcim: hint: 'voltvkctl status' shows why\n"));
+    }
+    const CommandResult cim = tvpcim({"ei", "TVP_LogicalDevice", "-o", "json"});
+    EXPECT_EQ(cim.exitStatus, 0) << why;
+    EXPECT_EQ(cim.out, "[]\n") << why;
+    EXPECT_EQ(cim.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' shows why\n") << why;
+  };
+  std::filesystem::rename(directory().file("state.db"), directory().file("kept.db"));
+  directory().write("state.db", std::string(200, 'x'));
+  failsEverywhere("unreadable");
+  std::filesystem::rename(directory().file("kept.db"), directory().file("state.db"));
   voltvkctl({"fault", "set", "driver-absent"});
-  for (const char* verb : {"drives", "pools", "volumes", "identity", "tree"}) {
-    const CommandResult result = tvpcim({verb, "-o", "json"});
-    EXPECT_EQ(result.exitStatus, 0) << verb;
-    EXPECT_EQ(result.out, "[]\n") << verb;
-    EXPECT_EQ(result.err, "tvpcim: note: no storage driver answers; 'voltvkctl status' shows why\n") << verb;
-  }
+  failsEverywhere("absent");
   EXPECT_THAT(hintOf({"pool", "delete", "1"}), HasSubstr("the driver is switched off by an injected fault"));
   voltvkctl({"fault", "clear"});
   voltvkctl({"fault", "set", "adapter-absent"});

@@ -29,6 +29,7 @@ std::vector<PolicyEngine::Moved> PolicyEngine::runRound() {
       continue;
     }
     const std::uint64_t chunks = moveChunks(volume);
+    age(volume);
     if (chunks > 0) {
       EventJournal(m_connection)
           .append(
@@ -41,7 +42,6 @@ std::vector<PolicyEngine::Moved> PolicyEngine::runRound() {
 }
 
 std::uint64_t PolicyEngine::moveChunks(const VolumeRecord& volume) {
-  age(volume);
   const std::vector<Candidate> hot = hottest(volume);
   std::uint64_t room = volume.isCached() ? freeCacheChunks(volume) : 0;
   const std::size_t needed = hot.size() - std::min<std::uint64_t>(room, hot.size());
@@ -67,9 +67,7 @@ std::uint64_t PolicyEngine::moveChunks(const VolumeRecord& volume) {
 }
 
 void PolicyEngine::age(const VolumeRecord& volume) {
-  Statement(
-      m_connection, "UPDATE chunk SET heat = heat / 2 WHERE volume = ? AND ssd = 1 AND heat > 0", volume.id)
-      .run();
+  Statement(m_connection, "UPDATE chunk SET heat = heat / 2 WHERE volume = ? AND heat > 0", volume.id).run();
   // A cold chunk in its original place needs no row.
   Statement(
       m_connection, "DELETE FROM chunk WHERE volume = ? AND heat = 0 AND ssd = (? = 0 AND number >= ?)",

@@ -15,8 +15,9 @@ class Connection;
  * Moves the most used chunks to the SSDs. Each round moves the hottest chunks of every volume that has both
  * kinds of pool, as many as its limits allow. A tiered volume exchanges them for colder ones; a cached one
  * copies them into its cache and, when that is full, drops colder ones, which are first written back if
- * dirty. Chunks on an SSD age: their heat halves every round, so chunks that are no longer used make room.
- * Works within the caller's transaction. Throws DatabaseError.
+ * dirty. All chunks age alike: at the end of a round their heat halves, so that chunks that are no longer
+ * used make room, and nothing moves while nothing is used. Works within the caller's transaction. Throws
+ * DatabaseError.
  */
 class PolicyEngine {
 public:

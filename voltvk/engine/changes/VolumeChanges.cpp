@@ -12,12 +12,28 @@
 #include "voltvk/engine/state/Statement.h"
 
 #include <algorithm>
+#include <set>
 
 namespace voltvk {
 
 VolumeRecord VolumeChanges::find(std::uint32_t volumeId) {
   const std::vector<VolumeRecord> volumes = SnapshotReader(m_connection).volumes();
   return VolumeRules({}, volumes).volume(volumeId);
+}
+
+std::uint16_t VolumeChanges::freeDeviceNumber(std::uint32_t volumeId) {
+  // The identifier, as long as it fits: clients see both.
+  constexpr std::uint32_t LARGEST = 0xFFFF;
+  std::set<std::uint32_t> taken;
+  Statement rows(m_connection, "SELECT device FROM volume WHERE id <> ?", volumeId);
+  while (rows.step()) {
+    taken.insert(rows.as<std::uint32_t>(0));
+  }
+  std::uint32_t number = (volumeId - 1) % LARGEST + 1;
+  while (taken.count(number) != 0) {
+    number = number % LARGEST + 1;
+  }
+  return static_cast<std::uint16_t>(number);
 }
 
 std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
@@ -29,6 +45,7 @@ std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
       volume.knob)
       .run();
   const auto id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
+  Statement(m_connection, "UPDATE volume SET device = ? WHERE id = ?", freeDeviceNumber(id), id).run();
   Statement extent(
       m_connection, "INSERT INTO volume_extent(volume, position, pool, first, chunks) VALUES(?, ?, ?, ?, ?)");
   for (std::size_t position = 0; position < volume.extents.size(); ++position) {
@@ -47,7 +64,10 @@ std::uint32_t VolumeChanges::create(const VirtualVolumeSpec& spec) {
   SnapshotReader reader(m_connection);
   const std::vector<PoolRecord> pools = reader.pools();
   const std::vector<VolumeRecord> volumes = reader.volumes();
-  return insert(VolumeRules(pools, volumes).creation(spec));
+  const VolumeRules rules(pools, volumes);
+  const VolumeRecord volume = rules.creation(spec);
+  rules.checkHealth(volume, Health(reader.drives(), pools, volumes));
+  return insert(volume);
 }
 
 std::uint32_t VolumeChanges::createCachedDrive(
@@ -58,7 +78,10 @@ std::uint32_t VolumeChanges::createCachedDrive(
   const std::vector<PoolRecord> pools = reader.pools();
   const std::vector<VolumeRecord> volumes = reader.volumes();
   const VirtualPoolEntry cache{ssdPool.poolId, ssdPool.capacityInSectors};
-  return insert(VolumeRules(pools, volumes).cachedDrive(volume, hddPool.poolId, cache));
+  const VolumeRules rules(pools, volumes);
+  const VolumeRecord made = rules.cachedDrive(volume, hddPool.poolId, cache);
+  rules.checkHealth(made, Health(reader.drives(), pools, volumes));
+  return insert(made);
 }
 
 void VolumeChanges::modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec) {

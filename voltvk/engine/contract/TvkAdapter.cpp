@@ -47,11 +47,7 @@ Ret change(const TvkAdapter& adapter, const char* name, const Work& work, const 
 /** The same for changes that use drives, which are decided by what the machine has now. */
 Ret changeWithDrives(
     const TvkAdapter& adapter, const char* name, const Work& work, const Work& reportFailure) {
-  const auto scanAndChange = [&](State& state) {
-    state.scanDrives();
-    state.change(work);
-  };
-  return run(adapter, {name, true, scanAndChange, reportFailure});
+  return run(adapter, {name, true, [&](State& state) { state.changeWithDrives(work); }, reportFailure});
 }
 
 /** True for the hard-disk side of a cached drive. */
@@ -109,7 +105,7 @@ Ret TvkAdapter::deleteVirtualPool(std::uint32_t poolId) {
 
 Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
   std::uint32_t id = TVK_NO_ID;
-  const Ret ret = change(
+  const Ret ret = changeWithDrives(
       *this, operations::createVirtualVolume,
       [&](Connection& connection) { id = VolumeChanges(connection).create(spec); },
       [&](Connection& connection) { VolumeChanges(connection).reportCreationFailed(spec); });

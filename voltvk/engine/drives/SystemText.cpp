@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <memory>
 
 #include <dirent.h>
@@ -50,6 +51,11 @@ std::string pathOf(const std::string& directory, const std::string& name) {
   path += '/';
   path += name;
   return path;
+}
+
+std::string realPath(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
+  return real == nullptr ? "" : real.get();
 }
 
 std::string baseName(const std::string& path) {

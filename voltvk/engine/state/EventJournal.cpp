@@ -34,12 +34,13 @@ std::string fill(const std::string& text, std::initializer_list<std::string> arg
 
 VolEvent readEvent(const Statement& row) {
   VolEvent event;
-  event.id = row.as<std::uint32_t>(0);
-  event.time = row.as<std::uint32_t>(1);
-  event.code = row.as<std::uint32_t>(2);
-  event.type = row.as<std::uint32_t>(3);
-  tvkSetText(event.description, sizeof event.description, row.text(4).c_str());
-  event.actionId = row.as<std::uint32_t>(5);
+  // A damaged event must not keep those after it from being read, so any number will do.
+  event.id = static_cast<std::uint32_t>(row.integer(0));
+  event.time = static_cast<std::uint32_t>(row.integer(1));
+  event.code = static_cast<std::uint32_t>(row.integer(2));
+  event.type = static_cast<std::uint32_t>(row.integer(3));
+  tvkSetText(event.description, sizeof event.description, cleanText(row.text(4)).c_str());
+  event.actionId = static_cast<std::uint32_t>(row.integer(5));
   return event;
 }
 

@@ -1,10 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/SnapshotReader.h"
 
+#include "voltvk/engine/state/ConfigurationCheck.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/DatabaseError.h"
 #include "voltvk/engine/state/Statement.h"
 
+#include <algorithm>
+
 namespace voltvk {
+
+namespace {
+
+/**
+ * Whether the current one of some rows belongs to the object with an identifier. Both are read in ascending
+ * order of the identifiers, so a row that belongs to an earlier object belongs to none.
+ * @param more whether there is a current row
+ */
+bool isPartOf(std::int64_t id, const Statement& row, bool more) {
+  if (more && row.integer(0) < id) {
+    throw DatabaseError::ofDamage(
+        "a part of number " + row.text(0) + ", which does not exist, begins with " + row.text(1));
+  }
+  return more && row.integer(0) == id;
+}
+
+}  // namespace
 
 Configuration SnapshotReader::configuration() {
   Configuration configuration;
@@ -12,16 +33,36 @@ Configuration SnapshotReader::configuration() {
   configuration.pools = pools();
   configuration.volumes = volumes();
   configuration.faults = faults();
-  configuration.policyRunning =
-      m_connection.number("SELECT value FROM setting WHERE name = 'policy_running'") != 0;
+  configuration.policyRunning = setting("policy_running") != 0;
+  setting("last_drive_number");
+  setting("last_virtual_drive");
+  configuration.drivesLeftOut =
+      static_cast<std::size_t>(std::max<std::int64_t>(setting("drives_left_out"), 0));
+  checkConfiguration(configuration);
   return configuration;
+}
+
+std::int64_t SnapshotReader::generation() {
+  return setting("generation");
+}
+
+std::int64_t SnapshotReader::setting(const char* name) {
+  constexpr std::int64_t LARGEST = INT64_MAX / 2;
+  Statement row(m_connection, "SELECT value FROM setting WHERE name = ?", std::string_view(name));
+  if (!row.step()) {
+    throw DatabaseError::ofDamage("the setting " + std::string(name) + " is missing");
+  }
+  if (row.integer(0) < -1 || row.integer(0) > LARGEST) {
+    throw DatabaseError::ofDamage("the setting " + std::string(name) + " is " + row.text(0));
+  }
+  return row.integer(0);
 }
 
 std::vector<DriveRecord> SnapshotReader::drives() {
   std::vector<DriveRecord> drives;
   Statement rows(
       m_connection, "SELECT number, identity, virtual, present, name, serial, wwid, vendor, model,"
-                    " sectors, type, interface, removable, bootable, partitioned, mounted"
+                    " sectors, type, interface, removable, bootable, partitioned, mounted, read_only, use"
                     " FROM drive ORDER BY number");
   while (rows.step()) {
     DriveRecord drive;
@@ -41,6 +82,8 @@ std::vector<DriveRecord> SnapshotReader::drives() {
     drive.bootable = rows.integer(13) != 0;
     drive.partitioned = rows.integer(14) != 0;
     drive.mounted = rows.integer(15) != 0;
+    drive.readOnly = rows.integer(16) != 0;
+    drive.use = rows.text(17);
     drives.push_back(std::move(drive));
   }
   return drives;
@@ -62,18 +105,19 @@ std::vector<PoolRecord> SnapshotReader::pools() {
     pool.chunkSectors = rows.unsignedInteger(4);
     pool.chunks = rows.unsignedInteger(5);
     pool.internal = rows.integer(6) != 0;
-    for (; more && members.integer(0) == pool.id; more = members.step()) {
+    for (; isPartOf(pool.id, members, more); more = members.step()) {
       pool.members.push_back({members.as<std::uint16_t>(1), members.unsignedInteger(2)});
     }
     pools.push_back(std::move(pool));
   }
+  isPartOf(INT64_MAX, members, more);
   return pools;
 }
 
 std::vector<VolumeRecord> SnapshotReader::volumes() {
   std::vector<VolumeRecord> volumes;
   Statement rows(
-      m_connection, "SELECT id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob"
+      m_connection, "SELECT id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"
                     " FROM volume ORDER BY id");
   Statement extents(
       m_connection, "SELECT volume, pool, first, chunks FROM volume_extent"
@@ -89,12 +133,14 @@ std::vector<VolumeRecord> SnapshotReader::volumes() {
     volume.hddChunks = rows.unsignedInteger(5);
     volume.ssdChunks = rows.unsignedInteger(6);
     volume.knob = rows.as<std::uint8_t>(7);
-    for (; more && extents.integer(0) == volume.id; more = extents.step()) {
+    volume.deviceNumber = rows.as<std::uint16_t>(8);
+    for (; isPartOf(volume.id, extents, more); more = extents.step()) {
       volume.extents.push_back(
           {extents.as<std::uint32_t>(1), {extents.unsignedInteger(2), extents.unsignedInteger(3)}});
     }
     volumes.push_back(std::move(volume));
   }
+  isPartOf(INT64_MAX, extents, more);
   return volumes;
 }
 
