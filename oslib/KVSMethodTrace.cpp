@@ -4,11 +4,12 @@
 #include "oslib/KVSLog.h"
 
 #include <array>
+#include <string_view>
 
 namespace tvp::cim::fwf {
 
 void traceParts(std::initializer_list<std::string_view> parts) noexcept {
-  std::array<char, 256> text{};
+  std::array<char, TRACE_SIZE> text{};
   std::size_t length = 0;
   for (const std::string_view part : parts) {
     length += part.copy(text.data() + length, text.size() - 1 - length);
@@ -16,13 +17,14 @@ void traceParts(std::initializer_list<std::string_view> parts) noexcept {
   KvsTrace(text.data());
 }
 
-tvpMethodTrace::tvpMethodTrace(const char* method) : m_method(method == nullptr ? "" : method) {
-  traceParts({"ENTER : ", m_method});
+tvpMethodTrace::tvpMethodTrace(const char* method) noexcept {
+  std::string_view(method == nullptr ? "" : method).copy(m_method.data(), m_method.size() - 1);
+  traceParts({"ENTER : ", m_method.data()});
 }
 
 tvpMethodTrace::~tvpMethodTrace() {
   // COMPAT: two blanks after EXIT align the colons of a pair of lines; logs are searched for them.
-  traceParts({"EXIT  : ", m_method});
+  traceParts({"EXIT  : ", m_method.data()});
 }
 
 }  // namespace tvp::cim::fwf

@@ -2,11 +2,15 @@
 #ifndef OSLIB_KVSMETHODTRACE_H
 #define OSLIB_KVSMETHODTRACE_H
 
+#include <array>
+#include <cstddef>
 #include <initializer_list>
-#include <string>
 #include <string_view>
 
 namespace tvp::cim::fwf {
+
+/** Size of the text of a trace line, with its terminating NUL. */
+inline constexpr std::size_t TRACE_SIZE = 256;
 
 /**
  * Writes one trace line composed of parts, such as {"Entering FrameworkFacade ", name, "()"}. Texts over 255
@@ -16,18 +20,19 @@ void traceParts(std::initializer_list<std::string_view> parts) noexcept;
 
 /**
  * Brackets a scope with two trace lines, "ENTER : name" and "EXIT  : name"; the latter also when the scope is
- * left by an exception. Texts over 255 bytes are truncated.
+ * left by an exception. Texts over 255 bytes are truncated. Does not allocate or throw: destructors use it.
  */
 class tvpMethodTrace {
 public:
-  explicit tvpMethodTrace(const char* method);
+  /** @param method copied; null is the same as empty */
+  explicit tvpMethodTrace(const char* method) noexcept;
   ~tvpMethodTrace();
 
   tvpMethodTrace(const tvpMethodTrace&) = delete;
   tvpMethodTrace& operator=(const tvpMethodTrace&) = delete;
 
 private:
-  std::string m_method;
+  std::array<char, TRACE_SIZE> m_method{};
 };
 
 }  // namespace tvp::cim::fwf

@@ -18,7 +18,7 @@ Connection::Connection(const std::string& path) {
       path.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
   m_handle.reset(handle);
   if (code != SQLITE_OK) {
-    throw DatabaseError(code & 0xff, handle == nullptr ? "out of memory" : sqlite3_errmsg(handle));
+    throwDatabaseError(handle == nullptr ? SQLITE_NOMEM : code, sqlite3_errmsg(handle));
   }
   sqlite3_busy_timeout(handle, static_cast<int>(BUSY_TIMEOUT.count()));
 }
@@ -26,7 +26,7 @@ Connection::Connection(const std::string& path) {
 void Connection::execute(const char* sql) {
   int code = sqlite3_exec(m_handle.get(), sql, nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) {
-    throw DatabaseError(code & 0xff, sqlite3_errmsg(m_handle.get()));
+    throwDatabaseError(code, sqlite3_errmsg(m_handle.get()));
   }
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/DatabaseError.h"
 
+#include <new>
+
 #include <sqlite3.h>
 
 namespace voltvk {
@@ -27,6 +29,14 @@ const char* DatabaseError::advice() const {
   const bool damaged = m_code == SQLITE_CORRUPT || m_code == SQLITE_NOTADB;
   return damaged ? "restore it from a backup, or move it away to start with an empty one"
                  : "see that its disk works and has room, and that it and the files beside it can be written";
+}
+
+void throwDatabaseError(int code, const char* text) {
+  constexpr int PRIMARY_CODE = 0xff;
+  if ((code & PRIMARY_CODE) == SQLITE_NOMEM) {
+    throw std::bad_alloc();
+  }
+  throw DatabaseError(code & PRIMARY_CODE, text == nullptr ? "" : text);
 }
 
 }  // namespace voltvk

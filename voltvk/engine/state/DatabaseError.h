@@ -24,6 +24,14 @@ private:
   int m_code;
 };
 
+/**
+ * Reports a failed call of SQLite.
+ * @param code any result code but success
+ * @param text SQLite's sentence; null is allowed
+ * @throws std::bad_alloc if memory ran out, DatabaseError otherwise
+ */
+[[noreturn]] void throwDatabaseError(int code, const char* text);
+
 }  // namespace voltvk
 
 #endif

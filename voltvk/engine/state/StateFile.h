@@ -5,7 +5,7 @@
 #include "voltvk/engine/state/FileDescriptor.h"
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 
 #include <sys/types.h>
@@ -60,7 +60,7 @@ private:
   [[noreturn]] void refuse(const std::string& what, const std::string& advice) const;
 
   std::string m_path;
-  std::unique_ptr<FileDescriptor> m_file;
+  std::optional<FileDescriptor> m_file;
   dev_t m_device = 0;
   ino_t m_inode = 0;
 };

@@ -3,8 +3,8 @@
  * Defines the global allocation operators of a module by the convention of Allocation.h. Included by exactly
  * one source of the module, after it has defined
  *   extern "C" void MODULE_RELEASE(void* field);
- * and VOLTVK_MODULE_RELEASE as that function's name. operator new returns null on allocation failure, so the
- * module is compiled with -fcheck-new.
+ * and VOLTVK_MODULE_RELEASE as that function's name. On allocation failure the plain operator new throws
+ * std::bad_alloc, since containers write through what it returns; the nothrow form returns null.
  */
 #ifndef VOLTVK_INCLUDE_VOLTVK_ALLOCATIONOPERATORS_H
 #define VOLTVK_INCLUDE_VOLTVK_ALLOCATIONOPERATORS_H
@@ -15,7 +15,11 @@
 
 // NOLINTBEGIN(misc-definitions-in-headers): exactly one source of each module includes this file, once.
 void* operator new(std::size_t size) {
-  return voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
+  void* block = voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
+  if (block == nullptr) {
+    throw std::bad_alloc();
+  }
+  return block;
 }
 void* operator new[](std::size_t size) {
   return operator new(size);
