@@ -14,9 +14,19 @@
 #include <new>
 
 // NOLINTBEGIN(misc-definitions-in-headers): exactly one source of each module includes this file, once.
+
+/**
+ * Has the loader place everything that the module keeps per thread into the threads' static area, because one
+ * such variable is accessed by the initial-exec model. Otherwise the C library would allocate the state of
+ * the module's exceptions when a thread first throws one, and would end the process if there is no memory for
+ * it: std::bad_alloc could not be thrown.
+ */
+[[gnu::tls_model("initial-exec")]] thread_local bool voltvkMemoryRanOut = false;
+
 void* operator new(std::size_t size) {
   void* block = voltvkAllocate(size, VOLTVK_MODULE_RELEASE);
   if (block == nullptr) {
+    voltvkMemoryRanOut = true;
     throw std::bad_alloc();
   }
   return block;
