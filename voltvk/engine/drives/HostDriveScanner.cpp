@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstdlib>
 #include <set>
 
@@ -45,10 +46,8 @@ std::string firstText(const std::string& directory, std::initializer_list<const 
 }
 
 std::string linkTarget(const std::string& path) {
-  char* real = realpath(path.c_str(), nullptr);
-  std::string target = real == nullptr ? "" : real;
-  std::free(real);
-  return target;
+  std::array<char, PATH_MAX> real{};
+  return realpath(path.c_str(), real.data()) == nullptr ? "" : real.data();
 }
 
 /** SCSI drives report their serial number in a binary page: 4 bytes of header, then the text. */

@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <memory>
+#include <new>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -31,6 +33,9 @@ std::string readSystemText(const std::string& path) {
 std::vector<std::string> listDirectory(const std::string& path) {
   std::vector<std::string> names;
   std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
+  if (directory == nullptr && errno == ENOMEM) {
+    throw std::bad_alloc();  // an empty list would mean that the drives are gone
+  }
   while (directory != nullptr) {
     const dirent* entry = readdir(directory.get());
     if (entry == nullptr) {

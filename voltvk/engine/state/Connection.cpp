@@ -8,6 +8,16 @@
 
 namespace voltvk {
 
+namespace {
+
+constexpr const char* FULL_DURABILITY = "PRAGMA synchronous = FULL";
+
+}  // namespace
+
+void Connection::Finalizer::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
 void Connection::Closer::operator()(sqlite3* handle) const {
   sqlite3_close_v2(handle);
 }
@@ -18,21 +28,60 @@ Connection::Connection(const std::string& path) {
       path.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
   m_handle.reset(handle);
   if (code != SQLITE_OK) {
-    throwDatabaseError(handle == nullptr ? SQLITE_NOMEM : code, sqlite3_errmsg(handle));
+    throwDatabaseError(handle, code);
   }
   sqlite3_busy_timeout(handle, static_cast<int>(BUSY_TIMEOUT.count()));
+  sqlite3_stmt* rollback = nullptr;
+  code = sqlite3_prepare_v3(handle, "ROLLBACK", -1, SQLITE_PREPARE_PERSISTENT, &rollback, nullptr);
+  m_rollback.reset(rollback);
+  if (code != SQLITE_OK) {
+    throwDatabaseError(handle, code);
+  }
 }
 
 void Connection::execute(const char* sql) {
   int code = sqlite3_exec(m_handle.get(), sql, nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) {
-    throwDatabaseError(code, sqlite3_errmsg(m_handle.get()));
+    throwDatabaseError(m_handle.get(), code);
   }
 }
 
 std::int64_t Connection::number(const char* sql) {
   Statement query(*this, sql);
   return query.step() ? query.integer(0) : 0;
+}
+
+bool Connection::isInTransaction() const {
+  return sqlite3_get_autocommit(m_handle.get()) == 0;
+}
+
+void Connection::rollBack() noexcept {
+  // An error that ends the transaction by itself leaves nothing to roll back.
+  if (isInTransaction()) {
+    sqlite3_step(m_rollback.get());
+    sqlite3_reset(m_rollback.get());
+  }
+}
+
+void Connection::settle() {
+  if (isInTransaction()) {
+    execute("ROLLBACK");
+  }
+  if (m_isLessDurable && !m_isHasty) {
+    execute(FULL_DURABILITY);
+    m_isLessDurable = false;
+  }
+}
+
+void Connection::dropDurability() noexcept {
+  m_isHasty = true;
+  m_isLessDurable = true;
+  sqlite3_exec(m_handle.get(), "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+}
+
+void Connection::restoreDurability() noexcept {
+  m_isHasty = false;
+  m_isLessDurable = sqlite3_exec(m_handle.get(), FULL_DURABILITY, nullptr, nullptr, nullptr) != SQLITE_OK;
 }
 
 std::int64_t Connection::lastInsertedId() const {
@@ -46,13 +95,13 @@ int Connection::changes() const {
 Transaction::Transaction(Connection& connection, Kind kind) : m_connection(connection) {
   // Taking the write lock at the beginning rules out a deadlock with another process, and the data on which
   // the change is decided cannot be outdated by the time it is written.
+  connection.settle();
   connection.execute(kind == Kind::Change ? "BEGIN IMMEDIATE" : "BEGIN");
 }
 
 Transaction::~Transaction() {
   if (m_open) {
-    // An error that ends the transaction by itself leaves nothing to roll back; it is over either way.
-    sqlite3_exec(m_connection.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    m_connection.rollBack();
   }
 }
 
@@ -63,11 +112,11 @@ void Transaction::commit() {
 
 HasteGuard::HasteGuard(Connection& connection) : m_connection(connection) {
   sqlite3_busy_timeout(connection.handle(), 0);
-  sqlite3_exec(connection.handle(), "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+  connection.dropDurability();
 }
 
 HasteGuard::~HasteGuard() {
-  sqlite3_exec(m_connection.handle(), "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr);
+  m_connection.restoreDurability();
   sqlite3_busy_timeout(m_connection.handle(), static_cast<int>(BUSY_TIMEOUT.count()));
 }
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/DatabaseError.h"
 
-#include <new>
-
 #include <sqlite3.h>
+
+#include <new>
 
 namespace voltvk {
 
@@ -31,12 +31,13 @@ const char* DatabaseError::advice() const {
                  : "see that its disk works and has room, and that it and the files beside it can be written";
 }
 
-void throwDatabaseError(int code, const char* text) {
+void throwDatabaseError(sqlite3* connection, int code) {
   constexpr int PRIMARY_CODE = 0xff;
-  if ((code & PRIMARY_CODE) == SQLITE_NOMEM) {
+  if (connection == nullptr || (code & PRIMARY_CODE) == SQLITE_NOMEM ||
+      sqlite3_extended_errcode(connection) == SQLITE_IOERR_NOMEM) {
     throw std::bad_alloc();
   }
-  throw DatabaseError(code & PRIMARY_CODE, text == nullptr ? "" : text);
+  throw DatabaseError(code & PRIMARY_CODE, sqlite3_errmsg(connection));
 }
 
 }  // namespace voltvk

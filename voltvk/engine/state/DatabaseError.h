@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+struct sqlite3;
+
 namespace voltvk {
 
 /** An error reported by SQLite. */
@@ -25,12 +27,12 @@ private:
 };
 
 /**
- * Reports a failed call of SQLite.
+ * Reports the latest call on a connection, which failed.
+ * @param connection null if there was not even memory for it
  * @param code any result code but success
- * @param text SQLite's sentence; null is allowed
- * @throws std::bad_alloc if memory ran out, DatabaseError otherwise
+ * @throws std::bad_alloc if memory ran out, DatabaseError with SQLite's sentence otherwise
  */
-[[noreturn]] void throwDatabaseError(int code, const char* text);
+[[noreturn]] void throwDatabaseError(sqlite3* connection, int code);
 
 }  // namespace voltvk
 

@@ -22,7 +22,7 @@ Statement::Statement(Connection& connection, const char* sql, Unbound) : m_conne
 }
 
 void Statement::fail(int code) const {
-  throwDatabaseError(code, sqlite3_errmsg(m_connection.handle()));
+  throwDatabaseError(m_connection.handle(), code);
 }
 
 void Statement::bindInteger(std::int64_t value) {
