@@ -63,7 +63,7 @@ private:
     std::array<std::uint64_t, 3> used;
   };
   static constexpr std::array<Resource, 3> RESOURCES = {
-      Resource{"bytes of memory", 1048576, 16}, {"descriptors", 2, 0}, {"threads", 2, 0}};
+      Resource{"bytes of memory", 524288, 16}, {"descriptors", 2, 0}, {"threads", 2, 0}};
   static constexpr std::uint64_t ENOUGH_REQUESTS = 2000;
 
   static std::uint64_t entriesOf(const char* directory) {
