@@ -137,6 +137,7 @@ TEST(FrameworkFacade, ReturnsNoAssociationsOfAnInstancePlugin) {
 
 TEST(FrameworkFacade, LogsWhatAssociatorsAreAskedFor) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
+  ASSERT_TRUE(facade->initialize());
   LogCapture log;
   CIMObjectPath path = tvp::test::fixturePath("TEST_Shelf", "A");
   std::string assocClass = "TEST_Contains";
