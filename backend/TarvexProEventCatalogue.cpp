@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <optional>
 
 #include <sys/stat.h>
@@ -228,6 +229,8 @@ void TvproEventManager::rephraseEventDescription(
     if (rule != std::end(RULES)) {
       rewriteArguments(*rule, args, skip);
     }
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (...) {
     KvsLogMsg(
         KVS_LOG_ERROR,

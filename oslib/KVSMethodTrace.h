@@ -2,6 +2,8 @@
 #ifndef OSLIB_KVSMETHODTRACE_H
 #define OSLIB_KVSMETHODTRACE_H
 
+#include <array>
+#include <cstddef>
 #include <initializer_list>
 #include <string_view>
 
@@ -16,7 +18,7 @@ void traceParts(std::initializer_list<std::string_view> parts) noexcept;
 
 /**
  * Brackets a scope with two trace lines, "ENTER : name" and "EXIT  : name"; the latter also when the scope is
- * left by an exception. Texts over 255 bytes are truncated.
+ * left by an exception. Texts over 255 bytes are truncated. Does not allocate or throw: destructors use it.
  */
 class tvpMethodTrace {
 public:

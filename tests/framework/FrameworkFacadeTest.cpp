@@ -135,6 +135,7 @@ TEST(FrameworkFacade, ReturnsNoAssociationsOfAnInstancePlugin) {
 
 TEST(FrameworkFacade, LogsWhatAssociatorsAreAskedFor) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
+  ASSERT_TRUE(facade->initialize());
   LogCapture log;
   CIMObjectPath path = fixturePath("TEST_Shelf", "A");
   std::string assocClass = "TEST_Contains";

@@ -374,7 +374,7 @@ TEST_F(HostDrivesTest, ThePoolsTierLevelFollowsTheKindOfItsDrive) {
 TEST_F(HostDrivesTest, ARefreshFindsNewDrives) {
   EXPECT_EQ(drives().size(), 0U);
   plainDrive("sda");
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
   while (drives().size() == 0 && std::chrono::steady_clock::now() < end) {
     m_lib->refreshConfiguration();
   }

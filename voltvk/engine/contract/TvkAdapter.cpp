@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace operations = voltvk::operations;
 
@@ -31,6 +32,8 @@ Ret run(const TvkAdapter& adapter, const Operation& operation) {
   std::shared_ptr<State> state;
   try {
     state = voltvk::stateOf(adapter);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& exception) {
     return Ret(TVK_INTERNAL, exception.what());
   }

@@ -153,11 +153,14 @@ DeviceUse::mountedDevices(const std::string& number, const std::string& sources)
 
 void DeviceUse::readMounts(const std::string& mountInfo) {
   std::istringstream table(readSystemFile(mountInfo));
+  table.exceptions(
+      std::ios::badbit);  // without memory, a mount that is left out would make its drive look free
   std::string line;
   std::vector<std::string> rootDevices;
   while (std::getline(table, line)) {
     // Number, parent, major:minor, root, mount point, options, optional fields, "-", type, source.
     std::istringstream fields(line);
+    fields.exceptions(std::ios::badbit);
     std::string number;
     std::string ignored;
     std::string point;
@@ -181,10 +184,12 @@ void DeviceUse::readMounts(const std::string& mountInfo) {
 
 void DeviceUse::readSwaps(const std::string& swaps) {
   std::istringstream table(readSystemFile(swaps));
+  table.exceptions(std::ios::badbit);
   std::string line;
   std::getline(table, line);  // skip the heading
   while (std::getline(table, line)) {
     std::istringstream fields(line);
+    fields.exceptions(std::ios::badbit);
     std::string source;
     fields >> source;
     if (source.rfind(NODES, 0) == 0) {

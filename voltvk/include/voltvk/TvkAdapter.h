@@ -39,7 +39,7 @@ struct TvkAdapterIdentity {
  * Every operation may be called from any thread and from several processes on the same state. A change is
  * atomic. A refusal changes nothing and has its own TvkStatus; besides those named, every operation can
  * return TVK_NO_DRIVER, TVK_NO_ADAPTER, TVK_INTERNAL and TVK_BUSY. With an injected fault an operation may
- * throw std::runtime_error.
+ * throw std::runtime_error; on allocation failure every function of the library throws std::bad_alloc.
  *
  * An adapter constructed by a caller works on the same state as the library's own.
  */
