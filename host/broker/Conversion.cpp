@@ -81,6 +81,11 @@ CMPIData toCmpi(const Call& call, const Value& value) {
   CMPIData data{};
   data.type = value.type();
   data.state = value.state();
+  if (call.broker().options().manager == ObjectManager::Sfcb && value.isArray() && !value.isNull() &&
+      value.asArray().empty()) {
+    data.state = CMPI_nullValue;
+    return data;
+  }
   if (value.isNull()) {
     return data;
   }
