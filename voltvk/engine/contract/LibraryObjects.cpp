@@ -51,7 +51,7 @@ bool LibraryRoot::isPolicyEngineRunning() {
       m_policyRunning = false;
     }
   } catch (const std::exception&) {
-    return false;
+    // Nor is anything else that keeps the state from being read for once.
   }
   return m_policyRunning;
 }
