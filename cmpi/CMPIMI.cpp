@@ -82,12 +82,12 @@ CMPIStatus withoutThrowing(Work work) noexcept {
 
 template <typename Operation, typename... Arguments>
 CMPIStatus callAdapter(const FunctionNames& names, Operation operation, Arguments... arguments) {
+  CMPIAdapter* adapter = CMPIAdapter::getInstance();
+  if (adapter == nullptr) {
+    KvsLogMsg(KVS_LOG_FATAL, "%s", NO_ADAPTER);
+    return CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(NO_ADAPTER)};
+  }
   const CMPIStatus status = withoutThrowing([&] {
-    CMPIAdapter* adapter = CMPIAdapter::getInstance();
-    if (adapter == nullptr) {
-      KvsLogMsg(KVS_LOG_FATAL, "%s", NO_ADAPTER);
-      return CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(NO_ADAPTER)};
-    }
     CMPIStatus answer{CMPI_RC_OK, nullptr};
     (adapter->*operation)(arguments..., entryBroker(), &answer);
     return answer;

@@ -125,6 +125,7 @@ protected:
   }
 
   void TearDown() override {
+    m_broker.reportLeaks();
     for (const host::Breach& breach : m_broker.breaches()) {
       ADD_FAILURE() << "breach: " << breach.text;
     }

@@ -3,6 +3,7 @@
 #include "CIM/Framework/Subscription.h"
 #include "CmpiTest.h"
 #include "cmpi/CMPIAdapter.h"
+#include "cmpimacs.h"
 
 #include <atomic>
 #include <thread>
@@ -108,6 +109,7 @@ TEST_P(DeliveryTo, LeavesNothingBehindWhicheverCallFails) {
           },
           how);
     }
+    CBDetachThread(m_broker.cmpi(), CMPIAdapter::getInstance()->getThreadContext());
   }).join();
 }
 
