@@ -60,7 +60,8 @@ enum class ObjectManager {
    */
   OpenPegasus,
   /**
-   * "RequestHandler". Its statuses have no messages. An empty array arrives as a null value. With
+   * "RequestHandler". Its statuses have no messages. An empty array arrives as a null value of no
+   * element type. With
    * authentication off, that is, without a principal's text, that text is a string with a null handle, and
    * the owner of a filter is null. A property list that the client left out is null. A creation must return a
    * path. What it makes itself while delivering is only freed by its memory functions. Providers are cleaned
