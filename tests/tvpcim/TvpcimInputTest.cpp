@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <filesystem>
 
 namespace tvp::test {
@@ -17,6 +18,10 @@ class TvpcimInput : public TvpcimTest {};
 TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
   const std::string brokenSchema = directory().write("broken.mof", "class TVP_A {\n  uint32 X\n};\n");
   const std::string path = "TVP_VirtualPool.Name=\"x\"";
+  // SFCB passes on that the client sent no list of properties, which is refused before all else.
+  const char* manager = std::getenv("TVP_OBJECT_MANAGER");
+  const bool modified = manager == nullptr || std::string(manager) != "sfcb";
+  const char* invalid = "CIM_ERR_INVALID_PARAMETER: The input parameters are invalid";
   const struct {
     Words words;
     int status;
@@ -51,10 +56,10 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
       {{"pool", "delete", "gold"}, 1, "CIM_ERR_NOT_FOUND: there is no pool 'gold'; see 'tvpcim pools'"},
       {{"volume", "create", "v", "--pool", "gold"}, 2, "--pool takes NAME_OR_ID:SIZE"},
       {{"volume", "stats", "7"}, 1, "tvpcim: hint: no volume has the number 7"},
-      {{"mi", path, "Description=d"}, 1, "tvpcim: mi: CIM_ERR_NOT_SUPPORTED: "},
+      {{"mi", path, "Description=d"}, 1, modified ? "tvpcim: mi: CIM_ERR_NOT_SUPPORTED: " : invalid},
       {{"mi", path, "Description=d", "--user", "nobody"},
        1,
-       "CIM_ERR_ACCESS_DENIED: nobody : is not a member of Administrator/root; "},
+       modified ? "CIM_ERR_ACCESS_DENIED: nobody : is not a member of Administrator/root; " : invalid},
       {{"drives", "--provider", "/nonexistent.so"}, 1, "/nonexistent.so: No such file"},
       {{"drives", "--provider", "/etc/passwd"}, 1, "cannot load the provider /etc/passwd"},
       {{"drives", "--provider", TVP_BINARY_DIR "/lib/libVOLTVK.so"}, 1, "is not a provider"},
