@@ -9,7 +9,9 @@
 #include "host/tvpcim/output/Text.h"
 #include "text/Trim.h"
 
+#include <cstdlib>
 #include <future>
+#include <stdexcept>
 #include <thread>
 
 namespace tvp::host::tvpcim {
@@ -117,7 +119,11 @@ ObjectPath Session::parsePath(const std::string& text) {
 Broker& Session::broker() {
   if (m_broker == nullptr) {
     schema();
-    m_broker = std::make_unique<Broker>(m_schema);
+    try {
+      m_broker = std::make_unique<Broker>(m_schema, optionsAs(std::getenv("TVP_OBJECT_MANAGER")));
+    } catch (const std::invalid_argument& error) {
+      throw UsageError(std::string("TVP_OBJECT_MANAGER: ") + error.what());
+    }
     m_broker->setHandlers(m_handlers);
   }
   return *m_broker;

@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <regex>
@@ -41,6 +42,18 @@ host::UpcallAnswer profiles() {
   return answer;
 }
 
+std::string recordingPath(const std::string& name) {
+  return TVP_SOURCE_DIR "/tests/life/" + name;
+}
+
+/** What diff shows, each difference under the heading of its step. */
+std::string difference(const std::string& from, const std::string& to, const std::string& linesAround) {
+  return Command(
+             {"/usr/bin/diff", "--text", "--unified=" + linesAround, "--show-function-line=^=== ", from, to})
+      .run()
+      .out;
+}
+
 }  // namespace
 
 Life::Life() : m_logFile(m_directory.write("var/log/TVP.txt", "")) {
@@ -50,8 +63,9 @@ Life::Life() : m_logFile(m_directory.write("var/log/TVP.txt", "")) {
   ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
   ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
   ::setenv("TZ", "UTC", 1);
-  m_broker =
-      std::make_unique<host::Broker>(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"));
+  m_broker = std::make_unique<host::Broker>(
+      host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"),
+      host::optionsAs(std::getenv("TVP_OBJECT_MANAGER")));
   m_broker->setHandlers(handlers());
 }
 
@@ -171,23 +185,40 @@ std::string Life::voltvkctl(const std::vector<std::string>& words) {
   return result.out;
 }
 
-void Life::expectAsRecorded(const std::string& prefix) const {
+void Life::expectRecording(const std::string& name, const std::string& text) const {
   constexpr std::size_t SHOWN = 4000;  // bytes
-  for (const auto& [name, text] : {std::pair{"log.txt", &m_log}, {"answers.txt", &m_answers}}) {
-    const std::string file = TVP_SOURCE_DIR "/tests/life/" + prefix + name;
-    if (std::getenv("TVP_LIFE_WRITE") != nullptr) {
-      EXPECT_TRUE((std::ofstream(file, std::ios::binary) << *text).flush()) << file << " cannot be written";
-    } else if (*text != readFile(file)) {
-      // Each difference is shown under the heading of its step.
-      const std::string now = m_directory.write("now", *text);
-      ADD_FAILURE() << file << ": this life is not the recorded one\n"
-                    << Command({"/usr/bin/diff", "--text", "--unified=6", "--show-function-line=^=== ", file,
-                                now})
-                           .run()
-                           .out.substr(0, SHOWN)
-                    << "\nIf the change is meant, record it and review the difference:\n"
-                       "  TVP_LIFE_WRITE=1 ctest --test-dir " TVP_BINARY_DIR " -R OneLife";
-    }
+  const std::string file = recordingPath(name);
+  if (std::getenv("TVP_LIFE_WRITE") != nullptr) {
+    EXPECT_TRUE((std::ofstream(file, std::ios::binary) << text).flush()) << file << " cannot be written";
+  } else if (text != readFile(file)) {
+    ADD_FAILURE() << file << ": this life is not the recorded one\n"
+                  << difference(file, m_directory.write("now", text), "6").substr(0, SHOWN)
+                  << "\nIf the change is meant, record it and review the difference:\n"
+                     "  TVP_LIFE_WRITE=1 ctest --test-dir " TVP_BINARY_DIR " -R OneLife";
+  }
+}
+
+void Life::expectAsRecorded(const std::string& prefix) const {
+  const char* manager = std::getenv("TVP_OBJECT_MANAGER");
+  if (manager == nullptr) {
+    expectRecording(prefix + "log.txt", m_log);
+    expectRecording(prefix + "answers.txt", m_answers);
+    return;
+  }
+  // The log is the same, but for the order of two threads that clean up. In the answers, the numbers of all
+  // events change when one is missing, and the numbers of lines move with every change of the recording.
+  const auto withoutNumbers = [this](const std::string& name, const std::string& whole) {
+    return m_directory.write(
+        name, std::regex_replace(whole, std::regex("\n  Id uint32 \\d+"), "\n  Id uint32"));
+  };
+  std::string found = difference(
+      withoutNumbers("recorded", readFile(recordingPath(prefix + "answers.txt"))),
+      withoutNumbers("now", m_answers), "0");
+  found = std::regex_replace(found, std::regex("(^|\n)(---|\\+\\+\\+) [^\n]*"), "");
+  found = std::regex_replace(found, std::regex("\n@@ [^@]* @@"), "\n@@");
+  const std::string recording = prefix + manager + ".diff";
+  if (!found.empty() || std::filesystem::exists(recordingPath(recording))) {
+    expectRecording(recording, found);
   }
 }
 
@@ -257,7 +288,9 @@ std::vector<std::pair<std::string, std::uint64_t>> Life::callsSinceReset() {
   std::set<std::string> known;
   for (std::uint64_t i = 0; i < m_broker->callCount(); ++i) {
     const std::string name = m_broker->callName(i);
-    if (known.insert(name).second) {
+    // Not every object manager has the memory functions; tests/cmpi makes them fail.
+    const bool ofMemory = name == "CMPIBroker.mark" || name == "CMPIBroker.release";
+    if (!ofMemory && known.insert(name).second) {
       first.emplace_back(name, i + 1);
     }
   }

@@ -123,11 +123,13 @@ public:
   /**
    * Fails the test unless this life is byte for byte what was recorded in tests/life, and shows the first
    * difference. With TVP_LIFE_WRITE in the environment it is recorded instead; look at the difference then.
-   * @param prefix of the names of both recordings, PREFIXlog.txt and PREFIXanswers.txt
+   * With an object manager in TVP_OBJECT_MANAGER, what differs from the recorded answers is compared.
+   * @param prefix of the names of the recordings: PREFIXlog.txt, PREFIXanswers.txt and PREFIXMANAGER.diff
    */
   void expectAsRecorded(const std::string& prefix) const;
 
 private:
+  void expectRecording(const std::string& name, const std::string& text) const;
   static void waitForListener();
   /** The functions that the provider called, with the number of the first call, from 1. */
   std::vector<std::pair<std::string, std::uint64_t>> callsSinceReset();
