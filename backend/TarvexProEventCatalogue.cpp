@@ -106,6 +106,9 @@ void rewriteArguments(const EventRule& rule, std::vector<std::string>& args, boo
         "from the driver ",
         rule.name);
   }
+  if (args.size() < rule.expected) {
+    args.resize(rule.expected);  // the missing ones are empty, and rewritten as such
+  }
   for (const ArgumentRule& part : rule.arguments) {
     if (part.label == nullptr || part.index >= args.size()) {
       continue;

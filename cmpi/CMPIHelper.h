@@ -18,7 +18,8 @@ namespace tvp::cim::adap::cmpi {
  *
  * Failures are thrown as CIMException. Unless said otherwise the code is FW_RC_FAILED with the text " ::
  * Operation Failed" for a failed CMPI call, and FW_RC_NOT_SUPPORTED for a type that the direction does not
- * support. The two directions deliberately support different types. Stateless: any thread may call, one of
+ * support. A null object, or one with a null handle, fails as its first CMPI call would. The two directions
+ * deliberately support different types. Stateless: any thread may call, one of
  * the provider's own threads only while it is attached to the broker.
  *
  * Intermediate objects are released on every path; a returned object belongs to the caller, who releases it

@@ -9,6 +9,9 @@
 #include "host/tvpcim/output/Text.h"
 #include "text/Trim.h"
 
+#include <cstdlib>
+#include <stdexcept>
+
 namespace tvp::host::tvpcim {
 
 std::string describe(const Outcome& outcome) {
@@ -111,7 +114,11 @@ ObjectPath Session::parsePath(const std::string& text) {
 Broker& Session::broker() {
   if (m_broker == nullptr) {
     schema();
-    m_broker = std::make_unique<Broker>(m_schema);
+    try {
+      m_broker = std::make_unique<Broker>(m_schema, optionsAs(std::getenv("TVP_OBJECT_MANAGER")));
+    } catch (const std::invalid_argument& error) {
+      throw UsageError(std::string("TVP_OBJECT_MANAGER: ") + error.what());
+    }
     m_broker->setHandlers(m_handlers);
   }
   return *m_broker;

@@ -152,13 +152,13 @@ TEST_F(EventCatalogue, ArgumentsAreRewrittenByEventCode) {
        "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED : Current FFMode = Passive "},
       {1034, "V|2|9", "V|Normal|Unknown", 4,
        "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED : Previous FFMode = Normal "},
-      // Missing arguments are logged and never read; those that are there are rewritten nevertheless.
-      {514, "P|3", "P|1", 2, std::string("SVS_EVENT_POOL_DEV_CREATED") + tooFew},
-      {516, "", "", 2, std::string("SVS_EVENT_POOL_DEV_CREATION_FAILED") + tooFew},
+      // Missing arguments are logged, and then empty and rewritten like the others.
+      {514, "P|3", "P|1|0.00 GB", 4, "SVS_EVENT_POOL_DEV_CREATED : Size in GB = 0.00 GB "},
+      {516, "", "||", 4, "SVS_EVENT_POOL_DEV_CREATION_FAILED : Pool Type =  "},
       {517, "P|16|x", "P|16|x", 2, std::string("SVS_EVENT_POOL_DEV_DELETED") + tooFew, true},
-      {522, "P", "P", 2, std::string("SVS_EVENT_POOL_MOD_LEVEL_CHANGED") + tooFew},
-      {1026, "", "", 2, std::string("SVS_EVENT_VV_DEV_CREATED") + tooFew},
-      {1034, "V|3", "V|Passive", 2, std::string("SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED") + tooFew},
+      {522, "P", "P||", 4, "SVS_EVENT_POOL_MOD_LEVEL_CHANGED : Tier Level =  "},
+      {1026, "", "|Unknown|0.00 GB", 4, "SVS_EVENT_VV_DEV_CREATED : Volume Type = Unknown "},
+      {1034, "V|3", "V|Passive|Unknown", 4, "SVS_EVENT_VV_MOD_PROP_KNOB_CHANGED : Current FFMode = Unknown "},
   };
   for (const auto& sample : cases) {
     SCOPED_TRACE(sample.line);
@@ -170,6 +170,11 @@ TEST_F(EventCatalogue, ArgumentsAreRewrittenByEventCode) {
     EXPECT_EQ(skip, sample.skip);
     EXPECT_TRUE(log.has(
         LogCapture::message(sample.level, "TvproEventManager::rephraseEventDescription: " + sample.line)));
+    EXPECT_TRUE(
+        args.size() == parts(sample.given).size() ||
+        log.has(LogCapture::message(
+            2, "TvproEventManager::rephraseEventDescription: " +
+                   sample.line.substr(0, sample.line.find(' ')) + tooFew)));
   }
   Strings others = {"D", "16"};
   bool skip = true;

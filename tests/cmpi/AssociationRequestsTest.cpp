@@ -53,6 +53,21 @@ TEST_F(AssociationRequestsTest, WithoutARelatedAssociationTheAnswerIsEmptySucces
       m_log.count(LogCapture::message(2, "Unrelated Association class TEST_Contains for TEST_Spare")), 4U);
 }
 
+// The source is at one end or it is not, whatever the other end is called.
+TEST_F(AssociationRequestsTest, AnEndWithoutANameIsNobodysClass) {
+  PluginsManager::getInstance()->registerPlugin(
+      "test_oneend", new EmptyAssociation("TEST_OneEnd", "", "TEST_Near"));
+  for (const std::string source : {"TEST_Near", "TEST_Far", ""}) {
+    m_log.clear();
+    static_cast<void>(m_provider->associatorNames(path(source), through("TEST_OneEnd")));
+    const bool unrelated = source != "TEST_Near";
+    EXPECT_EQ(
+        m_log.has(LogCapture::message(2, "Unrelated Association class TEST_OneEnd for " + source)),
+        unrelated);
+    EXPECT_EQ(m_log.has(LogCapture::trace("Exiting CMPIAdapter::ReturnObjectPaths()")), !unrelated);
+  }
+}
+
 TEST_F(AssociationRequestsTest, AllButAssociatorNamesFindTheirClassesThemselves) {
   EXPECT_EQ(
       ids(m_provider->associatorNames(disk("3"), through("test_contains")).paths), Texts{"TEST_Shelf B"});

@@ -3,6 +3,7 @@
 #include "CIM/Framework/Subscription.h"
 #include "CmpiTest.h"
 #include "cmpi/CMPIAdapter.h"
+#include "cmpimacs.h"
 
 #include <atomic>
 #include <thread>
@@ -17,7 +18,8 @@ constexpr char EQUAL_CONTEXTS[] = "#***#Thread Context not equal to Original Con
 
 class IndicationDeliveryTest : public RunningProviderTest {
 protected:
-  IndicationDeliveryTest() {
+  explicit IndicationDeliveryTest(const host::BrokerOptions& options = {})
+      : RunningProviderTest(testSchema(), options) {
     m_handlers.onIndication = [this](const std::string& nameSpace, const host::Instance&) {
       m_nameSpace = nameSpace;
       return m_answer;
@@ -78,6 +80,40 @@ TEST_F(IndicationDeliveryTest, WhateverBecomesOfAnIndicationNothingIsLeftBehind)
   EXPECT_FALSE(deliver(instanceOf("NONE_Such", {})));
   EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
 }
+
+class DeliveryTo : public IndicationDeliveryTest, public testing::WithParamInterface<const char*> {
+protected:
+  DeliveryTo() : IndicationDeliveryTest(host::optionsAs(GetParam())) {}
+};
+
+// What the object manager makes itself on this thread is freed only by its memory functions.
+TEST_P(DeliveryTo, LeavesNothingBehindWhicheverCallFails) {
+  subscribe();
+  const CIMInstance indication =
+      instanceOf("TEST_All", {list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"})});
+  std::thread([&] {
+    const auto delivered = [&] {
+      CIMInstance copy = indication;
+      return CMPIAdapter::DeliverIndication(copy);
+    };
+    EXPECT_TRUE(delivered());
+    for (const host::Failing how : {host::Failing::WithStatus, host::Failing::WithException}) {
+      failEveryCall(
+          m_broker, CMPI_RC_ERR_FAILED, delivered,
+          [&](const std::string& call) {
+            const std::size_t before = m_broker.unreleasedObjects();
+            const bool onlyFrees = isRelease(call) || call.find(".mark") != std::string::npos;
+            EXPECT_EQ(delivered(), onlyFrees);
+            EXPECT_LE(m_broker.unreleasedObjects(), before + (onlyFrees ? 1 : 0));
+            EXPECT_TRUE(delivered()) << "the next one";
+          },
+          how);
+    }
+    CBDetachThread(m_broker.cmpi(), CMPIAdapter::getInstance()->getThreadContext());
+  }).join();
+}
+
+INSTANTIATE_TEST_SUITE_P(EachManager, DeliveryTo, testing::Values("strict", "openpegasus", "sfcb"));
 
 TEST_F(IndicationDeliveryTest, AThreadIsOnlyAttachedWithAPreparedContext) {
   m_handlers.onPrepareAttachThread = [] { return false; };

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
+#include "ScriptedPlugin.h"
 #include "support/Threads.h"
 
 #include <atomic>
@@ -123,6 +124,16 @@ TEST(Lifecycle, WithoutABrokerErrorsHaveNoMessageAndTheStatusIsNotWritten) {
   const CMPIStatus failed = mi->ft->modifyInstance(mi, nullptr, nullptr, nullptr, nullptr, list);
   EXPECT_EQ(failed.rc, CMPI_RC_ERR_FAILED);
   EXPECT_EQ(failed.msg, nullptr);
+  // A method's output needs objects of the broker.
+  ScriptedPlugin::install().output.addArgument(scalar<std::string>("Text", cim::fwf::PDT_STRING, "t"));
+  host::Broker broker(testSchema());
+  host::Request request(broker, host::CallOptions{true, ""});
+  const CMPIStatus invoked = tvpCmpiMIInvokeMethod(
+      tarvexProProvider_Create_MethodMI(nullptr, nullptr, nullptr), request.context(), request.result(),
+      request.objectPath({TEST_NAMESPACE, "TEST_All", {}, ""}), "Do", request.arguments({}),
+      request.outputArguments());
+  EXPECT_EQ(invoked.rc, CMPI_RC_ERR_FAILED);
+  EXPECT_EQ(mi->ft->cleanup(mi, nullptr, 1).msg, nullptr);
   EXPECT_EQ(mi->ft->cleanup(mi, nullptr, 1).msg, nullptr);
 }
 

@@ -4,6 +4,7 @@
 #include "ScriptedPlugin.h"
 #include "cmpi/CMPIAdapter.h"
 #include "cmpi/CMPIAdapterOperation.h"
+#include "cmpimacs.h"
 
 #include <stdexcept>
 
@@ -59,7 +60,19 @@ TEST_F(RequestsTest, ReadingOperationsCarryPathAndListsBothWays) {
 
 TEST_F(RequestsTest, CreatingAndDeletingAreAcceptedAndDoNothing) {
   host::Instance instance{path("TEST_All"), {{"Id", Value::string("a")}}};
-  EXPECT_TRUE(m_provider->createInstance(path("TEST_All"), instance).ok());
+  EXPECT_EQ(m_provider->createInstance(path("TEST_All"), instance).paths.size(), 0U);
+  // SFCB takes the first element of the answer without looking whether there is one.
+  host::Broker sfcb(testSchema(), host::optionsAs("sfcb"));
+  const host::Request request(sfcb);
+  host::Request create(m_broker);
+  CMPIStatus status{CMPI_RC_OK, nullptr};
+  CMPIAdapter::getInstance()->CreateInstance(
+      nullptr, create.context(), create.result(), create.objectPath(itemPath("a")), nullptr, sfcb.cmpi(),
+      &status);
+  EXPECT_EQ(status.rc, CMPI_RC_OK);
+  EXPECT_TRUE(create.done());
+  ASSERT_EQ(create.paths().size(), 1U);
+  EXPECT_EQ(*create.paths()[0].key("Id"), Value::string("a"));
   EXPECT_TRUE(m_provider->deleteInstance(itemPath("a")).ok());
   EXPECT_EQ(m_plugin.changes, 0);
   EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::CreateInstance ClassName:TEST_All")));
@@ -129,29 +142,33 @@ TEST_F(RequestsTest, OnlyAdministratorsModify) {
 }
 
 // One object manager keeps the text of a string as its handle: that of a principal without a text is null.
-TEST_F(RequestsTest, APrincipalWhoseStringHasANullHandleIsTheEmptyName) {
-  static CMPIStringFT strings{};
+TEST_F(RequestsTest, OnlyAStringIsReadAsAPrincipal) {
+  static CMPIData principal{};
   static CMPIContextFT contexts{};
-  static CMPIString nobody{nullptr, &strings};
-  strings.getCharPtr = [](const CMPIString* string, CMPIStatus* rc) {
-    *rc = CMPIStatus{CMPI_RC_OK, nullptr};
-    return static_cast<const char*>(string->hdl);
-  };
   contexts.getEntry = [](const CMPIContext*, const char*, CMPIStatus* rc) {
     *rc = CMPIStatus{CMPI_RC_OK, nullptr};
-    CMPIData principal{};
-    principal.type = CMPI_string;
-    principal.value.string = &nobody;
     return principal;
   };
   const CMPIContext context{&contexts, &contexts};
+  host::Broker sfcb(testSchema(), host::optionsAs("sfcb"));
+  const host::Request nameless(sfcb, host::CallOptions{true, std::nullopt});
+  const CMPIData null = CMGetContextEntry(nameless.context(), CMPIPrincipal, nullptr);
+  ASSERT_EQ(null.value.string->hdl, nullptr);
+  CMPIData number{};
+  number.type = CMPI_uint64;
+  number.value.uint64 = 7;
   host::Request request(m_broker);
   CMPIInstanceMI* mi = m_provider->instanceMI();
   const char* list[] = {"U32", nullptr};
-  const CMPIStatus status = mi->ft->modifyInstance(
-      mi, &context, nullptr, request.objectPath(itemPath("a")),
-      request.instance({itemPath("a"), {{"U32", Value::uint32(9)}}}), list);
-  EXPECT_EQ(status.rc, CMPI_RC_OK);
+  for (const CMPIData& given : {null, number}) {
+    principal = given;
+    const CMPIStatus status = mi->ft->modifyInstance(
+        mi, &context, nullptr, request.objectPath(itemPath("a")),
+        request.instance({itemPath("a"), {{"U32", Value::uint32(9)}}}), list);
+    const bool isString = given.type == CMPI_string;
+    EXPECT_EQ(status.rc, isString ? CMPI_RC_OK : CMPI_RC_ERR_FAILED);
+    EXPECT_TRUE(isString || host::Request::read(status.msg) == "Failed to get CharsPtr from string username");
+  }
   EXPECT_EQ(m_plugin.changes, 1);
 }
 
@@ -225,6 +242,10 @@ TEST_F(RequestsTest, ResultsThatGiveNoObjectAreLeftOutAndTheOthersReturned) {
       &forgetful, second.result(), {item("a", 1).getPath(), item("b", 2).getPath()}, &status);
   EXPECT_EQ(second.paths().size(), 1U);
   EXPECT_EQ(host::Request::read(status.msg), "Failed to convert CIM ObjectPath to CMPI ObjectPath");
+  status = CMPIStatus{CMPI_RC_OK, nullptr};
+  cim::adap::cmpi::keepRefusal(CMPIStatus{CMPI_RC_ERR_ACCESS_DENIED, nullptr}, m_broker.cmpi(), &status);
+  EXPECT_EQ(status.rc, CMPI_RC_ERR_ACCESS_DENIED);
+  EXPECT_EQ(host::Request::read(status.msg), "The object manager did not accept the result");
   CIMMethodParam output;
   output.addArgument(scalar("A", PDT_UINT32, 1U));
   status = CMPIStatus{CMPI_RC_OK, nullptr};
@@ -297,8 +318,10 @@ TEST_F(RequestsTest, WhicheverBrokerCallFailsTheRequestDoesNotAnswerLess) {
   };
   for (const std::function<bool()>& complete :
        {std::function<bool()>(enumerate), std::function<bool()>(invoke)}) {
-    failEveryCall(
-        m_broker, CMPI_RC_ERR_FAILED, complete, [&](const std::string&) { EXPECT_TRUE(complete()); });
+    for (const host::Failing how : {host::Failing::WithStatus, host::Failing::WithException}) {
+      failEveryCall(
+          m_broker, CMPI_RC_ERR_FAILED, complete, [&](const std::string&) { EXPECT_TRUE(complete()); }, how);
+    }
   }
   m_broker.clearBreaches();  // a refused end mark is the object manager's doing here
 }

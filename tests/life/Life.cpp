@@ -69,8 +69,9 @@ Life::Life() : m_logFile(m_directory.write("var/log/TVP.txt", "")) {
   ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
   ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
   ::setenv("TZ", "UTC", 1);
-  m_broker =
-      std::make_unique<host::Broker>(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"));
+  m_broker = std::make_unique<host::Broker>(
+      host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"),
+      host::optionsAs(std::getenv("TVP_OBJECT_MANAGER")));
   m_broker->setHandlers(handlers());
 }
 
@@ -191,8 +192,13 @@ std::string Life::voltvkctl(const std::vector<std::string>& words) {
 }
 
 void Life::expectAsRecorded(const std::string& prefix) const {
-  test::expectAsRecorded(prefix + "log.txt", m_log);
-  test::expectAsRecorded(prefix + "answers.txt", m_answers);
+  if (const char* manager = std::getenv("TVP_OBJECT_MANAGER")) {
+    // The log is the same, but for the order of two threads that clean up.
+    expectDifferenceAsRecorded(prefix + "answers.txt", prefix + manager + ".diff", m_answers);
+  } else {
+    test::expectAsRecorded(prefix + "log.txt", m_log);
+    test::expectAsRecorded(prefix + "answers.txt", m_answers);
+  }
 }
 
 void Life::begin(const std::string& title) {
@@ -255,7 +261,9 @@ std::vector<std::pair<std::string, std::uint64_t>> Life::callsSinceReset() {
   std::set<std::string> known;
   for (std::uint64_t i = 0; i < m_broker->callCount(); ++i) {
     const std::string name = m_broker->callName(i);
-    if (known.insert(name).second) {
+    // Not every object manager has the memory functions; tests/cmpi makes them fail.
+    const bool ofMemory = name == "CMPIBroker.mark" || name == "CMPIBroker.release";
+    if (!ofMemory && known.insert(name).second) {
       first.emplace_back(name, i + 1);
     }
   }

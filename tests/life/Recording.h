@@ -13,6 +13,13 @@ namespace tvp::test {
  */
 void expectAsRecorded(const std::string& fileName, const std::string& text);
 
+/**
+ * The same for what is different from another recording: the lines that diff shows, under their steps.
+ * @param fileName of the other recording, which is read only
+ */
+void expectDifferenceAsRecorded(
+    const std::string& fileName, const std::string& differenceName, const std::string& text);
+
 }  // namespace tvp::test
 
 #endif

@@ -29,6 +29,7 @@ TEST_F(TvpcimInput, ThatIsBadEndsWithTheReasonAndTheRightStatus) {
        2,
        "CIM_ERR_NO_SUCH_PROPERTY: the class TVP_VirtualPool has no property 'Nane'"},
       {{"im", "TVP_TierService", "DeletePool"}, 2, "CIM_ERR_METHOD_NOT_FOUND"},
+      {{"im", "TVP_TierService", "deleteVirtualPool", "VirtualPoolId=1"}, 2, "DeleteVirtualPool"},
       {{"im", "TVP_TierService", "DeleteVirtualPool"}, 1, "DeleteVirtualPool also takes VirtualPoolId"},
       {{"pool", "create", "p", "--drives", "0", "--size", "1000"},
        2,

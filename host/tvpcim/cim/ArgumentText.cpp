@@ -219,7 +219,8 @@ Arguments parseArguments(const SchemaMethod& method, const std::vector<std::stri
       texts, "the method " + method.name + " has no input argument", CMPI_RC_ERR_INVALID_PARAMETER, names,
       [&](const std::string& name) {
         const SchemaParameter* parameter = method.parameter(name);
-        return parameter != nullptr && parameter->in ? parameter : nullptr;
+        // Like a method's name, it reaches the provider as it is written.
+        return parameter != nullptr && parameter->in && parameter->name == name ? parameter : nullptr;
       });
   return arguments;
 }

@@ -18,7 +18,8 @@ struct MethodOptions {
 
 const SchemaMethod& methodNamed(const SchemaClass& schemaClass, const std::string& name) {
   const SchemaMethod* method = schemaClass.method(name);
-  if (method != nullptr) {
+  // An object manager passes the name on as it is written, and the provider compares it exactly.
+  if (method != nullptr && method->name == name) {
     return *method;
   }
   const std::vector<std::string> names = namesOf(schemaClass.methods);

@@ -245,6 +245,12 @@ TEST_F(RefusalsTest, RefusedCachedDrivesLeaveNothingBehind) {
     EXPECT_EQ(hdd.poolId, TVK_NO_ID);
     EXPECT_EQ(newEvents().size(), 2U);
   }
+  VirtualPoolSpec ssd;
+  ssd.poolId = m_ssdPool;
+  ssd.capacityInSectors = 8 * MIB;
+  VirtualPoolSpec hdd = poolSpec("half", {3}, 50 * MIB);
+  VirtualVolumeSpec spec = volumeSpec("new", TVK_VOLUME_CACHED, {});
+  EXPECT_NE(TvkAdapter().createCachedLD(hdd, ssd, spec).getReturn(), TVK_OK) << "the sides are exchanged";
   EXPECT_EQ(contents(), before);
 }
 

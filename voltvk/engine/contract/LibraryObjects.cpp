@@ -54,7 +54,7 @@ bool LibraryRoot::isPolicyEngineRunning() {
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception&) {
-    return false;
+    // Nor is anything else that keeps the state from being read for once.
   }
   return m_policyRunning;
 }

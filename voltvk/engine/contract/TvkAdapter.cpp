@@ -57,11 +57,6 @@ Ret changeWithDrives(
   return run(adapter, {name, true, scanAndChange, reportFailure});
 }
 
-/** True for the hard-disk side of a cached drive. */
-bool isDriveSide(const VirtualPoolSpec& spec) {
-  return spec.poolFlag == TVK_POOL_INTERNAL || spec.numDeviceNumbers > 0;
-}
-
 void countObjects(const voltvk::Snapshot& snapshot, TvkAdapterIdentity& identity) {
   for (RaidObject* object : snapshot.objects()) {
     const char* type = object->getTypeName();
@@ -124,22 +119,20 @@ Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
 
 Ret TvkAdapter::createCachedLD(
     VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume) {
-  // Callers pass the two sides in either order.
-  const bool exchanged = isDriveSide(ssdPool) && !isDriveSide(hddPool);
-  const VirtualPoolSpec& cache = exchanged ? hddPool : ssdPool;
-  VirtualPoolSpec& drive = exchanged ? ssdPool : hddPool;
-  VirtualPoolSpec made = drive;
+  VirtualPoolSpec made = hddPool;
   std::uint32_t id = TVK_NO_ID;
   const Ret ret = changeWithDrives(
       *this, operations::createCachedLD,
-      [&](Connection& connection) { id = VolumeChanges(connection).createCachedDrive(cache, made, volume); },
+      [&](Connection& connection) {
+        id = VolumeChanges(connection).createCachedDrive(ssdPool, made, volume);
+      },
       [&](Connection& connection) {
         made.poolFlag = TVK_POOL_INTERNAL;
         PoolChanges(connection).reportCreationFailed(made);
         VolumeChanges(connection).reportCreationFailed(volume);
       });
   if (ret.getReturn() == TVK_OK) {
-    drive.poolId = made.poolId;
+    hddPool.poolId = made.poolId;
     volume.volumeId = id;
   }
   return ret;

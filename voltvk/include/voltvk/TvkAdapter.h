@@ -81,7 +81,9 @@ public:
 
   /**
    * Creates a cached volume on one hard disk: the internal pool on that drive and the volume, either both or
-   * neither. Sets hddPool.poolId and volume.volumeId.
+   * neither. Sets hddPool.poolId and volume.volumeId. The order of the arguments decides which side is which.
+   * @param ssdPool the number of an existing SSD pool and how much of it becomes the cache
+   * @param hddPool the pool to create, on one hard disk
    */
   Ret createCachedLD(VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume);
 
