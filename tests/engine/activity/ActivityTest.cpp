@@ -38,9 +38,7 @@ protected:
   std::uint64_t runRound() {
     std::uint64_t moved = 0;
     state()->change([&](voltvk::Connection& connection) {
-      for (const auto& entry : voltvk::PolicyEngine(connection).runRound()) {
-        moved += entry.chunks;
-      }
+      moved = voltvk::PolicyEngine(connection).runRound(volumes().last()->getVolumeId());
     });
     return moved;
   }
