@@ -78,7 +78,7 @@ protected:
     VirtualPoolSpec cache = poolSpec("", {}, 10 * MIB);
     cache.poolId = m_ids["flash"];
     VirtualVolumeSpec drive = volumeSpec("drive", TVK_VOLUME_CACHED, {});
-    EXPECT_EQ(m_adapter.createCachedLD(internal, cache, drive).getReturn(), TVK_OK);
+    EXPECT_EQ(m_adapter.createCachedLD(cache, internal, drive).getReturn(), TVK_OK);
     m_standard = state();
   }
 

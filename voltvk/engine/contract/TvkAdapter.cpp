@@ -11,6 +11,7 @@
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/VolumeRules.h"
+#include "voltvk/engine/state/EventJournal.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
@@ -50,9 +51,10 @@ Ret changeWithDrives(
   return run(adapter, {name, true, [&](State& state) { state.changeWithDrives(work); }, reportFailure});
 }
 
-/** True for the hard-disk side of a cached drive. */
-bool isDriveSide(const VirtualPoolSpec& spec) {
-  return spec.poolFlag == TVK_POOL_INTERNAL || spec.numDeviceNumbers > 0;
+std::string lostText(std::int64_t lost) {
+  return voltvk::counted(static_cast<std::uint64_t>(lost), "event") +
+         " were lost, since more happened between two fetches than the " +
+         std::to_string(voltvk::EventJournal::CAPACITY) + " that are kept";
 }
 
 void countObjects(const voltvk::Snapshot& snapshot, TvkAdapterIdentity& identity) {
@@ -117,22 +119,20 @@ Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
 
 Ret TvkAdapter::createCachedLD(
     VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume) {
-  // Callers pass the two sides in either order.
-  const bool exchanged = isDriveSide(ssdPool) && !isDriveSide(hddPool);
-  const VirtualPoolSpec& cache = exchanged ? hddPool : ssdPool;
-  VirtualPoolSpec& drive = exchanged ? ssdPool : hddPool;
-  VirtualPoolSpec made = drive;
+  VirtualPoolSpec made = hddPool;
   std::uint32_t id = TVK_NO_ID;
   const Ret ret = changeWithDrives(
       *this, operations::createCachedLD,
-      [&](Connection& connection) { id = VolumeChanges(connection).createCachedDrive(cache, made, volume); },
+      [&](Connection& connection) {
+        id = VolumeChanges(connection).createCachedDrive(ssdPool, made, volume);
+      },
       [&](Connection& connection) {
         made.poolFlag = TVK_POOL_INTERNAL;
         PoolChanges(connection).reportCreationFailed(made);
         VolumeChanges(connection).reportCreationFailed(volume);
       });
   if (ret.getReturn() == TVK_OK) {
-    drive.poolId = made.poolId;
+    hddPool.poolId = made.poolId;
     volume.volumeId = id;
   }
   return ret;
@@ -171,13 +171,16 @@ Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t vo
                        state.read([=](Connection& connection) {
                          const auto volumes = voltvk::SnapshotReader(connection).volumes();
                          const auto& volume = voltvk::VolumeRules({}, volumes).volume(volumeId);
-                         voltvk::VolumeActivity(connection, volume).statistics(*stats);
+                         voltvk::readStatistics(connection, volume, *stats);
                        });
                      }});
 }
 
 Ret TvkAdapter::getEvents(VolEventCollection& events) {
-  return run(*this, {operations::getEvents, true, [&](State& state) { state.takeEvents(events); }});
+  std::int64_t lost = 0;
+  const Ret ret =
+      run(*this, {operations::getEvents, true, [&](State& state) { lost = state.takeEvents(events); }});
+  return lost == 0 ? ret : Ret(TVK_OK, lostText(lost).c_str());
 }
 
 Ret TvkAdapter::getIdentity(TvkAdapterIdentity& identity) {
