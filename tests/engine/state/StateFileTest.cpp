@@ -351,6 +351,28 @@ TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
   EXPECT_EQ(kept(), "getVirtualVolumeStats");
 }
 
+TEST_F(StateFileTest, IsReadAgainOnlyWhenTheConfigurationHasChanged) {
+  m_lib = std::make_unique<TvkLib>();
+  createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{1, 10 * MIB}}));
+  auto before = state()->snapshot();
+  const auto run = [](const char* sql) {
+    state()->change([&](voltvk::Connection& connection) { connection.execute(sql); });
+  };
+  EXPECT_EQ(adapter().resetVirtualVolumeStats(1).getReturn(), TVK_OK);  // which appends an event as well
+  run("UPDATE volume SET reads = 5; INSERT INTO chunk VALUES(1, 1, 1, 0, 0)");
+  EXPECT_EQ(state()->snapshot(), before);
+  for (const char* sql :
+       {"UPDATE drive SET present = 0", "UPDATE pool SET description = 'x'", "UPDATE volume SET knob = 3",
+        "UPDATE setting SET value = 0 WHERE name = 'policy_running'",
+        "DELETE FROM volume_extent; DELETE FROM chunk;"
+        "DELETE FROM volume",
+        "INSERT INTO fault VALUES(1, 4, 'getIdentity', 0, 0)"}) {
+    run(sql);
+    EXPECT_NE(state()->snapshot(), before) << sql;
+    before = state()->snapshot();
+  }
+}
+
 TEST_F(StateFileTest, MayBeCreatedByManyProcessesAtOnce) {
   for (int round = 0; round < 5; ++round) {
     const std::string path = m_directory.file("new" + std::to_string(round));

@@ -318,10 +318,12 @@ std::vector<DriveRecord> State::scanDrives() {
   return found;
 }
 
-void State::takeEvents(VolEventCollection& events) {
+std::int64_t State::takeEvents(VolEventCollection& events) {
   std::lock_guard<std::mutex> lock(m_eventMutex);
-  read(
-      [&](Connection& connection) { m_lastEvent = EventJournal(connection).readAfter(m_lastEvent, events); });
+  EventJournal::Progress progress;
+  read([&](Connection& connection) { progress = EventJournal(connection).readAfter(m_lastEvent, events); });
+  m_lastEvent = progress.newest;
+  return progress.lost;
 }
 
 }  // namespace voltvk

@@ -83,8 +83,11 @@ public:
    */
   void changeIfIdle(const Work& work);
 
-  /** Appends the events that this process has not seen yet, oldest first. */
-  void takeEvents(VolEventCollection& events);
+  /**
+   * Appends the events that this process has not seen yet, oldest first.
+   * @return how many it will never see, because the journal has dropped them
+   */
+  std::int64_t takeEvents(VolEventCollection& events);
 
 private:
   void useReader(const Work& work);

@@ -53,6 +53,7 @@ bool hasWwid(const DriveRecord& drive) {
   return drive.wwid.find_first_not_of('0', number) != std::string::npos;
 }
 
+// COMPAT: states of 1.0.0 have these identities.
 /** The identity that drives had when their serial numbers and device nodes were trusted. */
 std::string formerIdentityOf(const DriveRecord& drive) {
   if (!drive.wwid.empty()) {

@@ -62,15 +62,17 @@ std::int64_t EventJournal::newest() {
   return m_connection.number("SELECT seq FROM sqlite_sequence WHERE name = 'event'");
 }
 
-std::int64_t EventJournal::readAfter(std::int64_t number, VolEventCollection& out) {
+EventJournal::Progress EventJournal::readAfter(std::int64_t number, VolEventCollection& out) {
+  Progress progress{number, 0};
   Statement rows(
       m_connection, "SELECT id, time, code, type, description, action FROM event WHERE id > ? ORDER BY id",
       number);
   while (rows.step()) {
     out.append(readEvent(rows));
-    number = rows.integer(0);
+    progress.lost += rows.integer(0) - progress.newest - 1;  // numbers are given without gaps
+    progress.newest = rows.integer(0);
   }
-  return number;
+  return progress;
 }
 
 std::vector<VolEvent> EventJournal::latest(std::uint32_t count) {

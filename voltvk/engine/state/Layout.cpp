@@ -98,6 +98,7 @@ struct Step {
       sql;  ///< runs after the rows have been copied; the earlier tables are still there as old_<name>
 };
 
+// COMPAT: users of 1.0.0 keep their state.
 // A later version adds its statements here and increments STATE_VERSION.
 constexpr Step STEPS[] = {
     {1, "INSERT OR IGNORE INTO setting VALUES('generation', 0), ('drives_left_out', 0)"},

@@ -15,12 +15,12 @@ namespace {
 /**
  * Whether the current one of some rows belongs to the object with an identifier. Both are read in ascending
  * order of the identifiers, so a row that belongs to an earlier object belongs to none.
- * @param more whether there is a current row
+ * @param noun what the objects are @param more whether there is a current row
  */
-bool isPartOf(std::int64_t id, const Statement& row, bool more) {
+bool isPartOf(const char* noun, std::int64_t id, const Statement& row, bool more) {
   if (more && row.integer(0) < id) {
     throw DatabaseError::ofDamage(
-        "a part of number " + row.text(0) + ", which does not exist, begins with " + row.text(1));
+        std::string(noun) + " " + row.text(0) + " does not exist, but parts of it do");
   }
   return more && row.integer(0) == id;
 }
@@ -105,12 +105,12 @@ std::vector<PoolRecord> SnapshotReader::pools() {
     pool.chunkSectors = rows.unsignedInteger(4);
     pool.chunks = rows.unsignedInteger(5);
     pool.internal = rows.integer(6) != 0;
-    for (; isPartOf(pool.id, members, more); more = members.step()) {
+    for (; isPartOf("pool", pool.id, members, more); more = members.step()) {
       pool.members.push_back({members.as<std::uint16_t>(1), members.unsignedInteger(2)});
     }
     pools.push_back(std::move(pool));
   }
-  isPartOf(INT64_MAX, members, more);
+  isPartOf("pool", INT64_MAX, members, more);
   return pools;
 }
 
@@ -134,13 +134,13 @@ std::vector<VolumeRecord> SnapshotReader::volumes() {
     volume.ssdChunks = rows.unsignedInteger(6);
     volume.knob = rows.as<std::uint8_t>(7);
     volume.deviceNumber = rows.as<std::uint16_t>(8);
-    for (; isPartOf(volume.id, extents, more); more = extents.step()) {
+    for (; isPartOf("volume", volume.id, extents, more); more = extents.step()) {
       volume.extents.push_back(
           {extents.as<std::uint32_t>(1), {extents.unsignedInteger(2), extents.unsignedInteger(3)}});
     }
     volumes.push_back(std::move(volume));
   }
-  isPartOf(INT64_MAX, extents, more);
+  isPartOf("volume", INT64_MAX, extents, more);
   return volumes;
 }
 
