@@ -12,7 +12,7 @@ Value::List arrayOf(const Instance& identity, const std::string& property) {
   return value == nullptr || value->isNull() || !value->isArray() ? Value::List() : value->asArray();
 }
 
-/** COMPAT: the arrays end with a mark, which clients that count the entries rely on. */
+/** Whether it is the mark that ends an array, which tells people nothing. */
 bool isEndMark(const std::string& name) {
   const std::string ending = "MaxIndex";
   return name.size() > ending.size() && name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
