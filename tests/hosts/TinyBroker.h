@@ -30,6 +30,9 @@ int tinyWaitForIndication(unsigned int seconds);
 /** Frees all objects. */
 void tinyBrokerFree(void);
 
+/** When set, switches failures of the broker on (1) and off (0), during which requests must be refused. */
+extern void (*tinyFail)(int on);
+
 /**
  * Loads the provider from argv[1], after the plugin argv[2] when there is one; enumerates, creates a
  * pool, waits for its event, cleans up and unloads. @return the exit status of the host.

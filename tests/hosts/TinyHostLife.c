@@ -88,12 +88,26 @@ static int createPool(const Mis* mis) {
   return 1;
 }
 
+void (*tinyFail)(int on) = NULL;
+
+static int refusesWhileBrokerFails(const Mis* mis) {
+  CMPIStatus status;
+  if (tinyFail == NULL) {
+    return 1;
+  }
+  tinyFail(1);
+  status = mis->instance->ft->enumerateInstances(
+      mis->instance, tinyContext(), tinyResult(), tinyPath(modelNameSpace, "TVP_LogicalDevice"), NULL);
+  tinyFail(0);
+  return status.rc != CMPI_RC_OK;
+}
+
 static int serve(const Mis* mis) {
   CMPIIndicationMI* events = mis->indication;
   events->ft->activateFilter(events, tinyContext(), NULL, "TVP_CIMIndication", NULL, 1);
   events->ft->enableIndications(events, tinyContext());
   if (!enumerate(mis, "TVP_TarvexProIdentity", 1) || !enumerate(mis, "TVP_LogicalDevice", 1) ||
-      !createPool(mis) || !enumerate(mis, "TVP_VirtualPool", 1)) {
+      !refusesWhileBrokerFails(mis) || !createPool(mis) || !enumerate(mis, "TVP_VirtualPool", 1)) {
     return 0;
   }
   if (!tinyWaitForIndication(30)) {
