@@ -266,6 +266,18 @@ bool enumerate(CMPIInstanceMI* mi, const char* className) {
   return true;
 }
 
+bool refusesWhileBrokerFails(CMPIInstanceMI* mi) {
+  if (tinyFail == nullptr) {
+    return true;
+  }
+  auto* result = newObject<CMPIResult>(&resultTable);
+  tinyFail(&makers, 1);
+  const CMPIStatus status =
+      mi->ft->enumerateInstances(mi, newContext(), result, pathOf("TVP_LogicalDevice"), nullptr);
+  tinyFail(&makers, 0);
+  return status.rc != CMPI_RC_OK;
+}
+
 bool createPool(CMPIMethodMI* mi) {
   CMPIArgs* in = CMNewArgs(&BROKER, nullptr);
   CMPIArgs* out = CMNewArgs(&BROKER, nullptr);
@@ -306,7 +318,8 @@ bool serve(CMPIInstanceMI* instances, CMPIMethodMI* methods, CMPIIndicationMI* e
   events->ft->activateFilter(events, newContext(), nullptr, "TVP_CIMIndication", nullptr, 1);
   events->ft->enableIndications(events, newContext());
   if (!enumerate(instances, "TVP_TarvexProIdentity") || !enumerate(instances, "TVP_LogicalDevice") ||
-      !createPool(methods) || !enumerate(instances, "TVP_VirtualPool")) {
+      !refusesWhileBrokerFails(instances) || !createPool(methods) ||
+      !enumerate(instances, "TVP_VirtualPool")) {
     return false;
   }
   if (!waitForIndication(30)) {
@@ -322,6 +335,8 @@ bool end(Interface* mi) {
 }
 
 }  // namespace
+
+void (*tinyFail)(CMPIBrokerEncFT* makers, int on) = nullptr;
 
 int tinyHostLife(int argc, char** argv) {
   void* library = nullptr;

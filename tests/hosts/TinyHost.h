@@ -2,9 +2,17 @@
 #ifndef TESTS_HOSTS_TINYHOST_H
 #define TESTS_HOSTS_TINYHOST_H
 
+#include "cmpift.h"
+
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+/**
+ * When set, makes the functions that create objects fail (1) or work again (0); requests in between must be
+ * refused.
+ */
+extern void (*tinyFail)(CMPIBrokerEncFT* makers, int on);
 
 /**
  * The least of an object manager that a provider can live in. Nothing is checked and nothing is freed: the
