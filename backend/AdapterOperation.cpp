@@ -10,20 +10,27 @@
 
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <string>
 
 namespace tvp::cim::fwf {
 
 namespace {
 
+enum class Cause { NoMemory, Other };
+
 /** Copies the message of the exception being handled; leaves the text unchanged if it has none. */
-void keepTextOfException(char (&text)[TVK_DETAIL_SIZE]) noexcept {
+Cause keepTextOfException(char (&text)[TVK_DETAIL_SIZE]) noexcept {
   try {
     throw;
+  } catch (const std::bad_alloc&) {
+    std::snprintf(text, sizeof text, "%s", "there is not enough memory");
+    return Cause::NoMemory;
   } catch (const std::exception& exception) {
     std::snprintf(text, sizeof text, "%s", exception.what());
   } catch (...) {
   }
+  return Cause::Other;
 }
 
 }  // namespace
@@ -38,7 +45,8 @@ unsigned int AdapterOperation::run(Ret& ret, const Call& call, const Preparation
 }
 
 unsigned int AdapterOperation::carryOut(Ret& ret, const Call& call, const Preparation& prepare) const {
-  // COMPAT: unchanged when something throws; clients see an exception from the library as success.
+  // COMPAT: unchanged when something throws; clients see an exception from the library as success. Not on
+  // allocation failure, after which the operation may never have reached the library.
   unsigned int result = BACKEND_DONE;
   char reason[TVK_DETAIL_SIZE] = "";
   try {
@@ -59,7 +67,9 @@ unsigned int AdapterOperation::carryOut(Ret& ret, const Call& call, const Prepar
     }
   } catch (...) {
     traceParts({"Exception caught in Tvk Lib method: TvkAdapter::", m_throwing, "() "});
-    keepTextOfException(reason);
+    if (keepTextOfException(reason) == Cause::NoMemory) {
+      result = BACKEND_FAILED;
+    }
   }
   KvsLogMsg(KVS_LOG_DEBUG, "Exiting %s() with Return: %u", m_exit, result);
   reportRefusal(m_method, reason);

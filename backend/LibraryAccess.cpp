@@ -37,15 +37,15 @@ void refreshTarvexProObjects() {
 }
 
 bool isDriverAvailable() {
-  TVPInterface* gateway = TVPInterface::getInstance();
-  if (gateway == nullptr) {
-    return false;
+  if (TVPInterface* gateway = TVPInterface::getInstance()) {
+    gateway->GetConfig();
   }
-  gateway->GetConfig();
+  TvkLib* library = getLibrary();
+  if (library == nullptr) {
+    throw std::bad_alloc();  // there was no memory for it, which does not mean that there is no driver
+  }
   unsigned long controllers = 0;
-  if (TvkLib* library = gateway->getTarvexProLib()) {
-    library->getControllerCount(controllers);
-  }
+  library->getControllerCount(controllers);
   return controllers != 0;
 }
 

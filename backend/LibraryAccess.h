@@ -27,7 +27,10 @@ TvkAdapter* getTvkAdapter();
  */
 void refreshTarvexProObjects();
 
-/** Refreshes the configuration, as every enumeration does first. @return whether the library has a driver */
+/**
+ * Refreshes the configuration, as every enumeration does first. @return whether the library has a driver
+ * @throws std::bad_alloc if that cannot be found out
+ */
 bool isDriverAvailable();
 
 /** The storage library's name of a type of objects. */

@@ -10,6 +10,7 @@
 #include "voltvk/Chunk.h"
 
 #include <cstdint>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -20,7 +21,7 @@ namespace tvp::cim::fwf {
  * @param method class and name of the operation, for its log lines
  * @param describe bool(const Chunk&, tvpCIMInstanceWrapper&): adds the properties; false leaves the chunk out
  * @return BACKEND_DONE, also if no object has the identifier or the library throws; BACKEND_FAILED if there
- *         is no adapter
+ *         is no adapter or not enough memory
  */
 template <typename Object, typename Describe>
 unsigned int collectMembers(
@@ -47,6 +48,9 @@ unsigned int collectMembers(
         }
       }
     }
+  } catch (const std::bad_alloc&) {
+    traceParts({"Exception caught in Tvk Lib method: ", method, "() "});
+    result = BACKEND_FAILED;
   } catch (...) {
     traceParts({"Exception caught in Tvk Lib method: ", method, "() "});
   }

@@ -25,4 +25,16 @@ bool RoutineArguments::contain(std::initializer_list<const char*> names) const {
   return true;
 }
 
+void RoutineArguments::log(const char* label, const std::string& value) const {
+  KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s %s", m_routine, label, value.c_str());
+}
+
+void RoutineArguments::log(const char* label, unsigned long long value) const {
+  KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s %llu", m_routine, label, value);
+}
+
+void RoutineArguments::logIdentifier(const char* label, unsigned int identifier) const {
+  KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s %d", m_routine, label, static_cast<int>(identifier));
+}
+
 }  // namespace tvp::cim::fwf

@@ -41,6 +41,12 @@ public:
    */
   unsigned int identifier(const char* name) const { return scalar<unsigned int>(name, TVK_NO_ID); }
 
+  /** Logs a value in a line "<routine>() - <label> <value>". */
+  void log(const char* label, const std::string& value) const;
+  void log(const char* label, unsigned long long value) const;
+  /** The same for an identifier, as a signed number: TVK_NO_ID is -1. */
+  void logIdentifier(const char* label, unsigned int identifier) const;
+
   /** All elements of an array. */
   template <typename T>
   std::vector<T> array(const char* name) const {

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/RoutineSupport.h"
 
-#include "backend/BackendResult.h"
-#include "backend/RoutineArguments.h"
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
 #include "oslib/KVSMethodTrace.h"
@@ -22,18 +20,16 @@ void returnStatus(const std::string& caller, const Ret& ret, CIMMethodParam& out
 }
 
 unsigned int runIdentifierRoutine(
-    const IdentifierRoutine& texts, const IdentifierOperation& operation, const CIMMethodParam& in,
-    CIMMethodParam& out) {
-  const RoutineArguments arguments(texts.routine, in);
-  if (!arguments.areExactly({texts.argument})) {
-    return BACKEND_FAILED;
-  }
-  const unsigned int identifier = arguments.identifier(texts.argument);
-  KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s: %d", texts.routine, texts.argument, static_cast<int>(identifier));
-  Ret ret;
-  const unsigned int result = operation(identifier, ret);
-  returnStatus(texts.caller, ret, out, texts.output);
-  return result;
+    const StatusRoutine& texts, const char* argument, const IdentifierOperation& operation,
+    const CIMMethodParam& in, CIMMethodParam& out) {
+  return runStatusRoutine(
+      texts, {argument},
+      [&](const RoutineArguments& arguments, Ret& ret) {
+        const unsigned int identifier = arguments.identifier(argument);
+        KvsLogMsg(KVS_LOG_DEBUG, "%s() - %s: %d", texts.routine, argument, static_cast<int>(identifier));
+        return operation(identifier, ret);
+      },
+      in, out);
 }
 
 unsigned int runMemberRoutine(

@@ -5,10 +5,13 @@
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMMethodParam.h"
 #include "CIM/Framework/CIMObjectPath.h"
+#include "backend/BackendResult.h"
+#include "backend/RoutineArguments.h"
 #include "voltvk/Ret.h"
 #include "voltvk/Specs.h"
 
 #include <functional>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -21,42 +24,54 @@ void traceRoutineEntry(const char* routine);
 void returnStatus(
     const std::string& caller, const Ret& ret, CIMMethodParam& out, const char* name = "RetStat");
 
-/** An operation on a pool or a volume that needs only its identifier. */
-using IdentifierOperation = std::function<unsigned int(unsigned int identifier, Ret& ret)>;
-
-/** A routine that needs only an identifier. */
-struct IdentifierRoutine {
-  /**
-   * @param name of the routine, in messages about its arguments
-   * @param identifier name of its one argument
-   */
-  IdentifierRoutine(const char* name, const char* identifier)
-      : routine(name), argument(identifier), caller(std::string(" ") + name) {}
+/** A routine that returns the library's status: its names in log lines and in the output. */
+struct StatusRoutine {
+  /** @param name of the routine, in messages about its arguments */
+  explicit StatusRoutine(const char* name) : routine(name), caller(std::string(" ") + name) {}
 
   /** Sets another name for the line about the library's status. */
-  IdentifierRoutine& calledAs(const char* name) {
+  StatusRoutine& calledAs(const char* name) {
     caller = name;
     return *this;
   }
   /** Sets another name for the argument that returns that status. */
-  IdentifierRoutine& returning(const char* name) {
+  StatusRoutine& returning(const char* name) {
     output = name;
     return *this;
   }
 
   const char* routine;
-  const char* argument;
   std::string caller;
   const char* output = "RetStat";
 };
 
 /**
- * Checks the one argument, runs the operation and returns its status.
+ * Checks that there are exactly the named arguments, does the work and returns its status.
+ * @param work called as unsigned int(const RoutineArguments&, Ret&): logs the arguments and runs the
+ * operation
  * @return the operation's result; BACKEND_FAILED for wrong arguments
  */
+template <typename Work>
+unsigned int runStatusRoutine(
+    const StatusRoutine& texts, std::initializer_list<const char*> names, const Work& work,
+    const CIMMethodParam& in, CIMMethodParam& out) {
+  const RoutineArguments arguments(texts.routine, in);
+  if (!arguments.areExactly(names)) {
+    return BACKEND_FAILED;
+  }
+  Ret ret;
+  const unsigned int result = work(arguments, ret);
+  returnStatus(texts.caller, ret, out, texts.output);
+  return result;
+}
+
+/** An operation on a pool or a volume that needs only its identifier. */
+using IdentifierOperation = std::function<unsigned int(unsigned int identifier, Ret& ret)>;
+
+/** The same for a routine with one argument, an identifier. @param argument its name */
 unsigned int runIdentifierRoutine(
-    const IdentifierRoutine& texts, const IdentifierOperation& operation, const CIMMethodParam& in,
-    CIMMethodParam& out);
+    const StatusRoutine& texts, const char* argument, const IdentifierOperation& operation,
+    const CIMMethodParam& in, CIMMethodParam& out);
 
 /** What differs between the routines that return members. */
 struct MemberRoutine {

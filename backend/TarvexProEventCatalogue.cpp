@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <new>
 #include <optional>
 
 #include <sys/stat.h>
@@ -104,6 +105,9 @@ void rewriteArguments(const EventRule& rule, std::vector<std::string>& args, boo
         "TvproEventManager::rephraseEventDescription: %s \t\t\t\t\t\t\t\t    Not enough event arguments "
         "from the driver ",
         rule.name);
+  }
+  if (args.size() < rule.expected) {
+    args.resize(rule.expected);  // the missing ones are empty, and rewritten as such
   }
   for (const ArgumentRule& part : rule.arguments) {
     if (part.label == nullptr || part.index >= args.size()) {
@@ -228,6 +232,8 @@ void TvproEventManager::rephraseEventDescription(
     if (rule != std::end(RULES)) {
       rewriteArguments(*rule, args, skip);
     }
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (...) {
     KvsLogMsg(
         KVS_LOG_ERROR,

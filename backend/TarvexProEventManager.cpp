@@ -40,6 +40,18 @@ unsigned int publishedCode(std::uint32_t code) {
   return static_cast<unsigned int>(std::strtoul(digits, nullptr, DECIMAL));
 }
 
+/** Runs work for an event; on allocation failure this one is lost, with a line in the log, not those after
+ * it. */
+template <typename Work>
+void orLose(const VolEvent& event, Work work) {
+  try {
+    work();
+  } catch (const std::bad_alloc&) {
+    KvsLogMsg(
+        KVS_LOG_ERROR, "An event is lost, there is not enough memory to report it: %s", event.description);
+  }
+}
+
 /** Stops the listener at unload, before anything that the listener uses is destroyed. */
 class ListenerStopper {
 public:
@@ -131,7 +143,14 @@ void TvproEventManager::pollForEvent() {
     if (flagTermThread.load()) {
       return;
     }
-    pollOnce();
+    try {
+      pollOnce();
+    } catch (const std::bad_alloc&) {
+      // Unlike other exceptions, which end the listener: events that were not fetched are still there.
+      KvsLogMsg(
+          KVS_LOG_ERROR, "TvproEventListenerThread could not poll for event: there is not enough memory; it "
+                         "tries again");
+    }
   }
 }
 
@@ -142,23 +161,27 @@ void TvproEventManager::pollOnce() {
     ret = adapter->getEvents(events);
     for (long index = 0; index < events.count(); ++index) {
       VolEvent* event = events.Obj_P(index);
-      bool skip = false;
-      if (!getEventdescription(event, skip)) {
-        KvsLogMsg(KVS_LOG_DEBUG, "Going with event description from driver");
-      }
-      KvsLogMsg(
-          KVS_LOG_DEBUG, "TvproEventManager::pollForEvent() - EventDesc after processing: %s",
-          event->description);
-      if (skip) {
-        KvsLogMsg(KVS_LOG_DEBUG, "TvproEventManager::pollForEvent() - Ignoring internal pool related event ");
-      } else {
-        SendEventIndication(event);
-      }
+      orLose(*event, [&] { report(event); });
     }
     reportPolicyEngineEvent();
   }
   KvsTrace("Exiting TvproEventManager::pollForEvent()");
   reportRefusedPoll(ret);
+}
+
+void TvproEventManager::report(VolEvent* event) {
+  bool skip = false;
+  if (!getEventdescription(event, skip)) {
+    KvsLogMsg(KVS_LOG_DEBUG, "Going with event description from driver");
+  }
+  KvsLogMsg(
+      KVS_LOG_DEBUG, "TvproEventManager::pollForEvent() - EventDesc after processing: %s",
+      event->description);
+  if (skip) {
+    KvsLogMsg(KVS_LOG_DEBUG, "TvproEventManager::pollForEvent() - Ignoring internal pool related event ");
+  } else {
+    SendEventIndication(event);
+  }
 }
 
 void TvproEventManager::reportRefusedPoll(const Ret& ret) {
@@ -190,7 +213,7 @@ void TvproEventManager::reportPolicyEngineEvent() {
       event.description, TVK_EVENT_DESCRIPTION_SIZE,
       running ? "tarvex Plus - Policy Engine Service has started running"
               : "tarvex Plus - Policy Engine Service has stopped");
-  SendEventIndication(&event);
+  orLose(event, [&] { SendEventIndication(&event); });
   KvsLogMsg(
       KVS_LOG_DEBUG, "Delivered Policy Engine status Event with Code = %d", static_cast<int>(event.code));
 }

@@ -83,6 +83,8 @@ public:
   void reportPolicyEngineEvent();
 
 private:
+  /** Describes an event and sends it, unless it concerns an internal pool. */
+  void report(VolEvent* event);
   /** Logs why the events could not be fetched, once for as long as the reason is the same. */
   void reportRefusedPoll(const Ret& ret);
 

@@ -7,10 +7,22 @@
 #include "backend/tvpCIMInstanceWrapper.h"
 #include "oslib/KVSLog.h"
 
+#include <array>
 #include <utility>
 #include <vector>
 
 namespace tvp::cim::fwf {
+
+namespace {
+
+constexpr RoutineRow GENERAL_ROUTINES[] = {{"getRoutineList", getSupportedRoutines, 0, false}};
+
+/** All routines; a new group is added here. */
+std::array<RoutineRows, 4> allRoutines() {
+  return {RoutineRows(GENERAL_ROUTINES), poolRoutines(), volumeRoutines(), dataCacheRoutines()};
+}
+
+}  // namespace
 
 void insertRoutine(
     routineTable& table, const std::string& name, routineFunction function, unsigned int flag) {
@@ -20,11 +32,23 @@ void insertRoutine(
 void initializeRoutineList(routineTable& table) {
   KvsTrace("Entering initializeRoutineList ");
   table.clear();
-  insertRoutine(table, "getRoutineList", getSupportedRoutines, 0);
-  insertPoolRoutines(table);
-  insertVolumeRoutines(table);
-  insertDataCacheRoutines(table);
+  for (const RoutineRows& group : allRoutines()) {
+    for (const RoutineRow& row : group) {
+      insertRoutine(table, row.name, row.function, row.flag);
+    }
+  }
   KvsTrace("Exiting initializeRoutineList ");
+}
+
+bool isServiceMethod(const std::string& name) {
+  for (const RoutineRows& group : allRoutines()) {
+    for (const RoutineRow& row : group) {
+      if (name == row.name) {
+        return row.offered;
+      }
+    }
+  }
+  return false;
 }
 
 unsigned int getSupportedRoutines(const CIMObjectPath&, const CIMMethodParam&, CIMMethodParam& out) {

@@ -5,6 +5,7 @@
 #include "CIM/Framework/CIMMethodParam.h"
 #include "CIM/Framework/CIMObjectPath.h"
 
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -30,19 +31,45 @@ void insertRoutine(routineTable& table, const std::string& name, routineFunction
 /** Clears the table and fills it with all routines. */
 void initializeRoutineList(routineTable& table);
 
+/** Whether clients can call a routine as a method of TVP_TierService. Names are compared exactly. */
+bool isServiceMethod(const std::string& name);
+
 /** The routine that returns the names of all of them. */
 unsigned int getSupportedRoutines(const CIMObjectPath& path, const CIMMethodParam& in, CIMMethodParam& out);
 
+/** A routine as its source file lists it. */
+struct RoutineRow {
+  const char* name;
+  routineFunction function;
+  unsigned int flag = 0;  ///< as in routineInfo
+  bool offered = true;    ///< as a method of TVP_TierService; false: only the gateway executes it by name
+};
+
+/** The rows of one source file, in the order in which they are added to the table. */
+class RoutineRows {
+public:
+  /** @param rows must outlive this object */
+  template <std::size_t COUNT>
+  constexpr explicit RoutineRows(const RoutineRow (&rows)[COUNT]) : m_begin(rows), m_end(rows + COUNT) {}
+
+  const RoutineRow* begin() const { return m_begin; }
+  const RoutineRow* end() const { return m_end; }
+
+private:
+  const RoutineRow* m_begin;
+  const RoutineRow* m_end;
+};
+
 /**
- * Each adds the routines of its file. A routine returns BACKEND_DONE, or BACKEND_FAILED for arguments that
+ * The routines of each file. A routine returns BACKEND_DONE, or BACKEND_FAILED for arguments that
  * are missing or too many (logged, no output) and for a refusal by the storage library, whose status is the
  * output "RetStat" ("ReturnCode" for TvpIfResetVirtualVolumeStats). An argument that is null, of another type
  * or without an element reads as 0 or the empty text, which is left to the library to check. Safe from any
  * thread.
  */
-void insertPoolRoutines(routineTable& table);
-void insertVolumeRoutines(routineTable& table);
-void insertDataCacheRoutines(routineTable& table);
+RoutineRows poolRoutines();
+RoutineRows volumeRoutines();
+RoutineRows dataCacheRoutines();
 
 }  // namespace tvp::cim::fwf
 

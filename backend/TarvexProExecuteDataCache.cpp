@@ -25,13 +25,11 @@ VirtualPoolSpec describeInternalPool(const RoutineArguments& arguments, unsigned
   refreshTarvexProObjects();
   const std::string name = TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL);
   fillTexts(pool, name, "");
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Internal Pool Name: %s", name.c_str());
+  arguments.log("Internal Pool Name:", name);
   pool.tierLevel = TVK_TIER_HDD;
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - LD TierLevel: %d", pool.tierLevel);
+  arguments.log("LD TierLevel:", pool.tierLevel);
   pool.poolFlag = TVK_POOL_INTERNAL;
-  KvsLogMsg(
-      KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Internal Pool Flag: %d",
-      static_cast<int>(pool.poolFlag));
+  arguments.log("Internal Pool Flag:", pool.poolFlag);
   return pool;
 }
 
@@ -61,12 +59,12 @@ unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
   const std::vector<unsigned char> drives = arguments.array<unsigned char>("LDDeviceNumber");
   const unsigned int knobSetting = arguments.uint32("KnobSetting");
 
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Volume Name: %s", name.c_str());
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Description: %s", description.c_str());
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Volume Type: %d", kind);
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - SSD Pool# %d", static_cast<int>(ssdPoolId));
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Capacity from SSD pool: %llu", ssdCapacity);
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateDataCacheVolume() - Knob Setting: %u", knobSetting);
+  arguments.log("Volume Name:", name);
+  arguments.log("Description:", description);
+  arguments.log("Volume Type:", kind);
+  arguments.logIdentifier("SSD Pool#", ssdPoolId);
+  arguments.log("Capacity from SSD pool:", ssdCapacity);
+  arguments.log("Knob Setting:", knobSetting);
 
   if (drives.size() != 1) {
     KvsLogMsg(
@@ -84,31 +82,33 @@ unsigned int TvpIfCreateDataCacheVolume(const CIMObjectPath&, const CIMMethodPar
 
 unsigned int TvpIfDeleteDataCacheVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfDeleteDataCacheVolume");
-  const RoutineArguments arguments("TvpIfDeleteDataCacheVolume", in);
-  if (!arguments.areExactly({"VirtualVolumeId", "VirtualPoolId"})) {
-    return BACKEND_FAILED;
-  }
-  const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
-  const unsigned int poolId = arguments.identifier("VirtualPoolId");
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfDeleteDataCacheVolume() - Volume Id: %d", static_cast<int>(volumeId));
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfDeleteDataCacheVolume() - Pool Id: %d", static_cast<int>(poolId));
+  return runStatusRoutine(
+      StatusRoutine("TvpIfDeleteDataCacheVolume"), {"VirtualVolumeId", "VirtualPoolId"},
+      [](const RoutineArguments& arguments, Ret& ret) {
+        const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
+        const unsigned int poolId = arguments.identifier("VirtualPoolId");
+        arguments.logIdentifier("Volume Id:", volumeId);
+        arguments.logIdentifier("Pool Id:", poolId);
 
-  Ret ret;
-  TarvexProVirtualVolume::DeleteVirtualVolume(volumeId, ret);
-  // An internal pool is deleted with its volume; a pool that still exists is deleted as requested.
-  if (ret.getReturn() == 0 && poolExists(poolId)) {
-    TarvexProVirtualPool::DeleteVirtualPool(poolId, ret);
-  }
-  const unsigned int result = TarvexProVirtualVolume::DeleteDataCacheVolume(volumeId, poolId, ret);
-  returnStatus(" TvpIfDeleteDataCacheVolume", ret, out);
-  return result;
+        TarvexProVirtualVolume::DeleteVirtualVolume(volumeId, ret);
+        // An internal pool is deleted with its volume; a pool that still exists is deleted as requested.
+        if (ret.getReturn() == 0 && poolExists(poolId)) {
+          TarvexProVirtualPool::DeleteVirtualPool(poolId, ret);
+        }
+        return TarvexProVirtualVolume::DeleteDataCacheVolume(volumeId, poolId, ret);
+      },
+      in, out);
 }
+
+constexpr RoutineRow DATA_CACHE_ROUTINES[] = {
+    {"CreateDataCacheVolume", TvpIfCreateDataCacheVolume},
+    {"DeleteDataCacheVolume", TvpIfDeleteDataCacheVolume, 0, false},
+};
 
 }  // namespace
 
-void insertDataCacheRoutines(routineTable& table) {
-  insertRoutine(table, "CreateDataCacheVolume", TvpIfCreateDataCacheVolume, 0);
-  insertRoutine(table, "DeleteDataCacheVolume", TvpIfDeleteDataCacheVolume, 0);
+RoutineRows dataCacheRoutines() {
+  return RoutineRows(DATA_CACHE_ROUTINES);
 }
 
 }  // namespace tvp::cim::fwf

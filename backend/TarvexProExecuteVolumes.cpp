@@ -27,7 +27,7 @@ void fillPools(
   }
 }
 
-void answerStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) {
+void returnStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) {
   const struct {
     const char* name;
     std::uint64_t value;
@@ -47,94 +47,92 @@ void answerStatistics(const d_ioctl_user_stat& statistics, CIMMethodParam& out) 
 
 unsigned int TvpIfCreateVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfCreateVirtualVolume");
-  const RoutineArguments arguments("TvpIfCreateVirtualVolume", in);
-  if (!arguments.areExactly(
-          {"VolumeName", "Description", "VolumeType", "VirtualPoolsCount", "ListOfVirtualPoolIds",
-           "UsedSizeInSectors", "KnobSetting"})) {
-    return BACKEND_FAILED;
-  }
-  const std::string name = arguments.text("VolumeName");
-  const std::string description = arguments.text("Description");
-  const std::vector<unsigned int> poolIds = arguments.array<unsigned int>("ListOfVirtualPoolIds");
-  const std::vector<unsigned long long> sizes = arguments.array<unsigned long long>("UsedSizeInSectors");
-  VirtualVolumeSpec spec;
-  fillTexts(spec, name, description);
-  spec.featureType1 = arguments.uint8("VolumeType");
-  spec.numValidPools = arguments.uint8("VirtualPoolsCount");
-  fillPools(spec, poolIds, sizes);
-  spec.knobSetting = arguments.uint32("KnobSetting");
+  // COMPAT: logs are searched for the name in the line about the status, which only that line has.
+  return runStatusRoutine(
+      StatusRoutine("TvpIfCreateVirtualVolume").calledAs(" tvpCreateVirtualVolume"),
+      {"VolumeName", "Description", "VolumeType", "VirtualPoolsCount", "ListOfVirtualPoolIds",
+       "UsedSizeInSectors", "KnobSetting"},
+      [](const RoutineArguments& arguments, Ret& ret) {
+        const std::string name = arguments.text("VolumeName");
+        const std::string description = arguments.text("Description");
+        const std::vector<unsigned int> poolIds = arguments.array<unsigned int>("ListOfVirtualPoolIds");
+        const std::vector<unsigned long long> sizes =
+            arguments.array<unsigned long long>("UsedSizeInSectors");
+        VirtualVolumeSpec spec;
+        fillTexts(spec, name, description);
+        spec.featureType1 = arguments.uint8("VolumeType");
+        spec.numValidPools = arguments.uint8("VirtualPoolsCount");
+        fillPools(spec, poolIds, sizes);
+        spec.knobSetting = arguments.uint32("KnobSetting");
 
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Volume Name: %s", name.c_str());
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Description: %s", description.c_str());
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Volume Type: %d", spec.featureType1);
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Number of Pools: %u", spec.numValidPools);
-  for (const unsigned int poolId : poolIds) {
-    KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Pool# %d", static_cast<int>(poolId));
-  }
-  for (const unsigned long long size : sizes) {
-    KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Used size in sectors: %llu", size);
-  }
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfCreateVirtualVolume() - Knob Setting: %u", spec.knobSetting);
+        arguments.log("Volume Name:", name);
+        arguments.log("Description:", description);
+        arguments.log("Volume Type:", spec.featureType1);
+        arguments.log("Number of Pools:", spec.numValidPools);
+        for (const unsigned int poolId : poolIds) {
+          arguments.logIdentifier("Pool#", poolId);
+        }
+        for (const unsigned long long size : sizes) {
+          arguments.log("Used size in sectors:", size);
+        }
+        arguments.log("Knob Setting:", spec.knobSetting);
 
-  Ret ret;
-  const unsigned int result = TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
-  // COMPAT: logs are searched for the name, which only this line has.
-  returnStatus(" tvpCreateVirtualVolume", ret, out);
-  return result;
+        return TarvexProVirtualVolume::CreateVirtualVolume(spec, ret);
+      },
+      in, out);
 }
 
 unsigned int TvpIfDeleteVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfDeleteVirtualVolume");
   return runIdentifierRoutine(
-      IdentifierRoutine("TvpIfDeleteVirtualVolume", "VirtualVolumeId"),
+      StatusRoutine("TvpIfDeleteVirtualVolume"), "VirtualVolumeId",
       TarvexProVirtualVolume::DeleteVirtualVolume, in, out);
 }
 
 unsigned int TvpIfModifyVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfModifyVirtualVolume");
-  const RoutineArguments arguments("TvpIfModifyVirtualVolume", in);
-  if (!arguments.areExactly({"VirtualVolumeId", "VolumeName", "Description", "KnobSetting"})) {
-    return BACKEND_FAILED;
-  }
-  const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
-  const std::string name = arguments.text("VolumeName");
-  const std::string description = arguments.text("Description");
-  VirtualVolumeSpec spec;
-  spec.volumeId = volumeId;
-  fillTexts(spec, name, description);
-  spec.knobSetting = arguments.uint32("KnobSetting");
+  return runStatusRoutine(
+      StatusRoutine("TvpIfModifyVirtualVolume").calledAs(" TvpIfModifyVirtualPool"),
+      {"VirtualVolumeId", "VolumeName", "Description", "KnobSetting"},
+      [](const RoutineArguments& arguments, Ret& ret) {
+        const unsigned int volumeId = arguments.identifier("VirtualVolumeId");
+        const std::string name = arguments.text("VolumeName");
+        const std::string description = arguments.text("Description");
+        VirtualVolumeSpec spec;
+        spec.volumeId = volumeId;
+        fillTexts(spec, name, description);
+        spec.knobSetting = arguments.uint32("KnobSetting");
 
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Volume Id: %d", static_cast<int>(volumeId));
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Volume Name: %s", name.c_str());
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Description: %s", description.c_str());
-  KvsLogMsg(KVS_LOG_DEBUG, "TvpIfModifyVirtualVolume() - Knob Setting: %u", spec.knobSetting);
+        arguments.logIdentifier("Volume Id:", volumeId);
+        arguments.log("Volume Name:", name);
+        arguments.log("Description:", description);
+        arguments.log("Knob Setting:", spec.knobSetting);
 
-  // COMPAT: both lines name the pool routine; logs are searched for them.
-  KvsLogMsg(KVS_LOG_DEBUG, "Before TvpIfModifyVirtualPool() call");
-  Ret ret;
-  const unsigned int result = TarvexProVirtualVolume::ModifyVirtualVolume(volumeId, spec, ret);
-  returnStatus(" TvpIfModifyVirtualPool", ret, out);
-  return result;
+        // COMPAT: this line and the one about the status name the pool routine; logs are searched for them.
+        KvsLogMsg(KVS_LOG_DEBUG, "Before TvpIfModifyVirtualPool() call");
+        return TarvexProVirtualVolume::ModifyVirtualVolume(volumeId, spec, ret);
+      },
+      in, out);
 }
 
 unsigned int TvpIfFlushVirtualVolume(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfFlushVirtualVolume");
   return runIdentifierRoutine(
-      IdentifierRoutine("TvpIfFlushVirtualVolume", "VirtualVolumeId"),
-      TarvexProVirtualVolume::FlushVirtualVolume, in, out);
+      StatusRoutine("TvpIfFlushVirtualVolume"), "VirtualVolumeId", TarvexProVirtualVolume::FlushVirtualVolume,
+      in, out);
 }
 
 unsigned int TvpIfGetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in, CIMMethodParam& out) {
   traceRoutineEntry("TvpIfGetVirtualVolumeStats");
   std::optional<d_ioctl_user_stat> statistics;
   const unsigned int result = runIdentifierRoutine(
-      IdentifierRoutine("TvpIfGetVirtualVolumeStats", "VirtualVolumeId"),
+      StatusRoutine("TvpIfGetVirtualVolumeStats"), "VirtualVolumeId",
       [&statistics](unsigned int volumeId, Ret& ret) {
         return TarvexProVirtualVolume::GetVolumeStats(volumeId, &statistics.emplace(), ret);
       },
       in, out);
   if (statistics) {
-    answerStatistics(*statistics, out);
+    returnStatistics(*statistics, out);
   }
   return result;
 }
@@ -144,7 +142,7 @@ TvpIfResetVirtualVolumeStats(const CIMObjectPath&, const CIMMethodParam& in, CIM
   traceRoutineEntry("TvpIfResetVirtualVolumeStats");
   // COMPAT: only for this routine, clients read the status as "ReturnCode".
   return runIdentifierRoutine(
-      IdentifierRoutine("TvpIfResetVirtualVolumeStats", "VirtualVolumeId").returning("ReturnCode"),
+      StatusRoutine("TvpIfResetVirtualVolumeStats").returning("ReturnCode"), "VirtualVolumeId",
       TarvexProVirtualVolume::ResetVolumeStats, in, out);
 }
 
@@ -159,16 +157,20 @@ TvpIfGetVirtualVolumeMembers(const CIMObjectPath& path, const CIMMethodParam& in
   return runMemberRoutine(members, path, in, out);
 }
 
+constexpr RoutineRow VOLUME_ROUTINES[] = {
+    {"CreateVirtualVolume", TvpIfCreateVirtualVolume, 1},
+    {"DeleteVirtualVolume", TvpIfDeleteVirtualVolume, 1},
+    {"ModifyVirtualVolume", TvpIfModifyVirtualVolume},
+    {"FlushVirtualVolume", TvpIfFlushVirtualVolume},
+    {"GetVirtualVolumeStats", TvpIfGetVirtualVolumeStats},
+    {"ResetVirtualVolumeStats", TvpIfResetVirtualVolumeStats},
+    {"GetVirtualVolumeMembers", TvpIfGetVirtualVolumeMembers},
+};
+
 }  // namespace
 
-void insertVolumeRoutines(routineTable& table) {
-  insertRoutine(table, "CreateVirtualVolume", TvpIfCreateVirtualVolume, 1);
-  insertRoutine(table, "DeleteVirtualVolume", TvpIfDeleteVirtualVolume, 1);
-  insertRoutine(table, "ModifyVirtualVolume", TvpIfModifyVirtualVolume, 0);
-  insertRoutine(table, "FlushVirtualVolume", TvpIfFlushVirtualVolume, 0);
-  insertRoutine(table, "GetVirtualVolumeStats", TvpIfGetVirtualVolumeStats, 0);
-  insertRoutine(table, "ResetVirtualVolumeStats", TvpIfResetVirtualVolumeStats, 0);
-  insertRoutine(table, "GetVirtualVolumeMembers", TvpIfGetVirtualVolumeMembers, 0);
+RoutineRows volumeRoutines() {
+  return RoutineRows(VOLUME_ROUTINES);
 }
 
 }  // namespace tvp::cim::fwf

@@ -71,6 +71,8 @@ bool readIdentity(TvkAdapter& adapter, TvkAdapterIdentity& identity, Ret& ret) {
     KvsLogMsg(
         KVS_LOG_ERROR, "InsertFeatureIdentityInfo() - the storage library does not tell its identity: %s",
         ret.getText());
+  } catch (const std::bad_alloc&) {
+    throw;  // without an identity the answer would look complete
   } catch (...) {
     KvsTrace("Exception caught in Tvk Lib method: TvkAdapter::getIdentity() ");
   }

@@ -146,7 +146,7 @@ double Subject::time(const std::function<void()>& call) {
 Scenario Scenario::named(const std::string& name) {
   const std::size_t dash = name.find('-');
   if (dash == std::string::npos) {
-    throw std::invalid_argument("'" + name + "' is no scenario; they are named like drives-8");
+    throw std::invalid_argument("'" + name + "' is not a scenario; they are named like drives-8");
   }
   return {name.substr(0, dash), std::stoul(name.substr(dash + 1))};
 }

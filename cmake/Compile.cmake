@@ -3,8 +3,7 @@
 
 add_library(tvp_compile INTERFACE)
 target_compile_options(tvp_compile INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -fno-omit-frame-pointer
-  $<$<COMPILE_LANGUAGE:CXX>:-fcheck-new>)
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wformat=2 -fno-omit-frame-pointer)
 target_include_directories(tvp_compile INTERFACE ${PROJECT_SOURCE_DIR})
 
 # Hardening of what is shipped. The provider runs in the object manager, usually as root. In every build all

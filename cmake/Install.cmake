@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# What `cmake --install` installs, and where. Two components: `provider` for machines with an object manager, `dev` for authors
-# of management clients. tvp-register and tvpcim find the rest relative to their own location, so any prefix works.
+# What `cmake --install` installs, and where. One component, `provider`: tests and tools of the build
+# tree are not part of it. tvp-register and tvpcim find the rest relative to their own location, so any prefix works.
 
 set(TVP_SHARED_DIRECTORY ${CMAKE_INSTALL_DATADIR}/tarvexpro)
 # Debian's zsh looks for packaged completions in a separate directory.
@@ -47,7 +47,7 @@ configure_file(packaging/tvp-register.in ${CMAKE_BINARY_DIR}/sbin/tvp-register @
 
 install(TARGETS tarvexProProvider VOLTVK LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT provider)
 install(TARGETS voltvkctl RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
-install(TARGETS tvpcim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT dev)
+install(TARGETS tvpcim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT provider)
 install(PROGRAMS ${CMAKE_BINARY_DIR}/sbin/tvp-register DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
 install(FILES ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
   DESTINATION ${TVP_SHARED_DIRECTORY} COMPONENT provider)
@@ -64,10 +64,7 @@ file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 install(FILES README.md DESTINATION ${documentation} COMPONENT provider)
 install(FILES ${pages} DESTINATION ${documentation}/docs COMPONENT provider)
 tvp_compress(changes ${PROJECT_SOURCE_DIR}/packaging/debian/changelog changelog)
-foreach(component IN ITEMS provider dev)
-  install(FILES ${changes} packaging/debian/copyright
-    DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-${component} COMPONENT ${component})
-endforeach()
+install(FILES ${changes} packaging/debian/copyright DESTINATION ${documentation} COMPONENT provider)
 
 # tvp_configure_completion(COMMAND): the completion of a command from its help.
 function(tvp_configure_completion command)
@@ -80,22 +77,22 @@ function(tvp_configure_completion command)
   endforeach()
 endfunction()
 
-# tvp_install_command_help(COMPONENT COMMAND SECTION COMPLETIONS): man page, and completion for bash and zsh, which are in
+# tvp_install_command_help(COMMAND SECTION COMPLETIONS): man page, and completion for bash and zsh, which are in
 # the directory COMPLETIONS.
-function(tvp_install_command_help component command section completions)
+function(tvp_install_command_help command section completions)
   tvp_compress(page ${PROJECT_SOURCE_DIR}/packaging/man/${command}.${section} ${command}.${section})
-  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT ${component})
+  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT provider)
   install(FILES ${completions}/${command}.bash RENAME ${command}
-    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT ${component})
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT provider)
   install(FILES ${completions}/${command}.zsh RENAME _${command}
-    DESTINATION ${TVP_ZSH_COMPLETION_DIRECTORY} COMPONENT ${component})
+    DESTINATION ${TVP_ZSH_COMPLETION_DIRECTORY} COMPONENT provider)
 endfunction()
 
 tvp_configure_completion(voltvkctl)
 tvp_configure_completion(tvpcim)
-tvp_install_command_help(provider tvp-register 8 packaging/completion)
-tvp_install_command_help(provider voltvkctl 8 ${CMAKE_BINARY_DIR}/completion)
-tvp_install_command_help(dev tvpcim 1 ${CMAKE_BINARY_DIR}/completion)
+tvp_install_command_help(tvp-register 8 packaging/completion)
+tvp_install_command_help(voltvkctl 8 ${CMAKE_BINARY_DIR}/completion)
+tvp_install_command_help(tvpcim 1 ${CMAKE_BINARY_DIR}/completion)
 
 get_property(compressed GLOBAL PROPERTY tvp_compressed)
 add_custom_target(documentation ALL DEPENDS ${compressed})

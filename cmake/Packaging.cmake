@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-# The Debian packages: tarvexpro-provider and tarvexpro-dev. Built by `./dev package`.
+# The Debian package tarvexpro-provider. Built by `./dev package`.
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tarvexpro)
 set(CPACK_PACKAGE_VENDOR tarvexPro)
 set(CPACK_PACKAGE_CONTACT "tarvexPro maintainers <maintainers@tarvexpro.invalid>" CACHE STRING "Maintainer of the packages")
 set(CPACK_PACKAGE_DIRECTORY ${CMAKE_BINARY_DIR}/packages)
-set(CPACK_COMPONENTS_ALL provider dev)
+set(CPACK_COMPONENTS_ALL provider)
 set(CPACK_STRIP_FILES ON)
 # Installed under DESTDIR, since the event catalogue has an absolute path.
 set(CPACK_SET_DESTDIR ON)
@@ -30,18 +30,16 @@ stack of the machine: drives, pools, tiered and cached volumes and their
 statistics, with an indication for every change.
 
 This package contains the provider, the embedded storage library with its
-command voltvkctl, the CIM schema, and tvp-register, which registers the
-provider with an object manager.")
+command voltvkctl, the CIM schema, tvp-register, which registers the provider
+with an object manager, and tvpcim, which loads the provider without one: it
+makes CIM calls and prints the results, for administration, for developing
+management clients and for demonstrations.")
+# Version 1.0.0 had tvpcim in a package of its own.
+set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONFLICTS tarvexpro-dev)
+set(CPACK_DEBIAN_PROVIDER_PACKAGE_REPLACES tarvexpro-dev)
+set(CPACK_DEBIAN_PROVIDER_PACKAGE_PROVIDES tarvexpro-dev)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
   ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/prerm
   ${PROJECT_SOURCE_DIR}/packaging/debian/postrm ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
-
-set(CPACK_DEBIAN_DEV_PACKAGE_NAME tarvexpro-dev)
-set(CPACK_DEBIAN_DEV_PACKAGE_SECTION devel)
-set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "tarvexpro-provider (= ${PROJECT_VERSION})")
-set(CPACK_DEBIAN_DEV_DESCRIPTION "command-line CMPI host for the tarvexPro management provider
-The command tvpcim loads the provider without an object manager, makes CIM
-calls to it and prints the results as a table, as JSON or as MOF. It is meant
-for developing management clients, for tests and for demonstrations.")
 
 include(CPack)

@@ -43,22 +43,23 @@ struct AssociationRequest {
   std::string resultClass;  ///< class of the far end
 };
 
-/** The class at the other end of the association; empty, with an error in the log, if there is none. */
-std::string farEnd(FrameworkFacade& facade, const AssociationRequest& request) {
+/**
+ * Whether the source is at one end of the association; if not, there is an error in the log. The other end
+ * may be without a name.
+ */
+bool isRelated(FrameworkFacade& facade, const AssociationRequest& request) {
   std::string antecedent;
   std::string dependent;
   facade.getAntecedentAndDependentNames(request.assocClass, antecedent, dependent);
   const std::string source = CMPIAdapter::ToLower(request.source.className());
-  if (source == CMPIAdapter::ToLower(antecedent)) {
-    return dependent;
-  }
-  if (source == CMPIAdapter::ToLower(dependent)) {
-    return antecedent;
+  if (!source.empty() &&
+      (source == CMPIAdapter::ToLower(antecedent) || source == CMPIAdapter::ToLower(dependent))) {
+    return true;
   }
   KvsLogMsg(
       KVS_LOG_ERROR, "Unrelated Association class %s for %s", request.assocClass.c_str(),
       request.source.className().c_str());
-  return std::string();
+  return false;
 }
 
 /** The registered classes that serve a request: the named class if it is registered, else the candidates. */
@@ -66,7 +67,7 @@ std::vector<std::string>
 associationClasses(FrameworkFacade& facade, const AssociationRequest& request, const CMPIBroker* broker) {
   std::vector<std::string> classes;
   if (!request.assocClass.empty() && facade.getPlugIn(request.assocClass) != nullptr) {
-    if (!farEnd(facade, request).empty()) {
+    if (isRelated(facade, request)) {
       classes.push_back(request.assocClass);
     }
     return classes;
@@ -163,7 +164,7 @@ void CMPIAdapter::AssociatorNames(
       KvsLogMsg(KVS_LOG_ERROR, "%s", NO_PLUGIN);
       return;
     }
-    if (farEnd(facade, request).empty()) {
+    if (!isRelated(facade, request)) {
       return;
     }
     std::string nearRole = textOrEmpty(role);

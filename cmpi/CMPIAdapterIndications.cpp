@@ -23,6 +23,51 @@ bool notDelivered(const CMPIBroker* broker, const char* reason) {
   return false;
 }
 
+/**
+ * Whether a call of the broker succeeded. Its message is released, since no request ends on the listener's
+ * thread; a broker that throws has not succeeded, and must not end the listener.
+ */
+template <typename Call>
+bool succeeds(Call call) {
+  try {
+    const CMPIStatus status = call();
+    const CMPIObjectGuard<CMPIString> message(status.msg);
+    return status.rc == CMPI_RC_OK;
+  } catch (...) {
+    return false;
+  }
+}
+
+/**
+ * Has the broker free, on destruction, what it has made on this thread in the meantime. Besides the objects
+ * that the provider releases one by one, one object manager makes strings of its own while an indication is
+ * converted and delivered, which nothing else frees. Does nothing with a broker that lacks these functions.
+ */
+class BrokerMemoryMark {
+public:
+  explicit BrokerMemoryMark(const CMPIBroker* broker) : m_broker(broker) {
+    if (broker->mft == nullptr || broker->mft->mark == nullptr || broker->mft->release == nullptr) {
+      return;
+    }
+    succeeds([this] {
+      CMPIStatus rc{CMPI_RC_OK, nullptr};
+      m_mark = m_broker->mft->mark(m_broker, &rc);
+      return rc;
+    });
+  }
+  ~BrokerMemoryMark() {
+    if (m_mark != nullptr) {
+      succeeds([this] { return m_broker->mft->release(m_broker, m_mark); });
+    }
+  }
+  BrokerMemoryMark(const BrokerMemoryMark&) = delete;
+  BrokerMemoryMark& operator=(const BrokerMemoryMark&) = delete;
+
+private:
+  const CMPIBroker* m_broker;
+  CMPIGcStat* m_mark = nullptr;
+};
+
 /** The CMPI instance of an indication. @return a null guard if it cannot be made */
 CMPIObjectGuard<CMPIInstance>
 convertIndication(const fwf::CIMInstance& indication, const CMPIBroker* broker) {
@@ -131,15 +176,17 @@ bool CMPIAdapter::DeliverIndication(fwf::CIMInstance& indication) {
     KvsLogMsg(KVS_LOG_INFORMATION, "#***#Thread Context not equal to Original Context");
     return false;
   }
-  if (CBAttachThread(broker, threadContext).rc != CMPI_RC_OK) {
+  if (!succeeds([&] { return CBAttachThread(broker, threadContext); })) {
     return notDelivered(broker, "Failed to attach context to new thread");
   }
+  const BrokerMemoryMark mark(broker);
   const CMPIObjectGuard<CMPIInstance> instance = convertIndication(indication, broker);
   if (!instance.usable()) {
     return notDelivered(broker, "Failed to convert CMPI Instance to Framework Instance");
   }
-  if (CBDeliverIndication(broker, threadContext, indication.nameSpace().c_str(), instance.get()).rc !=
-      CMPI_RC_OK) {
+  if (!succeeds([&] {
+        return CBDeliverIndication(broker, threadContext, indication.nameSpace().c_str(), instance.get());
+      })) {
     return notDelivered(broker, "Failed to deliver indication");
   }
   KvsTrace("Exiting CMPIAdapter::DeliverIndication()");

@@ -4,8 +4,10 @@
 #include "cmpi/CMPIAdapterOperation.h"
 #include "cmpi/CMPIAdministrator.h"
 #include "cmpi/CMPIHelper.h"
+#include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 
+#include <cstring>
 #include <utility>
 
 namespace tvp::cim::adap::cmpi {
@@ -37,6 +39,15 @@ CIMObjectPath changePath(const char* operation, const CMPIObjectPath* op) {
   CMPIHelper::CMPIObjectPathToFrameworkObjectPath(op, true, path);
   logClassName(operation, path);
   return path;
+}
+
+/**
+ * Whether the object manager takes the first element of a creation's answer without looking whether there is
+ * one. COMPAT: SFCB, whose process for providers would end.
+ */
+bool needsPathOfCreation(const CMPIBroker* broker) {
+  return broker != nullptr && broker->bft != nullptr && broker->bft->brokerName != nullptr &&
+         std::strcmp(broker->bft->brokerName, "RequestHandler") == 0;
 }
 
 }  // namespace
@@ -91,6 +102,9 @@ void CMPIAdapter::CreateInstance(
     requireFacade();
     // COMPAT: clients see creation accepted although it does nothing; pools and volumes are created by
     // methods.
+    if (needsPathOfCreation(broker)) {
+      keepRefusal(CMReturnObjectPath(rslt, op), broker, status);
+    }
     ReturnInstances(broker, rslt, nullptr, {}, status);
   });
 }

@@ -53,8 +53,8 @@ void CMPIAdapter::InvokeMethod(
     CMPIValue returnValue{};
     returnValue.uint32 = callMethod(op, methodName, in, output);
     FormArguments(broker, rslt, output, out, status);
-    keepRefusal(CMReturnData(rslt, &returnValue, CMPI_uint32), status);
-    keepRefusal(CMReturnDone(rslt), status);
+    keepRefusal(CMReturnData(rslt, &returnValue, CMPI_uint32), broker, status);
+    keepRefusal(CMReturnDone(rslt), broker, status);
   });
 }
 

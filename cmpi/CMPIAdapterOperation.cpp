@@ -8,8 +8,12 @@
 
 namespace tvp::cim::adap::cmpi {
 
-CMPIString* newMessage(const CMPIBroker* broker, const char* text) {
-  return broker == nullptr ? nullptr : CMNewString(broker, text, nullptr);
+CMPIString* newMessage(const CMPIBroker* broker, const char* text) noexcept {
+  try {
+    return broker == nullptr ? nullptr : CMNewString(broker, text, nullptr);
+  } catch (...) {
+    return nullptr;  // an object manager in C++ may run out of memory; the status arrives without a message
+  }
 }
 
 void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const char* text) {
@@ -27,9 +31,13 @@ void throwInternalError(const char* logText, const char* message) {
   throw fwf::CIMException(fwf::FW_RC_INTERNAL_ERROR, std::string(message));
 }
 
-void keepRefusal(const CMPIStatus& answer, CMPIStatus* status) {
-  if (answer.rc != CMPI_RC_OK && status->rc == CMPI_RC_OK) {
-    *status = answer;
+void keepRefusal(const CMPIStatus& answer, const CMPIBroker* broker, CMPIStatus* status) {
+  if (answer.rc == CMPI_RC_OK || status->rc != CMPI_RC_OK) {
+    return;
+  }
+  *status = answer;
+  if (status->msg == nullptr) {
+    status->msg = newMessage(broker, "The object manager did not accept the result");
   }
 }
 

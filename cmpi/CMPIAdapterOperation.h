@@ -15,8 +15,8 @@ namespace tvp::cim::adap::cmpi {
 /** The message for anything thrown that is not a CIMException. */
 inline constexpr char UNKNOWN_ERROR[] = "Failed : Unknown Error";
 
-/** A string of the broker. @return null without a broker */
-CMPIString* newMessage(const CMPIBroker* broker, const char* text);
+/** A string of the broker. @return null without a broker, or if it does not make one, even by throwing */
+CMPIString* newMessage(const CMPIBroker* broker, const char* text) noexcept;
 
 /** Sets a status with its message. */
 void setStatus(CMPIStatus* status, CMPIrc rc, const CMPIBroker* broker, const char* text);
@@ -27,8 +27,11 @@ void logAndFail(CMPIStatus* status, const CMPIBroker* broker, const char* text);
 /** Logs a failure at level 2. @throws CIMException FW_RC_INTERNAL_ERROR with message */
 [[noreturn]] void throwInternalError(const char* logText, const char* message);
 
-/** Sets the status to the object manager's refusal of a result, unless it is already an error. */
-void keepRefusal(const CMPIStatus& answer, CMPIStatus* status);
+/**
+ * Sets the status to the object manager's refusal of a result, unless it is already an error. A refusal
+ * without a message gets one.
+ */
+void keepRefusal(const CMPIStatus& answer, const CMPIBroker* broker, CMPIStatus* status);
 
 /** The facade. @throws CIMException FW_RC_INTERNAL_ERROR if there is none */
 fwf::FrameworkFacade& requireFacade();

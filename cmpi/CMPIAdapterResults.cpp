@@ -27,10 +27,10 @@ void returnAll(
     if (!isObject(object) || alreadyFailed) {
       logAndFail(status, broker, failure);
     } else {
-      keepRefusal(give(object), status);
+      keepRefusal(give(object), broker, status);
     }
   }
-  keepRefusal(CMReturnDone(rslt), status);
+  keepRefusal(CMReturnDone(rslt), broker, status);
 }
 
 }  // namespace

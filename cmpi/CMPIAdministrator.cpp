@@ -37,7 +37,8 @@ bool readOrigin(const CMPIContext* ctx, const CMPIBroker* broker, RequestOrigin&
     return false;
   }
   const char* user = nullptr;
-  if (principal.value.string != nullptr) {
+  // The value of anything else than a string is not a pointer that may be followed.
+  if (principal.type == CMPI_string && principal.value.string != nullptr) {
     // The handle is not checked: where the handle is the text itself, it is null for a null text.
     user = CMGetCharsPtr(principal.value.string, &rc);
   } else {

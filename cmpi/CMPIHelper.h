@@ -18,8 +18,9 @@ namespace tvp::cim::adap::cmpi {
  *
  * Failures are thrown as CIMException. Unless said otherwise the code is FW_RC_FAILED with the text " ::
  * Operation Failed" for a failed CMPI call, and FW_RC_NOT_SUPPORTED for a type that the direction does not
- * support. The two directions deliberately support different types. Stateless: any thread may call, one of
- * the provider's own threads only while it is attached to the broker.
+ * support. A null object, or one with a null handle, fails as its first CMPI call would. The two directions
+ * deliberately support different types. Stateless: any thread may call, one of the provider's own threads
+ * only while it is attached to the broker.
  *
  * Intermediate objects are released on every path; a returned object belongs to the caller, who releases it
  * or leaves it to the end of the request.
@@ -37,7 +38,8 @@ public:
 
   /**
    * Replaces the key bindings of a path with the string, boolean, sint64 and reference keys of a CMPI path;
-   * keys of other types and keys without the state CMPI_keyValue are dropped. A sint64 key becomes a uint32
+   * keys of other types, keys without the state CMPI_keyValue and keys that are counted but answer
+   * CMPI_RC_ERR_NO_SUCH_PROPERTY are dropped. A sint64 key becomes a uint32
    * of its low 32 bits. A CMPI path without any key leaves the bindings as they are. @return true
    */
   static bool setKeys(CMPIObjectPath const* op, fwf::CIMObjectPath& out);
@@ -46,8 +48,8 @@ public:
   static std::string objectPathText(CMPIObjectPath const* op);
 
   /**
-   * A new CMPI path with all key bindings. Types beyond scalars and arrays of the simple kinds and scalar
-   * references are refused with FW_RC_NOT_SUPPORTED.
+   * A new CMPI path with all key bindings that have a value; the others are named in the log. Types beyond
+   * scalars and arrays of the simple kinds and scalar references are refused with FW_RC_NOT_SUPPORTED.
    * @return null if the broker returns neither an object nor an error
    */
   static CMPIObjectPath*

@@ -2,6 +2,7 @@
 #include "CIM/Framework/CIMException.h"
 #include "cmpi/CMPIHelper.h"
 #include "cmpi/CMPIHelperValues.h"
+#include "cmpi/CMPIObjectGuard.h"
 #include "cmpimacs.h"
 #include "oslib/KVSLog.h"
 
@@ -74,6 +75,9 @@ const ArgumentKind& kindOf(const CIMProperty& argument) {
 void CMPIHelper::CMPIArgsToFrameWorkMethodParam(CMPIArgs const* in, CIMMethodParam& out) {
   KvsTrace("Entering CMPIHelper::CMPIArgsToFrameWorkMethodParam");
   const InboundRules rules{IN_ARGUMENT, CMPIObjectPathToFrameworkObjectPath, nullptr};
+  if (!isObject(in)) {
+    fail();
+  }
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPICount count = CMGetArgCount(in, &rc);
   requireOk(rc);
@@ -94,6 +98,9 @@ void CMPIHelper::CMPIArgsToFrameWorkMethodParam(CMPIArgs const* in, CIMMethodPar
 void CMPIHelper::FrameworkArgumentsToCMPIArguments(
     CIMMethodParam const& params, CMPIArgs* out, CMPIBroker const* broker) {
   const OutboundRules rules{broker, nullptr, nullptr};
+  if (broker == nullptr || !isObject(out)) {
+    fail();
+  }
   for (const CIMProperty& argument : params.arguments()) {
     KvsLogMsg(KVS_LOG_DEBUG, "Prop type %d", static_cast<int>(argument.getType()));
     const ArgumentKind& kind = kindOf(argument);

@@ -35,7 +35,7 @@ void setProperty(const CMPIInstance* ci, const CIMProperty& property, const Outb
     KvsLogMsg(
         KVS_LOG_INFORMATION, "%s:Exception for the attribute %s due to Type MisMatch ->%d.",
         "FrameworkInstanceToCMPIInstance", property.name().c_str(), static_cast<int>(rc.rc));
-    fail();
+    fail(nullptr, rc);
   }
 }
 

@@ -37,6 +37,14 @@ void logMissing(const char* text) {
   KvsLogMsg(KVS_LOG_ERROR, "CMPIHelper::CMPIObjectPathToFrameworkObjectPath() - %s is NULL", text);
 }
 
+/** Fails with a code and text of its own, releasing the message, unless a part of a path could be read. */
+void requirePart(const CMPIStatus& status, unsigned int code, const char* text) {
+  if (status.rc != CMPI_RC_OK) {
+    const CMPIObjectGuard<CMPIString> message(status.msg);
+    throw CIMException(code, std::string(text));
+  }
+}
+
 /** Host, namespace and class of a path. @return false, after calling report, if one of the texts is null */
 bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, void (*report)(const char* text)) {
   if (!isObject(op)) {
@@ -44,14 +52,10 @@ bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, void (*report)(cons
   }
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPIObjectGuard<CMPIString> nameSpace(CMGetNameSpace(op, &rc));
-  if (rc.rc != CMPI_RC_OK) {
-    throw CIMException(fwf::FW_RC_INVALID_NAMESPACE, std::string(fwf::INVALID_NAMESPACE_SUFFIX));
-  }
+  requirePart(rc, fwf::FW_RC_INVALID_NAMESPACE, fwf::INVALID_NAMESPACE_SUFFIX);
   const char* nameSpaceText = charactersOf(nameSpace.get());
   const CMPIObjectGuard<CMPIString> className(CMGetClassName(op, &rc));
-  if (rc.rc != CMPI_RC_OK) {
-    throw CIMException(fwf::FW_RC_INVALID_CLASS, std::string(fwf::INVALID_CLASS_SUFFIX));
-  }
+  requirePart(rc, fwf::FW_RC_INVALID_CLASS, fwf::INVALID_CLASS_SUFFIX);
   const char* classText = charactersOf(className.get());
   char host[HOST_NAME_SIZE] = {};
   if (KvsGetHostName(host, HOST_NAME_SIZE) != 0) {
@@ -76,6 +80,9 @@ bool readNames(const CMPIObjectPath* op, CIMObjectPath& out, void (*report)(cons
 /** Replaces the keys of a path; readPath is for keys that are references. */
 void readKeys(const CMPIObjectPath* op, PathReader readPath, CIMObjectPath& out) {
   const InboundRules rules{IN_KEY, readPath, nullptr};
+  if (!isObject(op)) {
+    fail();
+  }
   CMPIStatus rc{CMPI_RC_OK, nullptr};
   const CMPICount count = CMGetKeyCount(op, &rc);
   requireOk(rc);
@@ -86,6 +93,10 @@ void readKeys(const CMPIObjectPath* op, PathReader readPath, CIMObjectPath& out)
   for (CMPICount i = 0; i < count; ++i) {
     CMPIString* name = nullptr;
     const CMPIData data = CMGetKeyAt(op, i, &name, &rc);
+    // One object manager counts the keys of the class, of which a path that names only the class has none.
+    if (rc.rc == CMPI_RC_ERR_NO_SUCH_PROPERTY) {
+      continue;
+    }
     requireOk(rc);
     const InboundKind* kind = findInboundKind(data.type, IN_KEY);
     if (data.state == CMPI_keyValue && kind != nullptr) {
@@ -118,9 +129,12 @@ void addKey(CMPIObjectPath* path, const CIMProperty& key, const OutboundRules& r
     KvsLogMsg(KVS_LOG_DEBUG, " string property %s", key.stringSlot().m_values.front().c_str());
   }
   const OutboundValue value = valueOfProperty(key, *shape, rules);
-  if (!value.isNull()) {  // a key without a value identifies nothing
-    requireOk(CMAddKey(path, key.name().c_str(), value.get(), value.type()), rules.report);
+  if (value.isNull()) {  // a key without a value identifies nothing
+    KvsLogMsg(
+        KVS_LOG_INFORMATION, "%s:Key %s has no value and is left out.", OUTBOUND_NAME, key.name().c_str());
+    return;
   }
+  requireOk(CMAddKey(path, key.name().c_str(), value.get(), value.type()), rules.report);
 }
 
 bool isArray(const CIMProperty& property) {
@@ -174,7 +188,7 @@ CMPIObjectPath* makeObjectPath(
   CMPIObjectGuard<CMPIObjectPath> path(CMNewObjectPath(broker, nameSpace.c_str(), className.c_str(), &rc));
   if (rc.rc != CMPI_RC_OK) {
     KvsLogMsg(KVS_LOG_INFORMATION, "%s:Cannot set object path.", OUTBOUND_NAME);
-    fail();
+    fail(nullptr, rc);
   }
   if (!path.usable()) {
     return nullptr;

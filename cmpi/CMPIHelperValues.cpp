@@ -4,11 +4,14 @@
 #include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/CIMInstance.h"
 #include "CIM/Framework/CIMObjectPath.h"
+#include "cmpi/CMPIObjectGuard.h"
 #include "cmpimacs.h"
 
 namespace tvp::cim::adap::cmpi {
 
 void fail(FailureReport report, const CMPIStatus& status) {
+  // No request ends on the listener's thread, so nobody else would release it there.
+  const CMPIObjectGuard<CMPIString> message(status.msg);
   if (report != nullptr) {
     report(status);
   }

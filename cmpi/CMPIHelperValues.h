@@ -17,11 +17,12 @@ namespace tvp::cim::adap::cmpi {
 /** Logs a conversion's message about a failed CMPI call; null if it has none. */
 using FailureReport = void (*)(const CMPIStatus& status);
 
-/** Reports a failure. @throws CIMException FW_RC_FAILED with " :: Operation Failed", always */
+/** Reports a failure and releases the status's message. @throws CIMException FW_RC_FAILED with " :: Operation
+ * Failed", always */
 [[noreturn]] void
 fail(FailureReport report = nullptr, const CMPIStatus& status = CMPIStatus{CMPI_RC_OK, nullptr});
 
-/** Fails unless the status is CMPI_RC_OK. */
+/** Fails, as fail does, unless the status is CMPI_RC_OK. */
 void requireOk(const CMPIStatus& status, FailureReport report = nullptr);
 
 /**

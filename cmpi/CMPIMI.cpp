@@ -68,22 +68,30 @@ CMPIStatus invalidParameters(const FunctionNames& names) {
 }
 
 /**
- * Calls the adapter. Its operations do not throw; should one do so nevertheless, the exception must not
- * escape.
+ * Runs what a function of the tables does. Whatever it throws, or an object manager in C++ throws out of a
+ * call that it makes, must not reach the caller, which may be written in C.
  */
+template <typename Work>
+CMPIStatus withoutThrowing(Work work) noexcept {
+  try {
+    return work();
+  } catch (...) {
+    return CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(UNKNOWN_ERROR)};
+  }
+}
+
 template <typename Operation, typename... Arguments>
 CMPIStatus callAdapter(const FunctionNames& names, Operation operation, Arguments... arguments) {
-  CMPIStatus status{CMPI_RC_OK, nullptr};
-  try {
-    CMPIAdapter* adapter = CMPIAdapter::getInstance();
-    if (adapter == nullptr) {
-      KvsLogMsg(KVS_LOG_FATAL, "%s", NO_ADAPTER);
-      return CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(NO_ADAPTER)};
-    }
-    (adapter->*operation)(arguments..., entryBroker(), &status);
-  } catch (...) {
-    status = CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(UNKNOWN_ERROR)};
+  CMPIAdapter* adapter = CMPIAdapter::getInstance();
+  if (adapter == nullptr) {
+    KvsLogMsg(KVS_LOG_FATAL, "%s", NO_ADAPTER);
+    return CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(NO_ADAPTER)};
   }
+  const CMPIStatus status = withoutThrowing([&] {
+    CMPIStatus answer{CMPI_RC_OK, nullptr};
+    (adapter->*operation)(arguments..., entryBroker(), &answer);
+    return answer;
+  });
   if (status.rc != CMPI_RC_OK) {
     KvsLogMsg(
         KVS_LOG_ERROR, "%s operation failed,                 refer previous log lines for reason",
@@ -97,46 +105,58 @@ CMPIStatus callAdapter(const FunctionNames& names, Operation operation, Argument
  * operations.
  */
 template <typename Operation, typename... Arguments>
-CMPIStatus
-forward(const FunctionNames& names, bool argumentsAreValid, Operation operation, Arguments... arguments) {
-  traceFunction("Entering", names.entry);
-  const CMPIStatus status =
-      argumentsAreValid ? callAdapter(names, operation, arguments...) : invalidParameters(names);
-  traceFunction("Exiting", argumentsAreValid ? names.exit : names.invalidExit);
-  return status;
+CMPIStatus forward(
+    const FunctionNames& names, bool argumentsAreValid, Operation operation,
+    Arguments... arguments) noexcept {
+  return withoutThrowing([&] {
+    traceFunction("Entering", names.entry);
+    const CMPIStatus status =
+        argumentsAreValid ? callAdapter(names, operation, arguments...) : invalidParameters(names);
+    traceFunction("Exiting", argumentsAreValid ? names.exit : names.invalidExit);
+    return status;
+  });
 }
 
 /** The form of the functions that only check their arguments. */
-CMPIStatus answerEmpty(const FunctionNames& names, bool argumentsAreValid) {
-  traceFunction("Entering", names.entry);
-  const CMPIStatus status = argumentsAreValid ? CMPIStatus{CMPI_RC_OK, nullptr} : invalidParameters(names);
-  traceFunction("Exiting", names.exit);
-  return status;
+CMPIStatus answerEmpty(const FunctionNames& names, bool argumentsAreValid) noexcept {
+  return withoutThrowing([&] {
+    traceFunction("Entering", names.entry);
+    const CMPIStatus status = argumentsAreValid ? CMPIStatus{CMPI_RC_OK, nullptr} : invalidParameters(names);
+    traceFunction("Exiting", names.exit);
+    return status;
+  });
 }
 
 template <typename MI>
-MI* createMI(const CMPIBroker* broker, const CMPIContext* ctx, MI& mi) {
-  enterProvider(broker, ctx);
+MI* createMI(const CMPIBroker* broker, const CMPIContext* ctx, MI& mi) noexcept {
+  // The interface is returned even if the provider could not start: its requests then say so.
+  withoutThrowing([&] {
+    enterProvider(broker, ctx);
+    return CMPIStatus{CMPI_RC_OK, nullptr};
+  });
   return &mi;
 }
 
-CMPIStatus cleanUpMI(const char* function, const void* mi, const CMPIContext* ctx, CMPIBoolean terminating) {
-  traceFunction("Entering", function);
-  CMPIStatus status{CMPI_RC_OK, nullptr};
-  if (terminating != 0) {
-    KvsTrace("CleanUp routein called due to cimserver shutdown");
-    try {
-      CommonCleanup(mi, ctx, status);
-    } catch (...) {
-      status = CMPIStatus{CMPI_RC_ERR_FAILED, newEntryMessage(UNKNOWN_ERROR)};
+CMPIStatus
+cleanUpMI(const char* function, const void* mi, const CMPIContext* ctx, CMPIBoolean terminating) noexcept {
+  return withoutThrowing([&] {
+    traceFunction("Entering", function);
+    CMPIStatus status{CMPI_RC_OK, nullptr};
+    if (terminating != 0) {
+      KvsTrace("CleanUp routein called due to cimserver shutdown");
+      status = withoutThrowing([&] {
+        CMPIStatus ended{CMPI_RC_OK, nullptr};
+        CommonCleanup(mi, ctx, ended);
+        return ended;
+      });
+    } else {
+      KvsTrace("CleanUp routein called due to inactivity of provider and zero indication subscription");
+      KvsTrace("Preventing provider from unloading this time");
+      status.rc = CMPI_RC_NEVER_UNLOAD;
     }
-  } else {
-    KvsTrace("CleanUp routein called due to inactivity of provider and zero indication subscription");
-    KvsTrace("Preventing provider from unloading this time");
-    status.rc = CMPI_RC_NEVER_UNLOAD;
-  }
-  traceFunction("Exiting", function);
-  return status;
+    traceFunction("Exiting", function);
+    return status;
+  });
 }
 
 CMPIInstanceMIFT instanceTable = {

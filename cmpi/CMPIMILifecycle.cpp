@@ -93,7 +93,7 @@ const CMPIBroker* entryBroker() {
   return g_Broker;
 }
 
-CMPIString* newEntryMessage(const char* text) {
+CMPIString* newEntryMessage(const char* text) noexcept {
   return newMessage(g_Broker, text);
 }
 

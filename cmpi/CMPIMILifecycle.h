@@ -13,8 +13,8 @@ inline constexpr char INVALID_PARAMETERS[] = "The input parameters are invalid";
 /** The broker that was last passed to a factory; null before the first call. */
 const CMPIBroker* entryBroker();
 
-/** A string of that broker; null without one. */
-CMPIString* newEntryMessage(const char* text);
+/** A string of that broker; null without one, or if it does not make one, even by throwing. */
+CMPIString* newEntryMessage(const char* text) noexcept;
 
 /** Writes "Entering CMPIMI NAME()" or "Exiting CMPIMI NAME()". */
 void traceFunction(const char* direction, const char* name);

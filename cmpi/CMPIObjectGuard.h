@@ -17,7 +17,7 @@ bool isObject(const Object* object) {
 /**
  * Owns one encapsulated object and releases it on destruction. Meant for objects made by the broker that
  * nobody else frees in time: objects made outside a request, and those that a request would otherwise keep
- * until its end. A null object is allowed.
+ * until its end. A null object is allowed. A broker that throws while releasing keeps the object.
  */
 template <typename Object>
 class CMPIObjectGuard {
@@ -38,14 +38,20 @@ public:
   Object* get() const { return m_object; }
   bool usable() const { return isObject(m_object); }
   /** Releases ownership: the caller is responsible for the object from now on. */
-  Object* leave() { return std::exchange(m_object, nullptr); }
+  Object* leave() noexcept { return std::exchange(m_object, nullptr); }
 
 private:
-  void reset() {
-    if (isObject(m_object)) {
-      CMRelease(m_object);
+  void reset() noexcept {
+    Object* object = leave();
+    try {
+      if (isObject(object)) {
+        const CMPIStatus status = CMRelease(object);
+        if (isObject(status.msg)) {
+          CMRelease(status.msg);
+        }
+      }
+    } catch (...) {
     }
-    m_object = nullptr;
   }
 
   Object* m_object;

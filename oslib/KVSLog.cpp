@@ -1,29 +1,35 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "oslib/KVSLog.h"
 
-#include "oslib/KVSFile.h"
 #include "oslib/KVSLogSwitch.h"
 #include "oslib/KVSMutexGuard.h"
 #include "oslib/KVSPaths.h"
 #include "oslib/KVSSystem.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <memory>
 #include <new>
 #include <string>
+#include <string_view>
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace {
 
 constexpr std::uint64_t LARGEST_SIZE_WRITTEN_TO = 0x9FFFFF;
 constexpr std::size_t LINE_SIZE = 512;
+constexpr std::size_t LONGEST_PARTS = 255;
 constexpr char DASHES[] = "----------";
 constexpr std::size_t MODULE_COLUMNS = sizeof DASHES - 1;  // module name and dashes together
 
@@ -64,7 +70,10 @@ bool isForeignLink(const char* path) {
          status.st_uid != geteuid();
 }
 
-/** A line being written: the log with its lock held, or the reason why nothing is written. */
+/**
+ * A line being written: the log with its lock held, or the reason why nothing is written. Works without
+ * allocating, since lines matter most when memory has run out.
+ */
 class Line {
 public:
   /** @param complete whether there is a text to write */
@@ -76,15 +85,33 @@ public:
     }
   }
 
+  ~Line() {
+    if (m_file >= 0) {
+      ::close(m_file);  // before the lock is released
+    }
+  }
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+
+  static constexpr std::size_t MOST_PARTS = 4;
+
   /** KVS_LOG_DONE when the file is open. */
   int result() const { return m_result; }
   /** Whether the file exists but could not be opened. */
   bool couldNotOpen() const { return m_couldNotOpen; }
-  std::FILE* file() const { return m_file.get(); }
+
+  /** Writes a line of up to MOST_PARTS parts at once; what the system does not take is dropped. */
+  void write(std::initializer_list<std::string_view> parts) const {
+    std::array<iovec, MOST_PARTS> vector{};
+    std::transform(parts.begin(), parts.end(), vector.begin(), [](std::string_view part) {
+      return iovec{const_cast<char*>(part.data()), part.size()};
+    });
+    [[maybe_unused]] const ssize_t written = ::writev(m_file, vector.data(), static_cast<int>(parts.size()));
+  }
 
   /** Leaves the lock held by this thread, and the file open. */
   void keepLock() {
-    static_cast<void>(m_file.release());
+    m_file = -1;
     logSwitch.setLockKept(true);
     m_lock.keepLocked();
   }
@@ -110,20 +137,20 @@ private:
     if (size > LARGEST_SIZE_WRITTEN_TO) {
       return KVS_LOG_FULL;
     }
-    m_file.reset(std::fopen(path, "r+e"));
-    if (!m_file) {
+    m_file = ::open(path, O_RDWR | O_CLOEXEC);
+    if (m_file < 0) {
       // A log that is removed at this moment counts as switched off, as if it had been missing before.
       m_couldNotOpen = errno != ENOENT;
       return KVS_LOG_FAILED;
     }
-    std::fseek(m_file.get(), 0, SEEK_END);
+    ::lseek(m_file, 0, SEEK_END);
     return KVS_LOG_DONE;
   }
 
   int m_result;
   bool m_couldNotOpen = false;
   KvsMutexGuard m_lock;
-  KvsFile m_file;  // closed before the lock is released
+  int m_file = -1;
 };
 
 unsigned int threadNumber() {
@@ -136,6 +163,32 @@ std::string pathOf(const char* module) {
     path += '/';
   }
   return path + module + ".txt";
+}
+
+/** Writes one trace line. @param write writes the line with its two beginnings; called only if it is wanted
+ */
+template <typename Writer>
+int trace(bool complete, const Writer& write) {
+  Line log(complete);
+  if (log.result() != KVS_LOG_DONE) {
+    return log.result();
+  }
+  char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
+  KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
+  const char* module = g_LogMsg.load()->module;
+  const std::size_t moduleLength = std::strlen(module);
+  char head[sizeof timeStamp + sizeof LogTarget::module];
+  std::snprintf(head, sizeof head, "%s[%s", timeStamp, module);
+  if (moduleLength > MODULE_COLUMNS) {
+    log.write({head});
+    log.keepLock();  // COMPAT: such module names are refused half-way, with the lock held and the file open
+    return KVS_LOG_FAILED;
+  }
+  // COMPAT: the blanks and the tag differ from the lines of KvsLogMsg; both forms are parsed from logs.
+  char tag[64];
+  std::snprintf(tag, sizeof tag, "%s%8X]  :LOG_INFO :: ", DASHES + moduleLength, threadNumber());
+  write(log, head, tag);
+  return KVS_LOG_DONE;
 }
 
 }  // namespace
@@ -224,25 +277,23 @@ int KvsLogMsg(int level, const char* format, ...) {
   va_start(arguments, format);
   std::vsnprintf(line + headLength, sizeof line - headLength, format, arguments);
   va_end(arguments);
-  std::fprintf(log.file(), "%s\n", line);
+  log.write({line, "\n"});
   return KVS_LOG_DONE;
 }
 
 int KvsTrace(const char* text) {
-  Line log(text != nullptr);
-  if (log.result() != KVS_LOG_DONE) {
-    return log.result();
-  }
-  char timeStamp[KVS_LOCAL_TIME_SIZE] = "";
-  KvsGetLocalTime(timeStamp, KVS_LOCAL_TIME_LOG);
-  const char* module = g_LogMsg.load()->module;
-  std::fprintf(log.file(), "%s[%s", timeStamp, module);
-  const std::size_t moduleLength = std::strlen(module);
-  if (moduleLength > MODULE_COLUMNS) {
-    log.keepLock();  // COMPAT: such module names are refused half-way, with the lock held and the file open
-    return KVS_LOG_FAILED;
-  }
-  // COMPAT: the blanks and the tag differ from the lines of KvsLogMsg; both forms are parsed from logs.
-  std::fprintf(log.file(), "%s%8X]  :LOG_INFO :: %s\n", DASHES + moduleLength, threadNumber(), text);
-  return KVS_LOG_DONE;
+  return trace(text != nullptr, [text](const Line& log, const char* head, const char* tag) {
+    log.write({head, tag, text, "\n"});
+  });
+}
+
+int KvsTraceParts(std::initializer_list<std::string_view> parts) {
+  return trace(true, [parts](const Line& log, const char* head, const char* tag) {
+    std::array<char, LONGEST_PARTS + 1> text{};
+    std::size_t length = 0;
+    for (const std::string_view part : parts) {
+      length += part.copy(text.data() + length, LONGEST_PARTS - length);
+    }
+    log.write({head, tag, text.data(), "\n"});
+  });
 }

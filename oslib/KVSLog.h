@@ -3,6 +3,8 @@
 #define OSLIB_KVSLOG_H
 
 #include <cstdint>
+#include <initializer_list>
+#include <string_view>
 
 /** Levels of KvsLogMsg. Messages of every level are written; unknown levels count as information. */
 enum KvsLogLevel : int {
@@ -60,5 +62,11 @@ int KvsTrace(const char* text);
  */
 int KvsFileExists(const char* path, std::uint64_t* size);
 }
+
+/**
+ * Does what KvsTrace does with a text in parts, such as {"Entering FrameworkFacade ", name, "()"}. They are
+ * put together only if the line is written, and truncated to 255 bytes.
+ */
+int KvsTraceParts(std::initializer_list<std::string_view> parts);
 
 #endif

@@ -3,26 +3,19 @@
 
 #include "oslib/KVSLog.h"
 
-#include <array>
-
 namespace tvp::cim::fwf {
 
 void traceParts(std::initializer_list<std::string_view> parts) noexcept {
-  std::array<char, 256> text{};
-  std::size_t length = 0;
-  for (const std::string_view part : parts) {
-    length += part.copy(text.data() + length, text.size() - 1 - length);
-  }
-  KvsTrace(text.data());
+  KvsTraceParts(parts);
 }
 
-tvpMethodTrace::tvpMethodTrace(const char* method) : m_method(method == nullptr ? "" : method) {
+tvpMethodTrace::tvpMethodTrace(const char* method) noexcept : m_method(method == nullptr ? "" : method) {
   traceParts({"ENTER : ", m_method});
 }
 
 tvpMethodTrace::~tvpMethodTrace() {
   // COMPAT: two blanks after EXIT align the colons of a pair of lines; logs are searched for them.
-  traceParts({"EXIT  : ", m_method});
+  traceParts({"EXIT  : ", m_method.data()});
 }
 
 }  // namespace tvp::cim::fwf

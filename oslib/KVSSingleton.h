@@ -23,8 +23,7 @@ enum class KvsSingletonCreation {
  * Creates a singleton unless it exists. The pointer is written only with the lock held; what happens to the
  * lock is up to the caller.
  * @param lock the guard of the singleton's mutex
- * @param create T*(): creates the object; null or std::bad_alloc when memory runs out, depending on the
- *        module's allocator
+ * @param create T*(): creates the object with new (std::nothrow); the constructor may throw std::bad_alloc
  */
 template <typename T, typename Create>
 KvsSingletonCreation kvsCreateSingleton(std::atomic<T*>& pointer, const KvsMutexGuard& lock, Create create) {

@@ -1,22 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/AbstractMethodProviderPlugin.h"
 #include "CIM/Framework/CIMException.h"
+#include "backend/TarvexProExecute.h"
 #include "backend/TarvexProInterface.h"
 #include "oslib/KVSLog.h"
 #include "providers/FixedPlugin.h"
 #include "providers/Plugins.h"
 
-#include <algorithm>
-#include <iterator>
-
 namespace tvp::cim::fwf {
 
 namespace {
-
-constexpr const char* METHODS[] = {
-    "CreateVirtualPool",       "DeleteVirtualPool",     "CreateVirtualVolume",     "DeleteVirtualVolume",
-    "ModifyVirtualPool",       "ModifyVirtualVolume",   "FlushVirtualVolume",      "GetVirtualVolumeStats",
-    "ResetVirtualVolumeStats", "GetVirtualPoolMembers", "GetVirtualVolumeMembers", "CreateDataCacheVolume"};
 
 // COMPAT: what invokeMethod returns to clients; the second shares its number with a CIM status by chance.
 constexpr unsigned int NOT_SERVED = 1;
@@ -44,15 +37,14 @@ public:
   }
 
   /**
-   * Passes one of METHODS to the storage back end, which fills the output arguments. Names are compared
-   * exactly.
+   * Passes a method to its routine in the storage back end, which fills the output arguments.
    * @return 0; 1 for a method that the service does not have; 4 if the method fails
    */
   unsigned int invokeMethod(
       const CIMObjectPath& path, const std::string& methodName, const CIMMethodParam& in,
       CIMMethodParam& out) override {
     KvsTrace("Entering TVP_TierService::invokeMethod()");
-    if (std::find(std::begin(METHODS), std::end(METHODS), methodName) == std::end(METHODS)) {
+    if (!isServiceMethod(methodName)) {
       KvsLogMsg(
           KVS_LOG_DEBUG, "TVP_TierService::invokeMethod() - Unsupported Method: %s", methodName.c_str());
       KvsTrace("Exiting TVP_TierService::invokeMethod()");

@@ -16,6 +16,8 @@ namespace {
 
 constexpr const char* GAP = "  ";
 constexpr const char* BOLD = "\033[1m";
+constexpr const char* RED = "\033[31m";
+constexpr const char* YELLOW = "\033[33m";
 constexpr const char* PLAIN = "\033[0m";
 
 /** What the library gives, or the exception: its functions fail only for want of memory. */
@@ -31,6 +33,10 @@ void done(int code) {
   if (code != 0) {
     throw std::bad_alloc();
   }
+}
+
+const char* sequenceOf(Table::Colour colour) {
+  return colour == Table::Colour::Red ? RED : colour == Table::Colour::Yellow ? YELLOW : "";
 }
 
 void setBranches(libscols_table* table) {
@@ -60,13 +66,16 @@ Table::Table(Kind kind) : m_kind(kind), m_table(made(scols_new_table())) {
   }
 }
 
-void Table::addColumn(const std::string& title, bool numbers) {
-  const bool tree = m_kind == Kind::Tree && scols_table_get_ncols(m_table.get()) == 0;
+void Table::addColumn(const std::string& title, bool numbers, bool stays) {
+  const bool tree = m_kind == Kind::Tree && m_stays.empty();
+  m_stays.push_back(stays || m_stays.empty() || m_kind != Kind::Titled);
   made(scols_table_new_column(
-      m_table.get(), title.c_str(), 0, (numbers ? SCOLS_FL_RIGHT : 0) | (tree ? SCOLS_FL_TREE : 0)));
+      m_table.get(), text::printable(title).c_str(), 0,
+      (numbers ? SCOLS_FL_RIGHT : 0) | (tree ? SCOLS_FL_TREE : 0)));
 }
 
-Table::Row Table::addRow(const std::vector<std::string>& cells, Row parent) {
+Table::Row Table::addRow(const std::vector<std::string>& cells, Row parent, Colour colour) {
+  m_colours.push_back(colour);
   const Row row = made(scols_table_new_line(m_table.get(), parent));
   for (std::size_t index = 0; index < std::min(cells.size(), scols_table_get_ncols(m_table.get())); ++index) {
     done(scols_line_set_data(row, index, text::printable(cells[index]).c_str()));
@@ -74,11 +83,11 @@ Table::Row Table::addRow(const std::vector<std::string>& cells, Row parent) {
   return row;
 }
 
-std::vector<std::string> Table::lines(std::size_t columns) {
-  for (std::size_t index = 0; index < scols_table_get_ncols(m_table.get()); ++index) {
+std::vector<std::string> Table::lines(const std::vector<bool>& shown) {
+  for (std::size_t index = 0; index < shown.size(); ++index) {
     libscols_column* column = scols_table_get_column(m_table.get(), index);
     const int flags = scols_column_get_flags(column) & ~SCOLS_FL_HIDDEN;
-    done(scols_column_set_flags(column, flags | (index < columns ? 0 : SCOLS_FL_HIDDEN)));
+    done(scols_column_set_flags(column, flags | (shown[index] ? 0 : SCOLS_FL_HIDDEN)));
   }
   const Utf8Locale locale;
   char* printed = nullptr;
@@ -93,17 +102,25 @@ std::vector<std::string> Table::lines(std::size_t columns) {
 }
 
 std::string Table::text(const Terminal& terminal) {
-  std::size_t columns = scols_table_get_ncols(m_table.get());
+  std::vector<bool> columns(m_stays.size(), true);
   std::vector<std::string> shown = lines(columns);
+  m_hidden = 0;
   const auto tooWide = [&](const std::string& line) { return displayWidth(line) > terminal.columns; };
-  while (m_kind == Kind::Titled && columns > 1 && std::any_of(shown.begin(), shown.end(), tooWide)) {
-    shown = lines(--columns);
+  for (std::size_t column = columns.size(); column-- > 0;) {
+    if (!m_stays[column] && std::any_of(shown.begin(), shown.end(), tooWide)) {
+      columns[column] = false;
+      ++m_hidden;
+      shown = lines(columns);
+    }
   }
+  const std::size_t titles = m_kind == Kind::Titled ? 1 : 0;
   std::string result;
-  for (const std::string& line : shown) {
-    const bool bold = m_kind == Kind::Titled && terminal.colour && &line == &shown.front();
-    const std::string fitting = cutToWidth(line, terminal.columns);
-    result += (bold ? BOLD + fitting + PLAIN : fitting) + "\n";
+  for (std::size_t index = 0; index < shown.size(); ++index) {
+    const std::string fitting = cutToWidth(shown[index], terminal.columns);
+    const bool isRow = index >= titles && index - titles < m_colours.size();
+    const std::string sequence = index < titles ? BOLD : isRow ? sequenceOf(m_colours[index - titles]) : "";
+    const bool plain = sequence.empty() || !terminal.colour;
+    result += (plain ? fitting : sequence + fitting + PLAIN) + "\n";
   }
   return result;
 }

@@ -2,6 +2,7 @@
 #include "text/Utf8.h"
 
 #include <array>
+#include <cstdio>
 
 namespace tvp::text {
 
@@ -93,6 +94,26 @@ std::string toUtf8(std::string_view text) {
 
 std::string printable(std::string_view text) {
   return escaped(text, breaksLine);
+}
+
+std::string printableLines(std::string_view text) {
+  return escaped(text, [](std::uint32_t code) { return code != '\n' && breaksLine(code); });
+}
+
+std::string printableJson(std::string_view json) {
+  std::string result;
+  while (!json.empty()) {
+    const Character character = characterAt(json);
+    if (character.code >= 0x7F && isControl(character.code)) {
+      std::array<char, 16> escape{};
+      std::snprintf(escape.data(), escape.size(), "\\u%04X", static_cast<unsigned>(character.code));
+      result += escape.data();
+    } else {
+      result += json.substr(0, character.step());
+    }
+    json.remove_prefix(character.step());
+  }
+  return result;
 }
 
 }  // namespace tvp::text

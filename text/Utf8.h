@@ -45,6 +45,13 @@ std::string toUtf8(std::string_view text);
  * for one line of a terminal. */
 std::string printable(std::string_view text);
 
+/** As printable, but newlines stay: fit for the lines of a terminal. */
+std::string printableLines(std::string_view text);
+
+/** A JSON text, with the characters that terminals may obey though JSON lets them stand, U+007F to U+009F, as
+ * \u00XX; it means the same. */
+std::string printableJson(std::string_view json);
+
 }  // namespace tvp::text
 
 #endif

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CIM/Framework/PluginsManager.h"
 
+#include "CIM/Framework/CIMException.h"
 #include "CIM/Framework/CommonFunctions.h"
 #include "CIM/Framework/PluginTable.h"
 #include "oslib/KVSLog.h"
@@ -8,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <new>
 #include <string_view>
 
@@ -85,8 +87,11 @@ PluginsManager::~PluginsManager() {
 bool PluginsManager::initialize(bool) {
   KvsTrace("Entering PluginsManager::initialize()");
   for (const PluginTableRow& row : pluginTable()) {
-    registerPlugin(row.key, row.create());
+    std::unique_ptr<AbstractProviderPlugin> plugin(row.create());
+    registerPlugin(row.key, plugin.get());
+    static_cast<void>(plugin.release());
   }
+  m_complete = true;
   KvsTrace("Exiting PluginsManager::initialize()");
   return true;
 }
@@ -100,6 +105,9 @@ AbstractProviderPlugin* PluginsManager::getPlugin(std::string className) {
   const auto found = m_plugins.find(CommonFunctions::toLower(className));
   if (found == m_plugins.end()) {
     KvsLogMsg(KVS_LOG_ERROR, "Plugin not initialized for %s.", className.c_str());
+    if (!m_complete) {
+      throw CIMException(FW_RC_FAILED, std::string("The provider could not be started"));
+    }
     return nullptr;
   }
   return found->second;

@@ -45,7 +45,11 @@ public:
    */
   void registerPlugin(const std::string& key, AbstractProviderPlugin* plugin);
 
-  /** The plugin of the class, owned by the registry; null, with an error in the log, if there is none. */
+  /**
+   * The plugin of the class, owned by the registry; null, with an error in the log, if there is none.
+   * @throws CIMException FW_RC_FAILED for a class without one if initialize() was not completed: the plugin
+   *         may only be missing because the provider could not be started
+   */
   AbstractProviderPlugin* getPlugin(std::string className);
 
   /**
@@ -61,6 +65,7 @@ private:
   static KvsMutexHandle m_Mutex;
 
   std::map<std::string, AbstractProviderPlugin*> m_plugins;
+  bool m_complete = false;  ///< initialize() reached its end
 };
 
 }  // namespace tvp::cim::fwf

@@ -12,6 +12,7 @@ enum class BreachKind {
   UsedAfterCall,      ///< an object was used after the call to which it belonged
   UsedAfterRelease,   ///< an object was used (or released again) after its release
   ThreadNotAttached,  ///< a thread called the broker outside a request without being attached
+  EmptyAnswer,        ///< a creation returned no path to an object manager that takes it without looking
   Leak                ///< an attached thread created an object and never released it
 };
 

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <deque>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 
 namespace tvp::host {
@@ -48,6 +49,7 @@ struct Broker::State {
   std::atomic<std::uint64_t> calls{0};
   std::atomic<std::uint64_t> failAt{0};
   std::atomic<int> failCode{0};
+  std::atomic<Failing> failing{Failing::WithStatus};
   std::atomic<bool> recording{false};
 
   std::mutex mutex;  ///< guards everything that follows, up to the graveyards
@@ -71,10 +73,25 @@ struct Broker::State {
   Scope strays;
 };
 
+BrokerOptions optionsAs(const char* name) {
+  const std::string manager = name == nullptr ? "" : name;
+  BrokerOptions options;
+  if (manager == "openpegasus") {
+    options.manager = ObjectManager::OpenPegasus;
+  } else if (manager == "sfcb") {
+    options.manager = ObjectManager::Sfcb;
+  } else if (!manager.empty() && manager != "strict") {
+    throw std::invalid_argument(
+        "\"" + manager + "\" is not an object manager that can be acted; use strict, openpegasus or sfcb");
+  }
+  return options;
+}
+
 Broker::Broker(std::shared_ptr<const Schema> schema, BrokerOptions options)
     : m_state(std::make_unique<State>(*this, std::move(schema), options)) {
   m_state->face = {
-      this, brokerServiceTable(), brokerEncapsulationTable(), brokerSystemTable(), brokerMemoryTable()};
+      this, brokerServiceTable(options.manager), brokerEncapsulationTable(), brokerSystemTable(),
+      options.manager == ObjectManager::OpenPegasus ? nullptr : brokerMemoryTable()};
 }
 
 Broker::~Broker() {
@@ -86,8 +103,13 @@ Broker::~Broker() {
 }
 
 Broker* Broker::of(const CMPIBroker* broker) {
-  return broker != nullptr && broker->bft == brokerServiceTable() ? static_cast<Broker*>(broker->hdl)
-                                                                  : nullptr;
+  for (const ObjectManager manager :
+       {ObjectManager::Strict, ObjectManager::OpenPegasus, ObjectManager::Sfcb}) {
+    if (broker != nullptr && broker->bft == brokerServiceTable(manager)) {
+      return static_cast<Broker*>(broker->hdl);
+    }
+  }
+  return nullptr;
 }
 
 const CMPIBroker* Broker::cmpi() const {
@@ -138,11 +160,15 @@ void Broker::enter(const char* function, Thread thread) {
   }
   std::uint64_t failAt = m_state->failAt.load();
   if (failAt == number && m_state->failAt.compare_exchange_strong(failAt, 0)) {
-    throw CallFailure{static_cast<CMPIrc>(m_state->failCode.load())};
+    if (m_state->failing == Failing::WithException) {
+      throw CallException();
+    }
+    throw CallFailure{static_cast<CMPIrc>(m_state->failCode.load()), "the call failed as it was asked to"};
   }
 }
 
-void Broker::failCall(std::uint64_t n, CMPIrc rc) {
+void Broker::failCall(std::uint64_t n, CMPIrc rc, Failing how) {
+  m_state->failing = how;
   m_state->failCode = rc;
   m_state->failAt = n == 0 ? 0 : m_state->calls.load() + n;
 }

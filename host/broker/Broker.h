@@ -50,6 +50,26 @@ struct BrokerHandlers {
   std::function<void(int severity, const std::string& id, const std::string& text)> onLog;
 };
 
+/** The object manager that a broker behaves like where they differ. */
+enum class ObjectManager {
+  /** None: it has every function and makes every check. */
+  Strict,
+  /**
+   * "Pegasus". A path without its keys counts those of its class, and answers CMPI_RC_ERR_NO_SUCH_PROPERTY
+   * for each. It has no memory functions.
+   */
+  OpenPegasus,
+  /**
+   * "RequestHandler". Its statuses have no messages. An empty array arrives as a null value of no
+   * element type. With
+   * authentication off, that is, without a principal's text, that text is a string with a null handle, and
+   * the owner of a filter is null. A property list that the client left out is null. A creation must return a
+   * path. What it makes itself while delivering is only freed by its memory functions. Providers are cleaned
+   * up by two threads, twice.
+   */
+  Sfcb
+};
+
 /** How a broker behaves where object managers differ; fixed for its lifetime. */
 struct BrokerOptions {
   /** State that getKey and getKeyAt report. COMPAT: an object manager that passes keys as plain good values.
@@ -62,7 +82,18 @@ struct BrokerOptions {
    * thread gets a sixteenth of them, at least one; from the 17th on, threads share.
    */
   std::size_t graveyard = 16384;
+  ObjectManager manager = ObjectManager::Strict;
 };
+
+/**
+ * The options for an object manager. @param name "strict", "openpegasus" or "sfcb"; null and empty mean
+ * strict
+ * @throws std::invalid_argument for any other name
+ */
+BrokerOptions optionsAs(const char* name);
+
+/** How a call fails that was requested to. */
+enum class Failing { WithStatus, WithException };
 
 /** On which threads a function of the broker may be called. */
 enum class Thread {
@@ -74,8 +105,8 @@ enum class Thread {
  * The object manager's side of CMPI 2.0: the function tables and every encapsulated object.
  *
  * It is stricter than any object manager (see setProperty and addKey in Strictness below), checks the handle
- * passed to each call (returning CMPI_RC_ERR_INVALID_HANDLE for an invalid one), can make any call fail, and
- * notes breaches of the rules.
+ * passed to each call (returning CMPI_RC_ERR_INVALID_HANDLE for an invalid one), gives every failure a
+ * message, can make any call fail, and notes breaches of the rules.
  *
  * Strictness: an instance of an unknown class cannot be created (CMPI_RC_ERR_INVALID_CLASS); setProperty
  * fails for an unknown property (CMPI_RC_ERR_NO_SUCH_PROPERTY) and for a wrong type
@@ -101,10 +132,11 @@ public:
 
   /**
    * Makes the n-th call from now fail, counted from 1 over all functions of the broker and of its objects: a
-   * function that returns a status returns rc, any other returns null or 0 and sets rc. n = 0 cancels the
-   * request. Only one call fails.
+   * function that returns a status returns rc, any other returns null or 0 and sets rc; or, how a C++ object
+   * manager fails that is short of memory, it throws a std::bad_alloc. n = 0 cancels the request. Only one
+   * call fails.
    */
-  void failCall(std::uint64_t n, CMPIrc rc);
+  void failCall(std::uint64_t n, CMPIrc rc, Failing how = Failing::WithStatus);
   /** Calls made since the construction or resetCalls(). */
   std::uint64_t callCount() const;
   /** Sets the count to 0, clears the names, and records names from now on if requested. */
@@ -158,8 +190,8 @@ private:
   const std::unique_ptr<State> m_state;
 };
 
-/** The broker's own function tables, the same for all brokers. */
-CMPIBrokerFT* brokerServiceTable();
+/** The broker's own function tables, the same for all brokers like one object manager. */
+CMPIBrokerFT* brokerServiceTable(ObjectManager manager);
 CMPIBrokerEncFT* brokerEncapsulationTable();
 CMPIBrokerExtFT* brokerSystemTable();
 CMPIBrokerMemFT* brokerMemoryTable();

@@ -43,6 +43,7 @@ CMPIBrokerMemFT* brokerMemoryTable() {
           "release",
           [](Broker& broker, Call&, const CMPIGcStat* marked) {
             broker.scope().endSince(*static_cast<const std::uint64_t*>(required(marked)));
+            broker.scope().release(const_cast<CMPIGcStat*>(marked));
           }),
       entry<&FT::cmpiMalloc>(
           "cmpiMalloc",

@@ -49,6 +49,9 @@ void deliverIndication(
   const InstanceContent& delivered = call.contentOf(indication);
   call.contentOf(context);
   const auto handlers = broker.handlers();
+  if (broker.options().manager == ObjectManager::Sfcb) {
+    call.makeString("a string of the object manager's own");  // no provider sees it, or could release it
+  }
   if (handlers->onIndication) {
     requireOk(handlers->onIndication(textOf(nameSpace), delivered.snapshot()));
   }
@@ -141,14 +144,14 @@ void setProperty(
   askForValue(call, context, path, std::move(upcall));
 }
 
-CMPIBrokerFT makeTable() {
+CMPIBrokerFT makeTable(const char* brokerName) {
   using FT = CMPIBrokerFT;
   using Context = const CMPIContext*;
   using Path = const CMPIObjectPath*;
   FT table{};
   table.brokerCapabilities = CAPABILITIES;
   table.brokerVersion = CMPIVersion200;
-  table.brokerName = "tvp host";
+  table.brokerName = brokerName;
   bind<&FT::prepareAttachThread>(table, "prepareAttachThread", prepareAttachThread, Thread::Any);
   bind<&FT::attachThread>(table, "attachThread", attachThread, Thread::Any);
   bind<&FT::detachThread>(table, "detachThread", detachThread, Thread::Any);
@@ -189,9 +192,10 @@ CMPIBrokerFT makeTable() {
 
 }  // namespace
 
-CMPIBrokerFT* brokerServiceTable() {
-  static CMPIBrokerFT table = makeTable();
-  return &table;
+CMPIBrokerFT* brokerServiceTable(ObjectManager manager) {
+  static CMPIBrokerFT tables[] = {
+      makeTable("tvp host"), makeTable("Pegasus"), makeTable("RequestHandler")};  // as ObjectManager
+  return &tables[static_cast<std::size_t>(manager)];
 }
 
 }  // namespace tvp::host

@@ -5,6 +5,24 @@
 namespace tvp::host {
 namespace {
 
+/** A string without a text, of an object manager that keeps the text as the handle. */
+CMPIString& nobody() {
+  static CMPIStringFT table = [] {
+    CMPIStringFT functions{};
+    functions.ftVersion = CMPIVersion200;
+    functions.release = [](CMPIString*) { return CMPIStatus{CMPI_RC_OK, nullptr}; };
+    functions.getCharPtr = [](const CMPIString* string, CMPIStatus* status) {
+      if (status != nullptr) {
+        *status = CMPIStatus{CMPI_RC_OK, nullptr};
+      }
+      return static_cast<const char*>(string->hdl);
+    };
+    return functions;
+  }();
+  static CMPIString string{nullptr, &table};
+  return string;
+}
+
 /** COMPAT: an object manager that passes a string with a null character pointer when nobody is authenticated.
  */
 CMPIData
@@ -12,7 +30,9 @@ withNullPrincipal(CMPIData data, const ContextContent& content, const Call& call
   if (content.nullPrincipal && equalNames(name, CMPIPrincipal)) {
     data.type = CMPI_string;
     data.state = CMPI_goodValue;
-    data.value.string = call.make<CMPIString>(StringContent{std::nullopt});
+    data.value.string = call.broker().options().manager == ObjectManager::Sfcb
+                            ? &nobody()
+                            : call.make<CMPIString>(StringContent{std::nullopt});
   }
   return data;
 }

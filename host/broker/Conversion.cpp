@@ -81,6 +81,12 @@ CMPIData toCmpi(const Call& call, const Value& value) {
   CMPIData data{};
   data.type = value.type();
   data.state = value.state();
+  if (call.broker().options().manager == ObjectManager::Sfcb && value.isArray() && !value.isNull() &&
+      value.asArray().empty()) {
+    data.type = CMPI_ARRAY;  // nothing in the request says of what
+    data.state = CMPI_nullValue;
+    return data;
+  }
   if (value.isNull()) {
     return data;
   }

@@ -6,6 +6,7 @@
 #include "host/broker/Object.h"
 #include "host/broker/Scope.h"
 
+#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -27,8 +28,11 @@ namespace tvp::host {
 /** Thrown to end the body of a function: the status that the provider gets. */
 struct CallFailure {
   CMPIrc code;
-  std::string message = {};  ///< becomes the status's message unless it is empty
+  std::string message = {};  ///< the status's message; if empty, one that names the function
 };
+
+/** Thrown by a call that was requested to fail with an exception; the provider gets it. */
+struct CallException : std::bad_alloc {};
 
 /** The live object behind a face, or null; a dead one is noted. Does not count as a call. */
 template <class Face>
@@ -77,6 +81,16 @@ public:
     return m_broker.scope().make<Face>(std::move(content));
   }
   CMPIString* makeString(const std::string& text) const { return make<CMPIString>({text}); }
+  /** The message of a status; null if the object manager leaves it out. */
+  CMPIString* makeMessage(const CallFailure& failure) const {
+    if (m_broker.options().manager == ObjectManager::Sfcb) {
+      return nullptr;
+    }
+    return makeString(
+        failure.message.empty()
+            ? std::string(m_function) + " failed with status " + std::to_string(failure.code)
+            : failure.message);
+  }
 
 private:
   Broker& m_broker;
@@ -125,9 +139,11 @@ CMPIStatus guarded(Face* face, const char* function, Thread thread, Body body) {
       broker->enter(function, thread);
       body(*content, call);
     } catch (const CallFailure& failure) {
-      return CMPIStatus{failure.code, failure.message.empty() ? nullptr : call.makeString(failure.message)};
+      return CMPIStatus{failure.code, call.makeMessage(failure)};
     }
     return CMPIStatus{CMPI_RC_OK, nullptr};
+  } catch (const CallException&) {
+    throw;  // out of the broker, as from an object manager in C++
   } catch (...) {
     return CMPIStatus{CMPI_RC_ERROR_SYSTEM, nullptr};
   }

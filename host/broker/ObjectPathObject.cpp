@@ -2,6 +2,8 @@
 #include "host/broker/Conversion.h"
 #include "host/schema/ObjectPathText.h"
 
+#include <algorithm>
+
 namespace tvp::host {
 namespace {
 
@@ -35,6 +37,18 @@ CMPIData asKey(CMPIData data, const Call& call) {
   return data;
 }
 
+/** The number of keys that an object manager counts although the path may lack them. */
+std::size_t countedKeys(const ObjectPath& path, const Call& call) {
+  const SchemaClass* known = call.broker().schema().find(path.className);
+  if (known == nullptr || call.broker().options().manager != ObjectManager::OpenPegasus) {
+    return 0;
+  }
+  return static_cast<std::size_t>(
+      std::count_if(known->properties.begin(), known->properties.end(), [](const SchemaProperty& property) {
+        return property.key;
+      }));
+}
+
 /** @throws CallFailure CMPI_RC_ERR_INVALID_CLASS for a class that the schema does not have */
 const SchemaClass& classOf(const ObjectPath& path, const Call& call) {
   const SchemaClass* known = call.broker().schema().find(path.className);
@@ -65,8 +79,8 @@ CMPIObjectPathFT* ObjectTraits<CMPIObjectPath>::table() {
         table, "getKeyAt", [](ObjectPath& content, Call& call, CMPICount position, CMPIString** name) {
           return asKey(valueAt(call, content.keys, position, name), call);
         });
-    bind<&FT::getKeyCount>(table, "getKeyCount", [](ObjectPath& content, Call&) {
-      return static_cast<CMPICount>(content.keys.size());
+    bind<&FT::getKeyCount>(table, "getKeyCount", [](ObjectPath& content, Call& call) {
+      return static_cast<CMPICount>(std::max(content.keys.size(), countedKeys(content, call)));
     });
     bind<&FT::setNameSpaceFromObjectPath>(
         table, "setNameSpaceFromObjectPath",

@@ -3,6 +3,7 @@
 
 #include "host/broker/EntryPoint.h"
 
+#include <thread>
 #include <utility>
 
 namespace tvp::host {
@@ -223,18 +224,25 @@ Provider::getInstance(const ObjectPath& path, const PropertyList& properties, co
 
 PathsOutcome
 Provider::createInstance(const ObjectPath& path, const Instance& instance, const CallOptions* options) {
-  return call<PathsOutcome>(
+  PathsOutcome outcome = call<PathsOutcome>(
       m_broker, optionsOr(options), m_instanceMI, {"createInstance", true}, [&](Request& request, Outcome&) {
         return m_instanceMI->ft->createInstance(
             m_instanceMI, request.context(), request.result(), request.objectPath(managerPath(path)),
             request.instance(wholeInstance(m_broker.schema(), instance)));
       });
+  if (outcome.ok() && outcome.paths.empty() && m_broker.options().manager == ObjectManager::Sfcb) {
+    m_broker.addBreach(
+        BreachKind::EmptyAnswer, "createInstance answered success without a path, which this object manager "
+                                 "takes without looking");
+  }
+  return outcome;
 }
 
 Outcome Provider::modifyInstance(
     const ObjectPath& path, const Instance& instance, const PropertyList& properties,
     const CallOptions* options) {
-  NameList names(properties ? properties : namesOfSetProperties(instance));
+  const bool passesAsGiven = properties || m_broker.options().manager == ObjectManager::Sfcb;
+  NameList names(passesAsGiven ? properties : namesOfSetProperties(instance));
   return call<Outcome>(
       m_broker, optionsOr(options), m_instanceMI, {"modifyInstance", false}, [&](Request& request, Outcome&) {
         return m_instanceMI->ft->modifyInstance(
@@ -308,9 +316,11 @@ PathsOutcome Provider::referenceNames(
 }
 
 Outcome Provider::authorizeFilter(const IndicationFilter& filter, const CallOptions* options) {
+  const bool nobody =
+      m_broker.options().manager == ObjectManager::Sfcb && !optionsOr(options).principal.has_value();
   return onFilter(
       m_broker, optionsOr(options), m_indicationMI, "authorizeFilter", &CMPIIndicationMIFT::authorizeFilter,
-      filter, filter.owner.c_str());
+      filter, nobody ? nullptr : filter.owner.c_str());
 }
 
 Outcome Provider::mustPoll(const IndicationFilter& filter, const CallOptions* options) {
@@ -350,6 +360,19 @@ Outcome Provider::disableIndications(const CallOptions* options) {
 
 Outcome Provider::cleanup(bool terminating) {
   Outcome first;
+  if (m_broker.options().manager == ObjectManager::Sfcb) {
+    std::thread other([&] { static_cast<void>(cleanupInterfaces(terminating)); });
+    first = cleanupInterfaces(terminating);
+    other.join();
+  } else {
+    first = cleanupInterfaces(terminating);
+  }
+  m_cleanedUp = terminating && first.ok();
+  return first;
+}
+
+Outcome Provider::cleanupInterfaces(bool terminating) {
+  Outcome first;
   const auto clean = [&](auto* interface) {
     if (interface == nullptr) {
       return;
@@ -366,7 +389,6 @@ Outcome Provider::cleanup(bool terminating) {
   clean(m_methodMI);
   clean(m_associationMI);
   clean(m_indicationMI);
-  m_cleanedUp = terminating && first.ok();
   return first;
 }
 

@@ -89,7 +89,7 @@ public:
       const ObjectPath& path, const PropertyList& properties = {}, const CallOptions* options = nullptr);
   PathsOutcome
   createInstance(const ObjectPath& path, const Instance& instance, const CallOptions* options = nullptr);
-  /** Without a list, the names of all properties that are set are passed: the list is never null. */
+  /** Without a list, the names of all properties that are set are passed; as SFCB, a null list. */
   Outcome modifyInstance(
       const ObjectPath& path, const Instance& instance, const PropertyList& properties = {},
       const CallOptions* options = nullptr);
@@ -122,7 +122,8 @@ public:
   Outcome disableIndications(const CallOptions* options = nullptr);
 
   /**
-   * Cleans up every interface, in the order instance, method, association, indication.
+   * Cleans up every interface, in the order instance, method, association, indication; as SFCB, on two
+   * threads at once.
    * @return the first status that is not success (CMPI_RC_NEVER_UNLOAD if the provider refuses).
    */
   Outcome cleanup(bool terminating);
@@ -135,6 +136,7 @@ public:
   CMPIIndicationMI* indicationMI() const { return m_indicationMI; }
 
 private:
+  Outcome cleanupInterfaces(bool terminating);
   void createInterfaces(const ProviderFactories& factories);
   const CallOptions& optionsOr(const CallOptions* options) const;
 

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/provider/ProviderLibrary.h"
 
-#include <cerrno>
+#include "host/schema/RegularFile.h"
+
 #include <cstring>
 
 #include <dlfcn.h>
-#include <unistd.h>
+#include <elf.h>
 
 namespace tvp::host {
 namespace {
@@ -17,6 +18,33 @@ Factory findFactory(void* library, const std::string& providerName, const char* 
       dlsym(library, (providerName + "_Create_" + interfaceName + "MI").c_str()));
 }
 
+template <class Header>
+bool readHeader(const RegularFile& file, std::uint64_t offset, Header& header) {
+  const std::string bytes = file.read(offset, sizeof header);
+  std::memcpy(&header, bytes.data(), bytes.size());
+  return bytes.size() == sizeof header;
+}
+
+/**
+ * Refuses a library that ends before what its headers announce: the loader maps it all the same, and the
+ * process ends when the missing part is accessed. What is no library at all is left to the loader.
+ */
+void checkIsWhole(const RegularFile& file) {
+  Elf64_Ehdr header{};
+  if (!readHeader(file, 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0 ||
+      header.e_ident[EI_CLASS] != ELFCLASS64) {
+    return;
+  }
+  for (unsigned int index = 0; index < header.e_phnum; ++index) {
+    Elf64_Phdr segment{};
+    const bool read = readHeader(file, header.e_phoff + std::uint64_t{index} * header.e_phentsize, segment);
+    if (!read || (segment.p_type == PT_LOAD &&
+                  (segment.p_offset > file.size() || segment.p_filesz > file.size() - segment.p_offset))) {
+      throw FileError("it is truncated; install it again");
+    }
+  }
+}
+
 std::string lastLoaderError() {
   const char* text = dlerror();
   return text == nullptr ? "unknown error" : text;
@@ -26,9 +54,11 @@ std::string lastLoaderError() {
 
 ProviderLibrary::ProviderLibrary(const std::string& fileName, const std::string& providerName)
     : m_handle(nullptr) {
-  if (access(fileName.c_str(), R_OK) != 0) {
+  try {
+    checkIsWhole(RegularFile(fileName));
+  } catch (const FileError& error) {
     throw ProviderLoadError(
-        "cannot read the provider " + fileName + ": " + std::strerror(errno) +
+        "cannot read the provider " + fileName + ": " + error.what() +
         "; check the path, or name the library with --provider");
   }
   m_handle = dlopen(

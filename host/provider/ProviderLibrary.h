@@ -32,7 +32,8 @@ public:
   /**
    * @param fileName the library
    * @param providerName the prefix of the factories' names, as in NAME_Create_InstanceMI
-   * @throws ProviderLoadError if the file is missing, is not a library, or has none of the factories.
+   * @throws ProviderLoadError if the file is missing, is not a library, is truncated, or has none of the
+   * factories.
    */
   ProviderLibrary(const std::string& fileName, const std::string& providerName);
   ~ProviderLibrary();

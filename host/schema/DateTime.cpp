@@ -52,7 +52,8 @@ std::optional<DateTime> DateTime::parse(const std::string& text) {
   result.m_interval = text[ZONE] == ':';
   std::int64_t seconds = 0;
   if (result.m_interval) {
-    seconds = number(text, 0, 8) * SECONDS_PER_DAY + time.tm_hour * 3600 + time.tm_min * 60 + time.tm_sec;
+    const int secondOfDay = (time.tm_hour * 60 + time.tm_min) * 60 + time.tm_sec;
+    seconds = number(text, 0, 8) * SECONDS_PER_DAY + secondOfDay;
   } else {
     time.tm_year = number(text, 0, 4) - 1900;
     time.tm_mon = number(text, 4, 2) - 1;

@@ -3,16 +3,15 @@
 
 #include "host/schema/MofLexer.h"
 #include "host/schema/Names.h"
+#include "host/schema/RegularFile.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <sstream>
 #include <utility>
 
 namespace tvp::host {
 namespace {
+
+constexpr std::size_t LARGEST_FILE = 16 << 20;  ///< bytes; the whole standard schema in one file is smaller
 
 /** Reads declarations by recursive descent, one token ahead. */
 class Parser {
@@ -292,17 +291,17 @@ MofError::MofError(const std::string& file, unsigned int line, const std::string
       m_line(line) {}
 
 std::shared_ptr<const Schema> MofReader::readFile(const std::string& fileName) {
-  std::ifstream file(fileName, std::ios::binary);
-  if (!file) {
-    throw MofError(fileName, 0, "cannot open the schema: " + std::string(std::strerror(errno)));
+  std::string text;
+  try {
+    const RegularFile file(fileName);
+    if (file.size() > LARGEST_FILE) {
+      throw FileError("it is larger than " + std::to_string(LARGEST_FILE >> 20U) + " MiB");
+    }
+    text = file.read(0, LARGEST_FILE);
+  } catch (const FileError& error) {
+    throw MofError(fileName, 0, std::string("cannot read the schema: ") + error.what());
   }
-  file.peek();  // a directory can be opened like a file, but fails here
-  if (file.bad()) {
-    throw MofError(fileName, 0, "cannot read the schema: it is not a file");
-  }
-  std::ostringstream text;
-  text << file.rdbuf();
-  return readText(text.str(), fileName);
+  return readText(text, fileName);
 }
 
 std::shared_ptr<const Schema> MofReader::readText(const std::string& text, const std::string& fileName) {

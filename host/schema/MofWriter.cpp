@@ -16,17 +16,20 @@ std::string mofLiteral(const std::string& text) {
   static const std::string SPECIAL = "\"\\\b\t\n\f\r";
   static const std::string LETTERS = "\"\\btnfr";
   std::string result = "\"";
-  for (const char letter : text::toUtf8(text)) {
-    const std::size_t special = SPECIAL.find(letter);
+  const std::string valid = text::toUtf8(text);
+  for (std::string_view rest = valid; !rest.empty();) {
+    const text::Character character = text::characterAt(rest);
+    const std::size_t special = SPECIAL.find(rest.front());
     if (special != std::string::npos) {
       result += {'\\', LETTERS[special]};
-    } else if (static_cast<unsigned char>(letter) < 0x20 || letter == 0x7F) {
-      std::array<char, 8> escaped{};
-      std::snprintf(escaped.data(), escaped.size(), "\\x%04X", static_cast<unsigned>(letter));
+    } else if (text::isControl(character.code)) {
+      std::array<char, 16> escaped{};
+      std::snprintf(escaped.data(), escaped.size(), "\\x%04X", static_cast<unsigned>(character.code));
       result += escaped.data();
     } else {
-      result += letter;
+      result += rest.substr(0, character.step());
     }
+    rest.remove_prefix(character.step());
   }
   return result + "\"";
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/CommandLine.h"
 
+#include "host/tvpcim/Completion.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
 #include "text/Size.h"
@@ -38,8 +39,7 @@ bool takesValue(const std::string& option) {
 }
 
 void printError(const Tool& tool, const std::string& text) {
-  std::fprintf(
-      stderr, "tvpcim: %s%s%s\n", tool.verb().c_str(), tool.verb().empty() ? "" : ": ", text.c_str());
+  Tool::complain(tool.verb() + (tool.verb().empty() ? "" : ": ") + text);
 }
 
 /** Does what the command line asks for. */
@@ -58,8 +58,10 @@ int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>
   } catch (const OperationError& error) {
     printError(tool, error.what());
     if (!error.hint().empty()) {
-      std::fprintf(stderr, "tvpcim: hint: %s\n", error.hint().c_str());
+      Tool::complain("hint: " + error.hint());
     }
+  } catch (const std::bad_alloc&) {
+    printError(tool, "there is not enough memory");
   } catch (const std::exception& error) {
     printError(tool, error.what());
   }
@@ -70,7 +72,7 @@ int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>
 bool reportBreaches(Tool& tool) {
   const std::vector<std::string> breaches = tool.session().breaches();
   for (const std::string& text : breaches) {
-    std::fprintf(stderr, "tvpcim: warning: the provider broke a rule of the interface: %s\n", text.c_str());
+    Tool::complain("warning: the provider broke a rule of the interface: " + text);
   }
   return !breaches.empty() && std::getenv("TVPCIM_STRICT") != nullptr;
 }
@@ -92,6 +94,7 @@ CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
         addWatchCommand, addInstanceCommands, addMethodCommand, addAssociationCommands, addSchemaCommands}) {
     add(m_app, m_tool);
   }
+  addHelp();
 }
 
 void CommandLine::addGlobalOptions() {
@@ -148,7 +151,29 @@ void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {
   }
 }
 
+void CommandLine::addHelp() {
+  const auto verbs = std::make_shared<std::vector<std::string>>();
+  addVerb(
+      m_app, m_tool, "help", "Describe the verbs, or one of them", "Example: tvpcim help pool create",
+      [this, verbs] {
+        std::vector<std::string> words = *verbs;
+        words.emplace_back("--help");
+        m_tool.print(CommandLine(m_tool).parse(words));
+      })
+      .add_option("VERB", *verbs, "The verb to describe, of one or two words");
+}
+
 std::string CommandLine::parse(const std::vector<std::string>& arguments) {
+  // For the shells' completions, which pass any words: not a verb, as none of them must be read as options.
+  if (!arguments.empty() && arguments.front() == "__complete") {
+    m_tool.choose(
+        "__complete", [this, words = std::vector<std::string>(arguments.begin() + 1, arguments.end())] {
+          for (const std::string& name : completionsOf(m_tool, m_app, words)) {
+            m_tool.print(name + "\n");
+          }
+        });
+    return "";
+  }
   checkVerbs(arguments);
   try {
     m_app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));

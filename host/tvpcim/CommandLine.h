@@ -23,6 +23,7 @@ public:
 
 private:
   void addGlobalOptions();
+  void addHelp();
   /** Finds a word that is not a verb in the place of one; CLI11 would call it an extra argument. */
   void checkVerbs(const std::vector<std::string>& arguments);
 

@@ -12,11 +12,13 @@
 namespace tvp::host::tvpcim {
 
 const ObjectKind Drive::KIND = {
-    "TVP_LogicalDevice", "DeviceNumber", "DeviceName", "drive", "drives", nullptr};
-const ObjectKind Pool::KIND = {"TVP_VirtualPool", "VirtualPoolId",        "Name", "pool",
-                               "pools",           "GetVirtualPoolMembers"};
-const ObjectKind Volume::KIND = {"TVP_VirtualVolume", "VirtualVolumeId",        "VolumeName", "volume",
-                                 "volumes",           "GetVirtualVolumeMembers"};
+    "TVP_LogicalDevice",   "DeviceNumber", "DeviceName", "drive", "drives", nullptr,
+    "LogicalDevicesCount", "LD_Status"};
+const ObjectKind Pool::KIND = {"TVP_VirtualPool",       "VirtualPoolId",    "Name",      "pool", "pools",
+                               "GetVirtualPoolMembers", "VirtualPoolCount", "PoolStatus"};
+const ObjectKind Volume::KIND = {
+    "TVP_VirtualVolume", "VirtualVolumeId",         "VolumeName",         "volume",
+    "volumes",           "GetVirtualVolumeMembers", "VirtualVolumeCount", "State"};
 
 namespace {
 
@@ -44,17 +46,20 @@ const Instance* firstOf(const std::vector<Instance>& instances, Test test) {
 
 Drive::Drive(const Instance& instance)
     : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
-      type(numberOf(instance, "DeviceType")), capacity(numberOf(instance, "CapacityInSectors")) {}
+      type(numberOf(instance, "DeviceType")), status(numberOf(instance, KIND.status)),
+      capacity(numberOf(instance, "CapacityInSectors")) {}
 
 Pool::Pool(const Instance& instance)
     : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
-      description(textOf(instance, "Description")), tier(numberOf(instance, "TierLevel")),
-      capacity(numberOf(instance, "CapacityInSectors")), used(numberOf(instance, "UsedCapacityInSectors")) {}
+      description(textOf(instance, "Description")), status(numberOf(instance, KIND.status)),
+      tier(numberOf(instance, "TierLevel")), capacity(numberOf(instance, "CapacityInSectors")),
+      used(numberOf(instance, "UsedCapacityInSectors")) {}
 
 Volume::Volume(const Instance& instance)
     : number(identifierOf(instance, KIND.number)), name(textOf(instance, KIND.name)),
-      description(textOf(instance, "Description")), type(numberOf(instance, "VolumeType")),
-      knob(numberOf(instance, "KnobSetting")), capacity(numberOf(instance, "CapacityInSectors")) {}
+      description(textOf(instance, "Description")), status(numberOf(instance, KIND.status)),
+      type(numberOf(instance, "VolumeType")), knob(numberOf(instance, "KnobSetting")),
+      capacity(numberOf(instance, "CapacityInSectors")) {}
 
 DriveExtent::DriveExtent(const Instance& instance)
     : drive(identifierOf(instance, "DeviceNumber")), driveName(textOf(instance, "Name")),
@@ -64,27 +69,54 @@ DriveExtent::DriveExtent(const Instance& instance)
 PoolUse::PoolUse(const Instance& instance)
     : pool(identifierOf(instance, "VirtualPoolId")), poolName(textOf(instance, "VolumeName")) {}
 
-const std::vector<Instance>& Inventory::enumerated(const std::string& className) {
-  const auto known = m_instances.find(className);
-  if (known != m_instances.end()) {
-    return known->second;
+const InstancesOutcome& Inventory::enumerated(const std::string& className) {
+  const auto known = m_outcomes.find(className);
+  return known != m_outcomes.end()
+             ? known->second
+             : m_outcomes.emplace(className, m_session.enumerate(className)).first->second;
+}
+
+const std::vector<Instance>& Inventory::instances(const ObjectKind& kind) {
+  for (const bool again : {false, true}) {
+    const std::vector<Instance>& found = enumerated(kind.className).instances;
+    if (!found.empty() || numberOf(requireIdentity(), kind.count) == 0) {
+      return found;
+    }
+    // The first of them may just have been created, between the two questions.
+    if (!again) {
+      forget();
+    }
   }
-  return m_instances.emplace(className, m_session.enumerate(className)).first->second;
+  const std::string hint = remarksOf(enumerated(kind.className));
+  throw OperationError(
+      std::string("the ") + kind.nouns + " cannot be read", hint.empty() ? SEE_STATUS : hint);
 }
 
 const Instance* Inventory::identity() {
-  const std::vector<Instance>& instances = enumerated(IDENTITY_CLASS);
+  const std::vector<Instance>& instances = enumerated(IDENTITY_CLASS).instances;
   return instances.empty() ? nullptr : &instances.front();
 }
 
+const Instance& Inventory::requireIdentity() {
+  const Instance* found = identity();
+  if (found == nullptr) {
+    const std::string hint = remarksOf(enumerated(IDENTITY_CLASS));
+    throw OperationError(NO_DRIVER, hint.empty() ? SEE_STATUS : hint);
+  }
+  return *found;
+}
+
 const Instance* Inventory::byNumber(const ObjectKind& kind, std::uint64_t number) {
-  return firstOf(
-      instances(kind), [&](const Instance& instance) { return numberOf(instance, kind.number) == number; });
+  // Not confirmed: whoever names a number that is not found makes a request with it, and hears the reason.
+  return firstOf(enumerated(kind.className).instances, [&](const Instance& instance) {
+    return numberOf(instance, kind.number) == number;
+  });
 }
 
 const Instance* Inventory::byName(const ObjectKind& kind, const std::string& name) {
-  return firstOf(
-      instances(kind), [&](const Instance& instance) { return textOf(instance, kind.name) == name; });
+  return firstOf(enumerated(kind.className).instances, [&](const Instance& instance) {
+    return textOf(instance, kind.name) == name;
+  });
 }
 
 std::uint32_t Inventory::resolve(const ObjectKind& kind, const std::string& text) {

@@ -12,8 +12,9 @@
 
 namespace tvp::host::tvpcim {
 
-/** What to say when the identity cannot be read. */
-constexpr const char* NO_DRIVER = "no storage driver answers; 'voltvkctl status' shows why";
+/** What to say when the identity cannot be read, and where the reason is shown. */
+constexpr const char* NO_DRIVER = "no storage driver answers";
+constexpr const char* SEE_STATUS = "'voltvkctl status' shows why";
 
 /** A kind of storage object, and what its class calls the properties that all of them have. */
 struct ObjectKind {
@@ -23,6 +24,8 @@ struct ObjectKind {
   const char* noun;
   const char* nouns;          ///< the plural, which is also the verb that lists them
   const char* membersMethod;  ///< of the tier service; null when it has no members
+  const char* count;          ///< the property of the identity that counts them
+  const char* status;         ///< the property that says whether it is in order, which is 1
 };
 
 /** A drive as its instance describes it; capacities in sectors here and below. */
@@ -35,6 +38,7 @@ struct Drive {
   std::uint32_t number;
   std::string name;
   std::uint64_t type;  ///< SSD, or another code of DeviceType
+  std::uint64_t status;
   std::uint64_t capacity;
 };
 
@@ -48,6 +52,7 @@ struct Pool {
   std::uint32_t number;
   std::string name;
   std::string description;
+  std::uint64_t status;
   std::uint64_t tier;
   std::uint64_t capacity;
   std::uint64_t used;
@@ -63,6 +68,7 @@ struct Volume {
   std::uint32_t number;
   std::string name;
   std::string description;
+  std::uint64_t status;
   std::uint64_t type;
   std::uint64_t knob;
   std::uint64_t capacity;
@@ -95,9 +101,16 @@ public:
 
   explicit Inventory(Session& session) : m_session(session) {}
 
-  const std::vector<Instance>& instances(const ObjectKind& kind) { return enumerated(kind.className); }
+  /**
+   * The objects of a kind. The provider answers with an empty success when it cannot read them, so an empty
+   * list is taken only if the identity confirms it.
+   * @throws OperationError when there is no driver, or there are objects that were not answered
+   */
+  const std::vector<Instance>& instances(const ObjectKind& kind);
   /** The product's identity; null when no storage driver answers. */
   const Instance* identity();
+  /** As identity(). @throws OperationError with the reason, where one is known, when there is none */
+  const Instance& requireIdentity();
 
   template <typename Object>
   std::vector<Object> all() {
@@ -113,6 +126,8 @@ public:
     return viewOf<Object>(byName(Object::KIND, name));
   }
   bool exists(const ObjectKind& kind, std::uint32_t number) { return byNumber(kind, number) != nullptr; }
+  /** The object with that identifier, until forget(); null when none is answered. */
+  const Instance* byNumber(const ObjectKind& kind, std::uint64_t number);
 
   /**
    * The identifier that a person means by a number or a name. A number is an identifier first, then a
@@ -132,19 +147,18 @@ public:
   /** Calls a method of the tier service, whatever comes of it. */
   MethodOutcome callService(const std::string& method, const Arguments& arguments);
   /** Makes later questions read the present state. */
-  void forget() { m_instances.clear(); }
+  void forget() { m_outcomes.clear(); }
 
 private:
   template <typename Object>
   static std::optional<Object> viewOf(const Instance* instance) {
     return instance == nullptr ? std::nullopt : std::optional<Object>(Object(*instance));
   }
-  const std::vector<Instance>& enumerated(const std::string& className);
-  const Instance* byNumber(const ObjectKind& kind, std::uint64_t number);
+  const InstancesOutcome& enumerated(const std::string& className);
   const Instance* byName(const ObjectKind& kind, const std::string& name);
 
   Session& m_session;
-  std::map<std::string, std::vector<Instance>> m_instances;
+  std::map<std::string, InstancesOutcome> m_outcomes;
 };
 
 }  // namespace tvp::host::tvpcim

@@ -9,20 +9,28 @@
 #include "host/tvpcim/output/Text.h"
 #include "text/Trim.h"
 
+#include <cstdlib>
+#include <future>
+#include <stdexcept>
+#include <thread>
+
 namespace tvp::host::tvpcim {
 
 std::string describe(const Outcome& outcome) {
   std::string text = statusName(outcome.rc);
   const std::string message(text::trimmed(outcome.message));
-  text += message.empty() ? "" : ": " + printable(message);
-  if (outcome.rc == CMPI_RC_ERR_ACCESS_DENIED) {
-    text += "; run it as root, or name an administrator with --user";
-  }
-  return text;
+  return text + (message.empty() ? "" : ": " + printable(message));
 }
 
 std::string remarksOf(const Outcome& outcome) {
   return printable(join(outcome.remarks, "; "));
+}
+
+std::string hintOf(const Outcome& outcome) {
+  const std::string remarks = remarksOf(outcome);
+  return remarks.empty() && outcome.rc == CMPI_RC_ERR_ACCESS_DENIED
+             ? "this is for administrators, users whose primary group is root's"
+             : remarks;
 }
 
 Instance answerOf(const std::string& method, const MethodOutcome& outcome) {
@@ -63,7 +71,7 @@ const SchemaClass& Session::classNamed(const std::string& name) {
   if (found != nullptr && !found->external) {
     return *found;
   }
-  // A class of the standard schema may be asked for though no file declares it: the provider answers for it.
+  // A class of the standard schema may be asked for though no file declares it: the provider serves it.
   const std::string standardPrefix = "CIM_";
   if (name.compare(0, standardPrefix.size(), standardPrefix) == 0) {
     SchemaClass& standard = m_standardClasses[name];
@@ -111,7 +119,11 @@ ObjectPath Session::parsePath(const std::string& text) {
 Broker& Session::broker() {
   if (m_broker == nullptr) {
     schema();
-    m_broker = std::make_unique<Broker>(m_schema);
+    try {
+      m_broker = std::make_unique<Broker>(m_schema, optionsAs(std::getenv("TVP_OBJECT_MANAGER")));
+    } catch (const std::invalid_argument& error) {
+      throw UsageError(std::string("TVP_OBJECT_MANAGER: ") + error.what());
+    }
     m_broker->setHandlers(m_handlers);
   }
   return *m_broker;
@@ -135,22 +147,27 @@ Provider& Session::provider() {
 
 void Session::check(const Outcome& outcome) const {
   if (!outcome.ok()) {
-    throw OperationError(describe(outcome), remarksOf(outcome));
+    throw OperationError(describe(outcome), hintOf(outcome));
   }
 }
 
-std::vector<Instance> Session::enumerate(const std::string& className) {
+InstancesOutcome Session::enumerate(const std::string& className) {
   InstancesOutcome outcome = provider().enumerateInstances(pathOf(className));
   check(outcome);
-  return std::move(outcome.instances);
+  return outcome;
 }
 
-void Session::cleanUp() {
-  if (m_provider != nullptr) {
-    const Outcome outcome = m_provider->cleanup(true);
+void Session::cleanUp(std::chrono::milliseconds limit) {
+  if (m_provider == nullptr) {
+    return;
+  }
+  std::packaged_task<Outcome()> cleaning([this] { return m_provider->cleanup(true); });
+  std::future<Outcome> outcome = cleaning.get_future();
+  std::thread(std::move(cleaning)).detach();
+  if (outcome.wait_for(limit) == std::future_status::ready) {
     m_provider.reset();
     m_broker->reportLeaks();
-    check(outcome);
+    check(outcome.get());
   }
 }
 

@@ -7,6 +7,7 @@
 #include "host/schema/Schema.h"
 #include "host/tvpcim/Options.h"
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <string>
@@ -44,12 +45,16 @@ public:
   /** Handlers for the broker, to be set before provider() is called. */
   void setHandlers(BrokerHandlers handlers) { m_handlers = std::move(handlers); }
 
-  std::vector<Instance> enumerate(const std::string& className);
-  /** @throws OperationError unless the request succeeded; what the provider remarked is the hint. */
+  InstancesOutcome enumerate(const std::string& className);
+  /** @throws OperationError unless the request succeeded; see hintOf for the hint. */
   void check(const Outcome& outcome) const;
 
-  /** Ends the provider's own threads and its interfaces; nothing can be asked afterwards. */
-  void cleanUp();
+  /**
+   * Ends the provider's own threads and its interfaces; nothing can be asked afterwards. A clean-up that
+   * takes longer than the limit goes on by itself: what it uses has to live until the process ends.
+   * @throws OperationError when it failed within the limit
+   */
+  void cleanUp(std::chrono::milliseconds limit);
   /** The rules that the provider has broken so far, a sentence each. */
   std::vector<std::string> breaches();
 
@@ -65,10 +70,12 @@ private:
   std::unique_ptr<Provider> m_provider;
 };
 
-/** "CIM_ERR_FAILED: message", with a sentence on what to do where there is one to give. */
+/** "CIM_ERR_FAILED: message" */
 std::string describe(const Outcome& outcome);
 /** What the provider remarked while it worked on the request, on one line; empty when it did not. */
 std::string remarksOf(const Outcome& outcome);
+/** What to say beside a failure: the provider's remarks, else what to do; empty where there is neither. */
+std::string hintOf(const Outcome& outcome);
 /** A method's answer as one object: "ReturnValue" and the output arguments. */
 Instance answerOf(const std::string& method, const MethodOutcome& outcome);
 /** @throws UsageError with names that are near, for an unknown property. */

@@ -2,6 +2,7 @@
 #include "host/tvpcim/Tool.h"
 
 #include "host/tvpcim/Failure.h"
+#include "text/Utf8.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -49,8 +50,8 @@ void Tool::flush() {
   }
 }
 
-void Tool::notice(const std::string& text) {
-  std::fprintf(stderr, "tvpcim: note: %s\n", text.c_str());
+void Tool::complain(const std::string& text) {
+  std::fprintf(stderr, "tvpcim: %s\n", text::printable(text).c_str());
 }
 
 void Tool::choose(const std::string& verb, std::function<void()> action) {

@@ -31,7 +31,9 @@ public:
   /** Makes sure that all that was printed is written. @throws OperationError */
   void flush();
   /** Writes something for people beside the answer, to standard error. */
-  void notice(const std::string& text);
+  void notice(const std::string& text) const { complain("note: " + text); }
+  /** Writes a line to standard error; whatever bytes the text has, it stays one line and harmless. */
+  static void complain(const std::string& text);
 
   /** Remembers what the command line asks for. */
   void choose(const std::string& verb, std::function<void()> action);

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "backend/StorageFixture.h"
+#include "host/schema/MofReader.h"
 
 #include <functional>
 #include <random>
@@ -11,37 +12,31 @@ using namespace cim::fwf;
 
 using Strings = std::vector<std::string>;
 
+/** A method, and the arguments of its routine, which is called TvpIf and the method. */
 struct RoutineCase {
-  const char* method;
-  const char* routine;
+  std::string method;
   Strings arguments;
 };
 
+/** The methods that the schema declares and the one routine that is not offered. */
 const std::vector<RoutineCase>& routines() {
-  static const std::vector<RoutineCase> cases = {
-      {"CreateVirtualPool",
-       "TvpIfCreateVirtualPool",
-       {"Name", "Description", "NumberOfLogicalDevice", "LDDeviceNumbers", "CapacityInSectors", "ChunkSize",
-        "TierLevel"}},
-      {"DeleteVirtualPool", "TvpIfDeleteVirtualPool", {"VirtualPoolId"}},
-      {"ModifyVirtualPool", "TvpIfModifyVirtualPool", {"VirtualPoolId", "Name", "TierLevel", "Description"}},
-      {"CreateVirtualVolume",
-       "TvpIfCreateVirtualVolume",
-       {"VolumeName", "Description", "VolumeType", "VirtualPoolsCount", "ListOfVirtualPoolIds",
-        "UsedSizeInSectors", "KnobSetting"}},
-      {"DeleteVirtualVolume", "TvpIfDeleteVirtualVolume", {"VirtualVolumeId"}},
-      {"ModifyVirtualVolume",
-       "TvpIfModifyVirtualVolume",
-       {"VirtualVolumeId", "VolumeName", "Description", "KnobSetting"}},
-      {"FlushVirtualVolume", "TvpIfFlushVirtualVolume", {"VirtualVolumeId"}},
-      {"GetVirtualVolumeStats", "TvpIfGetVirtualVolumeStats", {"VirtualVolumeId"}},
-      {"ResetVirtualVolumeStats", "TvpIfResetVirtualVolumeStats", {"VirtualVolumeId"}},
-      {"CreateDataCacheVolume",
-       "TvpIfCreateDataCacheVolume",
-       {"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool", "LDDeviceNumber",
-        "LDCapacityInSectors", "ChunkSize", "KnobSetting"}},
-      {"DeleteDataCacheVolume", "TvpIfDeleteDataCacheVolume", {"VirtualVolumeId", "VirtualPoolId"}},
-  };
+  static const std::vector<RoutineCase> cases = [] {
+    std::vector<RoutineCase> found = {
+        {"DeleteDataCacheVolume", {"VirtualVolumeId", "VirtualPoolId"}}};
+    const auto schema = host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
+    for (const host::SchemaMethod& method : schema->find("TVP_TierService")->methods) {
+      if (method.parameter("Members") != nullptr) {
+        continue;  // returns no status and does not count its arguments
+      }
+      found.push_back({method.name, {}});
+      for (const host::SchemaParameter& parameter : method.parameters) {
+        if (parameter.in) {
+          found.back().arguments.push_back(parameter.name);
+        }
+      }
+    }
+    return found;
+  }();
   return cases;
 }
 
@@ -60,12 +55,12 @@ using MethodRoutines = StorageTest;
 TEST_F(MethodRoutines, ArgumentsAreCountedThenLookedUpInOrder) {
   for (const RoutineCase& routine : routines()) {
     SCOPED_TRACE(routine.method);
-    const std::string name = routine.routine;
+    const std::string name = "TvpIf" + routine.method;
     Strings tooMany = routine.arguments;
     tooMany.emplace_back("Extra");
     for (const Strings& wrong : {Strings(), tooMany}) {
       log.clear();
-      EXPECT_EQ(call(routine.method, named(wrong)), 3U);
+      EXPECT_EQ(call(routine.method.c_str(), named(wrong)), 3U);
       EXPECT_EQ(
           log.lines().at(2), LogCapture::message(
                                  4, name + " FAILURE : " + std::to_string(routine.arguments.size()) +
@@ -76,7 +71,7 @@ TEST_F(MethodRoutines, ArgumentsAreCountedThenLookedUpInOrder) {
       Strings renamed = routine.arguments;
       std::replace(renamed.begin(), renamed.end(), missing, "x" + missing);
       log.clear();
-      EXPECT_EQ(call(routine.method, named(renamed)), 3U);
+      EXPECT_EQ(call(routine.method.c_str(), named(renamed)), 3U);
       const std::string entry = name == "TvpIfDeleteVirtualPool" ? "Entering " + name + "()"
                                                                  : "Entering TVPIfExecute::" + name + "()";
       EXPECT_EQ(
@@ -94,10 +89,9 @@ TEST_F(MethodRoutines, ArgumentsWithoutValuesAreRefusedByTheLibrary) {
   makePool("First", TVK_DEVICE_HDD);
   for (const RoutineCase& routine : routines()) {
     SCOPED_TRACE(routine.method);
-    EXPECT_EQ(call(routine.method, named(routine.arguments)), 3U);
-    if (std::string(routine.method) != "CreateDataCacheVolume") {
-      const char* status =
-          std::string(routine.method) == "ResetVirtualVolumeStats" ? "ReturnCode" : "RetStat";
+    EXPECT_EQ(call(routine.method.c_str(), named(routine.arguments)), 3U);
+    if (routine.method != "CreateDataCacheVolume") {
+      const char* status = routine.method == "ResetVirtualVolumeStats" ? "ReturnCode" : "RetStat";
       EXPECT_NE(answered(status), 0U);
     }
   }
@@ -131,10 +125,29 @@ TEST_F(MethodRoutines, RandomArgumentsNeverCrash) {
       for (const std::string& name : routine.arguments) {
         in.addArgument(makers[number(static_cast<unsigned int>(makers.size()))](name.c_str()));
       }
-      const unsigned int result = call(routine.method, in);
+      const unsigned int result = call(routine.method.c_str(), in);
       EXPECT_TRUE(result == 0 || result == 3) << routine.method;
     }
   }
+}
+
+// The embedded library is always up to date; one that needs refreshing would offer a name that is taken.
+TEST_F(MethodRoutines, TheConfigurationIsRefreshedBeforeAnInternalPoolIsNamed) {
+  CIMMethodParam in = named(
+      {"VolumeName", "Description", "VolumeType", "SSDPoolId", "reqCapacityFromSSDPool",
+       "LDCapacityInSectors", "ChunkSize", "KnobSetting"});
+  in.addArgument(makeProperty("LDDeviceNumber", std::vector<unsigned char>{0}));
+  voltvk::Faults().throwFrom("refreshConfiguration");
+  log.clear();
+  call("CreateDataCacheVolume", in);
+  const Strings lines = log.lines();
+  const auto refreshed = std::find(
+      lines.begin(), lines.end(),
+      LogCapture::trace("Exception caught in Tvk Lib method: TvkLib::refreshConfiguration() "));
+  ASSERT_LE(2, lines.end() - refreshed);
+  EXPECT_EQ(
+      refreshed[1],
+      LogCapture::message(4, "TvpIfCreateDataCacheVolume() - Internal Pool Name: InternalPool0"));
 }
 
 // TVP_TierService does not offer this routine.

@@ -5,7 +5,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <thread>
+#include <future>
+#include <set>
+#include <tuple>
 
 namespace tvp::test {
 namespace {
@@ -89,30 +91,24 @@ TEST_F(StorageTest, AFailingRefreshDoesNotFailTheRequest) {
 TEST(StorageGateway, ConcurrentFirstUsersGetTheSameObjects) {
   TemporaryDirectory directory;
   ::setenv("VOLTVK_STATE", directory.file("state.db").c_str(), 1);
-  constexpr int THREADS = 8;
-  std::vector<std::thread> threads;
-  std::vector<TVPInterface*> gateways(THREADS);
-  std::vector<TvkLib*> libraries(THREADS);
-  std::vector<TvproEventManager*> managers(THREADS);
-  std::atomic<int> waiting{THREADS};  // all start at once, so that they meet during the creation
-  for (std::size_t index = 0; index < THREADS; ++index) {
-    threads.emplace_back([&, index] {
+  using Objects = std::tuple<TVPInterface*, TvkLib*, TvproEventManager*>;
+  std::vector<std::future<Objects>> threads;
+  std::atomic<int> waiting{8};  // all start at once, so that they meet during the creation
+  for (int thread = waiting; thread > 0; --thread) {
+    threads.push_back(std::async(std::launch::async, [&waiting]() -> Objects {
       for (--waiting; waiting.load() > 0;) {
       }
-      gateways[index] = TVPInterface::getInstance();
-      libraries[index] = gateways[index]->getTarvexProLib();
-      managers[index] = TvproEventManager::getInstance();
-    });
+      TVPInterface* gateway = TVPInterface::getInstance();
+      return {gateway, gateway->getTarvexProLib(), TvproEventManager::getInstance()};
+    }));
   }
-  for (std::thread& thread : threads) {
-    thread.join();
+  std::set<Objects> found;
+  for (std::future<Objects>& thread : threads) {
+    found.insert(thread.get());
   }
-  EXPECT_NE(gateways.front(), nullptr);
-  EXPECT_NE(libraries.front(), nullptr);
-  EXPECT_NE(managers.front(), nullptr);
-  EXPECT_EQ(std::count(gateways.begin(), gateways.end(), gateways.front()), THREADS);
-  EXPECT_EQ(std::count(libraries.begin(), libraries.end(), libraries.front()), THREADS);
-  EXPECT_EQ(std::count(managers.begin(), managers.end(), managers.front()), THREADS);
+  ASSERT_EQ(found.size(), 1U);
+  const auto& [gateway, library, manager] = *found.begin();
+  EXPECT_TRUE(gateway != nullptr && library != nullptr && manager != nullptr);
 }
 
 /** What getInstance returned before static construction, when there was no mutex yet. */

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
 #include "cmpi/CMPIHelper.h"
+#include "support/ScriptedPlugin.h"
 
 namespace tvp::test {
 namespace {
@@ -9,16 +10,6 @@ using namespace cim::fwf;
 using cim::adap::cmpi::CMPIHelper;
 using host::AssociationFilter;
 using host::Value;
-
-/** An association class without instances, for the choice of classes. */
-class EmptyAssociation : public AbstractAssociationProviderPlugin {
-public:
-  EmptyAssociation(const char* name, const char* antecedent, const char* dependent)
-      : AbstractAssociationProviderPlugin(name, antecedent, dependent) {}
-  void getKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) override {}
-  void getNonKeyAttributes(const CIMInstance&, std::vector<CIMProperty>&) override {}
-  void getRepositoryObjects(const CIMObjectPath&, std::vector<CIMInstance>&) override {}
-};
 
 class AssociationRequestsTest : public RunningProviderTest {
 protected:
@@ -51,6 +42,21 @@ TEST_F(AssociationRequestsTest, WithoutARelatedAssociationTheAnswerIsEmptySucces
   EXPECT_TRUE(m_provider->referenceNames(spare, asResult).ok());
   EXPECT_EQ(
       m_log.count(LogCapture::message(2, "Unrelated Association class TEST_Contains for TEST_Spare")), 4U);
+}
+
+// The source is at one end or it is not, whatever the other end is called.
+TEST_F(AssociationRequestsTest, AnEndWithoutANameIsNobodysClass) {
+  PluginsManager::getInstance()->registerPlugin(
+      "test_oneend", new EmptyAssociation("TEST_OneEnd", "", "TEST_Near"));
+  for (const std::string source : {"TEST_Near", "TEST_Far", ""}) {
+    m_log.clear();
+    static_cast<void>(m_provider->associatorNames(path(source), through("TEST_OneEnd")));
+    const bool unrelated = source != "TEST_Near";
+    EXPECT_EQ(
+        m_log.has(LogCapture::message(2, "Unrelated Association class TEST_OneEnd for " + source)),
+        unrelated);
+    EXPECT_EQ(m_log.has(LogCapture::trace("Exiting CMPIAdapter::ReturnObjectPaths()")), !unrelated);
+  }
 }
 
 TEST_F(AssociationRequestsTest, AllButAssociatorNamesFindTheirClassesThemselves) {
@@ -91,10 +97,10 @@ TEST_F(AssociationRequestsTest, AssociationClassesAreChosenByNameAndByInheritanc
   host::Broker broker(schema);
   host::Request request(broker);
   PluginsManager* registry = PluginsManager::getInstance();
-  registry->registerPlugin("test_base", new EmptyAssociation("TEST_Base", "TEST_Near", "TEST_Far"));
-  registry->registerPlugin("test_derived", new EmptyAssociation("TEST_Derived", "TEST_Near", "TEST_Other"));
-  registry->registerPlugin("test_standard", new EmptyAssociation("TEST_Standard", "TEST_Near2", "CIM_Box"));
-  registry->registerPlugin("test_oneend", new EmptyAssociation("TEST_OneEnd", "", "TEST_Near"));
+  registry->registerPlugin("test_base", new ScriptedPlugin("TEST_Base", "TEST_Near", "TEST_Far"));
+  registry->registerPlugin("test_derived", new ScriptedPlugin("TEST_Derived", "TEST_Near", "TEST_Other"));
+  registry->registerPlugin("test_standard", new ScriptedPlugin("TEST_Standard", "TEST_Near2", "CIM_Box"));
+  registry->registerPlugin("test_oneend", new ScriptedPlugin("TEST_OneEnd", "", "TEST_Near"));
   const auto classes = [&](const char* source, const char* associationClass) {
     std::vector<std::string> out = {"kept"};
     CMPIHelper::GetAssociationClasses(
@@ -128,8 +134,8 @@ TEST_F(AssociationRequestsTest, ACandidateThatIsRefusedDoesNotHideTheOthers) {
       "classes.mof"));
   host::Request request(broker);
   PluginsManager* registry = PluginsManager::getInstance();
-  registry->registerPlugin("test_first", new EmptyAssociation("TEST_First", "TEST_Near", "TEST_Far"));
-  registry->registerPlugin("test_last", new EmptyAssociation("TEST_Last", "TEST_Near", "TEST_Far"));
+  registry->registerPlugin("test_first", new ScriptedPlugin("TEST_First", "TEST_Near", "TEST_Far"));
+  registry->registerPlugin("test_last", new ScriptedPlugin("TEST_Last", "TEST_Near", "TEST_Far"));
   const auto candidates = [&] {
     Texts out;
     CMPIHelper::GetAssociationClasses(

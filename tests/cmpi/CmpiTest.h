@@ -82,7 +82,8 @@ unsigned int thrownCode(Work work) {
 /** Makes every broker call of some work fail in turn and hands each outcome to check, with the call's name.
  */
 template <typename Work, typename Check>
-void failEveryCall(host::Broker& broker, CMPIrc rc, Work work, Check check) {
+void failEveryCall(
+    host::Broker& broker, CMPIrc rc, Work work, Check check, host::Failing how = host::Failing::WithStatus) {
   broker.resetCalls(true);
   work();
   std::vector<std::string> calls;
@@ -92,7 +93,7 @@ void failEveryCall(host::Broker& broker, CMPIrc rc, Work work, Check check) {
   ASSERT_GT(calls.size(), 3U);
   for (std::size_t i = 0; i < calls.size(); ++i) {
     SCOPED_TRACE("call " + std::to_string(i + 1) + " " + calls[i]);
-    broker.failCall(i + 1, rc);
+    broker.failCall(i + 1, rc, how);
     check(calls[i]);
     broker.failCall(0, CMPI_RC_OK);
   }
@@ -108,8 +109,9 @@ inline bool isRelease(const std::string& call) {
  */
 class RunningProviderTest : public testing::Test {
 protected:
-  explicit RunningProviderTest(std::shared_ptr<const host::Schema> schema = testSchema())
-      : m_storage(m_log.root()), m_broker(std::move(schema)) {
+  explicit RunningProviderTest(
+      std::shared_ptr<const host::Schema> schema = testSchema(), const host::BrokerOptions& options = {})
+      : m_storage(m_log.root()), m_broker(std::move(schema), options) {
     m_log.root().write(
         "etc/passwd", "root:x:0:0:root:/root:/bin/bash\n"
                       "operator:x:11:0:operator:/root:/bin/sh\n"
@@ -123,6 +125,7 @@ protected:
   }
 
   void TearDown() override {
+    m_broker.reportLeaks();
     for (const host::Breach& breach : m_broker.breaches()) {
       ADD_FAILURE() << "breach: " << breach.text;
     }

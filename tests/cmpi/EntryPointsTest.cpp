@@ -2,6 +2,7 @@
 #include "CmpiTest.h"
 
 #include <functional>
+#include <new>
 #include <tuple>
 #include <type_traits>
 
@@ -144,6 +145,29 @@ TEST_F(RunningProviderTest, EveryFunctionChecksItsArgumentsBeforeItAsksForTheAda
     }
   }
   EXPECT_EQ(m_log.count(LogCapture::message(5, "INVALID : Indication MI")), 2U);
+}
+
+// An object manager in C++ may run out of memory where the provider makes a message for its answer.
+TEST_F(RunningProviderTest, ABrokerThatThrowsInsteadOfMakingAMessageIsAnsweredWithoutOne) {
+  static CMPIBrokerEncFT makers;
+  static CMPIBroker broker;
+  makers = *m_broker.cmpi()->eft;
+  makers.newString = [](const CMPIBroker*, const char*, CMPIStatus*) -> CMPIString* {
+    throw std::bad_alloc();
+  };
+  broker = *m_broker.cmpi();
+  broker.eft = &makers;
+  CMPIInstanceMI* mi = tarvexProProvider_Create_InstanceMI(&broker, nullptr, nullptr);
+  for (const Function& function : functions()) {
+    const CMPIStatus status = function.call(Arguments(0, Missing::Null));
+    EXPECT_EQ(status.rc, CMPI_RC_ERR_INVALID_PARAMETER) << function.name;
+    EXPECT_EQ(status.msg, nullptr) << function.name;
+  }
+  const NoSleep noSleep;
+  static_cast<void>(m_provider->cleanup(true));
+  EXPECT_EQ(tvpCmpiMICleanup(mi, nullptr, 1).rc, CMPI_RC_OK) << "with a warning that cannot be made";
+  EXPECT_TRUE(m_log.has(LogCapture::trace("Exiting CMPIAdapter::~CMPIAdapter()")));
+  EXPECT_EQ(functions().front().call(Arguments(ALL, Missing::Null)).msg, nullptr) << "without an adapter";
 }
 
 // Disabling, enabling and deactivating cannot fail in the adapter, so that their line is never written.

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <thread>
+#include <tuple>
 
 namespace tvp::test {
 namespace {
@@ -95,6 +96,18 @@ TEST_F(InboundConversionTest, KeysThatDoNotSayTheyAreKeysAreDropped) {
   CIMObjectPath path;
   CMPIHelper::CMPIObjectPathToFrameworkObjectPath(request.objectPath(partPath()), true, path);
   EXPECT_TRUE(path.keyBindings().empty());
+}
+
+TEST_F(InboundConversionTest, KeysThatAreCountedButAbsentAreLeftOut) {
+  host::Broker pegasus(testSchema(), host::optionsAs("openpegasus"));
+  host::Request request(pegasus);
+  const auto keysOf = [&](const host::ObjectPath& path) {
+    CIMObjectPath out;
+    CMPIHelper::CMPIObjectPathToFrameworkObjectPath(request.objectPath(path), true, out);
+    return out.keyBindings().size();
+  };
+  EXPECT_EQ(keysOf({TEST_NAMESPACE, "TEST_All", {}, ""}), 0U);
+  EXPECT_EQ(keysOf({TEST_NAMESPACE, "TEST_All", {{"Id", Value::string("i")}}, ""}), 1U) << "of two";
 }
 
 TEST_F(InboundConversionTest, AnInstanceBringsTheWritableKindsAndNoNulls) {
@@ -221,6 +234,23 @@ TEST_F(InboundConversionTest, NullObjectsEndInExceptions) {
   CIMInstance instance;
   EXPECT_EQ(thrownCode([&] { CMPIHelper::CMPIObjectPathToFrameworkObjectPath(nullptr, true, path); }), 3U);
   EXPECT_EQ(thrownCode([&] { CMPIHelper::setProps(nullptr, instance); }), 1U);
+  CMPIObjectPath empty{nullptr, nullptr};
+  for (const CMPIObjectPath* op : {static_cast<const CMPIObjectPath*>(nullptr), &std::as_const(empty)}) {
+    EXPECT_EQ(thrownCode([&] { CMPIHelper::setKeys(op, path); }), 1U);
+  }
+  CMPIArgs noArguments{nullptr, nullptr};
+  CMPIArgs* const someArguments = m_request.outputArguments();
+  const std::tuple<CMPIArgs*, CMPIArgs*, const CMPIBroker*> nulls[] = {
+      {nullptr, nullptr, m_broker.cmpi()},
+      {&noArguments, &noArguments, m_broker.cmpi()},
+      {nullptr, someArguments, nullptr}};
+  for (const auto& [in, out, broker] : nulls) {
+    CIMMethodParam parameters;
+    parameters.addArgument(scalar<std::string>("Text", PDT_STRING, "t"));
+    EXPECT_EQ(thrownCode([&] { CMPIHelper::CMPIArgsToFrameWorkMethodParam(in, parameters); }), 1U);
+    EXPECT_EQ(
+        thrownCode([&] { CMPIHelper::FrameworkArgumentsToCMPIArguments(parameters, out, broker); }), 1U);
+  }
   EXPECT_EQ(CMPIHelper::objectPathText(nullptr), CIMObjectPath().toString());
   std::vector<std::string> texts = {"kept"};
   CMPIHelper::ConvertChartoStringVector(nullptr, texts);

@@ -3,9 +3,17 @@
 #include "CIM/Framework/Subscription.h"
 #include "CmpiTest.h"
 #include "cmpi/CMPIAdapter.h"
+#include "cmpimacs.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/EventJournal.h"
 
 #include <atomic>
+#include <condition_variable>
+#include <filesystem>
+#include <mutex>
 #include <thread>
+
+#include <malloc.h>
 
 namespace tvp::test {
 namespace {
@@ -17,7 +25,8 @@ constexpr char EQUAL_CONTEXTS[] = "#***#Thread Context not equal to Original Con
 
 class IndicationDeliveryTest : public RunningProviderTest {
 protected:
-  IndicationDeliveryTest() {
+  explicit IndicationDeliveryTest(const host::BrokerOptions& options = {})
+      : RunningProviderTest(testSchema(), options) {
     m_handlers.onIndication = [this](const std::string& nameSpace, const host::Instance&) {
       m_nameSpace = nameSpace;
       return m_answer;
@@ -79,6 +88,40 @@ TEST_F(IndicationDeliveryTest, WhateverBecomesOfAnIndicationNothingIsLeftBehind)
   EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
 }
 
+class DeliveryTo : public IndicationDeliveryTest, public testing::WithParamInterface<const char*> {
+protected:
+  DeliveryTo() : IndicationDeliveryTest(host::optionsAs(GetParam())) {}
+};
+
+// What the object manager makes itself on this thread is freed only by its memory functions.
+TEST_P(DeliveryTo, LeavesNothingBehindWhicheverCallFails) {
+  subscribe();
+  const CIMInstance indication =
+      instanceOf("TEST_All", {list<std::string>("Texts", PDT_STRING_ARRAY, {"a", "b"})});
+  std::thread([&] {
+    const auto delivered = [&] {
+      CIMInstance copy = indication;
+      return CMPIAdapter::DeliverIndication(copy);
+    };
+    EXPECT_TRUE(delivered());
+    for (const host::Failing how : {host::Failing::WithStatus, host::Failing::WithException}) {
+      failEveryCall(
+          m_broker, CMPI_RC_ERR_FAILED, delivered,
+          [&](const std::string& call) {
+            const std::size_t before = m_broker.unreleasedObjects();
+            const bool onlyFrees = isRelease(call) || call.find(".mark") != std::string::npos;
+            EXPECT_EQ(delivered(), onlyFrees);
+            EXPECT_LE(m_broker.unreleasedObjects(), before + (onlyFrees ? 1 : 0));
+            EXPECT_TRUE(delivered()) << "the next one";
+          },
+          how);
+    }
+    CBDetachThread(m_broker.cmpi(), CMPIAdapter::getInstance()->getThreadContext());
+  }).join();
+}
+
+INSTANTIATE_TEST_SUITE_P(EachManager, DeliveryTo, testing::Values("strict", "openpegasus", "sfcb"));
+
 TEST_F(IndicationDeliveryTest, AThreadIsOnlyAttachedWithAPreparedContext) {
   m_handlers.onPrepareAttachThread = [] { return false; };
   m_handlers.onAttachThread = [] {
@@ -128,6 +171,67 @@ TEST_F(IndicationDeliveryTest, DeliveryDuringTheTearDownNeitherHangsNorTouchesTh
   EXPECT_TRUE(m_log.has(LogCapture::message(2, "Failed to get CMPIAdapter singleton instance")));
   stop = true;
   listener.join();
+}
+
+/** The whole road of events: from the storage library's record over the real listener to the broker. */
+class EventFlowTest : public RunningProviderTest {
+protected:
+  EventFlowTest()
+      : RunningProviderTest(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof")) {
+    host::BrokerHandlers handlers;
+    handlers.onIndication = [this](const std::string&, const host::Instance& indication) {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      m_described.push_back(indication.property("eventDesc")->asString());
+      m_arrived.notify_all();
+      return CMPI_RC_OK;
+    };
+    m_broker.setHandlers(handlers);
+    EXPECT_TRUE(m_provider->activateFilter({}).ok());
+    EXPECT_TRUE(m_provider->enableIndications().ok());
+  }
+
+  std::mutex m_mutex;
+  std::condition_variable m_arrived;
+  std::vector<std::string> m_described;
+};
+
+TEST_F(EventFlowTest, AThousandEventsBetweenTwoPollsAllArriveInOrder) {
+  constexpr std::size_t EVENTS = 1000;
+  voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
+    voltvk::EventJournal journal(connection);
+    for (std::size_t i = 0; i < EVENTS; ++i) {
+      journal.append(TVK_EVENT_DRIVE_ADDED, TVK_EVENT_INFORMATION, "drive {} added", {std::to_string(i)});
+    }
+  });
+  std::unique_lock<std::mutex> lock(m_mutex);
+  EXPECT_TRUE(
+      m_arrived.wait_for(lock, std::chrono::seconds(120), [this] { return m_described.size() >= EVENTS; }));
+  ASSERT_EQ(m_described.size(), EVENTS);
+  for (std::size_t i = 0; i < EVENTS; ++i) {
+    EXPECT_EQ(m_described[i], "drive [" + std::to_string(i) + "] added");
+  }
+}
+
+TEST_F(EventFlowTest, DeliveriesLeaveNothingBehind) {
+  std::filesystem::remove(m_log.root().file("var/log/TVP.txt"));
+  const cim::fwf::CIMInstance indication = instanceOf(
+      "TVP_CIMIndication", {scalar<std::string>("eventDesc", cim::fwf::PDT_STRING, "told", true),
+                            scalar("Id", cim::fwf::PDT_UINT32, 1U)});
+  const auto deliver = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      cim::fwf::CIMInstance copy = indication;
+      EXPECT_TRUE(cim::adap::cmpi::CMPIAdapter::DeliverIndication(copy));
+    }
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_described = {};
+  };
+  std::thread([&] {
+    deliver(5000);  // the broker keeps some thousand dead objects of a thread, to know them again
+    const std::size_t before = ::mallinfo2().uordblks;
+    deliver(10000);
+    EXPECT_LT(::mallinfo2().uordblks, before + std::size_t{256} * 1024);
+  }).join();
+  EXPECT_EQ(m_broker.unreleasedObjects(), 0U);
 }
 
 }  // namespace

@@ -153,6 +153,8 @@ TEST_F(OutboundConversionTest, ScalarKeysOfAPathKeepTypeAndOrder) {
   EXPECT_EQ(result.keys[1].value, Value::uint32(3));
   EXPECT_EQ(result.keys[2].value, Value::boolean(true));
   EXPECT_EQ(result.keys[3].name, "Other");
+  EXPECT_TRUE(m_log.has(
+      LogCapture::message(5, "FrameworkObjectPathToCMPIObjectPath:Key Empty has no value and is left out.")));
 }
 
 TEST_F(OutboundConversionTest, ReferencesAndInstancesGoOutAsArguments) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Man pages and completions know every verb, option and operation that the commands' own help has.
-#include "docs/Page.h"
 #include "support/Command.h"
+#include "support/Lines.h"
 
 #include <gtest/gtest.h>
 
@@ -33,10 +33,9 @@ Offer offerOf(const Reference& reference, std::vector<std::string> words) {
   const std::string help = Command(words).run().out;
   Offer offer;
   bool inVerbs = false;
-  std::istringstream lines(help);
   static const std::regex VERB(R"(^  ([a-z][a-z-]*)(  .*|$))");
   static const std::regex OPTION(R"(^  (-\w,)?\s*(--[a-z-]+).*)");
-  for (std::string line; std::getline(lines, line);) {
+  for (const std::string& line : linesOf(help)) {
     std::smatch found;
     inVerbs = line == "Subcommands:" || (inVerbs && line.rfind("  ", 0) == 0);
     if (inVerbs && std::regex_match(line, found, VERB)) {
@@ -85,11 +84,12 @@ std::string completionsOfZsh(const Reference& reference, const std::vector<std::
   std::filesystem::copy_file(
       std::string(reference.completions) + "/" + reference.name + ".zsh",
       directory.path() / (std::string("_") + reference.name));
+  // Nothing is typed before the prompt, since zsh reads lines without completions until then.
   const std::string script = directory.write("list.zsh", R"(zmodload zsh/zpty
 zpty terminal zsh -f -i
-zpty -w terminal "TERM=dumb; PS1=; PS2=; RPS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -d $1/dump"
+zpty -w terminal "TERM=dumb; PS1='ready> '; PS2=; RPS1=; fpath=($1 \$fpath); autoload -Uz compinit; compinit -u -d $1/dump"
 zpty -w terminal "bindkey ^I list-choices; bindkey ^X accept-line; LISTMAX=9999; print -r -- READ''Y"
-zpty -r -m terminal text '*READY*'
+zpty -r -m terminal text '*READY*ready> *'
 zpty -n -w terminal "$2 "$'\t'
 zpty -n -w terminal $'\x15print DO\'\'NE\x18'
 zpty -r -m terminal text '*DONE*'
@@ -110,6 +110,8 @@ protected:
   void check(const std::vector<std::string>& words) {
     const Offer offer = offerOf(GetParam(), words);
     const std::string man = std::regex_replace(readFile(manPage()), std::regex(R"(\\)"), "");
+    const std::size_t start = man.find("\n.SH OPTIONS\n");
+    const std::string explained = man.substr(start, man.find("\n.SH ", start + 1) - start);
     const std::string verbs = completionsOfBash(GetParam(), words, "");
     const std::string listed = offer.verbs.empty() ? "" : completionsOfZsh(GetParam(), words);
     for (const std::string& verb : offer.verbs) {
@@ -119,7 +121,7 @@ protected:
     }
     const std::string options = completionsOfBash(GetParam(), words, "-");
     for (const std::string& option : offer.options) {
-      EXPECT_TRUE(hasWord(man, option)) << "man page: " << option;
+      EXPECT_TRUE(hasWord(explained, option)) << "OPTIONS of the man page: " << option;
       EXPECT_TRUE(hasWord(options, option))
           << "bash after " << testing::PrintToString(words) << ": " << option;
     }
@@ -194,7 +196,38 @@ TEST(CommandCompletions, ValuesOfOptionsAndClassesAreCompleted) {
   EXPECT_EQ(offered(VOLTVKCTL, {"drive", "add", "--type"}), "hdd ssd\n");
   EXPECT_EQ(offered(TVPCIM, {"-o", "json", "pool", "create", "x", "--tier"}), "ssd hdd\n");
   EXPECT_EQ(offered(TVPCIM, {"pool", "create", "--size"}), "\n");
-  EXPECT_TRUE(hasWord(offered(TVPCIM, {"ei"}), "TVP_VirtualPool"));
+  const TemporaryDirectory directory;
+  ::setenv("VOLTVK_STATE", directory.file("state.db").c_str(), 1);  // each test has a process of its own
+  ::setenv("VOLTVK_HOST_ROOT", "/nonexistent", 1);
+  const auto done = [](const Reference& reference, std::vector<std::string> words) {
+    words.insert(words.begin(), reference.program);
+    const CommandResult result = Command(words).run();
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+  };
+  done(VOLTVKCTL, {"drive", "add", "--type", "hdd", "--size", "2G"});
+  done(TVPCIM, {"pool", "create", "my pool", "--drives", "0", "--size", "1G"});
+  done(TVPCIM, {"volume", "create", "data", "--pool", "my pool:1M"});
+  const struct {
+    const Reference& reference;
+    std::vector<std::string> words;
+    const char* prefix;
+    const char* name;
+  } cases[] = {
+      {TVPCIM, {"ei"}, "TVP_VirtualPoolM", "TVP_VirtualPoolMember"},
+      {TVPCIM, {"pool", "delete"}, "my", "my\\ pool"},
+      {TVPCIM, {"volume", "create", "v", "--pool"}, "", "my\\ pool:"},
+      {TVPCIM, {"-o", "json", "volume", "stats"}, "", "data"},
+      {TVPCIM, {"pool", "create", "x", "--drives"}, "", "/dev/tvk0"},
+      {TVPCIM, {"pool", "create", "x", "--drives"}, "7,", "7\\,/dev/tvk0"},
+      {TVPCIM, {"im", "TVP_TierService"}, "DeleteVirtualP", "DeleteVirtualPool"},
+      {TVPCIM, {"im", "TVP_TierService", "DeleteVirtualPool"}, "", "VirtualPoolId="},
+      {TVPCIM, {"ei", "TVP_LogicalDevice", "--property"}, "Mo", "Model"},
+      {VOLTVKCTL, {"io"}, "d", "data"},
+      {VOLTVKCTL, {"drive", "remove"}, "", "0"},
+  };
+  for (const auto& [reference, words, prefix, name] : cases) {
+    EXPECT_EQ(completionsOfBash(reference, words, prefix), std::string(name) + "\n");
+  }
 }
 
 }  // namespace

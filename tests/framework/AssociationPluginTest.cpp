@@ -4,13 +4,12 @@
 #include "support/AssociationFixtures.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
 using namespace tvp::cim::fwf;
+using namespace tvp::test;
 using testing::UnorderedElementsAreArray;
-using tvp::test::fixturePath;
 
 namespace {
 
@@ -19,7 +18,7 @@ protected:
   void SetUp() override {
     m_facade = FrameworkFacade::getInstance();
     m_facade->initialize();
-    tvp::test::registerAssociationFixtures();
+    registerAssociationFixtures();
     m_plugin = m_facade->getPlugIn("TEST_Contains");
   }
 
@@ -127,7 +126,7 @@ TEST_F(AssociationPlugin, FindsTheAssociationsOfAnEnd) {
 
 TEST_F(AssociationPlugin, ReturnsAFarEndOnce) {
   /** The same two ends are linked twice, and one end to itself. */
-  class Doubled : public tvp::test::FixtureAssociationPlugin {
+  class Doubled : public FixtureAssociationPlugin {
   public:
     void enumerateInstances(CIMObjectPath& path, std::vector<CIMInstance>& instances, bool flag) override {
       FixtureAssociationPlugin::enumerateInstances(path, instances, flag);

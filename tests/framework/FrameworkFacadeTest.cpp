@@ -5,25 +5,22 @@
 
 #include "CIM/Framework/PluginsManager.h"
 #include "CIM/Framework/Subscription.h"
-#include "RecordingPlugin.h"
 #include "ShortMemory.h"
 #include "support/AssociationFixtures.h"
 #include "support/Failure.h"
 #include "support/LogCapture.h"
+#include "support/ScriptedPlugin.h"
 #include "support/Threads.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <functional>
 #include <thread>
 
 using namespace tvp::cim::fwf;
+using namespace tvp::test;
 using testing::ElementsAre;
-using tvp::test::failureOf;
-using tvp::test::LogCapture;
-using tvp::test::RecordingPlugin;
 
 namespace {
 
@@ -87,15 +84,16 @@ std::string trace(const std::string& direction, const FacadeCase& operation) {
 TEST(FrameworkFacade, PassesEveryOperationToThePluginOfTheClass) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   ASSERT_TRUE(facade->initialize());
-  auto* plugin = dynamic_cast<RecordingPlugin*>(facade->getPlugIn("TVP_VIRTUALVOLUME"));
+  auto* plugin = dynamic_cast<ScriptedPlugin*>(facade->getPlugIn("TVP_VIRTUALVOLUME"));
   ASSERT_NE(nullptr, plugin);
+  plugin->returnValue = 42;
   LogCapture log;
   for (const FacadeCase& operation : operations()) {
     SCOPED_TRACE(operation.name);
     const bool isMethod = operation.name == "invokeMethod";
     log.clear();
     plugin->calls.clear();
-    plugin->fails = false;
+    plugin->beforeAnswer = [] {};
     Request request("TVP_VirtualVolume");
     operation.call(*facade, request);
     EXPECT_THAT(plugin->calls, ElementsAre(operation.pluginCall));
@@ -103,7 +101,7 @@ TEST(FrameworkFacade, PassesEveryOperationToThePluginOfTheClass) {
     EXPECT_EQ(trace("Exiting", operation), log.lines().back());
     EXPECT_EQ(isMethod ? 42U : 99U, request.returned);
 
-    plugin->fails = true;
+    plugin->beforeAnswer = [] { throw CIMException(6, std::string("100%s gone")); };
     EXPECT_EQ("6 100%s gone", failureOf([&] { operation.call(*facade, request); }));
     EXPECT_EQ(LogCapture::message(2, operation.name + " :: 100%s gone"), log.lines().back());
 
@@ -119,7 +117,7 @@ TEST(FrameworkFacade, PassesEveryOperationToThePluginOfTheClass) {
 TEST(FrameworkFacade, ReturnsNoAssociationsOfAnInstancePlugin) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   facade->initialize();
-  tvp::test::registerAssociationFixtures();
+  registerAssociationFixtures();
   for (const FacadeCase& operation : operations()) {
     if (operation.name.rfind("associator", 0) == 0 || operation.name.rfind("reference", 0) == 0) {
       Request request("TEST_Shelf");
@@ -137,8 +135,9 @@ TEST(FrameworkFacade, ReturnsNoAssociationsOfAnInstancePlugin) {
 
 TEST(FrameworkFacade, LogsWhatAssociatorsAreAskedFor) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
+  ASSERT_TRUE(facade->initialize());
   LogCapture log;
-  CIMObjectPath path = tvp::test::fixturePath("TEST_Shelf", "A");
+  CIMObjectPath path = fixturePath("TEST_Shelf", "A");
   std::string assocClass = "TEST_Contains";
   std::string resultClass = "TEST_Disk";
   std::string role = "Antecedent";
@@ -161,7 +160,7 @@ TEST(FrameworkFacade, LogsWhatAssociatorsAreAskedFor) {
 TEST(FrameworkFacade, FailsWithoutARegistry) {
   FrameworkFacade* facade = FrameworkFacade::getInstance();
   LogCapture log;
-  const tvp::test::ShortMemory shortage;
+  const ShortMemory shortage;
   for (const FacadeCase& operation : operations()) {
     SCOPED_TRACE(operation.name);
     log.clear();
@@ -214,15 +213,14 @@ TEST(FrameworkFacade, LeavesItsLockToAThreadThatFindsItMeanwhile) {
   LogCapture log;
   FrameworkFacade* found = nullptr;
   std::thread second;
-  tvp::test::ShortMemory::beforeAllocation = [&] {  // of the facade, with the lock held
+  ShortMemory::beforeAllocation = [&] {  // of the facade, with the lock held
     std::atomic<pid_t> number{0};
     second = std::thread([&] {
-      number = tvp::test::threadNumber();
+      number = threadNumber();
       found = FrameworkFacade::getInstance();
     });
-    EXPECT_TRUE(tvp::test::waitFor([&] {
-      return log.count(LogCapture::trace("Entering FrameworkFacade getInstance()")) == 2 &&
-             tvp::test::isAsleep(number);
+    EXPECT_TRUE(waitFor([&] {
+      return log.count(LogCapture::trace("Entering FrameworkFacade getInstance()")) == 2 && isAsleep(number);
     }));
   };
   FrameworkFacade* facade = FrameworkFacade::getInstance();
@@ -237,7 +235,7 @@ TEST(FrameworkFacade, LeavesItsLockToAThreadThatFindsItMeanwhile) {
 TEST(FrameworkFacade, LivesFromFirstUseToTearDown) {
   LogCapture log;
   {
-    const tvp::test::ShortMemory shortage;
+    const ShortMemory shortage;
     EXPECT_EQ(nullptr, FrameworkFacade::getInstance());
   }
   EXPECT_THAT(
@@ -252,7 +250,7 @@ TEST(FrameworkFacade, LivesFromFirstUseToTearDown) {
   facade->getAllPluginNames(names, "root/kvs/tvp/smi_15");
   EXPECT_THAT(names, ElementsAre("test_extra", "tvp_virtualvolume"));
   delete facade;
-  EXPECT_EQ(0, RecordingPlugin::living);
+  EXPECT_EQ(0, ScriptedPlugin::living);
   EXPECT_EQ(0U, log.count(LogCapture::message(2, "~FrameworkFacade :: Failed to delete mutex object.")));
 }
 

@@ -3,17 +3,15 @@
 // of its own.
 #include "CIM/Framework/PluginsManager.h"
 
-#include "RecordingPlugin.h"
 #include "ShortMemory.h"
 #include "support/LogCapture.h"
+#include "support/ScriptedPlugin.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 using namespace tvp::cim::fwf;
+using namespace tvp::test;
 using testing::ElementsAre;
-using tvp::test::LogCapture;
-using tvp::test::RecordingPlugin;
 
 TEST(PluginsManager, FindsAPluginWhateverTheCaseOfTheClassName) {
   PluginsManager* registry = PluginsManager::getInstance();
@@ -34,7 +32,7 @@ TEST(PluginsManager, FindsAPluginWhateverTheCaseOfTheClassName) {
 TEST(PluginsManager, ListsTheClassesOfEveryNamespace) {
   PluginsManager* registry = PluginsManager::getInstance();
   registry->initialize(false);
-  registry->registerPlugin("test_unlisted", new RecordingPlugin());
+  registry->registerPlugin("test_unlisted", new ScriptedPlugin());
   EXPECT_THAT(
       registry->getPluginNames("root/kvs/tvp/smi_15"),
       ElementsAre("test_extra", "test_unlisted", "tvp_virtualvolume"));
@@ -54,7 +52,7 @@ TEST(PluginsManager, ReplacesPluginsWithoutDeletingThem) {
     earlier.push_back(registry->getPlugin(key));
   }
   registry->initialize(true);
-  EXPECT_EQ(6, RecordingPlugin::living);
+  EXPECT_EQ(6, ScriptedPlugin::living);
   EXPECT_NE(earlier.front(), registry->getPlugin("tvp_virtualvolume"));
   for (AbstractProviderPlugin* plugin : earlier) {
     delete plugin;
@@ -64,7 +62,7 @@ TEST(PluginsManager, ReplacesPluginsWithoutDeletingThem) {
 TEST(PluginsManager, IsCreatedAsSoonAsThereIsMemory) {
   LogCapture log;
   {
-    const tvp::test::ShortMemory shortage;
+    const ShortMemory shortage;
     EXPECT_EQ(nullptr, PluginsManager::getInstance());
   }
   EXPECT_THAT(

@@ -8,17 +8,14 @@
 #include "support/LogCapture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <functional>
 #include <stdexcept>
 
 using namespace tvp::cim::fwf;
+using namespace tvp::test;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using tvp::test::failureOf;
-using tvp::test::LogCapture;
-using tvp::test::textProperty;
 
 namespace {
 

@@ -9,10 +9,7 @@
 
 namespace {
 
-using tvp::test::Command;
-using tvp::test::CommandResult;
-using tvp::test::RunningCommand;
-using tvp::test::TemporaryDirectory;
+using namespace tvp::test;
 
 TEST(ForeignHosts, RunTheWholeLife) {
   std::list<TemporaryDirectory> directories;

@@ -37,10 +37,10 @@ public:
     return 0;
   }
 
-  /** @return the seconds that the sleeper asked for, 0 when nobody has gone to sleep within a minute */
+  /** @return the seconds that the sleeper asked for, 0 when nobody has gone to sleep within two minutes */
   unsigned int waitUntilAsleep() {
     std::unique_lock<std::mutex> lock(m_mutex);
-    return m_changed.wait_for(lock, std::chrono::minutes(1), [this] { return m_asleep; }) ? m_seconds : 0;
+    return m_changed.wait_for(lock, std::chrono::minutes(2), [this] { return m_asleep; }) ? m_seconds : 0;
   }
   void wake() {
     const std::lock_guard<std::mutex> lock(m_mutex);

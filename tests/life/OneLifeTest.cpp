@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the provider writes into its log and what it answers stay as they are: whole lives are compared with
-// recordings, log.txt and answers.txt for the first. See Recording.h for how to record a change that is
-// meant.
+// recordings, log.txt and answers.txt for the first. See Life::expectAsRecorded for how to record a change
+// that is meant.
+#include "host/schema/MofReader.h"
 #include "life/Requests.h"
+#include "support/Lines.h"
 
 #include <gtest/gtest.h>
 
 namespace tvp::test {
 namespace {
 
-using host::Provider;
 using host::Value;
 
 constexpr std::uint8_t HARD_DISK = 1;
@@ -57,29 +58,26 @@ protected:
 
   void subscribe() {
     const host::IndicationFilter filter = tieringFilter();
-    step("authorizeFilter", [&](Provider& provider) { return provider.authorizeFilter(filter); });
-    step("mustPoll", [&](Provider& provider) { return provider.mustPoll(filter); });
-    step("activateFilter", [&](Provider& provider) { return provider.activateFilter(filter); });
+    step("authorizeFilter", [&] { return provider().authorizeFilter(filter); });
+    step("mustPoll", [&] { return provider().mustPoll(filter); });
+    step("activateFilter", [&] { return provider().activateFilter(filter); });
     round("a round with a filter, before indications are enabled");
-    step("enableIndications", [](Provider& provider) { return provider.enableIndications(); });
-    step("activateFilter once more", [&](Provider& provider) {
-      return provider.activateFilter(filter, false);
-    });
-    step("enableIndications once more", [](Provider& provider) { return provider.enableIndications(); });
+    step("enableIndications", [&] { return provider().enableIndications(); });
+    step("activateFilter once more", [&] { return provider().activateFilter(filter, false); });
+    step("enableIndications once more", [&] { return provider().enableIndications(); });
   }
 
   void unsubscribe() {
     const host::IndicationFilter filter = tieringFilter();
-    step("deActivateFilter", [&](Provider& provider) { return provider.deActivateFilter(filter, false); });
-    step("disableIndications", [](Provider& provider) { return provider.disableIndications(); });
+    step("deActivateFilter", [&] { return provider().deActivateFilter(filter, false); });
+    step("disableIndications", [&] { return provider().disableIndications(); });
     addDrive("hdd", "2GiB");
     round("a round with one subscription left");
-    step("deActivateFilter, the last", [&](Provider& provider) { return provider.deActivateFilter(filter); });
-    step("disableIndications, the last", [](Provider& provider) { return provider.disableIndications(); });
+    step("deActivateFilter, the last", [&] { return provider().deActivateFilter(filter); });
+    step("disableIndications, the last", [&] { return provider().disableIndications(); });
     addDrive("hdd", "3GiB");
     round("a round without a subscription");
-    step(
-        "disableIndications, one too many", [](Provider& provider) { return provider.disableIndications(); });
+    step("disableIndications, one too many", [&] { return provider().disableIndications(); });
   }
 
   void changePools() {
@@ -233,11 +231,11 @@ protected:
     host::CallOptions user;
     const MethodCall call = ofPool("GetVirtualPoolMembers", m_diskPool);
     const auto invokeAs = [&](const std::string& title) {
-      step("invokeMethod " + title, [&](Provider& provider) {
-        return provider.invokeMethod(classPath("TVP_TierService"), call.method, call.arguments, &user);
+      step("invokeMethod " + title, [&] {
+        return provider().invokeMethod(classPath("TVP_TierService"), call.method, call.arguments, &user);
       });
-      step("modifyInstance " + title, [&](Provider& provider) {
-        return provider.modifyInstance(
+      step("modifyInstance " + title, [&] {
+        return provider().modifyInstance(
             classPath("TVP_TierService"), {classPath("TVP_TierService"), {}}, {}, &user);
       });
     };
@@ -261,15 +259,13 @@ protected:
     round("a round whose thread cannot be attached");
     objectManager().attachesThreads = true;
     objectManager().preparesThreads = false;
-    step("activateFilter without a context for the listener", [](Provider& provider) {
-      return provider.activateFilter(tieringFilter());
+    step("activateFilter without a context for the listener", [&] {
+      return provider().activateFilter(tieringFilter());
     });
     addDrive("hdd", "6GiB");
     round("a round without a context for the listener");
     objectManager().preparesThreads = true;
-    step("activateFilter with a context again", [](Provider& provider) {
-      return provider.activateFilter(tieringFilter());
-    });
+    step("activateFilter with a context again", [&] { return provider().activateFilter(tieringFilter()); });
     addDrive("hdd", "7GiB");
     round("a round whose indication is taken again");
     failEachFunction([&](const std::string& addition) {
@@ -397,14 +393,14 @@ TEST_F(OneLife, IsLoggedAndAnsweredAsRecorded) {
   failOperations();
   deleteEverything();
   unsubscribe();
-  step("clean up for inactivity", [](Provider& provider) { return provider.cleanup(false); });
+  step("clean up for inactivity", [&] { return provider().cleanup(false); });
   stop();
-  step("clean up once more", [](Provider& provider) { return provider.cleanup(true); });
+  step("clean up once more", [&] { return provider().cleanup(true); });
   enumerate("TVP_VirtualPool", "after the stop");
   invoke(ofPool("GetVirtualPoolMembers", 1), "after the stop");
   startAgain();
   enumerate("TVP_VirtualPool", "after a start that came too late");
-  step("clean up after that", [](Provider& provider) { return provider.cleanup(true); });
+  step("clean up after that", [&] { return provider().cleanup(true); });
   unload();
   expectAsRecorded("");
 }
@@ -419,8 +415,8 @@ TEST_F(OneLife, OfMisfortuneIsLoggedAndAnsweredAsRecorded) {
   round("a round without a driver");
   voltvkctl({"fault", "clear"});
   enumerate("TVP_LogicalDevice", "with a driver");
-  step("enableIndications", [](Provider& provider) { return provider.enableIndications(); });
-  step("activateFilter", [](Provider& provider) { return provider.activateFilter(tieringFilter()); });
+  step("enableIndications", [&] { return provider().enableIndications(); });
+  step("activateFilter", [&] { return provider().activateFilter(tieringFilter()); });
   addDrive("ssd", "1GiB");
   round("a round without texts of events");
   voltvkctl({"fault", "set", "throw", "getEvents"});
@@ -429,6 +425,25 @@ TEST_F(OneLife, OfMisfortuneIsLoggedAndAnsweredAsRecorded) {
   stop();
   unload();
   expectAsRecorded("misfortune-");
+}
+
+/** Everything that the product has is part of the recorded life; otherwise a change of it would go unnoticed.
+ */
+TEST(RecordedLife, HasEveryClassMethodAndOperation) {
+  const std::string answers = readFile(TVP_SOURCE_DIR "/tests/life/answers.txt");
+  const auto expectStep = [&answers](const std::string& title) {
+    EXPECT_NE(answers.find("=== " + title), std::string::npos)
+        << "OneLifeTest.cpp has no step '" << title << "': add it, then record the life again";
+  };
+  const auto schema = host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
+  for (const host::SchemaClass* schemaClass : schema->classes()) {
+    expectStep("enumerateInstances of " + schemaClass->name + ":");
+    for (const host::SchemaMethod& method : schemaClass->methods) {
+      expectStep(schemaClass->name + "." + method.name + ":");
+    }
+  }
+#define TVK_OPERATION(name) expectStep("voltvkctl fault set fail " #name);
+#include "voltvk/engine/contract/Operations.def"
 }
 
 }  // namespace

@@ -9,7 +9,6 @@ namespace {
 using host::Arguments;
 using host::AssociationFilter;
 using host::Instance;
-using host::Provider;
 using host::Value;
 
 constexpr std::uint64_t CHUNK = MIB;
@@ -117,25 +116,22 @@ void askInstances(Life& life, const std::string& className) {
   nobody.principal = "nobody";
   Instance given{one, {{"CreationClassName", Value::string(className)}}};
   life.enumerate(className, "all");
-  life.step("enumerateInstances" + of + ": one property, as nobody", [&](Provider& provider) {
-    return provider.enumerateInstances(path, std::vector<std::string>{"CreationClassName"}, &nobody);
+  life.step("enumerateInstances" + of + ": one property, as nobody", [&] {
+    return life.provider().enumerateInstances(path, std::vector<std::string>{"CreationClassName"}, &nobody);
   });
-  life.step("enumerateInstanceNames" + of, [&](Provider& provider) {
-    return provider.enumerateInstanceNames(path);
+  life.step("enumerateInstanceNames" + of, [&] { return life.provider().enumerateInstanceNames(path); });
+  life.step("getInstance" + of + " with keys", [&] { return life.provider().getInstance(one); });
+  life.step("getInstance" + of + " without keys, one property, as nobody", [&] {
+    return life.provider().getInstance(path, std::vector<std::string>{"Name"}, &nobody);
   });
-  life.step("getInstance" + of + " with keys", [&](Provider& provider) { return provider.getInstance(one); });
-  life.step("getInstance" + of + " without keys, one property, as nobody", [&](Provider& provider) {
-    return provider.getInstance(path, std::vector<std::string>{"Name"}, &nobody);
+  life.step("createInstance" + of, [&] { return life.provider().createInstance(one, given); });
+  life.step("modifyInstance" + of, [&] { return life.provider().modifyInstance(one, given); });
+  life.step("modifyInstance" + of + " as nobody", [&] {
+    return life.provider().modifyInstance(one, given, {}, &nobody);
   });
-  life.step("createInstance" + of, [&](Provider& provider) { return provider.createInstance(one, given); });
-  life.step("modifyInstance" + of, [&](Provider& provider) { return provider.modifyInstance(one, given); });
-  life.step("modifyInstance" + of + " as nobody", [&](Provider& provider) {
-    return provider.modifyInstance(one, given, {}, &nobody);
-  });
-  life.step("deleteInstance" + of, [&](Provider& provider) { return provider.deleteInstance(one); });
-  life.step("execQuery" + of, [&](Provider& provider) {
-    return provider.execQuery(path, "SELECT * FROM " + className, "WQL");
-  });
+  life.step("deleteInstance" + of, [&] { return life.provider().deleteInstance(one); });
+  life.step(
+      "execQuery" + of, [&] { return life.provider().execQuery(path, "SELECT * FROM " + className, "WQL"); });
 }
 
 void askAssociations(Life& life, const std::string& className, const AssociationFilter& filter) {
@@ -143,11 +139,10 @@ void askAssociations(Life& life, const std::string& className, const Association
   const AssociationFilter result{"", filter.associationClass, filter.role, ""};
   const std::string of =
       " of " + className + " through " + (filter.associationClass.empty() ? "any" : filter.associationClass);
-  life.step("associators" + of, [&](Provider& provider) { return provider.associators(path, filter); });
-  life.step(
-      "associatorNames" + of, [&](Provider& provider) { return provider.associatorNames(path, filter); });
-  life.step("references" + of, [&](Provider& provider) { return provider.references(path, result); });
-  life.step("referenceNames" + of, [&](Provider& provider) { return provider.referenceNames(path, result); });
+  life.step("associators" + of, [&] { return life.provider().associators(path, filter); });
+  life.step("associatorNames" + of, [&] { return life.provider().associatorNames(path, filter); });
+  life.step("references" + of, [&] { return life.provider().references(path, result); });
+  life.step("referenceNames" + of, [&] { return life.provider().referenceNames(path, result); });
 }
 
 }  // namespace

@@ -7,7 +7,6 @@ namespace tvp::test {
 namespace {
 
 using host::NamedValue;
-using host::Provider;
 using host::Value;
 
 /** A value of each scalar type. */
@@ -47,7 +46,7 @@ template <typename Interface, typename... Argument>
 void askWithNulls(
     Life& life, const std::string& name, CMPIStatus (*function)(Interface*, Argument...),
     Interface* interface) {
-  life.step(name + " without arguments", [&](Provider&) {
+  life.step(name + " without arguments", [&] {
     const host::Request request(life.broker());
     const CMPIStatus status = function(interface, Argument()...);
     host::Outcome outcome;
@@ -89,17 +88,17 @@ void askWithoutArguments(Life& life) {
 void askWithEveryType(Life& life) {
   const host::ObjectPath path = classPath("TVP_LogicalDevices");
   for (const NamedValue& key : everyScalar()) {
-    life.step("getInstance with a key of type " + host::typeName(key.value.type()), [&](Provider& provider) {
-      return provider.getInstance(classPath("TVP_LogicalDevices", {key}));
+    life.step("getInstance with a key of type " + host::typeName(key.value.type()), [&] {
+      return life.provider().getInstance(classPath("TVP_LogicalDevices", {key}));
     });
   }
   for (const NamedValue& value : everyValue()) {
     const std::string of = " with a value " + value.name;
-    life.step("modifyInstance" + of, [&](Provider& provider) {
-      return provider.modifyInstance(path, {classPath("TVP_EveryType"), {value}}, {{value.name}});
+    life.step("modifyInstance" + of, [&] {
+      return life.provider().modifyInstance(path, {classPath("TVP_EveryType"), {value}}, {{value.name}});
     });
-    life.step("invokeMethod" + of, [&](Provider& provider) {
-      return provider.invokeMethod(classPath("TVP_NoSuchClass"), "Take", {{value}});
+    life.step("invokeMethod" + of, [&] {
+      return life.provider().invokeMethod(classPath("TVP_NoSuchClass"), "Take", {{value}});
     });
   }
 }
@@ -108,23 +107,23 @@ void askWhileCallsFail(Life& life) {
   const auto failEach = [&life](const std::string& title, auto request) {
     life.failEachFunction([&](const std::string& addition) { life.step(title + addition, request); });
   };
-  const auto activateFilter = [](Provider& provider) { return provider.activateFilter(tieringFilter()); };
-  failEach("getInstance", [](Provider& provider) {
-    return provider.getInstance(classPath("TVP_LogicalDevices", {{"Number", Value::uint32(7)}}));
+  const auto activateFilter = [&] { return life.provider().activateFilter(tieringFilter()); };
+  failEach("getInstance", [&] {
+    return life.provider().getInstance(classPath("TVP_LogicalDevices", {{"Number", Value::uint32(7)}}));
   });
   life.failEachFunction(
       [&](const std::string& addition) { life.enumerate("TVP_VirtualPoolMember", "an array" + addition); });
   life.failEachFunction([&](const std::string& addition) {
     life.invoke(ofPool("GetVirtualPoolMembers", 1), "embedded instances" + addition);
   });
-  failEach("modifyInstance", [](Provider& provider) {
+  failEach("modifyInstance", [&] {
     const NamedValue list{"List", Value::array(CMPI_uint32, {Value::uint32(1)})};
     const NamedValue text{"Text", Value::string("text")};
-    return provider.modifyInstance(
+    return life.provider().modifyInstance(
         classPath("TVP_LogicalDevices"), {classPath("TVP_EveryType"), {list, text}});
   });
-  failEach("references", [](Provider& provider) {
-    return provider.references(classPath("TVP_VirtualPool"), {"", "TVP_VirtualPool", "", ""});
+  failEach("references", [&] {
+    return life.provider().references(classPath("TVP_VirtualPool"), {"", "TVP_VirtualPool", "", ""});
   });
   failEach("activateFilter", activateFilter);
   life.step("activateFilter again", activateFilter);

@@ -6,7 +6,6 @@
 #include "support/LogCapture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <ctime>

@@ -4,16 +4,13 @@
 #include "support/Command.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <filesystem>
 
 namespace {
 
 namespace fs = std::filesystem;
-using tvp::test::Command;
-using tvp::test::CommandResult;
-using tvp::test::TemporaryDirectory;
+using namespace tvp::test;
 
 class InstallTest : public testing::Test {
 protected:
@@ -40,9 +37,7 @@ protected:
 };
 
 TEST_F(InstallTest, EveryFileIsWhereItIsLookedFor) {
-  std::set<std::string> expected = tvp::test::providerFiles();
-  expected.merge(tvp::test::developmentFiles());
-  for (const std::string& file : expected) {
+  for (const std::string& file : tvp::test::installedFiles()) {
     EXPECT_TRUE(fs::is_regular_file(prefix() / file)) << file;
   }
   // The provider opens its catalogue at this path, so no prefix applies to it.

@@ -14,31 +14,15 @@
 namespace {
 
 const std::string modelNamespace = "root/kvs/tvp/smi_15";
-const std::string indicationNamespace = "root/PG_InterOp";
 
-/** What a file registers a class for. */
-struct Registration {
-  std::set<std::string> namespaces;
-  std::set<std::string> serves;  ///< "instance", "indication", "method"
-  bool operator==(const Registration& other) const {
-    return namespaces == other.namespaces && serves == other.serves;
-  }
-};
+using Texts = std::set<std::string>;
 
-std::ostream& operator<<(std::ostream& stream, const Registration& registration) {
-  for (const auto* texts : {&registration.namespaces, &registration.serves}) {
-    for (const std::string& text : *texts) {
-      stream << text << ' ';
-    }
-  }
-  return stream;
-}
+/** By class: the namespaces that a file registers it in, and what for: "instance", "indication", "method". */
+using Registrations = std::map<std::string, std::pair<Texts, Texts>>;
 
-using Registrations = std::map<std::string, Registration>;
-
-std::set<std::string> matches(const std::string& text, const std::string& pattern) {
+Texts matches(const std::string& text, const std::string& pattern) {
   const std::regex expression(pattern);
-  std::set<std::string> found;
+  Texts found;
   for (std::sregex_iterator i(text.begin(), text.end(), expression), end; i != end; ++i) {
     found.insert((*i)[1]);
   }
@@ -53,10 +37,10 @@ Registrations registeredWithPegasus() {
                          R"re(ProviderType = \{([^}]*)\};)re");
   Registrations result;
   for (std::sregex_iterator i(text.begin(), text.end(), block), end; i != end; ++i) {
-    Registration& registration = result[(*i)[1]];
-    registration.namespaces = matches((*i)[2], R"re("([^"]+)")re");
+    auto& [namespaces, serves] = result[(*i)[1]];
+    namespaces = matches((*i)[2], R"re("([^"]+)")re");
     for (const std::string& type : matches((*i)[3], R"((\d+))")) {
-      registration.serves.insert(names.at(type));
+      serves.insert(names.at(type));
     }
   }
   return result;
@@ -73,35 +57,30 @@ Registrations registeredWithSfcb() {
   return result;
 }
 
-/** The lower-case names of the classes that the schema wants a plugin for; fills what is to be registered. */
-std::set<std::string> servedClasses(Registrations& expected) {
-  std::set<std::string> served;
+TEST(RegistrationFiles, NameTheSameClassesAsTheProviderAndTheSchema) {
+  Registrations pegasus;
+  Texts served;
   const auto schema = tvp::host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
-  for (const tvp::host::SchemaClass* cimClass : schema->classes()) {
-    if (cimClass->isIndication()) {
-      expected[cimClass->name] = {{modelNamespace, indicationNamespace}, {"indication"}};
+  std::string indication;
+  for (const tvp::host::SchemaClass* known : schema->classes()) {
+    if (known->isIndication()) {
+      indication = known->name;
       continue;
     }
-    served.insert(tvp::text::lowerCase(cimClass->name));
-    Registration& registration = expected[cimClass->name];
-    registration = {{modelNamespace}, {"instance"}};
-    if (!cimClass->methods.empty()) {
-      registration.serves.insert("method");
-    }
+    served.insert(tvp::text::lowerCase(known->name));
+    pegasus[known->name] = {
+        {modelNamespace}, known->methods.empty() ? Texts{"instance"} : Texts{"instance", "method"}};
   }
-  return served;
-}
-
-TEST(RegistrationFiles, NameTheSameClassesAsTheProviderAndTheSchema) {
-  Registrations expected;
-  const std::set<std::string> served = servedClasses(expected);
-  std::set<std::string> plugins;
+  Registrations sfcb = pegasus;
+  pegasus[indication] = {{"root/PG_InterOp"}, {"indication"}};
+  sfcb[indication] = {{"root/interop", modelNamespace}, {"indication"}};
+  Texts plugins;
   for (const tvp::cim::fwf::PluginTableRow& row : tvp::cim::fwf::pluginTable()) {
     plugins.insert(row.key);
   }
   EXPECT_EQ(plugins, served);
-  EXPECT_EQ(registeredWithPegasus(), expected);
-  EXPECT_EQ(registeredWithSfcb(), expected);
+  EXPECT_EQ(registeredWithPegasus(), pegasus);
+  EXPECT_EQ(registeredWithSfcb(), sfcb);
 }
 
 }  // namespace

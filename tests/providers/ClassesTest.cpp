@@ -11,15 +11,12 @@
 #include <thread>
 
 using namespace tvp::cim::fwf;
+using namespace tvp::test;
 using testing::ElementsAre;
-using tvp::test::CHUNK;
-using tvp::test::GIB;
-using tvp::test::LogCapture;
-using tvp::test::Storage;
 
 namespace {
 
-class Classes : public tvp::test::ProviderTest {
+class Classes : public ProviderTest {
 protected:
   static unsigned char addDrive(TvkDeviceType kind) { return Storage::addDrive(kind, 100 * GIB); }
 
@@ -37,8 +34,8 @@ protected:
 
   /** Past the provider. */
   void createPoolAndVolume() {
-    m_pool = Storage::createPool(tvp::test::poolSpec("pool", {addDrive(TVK_DEVICE_HDD)}, 50 * GIB));
-    m_volume = Storage::createVolume(tvp::test::volumeSpec("volume", TVK_VOLUME_TIERED, {{m_pool, GIB}}));
+    m_pool = Storage::createPool(poolSpec("pool", {addDrive(TVK_DEVICE_HDD)}, 50 * GIB));
+    m_volume = Storage::createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{m_pool, GIB}}));
   }
   CIMMethodParam pool() const { return identifier("VirtualPoolId", m_pool); }
   CIMMethodParam volume() const { return identifier("VirtualVolumeId", m_volume); }

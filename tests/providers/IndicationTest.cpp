@@ -7,11 +7,11 @@
 #include "oslib/KVSSystem.h"
 
 using namespace tvp::cim::fwf;
-using tvp::test::LogCapture;
+using namespace tvp::test;
 
 namespace {
 
-using Indication = tvp::test::ProviderTest;
+using Indication = ProviderTest;
 
 std::vector<CIMInstance> delivered;
 

@@ -53,7 +53,8 @@ public:
     } else if (choice == commands.size()) {
       std::filesystem::remove(m_directory.file(log));
     } else {
-      m_directory.write(log, std::string(choice == commands.size() + 1 ? 0 : FULL_LOG, '.'));
+      // Made long without writing it: a text of that size would stay in this process's memory.
+      std::filesystem::resize_file(m_directory.write(log, ""), choice == commands.size() + 1 ? 0 : FULL_LOG);
     }
   }
 
@@ -114,12 +115,12 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
   }
   std::mt19937 random(seed);
   // The listener looks for events every five seconds only, and the driver may be absent at that moment.
-  const auto enough = [&] { return load.done() >= 100 && indications > 0; };
+  const auto enough = [&] { return history.isConclusive() && indications > 0; };
   const auto end = Clock::now() + time;
-  const auto lastEnd = end + std::chrono::minutes(1);
+  const auto lastEnd = end + std::chrono::minutes(4);  // on a machine that is busy with other things
   while ((Clock::now() < end || (!enough() && Clock::now() < lastEnd)) && findings.all().empty()) {
     surroundings.change(random);
-    history.add();
+    history.add(load.done());
   }
   load.stop();
   for (std::thread& thread : threads) {

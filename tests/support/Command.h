@@ -156,7 +156,7 @@ public:
     m_environment[name].reset();
     return *this;
   }
-  /** The time after which the command is killed; 60 seconds when not given. */
+  /** The time after which the command is killed; three minutes when not given, as a machine may be busy. */
   Command& limit(std::chrono::milliseconds time) {
     m_limit = time;
     return *this;
@@ -214,7 +214,7 @@ public:
 private:
   std::vector<std::string> m_arguments;
   std::map<std::string, std::optional<std::string>> m_environment;  ///< changes; nothing: taken out
-  std::chrono::milliseconds m_limit{60000};
+  std::chrono::milliseconds m_limit{180000};
   unsigned short m_columns = 0;
 };
 

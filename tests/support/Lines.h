@@ -27,6 +27,12 @@ inline std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
+inline void replaceAll(std::string& text, const std::string& from, const std::string& to) {
+  for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
+    text.replace(at, from.size(), to);
+  }
+}
+
 }  // namespace tvp::test
 
 #endif

@@ -17,10 +17,10 @@
 
 namespace tvp::test {
 
-/** Waits until a condition holds, 30 seconds at most. @return whether it holds */
+/** Waits until a condition holds, two minutes at most. @return whether it holds */
 template <typename Condition>
 bool waitFor(Condition condition) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::minutes(2);
   while (!condition()) {
     if (std::chrono::steady_clock::now() > limit) {
       return false;

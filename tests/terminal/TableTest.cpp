@@ -50,6 +50,16 @@ TEST(Table, LeavesOutColumnsFromTheRightAndThenCuts) {
     EXPECT_EQ(table.text({columns, false}), text) << columns;
   }
   EXPECT_EQ(table.text({3, true}), "\033[1mNA…\033[0m\n日…\na\n");
+  EXPECT_EQ(table.hiddenColumns(), 2U);
+
+  Table staying;
+  staying.addColumn("NAME");
+  staying.addColumn("SIZE", true);
+  staying.addColumn("NOTE", false, true);
+  staying.addRow({"a", "10 GiB", "full"}, nullptr, Table::Colour::Red);
+  EXPECT_EQ(staying.text({12, true}), "\033[1mNAME  NOTE\033[0m\n\033[31ma     full\033[0m\n");
+  EXPECT_EQ(staying.text({7, false}), "NAME  …\na     …\n") << "cut, as nothing else can be left out";
+  EXPECT_EQ(staying.hiddenColumns(), 1U);
 }
 
 TEST(Table, WithoutTitlesIsCutButKeepsItsColumns) {

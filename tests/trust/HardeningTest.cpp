@@ -6,8 +6,7 @@
 
 namespace {
 
-using tvp::test::Command;
-using tvp::test::CommandResult;
+using namespace tvp::test;
 
 std::string readelf(const std::string& option, const std::string& file) {
   const CommandResult result = Command({"/usr/bin/readelf", "-W", option, TVP_BINARY_DIR "/" + file}).run();

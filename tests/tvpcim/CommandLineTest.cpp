@@ -4,7 +4,6 @@
 #include "host/tvpcim/Failure.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <random>
 

@@ -5,6 +5,8 @@
 #include "voltvk/ctl/Output.h"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -37,6 +39,13 @@ void addFaultCommands(CLI::App& app, Context& context);
 void addIoCommand(CLI::App& app, Context& context);
 void addPolicyCommands(CLI::App& app, Context& context);
 void addEventsCommand(CLI::App& app, Context& context);
+
+/**
+ * Prints the names that a shell may offer for the last of some words: volumes, virtual drives. Commands and
+ * options are left to the shell, which takes them from the help. @throws Refusal when the state cannot be
+ * used
+ */
+void printCompletions(const Context& context, const std::vector<std::string>& words);
 
 }  // namespace voltvk::ctl
 

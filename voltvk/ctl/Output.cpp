@@ -2,12 +2,16 @@
 #include "voltvk/ctl/Output.h"
 
 #include "terminal/Table.h"
+#include "text/Utf8.h"
 
+#include <algorithm>
 #include <iostream>
 
 namespace voltvk::ctl {
 
 namespace {
+
+using tvp::terminal::Terminal;
 
 std::string cell(const Json& value) {
   if (value.is_string()) {
@@ -23,9 +27,10 @@ std::string cell(const Json& value) {
 
 void Output::write(const Json& document, const std::string& text) const {
   if (isJson()) {
-    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    std::cout << tvp::text::printableJson(document.dump(2, ' ', false, Json::error_handler_t::replace))
+              << '\n';
   } else {
-    std::cout << text << '\n';
+    std::cout << tvp::text::printableLines(text) << '\n';
   }
 }
 
@@ -37,7 +42,7 @@ void Output::writeList(
   }
   tvp::terminal::Table table;
   for (const Column& column : columns) {
-    table.addColumn(column.heading, column.numbers);
+    table.addColumn(column.heading, column.numbers, column.stays);
   }
   for (const Json& object : list) {
     std::vector<std::string> cells;
@@ -46,7 +51,14 @@ void Output::writeList(
     }
     table.addRow(cells);
   }
-  std::cout << table.text({});  // whole on a terminal as well: no option would show what is left out
+  const bool fitted =
+      std::any_of(columns.begin(), columns.end(), [](const Column& column) { return column.stays; });
+  std::cout << table.text(fitted ? Terminal::ofStandardOutput() : Terminal());
+  if (const std::size_t hidden = table.hiddenColumns(); hidden > 0) {
+    std::cout << hidden
+              << (hidden == 1 ? " column hidden, -o json shows it\n"
+                              : " columns hidden, -o json shows them\n");
+  }
 }
 
 }  // namespace voltvk::ctl

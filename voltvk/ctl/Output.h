@@ -17,9 +17,10 @@ struct Column {
   const char* member;
   const char* heading;
   bool numbers = false;  ///< aligned to the right
+  bool stays = false;    ///< shown on a narrow terminal too
 };
 
-/** Where commands write their answers. Machine output is one JSON document and nothing else. */
+/** Where commands write their output. Machine output is one JSON document and nothing else. */
 class Output {
 public:
   /** Set by the option -o. */
@@ -31,7 +32,8 @@ public:
   void write(const Json& document, const std::string& text) const;
 
   /**
-   * Writes a list of objects: with the output format "json" as it is, else as a table.
+   * Writes a list of objects: with the output format "json" as it is, else as a table. If a column stays, others are
+   * left out on a terminal that is too narrow, which a last line announces; else all are shown.
    * @param whenEmpty what to say in place of an empty table
    */
   void writeList(const Json& list, const std::vector<Column>& columns, const std::string& whenEmpty) const;

@@ -3,12 +3,11 @@
 #include "voltvk/ctl/IsoTime.h"
 #include "voltvk/engine/contract/Faults.h"
 #include "voltvk/engine/contract/LastRefusal.h"
+#include "voltvk/engine/contract/Operation.h"
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/state/Refusal.h"
 
 #include <CLI/CLI.hpp>
-
-#include <cstring>
 
 namespace voltvk::ctl {
 
@@ -23,12 +22,24 @@ std::shared_ptr<State> Context::state() const {
 
 namespace {
 
-std::size_t countOf(const Snapshot& snapshot, const char* type) {
-  std::size_t count = 0;
+/** The numbers of objects, as management clients see them: they are not shown internal pools. */
+void count(const Snapshot& snapshot, Json& status) {
+  std::size_t drives = 0;
+  std::size_t pools = 0;
+  std::size_t internalPools = 0;
+  std::size_t volumes = 0;
   for (const RaidObject* object : snapshot.objects()) {
-    count += std::strcmp(object->getTypeName(), type) == 0 ? 1 : 0;
+    const auto* pool = dynamic_cast<const VirtualPool*>(object);
+    drives += dynamic_cast<const LogicalDevice*>(object) != nullptr ? 1 : 0;
+    volumes += dynamic_cast<const VirtualVolume*>(object) != nullptr ? 1 : 0;
+    if (pool != nullptr) {
+      ++(pool->isInternal() ? internalPools : pools);
+    }
   }
-  return count;
+  status["drives"] = drives;
+  status["pools"] = pools;
+  status["internalPools"] = internalPools;
+  status["volumes"] = volumes;
 }
 
 Json describe(const LastRefusal& refusal) {
@@ -39,6 +50,22 @@ Json describe(const LastRefusal& refusal) {
       {"status", hasStatus ? Json(refusal.status) : Json(nullptr)},
       {"text", hasStatus ? tvkStatusText(refusal.status) : "An exception ended the operation"},
       {"detail", refusal.detail}};
+}
+
+/** What is wrong with the drives of pools, and how many drives there is no room for; empty if nothing is. */
+std::string troubleIn(const Snapshot& snapshot) {
+  std::vector<std::string> troubles;
+  for (const RaidObject* object : snapshot.objects()) {
+    const auto* drive = dynamic_cast<const LogicalDevice*>(object);
+    if (drive != nullptr && *drive->getTrouble() != '\0') {
+      troubles.emplace_back(drive->getTrouble());
+    }
+  }
+  const std::size_t leftOut = snapshot.configuration().drivesLeftOut;
+  if (leftOut > 0) {
+    troubles.push_back(counted(leftOut, "drive") + " of the machine left out, since there are too many");
+  }
+  return enumerated(troubles);
 }
 
 /** The refusal on one line: time, operation, text and number of the status, detail. */
@@ -62,17 +89,19 @@ Json describe(State& state) {
     return status;
   }
   const std::shared_ptr<const Snapshot> snapshot = state.snapshot();
-  if (snapshot->hasFault(FaultKind::DriverAbsent)) {
-    status["driver"] = "not available";
-    status["reason"] = "an injected fault; clear it with `voltvkctl fault clear driver-absent`";
+  try {
+    requirePresence(state, true);
+  } catch (const Refusal& refusal) {
+    status["driver"] = refusal.status() == TVK_NO_DRIVER ? "not available" : "without an adapter";
+    status["reason"] = refusal.what();
   }
   status["state"] =
       state.path();  // once more: with the first use of the file its directory's links are resolved
-  status["drives"] = countOf(*snapshot, "LogicalDevice");
-  status["pools"] = countOf(*snapshot, "VirtualPool");
-  status["volumes"] = countOf(*snapshot, "VirtualVolume");
+  count(*snapshot, status);
   status["faults"] = snapshot->configuration().faults.size();
   status["policy"] = snapshot->configuration().policyRunning ? "running" : "stopped";
+  const std::string trouble = troubleIn(*snapshot);
+  status["trouble"] = trouble.empty() ? Json(nullptr) : Json(trouble);
   status["refusal"] = nullptr;
   state.read([&](Connection& connection) {
     if (const std::optional<LastRefusal> refusal = LastRefusal::read(connection)) {
@@ -90,7 +119,9 @@ void addStatusCommand(CLI::App& app, Context& context) {
     const Json document = describe(*State::forProcess());
     std::string text;
     for (const auto& [name, value] : document.items()) {
-      if (!value.is_null()) {
+      if (name == "internalPools") {
+        text += value == 0 ? "" : " and " + value.dump() + " internal";
+      } else if (!value.is_null()) {
         text += text.empty() ? "" : "\n";
         text += name;
         text += ':';
@@ -101,6 +132,11 @@ void addStatusCommand(CLI::App& app, Context& context) {
       }
     }
     context.output.write(document, text);
+    if (!document.at("reason").is_null()) {
+      throw Refusal(
+          TVK_NO_DRIVER, "the storage driver is " + document.at("driver").get<std::string>() +
+                             "; the status shows the reason");
+    }
   });
 }
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "text/Utf8.h"
 #include "voltvk/ctl/Commands.h"
 
 #include <CLI/CLI.hpp>
@@ -15,12 +16,17 @@ constexpr int WRONG_USAGE = 2;
 /** One line on standard error. */
 int complain(std::string text, int status) {
   std::replace(text.begin(), text.end(), '\n', ' ');
-  std::cerr << "voltvkctl: " << text << '\n';
+  std::cout.flush();
+  std::cerr << "voltvkctl: " << tvp::text::printable(text) << '\n';
   return status;
 }
 
 int run(int count, char** arguments) {
   voltvk::ctl::Context context;
+  if (count > 1 && std::string(arguments[1]) == "__complete") {
+    voltvk::ctl::printCompletions(context, {arguments + 2, arguments + count});
+    return 0;
+  }
   CLI::App app(
       "Control the embedded storage library: drives, faults, I/O, policy engine, events.\n"
       "The state is $VOLTVK_STATE, else /var/lib/voltvk/state.db.",

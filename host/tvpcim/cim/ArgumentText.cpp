@@ -142,16 +142,6 @@ std::vector<std::string> elementsOfJson(const TypedElement& element, const std::
   return elements;
 }
 
-std::vector<std::string> elementsOfList(const std::string& text) {
-  std::vector<std::string> elements;
-  for (std::size_t start = 0; start <= text.size() && !text.empty();) {
-    const std::size_t comma = std::min(text.find(',', start), text.size());
-    elements.push_back(text.substr(start, comma - start));
-    start = comma + 1;
-  }
-  return elements;
-}
-
 /** Splits NAME=VALUE texts, finds each name's declaration and reads the values. */
 std::vector<NamedValue> parseAll(
     const std::vector<std::string>& texts, const std::string& whose, CMPIrc unknownName,
@@ -194,7 +184,7 @@ Value parseValue(const TypedElement& element, const std::string& text) {
   }
   Value::List values;
   for (const std::string& part :
-       !text.empty() && text[0] == '[' ? elementsOfJson(element, text) : elementsOfList(text)) {
+       !text.empty() && text[0] == '[' ? elementsOfJson(element, text) : split(text, ',')) {
     values.push_back(parseScalar(element, part));
   }
   return Value::array(scalar, std::move(values));
@@ -219,7 +209,8 @@ Arguments parseArguments(const SchemaMethod& method, const std::vector<std::stri
       texts, "the method " + method.name + " has no input argument", CMPI_RC_ERR_INVALID_PARAMETER, names,
       [&](const std::string& name) {
         const SchemaParameter* parameter = method.parameter(name);
-        return parameter != nullptr && parameter->in ? parameter : nullptr;
+        // Like a method's name, it reaches the provider as it is written.
+        return parameter != nullptr && parameter->in && parameter->name == name ? parameter : nullptr;
       });
   return arguments;
 }

@@ -22,7 +22,7 @@ Value parseValue(const TypedElement& element, const std::string& text);
 /** Reads NAME=VALUE texts for the properties of a class. @throws UsageError */
 std::vector<NamedValue>
 parseProperties(const SchemaClass& schemaClass, const std::vector<std::string>& texts);
-/** Reads NAME=VALUE texts for the input arguments of a method. @throws UsageError */
+/** Reads NAME=VALUE texts for the input arguments of a method, named exactly. @throws UsageError */
 Arguments parseArguments(const SchemaMethod& method, const std::vector<std::string>& texts);
 
 }  // namespace tvp::host::tvpcim

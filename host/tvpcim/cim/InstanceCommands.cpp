@@ -26,6 +26,7 @@ PropertyList checkedProperties(const SchemaClass& schemaClass, const std::vector
     return names;
   }
   std::vector<std::string> checked;
+  checked.reserve(names.size());
   for (const std::string& name : names) {
     checked.push_back(propertyNamed(schemaClass, name).name);
   }
@@ -37,7 +38,7 @@ void explainEmptiness(Tool& tool, const std::string& className) {
   for (const char* name :
        {Drive::KIND.className, Pool::KIND.className, Volume::KIND.className, Inventory::IDENTITY_CLASS}) {
     if (equalNames(className, name) && tool.inventory().identity() == nullptr) {
-      tool.notice(NO_DRIVER);
+      tool.notice(std::string(NO_DRIVER) + "; " + SEE_STATUS);
     }
   }
 }

@@ -18,7 +18,8 @@ struct MethodOptions {
 
 const SchemaMethod& methodNamed(const SchemaClass& schemaClass, const std::string& name) {
   const SchemaMethod* method = schemaClass.method(name);
-  if (method != nullptr) {
+  // An object manager passes the name on as it is written, and the provider compares it exactly.
+  if (method != nullptr && method->name == name) {
     return *method;
   }
   const std::vector<std::string> names = namesOf(schemaClass.methods);
@@ -49,7 +50,7 @@ void invokeMethod(Tool& tool, const MethodOptions& options) {
   const MethodOutcome outcome = session.provider().invokeMethod(path, method.name, arguments);
   if (!outcome.ok()) {
     const std::string missing = missingArguments(method, arguments);
-    throw OperationError(describe(outcome), missing.empty() ? remarksOf(outcome) : missing);
+    throw OperationError(describe(outcome), missing.empty() ? hintOf(outcome) : missing);
   }
   tool.print(tool.formatter().record(answerOf(method.name, outcome)));
 }

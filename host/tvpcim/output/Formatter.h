@@ -20,7 +20,7 @@ struct Appearance {
 };
 
 /**
- * Writes answers in one output format. Every function returns complete text, with its last newline.
+ * Formats results for one output format. Every function returns complete text, with its last newline.
  * Immutable, and so safe for several threads.
  */
 class Formatter {
@@ -41,7 +41,8 @@ public:
   virtual std::string event(const Instance& instance) const = 0;
   /**
    * Objects that contain one another. A node's property "Children" is an array of instances;
-   * "Kind", "Number", "Name", "Detail", "SizeInSectors" and "UsedInSectors" are what people see of it.
+   * "Kind", "Number", "Name", "Detail", "Trouble" (null for what is in order), "SizeInSectors" and
+   * "UsedInSectors" are what people see of it.
    */
   virtual std::string tree(const std::vector<Instance>& roots) const = 0;
   /** A class. @param details its features as an object; without a use for them, its MOF is the answer */

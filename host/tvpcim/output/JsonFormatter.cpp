@@ -61,12 +61,17 @@ Json toJson(const Instance& instance) {
   return object;
 }
 
+/** @param indent as that of Json::dump: a negative number keeps everything on one line */
+std::string written(const Json& json, int indent = 2) {
+  return text::printableJson(json.dump(indent)) + "\n";
+}
+
 std::string listOf(const std::vector<Instance>& instances) {
   Json array = Json::array();
   for (const Instance& instance : instances) {
     array.push_back(toJson(instance));
   }
-  return array.dump(2) + "\n";
+  return written(array);
 }
 
 /**
@@ -77,7 +82,7 @@ class JsonFormatter : public Formatter {
 public:
   std::string listing(const Listing& listing) const override { return listOf(listing.instances); }
 
-  std::string record(const Instance& instance) const override { return toJson(instance).dump(2) + "\n"; }
+  std::string record(const Instance& instance) const override { return written(toJson(instance)); }
 
   std::string nothing() const override { return "null\n"; }
 
@@ -86,10 +91,10 @@ public:
     for (const ObjectPath& path : paths) {
       array.push_back(toUtf8(toPathText(path)));
     }
-    return array.dump(2) + "\n";
+    return written(array);
   }
 
-  std::string event(const Instance& instance) const override { return toJson(instance).dump() + "\n"; }
+  std::string event(const Instance& instance) const override { return written(toJson(instance), -1); }
 
   std::string tree(const std::vector<Instance>& roots) const override { return listOf(roots); }
   std::string declaration(const SchemaClass& /*schemaClass*/, const Instance& details) const override {

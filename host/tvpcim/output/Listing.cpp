@@ -7,6 +7,7 @@
 #include "text/Size.h"
 
 #include <cmath>
+#include <utility>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -64,14 +65,14 @@ bool flagOf(const Instance& instance, const std::string& property) {
 }
 
 Column plainColumn(const std::string& title, const std::string& property, bool numbers) {
-  return {title, numbers, false, [property](const Instance& instance) {
+  return {title, numbers, false, false, [property](const Instance& instance) {
             const Value* value = instance.property(property);
             return value == nullptr ? "-" : cellText(*value);
           }};
 }
 
 Column sizeColumn(const std::string& title, const std::string& property) {
-  return {title, true, false, [property](const Instance& instance) {
+  return {title, true, false, false, [property](const Instance& instance) {
             return setValueOf(instance, property) == nullptr
                        ? "-"
                        : text::formatSectors(numberOf(instance, property));
@@ -79,17 +80,26 @@ Column sizeColumn(const std::string& title, const std::string& property) {
 }
 
 Column flagColumn(const std::string& title, const std::string& property) {
-  return {title, false, false, [property](const Instance& instance) {
+  return {title, false, false, false, [property](const Instance& instance) {
             return flagOf(instance, property) ? "yes" : "no";
           }};
 }
 
 Column codeColumn(const std::string& title, const SchemaClass& schemaClass, const std::string& property) {
-  return {title, false, false, [&schemaClass, property](const Instance& instance) {
+  return {title, false, false, false, [&schemaClass, property](const Instance& instance) {
             return setValueOf(instance, property) == nullptr
                        ? "-"
                        : codeName(schemaClass, property, numberOf(instance, property));
           }};
+}
+
+Column textColumn(const std::string& title, std::function<std::string(const Instance&)> cell) {
+  return {title, false, false, false, std::move(cell)};
+}
+
+Column staying(Column column) {
+  column.stays = true;
+  return column;
 }
 
 Column onlyWide(Column column) {

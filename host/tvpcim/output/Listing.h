@@ -17,6 +17,7 @@ struct Column {
   std::string title;
   bool numbers = false;   ///< aligned to the right
   bool wideOnly = false;  ///< shown with --wide alone
+  bool stays = false;     ///< shown on a narrow terminal too
   std::function<std::string(const Instance&)> cell;
 };
 
@@ -45,8 +46,12 @@ Column sizeColumn(const std::string& title, const std::string& property);
 Column flagColumn(const std::string& title, const std::string& property);
 /** A code, by the name that the schema has for it; the number when it has none. */
 Column codeColumn(const std::string& title, const SchemaClass& schemaClass, const std::string& property);
+/** A text that is made of the whole instance. */
+Column textColumn(const std::string& title, std::function<std::string(const Instance&)> cell);
 /** The same column, for --wide alone. */
 Column onlyWide(Column column);
+/** The same column, for narrow terminals too. */
+Column staying(Column column);
 /** A column for every property that one of the instances has set, in their order. */
 std::vector<Column> columnsOf(const std::vector<Instance>& instances);
 

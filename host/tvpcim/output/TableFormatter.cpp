@@ -6,6 +6,8 @@
 #include "terminal/Width.h"
 #include "text/Size.h"
 
+#include <utility>
+
 namespace tvp::host::tvpcim {
 namespace {
 
@@ -24,7 +26,7 @@ std::vector<Instance> instancesOf(const Value& value) {
   return instances;
 }
 
-/** "pool 3 gold (SSD)  100 GiB, 40% used" */
+/** "pool 3 gold (SSD, Degraded)  100 GiB, 40% used" */
 std::string nodeText(const Instance& node) {
   std::string text = textOf(node, "Kind");
   const Value* number = node.property("Number");
@@ -32,24 +34,45 @@ std::string nodeText(const Instance& node) {
     text += " " + cellText(*number);
   }
   text += " " + textOf(node, "Name");
-  const std::string detail = textOf(node, "Detail");
+  std::string detail = textOf(node, "Detail");
+  const std::string trouble = textOf(node, "Trouble");
+  detail += (detail.empty() || trouble.empty() ? "" : ", ") + trouble;
   text += detail.empty() ? "" : " (" + detail + ")";
   const std::uint64_t size = numberOf(node, "SizeInSectors");
   const Value* used = node.property("UsedInSectors");
   text += "  " + text::formatSectors(size);
   if (used != nullptr && !used->isNull() && size > 0) {
-    text += ", " + std::to_string(percentOf(used->asUnsigned(), size)) + "% used";
+    // A drive can have shrunk below what its pool keeps on it.
+    const std::uint64_t amount = used->asUnsigned();
+    text += ", " +
+            (amount > size ? text::formatSectors(amount) : std::to_string(percentOf(amount, size)) + "%") +
+            " used";
   }
   return text;
 }
 
 void addBranch(Table& table, const Instance& node, Table::Row parent) {
-  const Table::Row row = table.addRow({nodeText(node)}, parent);
+  const std::string trouble = textOf(node, "Trouble");
+  const Table::Colour colour = trouble.empty()        ? Table::Colour::None
+                               : trouble == "Missing" ? Table::Colour::Red
+                                                      : Table::Colour::Yellow;
+  const Table::Row row = table.addRow({nodeText(node)}, parent, colour);
   const Value* children = node.property("Children");
   if (children != nullptr && !children->isNull()) {
     for (const Value& child : children->asArray()) {
       addBranch(table, child.asInstance(), row);
     }
+  }
+}
+
+/** Texts can be long and many, so each has a row of its own. */
+void addList(Table& values, const NamedValue& property) {
+  std::string name = property.name;
+  for (const Value& element : property.value.asArray()) {
+    values.addRow({std::exchange(name, ""), cellText(element)});
+  }
+  if (!name.empty()) {
+    values.addRow({name});
   }
 }
 
@@ -81,8 +104,10 @@ public:
     for (const NamedValue& property : instance.properties) {
       if (isListOfInstances(property.value)) {
         const std::vector<Instance> instances = instancesOf(property.value);
-        tables += fitted(property.name + (instances.empty() ? ": none" : ":"));
+        tables += fitted(printable(property.name) + (instances.empty() ? ": none" : ":"));
         tables += instances.empty() ? "" : table(instances, columnsOf(instances));
+      } else if (property.value.type() == CMPI_stringA && !property.value.isNull()) {
+        addList(values, property);
       } else {
         values.addRow({property.name, cellText(property.value)});
       }
@@ -134,7 +159,7 @@ private:
     std::vector<const Column*> shown;
     for (const Column& column : columns) {
       if (m_wide || !column.wideOnly) {
-        table.addColumn(column.title, column.numbers);
+        table.addColumn(column.title, column.numbers, column.stays);
         shown.push_back(&column);
       }
     }
@@ -146,7 +171,18 @@ private:
       }
       table.addRow(cells);
     }
-    return table.text(m_terminal);
+    const std::string text = table.text(m_terminal);
+    return text + announced(table.hiddenColumns() + columns.size() - shown.size());
+  }
+
+  /** On a terminal, a line that says how many columns it does not show. */
+  std::string announced(std::size_t hidden) const {
+    if (hidden == 0 || m_terminal.columns == terminal::Terminal::UNLIMITED) {
+      return "";
+    }
+    return fitted(
+        std::to_string(hidden) + (hidden == 1 ? " column" : " columns") + " hidden, --wide shows " +
+        (hidden == 1 ? "it" : "them"));
   }
 
   std::string fitted(const std::string& line) const {

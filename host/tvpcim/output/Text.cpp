@@ -56,6 +56,16 @@ std::string join(const std::vector<std::string>& texts, const std::string& separ
   return result;
 }
 
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> parts;
+  for (std::size_t start = 0; start <= text.size() && !text.empty();) {
+    const std::size_t end = std::min(text.find(separator, start), text.size());
+    parts.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return parts;
+}
+
 std::string suggestion(const std::string& word, const std::vector<std::string>& candidates) {
   std::vector<std::string> quoted;
   for (const std::string& name : nearest(word, candidates)) {

@@ -16,10 +16,15 @@ using text::toUtf8;
 /** The texts with the separator between them. */
 std::string join(const std::vector<std::string>& texts, const std::string& separator);
 
+/** The parts of a text between separators, of which there is one more than separators; none of an empty text.
+ */
+std::vector<std::string> split(const std::string& text, char separator);
+
 /** The names of named things: properties, parameters, classes. */
 template <typename Things>
 std::vector<std::string> namesOf(const Things& things) {
   std::vector<std::string> names;
+  names.reserve(things.size());
   for (const auto& thing : things) {
     names.push_back(thing.name);
   }

@@ -1,18 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/storage/StorageVerbs.h"
 
+#include <utility>
+
 namespace tvp::host::tvpcim {
 namespace {
+
+/** What other use a drive has, as bits of its property "DeviceProperty". */
+constexpr std::uint64_t MOUNTED = 8;
+constexpr std::uint64_t READ_ONLY = 16;
+constexpr std::uint64_t MISSING = 2;  ///< of "LD_Status"
+
+/** "yes", or why the drive cannot join a pool, in the order in which creating one would refuse it. */
+std::string freedomOf(const Instance& drive) {
+  const std::uint64_t property = numberOf(drive, "DeviceProperty");
+  const std::pair<bool, const char*> obstacles[] = {
+      {flagOf(drive, "isUsedByTarvexPro"), "belongs to a pool"},
+      {numberOf(drive, "LD_Status") == MISSING, "is unplugged"},
+      {flagOf(drive, "IsBootable"), "boots this machine"},
+      {flagOf(drive, "HasPartition"), "has partitions"},
+      {(property & MOUNTED) != 0, "is mounted, used for swap or held by another block device"},
+      {(property & READ_ONLY) != 0, "is read-only"},
+  };
+  for (const auto& [applies, reason] : obstacles) {
+    if (applies) {
+      return std::string("no: ") + reason;
+    }
+  }
+  return "yes";
+}
 
 void listDrives(Tool& tool) {
   const SchemaClass& drives = tool.session().classNamed(Drive::KIND.className);
   printAll(
       tool, Drive::KIND,
-      {plainColumn("NUMBER", "DeviceNumber", true), plainColumn("DEVICE", "DeviceName"),
-       codeColumn("KIND", drives, "DeviceType"), sizeColumn("CAPACITY", "CapacityInSectors"),
-       flagColumn("IN USE", "isUsedByTarvexPro"), codeColumn("STATUS", drives, "LD_Status"),
-       codeColumn("INTERFACE", drives, "InterfaceType"), flagColumn("PARTITIONS", "HasPartition"),
-       flagColumn("BOOTS", "IsBootable"), plainColumn("MODEL", "Model"),
+      {plainColumn("NUMBER", "DeviceNumber", true), staying(plainColumn("DEVICE", "DeviceName")),
+       staying(codeColumn("KIND", drives, "DeviceType")),
+       staying(sizeColumn("CAPACITY", "CapacityInSectors")),
+       staying(codeColumn("STATUS", drives, "LD_Status")), staying(textColumn("FREE", freedomOf)),
+       plainColumn("MODEL", "Model"), codeColumn("INTERFACE", drives, "InterfaceType"),
        onlyWide(plainColumn("VENDOR", "Vendor")), onlyWide(plainColumn("SERIAL", "SerialNumber")),
        onlyWide(plainColumn("WWID", "WWID")), onlyWide(codeColumn("PROPERTY", drives, "DeviceProperty"))});
 }

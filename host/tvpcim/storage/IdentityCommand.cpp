@@ -7,22 +7,45 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-/** "NAME=VALUE" for the entries of two arrays that belong together. */
-Value paired(const Instance& identity, const std::string& names, const std::string& values) {
-  const Value* first = identity.property(names);
-  const Value* second = identity.property(values);
+Value::List arrayOf(const Instance& identity, const std::string& property) {
+  const Value* value = identity.property(property);
+  return value == nullptr || value->isNull() || !value->isArray() ? Value::List() : value->asArray();
+}
+
+/** Whether it is the mark that ends an array, which tells people nothing. */
+bool isEndMark(const std::string& name) {
+  const std::string ending = "MaxIndex";
+  return name.size() > ending.size() && name.compare(name.size() - ending.size(), ending.size(), ending) == 0;
+}
+
+/**
+ * "NAME: yes" for the entries of two arrays that belong together.
+ * @param sizes a third one, with the size of the largest volume for each
+ */
+Value paired(
+    const Instance& identity, const std::string& names, const std::string& values,
+    const std::string& sizes = "") {
+  const Value::List titles = arrayOf(identity, names);
+  const Value::List flags = arrayOf(identity, values);
+  const Value::List largest = arrayOf(identity, sizes);
   Value::List pairs;
-  if (first != nullptr && second != nullptr && !first->isNull() && !second->isNull()) {
-    const std::size_t count = std::min(first->asArray().size(), second->asArray().size());
-    for (std::size_t index = 0; index < count; ++index) {
-      pairs.push_back(
-          Value::string(cellText(first->asArray()[index]) + "=" + cellText(second->asArray()[index])));
+  for (std::size_t index = 0; index < std::min(titles.size(), flags.size()); ++index) {
+    const std::string title = cellText(titles[index]);
+    const std::string flag = cellText(flags[index]);
+    if (!isEndMark(title)) {
+      pairs.push_back(Value::string(
+          title + ": " +
+          (flag == "0"   ? "no"
+           : flag == "1" ? "yes"
+                         : flag) +
+          (index < largest.size() ? ", volumes up to " + text::formatSectors(largest[index].asUnsigned())
+                                  : "")));
     }
   }
   return Value::array(CMPI_string, std::move(pairs));
 }
 
-/** The instance with its parallel arrays as pairs, its sizes in units and its codes by their names. */
+/** The instance with its parallel arrays as lists, its sizes in units and its codes by their names. */
 Instance forPeople(const Instance& identity, const SchemaClass& schemaClass) {
   Instance shown = identity;
   shown.properties.clear();
@@ -33,16 +56,12 @@ Instance forPeople(const Instance& identity, const SchemaClass& schemaClass) {
     } else if (name == "SupportedAdjustmentNames") {
       shown.properties.push_back({"Adjustments", paired(identity, name, "SupportedAdjustmentValues")});
     } else if (name == "SupportedChunkSizeNames") {
-      shown.properties.push_back({"ChunkSizes", paired(identity, name, "SupportedChunkSizeValues")});
+      shown.properties.push_back(
+          {"ChunkSizes",
+           paired(identity, name, "SupportedChunkSizeValues", "SupportedMaxVolumeSizeInSectors")});
     } else if (name == "MinTotalPoolSizeInSectors" || name == "MinRequiredSizeFromPoolInSectors") {
       const std::string title = name.substr(0, name.size() - std::string("InSectors").size());
       shown.properties.push_back({title, Value::string(text::formatSectors(numberOf(identity, name)))});
-    } else if (name == "SupportedMaxVolumeSizeInSectors" && !property.value.isNull()) {
-      Value::List sizes;
-      for (const Value& size : property.value.asArray()) {
-        sizes.push_back(Value::string(text::formatSectors(size.asUnsigned())));
-      }
-      shown.properties.push_back({"MaxVolumeSizes", Value::array(CMPI_string, std::move(sizes))});
     } else if (name == "PolicyEngineStatus" || name == "TarvexPlusEnabled") {
       const std::string code = codeName(schemaClass, name, numberOf(identity, name));
       shown.properties.push_back({name, Value::string(code)});
@@ -54,18 +73,13 @@ Instance forPeople(const Instance& identity, const SchemaClass& schemaClass) {
 }
 
 void showIdentity(Tool& tool) {
-  const Instance* identity = tool.inventory().identity();
-  if (identity != nullptr && tool.formatter().forPeople()) {
-    const SchemaClass& schemaClass = tool.session().classNamed(identity->path.className);
-    tool.print(tool.formatter().record(forPeople(*identity, schemaClass)));
+  const Instance& identity = tool.inventory().requireIdentity();
+  if (tool.formatter().forPeople()) {
+    const SchemaClass& schemaClass = tool.session().classNamed(identity.path.className);
+    tool.print(tool.formatter().record(forPeople(identity, schemaClass)));
   } else {
-    Listing listing{"identity", {}, {}};
-    if (identity != nullptr) {
-      listing.instances.push_back(*identity);
-    }
-    tool.print(tool.formatter().listing(listing));
+    tool.print(tool.formatter().listing({"identity", {identity}, {}}));
   }
-  noticeMissingDriver(tool);
 }
 
 }  // namespace

@@ -5,8 +5,8 @@
 #include "text/Size.h"
 #include "text/Trim.h"
 
+#include <algorithm>
 #include <memory>
-#include <sstream>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -33,34 +33,48 @@ std::uint8_t tierOfDrive(Tool& tool, std::uint64_t number) {
 
 /** The drives of "3,4,/dev/sdb". */
 Value::List drivesOf(Tool& tool, const std::string& text) {
-  Value::List drives;
-  std::istringstream words(text);
-  for (std::string word; std::getline(words, word, ',');) {
-    drives.push_back(Value::uint8(driveNumber(tool, std::string(text::trimmed(word)))));
-  }
-  if (drives.empty() || drives.size() > LARGEST_DRIVE) {
+  std::vector<std::string> words = split(text, ',');
+  if (words.size() > LARGEST_DRIVE) {
     throw UsageError(
-        drives.empty()
-            ? "--drives names no drive; see 'tvpcim drives'"
-            : "--drives names more than " + std::to_string(LARGEST_DRIVE) + " drives; a pool has fewer");
+        "--drives names more than " + std::to_string(LARGEST_DRIVE) + " drives; a pool has fewer");
+  }
+  for (std::string& word : words) {
+    word = text::trimmed(word);
+  }
+  if (words.empty() || std::find(words.begin(), words.end(), "") != words.end()) {
+    throw UsageError(
+        "--drives takes drives with a comma between them, such as 3,4, not " + text::quoted(text) +
+        "; see 'tvpcim drives'");
+  }
+  Value::List drives;
+  for (const std::string& word : words) {
+    drives.push_back(Value::uint8(driveNumber(tool, word)));
   }
   return drives;
 }
 
-void listPools(Tool& tool) {
+std::vector<Column> columnsOfPools(Tool& tool) {
   const SchemaClass& pools = tool.session().classNamed(Pool::KIND.className);
   const auto shareUsed = [](const Instance& instance) {
     const Pool pool(instance);
     return std::to_string(percentOf(pool.used, pool.capacity)) + "%";
   };
-  printAll(
-      tool, Pool::KIND,
-      {plainColumn("ID", "VirtualPoolId", true), plainColumn("NAME", "Name"),
-       codeColumn("TIER", pools, "TierLevel"), sizeColumn("CAPACITY", "CapacityInSectors"),
-       sizeColumn("USED", "UsedCapacityInSectors"), Column{"USED%", true, false, shareUsed},
-       sizeColumn("CHUNK", "ChunkSize"), plainColumn("DRIVES", "NumberOfLogicalDevice", true),
-       plainColumn("VOLUMES", "NumberOfVirtualVolume", true), codeColumn("STATUS", pools, "PoolStatus"),
-       plainColumn("DESCRIPTION", "Description")});
+  return {
+      plainColumn("ID", "VirtualPoolId", true),
+      staying(plainColumn("NAME", "Name")),
+      staying(codeColumn("TIER", pools, "TierLevel")),
+      staying(sizeColumn("CAPACITY", "CapacityInSectors")),
+      sizeColumn("USED", "UsedCapacityInSectors"),
+      Column{"USED%", true, false, true, shareUsed},
+      sizeColumn("CHUNK", "ChunkSize"),
+      plainColumn("DRIVES", "NumberOfLogicalDevice", true),
+      plainColumn("VOLUMES", "NumberOfVirtualVolume", true),
+      staying(codeColumn("STATUS", pools, "PoolStatus")),
+      plainColumn("DESCRIPTION", "Description")};
+}
+
+void listPools(Tool& tool) {
+  printAll(tool, Pool::KIND, columnsOfPools(tool));
 }
 
 void createPool(Tool& tool, const PoolOptions& options) {
@@ -152,7 +166,11 @@ void addModification(CLI::App& family, Tool& tool) {
 
 void addPoolCommands(CLI::App& app, Tool& tool) {
   addVerb(app, tool, "pools", "List the pools", "", [&tool] { listPools(tool); });
-  CLI::App& family = addFamily(app, "pool", "Create, modify or delete a pool, or list its members");
+  CLI::App& family = addFamily(app, "pool", "Create, modify, delete or show a pool, or list its members");
+  addVerb(family, tool, "list", "List the pools, as 'tvpcim pools' does", "", [&tool] { listPools(tool); });
+  addObjectVerb(
+      family, tool, Pool::KIND, "show", "Show a pool and its members",
+      [](Tool& own, const std::string& object) { printOne(own, Pool::KIND, object, columnsOfPools(own)); });
   addCreation(family, tool);
   addModification(family, tool);
   addObjectVerb(family, tool, Pool::KIND, "delete", "Delete a pool", deletePool);

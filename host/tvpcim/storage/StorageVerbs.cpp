@@ -30,6 +30,13 @@ std::string refusal(const SchemaMethod* method, const MethodOutcome& outcome) {
   return "";
 }
 
+[[noreturn]] void refuseUnknown(Tool& tool, const ObjectKind& kind, std::uint32_t number) {
+  tool.inventory().requireIdentity();
+  throw OperationError(
+      statusName(CMPI_RC_ERR_NOT_FOUND) + ": there is no " + kind.noun + " " + std::to_string(number) +
+      "; see 'tvpcim " + kind.nouns + "'");
+}
+
 }  // namespace
 
 void addObjectVerb(
@@ -69,11 +76,29 @@ std::uint8_t driveNumber(Tool& tool, const std::string& text) {
 }
 
 void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns) {
-  const std::vector<Instance>& instances = tool.inventory().instances(kind);
-  tool.print(tool.formatter().listing({kind.nouns, instances, std::move(columns)}));
-  if (instances.empty()) {
-    noticeMissingDriver(tool);
+  tool.print(tool.formatter().listing({kind.nouns, tool.inventory().instances(kind), std::move(columns)}));
+}
+
+void printOne(
+    Tool& tool, const ObjectKind& kind, const std::string& object, const std::vector<Column>& columns) {
+  const std::uint32_t number = tool.inventory().resolve(kind, object);
+  const Instance* found = tool.inventory().byNumber(kind, number);
+  if (found == nullptr) {
+    refuseUnknown(tool, kind, number);
   }
+  Instance shown = *found;
+  if (tool.formatter().forPeople()) {
+    shown.properties.clear();
+    for (const Column& column : columns) {
+      shown.properties.push_back({column.title, Value::string(column.cell(*found))});
+    }
+  }
+  Value::List members;
+  for (Instance& member : tool.inventory().members(kind, number)) {
+    members.push_back(Value::instance(std::move(member)));
+  }
+  shown.properties.push_back({"Members", Value::array(CMPI_instance, std::move(members))});
+  tool.print(tool.formatter().record(shown));
 }
 
 void printMembers(
@@ -81,17 +106,9 @@ void printMembers(
   const std::uint32_t number = tool.inventory().resolve(kind, object);
   std::vector<Instance> members = tool.inventory().members(kind, number);
   if (members.empty() && !tool.inventory().exists(kind, number)) {
-    throw OperationError(
-        statusName(CMPI_RC_ERR_NOT_FOUND) + ": there is no " + kind.noun + " " + std::to_string(number) +
-        "; see 'tvpcim " + kind.nouns + "'");
+    refuseUnknown(tool, kind, number);
   }
   tool.print(tool.formatter().listing({"members", std::move(members), std::move(columns)}));
-}
-
-void noticeMissingDriver(Tool& tool) {
-  if (tool.inventory().identity() == nullptr) {
-    tool.notice(NO_DRIVER);
-  }
 }
 
 ServiceAnswer callService(Tool& tool, const std::string& method, const Arguments& arguments) {
@@ -100,8 +117,7 @@ ServiceAnswer callService(Tool& tool, const std::string& method, const Arguments
   const std::string refused =
       outcome.ok() ? refusal(tool.session().classNamed("TVP_TierService").method(method), outcome) : "";
   if (!outcome.ok() || !refused.empty()) {
-    throw OperationError(
-        outcome.ok() ? method + " answered " + refused : describe(outcome), remarksOf(outcome));
+    throw OperationError(outcome.ok() ? method + " answered " + refused : describe(outcome), hintOf(outcome));
   }
   return {answerOf(method, outcome), remarksOf(outcome)};
 }

@@ -31,12 +31,17 @@ std::string_view keptName(const std::string& name);
 /** The number of a drive that is given by number or name. @throws UsageError above LARGEST_DRIVE */
 std::uint8_t driveNumber(Tool& tool, const std::string& text);
 
-/** Prints all objects of a kind, with a notice when there are none because no driver answers. */
+/** Prints all objects of a kind. @throws OperationError when they cannot be read */
 void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns);
 /** Prints the members of an object. @throws OperationError when there is no such object */
 void printMembers(Tool& tool, const ObjectKind& kind, const std::string& object, std::vector<Column> columns);
-/** Prints a notice when no driver answers. */
-void noticeMissingDriver(Tool& tool);
+
+/**
+ * Prints one object with its members; people get the cells of the columns instead of the properties.
+ * @throws OperationError when there is no such object
+ */
+void printOne(
+    Tool& tool, const ObjectKind& kind, const std::string& object, const std::vector<Column>& columns);
 
 /** What a method of the tier service answered. */
 struct ServiceAnswer {

@@ -9,6 +9,8 @@
 namespace tvp::host::tvpcim {
 namespace {
 
+constexpr std::uint64_t IN_ORDER = 1;  ///< the status of a drive that is there, of a good pool or volume
+
 Value::List asValues(std::vector<Instance> nodes) {
   Value::List values;
   for (Instance& node : nodes) {
@@ -17,9 +19,11 @@ Value::List asValues(std::vector<Instance> nodes) {
   return values;
 }
 
+/** @param trouble empty for what is in order */
 Instance node(
-    const char* kind, Value number, const std::string& name, const std::string& detail, std::uint64_t size,
-    std::optional<std::uint64_t> used, std::vector<Instance> children) {
+    const char* kind, Value number, const std::string& name, const std::string& detail,
+    const std::string& trouble, std::uint64_t size, std::optional<std::uint64_t> used,
+    std::vector<Instance> children) {
   Instance result;
   result.path.className = "TreeNode";
   result.properties = {
@@ -27,6 +31,7 @@ Instance node(
       {"Number", std::move(number)},
       {"Name", Value::string(name)},
       {"Detail", detail.empty() ? Value::null(CMPI_string) : Value::string(detail)},
+      {"Trouble", trouble.empty() ? Value::null(CMPI_string) : Value::string(trouble)},
       {"SizeInSectors", Value::uint64(size)},
       {"UsedInSectors", used ? Value::uint64(*used) : Value::null(CMPI_uint64)},
       {"Children", Value::array(CMPI_instance, asValues(std::move(children)))}};
@@ -88,12 +93,18 @@ private:
     return codeName(m_session.classNamed(kind.className), property, code);
   }
 
+  template <typename Object>
+  std::string troubleOf(const Object& object) {
+    return object.status == IN_ORDER ? "" : codeNameOf(Object::KIND, Object::KIND.status, object.status);
+  }
+
   Instance driveNode(std::uint32_t number, const std::string& knownName) {
     const std::optional<Drive> drive = m_inventory.find<Drive>(number);
     const auto used = m_usedOfDrive.find(number);
     return node(
         "drive", Value::uint16(static_cast<std::uint16_t>(number)), drive ? drive->name : knownName,
-        drive ? codeNameOf(Drive::KIND, "DeviceType", drive->type) : "missing", drive ? drive->capacity : 0,
+        drive ? codeNameOf(Drive::KIND, "DeviceType", drive->type) : "",
+        drive ? troubleOf(*drive) : "Missing", drive ? drive->capacity : 0,
         used == m_usedOfDrive.end() ? 0 : used->second, {});
   }
 
@@ -108,8 +119,8 @@ private:
     const std::optional<Pool> pool = m_inventory.find<Pool>(number);
     return node(
         "pool", Value::uint32(number), pool ? pool->name : knownName,
-        pool ? codeNameOf(Pool::KIND, "TierLevel", pool->tier) : "internal", pool ? pool->capacity : sectors,
-        pool ? pool->used : sectors, std::move(drives));
+        pool ? codeNameOf(Pool::KIND, "TierLevel", pool->tier) : "internal", pool ? troubleOf(*pool) : "",
+        pool ? pool->capacity : sectors, pool ? pool->used : sectors, std::move(drives));
   }
 
   Instance volumeNode(const Volume& volume) {
@@ -119,7 +130,8 @@ private:
     }
     return node(
         "volume", Value::uint32(volume.number), volume.name,
-        codeNameOf(Volume::KIND, "VolumeType", volume.type), volume.capacity, std::nullopt, std::move(pools));
+        codeNameOf(Volume::KIND, "VolumeType", volume.type), troubleOf(volume), volume.capacity, std::nullopt,
+        std::move(pools));
   }
 
   Inventory& m_inventory;
@@ -131,11 +143,7 @@ private:
 };
 
 void showTree(Tool& tool) {
-  const std::vector<Instance> roots = TreeBuilder(tool).build();
-  tool.print(tool.formatter().tree(roots));
-  if (roots.empty()) {
-    noticeMissingDriver(tool);
-  }
+  tool.print(tool.formatter().tree(TreeBuilder(tool).build()));
 }
 
 }  // namespace

@@ -37,18 +37,26 @@ Value knobOfNew(const VolumeOptions& options) {
   return Value::uint32(knobOf(options.knob.empty() ? "normal" : options.knob));
 }
 
-void listVolumes(Tool& tool) {
+std::vector<Column> columnsOfVolumes(Tool& tool) {
   const SchemaClass& volumes = tool.session().classNamed(Volume::KIND.className);
-  printAll(
-      tool, Volume::KIND,
-      {plainColumn("ID", "VirtualVolumeId", true), plainColumn("NAME", "VolumeName"),
-       codeColumn("TYPE", volumes, "VolumeType"), sizeColumn("CAPACITY", "CapacityInSectors"),
-       plainColumn("POOLS", "VirtualPoolsCount", true), codeColumn("KNOB", volumes, "KnobSetting"),
-       codeColumn("STATE", volumes, "State"), codeColumn("CACHE", volumes, "CacheMode"),
-       plainColumn("DESCRIPTION", "Description"), onlyWide(plainColumn("DEVICE", "DeviceNumber", true)),
-       onlyWide(plainColumn("MOVE CHUNKS", "MaxMoveChunks", true)),
-       onlyWide(plainColumn("MOVE THRESHOLD", "MoveThreshold", true)),
-       onlyWide(plainColumn("FEATURES", "Features"))});
+  return {
+      plainColumn("ID", "VirtualVolumeId", true),
+      staying(plainColumn("NAME", "VolumeName")),
+      staying(codeColumn("TYPE", volumes, "VolumeType")),
+      staying(sizeColumn("CAPACITY", "CapacityInSectors")),
+      plainColumn("POOLS", "VirtualPoolsCount", true),
+      codeColumn("KNOB", volumes, "KnobSetting"),
+      staying(codeColumn("STATE", volumes, "State")),
+      codeColumn("CACHE", volumes, "CacheMode"),
+      plainColumn("DESCRIPTION", "Description"),
+      onlyWide(plainColumn("DEVICE", "DeviceNumber", true)),
+      onlyWide(plainColumn("MOVE CHUNKS", "MaxMoveChunks", true)),
+      onlyWide(plainColumn("MOVE THRESHOLD", "MoveThreshold", true)),
+      onlyWide(plainColumn("FEATURES", "Features"))};
+}
+
+void listVolumes(Tool& tool) {
+  printAll(tool, Volume::KIND, columnsOfVolumes(tool));
 }
 
 /** Prints the answer of a creation with what the new volume is called. */
@@ -202,8 +210,15 @@ void addModification(CLI::App& family, Tool& tool) {
 
 void addVolumeCommands(CLI::App& app, Tool& tool) {
   addVerb(app, tool, "volumes", "List the volumes", "", [&tool] { listVolumes(tool); });
-  CLI::App& family =
-      addFamily(app, "volume", "Create, modify, delete, flush or measure a volume, or list its members");
+  CLI::App& family = addFamily(
+      app, "volume", "Create, modify, delete, flush, measure or show a volume, or list its members");
+  addVerb(
+      family, tool, "list", "List the volumes, as 'tvpcim volumes' does", "", [&tool] { listVolumes(tool); });
+  addObjectVerb(
+      family, tool, Volume::KIND, "show", "Show a volume and its members",
+      [](Tool& own, const std::string& object) {
+        printOne(own, Volume::KIND, object, columnsOfVolumes(own));
+      });
   addCreation(family, tool);
   addCaching(family, tool);
   addModification(family, tool);

@@ -163,7 +163,7 @@ TEST_F(ConfigurationTest, CollectionsShowOneConsistentMoment) {
   readers.reserve(3);
   std::atomic<int> with{0};
   std::atomic<int> without{0};
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
   for (int i = 0; i < 3; ++i) {
     readers.emplace_back([&] {
       while ((with < 20 || without < 20) && std::chrono::steady_clock::now() < end) {
@@ -205,6 +205,20 @@ TEST_F(ConfigurationTest, CollectionsOfNothingAreNullOrEmpty) {
   ASSERT_NE(unknown, nullptr);
   EXPECT_EQ(unknown->size(), 0);
   EXPECT_EQ(m_lib->getRootObject()->getObject(1), nullptr);
+}
+
+TEST_F(ConfigurationTest, VolumesHaveDifferentDeviceNumbersWhateverTheirIdentifiers) {
+  const std::uint32_t pool = createPool(poolSpec("devices", {addDrive(TVK_DEVICE_HDD, 10 * MIB)}, 10 * MIB));
+  const auto create = [&](const char* name) {
+    createVolume(volumeSpec(name, TVK_VOLUME_TIERED, {{pool, MIB}}));
+    return std::pair(volumes().last()->getVolumeId(), volumes().last()->getDeviceNumber());
+  };
+  EXPECT_EQ(create("first"), std::pair(1U, std::uint16_t{1}));
+  state()->change([](voltvk::Connection& connection) {
+    connection.execute("UPDATE sqlite_sequence SET seq = 65535 WHERE name = 'volume'");
+  });
+  EXPECT_EQ(create("second"), std::pair(65536U, std::uint16_t{2}));
+  EXPECT_EQ(create("third"), std::pair(65537U, std::uint16_t{3}));
 }
 
 }  // namespace

@@ -60,7 +60,7 @@ TEST_F(VoltvkctlTest, WrongUsageAndFailuresAreExplainedInOneLine) {
       {2, {"io", "gold"}, "--reads"},
       {2, {"io", "gold", "--reads", "1", "--random", "--sequential"}, "excludes"},
       {2, {"io", "gold", "--reads", "1000001"}, "1000001"},
-      {1, {"io", "nowhere", "--reads", "1"}, "no volume 'nowhere'"},
+      {1, {"io", "nowhere\x1b[2J", "--reads", "1"}, "no volume 'nowhere\\x1B[2J'"},
   };
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
   createPool(poolSpec("gold", {0}, 100 * MIB));
@@ -94,6 +94,8 @@ TEST_F(VoltvkctlTest, DrivesAreAddedListedAndRemovedWithTheirEvents) {
   EXPECT_EQ(drives[0]["sectors"], 209715200);
   EXPECT_EQ(drives[0]["type"], "hdd");
   EXPECT_EQ(drives[1]["size"], "1.5 GiB");
+  EXPECT_EQ(drives[1]["free"], true);
+  EXPECT_EQ(drives[1]["obstacle"], nullptr);
   EXPECT_EQ(drives[1]["model"], "Fast \xC3\xA9");
   EXPECT_EQ(json({"drive", "remove", "0"})["number"], 0);
   EXPECT_EQ(json({"drive", "list"}).size(), 1U);
@@ -107,18 +109,33 @@ TEST_F(VoltvkctlTest, DrivesAreAddedListedAndRemovedWithTheirEvents) {
   EXPECT_TRUE(std::regex_match(events[1]["time"].get<std::string>(), ISO_TIME));
 }
 
+TEST_F(VoltvkctlTest, StatusShowsWhatIsWrongWithDrives) {
+  createPool(poolSpec("pool", {addDrive(TVK_DEVICE_HDD, 10 * MIB)}, 10 * MIB));
+  EXPECT_EQ(text({"status"}).find("trouble"), std::string::npos);
+  state()->change([](voltvk::Connection& connection) {
+    connection.execute("UPDATE drive SET present = 0");
+  });
+  EXPECT_NE(text({"status"}).find("trouble:  drive 0 (/dev/tvk0) is missing\n"), std::string::npos);
+}
+
 TEST_F(VoltvkctlTest, StatusSaysWhyThereIsNoDriver) {
   Json status = json({"status"});
   EXPECT_EQ(status["driver"], "available");
   EXPECT_EQ(status["policy"], "running");
   EXPECT_EQ(status["state"], m_directory.file("state.db"));
   text({"fault", "set", "driver-absent"});
-  EXPECT_NE(json({"status"})["reason"].get<std::string>().find("fault clear"), std::string::npos);
+  const auto failure = [&] {
+    const CommandResult result = ctl({"status", "-o", "json"});
+    EXPECT_EQ(result.exitStatus, 1) << "a failure is never 0";
+    EXPECT_EQ(result.err, "voltvkctl: the storage driver is not available; the status shows the reason\n");
+    return Json::parse(result.out);
+  };
+  EXPECT_NE(failure()["reason"].get<std::string>().find("fault clear"), std::string::npos);
   m_lib.reset();
   m_directory.write(
       "state.db", "this is not a database, whatever its name says: it is a text of some length. "
                   "A header has a hundred bytes.");
-  status = json({"status"});
+  status = failure();
   EXPECT_EQ(status["driver"], "not available");
   EXPECT_NE(status["reason"].get<std::string>().find("not a database"), std::string::npos);
   EXPECT_EQ(ctl({"drive", "list"}).exitStatus, 1);

@@ -120,6 +120,8 @@ TEST_F(RefusalsTest, UnfitPoolsAreRefusedWithTheRightStatus) {
   const auto named = [&](const std::string& name) { return pool(name.c_str()); };
   std::vector<std::uint8_t> many(65);
   std::iota(many.begin(), many.end(), std::uint8_t{0});
+  addDrive(TVK_DEVICE_HDD, 16 * MIB);  // 7
+  newEvents();
   const std::vector<Spoiled<VirtualPoolSpec>> cases = {
       {TVK_INVALID_NAME, "the name has " + std::to_string(LONGEST_NAME.size() + 1) + " bytes" + NAME_RULE,
        named(LONGEST_NAME + "n")},
@@ -127,6 +129,10 @@ TEST_F(RefusalsTest, UnfitPoolsAreRefusedWithTheRightStatus) {
        named("line\nbreak")},
       {TVK_INVALID_NAME, "the name '\\xC2\\x85' has control characters in it", named("\xC2\x85")},
       {TVK_INVALID_NAME, "the name 'half \\xC3' is not UTF-8", named("half \xC3")},
+      {TVK_INVALID_NAME, "the name '  \xC2\xA0' has only blanks; choose one that can be seen",
+       named("  \xC2\xA0")},
+      {TVK_INVALID_NAME, "the name has the invisible character U+200B in it", named("poo\xE2\x80\x8Bl")},
+      {TVK_INVALID_NAME, "the name has the invisible character U+202E in it", named("\xE2\x80\xAEloop")},
       {TVK_INVALID_NAME, "the name has no end" + NAME_RULE, pool(),
        [](auto& spec) { std::fill_n(spec.name, sizeof spec.name, 'x'); }},
       {TVK_INVALID_DESCRIPTION, "the description has too many bytes" + DESCRIPTION_RULE, pool(),
@@ -153,6 +159,10 @@ TEST_F(RefusalsTest, UnfitPoolsAreRefusedWithTheRightStatus) {
        "drive 3 (/dev/tvk3) holds 100 MiB in whole chunks of 1 MiB, less than the 100 MiB (204801 sectors) "
        "asked for",
        pool("new", {3}, 100 * MIB + 1)},
+      {TVK_INVALID_CAPACITY, "1 MiB asked for: drive 7 (/dev/tvk7) would get no chunk of 1 MiB; leave it out",
+       pool("new", {7, 3}, MIB)},
+      {TVK_NOT_ENOUGH_SPACE, "drive 7 (/dev/tvk7) has 16 MiB, less than a chunk of 32 MiB; leave it out",
+       pool("new", {3, 7}, 96 * MIB), [](auto& spec) { spec.chunkSizeInSectors = 65536; }},
       {TVK_NOT_ENOUGH_SPACE, "less than the 8192 EiB (18446744073709551615 sectors) asked for",
        pool("new", {3}, LARGE)},
       {TVK_INVALID_ARGUMENT, "the pool type 5 is unknown; use 0 or 16", pool(),
@@ -211,28 +221,26 @@ TEST_F(RefusalsTest, RefusedCachedDrivesLeaveNothingBehind) {
   struct Case {
     TvkStatus status;
     const char* detail;
-    std::uint8_t drive;
     std::uint32_t ssdPool;
-    std::uint64_t cache;
-    std::uint8_t tier;
-    std::uint8_t type;
-    const char* name;
+    std::uint64_t cache = 8 * MIB;
+    const char* name = "new";
+    std::uint8_t type = TVK_VOLUME_CACHED;
+    std::uint8_t drive = 3;
+    std::uint8_t tier = TVK_TIER_HDD;
   };
   const std::vector<Case> cases = {
-      {TVK_NAME_IN_USE, "the name 'tiered' is used by volume 1", 3, m_ssdPool, 8 * MIB, TVK_TIER_HDD,
-       TVK_VOLUME_CACHED, "tiered"},
+      {TVK_NAME_IN_USE, "the name 'tiered' is used by volume 1", m_ssdPool, 8 * MIB, "tiered"},
       {TVK_INVALID_VOLUME_TYPE,
-       "the volume type is 1 (tiered); a drive with a cache is a volume of the type 2 (cached)", 3, m_ssdPool,
-       8 * MIB, TVK_TIER_HDD, TVK_VOLUME_TIERED, "new"},
-      {TVK_POOL_KINDS_CONFLICT, "drive 6 is an SSD; what is cached is a hard disk", 6, m_ssdPool, 8 * MIB,
-       TVK_TIER_SSD, TVK_VOLUME_CACHED, "new"},
-      {TVK_NO_SUCH_POOL, "no pool has the number 77", 3, 77, 8 * MIB, TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
+       "the volume type is 1 (tiered); a drive with a cache is a volume of the type 2 (cached)", m_ssdPool,
+       8 * MIB, "new", TVK_VOLUME_TIERED},
+      {TVK_POOL_KINDS_CONFLICT, "drive 6 is an SSD; what is cached is a hard disk", m_ssdPool, 8 * MIB, "new",
+       TVK_VOLUME_CACHED, 6, TVK_TIER_SSD},
+      {TVK_NO_SUCH_POOL, "no pool has the number 77", 77},
       {TVK_POOL_KINDS_CONFLICT, "pool 1 (hdd) is a pool of hard disks; a cache is taken from a pool of SSDs",
-       3, m_hddPool, 8 * MIB, TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
-      {TVK_INVALID_CAPACITY, "0 B asked of pool 2 (ssd); a volume takes at least 1 MiB", 3, m_ssdPool, 0,
-       TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
-      {TVK_NOT_ENOUGH_SPACE, "pool 2 (ssd) has 56 MiB free, less than the 57 MiB asked for", 3, m_ssdPool,
-       57 * MIB, TVK_TIER_HDD, TVK_VOLUME_CACHED, "new"},
+       m_hddPool},
+      {TVK_INVALID_CAPACITY, "0 B asked of pool 2 (ssd); a volume takes at least 1 MiB", m_ssdPool, 0},
+      {TVK_NOT_ENOUGH_SPACE, "pool 2 (ssd) has 56 MiB free, less than the 57 MiB asked for", m_ssdPool,
+       57 * MIB},
   };
   const std::string before = contents();
   for (const Case& one : cases) {
@@ -245,6 +253,12 @@ TEST_F(RefusalsTest, RefusedCachedDrivesLeaveNothingBehind) {
     EXPECT_EQ(hdd.poolId, TVK_NO_ID);
     EXPECT_EQ(newEvents().size(), 2U);
   }
+  VirtualPoolSpec ssd;
+  ssd.poolId = m_ssdPool;
+  ssd.capacityInSectors = 8 * MIB;
+  VirtualPoolSpec hdd = poolSpec("half", {3}, 50 * MIB);
+  VirtualVolumeSpec spec = volumeSpec("new", TVK_VOLUME_CACHED, {});
+  EXPECT_NE(TvkAdapter().createCachedLD(hdd, ssd, spec).getReturn(), TVK_OK) << "the sides are exchanged";
   EXPECT_EQ(contents(), before);
 }
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/host/SampleProvider.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
-#include <ctime>
 
 namespace tvp::host::testing {
 namespace {
@@ -165,6 +163,8 @@ TEST_F(BrokerObjects, ContextsCarryEntries) {
   CMPIContext* prepared = CBPrepareAttachThread(m_cmpi, context);
   EXPECT_EQ(read(CMGetContextEntry(prepared, CMPIRole, nullptr).value.string), "admin") << "entries go along";
   EXPECT_EQ(CBPrepareAttachThread(m_cmpi, nullptr), nullptr);
+  CMGetContextEntry(context, "Other", &m_status);
+  EXPECT_EQ(m_status.rc, CMPI_RC_ERR_NO_SUCH_PROPERTY);
 }
 
 TEST_F(BrokerObjects, ErrorsCarryWhatWentWrong) {

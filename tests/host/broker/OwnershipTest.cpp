@@ -2,9 +2,7 @@
 #include "tests/host/SampleProvider.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <cstring>
 #include <optional>
 #include <thread>
 

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 namespace tvp::host::testing {
 namespace {
 
@@ -98,6 +100,39 @@ TEST_F(Strictness, ALenientBrokerDropsWhatDoesNotFit) {
   EXPECT_EQ(CMSetProperty(disk, "Nothing", &number, CMPI_uint32).rc, CMPI_RC_OK);
   EXPECT_EQ(CMSetProperty(disk, "Name", &number, CMPI_uint32).rc, CMPI_RC_OK);
   EXPECT_EQ(Request::read(disk), sampleSchema()->emptyInstance(samplePath()));
+}
+
+// What else is different is in the recorded lives, which run as each of them.
+TEST_F(Strictness, ABrokerActsAsTheObjectManagerItIsTold) {
+  const Broker pegasus(sampleSchema(), optionsAs("openpegasus"));
+  EXPECT_STREQ(pegasus.cmpi()->bft->brokerName, "Pegasus");
+  EXPECT_EQ(pegasus.cmpi()->mft, nullptr);
+  Broker sfcb(sampleSchema(), optionsAs("sfcb"));
+  EXPECT_STREQ(sfcb.cmpi()->bft->brokerName, "RequestHandler");
+  EXPECT_STREQ(Broker(sampleSchema(), optionsAs(nullptr)).cmpi()->bft->brokerName, "tvp host");
+  EXPECT_THROW(optionsAs("another"), std::invalid_argument);
+
+  Request request(sfcb);
+  CMPIStatus status{};
+  CMGetKeyAt(request.objectPath(samplePath()), 0, nullptr, &status);
+  EXPECT_EQ(status.rc, CMPI_RC_ERR_NO_SUCH_PROPERTY);
+  EXPECT_EQ(status.msg, nullptr);
+  CMGetKeyAt(m_request.objectPath(samplePath()), 0, nullptr, &status);
+  EXPECT_STREQ(CMGetCharsPtr(status.msg, nullptr), "CMPIObjectPath.getKeyAt failed with status 12");
+
+  Provider provider(sfcb, sampleFactories(), CallOptions{true, std::nullopt});
+  sampleInstanceTable.createInstance = [](auto, auto, auto result, auto...) { return CMReturnDone(result); };
+  EXPECT_TRUE(provider.createInstance(samplePath(), {samplePath(), {}}).ok());
+  EXPECT_NE(breachTexts(sfcb).find("success without a path"), std::string::npos);
+  EXPECT_TRUE(provider.authorizeFilter({}).ok());
+  EXPECT_EQ(sampleBehaviour().seen.back(), "-") << "nobody owns a filter without authentication";
+  bool listed = true;
+  sampleBehaviour().modify = [&listed](auto, auto, const char** names) {
+    listed = names != nullptr;
+    return ok();
+  };
+  EXPECT_TRUE(provider.modifyInstance(samplePath(), {samplePath(), {}}).ok());
+  EXPECT_FALSE(listed);
 }
 
 TEST_F(Strictness, KeysAreScalars) {

@@ -2,10 +2,7 @@
 #include "host/schema/MofReader.h"
 #include "host/schema/Names.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace tvp::host {
 namespace {
@@ -121,24 +118,6 @@ TEST(MofReader, ReadsWhatASchemaFileUses) {
   EXPECT_FALSE(schema->isA("Thing", "Special"));
   EXPECT_TRUE(schema->isA("Alarm", "cim_processindication"));
   EXPECT_EQ(schema->classes().size(), 4U) << "a class that is only named is not listed";
-}
-
-/** Cut and scrambled texts end in a schema or in a MofError, never in anything else. */
-TEST(MofReader, SurvivesDamagedTexts) {
-  const std::string good =
-      "/* c */ [A(\"x\\n\"), B{1, -2}] class C : CIM_D { [Key] uint32 X[] = {1}; uint8 M(C REF R); };";
-  std::mt19937 random(7);
-  for (int round = 0; round < 3000; ++round) {
-    std::string text = good.substr(0, random() % (good.size() + 1));
-    for (std::size_t hit = random() % 4; hit > 0 && !text.empty(); --hit) {
-      text[random() % text.size()] = static_cast<char>(random() % 256);
-    }
-    try {
-      EXPECT_NE(MofReader::readText(text, "a.mof"), nullptr);
-    } catch (const MofError& problem) {
-      EXPECT_GE(problem.line(), 1U) << text;
-    }
-  }
 }
 
 /** What object managers choke on must not get into the product's schema. */

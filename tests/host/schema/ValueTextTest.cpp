@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/provider/Provider.h"
 #include "host/schema/Names.h"
 #include "host/schema/ObjectPathText.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-
-#include <random>
 
 namespace tvp::host {
 namespace {
@@ -65,27 +61,6 @@ TEST(ObjectPathText, IsRefusedWithThePlaceAndWhatWasExpected) {
   }
 }
 
-/** Damaged texts end in a path or in a PathSyntaxError, and a path that was read can be written and read. */
-TEST(ObjectPathText, SurvivesDamagedTexts) {
-  const std::string good = "//host/root/ns:Class.A=\"te\\\"xt\",B=-12,C=TRUE";
-  std::mt19937 random(11);
-  int accepted = 0;
-  for (int round = 0; round < 3000; ++round) {
-    std::string text = good.substr(random() % 8, random() % (good.size() + 1));
-    for (std::size_t hit = random() % 3; hit > 0 && !text.empty(); --hit) {
-      text[random() % text.size()] = static_cast<char>(1 + random() % 255);
-    }
-    try {
-      const ObjectPath path = parsePathText(text);
-      EXPECT_EQ(parsePathText(toPathText(path)), path) << text;
-      ++accepted;
-    } catch (const PathSyntaxError&) {
-      continue;
-    }
-  }
-  EXPECT_GT(accepted, 0);
-}
-
 TEST(DateTime, ReadsTimesAndIntervals) {
   const struct {
     const char* text;
@@ -120,26 +95,6 @@ TEST(Names, AreThoseOfCim) {
   EXPECT_EQ(typeName(CMPI_stringA), "string[]");
   EXPECT_EQ(statusName(CMPI_RC_ERR_NOT_FOUND), "CIM_ERR_NOT_FOUND");
   EXPECT_EQ(statusName(static_cast<CMPIrc>(77)), "status 77");
-}
-
-TEST(ProviderLibrary, SaysWhatIsWrongWithAFile) {
-  const struct {
-    const char* file;
-    const char* problem;
-  } cases[] = {
-      {"/nowhere/libx.so",
-       "cannot read the provider /nowhere/libx.so: No such file or directory; check the path"},
-      {"/etc/passwd", "cannot load the provider /etc/passwd: "},
-      {"/lib/x86_64-linux-gnu/libm.so.6",
-       "is not a provider named sample: it exports none of sample_Create_InstanceMI"}};
-  for (const auto& each : cases) {
-    try {
-      ProviderLibrary library(each.file, "sample");
-      ADD_FAILURE() << "loaded: " << each.file;
-    } catch (const ProviderLoadError& problem) {
-      EXPECT_THAT(problem.what(), ::testing::HasSubstr(each.problem));
-    }
-  }
 }
 
 }  // namespace

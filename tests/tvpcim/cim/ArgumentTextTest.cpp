@@ -5,7 +5,6 @@
 #include "host/tvpcim/Failure.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -113,14 +112,19 @@ TEST_F(ArgumentText, IsRefusedWithWhatWasExpected) {
 
 TEST_F(ArgumentText, KnowsWhichArgumentsGoIn) {
   const SchemaMethod& method = *m_class.method("Start");
-  const Arguments arguments = parseArguments(method, {"names=x", "ID=3"});
+  const Arguments arguments = parseArguments(method, {"Names=x", "Id=3"});
   EXPECT_EQ(*arguments.find("Id"), Value::uint32(3));
   EXPECT_EQ(arguments.values.front().name, "Names");
-  try {
-    parseArguments(method, {"Result=1"});
-    ADD_FAILURE() << "an output argument was taken";
-  } catch (const UsageError& error) {
-    EXPECT_THAT(error.what(), testing::HasSubstr("has no input argument 'Result'; it has: Id, Names"));
+  const std::pair<const char*, const char*> refused[] = {
+      {"Result=1", "has no input argument 'Result'; it has: Id, Names"},
+      {"names=x", "has no input argument 'names'"}};
+  for (const auto& [text, expected] : refused) {
+    try {
+      parseArguments(method, {text});
+      ADD_FAILURE() << text << " was taken";
+    } catch (const UsageError& error) {
+      EXPECT_THAT(error.what(), testing::HasSubstr(expected));
+    }
   }
 }
 

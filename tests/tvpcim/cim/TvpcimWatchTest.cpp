@@ -97,10 +97,22 @@ TEST_F(TvpcimWatch, EndsWithAFailureWhenItsOutputCannotBeWritten) {
   EXPECT_THAT(result.err, HasSubstr("standard output cannot be written any more"));
 }
 
-TEST_F(TvpcimWatch, EndsAfterTheTimeWithoutEvents) {
-  const CommandResult result = tvpcim({"watch", "--seconds", "1"});
-  EXPECT_EQ(result.exitStatus, 0) << result.err;
-  EXPECT_EQ(result.out, "");
+TEST_F(TvpcimWatch, EndsAfterTheTimeOrASignalWithoutWaitingForTheListener) {
+  // The listener sleeps five seconds between two looks; the clean-up alone may take as long.
+  Command watch = command("tvpcim", {"watch", "--seconds", "1"});
+  RunningCommand timed = watch.without("TVPCIM_STRICT").start();
+  RunningCommand interrupted = command("tvpcim", {"watch"}).without("TVPCIM_STRICT").start();
+  for (RunningCommand* running : {&timed, &interrupted}) {
+    ASSERT_TRUE(running->waitFor("watching TVP_CIMIndication")) << running->soFar().err;
+  }
+  const auto start = std::chrono::steady_clock::now();
+  interrupted.signal(SIGINT);
+  for (RunningCommand* running : {&interrupted, &timed}) {
+    const CommandResult result = running->finish();
+    EXPECT_EQ(result.exitStatus, 0) << result.err;
+    EXPECT_EQ(result.out, "");
+  }
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(4000));
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 #include "terminal/Width.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include <random>
@@ -82,11 +81,13 @@ TEST(JsonFormatter, ParsesWhateverBytesTheTextsHold) {
     for (char& byte : text) {
       byte = static_cast<char>(random());
     }
+    text += round % 2 == 0 ? "\x7f\xc2\x9b" : "";
     const Instance instance = instanceOf("TVP_Thing", {{"Text", Value::string(text)}});
     const ordered_json parsed = ordered_json::parse(formatter("json")->record(instance));
     EXPECT_EQ(parsed.at("Text"), toUtf8(text));
-    for (const char byte : formatter("table")->record(instance)) {
-      EXPECT_TRUE(byte == '\n' || static_cast<unsigned char>(byte) >= 0x20) << "a control byte came through";
+    for (const char* format : {"table", "json", "mof"}) {
+      const std::string written = formatter(format)->record(instance);
+      EXPECT_EQ(text::printableLines(written), written) << format << ": a control character came through";
     }
   }
 }
@@ -140,12 +141,14 @@ TEST(TableFormatter, NeverWrapsARow) {
         EXPECT_LE(displayWidth(line), columns) << line;
       }
     }
-    EXPECT_EQ(linesOf(table->listing(listing)).size(), 4U);
+    const std::size_t announced = columns < 79 ? 1 : 0;
+    EXPECT_EQ(linesOf(table->listing(listing)).size(), 4U + announced) << columns;
   }
   for (const auto& uncut : {formatter("table"), formatter("table", 10, false, true)}) {
     EXPECT_THAT(uncut->listing(listing), HasSubstr("goes on       3  Model\\x09with\\x1B[2J controls\n"));
   }
   EXPECT_THAT(formatter("table", 10)->listing(listing), Not(HasSubstr("Model")));
+  EXPECT_THAT(formatter("table", 40)->listing(listing), HasSubstr("\n2 columns hidden, --wide shows them\n"));
 }
 
 TEST(TableFormatter, AlignsNumbersAndUsesColourOnATerminalOnly) {
@@ -169,6 +172,7 @@ Instance node(const std::string& name, std::uint64_t size, std::uint64_t used, V
                    {"Number", Value::uint32(7)},
                    {"Name", Value::string(name)},
                    {"Detail", Value::null(CMPI_string)},
+                   {"Trouble", name == "leaf" ? Value::string("Missing") : Value::null(CMPI_string)},
                    {"SizeInSectors", Value::uint64(size)},
                    {"UsedInSectors", Value::uint64(used)},
                    {"Children", Value::array(CMPI_instance, std::move(children))}});
@@ -177,19 +181,40 @@ Instance node(const std::string& name, std::uint64_t size, std::uint64_t used, V
 TEST(Formatters, ShowATree) {
   const Instance root = node(
       "top", 2048, 1024,
-      {Value::instance(node("left", 4, 0, {Value::instance(node("leaf", 4, 4, {}))})),
+      {Value::instance(node("left", 4, 0, {Value::instance(node("leaf", 4, 12, {}))})),
        Value::instance(node("right", 0, 0, {}))});
   EXPECT_EQ(
       formatter("table")->tree({root}), "pool 7 top  1 MiB, 50% used\n"
                                         "├─ pool 7 left  2 KiB, 0% used\n"
-                                        "│ └─ pool 7 leaf  2 KiB, 100% used\n"
+                                        "│ └─ pool 7 leaf (Missing)  2 KiB, 6 KiB used\n"
                                         "└─ pool 7 right  0 B\n");
+  EXPECT_THAT(
+      formatter("table", 80, true)->tree({root}),
+      HasSubstr("\n\033[31m│ └─ pool 7 leaf (Missing)  2 KiB, 6 KiB used\033[0m\n└─ pool"));
   const ordered_json parsed = ordered_json::parse(formatter("json")->tree({root}));
   EXPECT_EQ(parsed.at(0).at("Children").at(0).at("Children").at(0).at("Name"), "leaf");
   EXPECT_THAT(
-      formatter("mof")->tree({root}), HasSubstr("  Name = \"right\";\n  Detail = NULL;\n"
+      formatter("mof")->tree({root}), HasSubstr("  Name = \"right\";\n  Detail = NULL;\n  Trouble = NULL;\n"
                                                 "  SizeInSectors = 0;\n  UsedInSectors = 0;\n"
                                                 "  Level = 1;\n"));
+}
+
+TEST(Text, SuggestsWhatIsNearAndNothingElse) {
+  const std::vector<std::string> verbs = {"drives", "pools", "pool", "volumes", "volume", "ei", "ein", "di"};
+  const struct {
+    const char* word;
+    const char* expected;
+  } cases[] = {
+      {"drivse", "; did you mean 'drives'?"},
+      {"vol", "; did you mean 'volumes' or 'volume'?"},
+      {"POOLS", "; did you mean 'pools' or 'pool'?"},
+      {"frobnicate", ""},
+      {"", ""},
+      {"status", ""},
+  };
+  for (const auto& [word, expected] : cases) {
+    EXPECT_EQ(suggestion(word, verbs), expected) << word;
+  }
 }
 
 TEST(Listing, SharesAreRoundedToPercent) {

@@ -6,6 +6,7 @@
 #include "voltvk/engine/contract/State.h"
 
 #include <cstring>
+#include <new>
 #include <vector>
 
 /** A null snapshot means that the driver could not be read. */
@@ -25,6 +26,8 @@ FilterCollection::FilterCollection(RaidObject* root) : m_content(std::make_uniqu
     voltvk::requirePresence(*state, true);
     m_content->snapshot = state->snapshot();
     m_content->objects = m_content->snapshot->objects();
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
     m_content->snapshot.reset();  // filterByType then returns null: the driver cannot be read
   }

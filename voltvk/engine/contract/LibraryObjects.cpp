@@ -5,6 +5,7 @@
 #include "voltvk/engine/state/Refusal.h"
 
 #include <cstring>
+#include <new>
 
 namespace voltvk {
 
@@ -50,8 +51,10 @@ bool LibraryRoot::isPolicyEngineRunning() {
     if (refusal.status() == TVK_NO_DRIVER) {
       m_policyRunning = false;
     }
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception&) {
-    return false;
+    // Nor is anything else that keeps the state from being read for once.
   }
   return m_policyRunning;
 }

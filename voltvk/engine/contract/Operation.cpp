@@ -6,6 +6,8 @@
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/state/Refusal.h"
 
+#include <new>
+
 namespace voltvk {
 
 void requirePresence(State& state, bool adapterToo) {
@@ -32,6 +34,8 @@ Ret Operation::run(State& state) const {
     throw;
   } catch (const Refusal& refusal) {
     return refuse(state, refusal.status(), refusal.what(), until);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& exception) {
     return refuse(state, TVK_INTERNAL, exception.what(), until);
   }

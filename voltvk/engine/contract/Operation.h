@@ -25,7 +25,7 @@ struct Operation {
    * last refusal, both only if the state can be written; a failure due to a missing driver is neither
    * reported nor kept.
    * @return success, or the status and the detail with which the work was refused
-   * @throws std::runtime_error only if an injected fault says so
+   * @throws std::runtime_error only if an injected fault says so; std::bad_alloc
    */
   Ret run(State& state) const;
 

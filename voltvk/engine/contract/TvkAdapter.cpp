@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 
 namespace operations = voltvk::operations;
 
@@ -32,6 +33,8 @@ Ret run(const TvkAdapter& adapter, const Operation& operation) {
   std::shared_ptr<State> state;
   try {
     state = voltvk::stateOf(adapter);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& exception) {
     return Ret(TVK_INTERNAL, exception.what());
   }
@@ -107,7 +110,7 @@ Ret TvkAdapter::deleteVirtualPool(std::uint32_t poolId) {
 
 Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
   std::uint32_t id = TVK_NO_ID;
-  const Ret ret = change(
+  const Ret ret = changeWithDrives(
       *this, operations::createVirtualVolume,
       [&](Connection& connection) { id = VolumeChanges(connection).create(spec); },
       [&](Connection& connection) { VolumeChanges(connection).reportCreationFailed(spec); });

@@ -8,6 +8,7 @@
 #include "voltvk/engine/state/Refusal.h"
 
 #include <mutex>
+#include <new>
 #include <set>
 
 VolLib::~VolLib() = default;
@@ -46,6 +47,8 @@ Ret TvkLib::checkDriver() {
     return Ret();
   } catch (const voltvk::Refusal& refusal) {
     return Ret(refusal.status(), refusal.what());
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& exception) {
     return Ret(TVK_INTERNAL, exception.what());
   }
@@ -59,6 +62,8 @@ const char* TvkLib::getOpenError() {
   std::string error;
   try {
     voltvk::requirePresence(*m_state->shared, false);
+  } catch (const std::bad_alloc&) {
+    throw;
   } catch (const std::exception& exception) {
     error = exception.what();
   }

@@ -6,7 +6,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <memory>
+#include <new>
 
 #include <dirent.h>
 #include <fcntl.h>
@@ -31,6 +35,9 @@ std::string readSystemText(const std::string& path) {
 std::vector<std::string> listDirectory(const std::string& path) {
   std::vector<std::string> names;
   std::unique_ptr<DIR, int (*)(DIR*)> directory(opendir(path.c_str()), closedir);
+  if (directory == nullptr && errno == ENOMEM) {
+    throw std::bad_alloc();  // an empty list would mean that the drives are gone
+  }
   while (directory != nullptr) {
     const dirent* entry = readdir(directory.get());
     if (entry == nullptr) {
@@ -50,6 +57,11 @@ std::string pathOf(const std::string& directory, const std::string& name) {
   path += '/';
   path += name;
   return path;
+}
+
+std::string realPath(const std::string& path) {
+  std::array<char, PATH_MAX> real{};
+  return realpath(path.c_str(), real.data()) == nullptr ? "" : real.data();
 }
 
 std::string baseName(const std::string& path) {

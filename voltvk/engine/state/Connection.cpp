@@ -10,11 +10,9 @@
 
 namespace voltvk {
 
-void Connection::Closer::operator()(sqlite3* handle) const {
-  sqlite3_close_v2(handle);
-}
-
 namespace {
+
+constexpr const char* FULL_DURABILITY = "PRAGMA synchronous = FULL";
 
 /** The path as a URI in which only letters, digits and slashes stand for themselves. */
 std::string uriOf(const std::string& path) {
@@ -33,6 +31,14 @@ std::string uriOf(const std::string& path) {
 
 }  // namespace
 
+void Connection::Finalizer::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
+void Connection::Closer::operator()(sqlite3* handle) const {
+  sqlite3_close_v2(handle);
+}
+
 Connection::Connection(const std::string& path, Access access) {
   sqlite3* handle = nullptr;
   const int flags = (access == Access::Change ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
@@ -41,9 +47,15 @@ Connection::Connection(const std::string& path, Access access) {
   int code = sqlite3_open_v2(uri.c_str(), &handle, flags, nullptr);
   m_handle.reset(handle);
   if (code != SQLITE_OK) {
-    throw DatabaseError(code & 0xff, handle == nullptr ? "out of memory" : sqlite3_errmsg(handle));
+    throwDatabaseError(handle, code);
   }
   waitAtMost(BUSY_TIMEOUT);
+  sqlite3_stmt* rollback = nullptr;
+  code = sqlite3_prepare_v3(handle, "ROLLBACK", -1, SQLITE_PREPARE_PERSISTENT, &rollback, nullptr);
+  m_rollback.reset(rollback);
+  if (code != SQLITE_OK) {
+    throwDatabaseError(handle, code);
+  }
 }
 
 void Connection::waitAtMost(std::chrono::milliseconds time) {
@@ -53,7 +65,7 @@ void Connection::waitAtMost(std::chrono::milliseconds time) {
 void Connection::execute(const char* sql) {
   int code = sqlite3_exec(m_handle.get(), sql, nullptr, nullptr, nullptr);
   if (code != SQLITE_OK) {
-    throw DatabaseError(code & 0xff, sqlite3_errmsg(m_handle.get()));
+    throwDatabaseError(m_handle.get(), code);
   }
 }
 
@@ -73,6 +85,39 @@ void Connection::keepLogOnClose(bool keep) {
   sqlite3_db_config(m_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
 }
 
+bool Connection::isInTransaction() const {
+  return sqlite3_get_autocommit(m_handle.get()) == 0;
+}
+
+void Connection::rollBack() noexcept {
+  // An error that ends the transaction by itself leaves nothing to roll back.
+  if (isInTransaction()) {
+    sqlite3_step(m_rollback.get());
+    sqlite3_reset(m_rollback.get());
+  }
+}
+
+void Connection::settle() {
+  if (isInTransaction()) {
+    execute("ROLLBACK");
+  }
+  if (m_isLessDurable && !m_isHasty) {
+    execute(FULL_DURABILITY);
+    m_isLessDurable = false;
+  }
+}
+
+void Connection::dropDurability() noexcept {
+  m_isHasty = true;
+  m_isLessDurable = true;
+  sqlite3_exec(m_handle.get(), "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+}
+
+void Connection::restoreDurability() noexcept {
+  m_isHasty = false;
+  m_isLessDurable = sqlite3_exec(m_handle.get(), FULL_DURABILITY, nullptr, nullptr, nullptr) != SQLITE_OK;
+}
+
 std::int64_t Connection::lastInsertedId() const {
   return sqlite3_last_insert_rowid(m_handle.get());
 }
@@ -84,13 +129,13 @@ int Connection::changes() const {
 Transaction::Transaction(Connection& connection, Kind kind) : m_connection(connection) {
   // Taking the write lock at the beginning rules out a deadlock with another process, and the data on which
   // the change is decided cannot be outdated by the time it is written.
+  connection.settle();
   connection.execute(kind == Kind::Change ? "BEGIN IMMEDIATE" : "BEGIN");
 }
 
 Transaction::~Transaction() {
   if (m_open) {
-    // An error that ends the transaction by itself leaves nothing to roll back; it is over either way.
-    sqlite3_exec(m_connection.handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    m_connection.rollBack();
   }
 }
 
@@ -101,11 +146,11 @@ void Transaction::commit() {
 
 HasteGuard::HasteGuard(Connection& connection) : m_connection(connection) {
   connection.waitAtMost(std::chrono::milliseconds(0));
-  sqlite3_exec(connection.handle(), "PRAGMA synchronous = NORMAL", nullptr, nullptr, nullptr);
+  connection.dropDurability();
 }
 
 HasteGuard::~HasteGuard() {
-  sqlite3_exec(m_connection.handle(), "PRAGMA synchronous = FULL", nullptr, nullptr, nullptr);
+  m_connection.restoreDurability();
   m_connection.waitAtMost(BUSY_TIMEOUT);
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace voltvk {
 
@@ -48,11 +49,28 @@ public:
 
   sqlite3* handle() const { return m_handle.get(); }
 
+  // For Transaction and HasteGuard. What cannot be done on the way out for lack of memory is made up for by
+  // settle(), which the next transaction begins with.
+
+  /** Ends a transaction, if there is one. Its statement was prepared in advance: that takes memory. */
+  void rollBack() noexcept;
+  void settle();
+  void dropDurability() noexcept;
+  void restoreDurability() noexcept;
+
 private:
+  bool isInTransaction() const;
+
   struct Closer {
     void operator()(sqlite3* handle) const;
   };
+  struct Finalizer {
+    void operator()(sqlite3_stmt* statement) const;
+  };
   std::unique_ptr<sqlite3, Closer> m_handle;
+  std::unique_ptr<sqlite3_stmt, Finalizer> m_rollback;
+  bool m_isHasty = false;
+  bool m_isLessDurable = false;  ///< than it is to be without haste
 };
 
 /** A transaction that is rolled back on destruction unless it was committed. */

@@ -3,6 +3,8 @@
 
 #include <sqlite3.h>
 
+#include <new>
+
 namespace voltvk {
 
 bool DatabaseError::isBusy() const {
@@ -35,6 +37,15 @@ const char* DatabaseError::advice() const {
   return isDamage()
              ? "restore it from a backup, or move it away to start with an empty one"
              : "see that its disk works and has room, and that it and the files beside it can be written";
+}
+
+void throwDatabaseError(sqlite3* connection, int code) {
+  constexpr int PRIMARY_CODE = 0xff;
+  if (connection == nullptr || (code & PRIMARY_CODE) == SQLITE_NOMEM ||
+      sqlite3_extended_errcode(connection) == SQLITE_IOERR_NOMEM) {
+    throw std::bad_alloc();
+  }
+  throw DatabaseError(code & PRIMARY_CODE, sqlite3_errmsg(connection));
 }
 
 }  // namespace voltvk

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <string>
 
+struct sqlite3;
+
 namespace voltvk {
 
 /** An error reported by SQLite, or damage that SQLite cannot see. */
@@ -28,6 +30,14 @@ public:
 private:
   int m_code;
 };
+
+/**
+ * Reports the latest call on a connection, which failed.
+ * @param connection null if there was not even memory for it
+ * @param code any result code but success
+ * @throws std::bad_alloc if memory ran out, DatabaseError with SQLite's sentence otherwise
+ */
+[[noreturn]] void throwDatabaseError(sqlite3* connection, int code);
 
 }  // namespace voltvk
 

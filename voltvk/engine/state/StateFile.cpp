@@ -10,6 +10,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <thread>
 
@@ -45,13 +46,14 @@ std::pair<std::string, std::string> split(const std::string& path) {
 /** Resolves symbolic links of the directory, so that one file has one name. */
 std::string resolved(const std::string& path) {
   auto [directory, name] = split(path);
-  char* real = realpath(directory.c_str(), nullptr);
-  if (real == nullptr) {
+  std::array<char, PATH_MAX> real{};
+  if (realpath(directory.c_str(), real.data()) == nullptr) {
+    if (errno == ENOMEM) {
+      throw std::bad_alloc();  // a second name for the file would be worse
+    }
     return path;
   }
-  std::string result = std::string(real) + (std::strcmp(real, "/") == 0 ? "" : "/") + name;
-  std::free(real);
-  return result;
+  return std::string(real.data()) + (std::strcmp(real.data(), "/") == 0 ? "" : "/") + name;
 }
 
 /** Creates a directory and its parents. @return 0 or the error number. */
@@ -104,10 +106,10 @@ void StateFile::makeDirectorys() {
 void StateFile::openFile() {
   // O_NONBLOCK: a pipe in place of the file must not hang the caller.
   constexpr int FLAGS = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  m_file = std::make_unique<FileDescriptor>(open(m_path.c_str(), O_RDWR | O_CREAT | FLAGS, 0600));
+  m_file.emplace(open(m_path.c_str(), O_RDWR | O_CREAT | FLAGS, 0600));
   m_isReadOnly = !*m_file && errno == EROFS;
   if (m_isReadOnly) {
-    m_file = std::make_unique<FileDescriptor>(open(m_path.c_str(), O_RDONLY | FLAGS));
+    m_file.emplace(open(m_path.c_str(), O_RDONLY | FLAGS));
   }
   if (!*m_file) {
     const int error = errno;
@@ -118,7 +120,7 @@ void StateFile::openFile() {
   }
   if (m_file->get() <= STDERR_FILENO) {
     // In a process whose standard streams are closed, its output would otherwise be written into the state.
-    m_file = std::make_unique<FileDescriptor>(fcntl(m_file->get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+    m_file.emplace(fcntl(m_file->get(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
     if (!*m_file) {
       refuse("cannot be opened: " + errorText(errno), CHECK_PATH);
     }

@@ -6,7 +6,7 @@
 
 #include <chrono>
 #include <cstdint>
-#include <memory>
+#include <optional>
 #include <string>
 
 #include <sys/types.h>
@@ -85,7 +85,7 @@ private:
   [[noreturn]] void refuse(const std::string& what, const std::string& advice) const;
 
   std::string m_path;
-  std::unique_ptr<FileDescriptor> m_file;
+  std::optional<FileDescriptor> m_file;
   std::uint64_t m_size = 0;
   bool m_wasInUse = false;
   bool m_wasLeftOpen = false;

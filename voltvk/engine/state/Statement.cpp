@@ -22,7 +22,7 @@ Statement::Statement(Connection& connection, const char* sql, Unbound) : m_conne
 }
 
 void Statement::fail(int code) const {
-  throw DatabaseError(code & 0xff, sqlite3_errmsg(m_connection.handle()));
+  throwDatabaseError(m_connection.handle(), code);
 }
 
 void Statement::refuse(int column) const {
@@ -77,6 +77,9 @@ bool Statement::isNull(int column) const {
 std::string Statement::text(int column) const {
   const unsigned char* text = sqlite3_column_text(m_statement.get(), column);
   if (text == nullptr) {
+    if (sqlite3_errcode(m_connection.handle()) == SQLITE_NOMEM) {
+      fail(SQLITE_NOMEM);
+    }
     return {};
   }
   return {

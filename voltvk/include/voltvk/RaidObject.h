@@ -21,15 +21,17 @@ public:
   virtual const char* getTypeName() const = 0;
 
   /**
-   * The child with the given index; on the root, index 0 is the TvkAdapter.
+   * The child with the given index. Only the root has one that is reached like this: index 0 is the
+   * TvkAdapter. Drives, pools and volumes are reached through a FilterCollection over the adapter.
    * @return null if there is no such child. Not owned by the caller.
    */
   virtual RaidObject* getObject(unsigned long index);
 
   /**
-   * Appends the children of the named type to out.
-   * @param deep also children of children
-   * @param ordered in the order of their addresses
+   * Appends the children of the named type to out: of the root its adapter, of a pool or volume its chunks;
+   * nothing has children of other types.
+   * @param deep also children of children; there are none
+   * @param ordered in the order of their addresses, which is how they are kept
    */
   virtual void getChildren(std::vector<RaidObject*>& out, const char* type, bool deep, bool ordered);
 

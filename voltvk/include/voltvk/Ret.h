@@ -11,7 +11,7 @@
  * part of the interface: clients see them as "RetStat". Status.def lists them.
  */
 enum TvkStatus : std::uint32_t {
-#define TVK_STATUS(name, number, clientName, text) name = number,
+#define TVK_STATUS(name, number, clientName, text) name = (number),
 #include "voltvk/Status.def"
 };
 

@@ -39,7 +39,7 @@ struct TvkAdapterIdentity {
  * Every operation may be called from any thread and from several processes on the same state. A change is
  * atomic. A refusal changes nothing and has its own TvkStatus; besides those named, every operation can
  * return TVK_NO_DRIVER, TVK_NO_ADAPTER, TVK_INTERNAL and TVK_BUSY. With an injected fault an operation may
- * throw std::runtime_error.
+ * throw std::runtime_error; on allocation failure every function of the library throws std::bad_alloc.
  *
  * An adapter constructed by a caller works on the same state as the library's own.
  */
@@ -85,7 +85,10 @@ public:
   /**
    * Creates a cached volume on one hard disk: the internal pool on that drive and the volume, either both or
    * neither. If the internal pool's name is in use, it gets the next free one: callers make the name up, and
-   * another request may have made up the same. Sets hddPool.poolId and volume.volumeId.
+   * another request may have made up the same. Sets hddPool.poolId and volume.volumeId. The order of the
+   * arguments decides which side is which.
+   * @param ssdPool the number of an existing SSD pool and how much of it becomes the cache
+   * @param hddPool the pool to create, on one hard disk
    */
   Ret createCachedLD(VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, VirtualVolumeSpec& volume);
 

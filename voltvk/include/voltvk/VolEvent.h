@@ -14,32 +14,10 @@ constexpr std::size_t TVK_EVENT_DESCRIPTION_SIZE = 256;
 /** How serious an event is. */
 enum TvkEventType : std::uint32_t { TVK_EVENT_ERROR = 1, TVK_EVENT_WARNING = 2, TVK_EVENT_INFORMATION = 3 };
 
-/**
- * Codes of the events that the library appends. The arguments are in square brackets in the description, in
- * the order given here.
- */
+/** Codes of the events that the library appends. */
 enum TvkEventCode : std::uint32_t {
-  TVK_EVENT_POOL_CREATED = 0x201,            ///< name, tier level, sectors; internal pools: pool type
-  TVK_EVENT_POOL_CREATION_FAILED = 0x203,    ///< name, pool type
-  TVK_EVENT_POOL_DELETED = 0x205,            ///< name, pool type
-  TVK_EVENT_POOL_DELETION_FAILED = 0x207,    ///< name or identifier
-  TVK_EVENT_POOL_LEVEL_CHANGED = 0x20A,      ///< name, tier level
-  TVK_EVENT_POOL_RENAMED = 0x20B,            ///< old name, new name
-  TVK_EVENT_POOL_DESCRIBED = 0x20C,          ///< name
-  TVK_EVENT_VOLUME_CREATED = 0x401,          ///< name, volume type, sectors
-  TVK_EVENT_VOLUME_CREATION_FAILED = 0x403,  ///< name
-  TVK_EVENT_VOLUME_DELETED = 0x405,          ///< name
-  TVK_EVENT_VOLUME_DELETION_FAILED = 0x407,  ///< name or identifier
-  TVK_EVENT_VOLUME_KNOB_CHANGED = 0x40A,     ///< name, previous mode, current mode
-  TVK_EVENT_VOLUME_RENAMED = 0x40B,          ///< old name, new name
-  TVK_EVENT_VOLUME_DESCRIBED = 0x40C,        ///< name
-  TVK_EVENT_VOLUME_FLUSHED = 0x40D,          ///< name, chunks written back
-  TVK_EVENT_VOLUME_STATS_RESET = 0x40E,      ///< name
-  TVK_EVENT_VOLUME_CHUNKS_MOVED = 0x40F,     ///< name, chunks moved to the SSD pool
-  TVK_EVENT_DRIVE_ADDED = 0x601,             ///< device name
-  TVK_EVENT_DRIVE_REMOVED = 0x602,           ///< device name
-  TVK_EVENT_FAULT_SET = 0x801,               ///< what was injected
-  TVK_EVENT_FAULT_CLEARED = 0x802            ///< what was cleared
+#define TVK_EVENT(name, code) name = (code),
+#include "voltvk/VolEvent.def"
 };
 
 /** One event record. A plain value. */
