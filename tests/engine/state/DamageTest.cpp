@@ -74,8 +74,8 @@ protected:
       state()->change([&](voltvk::Connection& connection) {
         for (const voltvk::VolumeRecord& volume : volumes) {
           voltvk::IoReplay(connection, volume, {10, 10, false, 0, 1}).recordNext(connection);
+          voltvk::PolicyEngine(connection).runRound(volume.id);
         }
-        voltvk::PolicyEngine(connection).runRound();
         voltvk::EventJournal(connection).latest(100);
         voltvk::LastRefusal::read(connection);
       });
