@@ -185,6 +185,10 @@ void TvproEventManager::report(VolEvent* event) {
 }
 
 void TvproEventManager::reportRefusedPoll(const Ret& ret) {
+  if (ret.getReturn() == TVK_OK && *ret.getDetail() != '\0') {
+    KvsLogMsg(KVS_LOG_WARNING, "TvkAdapter::getEvents(): %s", ret.getDetail());
+    return;
+  }
   if (m_refusal != ret.getDetail()) {
     m_refusal = ret.getDetail();
     reportRefusal("TvkAdapter::getEvents", m_refusal.c_str());

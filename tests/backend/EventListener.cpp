@@ -4,6 +4,7 @@
 #include "backend/StorageFixture.h"
 #include "backend/TarvexProEventManager.h"
 #include "support/Threads.h"
+#include "voltvk/engine/state/EventJournal.h"
 
 #include <atomic>
 #include <ctime>
@@ -56,6 +57,28 @@ TEST_F(EventListener, WhyEventsCannotBeFetchedIsSaidOnce) {
     EXPECT_EQ(log.count(line), time);
     voltvk::Faults().clear();
     manager.pollOnce();
+  }
+}
+
+TEST_F(EventListener, SaysHowManyEventsWereLost) {
+  TvproEventManager manager(true);
+  getTvkAdapter();  // events count from here on
+  voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
+    for (int i = 0; i < 6000; ++i) {
+      voltvk::EventJournal(connection)
+          .append(TVK_EVENT_POOL_DESCRIBED, TVK_EVENT_INFORMATION, "Pool {}", {"p"});
+    }
+  });
+  delivered.clear();
+  for (int round = 0; round < 2; ++round) {
+    manager.pollOnce();
+    EXPECT_EQ(delivered.size(), 4096U);
+    EXPECT_EQ(
+        log.count(LogCapture::message(
+            3, "TvkAdapter::getEvents(): 1904 events were lost, since more happened between two fetches than "
+               "the "
+               "4096 that are kept")),
+        1U);
   }
 }
 

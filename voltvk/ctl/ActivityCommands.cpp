@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <optional>
 #include <stdexcept>
 
 namespace voltvk::ctl {
@@ -22,7 +23,7 @@ struct IoOptions {
 
 /** The volume with an identifier or, when there is none, with a name. */
 VolumeRecord findVolume(Connection& connection, const std::string& wanted) {
-  const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
+  const std::vector<VolumeRecord> volumes = SnapshotReader(connection).configuration().volumes;
   auto found = std::find_if(volumes.begin(), volumes.end(), [&](const VolumeRecord& volume) {
     return std::to_string(volume.id) == wanted;
   });
@@ -40,15 +41,20 @@ void playIo(const IoOptions& options, const Context& context) {
   if (options.pattern.reads + options.pattern.writes == 0) {
     throw std::invalid_argument("nothing to play; give --reads or --writes");
   }
-  d_ioctl_user_stat statistics{};
-  std::string name;
-  context.state()->change([&](Connection& connection) {
-    const VolumeRecord volume = findVolume(connection, options.volume);
-    name = volume.name;
-    VolumeActivity activity(connection, volume);
-    activity.play(options.pattern);
-    activity.statistics(statistics);
+  const std::shared_ptr<State> state = context.state();
+  VolumeRecord volume;
+  std::optional<IoReplay> replay;
+  state->read([&](Connection& connection) {
+    volume = findVolume(connection, options.volume);
+    replay.emplace(connection, volume, options.pattern);
   });
+  bool more = true;
+  while (more) {
+    state->change([&](Connection& connection) { more = replay->recordNext(connection); });
+  }
+  d_ioctl_user_stat statistics{};
+  state->read([&](Connection& connection) { readStatistics(connection, volume, statistics); });
+  const std::string& name = volume.name;
   context.output.write(
       {{"volume", name},
        {"reads", options.pattern.reads},
@@ -96,7 +102,7 @@ void addIoCommand(CLI::App& app, Context& context) {
   auto options = std::make_shared<IoOptions>();
   CLI::App* io = app.add_subcommand("io", "Play reads and writes against a volume");
   io->add_option("VOLUME", options->volume, "Name or number of the volume")->required();
-  const CLI::Range count(std::uint64_t{0}, VolumeActivity::MAX_OPERATIONS);
+  const CLI::Range count(std::uint64_t{0}, IoReplay::MAX_OPERATIONS);
   io->add_option("--reads", options->pattern.reads, "Number of reads, up to 1000000")->check(count);
   io->add_option("--writes", options->pattern.writes, "Number of writes, up to 1000000")->check(count);
   CLI::Option* sequential =

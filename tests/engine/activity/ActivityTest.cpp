@@ -6,6 +6,7 @@
 #include "voltvk/engine/state/SnapshotReader.h"
 
 #include <ctime>
+#include <optional>
 
 using namespace tvp::test;
 using voltvk::IoPattern;
@@ -24,10 +25,13 @@ protected:
     return createVolume(volumeSpec("volume", type, {{m_hdd, hddChunks * MIB}, {m_ssd, ssdChunks * MIB}}));
   }
   void play(const IoPattern& pattern) {
-    state()->change([&](voltvk::Connection& connection) {
-      const auto volumes = voltvk::SnapshotReader(connection).volumes();
-      voltvk::VolumeActivity(connection, volumes.back()).play(pattern);
+    std::optional<voltvk::IoReplay> replay;
+    state()->read([&](voltvk::Connection& connection) {
+      replay.emplace(connection, voltvk::SnapshotReader(connection).volumes().back(), pattern);
     });
+    for (bool more = true; more;) {
+      state()->change([&](voltvk::Connection& connection) { more = replay->recordNext(connection); });
+    }
   }
   /** Reads each of the first chunks of the volume the given number of times. */
   void heat(std::uint64_t chunks, std::uint64_t times) {
@@ -154,7 +158,7 @@ TEST_F(ActivityTest, OnlyTheHottestChunksOfAHugeVolumeAreRemembered) {
     rows = connection.number("SELECT count(*) FROM chunk");
     hot = connection.number("SELECT count(*) FROM chunk WHERE number < 16 AND heat > 1000");
   });
-  EXPECT_EQ(rows, voltvk::VolumeActivity::REMEMBERED_CHUNKS);
+  EXPECT_EQ(static_cast<std::size_t>(rows), voltvk::IoReplay::REMEMBERED_CHUNKS);
   EXPECT_EQ(hot, 16);
 }
 

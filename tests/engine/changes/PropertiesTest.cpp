@@ -11,6 +11,9 @@
 #include <set>
 #include <thread>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 using namespace tvp::test;
 using voltvk::Extent;
 
@@ -179,6 +182,47 @@ TEST_F(ThreadsTest, EveryEventIsFetchedOnceAndCapacitiesAddUp) {
   EXPECT_EQ(all.size(), static_cast<std::size_t>(THREADS * ROUNDS * 4));
   EXPECT_TRUE(std::is_sorted(fetched[0].begin(), fetched[0].end()));
   EXPECT_EQ(pools().size() + volumes().size(), 0U);
+}
+
+TEST_F(ThreadsTest, CachedDrivesMadeAtOnceGetPoolsWithDifferentNames) {
+  constexpr std::uint8_t EACH = 8;
+  const std::uint32_t ssd =
+      (addDrive(TVK_DEVICE_SSD, 100 * MIB), createPool(poolSpec("s", {0}, 100 * MIB, TVK_TIER_SSD)));
+  for (int i = 0; i < 2 * EACH; ++i) {
+    addDrive(TVK_DEVICE_HDD, 10 * MIB);
+  }
+  const auto create = [&](std::uint8_t drive) {
+    VirtualPoolSpec cache;
+    cache.poolId = ssd;
+    cache.capacityInSectors = 2 * MIB;
+    VirtualPoolSpec pool = poolSpec("InternalPool1", {drive}, 10 * MIB);
+    VirtualVolumeSpec volume = volumeSpec(("v" + std::to_string(drive)).c_str(), TVK_VOLUME_CACHED, {});
+    return TvkAdapter().createCachedLD(cache, pool, volume).getReturn();
+  };
+  m_lib.reset();
+  for (std::uint8_t drive = EACH + 1; drive <= 2 * EACH; ++drive) {
+    if (fork() == 0) {
+      _exit(static_cast<int>(create(drive)));
+    }
+  }
+  for (int status = 0; wait(&status) > 0;) {
+    EXPECT_EQ(status, 0);
+  }
+  std::vector<std::thread> threads;
+  for (std::uint8_t drive = 1; drive <= EACH; ++drive) {
+    threads.emplace_back([&, drive] { EXPECT_EQ(create(drive), TVK_OK); });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  m_lib = std::make_unique<TvkLib>();
+  std::set<std::string> names;
+  const Listing<VirtualPool> all = pools();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    names.insert(all[i]->getName());
+  }
+  EXPECT_EQ(names.size(), 2U * EACH + 1);
+  EXPECT_EQ(names.count("InternalPool" + std::to_string(2 * EACH)), 1U);
 }
 
 }  // namespace

@@ -134,6 +134,8 @@ TEST_P(BadStates, MeanNoDriverAndAreLeftUnchanged) {
   // Once the obstacle is removed, a later call finds the driver.
   fs::remove_all(m_path);
   fs::remove(m_path + "-wal");
+  fs::remove(m_path + "-shm");
+  chmod(m_directory.path().c_str(), 0700);
   EXPECT_EQ(m_lib->refreshConfiguration().getReturn(), TVK_OK);
   EXPECT_EQ(controllers(*m_lib), 1U);
   EXPECT_STREQ(m_lib->getOpenError(), "");
@@ -167,7 +169,7 @@ const BadState BAD_STATES[] = {
        runSql(path, "CREATE TABLE something(a); INSERT INTO something VALUES(1)");
      },
      "another program"},
-    {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=2"); },
+    {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=3"); },
      "newer version"},
     {"SymbolicLink",
      [](auto& directory, auto& path) {
@@ -188,6 +190,33 @@ const BadState BAD_STATES[] = {
      },
      "not a regular file"},
     {"WritableByAll", [](auto&, auto& path) { chmod(path.c_str(), 0666); }, "everybody"},
+    {"WritableByItsGroup", [](auto&, auto& path) { chmod(path.c_str(), 0660); }, "its group"},
+    {"InADirectoryOfAll", [](auto& directory, auto&) { chmod(directory.path().c_str(), 0777); },
+     "its directory"},
+    {"InADirectoryOfAGroup",
+     [](auto& directory, auto&) {
+       EXPECT_EQ(chown(directory.path().c_str(), 0, 4711), 0);
+       chmod(directory.path().c_str(), 0770);
+     },
+     "another group"},
+    {"WithALogOfAnotherUser",
+     [](auto&, auto& path) {
+       replace(path + "-wal", "");
+       EXPECT_EQ(chown((path + "-wal").c_str(), 4711, 0), 0);
+     },
+     "user 4711"},
+    {"WithAnIndexWritableByAll",
+     [](auto&, auto& path) {
+       replace(path + "-shm", "");
+       chmod((path + "-shm").c_str(), 0606);
+     },
+     "everybody"},
+    {"WithALinkAsIndex",
+     [](auto& directory, auto& path) { fs::create_symlink(directory.file("x"), path + "-shm"); },
+     "-shm beside it is a symbolic link"},
+    {"WithAnotherFileAsLog",
+     [](auto& directory, auto& path) { fs::create_hard_link(directory.write("x", ""), path + "-wal"); },
+     "link to another file"},
     {"OfAnotherUser", [](auto&, auto& path) { EXPECT_EQ(chown(path.c_str(), 4711, 0), 0); }, "user 4711"},
 };
 
@@ -305,18 +334,6 @@ TEST_F(StateFileTest, DamageFoundWhileItIsUsedIsSaidInTheDatabasesOwnWords) {
                            "it away to start with an empty one");
 }
 
-TEST_F(StateFileTest, AnOlderStateGetsTheTableOfTheLastRefusal) {
-  runSql(m_path, "DROP TABLE last_refusal");
-  m_lib = std::make_unique<TvkLib>();
-  EXPECT_STREQ(m_lib->getOpenError(), "");
-  EXPECT_EQ(adapter().deleteVirtualPool(77).getReturn(), TVK_NO_SUCH_POOL);
-  state()->read([](voltvk::Connection& connection) {
-    const auto refusal = voltvk::LastRefusal::read(connection);
-    ASSERT_TRUE(refusal.has_value());
-    EXPECT_EQ(refusal->detail, "no pool has the number 77");
-  });
-}
-
 TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
   m_lib = std::make_unique<TvkLib>();
   sqlite3* other = openAndRun(m_path, "BEGIN IMMEDIATE");
@@ -332,6 +349,28 @@ TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {
   EXPECT_EQ(kept(), "none");
   EXPECT_EQ(adapter().getVirtualVolumeStats(nullptr, 1).getReturn(), TVK_INVALID_ARGUMENT);
   EXPECT_EQ(kept(), "getVirtualVolumeStats");
+}
+
+TEST_F(StateFileTest, IsReadAgainOnlyWhenTheConfigurationHasChanged) {
+  m_lib = std::make_unique<TvkLib>();
+  createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{1, 10 * MIB}}));
+  auto before = state()->snapshot();
+  const auto run = [](const char* sql) {
+    state()->change([&](voltvk::Connection& connection) { connection.execute(sql); });
+  };
+  EXPECT_EQ(adapter().resetVirtualVolumeStats(1).getReturn(), TVK_OK);  // which appends an event as well
+  run("UPDATE volume SET reads = 5; INSERT INTO chunk VALUES(1, 1, 1, 0, 0)");
+  EXPECT_EQ(state()->snapshot(), before);
+  for (const char* sql :
+       {"UPDATE drive SET present = 0", "UPDATE pool SET description = 'x'", "UPDATE volume SET knob = 3",
+        "UPDATE setting SET value = 0 WHERE name = 'policy_running'",
+        "DELETE FROM volume_extent; DELETE FROM chunk;"
+        "DELETE FROM volume",
+        "INSERT INTO fault VALUES(1, 4, 'getIdentity', 0, 0)"}) {
+    run(sql);
+    EXPECT_NE(state()->snapshot(), before) << sql;
+    before = state()->snapshot();
+  }
 }
 
 TEST_F(StateFileTest, MayBeCreatedByManyProcessesAtOnce) {

@@ -2,6 +2,7 @@
 #include "voltvk/engine/activity/VolumeActivity.h"
 
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Statement.h"
 
 #include <algorithm>
@@ -20,7 +21,7 @@ public:
 
   std::uint64_t next() {
     if (m_pattern.hotPercent > 0 && m_random() % 100 < m_pattern.hotPercent) {
-      return m_random() % std::min(m_chunks, VolumeActivity::HOT_CHUNKS);
+      return m_random() % std::min(m_chunks, IoReplay::HOT_CHUNKS);
     }
     return (m_pattern.sequential ? m_position++ : m_random()) % m_chunks;
   }
@@ -34,7 +35,14 @@ private:
 
 }  // namespace
 
-void VolumeActivity::play(const IoPattern& pattern) {
+IoReplay::Touches& IoReplay::Touches::operator+=(const Touches& other) {
+  reads += other.reads;
+  writes += other.writes;
+  return *this;
+}
+
+IoReplay::IoReplay(Connection& connection, const VolumeRecord& volume, const IoPattern& pattern)
+    : m_volume(volume), m_sequential(pattern.sequential) {
   std::map<std::uint64_t, Touches> touched;
   ChunkPicker picker(pattern, m_volume.capacityChunks());
   const std::uint64_t total = pattern.reads + pattern.writes;
@@ -45,54 +53,101 @@ void VolumeActivity::play(const IoPattern& pattern) {
     Touches& touches = touched[picker.next()];
     ++(isRead ? touches.reads : touches.writes);
   }
-
-  SsdCounts onSsd;
-  const bool cached = m_volume.isCached();
-  Statement store(
-      m_connection, "INSERT INTO chunk(volume, number, heat, ssd, dirty) VALUES(?1, ?2, ?3, ?4, 0)"
-                    " ON CONFLICT DO UPDATE SET heat = heat + ?3, dirty = max(dirty, ssd AND ?5)"
-                    " RETURNING ssd");
-  for (const auto& [number, touches] : touched) {
-    const bool laidOnSsd = !cached && number >= m_volume.hddChunks;
-    store.rebind(
-        m_volume.id, number, touches.reads + touches.writes, laidOnSsd, cached && touches.writes > 0);
-    while (store.step()) {
-      const bool isOnSsd = store.integer(0) != 0;
-      onSsd.reads += isOnSsd ? touches.reads : 0;
-      onSsd.writes += isOnSsd ? touches.writes : 0;
+  Statement rows(connection, "SELECT number FROM chunk WHERE volume = ?", m_volume.id);
+  while (rows.step()) {
+    const auto known = touched.find(rows.unsignedInteger(0));
+    if (known != touched.end()) {
+      m_touched.push_back(*known);
+      touched.erase(known);
     }
   }
+  std::vector<ChunkTouches> unknown(touched.begin(), touched.end());
+  leaveOut(unknown);
+  m_touched.insert(m_touched.end(), unknown.begin(), unknown.end());
+}
+
+void IoReplay::leaveOut(std::vector<ChunkTouches>& unknown) {
+  if (unknown.size() <= REMEMBERED_CHUNKS) {
+    return;
+  }
+  // Those that would be dropped again at the end. They have no row, so they are where they were laid.
+  const auto end = unknown.begin() + REMEMBERED_CHUNKS;
+  std::nth_element(unknown.begin(), end, unknown.end(), [](const ChunkTouches& a, const ChunkTouches& b) {
+    return a.second.sum() != b.second.sum() ? a.second.sum() > b.second.sum() : a.first < b.first;
+  });
+  for (auto chunk = end; chunk != unknown.end(); ++chunk) {
+    m_uncounted += chunk->second;
+    m_uncountedOnSsd += wasLaidOnSsd(chunk->first) ? chunk->second : Touches();
+  }
+  unknown.erase(end, unknown.end());
+}
+
+bool IoReplay::wasLaidOnSsd(std::uint64_t number) const {
+  return !m_volume.isCached() && number >= m_volume.hddChunks;
+}
+
+bool IoReplay::recordNext(Connection& connection) {
+  Statement volume(connection, "SELECT 1 FROM volume WHERE id = ?", m_volume.id);
+  require(
+      volume.step(), TVK_NO_SUCH_VOLUME, [&] { return nameOf(m_volume) + " has been deleted meanwhile"; });
+  if (m_next == m_touched.size()) {
+    return forgetColdest(connection);
+  }
+  Statement store(
+      connection, "INSERT INTO chunk(volume, number, heat, ssd, dirty) VALUES(?1, ?2, ?3, ?4, 0)"
+                  " ON CONFLICT DO UPDATE SET heat = heat + ?3, dirty = max(dirty, ssd AND ?5)"
+                  " RETURNING ssd");
+  const std::size_t end = std::min(m_next + CHUNKS_PER_STEP, m_touched.size());
+  for (; m_next < end; ++m_next) {
+    const auto& [number, touches] = m_touched[m_next];
+    store.rebind(
+        m_volume.id, number, touches.sum(), wasLaidOnSsd(number), m_volume.isCached() && touches.writes > 0);
+    while (store.step()) {
+      m_uncountedOnSsd += store.integer(0) != 0 ? touches : Touches();
+    }
+    m_uncounted += touches;
+  }
+  count(connection);
+  return true;
+}
+
+void IoReplay::count(Connection& connection) {
+  const std::uint64_t total = m_uncounted.sum();
   Statement(
-      m_connection,
+      connection,
       "UPDATE volume SET reads = reads + ?, writes = writes + ?, sequential = sequential + ?,"
       " random = random + ?, ssd_reads = ssd_reads + ?, ssd_writes = ssd_writes + ? WHERE id = ?",
-      pattern.reads, pattern.writes, pattern.sequential ? total : 0, pattern.sequential ? 0 : total,
-      onSsd.reads, onSsd.writes, m_volume.id)
+      m_uncounted.reads, m_uncounted.writes, m_sequential ? total : 0, m_sequential ? 0 : total,
+      m_uncountedOnSsd.reads, m_uncountedOnSsd.writes, m_volume.id)
       .run();
-  forgetColdest();
+  m_uncounted = {};
+  m_uncountedOnSsd = {};
 }
 
-void VolumeActivity::forgetColdest() {
-  Statement count(m_connection, "SELECT count(*) FROM chunk WHERE volume = ?", m_volume.id);
+bool IoReplay::forgetColdest(Connection& connection) const {
+  Statement count(connection, "SELECT count(*) FROM chunk WHERE volume = ?", m_volume.id);
   count.step();
-  const std::int64_t excess = count.integer(0) - REMEMBERED_CHUNKS;
-  if (excess > 0) {
-    // Only for chunks in their original place: the location of the others must not be lost.
-    Statement(
-        m_connection,
-        "DELETE FROM chunk WHERE volume = ?1 AND number IN (SELECT number FROM chunk WHERE volume = ?1"
-        " AND ssd = (?2 = 0 AND number >= ?3) ORDER BY heat, number DESC LIMIT ?4)",
-        m_volume.id, m_volume.isCached(), m_volume.hddChunks, excess)
-        .run();
+  const std::uint64_t rows = count.unsignedInteger(0);
+  if (rows <= REMEMBERED_CHUNKS) {
+    return false;
   }
+  // Only for chunks in their original place: the location of the others must not be lost.
+  Statement(
+      connection,
+      "DELETE FROM chunk WHERE volume = ?1 AND number IN (SELECT number FROM chunk WHERE volume = ?1"
+      " AND ssd = (?2 = 0 AND number >= ?3) ORDER BY heat, number DESC LIMIT ?4)",
+      m_volume.id, m_volume.isCached(), m_volume.hddChunks,
+      std::min<std::uint64_t>(rows - REMEMBERED_CHUNKS, CHUNKS_PER_STEP))
+      .run();
+  return connection.changes() > 0;
 }
 
-void VolumeActivity::statistics(d_ioctl_user_stat& out) {
+void readStatistics(Connection& connection, const VolumeRecord& volume, d_ioctl_user_stat& out) {
   Statement row(
-      m_connection,
+      connection,
       "SELECT reads, writes, sequential, random, ssd_reads, ssd_writes,"
       " (SELECT count(*) FROM chunk WHERE volume = id AND ssd = 1) FROM volume WHERE id = ?",
-      m_volume.id);
+      volume.id);
   row.step();
   out = {};
   out.readIoCount = row.unsignedInteger(0);
@@ -102,12 +157,13 @@ void VolumeActivity::statistics(d_ioctl_user_stat& out) {
   out.ssdReadIoCount = row.unsignedInteger(4);
   out.ssdWriteIoCount = row.unsignedInteger(5);
   // All SSD chunks of a tiered volume are in use from the beginning; a cache fills up over time.
-  out.ssdTotalChunks = m_volume.isCached() ? row.unsignedInteger(6) : m_volume.ssdChunks;
-  out.ssdExtraChunks = m_volume.ssdChunks - out.ssdTotalChunks;
-  out.hddTotalChunks = m_volume.hddChunks;
-  out.chunkSize = m_volume.chunkSectors;
-  out.totalChunks = m_volume.capacityChunks();
-  out.feature = m_volume.features();
+  const std::uint64_t cached = std::min(row.unsignedInteger(6), volume.ssdChunks);
+  out.ssdTotalChunks = volume.isCached() ? cached : volume.ssdChunks;
+  out.ssdExtraChunks = volume.ssdChunks - out.ssdTotalChunks;
+  out.hddTotalChunks = volume.hddChunks;
+  out.chunkSize = volume.chunkSectors;
+  out.totalChunks = volume.capacityChunks();
+  out.feature = volume.features();
 }
 
 }  // namespace voltvk

@@ -20,10 +20,8 @@ std::string typeArgument(bool internal) {
 }  // namespace
 
 std::uint32_t PoolChanges::create(const VirtualPoolSpec& spec) {
-  SnapshotReader reader(m_connection);
-  const std::vector<DriveRecord> drives = reader.drives();
-  const std::vector<PoolRecord> pools = reader.pools();
-  const PoolRecord pool = PoolRules(drives, pools, {}).creation(spec);
+  const Configuration current = SnapshotReader(m_connection).configuration();
+  const PoolRecord pool = PoolRules(current.drives, current.pools, {}).creation(spec);
   Statement(
       m_connection,
       "INSERT INTO pool(name, description, tier, chunk_sectors, chunks, internal)"

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/changes/VolumeChanges.h"
 
+#include "text/Utf8.h"
+#include "voltvk/Limits.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/changes/PoolChanges.h"
 #include "voltvk/engine/rules/TextRules.h"
@@ -12,8 +14,37 @@
 #include "voltvk/engine/state/Statement.h"
 
 #include <algorithm>
+#include <cstring>
+#include <set>
+#include <string_view>
 
 namespace voltvk {
+
+namespace {
+
+/** The name, or if a pool has it, the first with a larger number at its end that no pool has. */
+std::string freeName(const std::vector<PoolRecord>& pools, const std::string& wanted) {
+  constexpr std::size_t DIGITS = 9;
+  std::set<std::string> taken;
+  for (const PoolRecord& pool : pools) {
+    taken.insert(pool.name);
+  }
+  std::size_t end = wanted.size();
+  while (end > 0 && wanted.size() - end < DIGITS && wanted[end - 1] >= '0' && wanted[end - 1] <= '9') {
+    --end;
+  }
+  const std::string_view prefix = std::string_view(wanted).substr(0, end);
+  unsigned long number = end < wanted.size() ? std::stoul(wanted.substr(end)) : 0;
+  std::string name = wanted;
+  while (taken.count(name) > 0) {
+    const std::string digits = std::to_string(++number);
+    name = tvp::text::cutToSize(prefix, TVK_LONGEST_NAME - digits.size());
+    name += digits;
+  }
+  return name;
+}
+
+}  // namespace
 
 VolumeRecord VolumeChanges::find(std::uint32_t volumeId) {
   const std::vector<VolumeRecord> volumes = SnapshotReader(m_connection).volumes();
@@ -44,21 +75,23 @@ std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
 }
 
 std::uint32_t VolumeChanges::create(const VirtualVolumeSpec& spec) {
-  SnapshotReader reader(m_connection);
-  const std::vector<PoolRecord> pools = reader.pools();
-  const std::vector<VolumeRecord> volumes = reader.volumes();
-  return insert(VolumeRules(pools, volumes).creation(spec));
+  const Configuration current = SnapshotReader(m_connection).configuration();
+  return insert(VolumeRules(current.pools, current.volumes).creation(spec));
 }
 
 std::uint32_t VolumeChanges::createCachedDrive(
     const VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, const VirtualVolumeSpec& volume) {
-  hddPool.poolFlag = TVK_POOL_INTERNAL;
-  hddPool.poolId = PoolChanges(m_connection).create(hddPool);
   SnapshotReader reader(m_connection);
-  const std::vector<PoolRecord> pools = reader.pools();
-  const std::vector<VolumeRecord> volumes = reader.volumes();
+  hddPool.poolFlag = TVK_POOL_INTERNAL;
+  if (!hddPool.nameTooLong && std::memchr(hddPool.name, '\0', sizeof hddPool.name) != nullptr) {
+    const std::string name = freeName(reader.pools(), hddPool.name);
+    hddPool.nameBytes = static_cast<std::uint32_t>(name.size());
+    tvkSetText(hddPool.name, sizeof hddPool.name, name.c_str());
+  }
+  hddPool.poolId = PoolChanges(m_connection).create(hddPool);
+  const Configuration current = reader.configuration();
   const VirtualPoolEntry cache{ssdPool.poolId, ssdPool.capacityInSectors};
-  return insert(VolumeRules(pools, volumes).cachedDrive(volume, hddPool.poolId, cache));
+  return insert(VolumeRules(current.pools, current.volumes).cachedDrive(volume, hddPool.poolId, cache));
 }
 
 void VolumeChanges::modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec) {

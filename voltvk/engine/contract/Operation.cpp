@@ -23,34 +23,35 @@ void requirePresence(State& state, bool adapterToo) {
 }
 
 Ret Operation::run(State& state) const {
+  const auto until = State::Clock::now() + BUSY_TIMEOUT;
   try {
     requirePresence(state, onAdapter);
     Faults::apply(state, name);
     work(state);
     return Ret();
   } catch (const InjectedFault& fault) {
-    report(state, TVK_OK, fault.what());
+    report(state, TVK_OK, fault.what(), until);
     throw;
   } catch (const Refusal& refusal) {
-    return refuse(state, refusal.status(), refusal.what());
+    return refuse(state, refusal.status(), refusal.what(), until);
   } catch (const std::bad_alloc&) {
     throw;
   } catch (const std::exception& exception) {
-    return refuse(state, TVK_INTERNAL, exception.what());
+    return refuse(state, TVK_INTERNAL, exception.what(), until);
   }
 }
 
-Ret Operation::refuse(State& state, std::uint32_t status, const char* detail) const {
+Ret Operation::refuse(State& state, std::uint32_t status, const char* detail, TimePoint until) const {
   if (status != TVK_NO_DRIVER) {
-    report(state, status, detail);
+    report(state, status, detail, until);
   }
   return Ret(status, detail);
 }
 
-void Operation::report(State& state, std::uint32_t status, const char* detail) const {
+void Operation::report(State& state, std::uint32_t status, const char* detail, TimePoint until) const {
   try {
     if (reportFailure) {
-      state.change(reportFailure);
+      state.change(reportFailure, until);  // not another wait after one that was in vain
     }
   } catch (const std::exception&) {
     // The caller learns of the failure from the status; the event that would inform others is lost.

@@ -4,6 +4,7 @@
 
 #include "voltvk/Ret.h"
 
+#include <chrono>
 #include <functional>
 
 namespace voltvk {
@@ -29,8 +30,10 @@ struct Operation {
   Ret run(State& state) const;
 
 private:
-  Ret refuse(State& state, std::uint32_t status, const char* detail) const;
-  void report(State& state, std::uint32_t status, const char* detail) const;
+  using TimePoint = std::chrono::steady_clock::time_point;
+
+  Ret refuse(State& state, std::uint32_t status, const char* detail, TimePoint until) const;
+  void report(State& state, std::uint32_t status, const char* detail, TimePoint until) const;
 };
 
 /** @throws Refusal TVK_NO_DRIVER or TVK_NO_ADAPTER if a fault has switched one off. */

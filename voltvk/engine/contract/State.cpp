@@ -8,6 +8,7 @@
 #include "voltvk/engine/state/Schema.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
+#include <algorithm>
 #include <map>
 
 namespace voltvk {
@@ -46,28 +47,33 @@ std::string State::openError() {
   }
 }
 
-bool State::isUsable(const std::unique_ptr<Connection>& connection) const {
-  return connection != nullptr && !m_suspect && m_file.isSame();
+bool State::isUsable() const {
+  return m_isOpen && !m_suspect && m_file.isSame();
 }
 
 void State::open() {
   std::scoped_lock lock(m_writerMutex, m_readerMutex);
-  if (isUsable(m_reader)) {
+  if (isUsable()) {
     return;  // another thread has already done it
   }
   closeConnections();
+  const auto now = Clock::now();
   try {
-    openConnections();
+    openConnections(m_isImpatient ? now : now + BUSY_TIMEOUT);
+    m_isImpatient = false;
   } catch (const DatabaseError& error) {
     closeConnections();
-    if (error.isBusy()) {
-      throw Refusal(
-          TVK_BUSY, "the state file " + m_file.path() + " is held by another process (" + error.what() +
-                        "); try again when that has ended");
+    m_isImpatient = error.isBusy();
+    if (m_isImpatient) {
+      throw busy(error.what());
     }
     throw Refusal(
         TVK_NO_DRIVER,
         "the state file " + m_file.path() + " cannot be used (" + error.what() + "); " + error.advice());
+  } catch (const Refusal& refusal) {
+    closeConnections();
+    m_isImpatient = refusal.status() == TVK_BUSY;
+    throw;
   } catch (...) {
     closeConnections();
     throw;
@@ -75,6 +81,7 @@ void State::open() {
 }
 
 void State::closeConnections() {
+  m_isOpen = false;
   m_snapshot.reset();
   m_versionQuery.reset();
   m_reader.reset();
@@ -82,90 +89,178 @@ void State::closeConnections() {
   m_file.close();
 }
 
-void State::openConnections() {
+void State::openConnections(Clock::time_point until) {
   const bool sameFile = m_file.isSame();
-  m_file.prepare();
-  auto writer = std::make_unique<Connection>(m_file.path());
-  Schema::establish(*writer, m_file.path());
-  {
-    // The drives that the machine has from the beginning are not worth an event.
-    Transaction transaction(*writer, Transaction::Kind::Change);
-    DriveRegistry(*writer).reconcile(m_scanner.scan());
-    const std::int64_t newest = EventJournal(*writer).newest();
-    if (!sameFile || newest < m_lastEvent) {
-      m_lastEvent = newest;
-    }
-    transaction.commit();
+  m_file.prepare(until);
+  if (m_file.isReadOnly()) {
+    openReadOnly();
+  } else {
+    openForChanges();
   }
-  auto reader = std::make_unique<Connection>(m_file.path());
-  reader->execute("PRAGMA query_only = ON");
-  m_file.release();
-  m_writer = std::move(writer);
-  m_reader = std::move(reader);
   m_versionQuery = std::make_unique<Statement>(*m_reader, "PRAGMA data_version");
+  readSnapshot(*m_reader);  // damage is found before anything is written
+  if (m_writer != nullptr) {
+    // The drives that the machine has from the beginning are not worth an event.
+    recordDrivesAtOpening();
+  }
+  m_file.release();
+  const std::int64_t newest = EventJournal(*m_reader).newest();
+  if (!sameFile || newest < m_lastEvent) {
+    m_lastEvent = newest;
+  }
   m_suspect = false;
+  m_damaged = false;
+  m_isOpen = true;
+}
+
+void State::openReadOnly() {
+  const auto access = m_file.isFrozen() ? Connection::Access::Frozen : Connection::Access::Read;
+  m_reader = std::make_unique<Connection>(m_file.path(), access);
+  Schema::accept(*m_reader, m_file.path(), m_file.wasLeftOpen() || m_damaged);
+}
+
+void State::openForChanges() {
+  m_writer = std::make_unique<Connection>(m_file.path());
+  Schema::establish(*m_writer, m_file.path(), m_file.wasLeftOpen() || m_damaged);
+  m_reader = std::make_unique<Connection>(m_file.path());
+  m_reader->execute("PRAGMA query_only = ON");
+}
+
+void State::recordDrivesAtOpening() {
+  const std::vector<DriveRecord> found = m_scanner.scan();
+  if (!DriveRegistry(*m_writer).differs(found)) {
+    return;
+  }
+  m_writer->waitAtMost(m_file.isNew() ? BUSY_TIMEOUT : std::chrono::milliseconds(0));
+  try {
+    Transaction transaction(*m_writer, Transaction::Kind::Change);
+    DriveRegistry(*m_writer).reconcile(found);
+    transaction.commit();
+  } catch (const DatabaseError& error) {
+    if (!error.isBusy()) {
+      throw;
+    }
+    // Somebody is changing the state, so what is known of the drives will do until the next scan.
+  }
+}
+
+Refusal State::busy(const char* reason) const {
+  return {
+      TVK_BUSY, "the state file " + m_file.path() + " is held by another process (" + reason +
+                    "); try again when that has ended"};
 }
 
 void State::fail(const DatabaseError& error) {
-  const std::string file = "the state file " + m_file.path();
   if (error.isBusy()) {
-    throw Refusal(
-        TVK_BUSY, file + " is held by another process (" + error.what() + "); try again when that has ended");
+    throw busy(error.what());
   }
   if (error.isFileLost()) {
     m_suspect = true;  // the next call opens the file again and finds out what is wrong with it
+    m_damaged = error.isDamage();
   }
   throw Refusal(
-      TVK_INTERNAL, file + " could not be read or written (" + error.what() + "); " + error.advice());
+      TVK_INTERNAL, "the state file " + m_file.path() + " could not be read or written (" + error.what() +
+                        "); " + error.advice());
 }
 
-void State::use(
-    std::mutex& mutex, std::unique_ptr<Connection>& connection,
-    const std::function<void(Connection&)>& work) {
-  std::unique_lock<std::mutex> lock(mutex);
-  while (!isUsable(connection)) {
+void State::useReader(const Work& work) {
+  std::unique_lock<std::mutex> lock(m_readerMutex);
+  while (!isUsable()) {
     lock.unlock();
     open();
     lock.lock();
   }
+  m_reader->waitAtMost(m_isImpatient ? std::chrono::milliseconds(0) : BUSY_TIMEOUT);
   try {
-    work(*connection);
+    work(*m_reader);
+    m_isImpatient = false;
+    if (m_file.isFrozen() && !m_file.isSame()) {
+      throw busy("it was changed while it was read");
+    }
   } catch (const DatabaseError& error) {
+    m_isImpatient = error.isBusy();
     fail(error);
   }
 }
 
-void State::read(const std::function<void(Connection&)>& work) {
-  use(m_readerMutex, m_reader, [&](Connection& connection) {
+void State::read(const Work& work) {
+  useReader([&](Connection& connection) {
     Transaction transaction(connection, Transaction::Kind::Read);
     work(connection);
     transaction.commit();
   });
 }
 
-void State::change(const std::function<void(Connection&)>& work) {
-  use(m_writerMutex, m_writer, [&](Connection& connection) {
-    Transaction transaction(connection, Transaction::Kind::Change);
-    work(connection);
+void State::lockWriter(std::unique_lock<std::timed_mutex>& lock, Clock::time_point until) {
+  // Relative to the clock of the calendar, since sanitizers do not know the function that waits by the other
+  // one.
+  if (!lock.try_lock_until(std::chrono::system_clock::now() + (until - Clock::now()))) {
+    throw busy("this process is waiting for it in another thread");
+  }
+}
+
+void State::change(const Work& work, Clock::time_point until) {
+  std::unique_lock<std::timed_mutex> lock(m_writerMutex, std::defer_lock);
+  lockWriter(lock, until);
+  while (!isUsable()) {
+    lock.unlock();
+    open();
+    lockWriter(lock, until);
+  }
+  require(m_writer != nullptr, TVK_INTERNAL, [&] {
+    return "the state file " + m_file.path() +
+           " lies on a read-only file system, so it can be read but not changed; mount it with write access";
+  });
+  const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
+  m_writer->waitAtMost(std::max(rest, std::chrono::milliseconds(0)));
+  try {
+    Transaction transaction(*m_writer, Transaction::Kind::Change);
+    work(*m_writer);
     transaction.commit();
+    tidyUp();
+  } catch (const DatabaseError& error) {
+    fail(error);
+  }
+}
+
+void State::changeWithDrives(const Work& work) {
+  const std::vector<DriveRecord> found = scanDrives();
+  change([&](Connection& connection) {
+    DriveRegistry registry(connection);
+    if (registry.differs(found)) {
+      registry.reconcile(found);  // somebody was changing the state when it was tried without waiting
+    }
+    work(connection);
   });
 }
 
-void State::changeIfIdle(const std::function<void(Connection&)>& work) {
-  std::unique_lock<std::mutex> lock(m_writerMutex, std::try_to_lock);
-  if (!lock || !isUsable(m_writer)) {
+void State::changeIfIdle(const Work& work) {
+  std::unique_lock<std::timed_mutex> lock(m_writerMutex, std::try_to_lock);
+  if (!lock || !isUsable() || m_writer == nullptr) {
     return;
   }
-  const HasteGuard haste(*m_writer);
-  Transaction transaction(*m_writer, Transaction::Kind::Change);
-  work(*m_writer);
-  transaction.commit();
+  {
+    const HasteGuard haste(*m_writer);
+    Transaction transaction(*m_writer, Transaction::Kind::Change);
+    work(*m_writer);
+    transaction.commit();
+  }
+  tidyUp();
+}
+
+void State::tidyUp() {
+  // A process that ends without closing the file leaves its log behind, and the next one checks the whole
+  // file. That takes no time unless the file is large.
+  constexpr std::uint64_t LARGE = std::uint64_t{8} << 20U;
+  if (m_file.currentSize() > LARGE) {
+    m_writer->emptyLog();
+  }
 }
 
 std::shared_ptr<const Snapshot> State::snapshot() {
   scanDrivesWhenDue();
   std::shared_ptr<const Snapshot> current;
-  use(m_readerMutex, m_reader, [&](Connection& connection) {
+  useReader([&](Connection& connection) {
     readSnapshot(connection);
     current = m_snapshot;
   });
@@ -181,14 +276,18 @@ void State::readSnapshot(Connection& connection) {
     return;
   }
   Transaction transaction(connection, Transaction::Kind::Read);
-  m_snapshot = std::make_shared<const Snapshot>(SnapshotReader(connection).configuration());
+  const std::int64_t generation = SnapshotReader(connection).generation();
+  if (m_snapshot == nullptr || generation != m_snapshotGeneration) {
+    m_snapshot = std::make_shared<const Snapshot>(SnapshotReader(connection).configuration());
+    m_snapshotGeneration = generation;
+  }
   transaction.commit();
   m_snapshotVersion = version;
 }
 
 void State::scanDrivesWhenDue() {
   std::unique_lock<std::mutex> lock(m_scanMutex, std::try_to_lock);
-  if (!lock || std::chrono::steady_clock::now() < m_nextScan) {
+  if (!lock || Clock::now() < m_nextScan) {
     return;  // recent enough, or being scanned by another thread
   }
   try {
@@ -197,24 +296,34 @@ void State::scanDrivesWhenDue() {
     if (refusal.status() == TVK_NO_DRIVER) {
       throw;
     }
-    // Others are using the state: what is known of the drives will do until the next scan.
+    // Whoever needs the state next learns why it cannot be used.
   }
-  m_nextScan = std::chrono::steady_clock::now() + DRIVE_SCAN_INTERVAL;
+  m_nextScan = Clock::now() + DRIVE_SCAN_INTERVAL;
 }
 
-void State::scanDrives() {
+std::vector<DriveRecord> State::scanDrives() {
+  std::vector<DriveRecord> found = m_scanner.scan();
   bool differs = false;
-  read([&](Connection& connection) { differs = DriveRegistry(connection).differs(m_scanner.scan()); });
+  read([&](Connection& connection) { differs = DriveRegistry(connection).differs(found); });
   if (differs) {
-    // Scanned again under the write lock, so that of two processes' scans the later is recorded last.
-    change([&](Connection& connection) { DriveRegistry(connection).reconcile(m_scanner.scan()); });
+    try {
+      changeIfIdle([&](Connection& connection) { DriveRegistry(connection).reconcile(found); });
+    } catch (const DatabaseError& error) {
+      if (!error.isBusy()) {
+        fail(error);
+      }
+      // Somebody is changing the state, so what is known of the drives will do until the next scan.
+    }
   }
+  return found;
 }
 
-void State::takeEvents(VolEventCollection& events) {
+std::int64_t State::takeEvents(VolEventCollection& events) {
   std::lock_guard<std::mutex> lock(m_eventMutex);
-  read(
-      [&](Connection& connection) { m_lastEvent = EventJournal(connection).readAfter(m_lastEvent, events); });
+  EventJournal::Progress progress;
+  read([&](Connection& connection) { progress = EventJournal(connection).readAfter(m_lastEvent, events); });
+  m_lastEvent = progress.newest;
+  return progress.lost;
 }
 
 }  // namespace voltvk

@@ -5,6 +5,7 @@
 #include "voltvk/VolEvent.h"
 #include "voltvk/engine/drives/HostDriveScanner.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Snapshot.h"
 #include "voltvk/engine/state/StateFile.h"
 #include "voltvk/engine/state/Statement.h"
@@ -15,6 +16,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <vector>
 
 namespace voltvk {
 
@@ -29,10 +31,14 @@ class DatabaseError;
  * damaged, or could not be opened before. After a fork a child must not use the parent's State.
  *
  * Functions throw Refusal: TVK_NO_DRIVER if the state cannot be used, TVK_BUSY if another process held it
- * longer than BUSY_TIMEOUT, TVK_INTERNAL if it could not be read or written.
+ * longer than BUSY_TIMEOUT, TVK_INTERNAL if it could not be read or written. Once opening or reading has been
+ * waited for in vain, further calls do not wait for it until one of them succeeds.
  */
 class State {
 public:
+  using Clock = std::chrono::steady_clock;
+  using Work = std::function<void(Connection&)>;
+
   /** Maximum age of what is known of the machine's drives. */
   static constexpr std::chrono::milliseconds DRIVE_SCAN_INTERVAL{1000};
 
@@ -53,33 +59,48 @@ public:
    */
   std::shared_ptr<const Snapshot> snapshot();
 
-  /** Scans the machine's drives now and records what has changed. */
-  void scanDrives();
+  /**
+   * Scans the machine's drives now and records what has changed, unless somebody else is changing the state.
+   * @return the drives that the machine has
+   */
+  std::vector<DriveRecord> scanDrives();
 
   /** Runs work in a read transaction. Exceptions from work are passed on. */
-  void read(const std::function<void(Connection&)>& work);
+  void read(const Work& work);
 
   /** Runs work in a transaction that is committed when work returns and undone when it throws. */
-  void change(const std::function<void(Connection&)>& work);
+  void change(const Work& work) { change(work, Clock::now() + BUSY_TIMEOUT); }
+  /** @param until when to stop waiting for other threads and processes; the past: at once */
+  void change(const Work& work, Clock::time_point until);
+
+  /** Does the same for changes that are decided by the drives that the machine has now. */
+  void changeWithDrives(const Work& work);
 
   /**
    * Does the same for changes that are not worth waiting for: does nothing while another thread or process is
    * changing the state, and does not wait for the disk, so a power failure may undo the change. A state that
    * cannot be written is not examined further. Also throws DatabaseError.
    */
-  void changeIfIdle(const std::function<void(Connection&)>& work);
+  void changeIfIdle(const Work& work);
 
-  /** Appends the events that this process has not seen yet, oldest first. */
-  void takeEvents(VolEventCollection& events);
+  /**
+   * Appends the events that this process has not seen yet, oldest first.
+   * @return how many it will never see, because the journal has dropped them
+   */
+  std::int64_t takeEvents(VolEventCollection& events);
 
 private:
-  void
-  use(std::mutex& mutex, std::unique_ptr<Connection>& connection,
-      const std::function<void(Connection&)>& work);
-  bool isUsable(const std::unique_ptr<Connection>& connection) const;
+  void useReader(const Work& work);
+  void lockWriter(std::unique_lock<std::timed_mutex>& lock, Clock::time_point until);
+  bool isUsable() const;
   void open();
-  void openConnections();
+  void openConnections(Clock::time_point until);
+  void openReadOnly();
+  void openForChanges();
+  void recordDrivesAtOpening();
+  void tidyUp();
   void closeConnections();
+  Refusal busy(const char* reason) const;
   [[noreturn]] void fail(const DatabaseError& error);
   void readSnapshot(Connection& connection);
   void scanDrivesWhenDue();
@@ -87,15 +108,19 @@ private:
   const HostDriveScanner m_scanner;
 
   // Opening takes both, the writer's first.
-  std::mutex m_writerMutex;
+  std::timed_mutex m_writerMutex;
   std::mutex m_readerMutex;
   StateFile m_file;
   std::unique_ptr<Connection> m_writer;
   std::unique_ptr<Connection> m_reader;
   std::unique_ptr<Statement> m_versionQuery;  // of the reader: each request runs it several times
+  bool m_isOpen = false;                      // written with both mutexes held, like m_file
+  bool m_isImpatient = false;                 // guarded by the reader's mutex
   std::atomic<bool> m_suspect{false};
+  std::atomic<bool> m_damaged{false};
   std::shared_ptr<const Snapshot> m_snapshot;  // guarded by the reader's mutex, like the next one
   std::int64_t m_snapshotVersion = 0;
+  std::int64_t m_snapshotGeneration = 0;
 
   std::mutex m_scanMutex;
   std::chrono::steady_clock::time_point m_nextScan;

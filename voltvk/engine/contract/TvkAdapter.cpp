@@ -11,6 +11,7 @@
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/VolumeRules.h"
+#include "voltvk/engine/state/EventJournal.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
@@ -50,11 +51,13 @@ Ret change(const TvkAdapter& adapter, const char* name, const Work& work, const 
 /** The same for changes that use drives, which are decided by what the machine has now. */
 Ret changeWithDrives(
     const TvkAdapter& adapter, const char* name, const Work& work, const Work& reportFailure) {
-  const auto scanAndChange = [&](State& state) {
-    state.scanDrives();
-    state.change(work);
-  };
-  return run(adapter, {name, true, scanAndChange, reportFailure});
+  return run(adapter, {name, true, [&](State& state) { state.changeWithDrives(work); }, reportFailure});
+}
+
+std::string lostText(std::int64_t lost) {
+  return voltvk::counted(static_cast<std::uint64_t>(lost), "event") +
+         " were lost, since more happened between two fetches than the " +
+         std::to_string(voltvk::EventJournal::CAPACITY) + " that are kept";
 }
 
 void countObjects(const voltvk::Snapshot& snapshot, TvkAdapterIdentity& identity) {
@@ -171,13 +174,16 @@ Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t vo
                        state.read([=](Connection& connection) {
                          const auto volumes = voltvk::SnapshotReader(connection).volumes();
                          const auto& volume = voltvk::VolumeRules({}, volumes).volume(volumeId);
-                         voltvk::VolumeActivity(connection, volume).statistics(*stats);
+                         voltvk::readStatistics(connection, volume, *stats);
                        });
                      }});
 }
 
 Ret TvkAdapter::getEvents(VolEventCollection& events) {
-  return run(*this, {operations::getEvents, true, [&](State& state) { state.takeEvents(events); }});
+  std::int64_t lost = 0;
+  const Ret ret =
+      run(*this, {operations::getEvents, true, [&](State& state) { lost = state.takeEvents(events); }});
+  return lost == 0 ? ret : Ret(TVK_OK, lostText(lost).c_str());
 }
 
 Ret TvkAdapter::getIdentity(TvkAdapterIdentity& identity) {

@@ -6,6 +6,8 @@
 
 #include <sqlite3.h>
 
+#include <cctype>
+
 namespace voltvk {
 
 namespace {
@@ -22,21 +24,46 @@ void Connection::Closer::operator()(sqlite3* handle) const {
   sqlite3_close_v2(handle);
 }
 
-Connection::Connection(const std::string& path) {
+namespace {
+
+/** The path as a URI in which only letters, digits and slashes stand for themselves. */
+std::string uriOf(const std::string& path) {
+  constexpr const char* DIGITS = "0123456789ABCDEF";
+  std::string uri = "file:";
+  for (const char c : path) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '/' || (byte < 0x80 && std::isalnum(byte) != 0)) {
+      uri += c;
+    } else {
+      uri += {'%', DIGITS[byte >> 4U], DIGITS[byte & 0xFU]};
+    }
+  }
+  return uri;
+}
+
+}  // namespace
+
+Connection::Connection(const std::string& path, Access access) {
   sqlite3* handle = nullptr;
-  int code = sqlite3_open_v2(
-      path.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW, nullptr);
+  const int flags = (access == Access::Change ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY) |
+                    SQLITE_OPEN_URI | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_NOFOLLOW;
+  const std::string uri = uriOf(path) + (access == Access::Frozen ? "?immutable=1" : "");
+  int code = sqlite3_open_v2(uri.c_str(), &handle, flags, nullptr);
   m_handle.reset(handle);
   if (code != SQLITE_OK) {
     throwDatabaseError(handle, code);
   }
-  sqlite3_busy_timeout(handle, static_cast<int>(BUSY_TIMEOUT.count()));
   sqlite3_stmt* rollback = nullptr;
   code = sqlite3_prepare_v3(handle, "ROLLBACK", -1, SQLITE_PREPARE_PERSISTENT, &rollback, nullptr);
   m_rollback.reset(rollback);
   if (code != SQLITE_OK) {
     throwDatabaseError(handle, code);
   }
+  waitAtMost(BUSY_TIMEOUT);
+}
+
+void Connection::waitAtMost(std::chrono::milliseconds time) {
+  sqlite3_busy_timeout(m_handle.get(), static_cast<int>(time.count()));
 }
 
 void Connection::execute(const char* sql) {
@@ -84,6 +111,17 @@ void Connection::restoreDurability() noexcept {
   m_isLessDurable = sqlite3_exec(m_handle.get(), FULL_DURABILITY, nullptr, nullptr, nullptr) != SQLITE_OK;
 }
 
+void Connection::emptyLog() {
+  waitAtMost(std::chrono::milliseconds(0));
+  // Others may be reading or writing: then the log stays as it is, which does no harm.
+  sqlite3_wal_checkpoint_v2(m_handle.get(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+  waitAtMost(BUSY_TIMEOUT);
+}
+
+void Connection::keepLogOnClose(bool keep) {
+  sqlite3_db_config(m_handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, keep ? 1 : 0, nullptr);
+}
+
 std::int64_t Connection::lastInsertedId() const {
   return sqlite3_last_insert_rowid(m_handle.get());
 }
@@ -111,13 +149,13 @@ void Transaction::commit() {
 }
 
 HasteGuard::HasteGuard(Connection& connection) : m_connection(connection) {
-  sqlite3_busy_timeout(connection.handle(), 0);
+  connection.waitAtMost(std::chrono::milliseconds(0));
   connection.dropDurability();
 }
 
 HasteGuard::~HasteGuard() {
   m_connection.restoreDurability();
-  sqlite3_busy_timeout(m_connection.handle(), static_cast<int>(BUSY_TIMEOUT.count()));
+  m_connection.waitAtMost(BUSY_TIMEOUT);
 }
 
 }  // namespace voltvk

@@ -20,13 +20,28 @@ constexpr std::chrono::milliseconds BUSY_TIMEOUT{5000};
  */
 class Connection {
 public:
+  enum class Access {
+    Change,
+    Read,   ///< a file that cannot be written
+    Frozen  ///< a file that cannot be written by anyone and has no write-ahead log: nothing is locked
+  };
+
   /** @param path an existing file, absolute and without symbolic links. */
-  explicit Connection(const std::string& path);
+  explicit Connection(const std::string& path, Access access = Access::Change);
+
+  /** Sets how long statements wait for other connections; initially BUSY_TIMEOUT. */
+  void waitAtMost(std::chrono::milliseconds time);
 
   /** Runs one or more statements that return no rows. */
   void execute(const char* sql);
   /** The single number that a query returns; 0 if it returns no row. */
   std::int64_t number(const char* sql);
+
+  /** Moves the contents of the write-ahead log into the file, unless that would mean waiting for others. */
+  void emptyLog();
+
+  /** Whether closing the last connection of all leaves the write-ahead log behind; initially not. */
+  void keepLogOnClose(bool keep);
 
   std::int64_t lastInsertedId() const;
   /** Number of rows changed by the last statement. */

@@ -25,10 +25,18 @@ bool DatabaseError::isFileLost() const {
   }
 }
 
+bool DatabaseError::isDamage() const {
+  return m_code == SQLITE_CORRUPT || m_code == SQLITE_NOTADB;
+}
+
+DatabaseError DatabaseError::ofDamage(const std::string& text) {
+  return {SQLITE_CORRUPT, text};
+}
+
 const char* DatabaseError::advice() const {
-  const bool damaged = m_code == SQLITE_CORRUPT || m_code == SQLITE_NOTADB;
-  return damaged ? "restore it from a backup, or move it away to start with an empty one"
-                 : "see that its disk works and has room, and that it and the files beside it can be written";
+  return isDamage()
+             ? "restore it from a backup, or move it away to start with an empty one"
+             : "see that its disk works and has room, and that it and the files beside it can be written";
 }
 
 void throwDatabaseError(sqlite3* connection, int code) {

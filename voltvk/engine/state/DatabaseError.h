@@ -9,7 +9,7 @@ struct sqlite3;
 
 namespace voltvk {
 
-/** An error reported by SQLite. */
+/** An error reported by SQLite, or damage that SQLite cannot see. */
 class DatabaseError : public std::runtime_error {
 public:
   /** @param code SQLite's primary result code. */
@@ -19,8 +19,13 @@ public:
   bool isBusy() const;
   /** The file can no longer be trusted: damaged, replaced, or removed. */
   bool isFileLost() const;
+  /** The contents are damaged. */
+  bool isDamage() const;
   /** What to do about a state that cannot be opened: a full disk is not a reason to give up the state. */
   const char* advice() const;
+
+  /** An error that reports rows which contradict the rules or each other. @param text which, and how */
+  static DatabaseError ofDamage(const std::string& text);
 
 private:
   int m_code;

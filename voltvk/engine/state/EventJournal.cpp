@@ -34,12 +34,13 @@ std::string fill(const std::string& text, std::initializer_list<std::string> arg
 
 VolEvent readEvent(const Statement& row) {
   VolEvent event;
-  event.id = row.as<std::uint32_t>(0);
-  event.time = row.as<std::uint32_t>(1);
-  event.code = row.as<std::uint32_t>(2);
-  event.type = row.as<std::uint32_t>(3);
-  tvkSetText(event.description, sizeof event.description, row.text(4).c_str());
-  event.actionId = row.as<std::uint32_t>(5);
+  // A damaged event must not keep those after it from being read, so any number will do.
+  event.id = static_cast<std::uint32_t>(row.integer(0));
+  event.time = static_cast<std::uint32_t>(row.integer(1));
+  event.code = static_cast<std::uint32_t>(row.integer(2));
+  event.type = static_cast<std::uint32_t>(row.integer(3));
+  tvkSetText(event.description, sizeof event.description, cleanText(row.text(4)).c_str());
+  event.actionId = static_cast<std::uint32_t>(row.integer(5));
   return event;
 }
 
@@ -61,15 +62,17 @@ std::int64_t EventJournal::newest() {
   return m_connection.number("SELECT seq FROM sqlite_sequence WHERE name = 'event'");
 }
 
-std::int64_t EventJournal::readAfter(std::int64_t number, VolEventCollection& out) {
+EventJournal::Progress EventJournal::readAfter(std::int64_t number, VolEventCollection& out) {
+  Progress progress{number, 0};
   Statement rows(
       m_connection, "SELECT id, time, code, type, description, action FROM event WHERE id > ? ORDER BY id",
       number);
   while (rows.step()) {
     out.append(readEvent(rows));
-    number = rows.integer(0);
+    progress.lost += rows.integer(0) - progress.newest - 1;  // numbers are given without gaps
+    progress.newest = rows.integer(0);
   }
-  return number;
+  return progress;
 }
 
 std::vector<VolEvent> EventJournal::latest(std::uint32_t count) {

@@ -35,8 +35,14 @@ public:
   /** The number of the newest event ever appended, 0 for none. */
   std::int64_t newest();
 
-  /** Appends the events after a number to out, oldest first. @return the number of the newest. */
-  std::int64_t readAfter(std::int64_t number, VolEventCollection& out);
+  /** How far a reader has come. */
+  struct Progress {
+    std::int64_t newest = 0;  ///< the number of the newest event
+    std::int64_t lost = 0;    ///< events that were dropped before they could be read
+  };
+
+  /** Appends the events after a number to out, oldest first. */
+  Progress readAfter(std::int64_t number, VolEventCollection& out);
 
   /** The newest events, oldest first. */
   std::vector<VolEvent> latest(std::uint32_t count);

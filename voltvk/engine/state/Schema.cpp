@@ -3,6 +3,7 @@
 
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/DatabaseError.h"
+#include "voltvk/engine/state/Layout.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/StateFile.h"
 #include "voltvk/engine/state/Statement.h"
@@ -12,55 +13,6 @@
 namespace voltvk {
 
 namespace {
-
-// Chunks have a row only if they have been used or are not in their original place, so the size of the state
-// depends on the activity and not on the capacity.
-constexpr const char* TABLES = R"sql(
-CREATE TABLE setting(name TEXT PRIMARY KEY, value INTEGER NOT NULL) WITHOUT ROWID;
-CREATE TABLE drive(
-  number INTEGER PRIMARY KEY CHECK(number BETWEEN 0 AND 255),
-  identity TEXT NOT NULL UNIQUE, virtual INTEGER NOT NULL, present INTEGER NOT NULL,
-  name TEXT NOT NULL, serial TEXT NOT NULL, wwid TEXT NOT NULL, vendor TEXT NOT NULL, model TEXT NOT NULL,
-  sectors INTEGER NOT NULL CHECK(sectors > 0), type INTEGER NOT NULL, interface INTEGER NOT NULL,
-  removable INTEGER NOT NULL, bootable INTEGER NOT NULL, partitioned INTEGER NOT NULL, mounted INTEGER NOT NULL);
-CREATE TABLE pool(
-  id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, description TEXT NOT NULL,
-  tier INTEGER NOT NULL, chunk_sectors INTEGER NOT NULL, chunks INTEGER NOT NULL CHECK(chunks > 0),
-  internal INTEGER NOT NULL);
-CREATE TABLE pool_member(
-  pool INTEGER NOT NULL REFERENCES pool(id), position INTEGER NOT NULL,
-  drive INTEGER NOT NULL UNIQUE REFERENCES drive(number), chunks INTEGER NOT NULL,
-  PRIMARY KEY(pool, position)) WITHOUT ROWID;
-CREATE TABLE volume(
-  id INTEGER PRIMARY KEY AUTOINCREMENT, name TEXT NOT NULL UNIQUE, description TEXT NOT NULL,
-  type INTEGER NOT NULL, chunk_sectors INTEGER NOT NULL, hdd_chunks INTEGER NOT NULL, ssd_chunks INTEGER NOT NULL,
-  knob INTEGER NOT NULL, reads INTEGER NOT NULL DEFAULT 0, writes INTEGER NOT NULL DEFAULT 0,
-  sequential INTEGER NOT NULL DEFAULT 0, random INTEGER NOT NULL DEFAULT 0,
-  ssd_reads INTEGER NOT NULL DEFAULT 0, ssd_writes INTEGER NOT NULL DEFAULT 0);
-CREATE TABLE volume_extent(
-  volume INTEGER NOT NULL REFERENCES volume(id), position INTEGER NOT NULL,
-  pool INTEGER NOT NULL REFERENCES pool(id), first INTEGER NOT NULL, chunks INTEGER NOT NULL CHECK(chunks > 0),
-  PRIMARY KEY(volume, position)) WITHOUT ROWID;
-CREATE INDEX volume_extent_by_pool ON volume_extent(pool, first);
-CREATE TABLE chunk(
-  volume INTEGER NOT NULL REFERENCES volume(id), number INTEGER NOT NULL, heat INTEGER NOT NULL,
-  ssd INTEGER NOT NULL, dirty INTEGER NOT NULL, PRIMARY KEY(volume, number)) WITHOUT ROWID;
-CREATE TABLE event(
-  id INTEGER PRIMARY KEY AUTOINCREMENT, time INTEGER NOT NULL, code INTEGER NOT NULL, type INTEGER NOT NULL,
-  description TEXT NOT NULL, action INTEGER NOT NULL);
-CREATE TABLE fault(
-  id INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL, operation TEXT NOT NULL, status INTEGER NOT NULL,
-  milliseconds INTEGER NOT NULL);
-INSERT INTO setting VALUES('policy_running', 1), ('last_drive_number', -1), ('last_virtual_drive', 0);
-)sql";
-
-// COMPAT: states from before refusals were kept lack this table. It is added when they are opened, and
-// programs from that time ignore it, so the layout keeps its number.
-constexpr const char* ADDED_TABLES = R"sql(
-CREATE TABLE IF NOT EXISTS last_refusal(
-  id INTEGER PRIMARY KEY CHECK(id = 1), operation TEXT NOT NULL, status INTEGER NOT NULL, detail TEXT NOT NULL,
-  time INTEGER NOT NULL);
-)sql";
 
 // The file reserves the space for a full event journal at once and allocates it from its free pages, so it
 // does not keep growing as events are added and dropped.
@@ -83,11 +35,9 @@ void makeTables(Connection& connection) {
   if (!isEmpty(connection)) {
     return;  // another process has already done it
   }
-  connection.execute(TABLES);
+  Layout::create(connection);
   connection.execute(RESERVE);
-  connection.execute(("PRAGMA application_id = " + std::to_string(STATE_APPLICATION_ID) +
-                      "; PRAGMA user_version = " + std::to_string(STATE_VERSION))
-                         .c_str());
+  connection.execute(("PRAGMA application_id = " + std::to_string(STATE_APPLICATION_ID)).c_str());
   change.commit();
 }
 
@@ -107,29 +57,85 @@ void switchToWriteAheadLog(Connection& connection) {
   }
 }
 
-void check(Connection& connection, const std::string& path) {
-  const std::string advice = "; restore it from a backup, or move it away to start with an empty one";
-  if (connection.number("PRAGMA application_id") != STATE_APPLICATION_ID ||
-      connection.number("PRAGMA user_version") != STATE_VERSION) {
-    throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is not a state of this version" + advice);
+constexpr const char* ADVICE = "; restore it from a backup, or move it away to start with an empty one";
+
+void upgrade(Connection& connection, const std::string& path) {
+  connection.execute("PRAGMA foreign_keys = OFF");
+  try {
+    Transaction change(connection, Transaction::Kind::Change);
+    const std::int64_t version = connection.number("PRAGMA user_version");
+    if (version < STATE_VERSION) {  // else another process has already done it
+      Layout::upgrade(connection, version);
+      change.commit();
+    }
+  } catch (const DatabaseError& error) {
+    if (error.isBusy()) {
+      throw;
+    }
+    throw Refusal(
+        TVK_NO_DRIVER, "the state file " + path + " is of an earlier version and cannot be converted (" +
+                           error.what() + ")" + ADVICE);
   }
+}
+
+std::int64_t versionOf(Connection& connection) {
+  return connection.number("PRAGMA user_version");
+}
+
+bool isEarlier(Connection& connection) {
+  const std::int64_t version = versionOf(connection);
+  return connection.number("PRAGMA application_id") == STATE_APPLICATION_ID && version > 0 &&
+         version < STATE_VERSION;
+}
+
+void checkVersion(Connection& connection, const std::string& path) {
+  if (connection.number("PRAGMA application_id") != STATE_APPLICATION_ID ||
+      versionOf(connection) != STATE_VERSION) {
+    throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is not a state of this version" + ADVICE);
+  }
+}
+
+void checkPages(Connection& connection, const std::string& path) {
   Statement query(connection, "PRAGMA quick_check(1)");
   if (!query.step() || query.text(0) != "ok") {
-    throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is damaged" + advice);
+    throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is damaged" + ADVICE);
   }
 }
 
 }  // namespace
 
-void Schema::establish(Connection& connection, const std::string& path) {
+void Schema::establish(Connection& connection, const std::string& path, bool check) {
   if (isEmpty(connection)) {
     makeTables(connection);
   }
-  check(connection, path);
+  if (check) {
+    connection.keepLogOnClose(true);  // the log says that the file has to be checked, also the next time
+    checkPages(connection, path);
+    connection.keepLogOnClose(false);
+  }
+  if (isEarlier(connection)) {
+    upgrade(connection, path);
+  }
+  checkVersion(connection, path);
   switchToWriteAheadLog(connection);
   connection.execute("PRAGMA synchronous = FULL; PRAGMA foreign_keys = ON;"
                      "PRAGMA wal_autocheckpoint = 128; PRAGMA journal_size_limit = 1048576");
-  connection.execute(ADDED_TABLES);
+  if (check) {
+    connection.emptyLog();  // nothing in it needs to be checked again
+  }
+}
+
+void Schema::accept(Connection& connection, const std::string& path, bool check) {
+  if (isEarlier(connection)) {
+    throw Refusal(
+        TVK_NO_DRIVER, "the state file " + path +
+                           " is of an earlier version and cannot be converted on a read-only file system; "
+                           "mount it with write access once, or use a copy");
+  }
+  checkVersion(connection, path);
+  if (check) {
+    checkPages(connection, path);
+  }
 }
 
 }  // namespace voltvk

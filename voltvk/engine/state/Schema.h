@@ -12,11 +12,15 @@ class Connection;
 class Schema {
 public:
   /**
-   * Creates the tables in an empty database, otherwise checks that it is intact, and configures the
+   * Creates the tables in an empty database, converts those of an earlier version, and configures the
    * connection. Several processes may do this at once.
+   * @param check whether to read the whole file to see that it is intact
    * @throws Refusal TVK_NO_DRIVER if the database is damaged or not ours; DatabaseError
    */
-  static void establish(Connection& connection, const std::string& path);
+  static void establish(Connection& connection, const std::string& path, bool check);
+
+  /** Does what can be done with a file that cannot be written: checks that it is of the present version. */
+  static void accept(Connection& connection, const std::string& path, bool check);
 };
 
 }  // namespace voltvk

@@ -1,10 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/SnapshotReader.h"
 
+#include "voltvk/engine/state/ConfigurationCheck.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/DatabaseError.h"
 #include "voltvk/engine/state/Statement.h"
 
 namespace voltvk {
+
+namespace {
+
+/**
+ * Whether the current one of some rows belongs to the object with an identifier. Both are read in ascending
+ * order of the identifiers, so a row that belongs to an earlier object belongs to none.
+ * @param noun what the objects are @param more whether there is a current row
+ */
+bool isPartOf(const char* noun, std::int64_t id, const Statement& row, bool more) {
+  if (more && row.integer(0) < id) {
+    throw DatabaseError::ofDamage(
+        std::string(noun) + " " + row.text(0) + " does not exist, but parts of it do");
+  }
+  return more && row.integer(0) == id;
+}
+
+}  // namespace
 
 Configuration SnapshotReader::configuration() {
   Configuration configuration;
@@ -12,9 +31,27 @@ Configuration SnapshotReader::configuration() {
   configuration.pools = pools();
   configuration.volumes = volumes();
   configuration.faults = faults();
-  configuration.policyRunning =
-      m_connection.number("SELECT value FROM setting WHERE name = 'policy_running'") != 0;
+  configuration.policyRunning = setting("policy_running") != 0;
+  setting("last_drive_number");
+  setting("last_virtual_drive");
+  checkConfiguration(configuration);
   return configuration;
+}
+
+std::int64_t SnapshotReader::generation() {
+  return setting("generation");
+}
+
+std::int64_t SnapshotReader::setting(const char* name) {
+  constexpr std::int64_t LARGEST = INT64_MAX / 2;
+  Statement row(m_connection, "SELECT value FROM setting WHERE name = ?", std::string_view(name));
+  if (!row.step()) {
+    throw DatabaseError::ofDamage("the setting " + std::string(name) + " is missing");
+  }
+  if (row.integer(0) < -1 || row.integer(0) > LARGEST) {
+    throw DatabaseError::ofDamage("the setting " + std::string(name) + " is " + row.text(0));
+  }
+  return row.integer(0);
 }
 
 std::vector<DriveRecord> SnapshotReader::drives() {
@@ -62,11 +99,12 @@ std::vector<PoolRecord> SnapshotReader::pools() {
     pool.chunkSectors = rows.unsignedInteger(4);
     pool.chunks = rows.unsignedInteger(5);
     pool.internal = rows.integer(6) != 0;
-    for (; more && members.integer(0) == pool.id; more = members.step()) {
+    for (; isPartOf("pool", pool.id, members, more); more = members.step()) {
       pool.members.push_back({members.as<std::uint16_t>(1), members.unsignedInteger(2)});
     }
     pools.push_back(std::move(pool));
   }
+  isPartOf("pool", INT64_MAX, members, more);
   return pools;
 }
 
@@ -89,12 +127,13 @@ std::vector<VolumeRecord> SnapshotReader::volumes() {
     volume.hddChunks = rows.unsignedInteger(5);
     volume.ssdChunks = rows.unsignedInteger(6);
     volume.knob = rows.as<std::uint8_t>(7);
-    for (; more && extents.integer(0) == volume.id; more = extents.step()) {
+    for (; isPartOf("volume", volume.id, extents, more); more = extents.step()) {
       volume.extents.push_back(
           {extents.as<std::uint32_t>(1), {extents.unsignedInteger(2), extents.unsignedInteger(3)}});
     }
     volumes.push_back(std::move(volume));
   }
+  isPartOf("volume", INT64_MAX, extents, more);
   return volumes;
 }
 

@@ -5,6 +5,7 @@
 #include "voltvk/engine/state/Records.h"
 #include "voltvk/engine/state/Snapshot.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace voltvk {
@@ -13,13 +14,17 @@ class Connection;
 
 /**
  * Reads rows into records. The caller's transaction determines which moment they reflect. Throws
- * DatabaseError.
+ * DatabaseError, also for damage that SQLite does not notice: numbers out of range and missing rows.
  */
 class SnapshotReader {
 public:
   explicit SnapshotReader(Connection& connection) : m_connection(connection) {}
 
+  /** Everything, and checked as a whole. */
   Configuration configuration();
+
+  /** A number that differs as soon as configuration() does. */
+  std::int64_t generation();
 
   std::vector<DriveRecord> drives();    ///< by number, including those that are not present
   std::vector<PoolRecord> pools();      ///< by identifier
@@ -27,6 +32,8 @@ public:
   std::vector<Fault> faults();          ///< oldest first
 
 private:
+  std::int64_t setting(const char* name);
+
   Connection& m_connection;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/StateFile.h"
 
-#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/FileSafety.h"
 #include "voltvk/engine/state/Refusal.h"
 
 #include <array>
@@ -11,11 +11,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <thread>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace voltvk {
@@ -103,8 +105,12 @@ void StateFile::makeDirectorys() {
 
 void StateFile::openFile() {
   // O_NONBLOCK: a pipe in place of the file must not hang the caller.
-  m_file.emplace(
-      open(m_path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600));
+  constexpr int FLAGS = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+  m_file.emplace(open(m_path.c_str(), O_RDWR | O_CREAT | FLAGS, 0600));
+  m_isReadOnly = !*m_file && errno == EROFS;
+  if (m_isReadOnly) {
+    m_file.emplace(open(m_path.c_str(), O_RDONLY | FLAGS));
+  }
   if (!*m_file) {
     const int error = errno;
     if (error == ELOOP) {
@@ -121,11 +127,25 @@ void StateFile::openFile() {
   }
 }
 
-void StateFile::waitForTurn() const {
+void StateFile::checkSafety() const {
+  if (const std::optional<Unsafe> unsafe = checkFile(m_file->get())) {
+    refuse(unsafe->what, unsafe->advice);
+  }
+  const std::string directory = split(m_path).first;
+  if (const std::optional<Unsafe> unsafe = checkDirectory(directory)) {
+    refuse("is not safe: its directory " + directory + " " + unsafe->what, unsafe->advice);
+  }
+  for (const char* suffix : {"-wal", "-shm", "-journal"}) {
+    if (const std::optional<Unsafe> unsafe = checkFileBeside(m_path + suffix)) {
+      refuse("is not safe: " + m_path + suffix + " beside it " + unsafe->what, unsafe->advice);
+    }
+  }
+}
+
+void StateFile::waitForTurn(int kind, std::chrono::steady_clock::time_point until) const {
   // This kind of lock is independent of those that SQLite uses on the same file.
-  const auto end = std::chrono::steady_clock::now() + BUSY_TIMEOUT;
-  while (flock(m_file->get(), LOCK_EX | LOCK_NB) != 0) {
-    if (std::chrono::steady_clock::now() > end) {
+  while (flock(m_file->get(), kind | LOCK_NB) != 0) {
+    if (std::chrono::steady_clock::now() >= until) {
       throw Refusal(
           TVK_BUSY,
           "the state file " + m_path + " is being opened by another process; try again when that goes on");
@@ -134,29 +154,46 @@ void StateFile::waitForTurn() const {
   }
 }
 
-void StateFile::prepare() {
-  makeDirectorys();
-  openFile();
+bool StateFile::hasLog() const {
+  return fileSize(m_path + "-wal") > 0 || fileSize(m_path + "-journal") > 0;
+}
+
+bool StateFile::isInUse() const {
+  // The bytes that SQLite locks: whoever has the database open holds a read lock on some of them.
+  struct flock lock {};
+  lock.l_type = F_WRLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = 0x40000000;
+  lock.l_len = 512;
+  return fcntl(m_file->get(), F_GETLK, &lock) == 0 && lock.l_type != F_UNLCK;
+}
+
+void StateFile::examine() {
   struct stat status {};
   if (fstat(m_file->get(), &status) != 0) {
     refuse("cannot be examined: " + errorText(errno), CHECK_PATH);
   }
-  if (!S_ISREG(status.st_mode)) {
-    refuse("is not a regular file", "set VOLTVK_STATE to another path");
-  }
-  if (status.st_uid != geteuid() && status.st_uid != 0) {
-    refuse("belongs to user " + std::to_string(status.st_uid), "remove it or give it to the right user");
-  }
-  if ((status.st_mode & S_IWOTH) != 0) {
-    refuse("can be written by everybody", "check what it holds, then chmod 600 it");
-  }
-  waitForTurn();
-  if (fstat(m_file->get(), &status) != 0) {
-    refuse("cannot be examined: " + errorText(errno), CHECK_PATH);
-  }
-  checkHeader(static_cast<std::uint64_t>(status.st_size));
+  m_size = static_cast<std::uint64_t>(status.st_size);
+  m_wasInUse = isInUse();
+  m_wasLeftOpen = hasLog() && !m_wasInUse;
+  m_modified = status.st_mtim;
   m_device = status.st_dev;
   m_inode = status.st_ino;
+}
+
+void StateFile::prepare(std::chrono::steady_clock::time_point until) {
+  makeDirectorys();
+  openFile();
+  checkSafety();
+  // Whoever opens the file holds a share of the turn until SQLite's own locks show that it is in use, so that
+  // the one who examines it is alone.
+  waitForTurn(LOCK_SH, until);
+  examine();
+  if (!m_isReadOnly && (isNew() || m_wasLeftOpen)) {
+    waitForTurn(LOCK_EX, until);
+    examine();
+  }
+  checkHeader();
 }
 
 void StateFile::release() const {
@@ -167,12 +204,14 @@ void StateFile::close() {
   m_file.reset();
 }
 
-void StateFile::checkHeader(std::uint64_t size) const {
+void StateFile::checkHeader() const {
   const std::string restore = "restore it from a backup, or move it away to start with an empty one";
-  const bool hasLog = fileSize(m_path + "-wal") > 0;
-  if (size == 0) {
-    if (hasLog) {
+  if (isNew()) {
+    if (fileSize(m_path + "-wal") > 0) {
       refuse("was cut to nothing while it was in use", restore);
+    }
+    if (m_isReadOnly) {
+      refuse("is empty and lies on a read-only file system", CHECK_PATH);
     }
     return;  // new, or left empty by a process that was killed while creating the tables
   }
@@ -189,18 +228,30 @@ void StateFile::checkHeader(std::uint64_t size) const {
         "is from a newer version (layout " + std::to_string(bigEndian(&header[60])) + ")",
         "install that version or use another state file");
   }
-  // A journal next to the file may hold the rest of it, so only a file without one is known to be truncated.
-  const bool journalled = hasLog || fileSize(m_path + "-journal") > 0;
   std::uint64_t pageSize = std::uint64_t{header[16]} << 8U | header[17];
   pageSize = pageSize == 1 ? 65536 : pageSize;
-  if (!journalled && size < pageSize * bigEndian(&header[28])) {
+  // A journal next to the file may hold the rest of it, so only a file without one is known to be truncated.
+  if (!hasLog() && m_size < pageSize * bigEndian(&header[28])) {
     refuse("was cut short", restore);
   }
 }
 
+std::uint64_t StateFile::currentSize() const {
+  return fileSize(m_path);
+}
+
 bool StateFile::isSame() const {
   struct stat status {};
-  return lstat(m_path.c_str(), &status) == 0 && status.st_dev == m_device && status.st_ino == m_inode;
+  if (lstat(m_path.c_str(), &status) != 0 || status.st_dev != m_device || status.st_ino != m_inode) {
+    return false;
+  }
+  struct statvfs system {};
+  if (m_isReadOnly && (statvfs(m_path.c_str(), &system) != 0 || (system.f_flag & ST_RDONLY) == 0)) {
+    return false;
+  }
+  const bool touched =
+      status.st_mtim.tv_sec != m_modified.tv_sec || status.st_mtim.tv_nsec != m_modified.tv_nsec;
+  return !isFrozen() || (!touched && !hasLog());
 }
 
 }  // namespace voltvk

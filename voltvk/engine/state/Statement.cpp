@@ -25,6 +25,11 @@ void Statement::fail(int code) const {
   throwDatabaseError(m_connection.handle(), code);
 }
 
+void Statement::refuse(int column) const {
+  throw DatabaseError::ofDamage(
+      std::string(sqlite3_column_name(m_statement.get(), column)) + " is " + text(column));
+}
+
 void Statement::bindInteger(std::int64_t value) {
   int code = sqlite3_bind_int64(m_statement.get(), ++m_bound, value);
   if (code != SQLITE_OK) {

@@ -46,10 +46,15 @@ public:
 
   std::int64_t integer(int column) const;
   std::uint64_t unsignedInteger(int column) const { return static_cast<std::uint64_t>(integer(column)); }
-  /** The column as another integer or enumeration type, truncated to its width. */
+  /** The column as another integer or enumeration type. Throws DatabaseError if it does not fit. */
   template <typename T>
   T as(int column) const {
-    return static_cast<T>(integer(column));
+    const std::int64_t value = integer(column);
+    const T narrow = static_cast<T>(value);
+    if (static_cast<std::int64_t>(narrow) != value) {
+      refuse(column);
+    }
+    return narrow;
   }
   bool isNull(int column) const;
   std::string text(int column) const;
@@ -70,6 +75,7 @@ private:
   void bindInteger(std::int64_t value);
   void bindText(std::string_view value);
   [[noreturn]] void fail(int code) const;
+  [[noreturn]] void refuse(int column) const;
 
   struct Finalizer {
     void operator()(sqlite3_stmt* statement) const;

@@ -73,7 +73,10 @@ public:
   /** Creates a pool from free drives of one kind. @param spec its poolId is set on success */
   virtual Ret createVirtualPool(VirtualPoolSpec& spec);
 
-  /** Appends the events since the last fetch of this process, oldest first. */
+  /**
+   * Appends the events since the last fetch of this process, oldest first. Success with a detail means that
+   * some were lost; the detail says how many.
+   */
   virtual Ret getEvents(VolEventCollection& events);
 
   /** Fills the identity, limits and counts; the counts are those of the current state. */
@@ -81,7 +84,9 @@ public:
 
   /**
    * Creates a cached volume on one hard disk: the internal pool on that drive and the volume, either both or
-   * neither. Sets hddPool.poolId and volume.volumeId. The order of the arguments decides which side is which.
+   * neither. The order of the arguments decides which side is which. If the internal pool's name is in use,
+   * it gets the next free one: callers make the name up, and another request may have made up the same. Sets
+   * hddPool.poolId and volume.volumeId.
    * @param ssdPool the number of an existing SSD pool and how much of it becomes the cache
    * @param hddPool the pool to create, on one hard disk
    */
