@@ -72,19 +72,26 @@ public:
     ::alarm(200);
     ::setenv("TVP_TEST_ROOT", m_directory.path().c_str(), 1);
     ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
-    ::setenv("VOLTVK_HOST_ROOT", m_directory.file("machine").c_str(), 1);
+    ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
     ::setenv("TZ", "UTC", 1);
     for (const char* type : {"hdd", "ssd", "hdd", "hdd", "hdd"}) {
-      voltvkctl({"drive", "add", "--type", type, "--size", "1GiB"});
+      const std::string number = voltvkctl({"drive", "add", "--type", type, "--size", "1GiB"});
+      m_drives.push_back(static_cast<std::uint8_t>(std::stoul(number)));
     }
   }
 
-  void voltvkctl(std::vector<std::string> words) const {
+  /** @return what the command printed */
+  static std::string voltvkctl(std::vector<std::string> words) {
     words.insert(words.begin(), TVP_BINARY_DIR "/bin/voltvkctl");
     const CommandResult result = Command(words).run();
     EXPECT_EQ(result.exitStatus, 0) << result.err;
+    return result.out;
   }
   std::string file(const std::string& name) const { return m_directory.file(name); }
+  /** The drives, those of the machine included. */
+  static std::size_t driveCount() { return linesOf(voltvkctl({"drive", "list"})).size() - 1; }
+  /** The number of the i-th drive that was added. */
+  std::uint8_t drive(std::size_t i) const { return m_drives.at(i); }
   void switchLogOn() const { m_directory.write("var/log/TVP.txt", ""); }
   /** Whether the log has an error that contains a text. */
   bool hasError(const std::string& text) const {
@@ -98,6 +105,7 @@ private:
   // Where the system has it, in memory: thousands of commits need not wait for a disk.
   const bool m_isInMemory = ::access("/dev/shm", W_OK) == 0 && ::setenv("TMPDIR", "/dev/shm", 0) == 0;
   TemporaryDirectory m_directory;
+  std::vector<std::uint8_t> m_drives;
 };
 
 /** What the provider and the library have in use. */
@@ -230,10 +238,11 @@ protected:
       }
     }
     MethodValues values;
-    for (const auto& [name, drive] : {std::pair("disks", 0), std::pair("flash", 1), std::pair("spare", 2)}) {
+    for (const auto& [name, index] :
+         {std::pair("disks", 0U), std::pair("flash", 1U), std::pair("spare", 2U)}) {
       values.name = name;
-      values.drive = static_cast<std::uint8_t>(drive);
-      values.tier = drive == 1 ? 3 : 1;
+      values.drive = drive(index);
+      values.tier = index == 1 ? 3 : 1;
       EXPECT_EQ(call("CreateVirtualPool", values).rc, CMPI_RC_OK);
     }
     m_good.diskPool = m_good.pool = values.diskPool = pool("disks");
@@ -242,7 +251,7 @@ protected:
     EXPECT_EQ(call("CreateVirtualVolume", values).rc, CMPI_RC_OK);
     m_good.volume = volume("cached");
     m_good.name = "a pool or a volume";
-    m_good.drive = 3;
+    m_good.drive = drive(3);
     m_spare = pool("spare");
     m_standard = state();
   }
@@ -346,7 +355,7 @@ TEST_F(AllocationFailures, AreSurvivedByMethodsThatSucceed) {
 TEST_F(AllocationFailures, AreSurvivedByMethodsThatAreRefused) {
   MethodValues bad = m_good;
   bad.pool = bad.volume = bad.diskPool = bad.flashPool = 4711;
-  bad.drive = 0;  // in use
+  bad.drive = drive(0);  // in use
   for (const host::SchemaMethod& method : m_broker.schema().find("TVP_TierService")->methods) {
     survives(method.name, [&] { return call(method.name, bad); });
   }
@@ -425,10 +434,12 @@ enum class Once { Start, Stop };
 /**
  * Starts the provider in a process of its own, makes a request and stops it, with allocations that fail in
  * one part.
+ * @param count of the drives, all of which a good answer has
  * @return whether the n-th allocation was reached; a failure of the test if anything else went wrong
  */
 bool lifeWithFailures(
-    const std::shared_ptr<const host::Schema>& schema, Once part, std::uint64_t n, Failing failing) {
+    const std::shared_ptr<const host::Schema>& schema, std::size_t count, Once part, std::uint64_t n,
+    Failing failing) {
   constexpr int REACHED = 10;
   constexpr int NOT_REACHED = 11;
   const pid_t child = ::fork();
@@ -458,7 +469,7 @@ bool lifeWithFailures(
       provider.emplace(broker, library);
     });
     const host::InstancesOutcome drives = provider->enumerateInstances(classPath("TVP_LogicalDevice"));
-    bool good = !drives.ok() || drives.instances.size() == 5;
+    bool good = !drives.ok() || drives.instances.size() == count;
     during(Once::Stop, [&] { static_cast<void>(provider->cleanup(true)); });
     provider.reset();
     good = good && broker.breaches().empty();
@@ -474,10 +485,11 @@ bool lifeWithFailures(
 TEST(AllocationFailuresOnce, AreSurvivedByStartAndStop) {
   const Surroundings surroundings;
   const auto schema = host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
+  const std::size_t count = Surroundings::driveCount();
   for (const Once part : {Once::Start, Once::Stop}) {
     for (const Failing failing : {Failing::One, Failing::AllAfter}) {
       std::uint64_t n = 1;
-      while (lifeWithFailures(schema, part, n, failing) && !testing::Test::HasFailure()) {
+      while (lifeWithFailures(schema, count, part, n, failing) && !testing::Test::HasFailure()) {
         n += stepOf(failing);
       }
     }

@@ -74,19 +74,19 @@ void setPolicy(bool running, const Context& context) {
 }
 
 void runPolicy(const Context& context) {
-  bool running = false;
-  std::vector<PolicyEngine::Moved> moved;
-  context.state()->change([&](Connection& connection) {
-    PolicyEngine engine(connection);
-    running = engine.isRunning();
-    moved = engine.runRound();
-  });
+  const std::shared_ptr<State> state = context.state();
+  const std::shared_ptr<const Snapshot> snapshot = state->snapshot();
+  const bool running = snapshot->configuration().policyRunning;
   Json list = Json::array();
   std::string text;
-  for (const PolicyEngine::Moved& entry : moved) {
-    list.push_back({{"volume", entry.name}, {"id", entry.volume}, {"chunks", entry.chunks}});
-    text += (text.empty() ? "volume " : "\nvolume ") + entry.name + ": " + std::to_string(entry.chunks) +
-            " chunks moved to the SSD pool";
+  for (const VolumeRecord& volume : snapshot->configuration().volumes) {
+    std::uint64_t chunks = 0;
+    state->change([&](Connection& connection) { chunks = PolicyEngine(connection).runRound(volume.id); });
+    if (chunks > 0) {
+      list.push_back({{"volume", volume.name}, {"id", volume.id}, {"chunks", chunks}});
+      text += (text.empty() ? "volume " : "\nvolume ") + volume.name + ": " + std::to_string(chunks) +
+              " chunks moved to the SSD pool";
+    }
   }
   if (text.empty()) {
     text = running

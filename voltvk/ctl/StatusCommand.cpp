@@ -41,6 +41,22 @@ Json describe(const LastRefusal& refusal) {
       {"detail", refusal.detail}};
 }
 
+/** What is wrong with the drives of pools, and how many drives there is no room for; empty if nothing is. */
+std::string troubleIn(const Snapshot& snapshot) {
+  std::vector<std::string> troubles;
+  for (const RaidObject* object : snapshot.objects()) {
+    const auto* drive = dynamic_cast<const LogicalDevice*>(object);
+    if (drive != nullptr && *drive->getTrouble() != '\0') {
+      troubles.emplace_back(drive->getTrouble());
+    }
+  }
+  const std::size_t leftOut = snapshot.configuration().drivesLeftOut;
+  if (leftOut > 0) {
+    troubles.push_back(counted(leftOut, "drive") + " of the machine left out, since there are too many");
+  }
+  return enumerated(troubles);
+}
+
 /** The refusal on one line: time, operation, text and number of the status, detail. */
 std::string textOf(const Json& refusal) {
   std::string text = refusal.at("time").get<std::string>() + " " +
@@ -73,6 +89,8 @@ Json describe(State& state) {
   status["volumes"] = countOf(*snapshot, "VirtualVolume");
   status["faults"] = snapshot->configuration().faults.size();
   status["policy"] = snapshot->configuration().policyRunning ? "running" : "stopped";
+  const std::string trouble = troubleIn(*snapshot);
+  status["trouble"] = trouble.empty() ? Json(nullptr) : Json(trouble);
   status["refusal"] = nullptr;
   state.read([&](Connection& connection) {
     if (const std::optional<LastRefusal> refusal = LastRefusal::read(connection)) {

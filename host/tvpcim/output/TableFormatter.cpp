@@ -38,7 +38,11 @@ std::string nodeText(const Instance& node) {
   const Value* used = node.property("UsedInSectors");
   text += "  " + text::formatSectors(size);
   if (used != nullptr && !used->isNull() && size > 0) {
-    text += ", " + std::to_string(percentOf(used->asUnsigned(), size)) + "% used";
+    // A drive can have shrunk below what its pool keeps on it.
+    const std::uint64_t amount = used->asUnsigned();
+    text += ", " +
+            (amount > size ? text::formatSectors(amount) : std::to_string(percentOf(amount, size)) + "%") +
+            " used";
   }
   return text;
 }

@@ -207,4 +207,18 @@ TEST_F(ConfigurationTest, CollectionsOfNothingAreNullOrEmpty) {
   EXPECT_EQ(m_lib->getRootObject()->getObject(1), nullptr);
 }
 
+TEST_F(ConfigurationTest, VolumesHaveDifferentDeviceNumbersWhateverTheirIdentifiers) {
+  const std::uint32_t pool = createPool(poolSpec("devices", {addDrive(TVK_DEVICE_HDD, 10 * MIB)}, 10 * MIB));
+  const auto create = [&](const char* name) {
+    createVolume(volumeSpec(name, TVK_VOLUME_TIERED, {{pool, MIB}}));
+    return std::pair(volumes().last()->getVolumeId(), volumes().last()->getDeviceNumber());
+  };
+  EXPECT_EQ(create("first"), std::pair(1U, std::uint16_t{1}));
+  state()->change([](voltvk::Connection& connection) {
+    connection.execute("UPDATE sqlite_sequence SET seq = 65535 WHERE name = 'volume'");
+  });
+  EXPECT_EQ(create("second"), std::pair(65536U, std::uint16_t{2}));
+  EXPECT_EQ(create("third"), std::pair(65537U, std::uint16_t{3}));
+}
+
 }  // namespace

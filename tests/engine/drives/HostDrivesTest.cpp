@@ -64,10 +64,14 @@ class HostDrivesTest : public EngineTest {
 protected:
   HostDrivesTest() : m_machine(m_directory) {}
 
-  void plainDrive(const std::string& name, const std::string& serial = "") const {
+  /** @param wwid none if empty: the drive is then known by its place, "place" and its name unless given */
+  void plainDrive(
+      const std::string& name, const std::string& wwid = "", const Machine::Files& more = {},
+      const std::string& place = "") const {
     m_machine.drive(
-        name, "pci0/ata1/host0/" + name, "scsi",
-        {{"size", "204800\n"}, {"queue/rotational", "1\n"}, {"dev", "8:0\n"}, {"device/serial", serial}});
+        name, place.empty() ? "pci0/ata1/host0/" + name : place, "scsi",
+        {{"size", "204800\n"}, {"queue/rotational", "1\n"}, {"device/wwid", wwid}});
+    m_machine.write(name, more);
   }
   std::vector<std::string> names() const {
     state()->scanDrives();
@@ -110,7 +114,7 @@ TEST_F(HostDrivesTest, EveryKindOfDriveIsReadFromTheSystemFiles) {
       {{"size", "2000\n"}, {"device/vendor", "0x1af4\n"}, {"serial", "disk-1"}});
   m_machine.drive("cciss!c0d0", "pci0/cciss0", "pci", {{"size", "100\n"}, {"queue/rotational", "1\n"}});
   m_machine.drive("md0", "virtual/md0", "none", {{"size", "100\n"}, {"md/uuid", "abc\n"}});
-  for (const char* name : {"loop0", "ram1", "zram0", "sr0", "fd0", "dm-3"}) {
+  for (const char* name : {"loop0", "ram1", "zram0", "sr0", "fd0", "dm-3", "mmcblk0boot1", "mmcblk0rpmb"}) {
     m_machine.drive(name, std::string("virtual/") + name, "none", {{"size", "100\n"}});
   }
   m_machine.drive("sdd", "pci0/host3/target3", "scsi", {{"size", "0\n"}});
@@ -143,15 +147,18 @@ TEST_F(HostDrivesTest, EveryKindOfDriveIsReadFromTheSystemFiles) {
 
 TEST_F(HostDrivesTest, DrivesInUseCannotJoinAPool) {
   // sda boots through a volume group on its second partition, sdb swaps, sdc is half of a RAID device
-  // that is mounted, sdd is mounted as a whole by a file system with numbers of its own, sde has an
-  // unused partition, sdf is free.
-  for (const char* name : {"sda", "sdb", "sdc", "sdd", "sde", "sdf"}) {
-    m_machine.drive(
-        name, std::string("pci0/host0/") + name, "scsi",
-        {{"size", "204800\n"},
-         {"queue/rotational", "1\n"},
-         {"dev", "8:" + std::to_string(16 * (name[2] - 'a')) + "\n"}});
+  // that is mounted, sdd is mounted as a whole by a file system with numbers of its own and sdg is its second
+  // device, sde has an unused partition, sdf is free. sdh is held by a device that does not say so, sdi is
+  // read-only, c0d2 swaps, c0d3 is mounted.
+  for (const char* name : {"sda", "sdb", "sdc", "sdd", "sde", "sdf", "sdg", "sdh", "sdi"}) {
+    plainDrive(name, "", {{"dev", "8:" + std::to_string(16 * (name[2] - 'a')) + "\n"}});
   }
+  plainDrive("cciss!c0d2");
+  plainDrive("cciss!c0d3");
+  m_machine.write("sdh", {{"holders/bcache0/dev", "251:0\n"}});
+  m_machine.write("sdi", {{"ro", "1\n"}});
+  m_directory.write("host/sys/fs/btrfs/0815/devices/sdd", "");
+  m_directory.write("host/sys/fs/btrfs/0815/devices/sdg", "");
   m_machine.write(
       "sda",
       {{"sda1/partition", "1\n"}, {"sda1/dev", "8:1\n"}, {"sda2/partition", "2\n"}, {"sda2/dev", "8:2\n"}});
@@ -166,34 +173,35 @@ TEST_F(HostDrivesTest, DrivesInUseCannotJoinAPool) {
                    "21 1 253:0 / / rw,relatime shared:1 master:2 - ext4 /dev/mapper/vg-root rw\n"
                    "22 21 9:0 / /data rw - xfs /dev/md0 rw\n"
                    "23 21 0:44 /sub /more rw - btrfs /dev/sdd rw\n"
+                   "24 21 0:45 / /old rw - btrfs /dev/cciss/c0d3 rw\n"
                    "line that makes no sense\n");
-  m_machine.swaps("/dev/sdb1 partition 100 0 -2\n");
-  struct Expected {
-    const char* name;
-    bool bootable;
-    bool partitioned;
-    bool mounted;
+  m_machine.swaps("/dev/sdb1 partition 100 0 -2\n/dev/cciss/c0d2 partition 100 0 -3\n");
+  const std::map<std::string, std::string> expected = {
+      {"/dev/sda", "boots this machine"},
+      {"/dev/sdb", "has partitions"},
+      {"/dev/sdc", "is held by md0"},
+      {"/dev/sdd", "is mounted at /more"},
+      {"/dev/sde", "has partitions"},
+      {"/dev/sdf", ""},
+      {"/dev/sdg", "is part of a mounted btrfs file system"},
+      {"/dev/sdh", "is held by bcache0"},
+      {"/dev/sdi", "is read-only"},
+      {"/dev/md0", "is mounted at /data"},
+      {"/dev/cciss/c0d2", "is used for swap"},
+      {"/dev/cciss/c0d3", "is mounted at /old"},
   };
-  const auto drives = m_machine.scan();
-  for (const Expected& expected :
-       {Expected{"/dev/sda", true, true, true}, Expected{"/dev/sdb", false, true, true},
-        Expected{"/dev/sdc", false, false, true}, Expected{"/dev/sdd", false, false, true},
-        Expected{"/dev/sde", false, true, false}, Expected{"/dev/md0", false, false, true},
-        Expected{"/dev/sdf", false, false, false}}) {
-    const voltvk::DriveRecord& drive = drives.at(expected.name);
-    EXPECT_EQ(drive.bootable, expected.bootable) << expected.name;
-    EXPECT_EQ(drive.partitioned, expected.partitioned) << expected.name;
-    EXPECT_EQ(drive.mounted, expected.mounted) << expected.name;
-  }
+  EXPECT_EQ(m_machine.scan().size(), expected.size());
   state()->scanDrives();
   const Listing<LogicalDevice> listed = this->drives();
   for (std::size_t i = 0; i < listed.size(); ++i) {
-    const bool free = listed[i]->getDeviceName() == std::string("/dev/sdf");
+    const std::string& use = expected.at(listed[i]->getDeviceName());
+    EXPECT_EQ(listed[i]->getObstacle(), use + (use.empty() ? "" : " and cannot join a pool"));
+    EXPECT_EQ(listed[i]->isBootable(), use == "boots this machine");
     auto spec = poolSpec(
         ("pool" + std::to_string(i)).c_str(), {static_cast<std::uint8_t>(listed[i]->getDeviceNumber())},
         listed[i]->getCapacityInSectors());
     const std::uint32_t status = adapter().createVirtualPool(spec).getReturn();
-    EXPECT_EQ(status, free ? TVK_OK : TVK_DEVICE_NOT_ELIGIBLE) << listed[i]->getDeviceName();
+    EXPECT_EQ(status, use.empty() ? TVK_OK : TVK_DEVICE_NOT_ELIGIBLE) << listed[i]->getDeviceName();
   }
 }
 
@@ -209,9 +217,89 @@ TEST_F(HostDrivesTest, DrivesKeepTheirNumbers) {
   EXPECT_EQ(names(), (std::vector<std::string>{"1 /dev/sdb", "2 /dev/sdc", "3 /dev/tvk3"}));
   plainDrive("sdd", "one");  // back again under another name
   EXPECT_EQ(names(), (std::vector<std::string>{"0 /dev/sdd", "1 /dev/sdb", "2 /dev/sdc", "3 /dev/tvk3"}));
-  plainDrive("sde", "two");  // two drives that cannot be told apart
-  EXPECT_EQ(names().size(), 5U);
-  EXPECT_EQ(names().size(), 5U);
+}
+
+TEST_F(HostDrivesTest, NoDriveTakesThePlaceOfAnother) {
+  const auto adapterPath = [](const char* host) {
+    return std::string("pci0/host") + host + "/target" + host + ":0:0/" + host + ":0:0:0";
+  };
+  const Machine::Files serial = {{"device/serial", "S1"}};
+  plainDrive("sda", "", serial, adapterPath("3"));
+  plainDrive("sdb", "", serial, "pci1/host4/4:0:0:0");  // a bridge that gives every drive this number
+  plainDrive("sdc", "naa.1", serial);
+  plainDrive("sdd", "naa.1", {{"device/serial", "S2"}});  // a copy of the other's WWID
+  EXPECT_EQ(names().size(), 4U);
+  const std::uint32_t pool = createPool(poolSpec("pool", {0, 2}, 100 * MIB));
+  m_machine.remove("sda");
+  m_machine.remove("sdc");
+  EXPECT_EQ(names(), (std::vector<std::string>{"0 /dev/sda", "1 /dev/sdb", "2 /dev/sdc", "3 /dev/sdd"}));
+  EXPECT_EQ(drives()[0]->getStatus() + drives()[2]->getStatus(), 2 * TVK_DEVICE_MISSING);
+  EXPECT_STREQ(pools()[0]->getTrouble(), "drive 0 (/dev/sda) is missing; drive 2 (/dev/sdc) is missing");
+  plainDrive("sdx", "", serial, adapterPath("7"));  // hosts are numbered as they are found
+  plainDrive("sdy", "naa.1", serial);
+  EXPECT_EQ(names(), (std::vector<std::string>{"0 /dev/sdx", "1 /dev/sdb", "2 /dev/sdy", "3 /dev/sdd"}));
+  EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_GOOD) << pool;
+}
+
+TEST_F(HostDrivesTest, PathsToOneUnitAreOneDrive) {
+  plainDrive("sda", "naa.1");
+  plainDrive("sdb", "naa.1");
+  plainDrive("sdc", "naa.2");
+  m_machine.write("sdb", {{"ro", "1\n"}});
+  plainDrive("sde", "naa.3", {}, "pci0/usb1/1-1/host5/sde");
+  EXPECT_EQ(names().size(), 3U);
+  plainDrive("sdd", "naa.3", {}, "pci0/usb1/1-2/host6/sdd");  // the bridges' number
+  const std::vector<std::string> found = {"0 /dev/sda", "1 /dev/sdc", "2 /dev/sde", "3 /dev/sdd"};
+  EXPECT_EQ(names(), found);
+  EXPECT_EQ(std::string(drives()[0]->getObstacle()), "is read-only and cannot join a pool");
+  m_machine.remove("sda");
+  EXPECT_EQ(names().front(), "0 /dev/sdb");
+}
+
+TEST_F(HostDrivesTest, DrivesOfAnEarlierVersionAreFoundOnce) {
+  state()->change([](voltvk::Connection& connection) {
+    const char* columns =
+        "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model,"
+        " sectors, type, interface, removable, bootable, partitioned, mounted) VALUES";
+    connection.execute(
+        (std::string(columns) +
+         "(10, 'wwid:naa.1', 0, 1, '/dev/sda', '', 'naa.1', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(11, 'serial:S1/', 0, 1, '/dev/sdb', 'S1', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(12, 'name:/dev/sdc', 0, 1, '/dev/sdc', '', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(13, 'serial:S2/', 0, 1, '/dev/sdd', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+         "(14, 'serial:S2///dev/sde', 0, 1, '/dev/sde', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0);"
+         "UPDATE setting SET value = 14 WHERE name = 'last_drive_number'")
+            .c_str());
+  });
+  plainDrive("sda", "naa.1");
+  plainDrive("sdb", "", {{"device/serial", "S1"}});
+  plainDrive("sdc");
+  plainDrive("sdd", "", {{"device/serial", "S2"}});
+  const std::vector<std::string> found = {"10 /dev/sda", "11 /dev/sdb", "12 /dev/sdc", "15 /dev/sdd"};
+  EXPECT_EQ(names(), found) << "13 and 14 could both be the last";
+  plainDrive("sdf", "", {{"device/serial", "S1"}});
+  EXPECT_EQ(names().back(), "16 /dev/sdf") << "11 is known by its place now";
+}
+
+TEST_F(HostDrivesTest, DrivesBeyondTheLastNumberAreReported) {
+  state()->change([](voltvk::Connection& connection) {
+    connection.execute("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 253)"
+                       "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, "
+                       "model, sectors, type,"
+                       " interface, removable, bootable, partitioned, mounted)"
+                       " SELECT i, i, 1, 1, i, '', '', '', '', 8, 1, 6, 0, 0, 0, 0 FROM n;"
+                       "UPDATE setting SET value = 253 WHERE name = 'last_drive_number'");
+  });
+  for (const char* name : {"sda", "sdb", "sdc"}) {
+    plainDrive(name);
+  }
+  EXPECT_EQ(names().size(), 255U);
+  EXPECT_EQ(names().size(), 255U);
+  const std::vector<std::string> expected = {
+      "601 Drive [/dev/sda] was added",
+      "603 [2] drives of the machine are left out, since there are [255] already"};
+  EXPECT_EQ(newEvents(), expected) << "once";
+  EXPECT_EQ(state()->snapshot()->configuration().drivesLeftOut, 2U);
 }
 
 TEST_F(HostDrivesTest, AMissingDriveDegradesItsPoolsAndVolumes) {
@@ -220,6 +308,7 @@ TEST_F(HostDrivesTest, AMissingDriveDegradesItsPoolsAndVolumes) {
   EXPECT_EQ(names().size(), 2U);
   const std::uint32_t pool = createPool(poolSpec("pool", {0, 1}, 100 * MIB));
   createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, MIB}}));
+  EXPECT_STREQ(volumes()[0]->getTrouble(), "");
   newEvents();
   m_machine.remove("sda");
   EXPECT_EQ(names().size(), 2U);
@@ -227,21 +316,39 @@ TEST_F(HostDrivesTest, AMissingDriveDegradesItsPoolsAndVolumes) {
   EXPECT_EQ(drives()[1]->getStatus(), TVK_DEVICE_ONLINE);
   EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_DEGRADED);
   EXPECT_EQ(volumes()[0]->getState(), TVK_HEALTH_DEGRADED);
+  EXPECT_STREQ(drives()[0]->getTrouble(), "drive 0 (/dev/sda) is missing");
+  EXPECT_STREQ(volumes()[0]->getTrouble(), "pool 1 (pool) is degraded: drive 0 (/dev/sda) is missing");
   EXPECT_EQ(newEvents(), std::vector<std::string>{"602 Drive [/dev/sda] was removed"});
+  auto more = volumeSpec("more", TVK_VOLUME_TIERED, {{pool, MIB}});
+  const Ret refused = adapter().createVirtualVolume(more);
+  EXPECT_EQ(refused.getReturn(), TVK_POOL_DEGRADED);
+  EXPECT_STREQ(
+      refused.getDetail(),
+      "pool 1 (pool) is degraded: drive 0 (/dev/sda) is missing; mend that, or choose another pool");
+  newEvents();
   plainDrive("sdc", "one");
   EXPECT_EQ(names().size(), 2U);
   EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_GOOD);
   EXPECT_EQ(newEvents(), std::vector<std::string>{"601 Drive [/dev/sdc] was added"});
 }
 
-TEST_F(HostDrivesTest, APoolThatFillsItsDriveExactlyIsGood) {
-  plainDrive("sda", "one");  // 100 MiB
+TEST_F(HostDrivesTest, APoolIsDegradedWhileItsDriveIsTooSmallOrUsedOtherwise) {
+  plainDrive("sda", "one", {{"dev", "8:0\n"}});  // 100 MiB
   EXPECT_EQ(names().size(), 1U);
   createPool(poolSpec("pool", {0}, 100 * MIB));
   EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_GOOD);
-  m_machine.write("sda", {{"size", "204799\n"}});
-  EXPECT_EQ(names().size(), 1U);
-  EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_DEGRADED) << "it has shrunk below its pool";
+  const auto troubleAfter = [&](const Machine::Files& files) {
+    m_machine.write("sda", files);
+    names();
+    EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_DEGRADED);
+    return std::string(pools()[0]->getTrouble());
+  };
+  m_machine.mounts("22 21 8:0 / /my\\040data rw - xfs /dev/sda rw\n");
+  EXPECT_EQ(troubleAfter({}), "drive 0 (/dev/sda) is mounted at /my data");
+  EXPECT_EQ(troubleAfter({{"sda1/partition", "1\n"}}), "drive 0 (/dev/sda) has partitions");
+  EXPECT_EQ(
+      troubleAfter({{"size", "204799\n"}}), "drive 0 (/dev/sda) has shrunk to 100 MiB (204799 sectors), less "
+                                            "than the 100 MiB that its pool keeps on it");
 }
 
 TEST_F(HostDrivesTest, ThePoolsTierLevelFollowsTheKindOfItsDrive) {
@@ -254,8 +361,13 @@ TEST_F(HostDrivesTest, ThePoolsTierLevelFollowsTheKindOfItsDrive) {
   EXPECT_EQ(adapter().modifyVirtualPool(pool, poolSpec("", {}, 0, TVK_TIER_SSD)).getReturn(), TVK_OK);
   EXPECT_EQ(pools()[0]->getTierLevel(), TVK_TIER_SSD);
   EXPECT_EQ(newEvents(), std::vector<std::string>{"20A Pool [pool] has now the tier level [3]"});
+  createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{pool, MIB}}));
+  m_machine.write("sda", {{"queue/rotational", "1\n"}});
+  EXPECT_EQ(names().size(), 1U);
   EXPECT_EQ(
-      adapter().modifyVirtualPool(pool, poolSpec("", {}, 0, TVK_TIER_HDD)).getReturn(),
+      adapter().modifyVirtualPool(pool, poolSpec("", {}, 0, TVK_TIER_HDD)).getReturn(), TVK_POOL_IN_USE);
+  EXPECT_EQ(
+      adapter().modifyVirtualPool(pool, poolSpec("", {}, 0, TVK_TIER_SSD)).getReturn(),
       TVK_INVALID_TIER_LEVEL);
 }
 

@@ -120,6 +120,8 @@ TEST_F(RefusalsTest, UnfitPoolsAreRefusedWithTheRightStatus) {
   const auto named = [&](const std::string& name) { return pool(name.c_str()); };
   std::vector<std::uint8_t> many(65);
   std::iota(many.begin(), many.end(), std::uint8_t{0});
+  addDrive(TVK_DEVICE_HDD, 16 * MIB);  // 7
+  newEvents();
   const std::vector<Spoiled<VirtualPoolSpec>> cases = {
       {TVK_INVALID_NAME, "the name has " + std::to_string(LONGEST_NAME.size() + 1) + " bytes" + NAME_RULE,
        named(LONGEST_NAME + "n")},
@@ -127,6 +129,10 @@ TEST_F(RefusalsTest, UnfitPoolsAreRefusedWithTheRightStatus) {
        named("line\nbreak")},
       {TVK_INVALID_NAME, "the name '\\xC2\\x85' has control characters in it", named("\xC2\x85")},
       {TVK_INVALID_NAME, "the name 'half \\xC3' is not UTF-8", named("half \xC3")},
+      {TVK_INVALID_NAME, "the name '  \xC2\xA0' has only blanks; choose one that can be seen",
+       named("  \xC2\xA0")},
+      {TVK_INVALID_NAME, "the name has the invisible character U+200B in it", named("poo\xE2\x80\x8Bl")},
+      {TVK_INVALID_NAME, "the name has the invisible character U+202E in it", named("\xE2\x80\xAEloop")},
       {TVK_INVALID_NAME, "the name has no end" + NAME_RULE, pool(),
        [](auto& spec) { std::fill_n(spec.name, sizeof spec.name, 'x'); }},
       {TVK_INVALID_DESCRIPTION, "the description has too many bytes" + DESCRIPTION_RULE, pool(),
@@ -153,6 +159,10 @@ TEST_F(RefusalsTest, UnfitPoolsAreRefusedWithTheRightStatus) {
        "drive 3 (/dev/tvk3) holds 100 MiB in whole chunks of 1 MiB, less than the 100 MiB (204801 sectors) "
        "asked for",
        pool("new", {3}, 100 * MIB + 1)},
+      {TVK_INVALID_CAPACITY, "1 MiB asked for: drive 7 (/dev/tvk7) would get no chunk of 1 MiB; leave it out",
+       pool("new", {7, 3}, MIB)},
+      {TVK_NOT_ENOUGH_SPACE, "drive 7 (/dev/tvk7) has 16 MiB, less than a chunk of 32 MiB; leave it out",
+       pool("new", {3, 7}, 96 * MIB), [](auto& spec) { spec.chunkSizeInSectors = 65536; }},
       {TVK_NOT_ENOUGH_SPACE, "less than the 8192 EiB (18446744073709551615 sectors) asked for",
        pool("new", {3}, LARGE)},
       {TVK_INVALID_ARGUMENT, "the pool type 5 is unknown; use 0 or 16", pool(),

@@ -177,12 +177,12 @@ Instance node(const std::string& name, std::uint64_t size, std::uint64_t used, V
 TEST(Formatters, ShowATree) {
   const Instance root = node(
       "top", 2048, 1024,
-      {Value::instance(node("left", 4, 0, {Value::instance(node("leaf", 4, 4, {}))})),
+      {Value::instance(node("left", 4, 0, {Value::instance(node("leaf", 4, 12, {}))})),
        Value::instance(node("right", 0, 0, {}))});
   EXPECT_EQ(
       formatter("table")->tree({root}), "pool 7 top  1 MiB, 50% used\n"
                                         "├─ pool 7 left  2 KiB, 0% used\n"
-                                        "│ └─ pool 7 leaf  2 KiB, 100% used\n"
+                                        "│ └─ pool 7 leaf  2 KiB, 6 KiB used\n"
                                         "└─ pool 7 right  0 B\n");
   const ordered_json parsed = ordered_json::parse(formatter("json")->tree({root}));
   EXPECT_EQ(parsed.at(0).at("Children").at(0).at("Children").at(0).at("Name"), "leaf");

@@ -19,29 +19,26 @@ void PolicyEngine::setRunning(bool running) {
   Statement(m_connection, "UPDATE setting SET value = ? WHERE name = 'policy_running'", running).run();
 }
 
-std::vector<PolicyEngine::Moved> PolicyEngine::runRound() {
-  std::vector<Moved> moved;
-  if (!isRunning()) {
-    return moved;
+std::uint64_t PolicyEngine::runRound(std::uint32_t volumeId) {
+  const std::vector<VolumeRecord> volumes = SnapshotReader(m_connection).volumes();
+  const auto volume = std::find_if(volumes.begin(), volumes.end(), [&](const VolumeRecord& candidate) {
+    return candidate.id == volumeId && candidate.hddChunks > 0 && candidate.ssdChunks > 0;
+  });
+  if (volume == volumes.end() || !isRunning()) {
+    return 0;
   }
-  for (const VolumeRecord& volume : SnapshotReader(m_connection).volumes()) {
-    if (volume.hddChunks == 0 || volume.ssdChunks == 0) {
-      continue;
-    }
-    const std::uint64_t chunks = moveChunks(volume);
-    if (chunks > 0) {
-      EventJournal(m_connection)
-          .append(
-              TVK_EVENT_VOLUME_CHUNKS_MOVED, TVK_EVENT_INFORMATION,
-              "Volume {}: {} chunks moved to the SSD pool", {volume.name, std::to_string(chunks)}, volume.id);
-      moved.push_back({volume.id, volume.name, chunks});
-    }
+  const std::uint64_t chunks = moveChunks(*volume);
+  age(*volume);
+  if (chunks > 0) {
+    EventJournal(m_connection)
+        .append(
+            TVK_EVENT_VOLUME_CHUNKS_MOVED, TVK_EVENT_INFORMATION,
+            "Volume {}: {} chunks moved to the SSD pool", {volume->name, std::to_string(chunks)}, volume->id);
   }
-  return moved;
+  return chunks;
 }
 
 std::uint64_t PolicyEngine::moveChunks(const VolumeRecord& volume) {
-  age(volume);
   const std::vector<Candidate> hot = hottest(volume);
   std::uint64_t room = volume.isCached() ? freeCacheChunks(volume) : 0;
   const std::size_t needed = hot.size() - std::min<std::uint64_t>(room, hot.size());
@@ -67,9 +64,7 @@ std::uint64_t PolicyEngine::moveChunks(const VolumeRecord& volume) {
 }
 
 void PolicyEngine::age(const VolumeRecord& volume) {
-  Statement(
-      m_connection, "UPDATE chunk SET heat = heat / 2 WHERE volume = ? AND ssd = 1 AND heat > 0", volume.id)
-      .run();
+  Statement(m_connection, "UPDATE chunk SET heat = heat / 2 WHERE volume = ? AND heat > 0", volume.id).run();
   // A cold chunk in its original place needs no row.
   Statement(
       m_connection, "DELETE FROM chunk WHERE volume = ? AND heat = 0 AND ssd = (? = 0 AND number >= ?)",

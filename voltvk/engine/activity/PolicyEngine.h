@@ -12,30 +12,27 @@ namespace voltvk {
 class Connection;
 
 /**
- * Moves the most used chunks to the SSDs. Each round moves the hottest chunks of every volume that has both
+ * Moves the most used chunks to the SSDs. Each round moves the hottest chunks of a volume that has both
  * kinds of pool, as many as its limits allow. A tiered volume exchanges them for colder ones; a cached one
  * copies them into its cache and, when that is full, drops colder ones, which are first written back if
- * dirty. Chunks on an SSD age: their heat halves every round, so chunks that are no longer used make room.
- * Works within the caller's transaction. Throws DatabaseError.
+ * dirty. All chunks age alike: at the end of a round their heat halves, so that chunks that are no longer
+ * used make room, and nothing moves while nothing is used. Works within the caller's transaction. Throws
+ * DatabaseError.
  */
 class PolicyEngine {
 public:
-  /** What one round did for a volume. */
-  struct Moved {
-    std::uint32_t volume = 0;
-    std::string name;
-    std::uint64_t chunks = 0;
-  };
-
   explicit PolicyEngine(Connection& connection) : m_connection(connection) {}
 
   bool isRunning();
   void setRunning(bool running);
 
   /**
-   * Runs one round. @return what was moved, for volumes with at least one moved chunk; nothing while stopped.
+   * Runs one round for a volume. A round for many volumes is many transactions, so that others can use the
+   * state in between.
+   * @return how many chunks were moved to the SSDs; 0 while stopped, and for a volume that is gone or has
+   * pools of one kind only
    */
-  std::vector<Moved> runRound();
+  std::uint64_t runRound(std::uint32_t volumeId);
 
 private:
   struct Candidate {

@@ -53,7 +53,8 @@ void PoolChanges::modify(std::uint32_t poolId, const VirtualPoolSpec& spec) {
   SnapshotReader reader(m_connection);
   const std::vector<DriveRecord> drives = reader.drives();
   const std::vector<PoolRecord> pools = reader.pools();
-  const PoolChange change = PoolRules(drives, pools, {}).modification(poolId, spec);
+  const std::vector<VolumeRecord> volumes = reader.volumes();
+  const PoolChange change = PoolRules(drives, pools, volumes).modification(poolId, spec);
   Statement old(m_connection, "SELECT name FROM pool WHERE id = ?", poolId);
   old.step();
   std::string name = old.text(0);

@@ -51,6 +51,21 @@ VolumeRecord VolumeChanges::find(std::uint32_t volumeId) {
   return VolumeRules({}, volumes).volume(volumeId);
 }
 
+std::uint16_t VolumeChanges::freeDeviceNumber(std::uint32_t volumeId) {
+  // The identifier, as long as it fits: clients see both.
+  constexpr std::uint32_t LARGEST = 0xFFFF;
+  std::set<std::uint32_t> taken;
+  Statement rows(m_connection, "SELECT device FROM volume WHERE id <> ?", volumeId);
+  while (rows.step()) {
+    taken.insert(rows.as<std::uint32_t>(0));
+  }
+  std::uint32_t number = (volumeId - 1) % LARGEST + 1;
+  while (taken.count(number) != 0) {
+    number = number % LARGEST + 1;
+  }
+  return static_cast<std::uint16_t>(number);
+}
+
 std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
   Statement(
       m_connection,
@@ -60,6 +75,7 @@ std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
       volume.knob)
       .run();
   const auto id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
+  Statement(m_connection, "UPDATE volume SET device = ? WHERE id = ?", freeDeviceNumber(id), id).run();
   Statement extent(
       m_connection, "INSERT INTO volume_extent(volume, position, pool, first, chunks) VALUES(?, ?, ?, ?, ?)");
   for (std::size_t position = 0; position < volume.extents.size(); ++position) {
@@ -76,7 +92,10 @@ std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
 
 std::uint32_t VolumeChanges::create(const VirtualVolumeSpec& spec) {
   const Configuration current = SnapshotReader(m_connection).configuration();
-  return insert(VolumeRules(current.pools, current.volumes).creation(spec));
+  const VolumeRules rules(current.pools, current.volumes);
+  const VolumeRecord volume = rules.creation(spec);
+  rules.checkHealth(volume, Health(current.drives, current.pools, current.volumes));
+  return insert(volume);
 }
 
 std::uint32_t VolumeChanges::createCachedDrive(
@@ -91,7 +110,10 @@ std::uint32_t VolumeChanges::createCachedDrive(
   hddPool.poolId = PoolChanges(m_connection).create(hddPool);
   const Configuration current = reader.configuration();
   const VirtualPoolEntry cache{ssdPool.poolId, ssdPool.capacityInSectors};
-  return insert(VolumeRules(current.pools, current.volumes).cachedDrive(volume, hddPool.poolId, cache));
+  const VolumeRules rules(current.pools, current.volumes);
+  const VolumeRecord made = rules.cachedDrive(volume, hddPool.poolId, cache);
+  rules.checkHealth(made, Health(current.drives, current.pools, current.volumes));
+  return insert(made);
 }
 
 void VolumeChanges::modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec) {

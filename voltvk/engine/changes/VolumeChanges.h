@@ -47,6 +47,8 @@ public:
 
 private:
   VolumeRecord find(std::uint32_t volumeId);
+  /** A number of 16 bits that no other volume has. */
+  std::uint16_t freeDeviceNumber(std::uint32_t volumeId);
   std::uint32_t insert(const VolumeRecord& volume);
 
   Connection& m_connection;

@@ -110,7 +110,7 @@ Ret TvkAdapter::deleteVirtualPool(std::uint32_t poolId) {
 
 Ret TvkAdapter::createVirtualVolume(VirtualVolumeSpec& spec) {
   std::uint32_t id = TVK_NO_ID;
-  const Ret ret = change(
+  const Ret ret = changeWithDrives(
       *this, operations::createVirtualVolume,
       [&](Connection& connection) { id = VolumeChanges(connection).create(spec); },
       [&](Connection& connection) { VolumeChanges(connection).reportCreationFailed(spec); });

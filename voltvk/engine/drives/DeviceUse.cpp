@@ -2,32 +2,84 @@
 #include "voltvk/engine/drives/DeviceUse.h"
 
 #include "voltvk/engine/drives/SystemText.h"
+#include "voltvk/engine/state/PlainText.h"
 
+#include <algorithm>
 #include <sstream>
 
 namespace voltvk {
 
+namespace {
+
+const std::string NODES = "/dev/";
+
+/** The mount table writes blanks and their like as "\\040". */
+std::string unescaped(const std::string& field) {
+  std::string text;
+  for (std::size_t i = 0; i < field.size(); ++i) {
+    const std::string octal = field[i] == '\\' ? field.substr(i + 1, 3) : "";
+    if (octal.size() == 3 && octal.find_first_not_of("01234567") == std::string::npos) {
+      text += static_cast<char>(std::stoi(octal, nullptr, 8));
+      i += 3;
+    } else {
+      text += field[i];
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
 DeviceUse::DeviceUse(const std::string& sysfs, const std::string& mountInfo, const std::string& swaps)
     : m_blockDirectory(sysfs + "/block") {
   readDevices();
-  for (const auto& [upper, lowers] : m_stackedUpon) {
-    for (const std::string& lower : lowers) {
-      addWithBases(lower, m_used);
-    }
-  }
+  readFileSystems(sysfs + "/fs/btrfs");
   readMounts(mountInfo);
   readSwaps(swaps);
+  for (const std::set<std::string>& devices : m_fileSystems) {
+    for (const std::string& device : devices) {
+      setUse(device, "is part of a mounted btrfs file system");
+    }
+  }
+  for (const auto& [upper, lowers] : m_stackedUpon) {
+    for (const std::string& lower : lowers) {
+      const std::string name = readSystemText(m_blockDirectory + "/" + upper + "/dm/name");
+      setUse(lower, "is held by " + upper + (name.empty() ? "" : " (" + name + ")"));
+    }
+  }
+}
+
+std::string DeviceUse::useOf(const std::string& drive) const {
+  const auto use = m_uses.find(drive);
+  return use == m_uses.end() ? "" : use->second;
+}
+
+void DeviceUse::setUse(const std::string& device, const std::string& use) {
+  m_uses.emplace(device, use);
+  const auto parent = m_parent.find(device);
+  if (parent != m_parent.end()) {
+    m_uses.emplace(parent->second, use);
+  }
 }
 
 void DeviceUse::readDevices() {
+  // The kernel lists a stacked device in "slaves" of the upper and in "holders" of the lower one; some
+  // drivers fill only one of them.
+  const auto readHolders = [this](const std::string& device, const std::string& directory) {
+    for (const std::string& holder : listDirectory(directory + "/holders")) {
+      m_stackedUpon[holder].insert(device);
+    }
+  };
   for (const std::string& device : listDirectory(m_blockDirectory)) {
     const std::string directory = pathOf(m_blockDirectory, device);
-    m_nameOfNumber[readSystemText(directory + "/dev")] = device;
+    m_nameOfNumber.emplace(readSystemText(directory + "/dev"), device);
+    readHolders(device, directory);
     for (const std::string& child : listDirectory(directory)) {
       const std::string childDirectory = pathOf(directory, child);
       if (!readSystemText(pathOf(childDirectory, "partition")).empty()) {
         m_parent[child] = device;
-        m_nameOfNumber[readSystemText(pathOf(childDirectory, "dev"))] = child;
+        m_nameOfNumber.emplace(readSystemText(pathOf(childDirectory, "dev")), child);
+        readHolders(child, childDirectory);
       }
     }
     for (const std::string& slave : listDirectory(directory + "/slaves")) {
@@ -38,28 +90,66 @@ void DeviceUse::readDevices() {
       m_mapperNames[mapperName] = device;
     }
   }
+  m_nameOfNumber.erase("");  // a device that vanished meanwhile
+}
+
+void DeviceUse::readFileSystems(const std::string& btrfs) {
+  for (const std::string& fileSystem : listDirectory(btrfs)) {
+    const std::vector<std::string> devices = listDirectory(pathOf(btrfs, fileSystem) + "/devices");
+    m_fileSystems.emplace_back(devices.begin(), devices.end());
+  }
 }
 
 void DeviceUse::addWithBases(const std::string& device, std::set<std::string>& out) const {
   if (device.empty() || !out.insert(device).second) {
     return;
   }
-  auto parent = m_parent.find(device);
+  const auto parent = m_parent.find(device);
   if (parent != m_parent.end()) {
     addWithBases(parent->second, out);
   }
-  auto stacked = m_stackedUpon.find(device);
+  const auto addAll = [&](const std::set<std::string>& devices) {
+    for (const std::string& other : devices) {
+      addWithBases(other, out);
+    }
+  };
+  const auto stacked = m_stackedUpon.find(device);
   if (stacked != m_stackedUpon.end()) {
-    for (const std::string& lower : stacked->second) {
-      addWithBases(lower, out);
+    addAll(stacked->second);
+  }
+  for (const std::set<std::string>& devices : m_fileSystems) {
+    if (devices.count(device) != 0) {
+      addAll(devices);
     }
   }
 }
 
 std::string DeviceUse::kernelName(const std::string& node) const {
-  const std::string name = baseName(node);
-  auto mapped = m_mapperNames.find(name);
-  return mapped == m_mapperNames.end() ? name : mapped->second;
+  const auto mapped = m_mapperNames.find(baseName(node));
+  if (mapped != m_mapperNames.end()) {
+    return mapped->second;
+  }
+  std::string name = node.substr(NODES.size());
+  std::replace(name.begin(), name.end(), '/', '!');  // as sysfs writes a slash
+  return name;
+}
+
+std::vector<std::string>
+DeviceUse::mountedDevices(const std::string& number, const std::string& sources) const {
+  const auto known = m_nameOfNumber.find(number);
+  if (known != m_nameOfNumber.end()) {
+    return {known->second};
+  }
+  // Some file systems have a device number of their own; the source then names their devices.
+  std::vector<std::string> devices;
+  std::istringstream list(sources);
+  list.exceptions(std::ios::badbit);
+  for (std::string source; std::getline(list, source, ':');) {
+    if (source.rfind(NODES, 0) == 0) {
+      devices.push_back(kernelName(unescaped(source)));
+    }
+  }
+  return devices;
 }
 
 void DeviceUse::readMounts(const std::string& mountInfo) {
@@ -67,7 +157,7 @@ void DeviceUse::readMounts(const std::string& mountInfo) {
   table.exceptions(
       std::ios::badbit);  // without memory, a mount that is left out would make its drive look free
   std::string line;
-  std::string rootDevice;
+  std::vector<std::string> rootDevices;
   while (std::getline(table, line)) {
     // Number, parent, major:minor, root, mount point, options, optional fields, "-", type, source.
     std::istringstream fields(line);
@@ -78,19 +168,19 @@ void DeviceUse::readMounts(const std::string& mountInfo) {
     fields >> ignored >> ignored >> number >> ignored >> point;
     while (fields >> ignored && ignored != "-") {
     }
-    std::string source;
-    fields >> ignored >> source;
-    // Some file systems have a device number of their own; the source then names the device.
-    auto known = m_nameOfNumber.find(number);
-    std::string device = known != m_nameOfNumber.end()   ? known->second
-                         : source.rfind("/dev/", 0) == 0 ? kernelName(source)
-                                                         : std::string();
-    addWithBases(device, m_used);
+    std::string sources;
+    fields >> ignored >> sources;
+    const std::vector<std::string> devices = mountedDevices(number, sources);
+    for (const std::string& device : devices) {
+      setUse(device, "is mounted at " + cleanText(unescaped(point)));
+    }
     if (point == "/") {
-      rootDevice = device;  // the last mount covers what was there before
+      rootDevices = devices;  // the last mount covers what was there before
     }
   }
-  addWithBases(rootDevice, m_bootable);
+  for (const std::string& device : rootDevices) {
+    addWithBases(device, m_bootable);
+  }
 }
 
 void DeviceUse::readSwaps(const std::string& swaps) {
@@ -103,8 +193,8 @@ void DeviceUse::readSwaps(const std::string& swaps) {
     fields.exceptions(std::ios::badbit);
     std::string source;
     fields >> source;
-    if (source.rfind("/dev/", 0) == 0) {
-      addWithBases(kernelName(source), m_used);
+    if (source.rfind(NODES, 0) == 0) {
+      setUse(kernelName(unescaped(source)), "is used for swap");
     }
   }
 }

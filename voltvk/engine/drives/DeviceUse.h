@@ -5,11 +5,12 @@
 #include <map>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace voltvk {
 
 /**
- * Which block devices are in use: mounted, swapped on, or part of a device-mapper or RAID device.
+ * What the block devices are used for: mounted, swapped on, or part of another block device or a file system.
  * Use of a partition, or of anything stacked on a drive, counts as use of the drive.
  */
 class DeviceUse {
@@ -18,15 +19,21 @@ public:
   DeviceUse(const std::string& sysfs, const std::string& mountInfo, const std::string& swaps);
 
   bool isBootable(const std::string& drive) const { return m_bootable.count(drive) != 0; }
-  bool isUsed(const std::string& drive) const { return m_used.count(drive) != 0; }
+  /** The end of a sentence about the drive: "is mounted at /data"; empty if it is not used. */
+  std::string useOf(const std::string& drive) const;
 
 private:
   void readDevices();
+  void readFileSystems(const std::string& btrfs);
   void readMounts(const std::string& mountInfo);
+  /** @param number "8:1" @param sources the device nodes of a mount, separated by colons */
+  std::vector<std::string> mountedDevices(const std::string& number, const std::string& sources) const;
   void readSwaps(const std::string& swaps);
-  /** Adds the device, its parent and everything that it is stacked on. */
+  /** Records the use of a device and of the drive that it is a partition of, unless another is known. */
+  void setUse(const std::string& device, const std::string& use);
+  /** Adds the device, its parent, what it is stacked on, and the other devices of its file system. */
   void addWithBases(const std::string& device, std::set<std::string>& out) const;
-  /** The kernel's name for a device node such as "/dev/mapper/data"; empty when unknown. */
+  /** The kernel's name for a device node such as "/dev/mapper/data" or "/dev/cciss/c0d0". */
   std::string kernelName(const std::string& node) const;
 
   std::string m_blockDirectory;
@@ -34,8 +41,9 @@ private:
   std::map<std::string, std::string> m_parent;                 // "sda1" -> "sda"
   std::map<std::string, std::set<std::string>> m_stackedUpon;  // "dm-0" -> "sda2", ...
   std::map<std::string, std::string> m_mapperNames;            // "data" -> "dm-0"
+  std::vector<std::set<std::string>> m_fileSystems;            // those that span devices
   std::set<std::string> m_bootable;
-  std::set<std::string> m_used;
+  std::map<std::string, std::string> m_uses;
 };
 
 }  // namespace voltvk

@@ -3,6 +3,7 @@
 
 #include "voltvk/Limits.h"
 #include "voltvk/LogicalDevice.h"
+#include "voltvk/engine/drives/DriveIdentity.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/EventJournal.h"
 #include "voltvk/engine/state/PlainText.h"
@@ -12,7 +13,7 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <set>
 #include <tuple>
 
 namespace voltvk {
@@ -24,16 +25,9 @@ constexpr std::size_t MAX_TEXT = 63;
 
 auto looks(const DriveRecord& drive) {
   return std::tie(
-      drive.name, drive.serial, drive.wwid, drive.vendor, drive.model, drive.sectors, drive.type,
-      drive.interfaceType, drive.removable, drive.bootable, drive.partitioned, drive.mounted);
-}
-
-std::map<std::string, DriveRecord> byIdentity(const std::vector<DriveRecord>& drives) {
-  std::map<std::string, DriveRecord> sorted;
-  for (const DriveRecord& drive : drives) {
-    sorted.emplace(drive.identity, drive);
-  }
-  return sorted;
+      drive.identity, drive.name, drive.serial, drive.wwid, drive.vendor, drive.model, drive.sectors,
+      drive.type, drive.interfaceType, drive.removable, drive.bootable, drive.partitioned, drive.mounted,
+      drive.readOnly, drive.use);
 }
 
 std::string padded(std::int64_t number) {
@@ -43,43 +37,72 @@ std::string padded(std::int64_t number) {
 
 }  // namespace
 
-bool DriveRegistry::differs(const std::vector<DriveRecord>& hostDrives) {
-  const auto found = byIdentity(hostDrives);
-  std::size_t known = 0;
+bool DriveRegistry::differs(std::vector<DriveRecord> hostDrives) {
   const std::vector<DriveRecord> drives = SnapshotReader(m_connection).drives();
-  for (const DriveRecord& drive : drives) {
-    const auto match = found.find(drive.identity);
-    if (drive.isVirtual) {
-      continue;
-    }
-    const bool here = match != found.end();
-    if (here != drive.present || (here && looks(match->second) != looks(drive))) {
+  const std::vector<const DriveRecord*> matches = matchDrives(drives, hostDrives);
+  const std::set<const DriveRecord*> here(matches.begin(), matches.end());
+  std::size_t newcomers = 0;
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    newcomers += matches[i] == nullptr ? 1 : 0;
+    if (matches[i] != nullptr && (!matches[i]->present || looks(*matches[i]) != looks(hostDrives[i]))) {
       return true;
     }
-    known += here ? 1 : 0;
   }
-  return known < found.size() && drives.size() < CAPACITY;
+  if (std::any_of(drives.begin(), drives.end(), [&](const DriveRecord& drive) {
+        return !drive.isVirtual && drive.present && here.count(&drive) == 0;
+      })) {
+    return true;
+  }
+  const auto kept = static_cast<std::size_t>(m_connection.number(
+      "SELECT count(*) FROM drive WHERE present = 1 OR number IN (SELECT drive FROM pool_member)"));
+  const std::size_t added = std::min(newcomers, CAPACITY - std::min(CAPACITY, kept));
+  return added > 0 || newcomers != leftOut();
 }
 
-void DriveRegistry::reconcile(const std::vector<DriveRecord>& hostDrives) {
-  auto found = byIdentity(hostDrives);
-  for (const DriveRecord& drive : SnapshotReader(m_connection).drives()) {
-    const auto match = found.find(drive.identity);
-    if (drive.isVirtual) {
-      continue;
-    }
-    if (match != found.end()) {
-      update(drive, match->second);
-      found.erase(match);
-    } else if (drive.present) {
+void DriveRegistry::reconcile(std::vector<DriveRecord> hostDrives) {
+  const std::vector<DriveRecord> drives = SnapshotReader(m_connection).drives();
+  const std::vector<const DriveRecord*> matches = matchDrives(drives, hostDrives);
+  const std::set<const DriveRecord*> here(matches.begin(), matches.end());
+  for (const DriveRecord& drive : drives) {
+    if (!drive.isVirtual && drive.present && here.count(&drive) == 0) {
       Statement(m_connection, "UPDATE drive SET present = 0 WHERE number = ?", drive.number).run();
       reportChange(drive, false);
     }
   }
-  for (auto& [identity, drive] : found) {
-    if (insert(drive)) {
-      reportChange(drive, true);
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    if (matches[i] != nullptr) {
+      update(*matches[i], hostDrives[i]);
     }
+  }
+  std::size_t excess = 0;
+  for (std::size_t i = 0; i < matches.size(); ++i) {
+    if (matches[i] != nullptr) {
+      continue;
+    }
+    if (insert(hostDrives[i])) {
+      reportChange(hostDrives[i], true);
+    } else {
+      ++excess;
+    }
+  }
+  if (excess != leftOut()) {
+    reportLeftOut(excess);
+  }
+}
+
+std::size_t DriveRegistry::leftOut() {
+  return static_cast<std::size_t>(
+      m_connection.number("SELECT value FROM setting WHERE name = 'drives_left_out'"));
+}
+
+void DriveRegistry::reportLeftOut(std::size_t count) {
+  Statement(m_connection, "UPDATE setting SET value = ? WHERE name = 'drives_left_out'", count).run();
+  if (count > 0) {
+    EventJournal(m_connection)
+        .append(
+            TVK_EVENT_DRIVES_LEFT_OUT, TVK_EVENT_WARNING,
+            "{} drives of the machine are left out, since there are {} already",
+            {std::to_string(count), std::to_string(CAPACITY)});
   }
 }
 
@@ -89,11 +112,12 @@ void DriveRegistry::update(const DriveRecord& known, const DriveRecord& found) {
   }
   Statement(
       m_connection,
-      "UPDATE drive SET present = 1, name = ?, serial = ?, wwid = ?, vendor = ?, model = ?, sectors = ?,"
-      " type = ?, interface = ?, removable = ?, bootable = ?, partitioned = ?, mounted = ?"
-      " WHERE number = ?",
-      found.name, found.serial, found.wwid, found.vendor, found.model, found.sectors, found.type,
-      found.interfaceType, found.removable, found.bootable, found.partitioned, found.mounted, known.number)
+      "UPDATE drive SET present = 1, identity = ?, name = ?, serial = ?, wwid = ?, vendor = ?, model = ?,"
+      " sectors = ?, type = ?, interface = ?, removable = ?, bootable = ?, partitioned = ?, mounted = ?,"
+      " read_only = ?, use = ? WHERE number = ?",
+      found.identity, found.name, found.serial, found.wwid, found.vendor, found.model, found.sectors,
+      found.type, found.interfaceType, found.removable, found.bootable, found.partitioned, found.mounted,
+      found.readOnly, found.use, known.number)
       .run();
   if (!known.present) {
     reportChange(found, true);
@@ -135,11 +159,11 @@ bool DriveRegistry::insert(DriveRecord& drive) {
   Statement(
       m_connection,
       "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model, sectors,"
-      " type, interface, removable, bootable, partitioned, mounted)"
-      " VALUES(?, ?, ?, 1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+      " type, interface, removable, bootable, partitioned, mounted, read_only, use)"
+      " VALUES(?, ?, ?, 1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
       drive.number, drive.identity, drive.isVirtual, drive.name, drive.serial, drive.wwid, drive.vendor,
       drive.model, drive.sectors, drive.type, drive.interfaceType, drive.removable, drive.bootable,
-      drive.partitioned, drive.mounted)
+      drive.partitioned, drive.mounted, drive.readOnly, drive.use)
       .run();
   return true;
 }

@@ -33,13 +33,16 @@ public:
   explicit DriveRegistry(Connection& connection) : m_connection(connection) {}
 
   /** True if reconcile would change something. */
-  bool differs(const std::vector<DriveRecord>& hostDrives);
+  bool differs(std::vector<DriveRecord> hostDrives);
 
   /**
    * Records what a scan has found: new drives get numbers, missing drives are marked, and events report both.
-   * Drives beyond CAPACITY are left out.
+   * Drives beyond CAPACITY are left out, which an event reports and leftOut counts.
    */
-  void reconcile(const std::vector<DriveRecord>& hostDrives);
+  void reconcile(std::vector<DriveRecord> hostDrives);
+
+  /** How many drives of the machine the last reconcile left out. */
+  std::size_t leftOut();
 
   /**
    * Adds a virtual drive.
@@ -57,6 +60,7 @@ private:
   bool insert(DriveRecord& drive);
   void update(const DriveRecord& known, const DriveRecord& found);
   int freeNumber();
+  void reportLeftOut(std::size_t count);
   void reportChange(const DriveRecord& drive, bool added);
 
   Connection& m_connection;

@@ -3,12 +3,12 @@
 
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/engine/drives/DeviceUse.h"
+#include "voltvk/engine/drives/DriveIdentity.h"
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/state/PlainText.h"
 
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cstdlib>
 #include <set>
 
@@ -18,8 +18,11 @@ namespace voltvk {
 
 namespace {
 
-/** Kernel names that are not drives. A RAID device ("md0") is one. */
+/** Kernel names that are not drives. A RAID device ("md0") is one; the boot areas of an eMMC are not. */
 bool isNoDrive(const std::string& name) {
+  if (name.rfind("mmcblk", 0) == 0 && name.find_first_of("br", 6) != std::string::npos) {
+    return true;  // "mmcblk0boot1", "mmcblk0rpmb": the firmware's
+  }
   constexpr std::array<const char*, 6> KINDS = {"loop", "ram", "zram", "sr", "fd", "dm-"};
   return std::any_of(KINDS.begin(), KINDS.end(), [&](const std::string& kind) {
     return name.rfind(kind, 0) == 0 && name.find_first_not_of("0123456789", kind.size()) == std::string::npos;
@@ -45,11 +48,6 @@ std::string firstText(const std::string& directory, std::initializer_list<const 
   return {};
 }
 
-std::string linkTarget(const std::string& path) {
-  std::array<char, PATH_MAX> real{};
-  return realpath(path.c_str(), real.data()) == nullptr ? "" : real.data();
-}
-
 /** SCSI drives report their serial number in a binary page: 4 bytes of header, then the text. */
 std::string serialNumber(const std::string& directory) {
   std::string serial = firstText(directory, {"device/serial", "serial"});
@@ -67,8 +65,8 @@ std::string vendorName(const std::string& directory) {
 }
 
 TvkInterfaceType interfaceType(const std::string& directory, const DriveRecord& drive) {
-  const std::string subsystem = baseName(linkTarget(directory + "/device/subsystem"));
-  const std::string place = linkTarget(directory);
+  const std::string subsystem = baseName(realPath(directory + "/device/subsystem"));
+  const std::string place = realPath(directory);
   if (subsystem.rfind("nvme", 0) == 0 || baseName(directory).rfind("nvme", 0) == 0) {
     return TVK_INTERFACE_NVME;
   }
@@ -92,12 +90,20 @@ bool hasPartitions(const std::string& directory) {
   });
 }
 
-/** What distinguishes the drive from all others, even after a reboot that changed the device nodes. */
-std::string identityOf(const DriveRecord& drive) {
-  if (!drive.wwid.empty()) {
-    return "wwid:" + drive.wwid;
-  }
-  return drive.serial.empty() ? "name:" + drive.name : "serial:" + drive.serial + "/" + drive.model;
+/** Both are the same unit behind different ports: a path to it each. */
+bool arePaths(const DriveRecord& one, const DriveRecord& other) {
+  return one.identity == other.identity && !one.wwid.empty() && one.serial == other.serial &&
+         one.model == other.model && one.sectors == other.sectors &&
+         one.interfaceType != TVK_INTERFACE_USB;  // cheap bridges give every drive the same WWID
+}
+
+/** Adds a path to the drive that it leads to: what is used through one path is used through all. */
+void addPath(DriveRecord& drive, const DriveRecord& path) {
+  drive.use = drive.use.empty() ? path.use : drive.use;
+  drive.bootable |= path.bootable;
+  drive.partitioned |= path.partitioned;
+  drive.mounted |= path.mounted;
+  drive.readOnly |= path.readOnly;
 }
 
 DriveRecord describe(const std::string& directory, const std::string& kernelName) {
@@ -116,8 +122,9 @@ DriveRecord describe(const std::string& directory, const std::string& kernelName
   drive.type = readNumber(directory + "/queue/rotational") == 1 ? TVK_DEVICE_HDD : TVK_DEVICE_SSD;
   drive.interfaceType = interfaceType(directory, drive);
   drive.removable = readNumber(directory + "/removable") == 1;
+  drive.readOnly = readNumber(directory + "/ro") == 1;
   drive.partitioned = hasPartitions(directory);
-  drive.identity = identityOf(drive);
+  drive.place = placeOf(directory);
   return drive;
 }
 
@@ -135,22 +142,26 @@ HostDriveScanner::HostDriveScanner(std::string sysfs, std::string mountInfo, std
 std::vector<DriveRecord> HostDriveScanner::scan() const {
   const DeviceUse use(m_sysfs, m_mountInfo, m_swaps);
   std::vector<DriveRecord> drives;
-  std::set<std::string> identities;
+  std::set<std::string> places;
   for (const std::string& name : listDirectory(m_sysfs + "/block")) {
-    if (isNoDrive(name)) {
-      continue;
-    }
-    DriveRecord drive = describe(m_sysfs + "/block/" + name, name);
+    DriveRecord drive = isNoDrive(name) ? DriveRecord() : describe(m_sysfs + "/block/" + name, name);
     if (drive.sectors == 0) {
       continue;
     }
-    if (!identities.insert(drive.identity).second) {
-      drive.identity += "/" + drive.name;  // cheap bridges give every drive the same serial number
-      identities.insert(drive.identity);
+    if (!places.insert(drive.place).second) {
+      drive.place += "/" + name;  // several units of a controller that does not number them
     }
+    drive.identity = identityOf(drive);
+    drive.use = use.useOf(name);
     drive.bootable = use.isBootable(name);
-    drive.mounted = use.isUsed(name) || drive.bootable;
-    drives.push_back(std::move(drive));
+    drive.mounted = !drive.use.empty() || drive.bootable;
+    const auto known = std::find_if(
+        drives.begin(), drives.end(), [&](const DriveRecord& other) { return arePaths(other, drive); });
+    if (known != drives.end()) {
+      addPath(*known, drive);
+    } else {
+      drives.push_back(std::move(drive));
+    }
   }
   return drives;
 }

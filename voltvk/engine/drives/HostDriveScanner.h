@@ -26,9 +26,9 @@ public:
   HostDriveScanner(std::string sysfs, std::string mountInfo, std::string swaps);
 
   /**
-   * The drives present now, by name. Loop, RAM, device-mapper, optical, floppy and hidden devices and those
-   * of size 0 are left out, as is a drive that disappears in the meantime. What the system does not report is
-   * empty. The numbers are not set.
+   * The drives present now, by name. Loop, RAM, device-mapper, optical, floppy and hidden devices, the boot
+   * areas of an eMMC and what has size 0 are left out, as is a drive that disappears in the meantime. Several
+   * paths to one unit are one drive. What the system does not report is empty. The numbers are not set.
    */
   std::vector<DriveRecord> scan() const;
 

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdlib>
 #include <memory>
 #include <new>
 
@@ -55,6 +56,14 @@ std::string pathOf(const std::string& directory, const std::string& name) {
   path += '/';
   path += name;
   return path;
+}
+
+std::string realPath(const std::string& path) {
+  const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
+  if (real == nullptr && errno == ENOMEM) {
+    throw std::bad_alloc();  // drives are told apart by their places
+  }
+  return real == nullptr ? "" : real.get();
 }
 
 std::string baseName(const std::string& path) {

@@ -19,6 +19,9 @@ std::vector<std::string> listDirectory(const std::string& path);
 /** The path of an entry in a directory. */
 std::string pathOf(const std::string& directory, const std::string& name);
 
+/** The path with all links resolved; empty if there is nothing. */
+std::string realPath(const std::string& path);
+
 /** The last part of a path. */
 std::string baseName(const std::string& path);
 

@@ -7,6 +7,7 @@
 #include "voltvk/engine/rules/ChunkAllocator.h"
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Refusal.h"
 
 #include <algorithm>
@@ -24,20 +25,6 @@ std::uint8_t tierLevelOf(const DriveRecord& drive) {
 bool isMember(const PoolRecord& pool, std::uint16_t drive) {
   return std::any_of(pool.members.begin(), pool.members.end(), [&](const PoolMemberRecord& member) {
     return member.drive == drive;
-  });
-}
-
-void requireEligible(const DriveRecord& drive) {
-  require(!drive.bootable, TVK_DEVICE_NOT_ELIGIBLE, [&] {
-    return nameOf(drive) + " boots this machine and cannot join a pool; choose another drive";
-  });
-  require(!drive.partitioned, TVK_DEVICE_NOT_ELIGIBLE, [&] {
-    return nameOf(drive) + " has partitions and cannot join a pool; choose another drive";
-  });
-  require(!drive.mounted, TVK_DEVICE_NOT_ELIGIBLE, [&] {
-    return nameOf(drive) +
-           " is mounted, used for swap or held by another block device and cannot join a pool; "
-           "choose another drive";
   });
 }
 
@@ -70,21 +57,16 @@ const DriveRecord& PoolRules::freeDrive(std::uint8_t number) const {
   const auto drive = std::find_if(m_drives.begin(), m_drives.end(), [&](const DriveRecord& candidate) {
     return candidate.number == number;
   });
-  const bool known = drive != m_drives.end();
   const auto owner = std::find_if(m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) {
     return isMember(candidate, number);
   });
-  require(owner == m_pools.end(), TVK_DEVICE_IN_USE, [&] {
-    return (known ? nameOf(*drive) : "drive " + std::to_string(number)) + " belongs to " + nameOf(*owner) +
-           "; choose a free drive";
-  });
-  require(known, TVK_NO_SUCH_DEVICE, [&] {
+  require(drive != m_drives.end(), TVK_NO_SUCH_DEVICE, [&] {
     return "no drive has the number " + std::to_string(number) + "; see the list of drives";
   });
-  require(drive->present, TVK_NO_SUCH_DEVICE, [&] {
-    return nameOf(*drive) + " is unplugged; plug it in, or choose another drive";
+  const Obstacle obstacle = obstacleOf(*drive, owner == m_pools.end() ? nullptr : &*owner);
+  require(obstacle.status == TVK_OK, obstacle.status, [&] {
+    return nameOf(*drive) + " " + obstacle.reason + "; " + obstacle.advice;
   });
-  requireEligible(*drive);
   return *drive;
 }
 
@@ -133,6 +115,14 @@ std::vector<PoolMemberRecord> PoolRules::members(
   const std::vector<std::uint64_t> shares = shareOut(pool.chunks, capacities);
   std::vector<PoolMemberRecord> members;
   for (std::size_t i = 0; i < drives.size(); ++i) {
+    require(capacities[i] > 0, TVK_NOT_ENOUGH_SPACE, [&] {
+      return nameOf(*drives[i]) + " has " + sizeText(drives[i]->sectors) + ", less than a chunk of " +
+             sizeText(pool.chunkSectors) + "; leave it out, or use smaller chunks";
+    });
+    require(shares[i] > 0, TVK_INVALID_CAPACITY, [&] {
+      return sizeText(sectors) + " asked for: " + nameOf(*drives[i]) + " would get no chunk of " +
+             sizeText(pool.chunkSectors) + "; leave it out, ask for more, or use smaller chunks";
+    });
     members.push_back({drives[i]->number, shares[i]});
   }
   return members;
@@ -192,34 +182,46 @@ PoolChange PoolRules::modification(std::uint32_t poolId, const VirtualPoolSpec& 
         }
       }
     }
-    if (spec.tierLevel != current.tierLevel) {
-      change.tierLevel = spec.tierLevel;
-    }
+  }
+  if (spec.tierLevel != 0 && spec.tierLevel != current.tierLevel) {
+    // The volume's chunks are counted by the kind of pool that they are on.
+    requireUnused(current, "before its tier level changes");
+    change.tierLevel = spec.tierLevel;
   }
   return change;
 }
 
-const PoolRecord& PoolRules::deletion(std::uint32_t poolId) const {
-  const PoolRecord& current = pool(poolId);
+std::vector<std::string> PoolRules::usersOf(const PoolRecord& pool) const {
   std::vector<std::string> users;
   for (const VolumeRecord& volume : m_volumes) {
     if (std::any_of(volume.extents.begin(), volume.extents.end(), [&](const VolumeExtentRecord& part) {
-          return part.pool == poolId;
+          return part.pool == pool.id;
         })) {
       users.push_back(nameOf(volume));
     }
   }
-  require(users.empty() || !current.internal, TVK_POOL_IS_INTERNAL, [&] {
-    return nameOf(current) + " is the internal pool of " + users.front() + " and is deleted together with it";
-  });
+  return users;
+}
+
+void PoolRules::requireUnused(const PoolRecord& pool, const char* when) const {
+  std::vector<std::string> users = usersOf(pool);
   require(users.empty(), TVK_POOL_IN_USE, [&] {
     constexpr std::size_t SHOWN = 4;
     if (users.size() > SHOWN) {
       users.resize(SHOWN, {});
       users.back() = "others";
     }
-    return nameOf(current) + " is used by " + enumerated(users) + "; delete what uses it first";
+    return nameOf(pool) + " is used by " + enumerated(users) + "; delete what uses it " + when;
   });
+}
+
+const PoolRecord& PoolRules::deletion(std::uint32_t poolId) const {
+  const PoolRecord& current = pool(poolId);
+  const std::vector<std::string> users = usersOf(current);
+  require(users.empty() || !current.internal, TVK_POOL_IS_INTERNAL, [&] {
+    return nameOf(current) + " is the internal pool of " + users.front() + " and is deleted together with it";
+  });
+  requireUnused(current, "first");
   return current;
 }
 

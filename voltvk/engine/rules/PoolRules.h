@@ -42,6 +42,10 @@ private:
   const PoolRecord& pool(std::uint32_t poolId) const;
   const DriveRecord& freeDrive(std::uint8_t number) const;
   std::vector<const DriveRecord*> drivesOf(const VirtualPoolSpec& spec) const;
+  /** The volumes that use the pool, as a sentence names them. */
+  std::vector<std::string> usersOf(const PoolRecord& pool) const;
+  /** @param when how the advice to delete what uses it ends */
+  void requireUnused(const PoolRecord& pool, const char* when) const;
   void checkNameUnused(const std::string& name) const;
   /** @param sectors what was requested, before rounding to whole chunks */
   static std::vector<PoolMemberRecord>

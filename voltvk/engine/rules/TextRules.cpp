@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/rules/TextRules.h"
 
+#include "text/Invisible.h"
 #include "text/Quote.h"
 #include "text/Utf8.h"
 #include "voltvk/engine/state/PlainText.h"
@@ -43,6 +44,14 @@ std::string checkedName(const GivenText& given) {
   });
   require(isPlainText(name, given.field.size()), TVK_INVALID_NAME, [&] {
     return "the name " + tvp::text::quoted(name) + " has control characters in it; choose one without them";
+  });
+  const std::uint32_t invisible = tvp::text::firstInvisible(name);
+  require(invisible == 0, TVK_INVALID_NAME, [&] {
+    return "the name has the invisible character " + tvp::text::codePointName(invisible) +
+           " in it; choose one without it";
+  });
+  require(name.empty() || !tvp::text::isBlank(name), TVK_INVALID_NAME, [&] {
+    return "the name " + tvp::text::quoted(name) + " has only blanks; choose one that can be seen";
   });
   return name;
 }

@@ -30,7 +30,8 @@ GivenText givenDescription(const Spec& spec) {
 
 /**
  * The name in a request; may be empty.
- * @throws Refusal TVK_INVALID_NAME if it is too long, not UTF-8, or has control characters
+ * @throws Refusal TVK_INVALID_NAME if it is too long, not UTF-8, has control or invisible characters, or only
+ * blanks
  */
 std::string checkedName(const GivenText& given);
 

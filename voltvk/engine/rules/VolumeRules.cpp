@@ -209,6 +209,15 @@ void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64
   }
 }
 
+void VolumeRules::checkHealth(const VolumeRecord& volume, const Health& health) const {
+  for (const VolumeExtentRecord& part : volume.extents) {
+    const std::string& trouble = health.ofPool(part.pool);
+    require(trouble.empty(), TVK_POOL_DEGRADED, [&] {
+      return nameOf(pool(part.pool)) + " is degraded: " + trouble + "; mend that, or choose another pool";
+    });
+  }
+}
+
 VolumeChange VolumeRules::modification(std::uint32_t volumeId, const VirtualVolumeSpec& spec) const {
   const VolumeRecord& current = volume(volumeId);
   const std::string name = checkedName(givenName(spec));

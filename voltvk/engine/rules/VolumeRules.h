@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_RULES_VOLUMERULES_H
 
 #include "voltvk/Specs.h"
+#include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Records.h"
 
 #include <optional>
@@ -36,6 +37,9 @@ public:
    */
   VolumeRecord
   cachedDrive(const VirtualVolumeSpec& spec, std::uint32_t internalPool, const VirtualPoolEntry& cache) const;
+
+  /** Refuses a new volume that would take space from a degraded pool. */
+  void checkHealth(const VolumeRecord& volume, const Health& health) const;
 
   /** @return what to change: only what differs from the current volume. */
   VolumeChange modification(std::uint32_t volumeId, const VirtualVolumeSpec& spec) const;

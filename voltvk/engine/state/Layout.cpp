@@ -32,7 +32,8 @@ constexpr Table TABLES[] = {
   sectors INTEGER NOT NULL CHECK(sectors BETWEEN 1 AND 36028797018963968),
   type INTEGER NOT NULL CHECK(type IN (1, 2)), interface INTEGER NOT NULL CHECK(interface BETWEEN 0 AND 255),
   removable INTEGER NOT NULL CHECK(removable IN (0, 1)), bootable INTEGER NOT NULL CHECK(bootable IN (0, 1)),
-  partitioned INTEGER NOT NULL CHECK(partitioned IN (0, 1)), mounted INTEGER NOT NULL CHECK(mounted IN (0, 1))))sql"},
+  partitioned INTEGER NOT NULL CHECK(partitioned IN (0, 1)), mounted INTEGER NOT NULL CHECK(mounted IN (0, 1)),
+  read_only INTEGER NOT NULL DEFAULT 0 CHECK(read_only IN (0, 1)), use TEXT NOT NULL DEFAULT ''))sql"},
     {"pool", R"sql((
   id INTEGER PRIMARY KEY AUTOINCREMENT CHECK(id BETWEEN 1 AND 4294967295),
   name TEXT NOT NULL UNIQUE CHECK(length(name) > 0), description TEXT NOT NULL,
@@ -53,6 +54,7 @@ constexpr Table TABLES[] = {
   hdd_chunks INTEGER NOT NULL CHECK(hdd_chunks BETWEEN 0 AND 4294967296),
   ssd_chunks INTEGER NOT NULL CHECK(ssd_chunks BETWEEN 0 AND 4294967296),
   knob INTEGER NOT NULL CHECK(knob BETWEEN 1 AND 3),
+  device INTEGER NOT NULL DEFAULT 0 CHECK(device BETWEEN 0 AND 65535),
   reads INTEGER NOT NULL DEFAULT 0 CHECK(reads BETWEEN 0 AND 9223372036854775807),
   writes INTEGER NOT NULL DEFAULT 0 CHECK(writes BETWEEN 0 AND 9223372036854775807),
   sequential INTEGER NOT NULL DEFAULT 0 CHECK(sequential BETWEEN 0 AND 9223372036854775807),
@@ -86,7 +88,8 @@ constexpr const char* INDEXES = "CREATE INDEX volume_extent_by_pool ON volume_ex
 
 constexpr const char* SETTINGS =
     "INSERT INTO setting VALUES"
-    "('policy_running', 1), ('last_drive_number', -1), ('last_virtual_drive', 0), ('generation', 0)";
+    "('policy_running', 1), ('last_drive_number', -1), ('last_virtual_drive', 0), ('generation', 0),"
+    "('drives_left_out', 0)";
 
 /** What a version needs beyond the tables above, to which the rows of every earlier version are copied. */
 struct Step {
@@ -95,9 +98,16 @@ struct Step {
       sql;  ///< runs after the rows have been copied; the earlier tables are still there as old_<name>
 };
 
+// COMPAT: users of 1.0.0 keep their state.
 // A later version adds its statements here and increments STATE_VERSION.
 constexpr Step STEPS[] = {
-    {1, "INSERT OR IGNORE INTO setting VALUES('generation', 0)"},
+    {1, "INSERT OR IGNORE INTO setting VALUES('generation', 0), ('drives_left_out', 0)"},
+    // Programs of that version showed the lower 16 bits of the identifier. Volumes that would share them get
+    // numbers from the other end.
+    {1,
+     "UPDATE volume SET device = CASE WHEN EXISTS"
+     " (SELECT 1 FROM volume AS other WHERE other.id < volume.id AND other.id & 65535 = volume.id & 65535)"
+     " THEN 65535 - (SELECT count(*) FROM volume AS other WHERE other.id < volume.id) ELSE id & 65535 END"},
 };
 
 void run(Connection& connection, const std::string& sql) {
@@ -112,15 +122,17 @@ void createTriggers(Connection& connection) {
   const std::string count =
       " BEGIN UPDATE setting SET value = (value + 1) & 4611686018427387903 WHERE name = 'generation'; END";
   for (const std::string table : {"drive", "pool", "pool_member", "volume", "volume_extent", "fault"}) {
-    const char* columns = table == "volume"
-                              ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob"
-                              : "";
+    const char* columns =
+        table == "volume"
+            ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"
+            : "";
     run(connection, "CREATE TRIGGER " + table + "_inserted AFTER INSERT ON " + table + count);
     run(connection, "CREATE TRIGGER " + table + "_deleted AFTER DELETE ON " + table + count);
     run(connection, "CREATE TRIGGER " + table + "_updated AFTER UPDATE" + columns + " ON " + table + count);
   }
-  run(connection,
-      "CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name = 'policy_running'" + count);
+  run(connection, "CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name IN "
+                  "('policy_running', 'drives_left_out')" +
+                      count);
 }
 
 void createTables(Connection& connection) {

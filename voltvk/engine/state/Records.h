@@ -29,6 +29,9 @@ struct DriveRecord {
   bool bootable = false;
   bool partitioned = false;
   bool mounted = false;  ///< mounted, used for swap, or held by another block device
+  bool readOnly = false;
+  std::string use;    ///< how it is mounted, held ...: "is mounted at /data"; may be unknown
+  std::string place;  ///< where a scan found it; not recorded
 };
 
 /** A drive of a pool and how many of the pool's chunks are on it, from its first sector on. */
@@ -71,8 +74,9 @@ struct VolumeRecord {
   std::uint8_t type = 0;           ///< TvkVolumeType
   std::uint64_t chunkSectors = 0;  ///< the larger of its pools' chunk sizes
   std::uint64_t hddChunks = 0;
-  std::uint64_t ssdChunks = 0;  ///< of a cached volume: the cache, which is not part of its capacity
-  std::uint8_t knob = 0;        ///< TvkKnob
+  std::uint64_t ssdChunks = 0;     ///< of a cached volume: the cache, which is not part of its capacity
+  std::uint8_t knob = 0;           ///< TvkKnob
+  std::uint16_t deviceNumber = 0;  ///< as a device of the system; unlike those of the other volumes
   std::vector<VolumeExtentRecord> extents;
 
   bool isCached() const;

@@ -11,6 +11,11 @@ namespace voltvk {
 
 namespace {
 
+/** @param trouble empty for what is in order */
+std::uint8_t statusOf(const std::string& trouble) {
+  return trouble.empty() ? TVK_HEALTH_GOOD : TVK_HEALTH_DEGRADED;
+}
+
 /** An object whose children are extents. */
 template <typename Interface>
 class WithExtents : public Interface {
@@ -34,7 +39,10 @@ private:
 
 class Snapshot::Drive final : public LogicalDevice {
 public:
-  Drive(const DriveRecord& record, bool used) : m_record(record), m_used(used) {}
+  /** @param owner the pool that it belongs to, or null */
+  Drive(const DriveRecord& record, const PoolRecord* owner, const Health& health)
+      : m_record(record), m_used(owner != nullptr), m_obstacle(obstacleOf(record, owner).reason),
+        m_trouble(health.ofDrive(record.number)) {}
 
   const char* getTypeName() const override { return "LogicalDevice"; }
   const char* getDeviceName() const override { return m_record.name.c_str(); }
@@ -50,6 +58,12 @@ public:
     if (m_record.removable) {
       bits |= TVK_PROPERTY_REMOVABLE;
     }
+    if (m_record.mounted) {
+      bits |= TVK_PROPERTY_MOUNTED;
+    }
+    if (m_record.readOnly) {
+      bits |= TVK_PROPERTY_READ_ONLY;
+    }
     return static_cast<std::uint8_t>(bits);
   }
   bool isBootable() const override { return m_record.bootable; }
@@ -59,22 +73,27 @@ public:
   std::uint8_t getStatus() const override {
     return m_record.present ? TVK_DEVICE_ONLINE : TVK_DEVICE_MISSING;
   }
-  const DriveRecord& record() const { return m_record; }
+  const char* getObstacle() const override { return m_obstacle.c_str(); }
+  const char* getTrouble() const override { return m_trouble.c_str(); }
 
 private:
   const DriveRecord& m_record;
   bool m_used;
+  std::string m_obstacle;
+  const std::string& m_trouble;
 };
 
 class Snapshot::Pool final : public WithExtents<VirtualPool> {
 public:
-  explicit Pool(const PoolRecord& record) : m_record(record) {}
+  Pool(const PoolRecord& record, const Health& health)
+      : m_record(record), m_trouble(health.ofPool(record.id)) {}
 
   const char* getTypeName() const override { return "VirtualPool"; }
   const char* getName() const override { return m_record.name.c_str(); }
   const char* getDescription() const override { return m_record.description.c_str(); }
   std::uint32_t getPoolId() const override { return m_record.id; }
-  std::uint32_t getPoolStatus() const override { return m_health; }
+  std::uint32_t getPoolStatus() const override { return statusOf(m_trouble); }
+  const char* getTrouble() const override { return m_trouble.c_str(); }
   std::uint8_t getNumberOfLogicalDevices() const override {
     return static_cast<std::uint8_t>(m_record.members.size());
   }
@@ -86,22 +105,21 @@ public:
   std::uint8_t getHardDiskFlag() const override { return m_record.tierLevel == TVK_TIER_HDD ? 1 : 0; }
   bool isInternal() const override { return m_record.internal; }
 
-  void degrade() { m_health = TVK_HEALTH_DEGRADED; }
-  TvkHealth health() const { return m_health; }
   void addVolume() { ++m_volumes; }
   void addUse(std::uint64_t chunks) { m_usedChunks += chunks; }
   std::uint64_t chunkSectors() const { return m_record.chunkSectors; }
 
 private:
   const PoolRecord& m_record;
-  TvkHealth m_health = TVK_HEALTH_GOOD;
+  const std::string& m_trouble;
   std::uint8_t m_volumes = 0;
   std::uint64_t m_usedChunks = 0;
 };
 
 class Snapshot::Volume final : public WithExtents<VirtualVolume> {
 public:
-  explicit Volume(const VolumeRecord& record) : m_record(record) {}
+  Volume(const VolumeRecord& record, const Health& health)
+      : m_record(record), m_trouble(health.ofVolume(record.id)) {}
 
   const char* getTypeName() const override { return "VirtualVolume"; }
   const char* getName() const override { return m_record.name.c_str(); }
@@ -117,20 +135,18 @@ public:
   std::uint32_t getMoveThreshold() const override { return policyLimits(m_record.knob).moveThreshold; }
   std::uint32_t getStatsSetting() const override { return 1; }
   std::uint32_t getNumberOfVirtualPoolsSupported() const override { return TVK_SPEC_POOLS; }
-  std::uint16_t getDeviceNumber() const override { return static_cast<std::uint16_t>(m_record.id); }
-  std::uint8_t getState() const override { return m_health; }
+  std::uint16_t getDeviceNumber() const override { return m_record.deviceNumber; }
+  std::uint8_t getState() const override { return statusOf(m_trouble); }
+  const char* getTrouble() const override { return m_trouble.c_str(); }
   std::uint8_t getKnobSetting() const override { return m_record.knob; }
   std::uint64_t getCapacityInSectors() const override { return m_record.capacitySectors(); }
 
-  void addPool(TvkHealth health) {
-    ++m_pools;
-    m_health = std::max(m_health, health);
-  }
+  void addPool() { ++m_pools; }
 
 private:
   const VolumeRecord& m_record;
+  const std::string& m_trouble;
   std::uint8_t m_pools = 0;
-  TvkHealth m_health = TVK_HEALTH_GOOD;
 };
 
 class Snapshot::PoolExtent final : public Chunk {
@@ -169,7 +185,9 @@ private:
   std::uint64_t m_maxChunks;
 };
 
-Snapshot::Snapshot(Configuration configuration) : m_configuration(std::move(configuration)) {
+Snapshot::Snapshot(Configuration configuration)
+    : m_configuration(std::move(configuration)),
+      m_health(m_configuration.drives, m_configuration.pools, m_configuration.volumes) {
   addDrives();
   addPools();
   addVolumes();
@@ -183,17 +201,17 @@ bool Snapshot::hasFault(FaultKind kind) const {
 }
 
 void Snapshot::addDrives() {
-  std::map<std::uint16_t, bool> used;
+  std::map<std::uint16_t, const PoolRecord*> owners;
   for (const PoolRecord& pool : m_configuration.pools) {
     for (const PoolMemberRecord& member : pool.members) {
-      used[member.drive] = true;
+      owners[member.drive] = &pool;
     }
   }
   for (const DriveRecord& record : m_configuration.drives) {
-    if (!record.present && !used[record.number]) {
+    if (!record.present && owners[record.number] == nullptr) {
       continue;  // an unplugged, unused drive: only its number is kept
     }
-    auto drive = std::make_unique<Drive>(record, used[record.number]);
+    auto drive = std::make_unique<Drive>(record, owners[record.number], m_health);
     m_driveOfNumber[record.number] = drive.get();
     m_objects.push_back(drive.get());
     m_owned.push_back(std::move(drive));
@@ -202,13 +220,10 @@ void Snapshot::addDrives() {
 
 void Snapshot::addPools() {
   for (const PoolRecord& record : m_configuration.pools) {
-    auto pool = std::make_unique<Pool>(record);
+    auto pool = std::make_unique<Pool>(record, m_health);
     for (const PoolMemberRecord& member : record.members) {
       Drive* drive = m_driveOfNumber.at(member.drive);
       const std::uint64_t sectors = member.chunks * record.chunkSectors;
-      if (!drive->record().present || drive->record().sectors < sectors) {
-        pool->degrade();
-      }
       if (sectors > 0) {
         m_owned.push_back(std::make_unique<PoolExtent>(drive, sectors));
         pool->addExtent(m_owned.back().get());
@@ -222,7 +237,7 @@ void Snapshot::addPools() {
 
 void Snapshot::addVolumes() {
   for (const VolumeRecord& record : m_configuration.volumes) {
-    auto volume = std::make_unique<Volume>(record);
+    auto volume = std::make_unique<Volume>(record, m_health);
     std::map<std::uint32_t, std::uint64_t> chunksOfPool;
     for (const VolumeExtentRecord& part : record.extents) {
       chunksOfPool[part.pool] += part.extent.chunks;
@@ -231,7 +246,7 @@ void Snapshot::addVolumes() {
       Pool* pool = m_poolOfId.at(id);
       pool->addVolume();
       pool->addUse(chunks);
-      volume->addPool(pool->health());
+      volume->addPool();
     }
     for (const VolumeExtentRecord& part : record.extents) {
       m_owned.push_back(

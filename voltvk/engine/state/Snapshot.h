@@ -7,6 +7,7 @@
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
 #include "voltvk/engine/state/Fault.h"
+#include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Records.h"
 
 #include <map>
@@ -23,6 +24,7 @@ struct Configuration {
   std::vector<VolumeRecord> volumes;  ///< by identifier
   std::vector<Fault> faults;          ///< oldest first
   bool policyRunning = false;
+  std::size_t drivesLeftOut = 0;  ///< drives of the machine that are not recorded, as there are too many
 };
 
 /**
@@ -54,6 +56,7 @@ private:
   void addVolumes();
 
   const Configuration m_configuration;
+  const Health m_health;
   std::vector<std::unique_ptr<RaidObject>> m_owned;
   std::map<std::uint16_t, Drive*> m_driveOfNumber;
   std::map<std::uint32_t, Pool*> m_poolOfId;

@@ -6,6 +6,8 @@
 #include "voltvk/engine/state/DatabaseError.h"
 #include "voltvk/engine/state/Statement.h"
 
+#include <algorithm>
+
 namespace voltvk {
 
 namespace {
@@ -34,6 +36,8 @@ Configuration SnapshotReader::configuration() {
   configuration.policyRunning = setting("policy_running") != 0;
   setting("last_drive_number");
   setting("last_virtual_drive");
+  configuration.drivesLeftOut =
+      static_cast<std::size_t>(std::max<std::int64_t>(setting("drives_left_out"), 0));
   checkConfiguration(configuration);
   return configuration;
 }
@@ -58,7 +62,7 @@ std::vector<DriveRecord> SnapshotReader::drives() {
   std::vector<DriveRecord> drives;
   Statement rows(
       m_connection, "SELECT number, identity, virtual, present, name, serial, wwid, vendor, model,"
-                    " sectors, type, interface, removable, bootable, partitioned, mounted"
+                    " sectors, type, interface, removable, bootable, partitioned, mounted, read_only, use"
                     " FROM drive ORDER BY number");
   while (rows.step()) {
     DriveRecord drive;
@@ -78,6 +82,8 @@ std::vector<DriveRecord> SnapshotReader::drives() {
     drive.bootable = rows.integer(13) != 0;
     drive.partitioned = rows.integer(14) != 0;
     drive.mounted = rows.integer(15) != 0;
+    drive.readOnly = rows.integer(16) != 0;
+    drive.use = rows.text(17);
     drives.push_back(std::move(drive));
   }
   return drives;
@@ -111,7 +117,7 @@ std::vector<PoolRecord> SnapshotReader::pools() {
 std::vector<VolumeRecord> SnapshotReader::volumes() {
   std::vector<VolumeRecord> volumes;
   Statement rows(
-      m_connection, "SELECT id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob"
+      m_connection, "SELECT id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"
                     " FROM volume ORDER BY id");
   Statement extents(
       m_connection, "SELECT volume, pool, first, chunks FROM volume_extent"
@@ -127,6 +133,7 @@ std::vector<VolumeRecord> SnapshotReader::volumes() {
     volume.hddChunks = rows.unsignedInteger(5);
     volume.ssdChunks = rows.unsignedInteger(6);
     volume.knob = rows.as<std::uint8_t>(7);
+    volume.deviceNumber = rows.as<std::uint16_t>(8);
     for (; isPartOf("volume", volume.id, extents, more); more = extents.step()) {
       volume.extents.push_back(
           {extents.as<std::uint32_t>(1), {extents.unsignedInteger(2), extents.unsignedInteger(3)}});

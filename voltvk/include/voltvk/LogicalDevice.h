@@ -9,11 +9,13 @@
 /** What a drive is made of. The tier level of a pool follows from it: 1 hard disk, 3 SSD. */
 enum TvkDeviceType : std::uint8_t { TVK_DEVICE_HDD = 1, TVK_DEVICE_SSD = 2 };
 
-/** Where a drive comes from, as bits of its property code. */
+/** Where a drive comes from and how it is used, as bits of its property code. */
 enum TvkDeviceProperty : std::uint8_t {
   TVK_PROPERTY_HOST = 1,     ///< a block device of this machine
   TVK_PROPERTY_VIRTUAL = 2,  ///< created with `voltvkctl drive add`
-  TVK_PROPERTY_REMOVABLE = 4
+  TVK_PROPERTY_REMOVABLE = 4,
+  TVK_PROPERTY_MOUNTED = 8,  ///< mounted, used for swap, or held by another block device
+  TVK_PROPERTY_READ_ONLY = 16
 };
 
 /** How a drive is attached. */
@@ -52,6 +54,12 @@ public:
   virtual bool isUsed() const = 0;                     ///< a member of a pool
   virtual std::uint8_t getInterfaceType() const = 0;   ///< TvkInterfaceType
   virtual std::uint8_t getStatus() const = 0;          ///< TvkDeviceStatus
+  /** Why it cannot join a pool, as the end of a sentence about it: "has partitions"; empty for a free drive.
+   */
+  virtual const char* getObstacle() const = 0;
+  /** What is wrong with it, if it is in a pool: "drive 3 (/dev/sdb) is missing"; empty while it is in order.
+   */
+  virtual const char* getTrouble() const = 0;
 };
 
 #endif

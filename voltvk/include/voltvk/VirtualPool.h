@@ -12,7 +12,7 @@ enum TvkTierLevel : std::uint8_t { TVK_TIER_HDD = 1, TVK_TIER_SSD = 3 };
 /** Pool types; the pool flag of an internal pool is one of these numbers. */
 enum TvkPoolType : std::uint32_t { TVK_POOL_USER = 0, TVK_POOL_INTERNAL = 16 };
 
-/** State of a pool or a volume: 1 good, 2 degraded (a drive is missing). */
+/** State of a pool or a volume: 1 good, 2 degraded (a drive is missing, too small, or used otherwise). */
 enum TvkHealth : std::uint8_t { TVK_HEALTH_GOOD = 1, TVK_HEALTH_DEGRADED = 2 };
 
 /**
@@ -35,6 +35,7 @@ public:
   virtual std::uint64_t getUsedCapacityInSectors() const = 0;  ///< what volumes have allocated from it
   virtual std::uint8_t getHardDiskFlag() const = 0;            ///< 0 for a pool of SSDs, 1 for hard disks
   virtual bool isInternal() const = 0;                         ///< created for a cached drive
+  virtual const char* getTrouble() const = 0;                  ///< why it is degraded, a sentence; else empty
 };
 
 #endif

@@ -44,6 +44,7 @@ public:
   virtual std::uint8_t getState() const = 0;               ///< TvkHealth
   virtual std::uint8_t getKnobSetting() const = 0;         ///< TvkKnob
   virtual std::uint64_t getCapacityInSectors() const = 0;  ///< sectors of 512 bytes
+  virtual const char* getTrouble() const = 0;              ///< why it is degraded, a sentence; else empty
 };
 
 /** The tiering product's own name for its volumes. */

@@ -38,6 +38,7 @@ enum TvkEventCode : std::uint32_t {
   TVK_EVENT_VOLUME_CHUNKS_MOVED = 0x40F,     ///< name, chunks moved to the SSD pool
   TVK_EVENT_DRIVE_ADDED = 0x601,             ///< device name
   TVK_EVENT_DRIVE_REMOVED = 0x602,           ///< device name
+  TVK_EVENT_DRIVES_LEFT_OUT = 0x603,         ///< how many, how many there is room for
   TVK_EVENT_FAULT_SET = 0x801,               ///< what was injected
   TVK_EVENT_FAULT_CLEARED = 0x802            ///< what was cleared
 };
