@@ -72,7 +72,15 @@ public:
     ::alarm(200);
     ::setenv("TVP_TEST_ROOT", m_directory.path().c_str(), 1);
     ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
-    ::setenv("VOLTVK_HOST_ROOT", TVP_SOURCE_DIR "/tests/docs/machine", 1);
+    ::setenv("VOLTVK_HOST_ROOT", m_directory.file("machine").c_str(), 1);
+    // One drive, with a mount and a swap area elsewhere, so that there is something to look at.
+    for (const auto& [file, content] :
+         {std::pair("sys/block/sda/size", "2097152\n"), std::pair("sys/block/sda/queue/rotational", "1\n"),
+          std::pair("sys/block/sda/device/model", "A disk\n"),
+          std::pair("proc/self/mountinfo", "1 0 259:1 / / rw - ext4 /dev/nvme0n1p1 rw\n"),
+          std::pair("proc/swaps", "Filename Type\n/dev/nvme0n1p2 partition\n")}) {
+      m_directory.write(std::string("machine/") + file, content);
+    }
     ::setenv("TZ", "UTC", 1);
     for (const char* type : {"hdd", "ssd", "hdd", "hdd", "hdd"}) {
       const std::string number = voltvkctl({"drive", "add", "--type", type, "--size", "1GiB"});
