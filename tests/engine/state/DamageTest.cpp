@@ -21,6 +21,14 @@ using namespace tvp::test;
 
 namespace {
 
+std::string joined(std::initializer_list<std::string_view> parts) {
+  std::string whole;
+  for (const std::string_view part : parts) {
+    whole += part;
+  }
+  return whole;
+}
+
 class DamageTest : public EngineTest {
 protected:
   DamageTest() {
@@ -144,11 +152,11 @@ TEST_F(DamageTest, InAnyFieldOfAnyTableIsSurvived) {
       "1e300", "'x'", "x'00ff80'", "-9223372036854775808"};
   std::mt19937 random(7);
   for (const std::string& table : column("SELECT name FROM sqlite_master WHERE type = 'table'")) {
-    for (const std::string& field : column("SELECT name FROM pragma_table_info('" + table + "')")) {
+    for (const std::string& field : column(joined({"SELECT name FROM pragma_table_info('", table, "')"}))) {
       for (std::size_t i = random() % 4; i < values.size(); i += 4) {
-        const std::string statement = "UPDATE " + table + " SET " + field + " = " + values[i];
+        const std::string statement = joined({"UPDATE ", table, " SET ", field, " = ", values[i]});
         if (damage(statement) ||
-            damage(statement + " WHERE rowid = (SELECT max(rowid) FROM " + table + ")")) {
+            damage(joined({statement, " WHERE rowid = (SELECT max(rowid) FROM ", table, ")"}))) {
           expectSentence(statement);
         }
       }
@@ -161,7 +169,7 @@ TEST_F(DamageTest, InAnyFieldOfAnyTableIsSurvived) {
 
 TEST_F(DamageTest, InAnyByteOfTheFileIsSurvived) {
   std::mt19937 random(11);
-  const std::size_t used = 25 * 4096;  // behind the tables only free pages follow
+  const std::size_t used = std::size_t{25} * 4096;  // behind the tables only free pages follow
   for (int round = 0; round < 40; ++round) {
     std::string bytes = m_sound;
     const std::size_t place = random() % std::min(used, bytes.size());

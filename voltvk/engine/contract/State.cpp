@@ -251,7 +251,7 @@ void State::changeIfIdle(const Work& work) {
 void State::tidyUp() {
   // A process that ends without closing the file leaves its log behind, and the next one checks the whole
   // file. That takes no time unless the file is large.
-  constexpr std::uint64_t LARGE = std::uint64_t{8} << 20U;
+  constexpr std::uint64_t LARGE = std::uint64_t{2} << 20U;
   if (m_file.currentSize() > LARGE) {
     m_writer->emptyLog();
   }

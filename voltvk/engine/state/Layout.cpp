@@ -6,7 +6,9 @@
 #include "voltvk/engine/state/StateFile.h"
 #include "voltvk/engine/state/Statement.h"
 
+#include <initializer_list>
 #include <string>
+#include <string_view>
 
 namespace voltvk {
 
@@ -114,6 +116,15 @@ void run(Connection& connection, const std::string& sql) {
   connection.execute(sql.c_str());
 }
 
+/** Runs a statement that is put together from parts. */
+void run(Connection& connection, std::initializer_list<std::string_view> parts) {
+  std::string sql;
+  for (const std::string_view part : parts) {
+    sql += part;
+  }
+  run(connection, sql);
+}
+
 /**
  * Counts the changes of what a snapshot contains, whoever makes them, so that statistics and events, which it
  * does not contain, do not make anyone read all of it again.
@@ -126,13 +137,13 @@ void createTriggers(Connection& connection) {
         table == "volume"
             ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"
             : "";
-    run(connection, "CREATE TRIGGER " + table + "_inserted AFTER INSERT ON " + table + count);
-    run(connection, "CREATE TRIGGER " + table + "_deleted AFTER DELETE ON " + table + count);
-    run(connection, "CREATE TRIGGER " + table + "_updated AFTER UPDATE" + columns + " ON " + table + count);
+    run(connection, {"CREATE TRIGGER ", table, "_inserted AFTER INSERT ON ", table, count});
+    run(connection, {"CREATE TRIGGER ", table, "_deleted AFTER DELETE ON ", table, count});
+    run(connection, {"CREATE TRIGGER ", table, "_updated AFTER UPDATE", columns, " ON ", table, count});
   }
-  run(connection, "CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name IN "
-                  "('policy_running', 'drives_left_out')" +
-                      count);
+  run(connection, {"CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name IN "
+                   "('policy_running', 'drives_left_out')",
+                   count});
 }
 
 void createTables(Connection& connection) {
@@ -181,7 +192,7 @@ void copyRows(Connection& connection) {
     const std::string name = table.name;
     if (exists(connection, "old_" + name)) {
       const std::string columns = sharedColumns(connection, name);
-      run(connection, "INSERT INTO " + name + "(" + columns + ") SELECT " + columns + " FROM old_" + name);
+      run(connection, {"INSERT INTO ", name, "(", columns, ") SELECT ", columns, " FROM old_", name});
     }
   }
   // Identifiers stay unused after the object that had the largest one is gone.
@@ -204,6 +215,7 @@ void Layout::create(Connection& connection) {
   setVersion(connection);
 }
 
+// COMPAT: states of earlier versions are converted when they are opened.
 void Layout::upgrade(Connection& connection, std::int64_t from) {
   setEarlierTablesAside(connection);
   createTables(connection);
