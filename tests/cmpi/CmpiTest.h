@@ -125,6 +125,7 @@ protected:
   }
 
   void TearDown() override {
+    waitFor([this] { return m_broker.unreleasedObjects() == 0; });  // the listener may still be delivering
     m_broker.reportLeaks();
     for (const host::Breach& breach : m_broker.breaches()) {
       ADD_FAILURE() << "breach: " << breach.text;

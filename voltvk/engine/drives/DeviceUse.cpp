@@ -143,6 +143,7 @@ DeviceUse::mountedDevices(const std::string& number, const std::string& sources)
   // Some file systems have a device number of their own; the source then names their devices.
   std::vector<std::string> devices;
   std::istringstream list(sources);
+  list.exceptions(std::ios::badbit);
   for (std::string source; std::getline(list, source, ':');) {
     if (source.rfind(NODES, 0) == 0) {
       devices.push_back(kernelName(unescaped(source)));

@@ -159,6 +159,7 @@ std::string placeOf(const std::string& directory) {
   }
   std::string path = real.substr(0, devices + root.size() - 1);
   std::istringstream parts(real.substr(devices + root.size()));
+  parts.exceptions(std::ios::badbit);
   std::string place;
   for (std::string part; std::getline(parts, part, '/');) {
     const bool isNode = baseName(path) == "block" && path.find("/virtual/") == std::string::npos;

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -60,8 +59,11 @@ std::string pathOf(const std::string& directory, const std::string& name) {
 }
 
 std::string realPath(const std::string& path) {
-  std::array<char, PATH_MAX> real{};
-  return realpath(path.c_str(), real.data()) == nullptr ? "" : real.data();
+  const std::unique_ptr<char, void (*)(void*)> real(realpath(path.c_str(), nullptr), std::free);
+  if (real == nullptr && errno == ENOMEM) {
+    throw std::bad_alloc();  // drives are told apart by their places
+  }
+  return real == nullptr ? "" : real.get();
 }
 
 std::string baseName(const std::string& path) {

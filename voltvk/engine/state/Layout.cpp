@@ -141,9 +141,9 @@ void createTriggers(Connection& connection) {
     run(connection, {"CREATE TRIGGER ", table, "_deleted AFTER DELETE ON ", table, count});
     run(connection, {"CREATE TRIGGER ", table, "_updated AFTER UPDATE", columns, " ON ", table, count});
   }
-  run(connection, "CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name IN "
-                  "('policy_running', 'drives_left_out')" +
-                      count);
+  run(connection, {"CREATE TRIGGER policy_switched AFTER UPDATE ON setting WHEN NEW.name IN "
+                   "('policy_running', 'drives_left_out')",
+                   count});
 }
 
 void createTables(Connection& connection) {
