@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Whichever allocation of the provider, the storage library or SQLite fails, the answer is the complete one
 // or an error, nothing crashes, leaks or stays locked, and the next request works.
+#include "allocations/ProductMemory.h"
 #include "host/schema/MofReader.h"
 #include "life/AnswerText.h"
 #include "life/ListenerSleep.h"
-#include "memory/ProductMemory.h"
 #include "support/Command.h"
 #include "support/Lines.h"
 #include "support/MethodArguments.h"
