@@ -26,7 +26,7 @@ public:
     // What is in use, without what the allocator keeps for later.
     const struct mallinfo2 heap = ::mallinfo2();
     m_samples.push_back(
-        {requests, heap.uordblks + heap.hblkhd, entriesOf("/proc/self/fd"), entriesOf("/proc/self/task")});
+        {requests, {heap.uordblks + heap.hblkhd, entriesOf("/proc/self/fd"), entriesOf("/proc/self/task")}});
   }
 
   /** Whether there were enough requests for a verdict. */

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef TESTS_MEMORY_PRODUCTMEMORY_H
-#define TESTS_MEMORY_PRODUCTMEMORY_H
+#ifndef TESTS_ALLOCATIONS_PRODUCTMEMORY_H
+#define TESTS_ALLOCATIONS_PRODUCTMEMORY_H
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "memory/ProductMemory.h"
+#include "allocations/ProductMemory.h"
 
 #include <array>
 #include <atomic>
