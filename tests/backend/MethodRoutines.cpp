@@ -21,8 +21,7 @@ struct RoutineCase {
 /** The methods that the schema declares and the one routine that is not offered. */
 const std::vector<RoutineCase>& routines() {
   static const std::vector<RoutineCase> cases = [] {
-    std::vector<RoutineCase> found = {
-        {"DeleteDataCacheVolume", {"VirtualVolumeId", "VirtualPoolId"}}};
+    std::vector<RoutineCase> found = {{"DeleteDataCacheVolume", {"VirtualVolumeId", "VirtualPoolId"}}};
     const auto schema = host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof");
     for (const host::SchemaMethod& method : schema->find("TVP_TierService")->methods) {
       if (method.parameter("Members") != nullptr) {

@@ -32,8 +32,8 @@ public:
   void write(const Json& document, const std::string& text) const;
 
   /**
-   * Writes a list of objects: with the output format "json" as it is, else as a table. If a column stays, others are
-   * left out on a terminal that is too narrow, which a last line announces; else all are shown.
+   * Writes a list of objects: with the output format "json" as it is, else as a table. If a column stays,
+   * others are left out on a terminal that is too narrow, which a last line announces; else all are shown.
    * @param whenEmpty what to say in place of an empty table
    */
   void writeList(const Json& list, const std::vector<Column>& columns, const std::string& whenEmpty) const;
