@@ -15,7 +15,7 @@ tvpMethodTrace::tvpMethodTrace(const char* method) noexcept : m_method(method ==
 
 tvpMethodTrace::~tvpMethodTrace() {
   // COMPAT: two blanks after EXIT align the colons of a pair of lines; logs are searched for them.
-  traceParts({"EXIT  : ", m_method.data()});
+  traceParts({"EXIT  : ", m_method});
 }
 
 }  // namespace tvp::cim::fwf

@@ -47,7 +47,7 @@ TEST_F(AssociationRequestsTest, WithoutARelatedAssociationTheAnswerIsEmptySucces
 // The source is at one end or it is not, whatever the other end is called.
 TEST_F(AssociationRequestsTest, AnEndWithoutANameIsNobodysClass) {
   PluginsManager::getInstance()->registerPlugin(
-      "test_oneend", new EmptyAssociation("TEST_OneEnd", "", "TEST_Near"));
+      "test_oneend", new ScriptedPlugin("TEST_OneEnd", "", "TEST_Near"));
   for (const std::string source : {"TEST_Near", "TEST_Far", ""}) {
     m_log.clear();
     static_cast<void>(m_provider->associatorNames(path(source), through("TEST_OneEnd")));

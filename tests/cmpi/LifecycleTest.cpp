@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "CmpiTest.h"
-#include "ScriptedPlugin.h"
+#include "support/ScriptedPlugin.h"
 #include "support/Threads.h"
 
 #include <gmock/gmock.h>
@@ -121,7 +121,9 @@ TEST(Lifecycle, WithoutABrokerErrorsHaveNoMessageAndTheStatusIsNotWritten) {
   EXPECT_EQ(failed.rc, CMPI_RC_ERR_FAILED);
   EXPECT_EQ(failed.msg, nullptr);
   // A method's output needs objects of the broker.
-  ScriptedPlugin::install().output.addArgument(scalar<std::string>("Text", cim::fwf::PDT_STRING, "t"));
+  auto* plugin = new ScriptedPlugin;
+  plugin->output.addArgument(scalar<std::string>("Text", cim::fwf::PDT_STRING, "t"));
+  cim::fwf::PluginsManager::getInstance()->registerPlugin("test_all", plugin);
   host::Broker broker(testSchema());
   host::Request request(broker, host::CallOptions{true, ""});
   const CMPIStatus invoked = tvpCmpiMIInvokeMethod(
