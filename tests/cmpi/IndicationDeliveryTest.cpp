@@ -223,7 +223,7 @@ TEST_F(EventFlowTest, DeliveriesLeaveNothingBehind) {
       EXPECT_TRUE(cim::adap::cmpi::CMPIAdapter::DeliverIndication(copy));
     }
     const std::lock_guard<std::mutex> lock(m_mutex);
-    m_described = {};
+    m_described = std::vector<std::string>();  // with its memory
   };
   std::thread([&] {
     deliver(5000);  // the broker keeps some thousand dead objects of a thread, to know them again
