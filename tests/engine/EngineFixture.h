@@ -43,6 +43,15 @@ protected:
   EngineTest() : m_storage(m_directory), m_lib(std::make_unique<TvkLib>()) {}
 
   static std::shared_ptr<voltvk::State> state() { return Storage::state(); }
+  static void execute(const std::string& sql) { Storage::execute(sql); }
+  /** Adds drives past all rules: number, identity, whether it is virtual, whether it is present, and so on.
+   */
+  static void insertDrives(const std::string& rows) {
+    execute(
+        "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model, sectors, "
+        "type, interface, removable, bootable, partitioned, mounted) " +
+        rows);
+  }
   TvkAdapter& adapter() const { return *dynamic_cast<TvkAdapter*>(m_lib->getRootObject()->getObject(0)); }
 
   static std::uint8_t addDrive(TvkDeviceType type, std::uint64_t sectors) {

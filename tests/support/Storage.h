@@ -7,6 +7,8 @@
 #include "voltvk/engine/drives/DriveRegistry.h"
 #include "voltvk/voltvk.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -69,6 +71,26 @@ public:
   Storage& operator=(const Storage&) = delete;
 
   static std::shared_ptr<voltvk::State> state() { return voltvk::State::forProcess(); }
+
+  /** Runs statements on the state, past the library's rules. */
+  static void execute(const std::string& sql) {
+    state()->change([&](voltvk::Connection& connection) { connection.execute(sql.c_str()); });
+  }
+  /** The rows that a query finds, their values separated by "|", each on a line. */
+  static std::string rows(const std::string& query) {
+    std::string text;
+    const auto add = [](void* out, int count, char** values, char**) {
+      for (int i = 0; i < count; ++i) {
+        *static_cast<std::string*>(out) += std::string(values[i] == nullptr ? "-" : values[i]) + "|";
+      }
+      *static_cast<std::string*>(out) += "\n";
+      return 0;
+    };
+    state()->read([&](voltvk::Connection& connection) {
+      sqlite3_exec(connection.handle(), query.c_str(), add, &text, nullptr);
+    });
+    return text;
+  }
 
   /** Adds a virtual drive. @return its number @throws what the library throws when it refuses */
   static std::uint8_t addDrive(TvkDeviceType type, std::uint64_t sectors) {

@@ -23,7 +23,7 @@ TEST_F(ForeignTextTest, IsNeverUsedAsAFormatAPathOrAStatement) {
     const host::MethodOutcome created = m_provider->invokeMethod(service, create.name, arguments);
     const bool taken = text.find('\n') == std::string::npos;
     EXPECT_EQ(created.ok(), taken) << "control bytes do not belong into names";
-    EXPECT_EQ(state().find("pool " + text + " ") != std::string::npos, taken);
+    EXPECT_EQ(state().find("pool " + text + "|") != std::string::npos, taken);
     EXPECT_EQ(state().find("volume cached") != std::string::npos, true) << "the others are as before";
 
     // As the name of a class, a key, a method and a user.

@@ -37,20 +37,11 @@ protected:
   static constexpr std::uint8_t FREE_DRIVE = 2;
 
   /** Everything that a change could affect, as text. */
-  std::string state() {
-    std::string text;
-    const Listing<VirtualPool> pools(&m_adapter, "VirtualPool");
-    for (std::size_t i = 0; i < pools.size(); ++i) {
-      text += std::string("pool ") + pools[i]->getName() + " " + std::to_string(pools[i]->getTierLevel()) +
-              " " + std::to_string(pools[i]->getUsedCapacityInSectors()) + "\n";
-    }
-    const Listing<VirtualVolume> volumes(&m_adapter, "VirtualVolume");
-    for (std::size_t i = 0; i < volumes.size(); ++i) {
-      text += std::string("volume ") + volumes[i]->getName() + " " +
-              std::to_string(volumes[i]->getCapacityInSectors()) + " " +
-              std::to_string(volumes[i]->getKnobSetting()) + "\n";
-    }
-    return text;
+  static std::string state() {
+    return Storage::rows(
+        "SELECT 'pool ' || name, tier, (SELECT sum(chunks) FROM volume_extent WHERE pool = id)"
+        " FROM pool ORDER BY name;"
+        "SELECT 'volume ' || name, hdd_chunks, ssd_chunks, knob FROM volume ORDER BY name");
   }
 
   /** Restores the configuration if it has changed; its identifiers are different then. */

@@ -84,9 +84,7 @@ TEST_F(ActivityTest, OnlyColderChunksMakeRoomAndNothingMovesOnceNothingIsUsed) {
   heat(120, 4);
   EXPECT_EQ(runRound(), 0U) << "all are equally hot";
   heat(120, 2);
-  state()->change([&](voltvk::Connection& connection) {
-    connection.execute("UPDATE chunk SET heat = 3 WHERE number = 119");
-  });
+  execute("UPDATE chunk SET heat = 3 WHERE number = 119");
   EXPECT_EQ(runRound(), 1U) << "only the one that is colder makes room";
   heat(70, 40);
   EXPECT_EQ(runRound(), 16U);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What pools and volumes look like after their creation, and which events report their changes.
 #include "engine/EngineFixture.h"
-#include "voltvk/engine/state/EventJournal.h"
 
 #include <atomic>
 #include <thread>
@@ -124,30 +123,6 @@ TEST_F(ConfigurationTest, EventsNameThePoolOrVolumeThatTheyAreAbout) {
   EXPECT_EQ(identifiers, expected);
 }
 
-TEST_F(ConfigurationTest, EventsOfTwoPollsAllArriveAndOldOnesAreDropped) {
-  addDrive(TVK_DEVICE_HDD, 50 * MIB);
-  newEvents();
-  state()->change([&](voltvk::Connection& connection) {
-    for (int i = 0; i < 1000; ++i) {
-      voltvk::EventJournal(connection)
-          .append(TVK_EVENT_DRIVE_ADDED, TVK_EVENT_INFORMATION, "{}", {std::to_string(i)});
-    }
-  });
-  const std::vector<std::string> events = newEvents();
-  ASSERT_EQ(events.size(), 1000U);
-  EXPECT_EQ(events.front(), "601 [0]");
-  EXPECT_EQ(events.back(), "601 [999]");
-  state()->change([&](voltvk::Connection& connection) {
-    for (int i = 0; i < voltvk::EventJournal::CAPACITY + 1; ++i) {
-      voltvk::EventJournal(connection)
-          .append(TVK_EVENT_DRIVE_ADDED, TVK_EVENT_INFORMATION, "{}", {std::to_string(i)});
-    }
-  });
-  const std::vector<std::string> kept = newEvents();
-  ASSERT_EQ(kept.size(), static_cast<std::size_t>(voltvk::EventJournal::CAPACITY));
-  EXPECT_EQ(kept.front(), "601 [1]");
-}
-
 TEST_F(ConfigurationTest, CollectionsShowOneConsistentMoment) {
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
   const std::uint32_t pool = createPool(poolSpec("pool", {0}, 100 * MIB));
@@ -214,9 +189,7 @@ TEST_F(ConfigurationTest, VolumesHaveDifferentDeviceNumbersWhateverTheirIdentifi
     return std::pair(volumes().last()->getVolumeId(), volumes().last()->getDeviceNumber());
   };
   EXPECT_EQ(create("first"), std::pair(1U, std::uint16_t{1}));
-  state()->change([](voltvk::Connection& connection) {
-    connection.execute("UPDATE sqlite_sequence SET seq = 65535 WHERE name = 'volume'");
-  });
+  execute("UPDATE sqlite_sequence SET seq = 65535 WHERE name = 'volume'");
   EXPECT_EQ(create("second"), std::pair(65536U, std::uint16_t{2}));
   EXPECT_EQ(create("third"), std::pair(65537U, std::uint16_t{3}));
 }

@@ -112,7 +112,7 @@ TEST_F(VoltvkctlTest, DrivesAreAddedListedAndRemovedWithTheirEvents) {
 TEST_F(VoltvkctlTest, StatusShowsWhatIsWrongWithDrives) {
   createPool(poolSpec("pool", {addDrive(TVK_DEVICE_HDD, 10 * MIB)}, 10 * MIB));
   EXPECT_EQ(text({"status"}).find("trouble"), std::string::npos);
-  state()->change([](voltvk::Connection& connection) { connection.execute("UPDATE drive SET present = 0"); });
+  execute("UPDATE drive SET present = 0");
   EXPECT_NE(text({"status"}).find("trouble:  drive 0 (/dev/tvk0) is missing\n"), std::string::npos);
 }
 

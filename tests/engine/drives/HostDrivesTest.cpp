@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The drives of a machine, read from recorded sysfs trees.
 #include "engine/EngineFixture.h"
+#include "support/Threads.h"
 #include "voltvk/engine/drives/HostDriveScanner.h"
 
 #include <filesystem>
@@ -257,20 +258,12 @@ TEST_F(HostDrivesTest, PathsToOneUnitAreOneDrive) {
 }
 
 TEST_F(HostDrivesTest, DrivesOfAnEarlierVersionAreFoundOnce) {
-  state()->change([](voltvk::Connection& connection) {
-    const char* columns =
-        "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model,"
-        " sectors, type, interface, removable, bootable, partitioned, mounted) VALUES";
-    connection.execute(
-        (std::string(columns) +
-         "(10, 'wwid:naa.1', 0, 1, '/dev/sda', '', 'naa.1', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-         "(11, 'serial:S1/', 0, 1, '/dev/sdb', 'S1', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-         "(12, 'name:/dev/sdc', 0, 1, '/dev/sdc', '', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-         "(13, 'serial:S2/', 0, 1, '/dev/sdd', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
-         "(14, 'serial:S2///dev/sde', 0, 1, '/dev/sde', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0);"
-         "UPDATE setting SET value = 14 WHERE name = 'last_drive_number'")
-            .c_str());
-  });
+  insertDrives("VALUES(10, 'wwid:naa.1', 0, 1, '/dev/sda', '', 'naa.1', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+               "(11, 'serial:S1/', 0, 1, '/dev/sdb', 'S1', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+               "(12, 'name:/dev/sdc', 0, 1, '/dev/sdc', '', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+               "(13, 'serial:S2/', 0, 1, '/dev/sdd', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0),"
+               "(14, 'serial:S2///dev/sde', 0, 1, '/dev/sde', 'S2', '', '', '', 204800, 1, 1, 0, 0, 0, 0);"
+               "UPDATE setting SET value = 14 WHERE name = 'last_drive_number'");
   plainDrive("sda", "naa.1");
   plainDrive("sdb", "", {{"device/serial", "S1"}});
   plainDrive("sdc");
@@ -282,14 +275,9 @@ TEST_F(HostDrivesTest, DrivesOfAnEarlierVersionAreFoundOnce) {
 }
 
 TEST_F(HostDrivesTest, DrivesBeyondTheLastNumberAreReported) {
-  state()->change([](voltvk::Connection& connection) {
-    connection.execute("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 253)"
-                       "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, "
-                       "model, sectors, type,"
-                       " interface, removable, bootable, partitioned, mounted)"
-                       " SELECT i, i, 1, 1, i, '', '', '', '', 8, 1, 6, 0, 0, 0, 0 FROM n;"
-                       "UPDATE setting SET value = 253 WHERE name = 'last_drive_number'");
-  });
+  insertDrives("WITH RECURSIVE n(i) AS (SELECT 0 UNION ALL SELECT i + 1 FROM n WHERE i < 253)"
+               "SELECT i, i, 1, 1, i, '', '', '', '', 8, 1, 6, 0, 0, 0, 0 FROM n;"
+               "UPDATE setting SET value = 253 WHERE name = 'last_drive_number'");
   for (const char* name : {"sda", "sdb", "sdc"}) {
     plainDrive(name);
   }
@@ -374,11 +362,10 @@ TEST_F(HostDrivesTest, ThePoolsTierLevelFollowsTheKindOfItsDrive) {
 TEST_F(HostDrivesTest, ARefreshFindsNewDrives) {
   EXPECT_EQ(drives().size(), 0U);
   plainDrive("sda");
-  const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(2);
-  while (drives().size() == 0 && std::chrono::steady_clock::now() < end) {
+  EXPECT_TRUE(waitFor([this] {
     m_lib->refreshConfiguration();
-  }
-  EXPECT_EQ(drives().size(), 1U);
+    return drives().size() == 1;
+  }));
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include "engine/EngineFixture.h"
 #include "voltvk/engine/state/Refusal.h"
 
-#include <sqlite3.h>
-
 #include <cstring>
 #include <functional>
 #include <numeric>
@@ -56,20 +54,9 @@ protected:
   /** Everything in the state except the events. */
   std::string contents() const {
     std::string text;
-    state()->read([&](voltvk::Connection& connection) {
-      for (const char* table : {"drive", "pool", "pool_member", "volume", "volume_extent", "chunk"}) {
-        const std::string query = std::string("SELECT * FROM ") + table;
-        sqlite3_exec(
-            connection.handle(), query.c_str(),
-            [](void* out, int count, char** values, char**) {
-              for (int i = 0; i < count; ++i) {
-                *static_cast<std::string*>(out) += std::string(values[i] == nullptr ? "-" : values[i]) + "|";
-              }
-              return 0;
-            },
-            &text, nullptr);
-      }
-    });
+    for (const char* table : {"drive", "pool", "pool_member", "volume", "volume_extent", "chunk"}) {
+      text += Storage::rows(std::string("SELECT * FROM ") + table);
+    }
     return text;
   }
 
@@ -320,14 +307,10 @@ TEST_F(RefusalsTest, LimitsAreThoseThatTheIdentityPublishes) {
 }
 
 TEST_F(RefusalsTest, DrivesOfTheMachineSayWhyTheyAreUnfit) {
-  state()->change([](voltvk::Connection& connection) {
-    connection.execute("INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, "
-                       "model, sectors, type,"
-                       " interface, removable, bootable, partitioned, mounted) VALUES"
-                       "(101, 'b', 1, 1, '/dev/cut', '', '', '', '', 409600, 1, 1, 0, 0, 1, 1),"
-                       "(102, 'c', 1, 1, '/dev/used', '', '', '', '', 409600, 1, 1, 0, 0, 0, 1),"
-                       "(103, 'd', 1, 0, '/dev/gone', '', '', '', '', 409600, 1, 1, 0, 0, 0, 0)");
-  });
+  insertDrives("VALUES(101, 'b', 1, 1, '/dev/cut', '', '', '', '', 409600, 1, 1, 0, 0, 1, 1),"
+               "(102, 'c', 1, 1, '/dev/used', '', '', '', '', 409600, 1, 1, 0, 0, 0, 1),"
+               "(103, 'd', 1, 0, '/dev/gone', '', '', '', '', 409600, 1, 1, 0, 0, 0, 0);"
+               "UPDATE drive SET present = 0 WHERE number = 0");  // a member of the pool "hdd"
   const std::vector<Spoiled<VirtualPoolSpec>> cases = {
       {TVK_DEVICE_NOT_ELIGIBLE, "drive 101 (/dev/cut) has partitions and cannot join a pool",
        pool("new", {101})},
@@ -336,9 +319,6 @@ TEST_F(RefusalsTest, DrivesOfTheMachineSayWhyTheyAreUnfit) {
       {TVK_NO_SUCH_DEVICE, "drive 103 (/dev/gone) is unplugged; plug it in, or choose", pool("new", {103})},
       {TVK_DEVICE_IN_USE, "drive 0 (/dev/tvk0) belongs to pool 1 (hdd)", pool("new", {0})},
   };
-  state()->change([](voltvk::Connection& connection) {
-    connection.execute("UPDATE drive SET present = 0 WHERE number = 0");  // a member of the pool "hdd"
-  });
   expectAllRefused(
       cases, "203 Pool [", [&](VirtualPoolSpec& spec) { return adapter().createVirtualPool(spec); });
 }

@@ -39,11 +39,8 @@ protected:
     const std::uint32_t ssd = createPool(poolSpec("ssd", {1}, 50 * MIB, TVK_TIER_SSD));
     createVolume(volumeSpec("tiered", TVK_VOLUME_TIERED, {{hdd, 10 * MIB}, {ssd, 10 * MIB}}));
     createVolume(volumeSpec("cached", TVK_VOLUME_CACHED, {{hdd, 10 * MIB}, {ssd, 10 * MIB}}));
-    state()->change([](voltvk::Connection& connection) {
-      connection.execute(
-          "INSERT INTO chunk VALUES(1, 3, 9, 0, 0), (2, 3, 9, 1, 1);"
-          "INSERT INTO fault(kind, operation, status, milliseconds) VALUES(5, 'getIdentity', 0, 1)");
-    });
+    execute("INSERT INTO chunk VALUES(1, 3, 9, 0, 0), (2, 3, 9, 1, 1);"
+            "INSERT INTO fault(kind, operation, status, milliseconds) VALUES(5, 'getIdentity', 0, 1)");
     EXPECT_EQ(adapter().deleteVirtualPool(77).getReturn(), TVK_NO_SUCH_POOL);
     m_lib.reset();
     m_sound = readFile(m_path);

@@ -18,23 +18,6 @@ protected:
   }
 };
 
-TEST_F(FaultsTest, AnAbsentDriverHasNoControllersAndNoCollections) {
-  Faults().driverAbsent();
-  unsigned long count = 99;
-  EXPECT_EQ(m_lib->getControllerCount(count).getReturn(), TVK_NO_DRIVER);
-  EXPECT_EQ(count, 0U);
-  EXPECT_NE(std::string(m_lib->getOpenError()).find("voltvkctl fault clear"), std::string::npos);
-  EXPECT_FALSE(drives().isReadable());
-  VirtualPoolSpec spec = poolSpec("pool", {0}, 50 * MIB);
-  const Ret refused = adapter().createVirtualPool(spec);
-  EXPECT_EQ(refused.getReturn(), TVK_NO_DRIVER);
-  EXPECT_STREQ(refused.getDetail(), m_lib->getOpenError());
-  EXPECT_EQ(Faults().clear(FaultKind::DriverAbsent), 1U);
-  EXPECT_EQ(m_lib->getControllerCount(count).getReturn(), TVK_OK);
-  EXPECT_EQ(count, 1U);
-  EXPECT_EQ(drives().size(), 1U);
-}
-
 TEST_F(FaultsTest, AnAbsentAdapterIsNullAndRefusesOperations) {
   TvkAdapter& held = adapter();
   Faults().adapterAbsent();

@@ -6,9 +6,11 @@
 
 #include <sqlite3.h>
 
+#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -79,10 +81,25 @@ TEST_F(OpeningTest, NeitherOpeningNorReadingWaitsForAWriter) {
     EXPECT_LT(timeOf([&] { EXPECT_EQ(openError(), ""); }), voltvk::BUSY_TIMEOUT / 5);
     EXPECT_LT(timeOf([&] { EXPECT_EQ(pools().size() + drives().size(), 2U); }), voltvk::BUSY_TIMEOUT / 5);
     VirtualPoolSpec spec = poolSpec("other", {0}, 10 * MIB);
-    const auto waited = timeOf([&] { EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_BUSY); });
+    std::atomic<bool> done{false};
+    std::thread reader([&] {
+      while (!done) {
+        EXPECT_EQ(pools().size(), 1U) << "readers go on while a change waits";
+      }
+    });
+    Ret busy;
+    const auto waited = timeOf([&] { busy = adapter().createVirtualPool(spec); });
+    done = true;
+    reader.join();
+    EXPECT_EQ(busy.getReturn(), TVK_BUSY);
+    EXPECT_EQ(
+        busy.getDetail(),
+        "the state file " + m_path +
+            " is held by another process (database is locked); try again when that has ended");
     EXPECT_GE(waited, voltvk::BUSY_TIMEOUT / 2);
     EXPECT_LT(waited, voltvk::BUSY_TIMEOUT * 3 / 2) << "waited a second time, for the event";
   }
+  EXPECT_EQ(adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0)).getReturn(), TVK_OK);
   state()->scanDrives();
   EXPECT_EQ(drives().size(), 2U);
 }

@@ -7,13 +7,11 @@
 
 #include <sqlite3.h>
 
-#include <atomic>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <set>
-#include <thread>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -262,9 +260,7 @@ TEST_F(StateFileTest, IsCreatedAgainWhenItIsMovedAwayWhileInUse) {
 
 TEST_F(StateFileTest, ReusesDriveNumbersOnceAllHaveBeenGiven) {
   m_lib = std::make_unique<TvkLib>();
-  state()->change([](voltvk::Connection& connection) {
-    connection.execute("UPDATE setting SET value = 254 WHERE name = 'last_drive_number'");
-  });
+  execute("UPDATE setting SET value = 254 WHERE name = 'last_drive_number'");
   EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 255U);
   const std::uint32_t pool = createPool(poolSpec("last", {255}, MIB, TVK_TIER_SSD));
   EXPECT_EQ(adapter().deleteVirtualPool(pool).getReturn(), TVK_OK);
@@ -274,38 +270,11 @@ TEST_F(StateFileTest, ReusesDriveNumbersOnceAllHaveBeenGiven) {
   EXPECT_EQ(addDrive(TVK_DEVICE_SSD, MIB), 2U);
 }
 
-TEST_F(StateFileTest, LockedByAnotherProcessIsBusyUntilItIsReleased) {
-  m_lib = std::make_unique<TvkLib>();
-  sqlite3* other = openAndRun(m_path, "BEGIN IMMEDIATE");
-  const auto start = std::chrono::steady_clock::now();
-  std::atomic<bool> done{false};
-  std::thread reader([&] {
-    while (!done) {  // readers go on while a change waits
-      EXPECT_EQ(pools().size(), 1U);
-    }
-  });
-  const Ret busy = adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0));
-  EXPECT_EQ(busy.getReturn(), TVK_BUSY);
-  EXPECT_EQ(
-      busy.getDetail(),
-      "the state file " + m_path +
-          " is held by another process (database is locked); try again when that has ended");
-  done = true;
-  reader.join();
-  const auto waited = std::chrono::steady_clock::now() - start;
-  EXPECT_GE(waited, voltvk::BUSY_TIMEOUT / 2);
-  EXPECT_LE(waited, voltvk::BUSY_TIMEOUT * 3);
-  sqlite3_close(other);
-  EXPECT_EQ(adapter().modifyVirtualPool(1, poolSpec("other", {}, 0, 0)).getReturn(), TVK_OK);
-}
-
 TEST_F(StateFileTest, ACommitThatFailsLeavesAConnectionThatWorks) {
   m_lib = std::make_unique<TvkLib>();
   try {
-    state()->change([](voltvk::Connection& connection) {
-      // The fault in the row is only noticed at the end of the transaction.
-      connection.execute("PRAGMA defer_foreign_keys = ON; INSERT INTO pool_member VALUES(1, 7, 200, 5)");
-    });
+    // The fault in the row is only noticed at the end of the transaction.
+    execute("PRAGMA defer_foreign_keys = ON; INSERT INTO pool_member VALUES(1, 7, 200, 5)");
     ADD_FAILURE() << "the transaction was committed";
   } catch (const voltvk::Refusal& refusal) {
     EXPECT_EQ(refusal.status(), TVK_INTERNAL);
@@ -319,10 +288,8 @@ TEST_F(StateFileTest, ACommitThatFailsLeavesAConnectionThatWorks) {
 
 TEST_F(StateFileTest, DamageFoundWhileItIsUsedIsSaidInTheDatabasesOwnWords) {
   m_lib = std::make_unique<TvkLib>();
-  state()->change([](voltvk::Connection& connection) {
-    connection.execute("PRAGMA writable_schema = ON;"
-                       "UPDATE sqlite_master SET rootpage = 100000 WHERE name = 'volume'");
-  });
+  execute("PRAGMA writable_schema = ON;"
+          "UPDATE sqlite_master SET rootpage = 100000 WHERE name = 'volume'");
   m_lib.reset();
   m_lib = std::make_unique<TvkLib>();
   const Ret ret = m_lib->refreshConfiguration();
@@ -355,11 +322,8 @@ TEST_F(StateFileTest, IsReadAgainOnlyWhenTheConfigurationHasChanged) {
   m_lib = std::make_unique<TvkLib>();
   createVolume(volumeSpec("volume", TVK_VOLUME_TIERED, {{1, 10 * MIB}}));
   auto before = state()->snapshot();
-  const auto run = [](const char* sql) {
-    state()->change([&](voltvk::Connection& connection) { connection.execute(sql); });
-  };
   EXPECT_EQ(adapter().resetVirtualVolumeStats(1).getReturn(), TVK_OK);  // which appends an event as well
-  run("UPDATE volume SET reads = 5; INSERT INTO chunk VALUES(1, 1, 1, 0, 0)");
+  execute("UPDATE volume SET reads = 5; INSERT INTO chunk VALUES(1, 1, 1, 0, 0)");
   EXPECT_EQ(state()->snapshot(), before);
   for (const char* sql :
        {"UPDATE drive SET present = 0", "UPDATE pool SET description = 'x'", "UPDATE volume SET knob = 3",
@@ -367,7 +331,7 @@ TEST_F(StateFileTest, IsReadAgainOnlyWhenTheConfigurationHasChanged) {
         "DELETE FROM volume_extent; DELETE FROM chunk;"
         "DELETE FROM volume",
         "INSERT INTO fault VALUES(1, 4, 'getIdentity', 0, 0)"}) {
-    run(sql);
+    execute(sql);
     EXPECT_NE(state()->snapshot(), before) << sql;
     before = state()->snapshot();
   }
