@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <random>
 #include <sstream>
 
 #include <sys/stat.h>
@@ -101,21 +100,6 @@ TEST_F(EventCatalogue, TextsAreCutToTheDescriptionField) {
       << "an argument that names itself";
   EXPECT_LT(describe(0x704, "[{0}{1}{0}] [{0}{0}]").description.size(), TVK_EVENT_DESCRIPTION_SIZE);
   EXPECT_EQ(describe(0x705, "").description, "a");
-  std::mt19937 random(7);
-  const std::string alphabet = std::string("0123{}[]= \t\r\n\xc3\xa4%A") + '\0';
-  const auto text = [&](std::size_t most) {
-    std::string result(random() % most, ' ');
-    for (char& character : result) {
-      character = alphabet[random() % alphabet.size()];
-    }
-    return result;
-  };
-  for (int round = 0; round < 300; ++round) {
-    install(text(40) + "\n201=" + text(3000) + "\n402 =" + text(60));
-    for (const std::uint32_t code : {0x201U, 0x402U, 0x40AU}) {
-      EXPECT_LT(describe(code, text(255)).description.size(), TVK_EVENT_DESCRIPTION_SIZE);
-    }
-  }
 }
 
 /** The parts of a text between "|". */

@@ -66,13 +66,18 @@ TEST_F(EventListener, SaysHowManyEventsWereLost) {
   voltvk::State::forProcess()->change([](voltvk::Connection& connection) {
     for (int i = 0; i < 6000; ++i) {
       voltvk::EventJournal(connection)
-          .append(TVK_EVENT_POOL_DESCRIBED, TVK_EVENT_INFORMATION, "Pool {}", {"p"});
+          .append(TVK_EVENT_POOL_DESCRIBED, TVK_EVENT_INFORMATION, "Pool {}", {std::to_string(i)});
     }
   });
   delivered.clear();
   for (int round = 0; round < 2; ++round) {
     manager.pollOnce();
-    EXPECT_EQ(delivered.size(), 4096U);
+    ASSERT_EQ(delivered.size(), 4096U);
+    for (std::size_t i = 0; i < delivered.size(); ++i) {
+      EXPECT_EQ(
+          elementsOf<std::string>(delivered[i].getPropertyByName("eventDesc")).at(0),
+          "Pool [" + std::to_string(1904 + i) + "]");
+    }
     EXPECT_EQ(
         log.count(LogCapture::message(
             3, "TvkAdapter::getEvents(): 1904 events were lost, since more happened between two fetches than "

@@ -35,49 +35,18 @@ TEST_F(InstanceBuilders, WithoutAnObjectThereIsNoInstance) {
   EXPECT_EQ(TarvexProVirtualVolume::InsertVirtualVolumeInfo(nullptr, wrapper), 3U);
 }
 
+// The smallest number that is no pool's identifier, then the next whose name is not taken.
 TEST_F(InstanceBuilders, DefaultNamesAreNotInUse) {
   EXPECT_EQ(TvkUtil::buildDeviceName(nullptr, TVK_NAME_VOLUME), "Volume0");
-  std::vector<unsigned int> identifiers;
-  for (const char* name : {"Other", "Another"}) {
-    identifiers.push_back(makePool(name, TVK_DEVICE_HDD));
+  EXPECT_EQ(makePool("Other", TVK_DEVICE_HDD), 1U);
+  for (const std::string number : {"0", "1", "2", "3"}) {
+    for (const auto& [kind, name] :
+         {std::pair(TVK_NAME_POOL, "Pool" + number), {TVK_NAME_INTERNAL_POOL, "InternalPool" + number}}) {
+      EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), kind), name);
+      makePool(name, TVK_DEVICE_HDD);
+    }
   }
-  unsigned int free = 0;
-  while (std::count(identifiers.begin(), identifiers.end(), free) != 0) {
-    ++free;
-  }
-  const std::string first = "Pool" + std::to_string(free);
-  EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_POOL), first);
-  EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), "Internal" + first);
-  makePool(first, TVK_DEVICE_HDD);
-  EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_POOL), "Pool" + std::to_string(free + 1));
   EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_VOLUME), "Volume0");
-}
-
-TEST_F(InstanceBuilders, NamesOfInternalPoolsSkipThoseThatAreTaken) {
-  const unsigned int first = makePool("First", TVK_DEVICE_HDD);
-  unsigned int number = 0;
-  const auto name = [&number] { return "InternalPool" + std::to_string(number); };
-  while (number == first) {
-    ++number;
-  }
-  EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), name());
-  for (int taken = 0; taken < 3; ++taken) {
-    makePool(name(), TVK_DEVICE_HDD);
-    // The smallest number that is not an identifier, then the next whose name is not taken.
-    number = 0;
-    const Strings names = pools();
-    std::vector<unsigned int> identifiers;
-    for (const VirtualPool& pool : FilteredObjects<VirtualPool>(getTvkAdapter())) {
-      identifiers.push_back(pool.getPoolId());
-    }
-    while (std::count(identifiers.begin(), identifiers.end(), number) != 0) {
-      ++number;
-    }
-    while (std::count(names.begin(), names.end(), name()) != 0) {
-      ++number;
-    }
-    EXPECT_EQ(TvkUtil::buildDeviceName(getTvkAdapter(), TVK_NAME_INTERNAL_POOL), name());
-  }
 }
 
 TEST(InstanceWrapper, ElementsAreAppendedToArraysAndToNothingElse) {

@@ -36,24 +36,19 @@ protected:
 TEST_F(RequestsTest, ReadingOperationsCarryPathAndListsBothWays) {
   m_plugin.instances = {item("a", 1), item("b", 2)};
   m_plugin.names = {item("a", 1).getPath()};
-  m_log.clear();
   const host::InstancesOutcome all =
       m_provider->enumerateInstances(itemPath("x"), std::vector<std::string>{"U32"});
   ASSERT_EQ(all.instances.size(), 2U);
   EXPECT_EQ(*all.instances[1].property("U32"), Value::uint32(2));
   EXPECT_EQ(all.instances[1].path.keys.at(0).value, Value::string("b"));
   EXPECT_TRUE(m_plugin.givenPath.keyBindings().empty()) << "enumerations leave the keys out";
-  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::EnumInstances ClassName:TEST_All")));
 
   const host::PathsOutcome names = m_provider->enumerateInstanceNames(itemPath("x"));
   ASSERT_EQ(names.paths.size(), 1U);
   EXPECT_EQ(*names.paths[0].key("Id"), Value::string("a"));
-  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::EnumInstanceNames ClassName:TEST_All")));
 
-  m_log.clear();
   EXPECT_EQ(m_provider->getInstance(itemPath("q")).instances.size(), 2U);
   EXPECT_EQ(m_plugin.givenPath.keyBindings().size(), 2U);
-  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::GetInstance ClassName:TEST_All")));
 
   m_plugin.instances.clear();
   const host::InstancesOutcome none = m_provider->getInstance(itemPath("q"));
@@ -77,8 +72,6 @@ TEST_F(RequestsTest, CreatingAndDeletingAreAcceptedAndDoNothing) {
   EXPECT_EQ(*create.paths()[0].key("Id"), Value::string("a"));
   EXPECT_TRUE(m_provider->deleteInstance(itemPath("a")).ok());
   EXPECT_EQ(m_plugin.calls, std::vector<std::string>{});
-  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::CreateInstance ClassName:TEST_All")));
-  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::DeleteInstance ClassName:TEST_All")));
 }
 
 TEST_F(RequestsTest, WhatIsThrownBecomesTheStatusAndTheOperationStillEndsItsTrace) {
@@ -135,7 +128,6 @@ TEST_F(RequestsTest, OnlyAdministratorsModify) {
     EXPECT_EQ(outcome.message, c.admitted ? "" : name + " : is not a member of Administrator/root");
     EXPECT_EQ(m_log.has(LogCapture::message(5, "UserName = " + name + " is verified")), c.admitted);
   }
-  EXPECT_TRUE(m_log.has(LogCapture::message(5, "CMPIAdapter::ModifyInstance ClassName:TEST_All")));
   EXPECT_EQ(m_plugin.givenList, std::vector<std::string>{"U32"});
   EXPECT_EQ(m_plugin.givenInstance.getPropertyCount(), 1U);
   EXPECT_EQ(m_plugin.givenPath.keyBindings().size(), 2U);
