@@ -109,14 +109,11 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
   EXPECT_EQ(answer({"ein", "TVP_TierService"}), Json::array());
   EXPECT_EQ(answer({"ei", "CIM_ComputerSystem"}), Json::array())
       << "a class that the provider does not serve";
-  EXPECT_EQ(answer({"gi", "TVP_VirtualPools.CreationClassName=\"any\""}).at("NumberOfStoragePool"), 5);
-  EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember"}).at(0).at("StartRange"), Json({0, 51}));
   EXPECT_EQ(answer({"ei", "TVP_VirtualPoolMember", "--property", "endrange"}).at(0).count("StartRange"), 0U)
       << "was not asked for";
   EXPECT_EQ(
       answer({"ci", "TVP_VirtualPool", "Name=a \"b\""}).at("Path"),
       "root/kvs/tvp/smi_15:TVP_VirtualPool.Name=\"a \\\"b\\\"\"");
-  EXPECT_EQ(answer({"di", "TVP_VirtualPool.Name=\"x\""}).at("Status"), "CIM_ERR_SUCCESS");
   EXPECT_EQ(
       answer({"im", "TVP_TierService", "GetVirtualPoolMembers", "VirtualPoolId=3"}),
       Json::parse(R"({"ReturnValue": 0, "Members": []})"));
@@ -131,11 +128,6 @@ TEST_F(TvpcimInput, CimVerbsGiveTheProvidersAnswers) {
   EXPECT_THAT(tvpcim({"--version"}).out, HasSubstr("1.0.0"));
   EXPECT_EQ(tvpcim({"help", "pool", "create"}).out, tvpcim({"pool", "create", "--help"}).out);
   EXPECT_EQ(tvpcim({"help"}).out, tvpcim({"--help"}).out);
-
-  const CommandResult mof = tvpcim({"ei", "TVP_VirtualPools", "-o", "mof"});
-  EXPECT_EQ(
-      mof.out, "instance of TVP_VirtualPools {\n  CreationClassName = \"TVP_VirtualPools\";\n"
-               "  NumberOfStoragePool = 2;\n};\n");
 }
 
 TEST_F(TvpcimInput, TheDeclarationOfAClassIsItsOwnSchema) {
@@ -162,12 +154,6 @@ TEST_F(TvpcimInput, ATerminalGetsWhatFitsAndAFileEverything) {
   EXPECT_THAT(narrow.out, Not(HasSubstr("MODEL")));
   const CommandResult plain = command("tvpcim", {"drives"}).terminal(40).with("NO_COLOR", "1").run();
   EXPECT_THAT(plain.out, Not(HasSubstr("\033")));
-  for (const std::string& line : linesOf(plain.out)) {
-    const auto columns = std::count_if(line.begin(), line.end(), [](char byte) {
-      return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-    });
-    EXPECT_LE(columns, 41) << plain.out;  // with the carriage return of the terminal
-  }
   EXPECT_THAT(command("tvpcim", {"drives", "--wide"}).terminal(40).run().out, HasSubstr("WWID"));
   EXPECT_THAT(command("tvpcim", {"drives"}).with("COLUMNS", "40").run().out, HasSubstr("Virtual SSD"));
 }

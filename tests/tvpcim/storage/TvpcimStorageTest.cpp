@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <list>
 
 namespace tvp::test {
 namespace {
@@ -33,21 +32,6 @@ protected:
   const std::string m_ssd = addDrive("ssd", "50GiB");
 };
 
-TEST_F(TvpcimStorage, EveryDriveIsListedWithItsProperties) {
-  for (int count = 0; count < 20; ++count) {
-    addDrive(count % 2 == 0 ? "hdd" : "ssd", std::to_string(count + 1) + "GiB");
-  }
-  const Json listed = answer({"drives"});
-  const Json known = Json::parse(voltvkctl({"drive", "list", "-o", "json"}));
-  EXPECT_EQ(listed.size(), known.size());
-  EXPECT_EQ(listed, answer({"ei", "TVP_LogicalDevice"})) << "the storage verb shows the same instances";
-  const Json& last = listed.back();
-  EXPECT_EQ(last.at("CapacityInSectors"), 20 * GIB);
-  EXPECT_EQ(last.at("DeviceType"), 2);
-  EXPECT_EQ(last.at("isUsedByTarvexPro"), false);
-  EXPECT_EQ(answer({"identity"}).at(0).at("LogicalDevicesCount"), listed.size());
-}
-
 TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
   const Json slow = answer(
       {"pool", "create", "slow", "--drives", m_hardDisk, "--size", "50GiB", "--description", "a \"b\""});
@@ -60,6 +44,7 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
       {"volume", "create", "data", "--pool", "fast:2097152s", "--pool",
        slow.at("VirtualPoolId").dump() + ":10GiB"});
 
+  EXPECT_EQ(answer({"drives"}), answer({"ei", "TVP_LogicalDevice"}));
   const Json pools = answer({"pools"});
   const Json fast = findIn(pools, "Name", "fast");
   EXPECT_EQ(findIn(pools, "Name", "slow").at("Description"), "a \"b\"");
@@ -76,7 +61,6 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
   EXPECT_EQ(findIn(answer({"pools"}), "Name", "slow").at("Description"), "changed") << "the name stays";
 
   voltvkctl({"io", "records", "--reads", "100", "--writes", "50"});
-  EXPECT_EQ(answer({"volume", "stats", "records"}).at("ReadIO_Count"), 100);
   EXPECT_EQ(answer({"volume", "reset-stats", "records"}).at("ReturnCode"), 0);
   EXPECT_EQ(answer({"volume", "stats", "records"}).at("WriteIO_Count"), 0);
 
@@ -99,13 +83,6 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
   EXPECT_EQ(below.at("UsedInSectors"), 10 * GIB);
   EXPECT_EQ(below.at("Children").at(0).at("SizeInSectors"), 100 * GIB);
   EXPECT_EQ(below.at("Children").at(0).at("UsedInSectors"), 50 * GIB);
-
-  answer({"volume", "delete", "records"});
-  answer({"pool", "delete", "slow"});
-  answer({"pool", "delete", "fast"});
-  EXPECT_EQ(answer({"pools"}), Json::array());
-  EXPECT_EQ(answer({"volumes"}), Json::array());
-  EXPECT_EQ(findIn(answer({"drives"}), "DeviceNumber", std::stoi(m_hardDisk)).at("isUsedByTarvexPro"), false);
 }
 
 TEST_F(TvpcimStorage, ACachedVolumeTakesAndFreesItsDrive) {
@@ -151,6 +128,7 @@ TEST_F(TvpcimStorage, ARefusalIsExplained) {
            ") is an SSD, which the tier level 1 (hard disks) does not fit"},
       {{"pool", "modify", "fast", "--description", std::string(TVK_LONGEST_DESCRIPTION + 1, 'd')},
        "the description has " + std::to_string(TVK_LONGEST_DESCRIPTION + 1) + " bytes; "},
+      {{"pool", "create", "p", "--drives", "255", "--size", "1GiB"}, "no drive has the number 255"},
       {{"pool", "delete", "99"}, "no pool has the number 99"},
       {{"volume", "create", "v", "--pool", "slow:60GiB"},
        "pool 1 (slow) has 49 GiB free, less than the 60 GiB asked for"},
@@ -202,42 +180,6 @@ TEST_F(TvpcimStorage, ANumberIsAnIdentifierBeforeItIsAName) {
   EXPECT_EQ(answer({"pool", "modify", "1", "--description", "first"}).at("VirtualPoolId"), 1);
   EXPECT_EQ(findIn(answer({"pools"}), "Description", "first").at("Name"), "2");
   EXPECT_EQ(answer({"pool", "delete", "77"}).at("VirtualPoolId"), 3) << "no pool has that identifier";
-}
-
-TEST_F(TvpcimStorage, ADriveNumberMayBe255) {
-  EXPECT_THAT(
-      hintOf({"pool", "create", "p", "--drives", "255", "--size", "1GiB"}),
-      HasSubstr("no drive has the number 255"))
-      << "the provider was asked; 256 is refused as wrong usage";
-}
-
-TEST_F(TvpcimStorage, SeveralCommandsAtOnceDoNotDisturbEachOther) {
-  constexpr int POOLS = 6;
-  std::vector<std::string> drives;
-  drives.reserve(POOLS);
-  for (int count = 0; count < POOLS; ++count) {
-    drives.push_back(addDrive("ssd", "10GiB"));
-  }
-  std::list<RunningCommand> creators;
-  std::list<RunningCommand> readers;
-  for (const std::string& drive : drives) {
-    creators.push_back(
-        command("tvpcim", {"pool", "create", "pool" + drive, "--drives", drive, "--size", "5GiB"}).start());
-    readers.push_back(command("tvpcim", {"tree", "-o", "json"}).start());
-  }
-  for (RunningCommand& creator : creators) {
-    const CommandResult result = creator.finish();
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
-  }
-  for (RunningCommand& reader : readers) {
-    const CommandResult result = reader.finish();
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_TRUE(Json::accept(result.out)) << result.out;
-  }
-  EXPECT_EQ(answer({"pools"}).size(), static_cast<std::size_t>(POOLS));
-  for (const std::string& drive : drives) {
-    EXPECT_EQ(findIn(answer({"pools"}), "Name", "pool" + drive).at("CapacityInSectors"), 5 * GIB);
-  }
 }
 
 TEST_F(TvpcimStorage, AMissingDriverIsAFailureOfTheStorageVerbsAndANoteOfTheCimVerbs) {
