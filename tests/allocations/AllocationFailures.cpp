@@ -56,13 +56,14 @@ void nameCurrent(int signal) {
   ::raise(signal);
 }
 
-/** Names what is done next, which must not hang. */
-void announce(const std::string& what, std::uint64_t n, Failing failing) {
+/** Names what is done next, which must not hang. @return its name, for a failure of the test */
+const char* announce(const std::string& what, std::uint64_t n, Failing failing) {
   constexpr unsigned int LONGEST = 120;  // seconds, on a machine that is busy with other things
   ::alarm(LONGEST);
   std::snprintf(
       current, sizeof current, "\n%s: allocation %llu%s\n", what.c_str(), static_cast<unsigned long long>(n),
       failing == Failing::One ? "" : " and all after it");
+  return current;
 }
 
 /** The surroundings of the provider: a storage state, a machine and the place of the log. */
@@ -205,32 +206,13 @@ protected:
   }
 
   Answer call(const std::string& method, const MethodValues& values) {
-    const auto* service = m_broker.schema().find("TVP_TierService");
-    for (const host::SchemaMethod& candidate : service->methods) {
-      if (candidate.name == method) {
-        return seen(
-            m_provider->invokeMethod(classPath("TVP_TierService"), method, argumentsFor(candidate, values)));
-      }
-    }
-    throw std::logic_error("no method " + method);
+    const host::SchemaMethod* declared = m_broker.schema().find("TVP_TierService")->method(method);
+    return seen(
+        m_provider->invokeMethod(classPath("TVP_TierService"), method, argumentsFor(*declared, values)));
   }
 
-  /** The identifier of a pool or volume, from its class and its properties. */
-  std::uint32_t
-  idOf(const char* className, const char* nameProperty, const char* key, const std::string& name) {
-    for (const host::Instance& object : m_provider->enumerateInstances(classPath(className)).instances) {
-      const Value* found = object.property(nameProperty);
-      if (found != nullptr && *found == Value::string(name)) {
-        return static_cast<std::uint32_t>(object.property(key)->asUnsigned());
-      }
-    }
-    throw std::logic_error("no " + name);
-  }
   std::uint32_t pool(const std::string& name) {
-    return idOf("TVP_VirtualPool", "Name", "VirtualPoolId", name);
-  }
-  std::uint32_t volume(const std::string& name) {
-    return idOf("TVP_VirtualVolume", "VolumeName", "VirtualVolumeId", name);
+    return identifierOf(m_provider->enumerateInstances(classPath("TVP_VirtualPool")), name);
   }
 
   /** Restores the configuration if it has changed; its identifiers are different then. */
@@ -259,7 +241,7 @@ protected:
     m_good.flashPool = values.flashPool = pool("flash");
     values.name = "cached";
     EXPECT_EQ(call("CreateVirtualVolume", values).rc, CMPI_RC_OK);
-    m_good.volume = volume("cached");
+    m_good.volume = identifierOf(m_provider->enumerateInstances(classPath("TVP_VirtualVolume")), "cached");
     m_good.name = "a pool or a volume";
     m_good.drive = drive(3);
     m_spare = pool("spare");
@@ -279,7 +261,6 @@ protected:
   /** Makes a request once for each of its allocations, with that one failing, or with all from there on. */
   void survives(const std::string& name, const Request& request, Next next = Next::TheSame) {
     for (const Failing failing : {Failing::One, Failing::AllAfter}) {
-      SCOPED_TRACE(name);
       arrange();
       request();  // fills caches
       arrange();
@@ -288,9 +269,7 @@ protected:
       arrange();
       Leaks leaks;
       for (std::uint64_t n = 1; !HasFailure(); n += stepOf(failing)) {
-        SCOPED_TRACE(
-            "allocation " + std::to_string(n) + (failing == Failing::One ? "" : " and all after it"));
-        announce(name, n, failing);
+        SCOPED_TRACE(announce(name, n, failing));
         ProductMemory::fail(n, failing);
         const Answer answer = request();
         if (ProductMemory::stop() < n) {
@@ -426,8 +405,7 @@ TEST_F(AllocationFailures, AreSurvivedByTheListener) {
     Leaks leaks;
     bool reached = true;
     for (std::uint64_t n = 1; reached && !HasFailure(); n += stepOf(failing)) {
-      SCOPED_TRACE("allocation " + std::to_string(n) + (failing == Failing::One ? "" : " and all after it"));
-      announce("listener", n, failing);
+      SCOPED_TRACE(announce("listener", n, failing));
       happen();
       switchLogOn();
       delivered = 0;

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "allocations/ProductMemory.h"
 
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <mutex>
 #include <string_view>
+#include <unordered_set>
 
 #include <dlfcn.h>
 #include <link.h>
@@ -68,63 +68,45 @@ Owner ownerBelowRuntime() {
   return walk.owner;
 }
 
-/** The blocks of the product that are in use: a hash table without memory management of its own. */
+/** The blocks of the product that are in use. Usable before static construction: malloc is. */
 class Blocks {
 public:
   void add(void* block) {
-    const Lock lock(*this);
-    std::size_t at = place(block);
-    while (m_blocks[at] != nullptr) {
-      at = next(at);
-    }
-    m_blocks[at] = block;
-    if (++m_count > SIZE / 2) {
-      std::abort();
-    }
+    change([=] {
+      if (m_blocks == nullptr) {
+        m_blocks = new std::unordered_set<void*>;  // never destroyed: blocks are freed until the process ends
+      }
+      m_blocks->insert(block);
+    });
   }
   void remove(void* block) {
-    const Lock lock(*this);
-    std::size_t hole = place(block);
-    while (m_blocks[hole] != block) {
-      if (m_blocks[hole] == nullptr) {
-        return;
+    change([=] {
+      if (m_blocks != nullptr) {
+        m_blocks->erase(block);
       }
-      hole = next(hole);
-    }
-    --m_count;
-    // What follows without a gap moves up when its own place is not behind the hole.
-    for (std::size_t at = next(hole); m_blocks[at] != nullptr; at = next(at)) {
-      if (((at - place(m_blocks[at])) & (SIZE - 1)) >= ((at - hole) & (SIZE - 1))) {
-        m_blocks[hole] = m_blocks[at];
-        hole = at;
-      }
-    }
-    m_blocks[hole] = nullptr;
+    });
   }
-  std::size_t count() const { return m_count; }
+  std::size_t count() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_blocks == nullptr ? 0 : m_blocks->size();
+  }
+  /** Whether this thread is changing the set, which allocates and frees on its own behalf. */
+  static bool isChanging() { return changing; }
 
 private:
-  static constexpr std::size_t SIZE = std::size_t{1} << 20;
-
-  struct Lock {
-    explicit Lock(Blocks& owner) : blocks(owner) {
-      while (blocks.m_lock.test_and_set(std::memory_order_acquire)) {
-      }
+  template <typename Work>
+  void change(Work work) {
+    if (!changing) {
+      const std::lock_guard<std::mutex> lock(m_mutex);
+      changing = true;
+      work();
+      changing = false;
     }
-    ~Lock() { blocks.m_lock.clear(std::memory_order_release); }
-    Lock(const Lock&) = delete;
-    Lock& operator=(const Lock&) = delete;
-    Blocks& blocks;
-  };
-
-  static std::size_t place(const void* block) {
-    return (reinterpret_cast<std::size_t>(block) / 16 * 0x9E3779B97F4A7C15U) >> 44;
   }
-  static std::size_t next(std::size_t at) { return (at + 1) & (SIZE - 1); }
 
-  std::atomic_flag m_lock = ATOMIC_FLAG_INIT;
-  std::atomic<std::size_t> m_count{0};
-  std::array<void*, SIZE> m_blocks{};
+  static inline thread_local bool changing = false;
+  mutable std::mutex m_mutex;
+  std::unordered_set<void*>* m_blocks = nullptr;
 };
 
 Blocks blocksInUse;
@@ -132,6 +114,9 @@ Blocks blocksInUse;
 /** Makes an allocation for the code at an address, unless it is to fail. */
 template <typename Work>
 void* allocate(void* caller, Work work) {
+  if (Blocks::isChanging()) {
+    return work();
+  }
   Owner owner = ownerOf(caller);
   if (owner == Owner::Runtime) {
     owner = ownerBelowRuntime();

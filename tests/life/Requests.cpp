@@ -92,19 +92,6 @@ MethodCall ofPool(const std::string& method, std::uint32_t pool) {
   return {method, Arguments().add("VirtualPoolId", Value::uint32(pool))};
 }
 
-std::uint32_t identifierOf(const host::InstancesOutcome& outcome, const std::string& name) {
-  for (const Instance& instance : outcome.instances) {
-    const bool isPool = instance.property("VirtualPoolId") != nullptr;
-    const Value* found = instance.property(isPool ? "Name" : "VolumeName");
-    if (found != nullptr && *found == Value::string(name)) {
-      return static_cast<std::uint32_t>(
-          instance.property(isPool ? "VirtualPoolId" : "VirtualVolumeId")->asUnsigned());
-    }
-  }
-  ADD_FAILURE() << "there is no " << name;
-  return 0;
-}
-
 namespace {
 
 void askInstances(Life& life, const std::string& className) {

@@ -3,6 +3,7 @@
 #define TESTS_LIFE_REQUESTS_H
 
 #include "life/Life.h"
+#include "support/MethodArguments.h"
 
 #include <cstdint>
 #include <string>
@@ -28,9 +29,6 @@ MethodCall modifyVolume(std::uint32_t volume, const std::string& name, std::uint
 /** A method whose one argument is the identifier of a volume, or of a pool. */
 MethodCall ofVolume(const std::string& method, std::uint32_t volume);
 MethodCall ofPool(const std::string& method, std::uint32_t pool);
-
-/** The identifier of a pool or a volume in what an enumeration gave. */
-std::uint32_t identifierOf(const host::InstancesOutcome& outcome, const std::string& name);
 
 /** Every operation of the instance and association interfaces on a class. */
 void askEverything(Life& life, const std::string& className);

@@ -64,6 +64,20 @@ inline host::Arguments argumentsFor(const host::SchemaMethod& method, const Meth
   return arguments;
 }
 
+/** The identifier of a pool or a volume in what an enumeration gave. @throws std::runtime_error when there is
+ * none of the name */
+inline std::uint32_t identifierOf(const host::InstancesOutcome& outcome, const std::string& name) {
+  for (const host::Instance& instance : outcome.instances) {
+    const bool isPool = instance.property("VirtualPoolId") != nullptr;
+    const host::Value* found = instance.property(isPool ? "Name" : "VolumeName");
+    if (found != nullptr && *found == host::Value::string(name)) {
+      return static_cast<std::uint32_t>(
+          instance.property(isPool ? "VirtualPoolId" : "VirtualVolumeId")->asUnsigned());
+    }
+  }
+  throw std::runtime_error("there is no " + name);
+}
+
 }  // namespace tvp::test
 
 #endif
