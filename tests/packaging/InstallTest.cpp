@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // What `cmake --install` installs works in place, under any prefix and without LD_LIBRARY_PATH.
-#include "InstalledFiles.h"
 #include "support/Command.h"
 
 #include <gmock/gmock.h>
@@ -36,15 +35,9 @@ protected:
   TemporaryDirectory m_directory;
 };
 
-TEST_F(InstallTest, EveryFileIsWhereItIsLookedFor) {
-  for (const std::string& file : tvp::test::installedFiles()) {
-    EXPECT_TRUE(fs::is_regular_file(prefix() / file)) << file;
-  }
+TEST_F(InstallTest, CommandsFindTheirLibrariesAndClasses) {
   // The provider opens its catalogue at this path, so no prefix applies to it.
   EXPECT_TRUE(fs::is_regular_file(m_directory.path() / "usr/VolMan/TVPEvents.properties"));
-}
-
-TEST_F(InstallTest, CommandsFindTheirLibrariesAndClasses) {
   const CommandResult added =
       run({"sbin/voltvkctl", "drive", "add", "--type", "ssd", "--size", "64GiB", "--model", "Installed"});
   ASSERT_EQ(added.exitStatus, 0) << added.err;
