@@ -21,6 +21,13 @@ protected:
     answer({"pool", "delete", "gold"});
   }
 
+  /** Starts a command and waits until it watches. */
+  static RunningCommand watching(const Command& command) {
+    RunningCommand running = command.start();
+    EXPECT_TRUE(running.waitFor("watching TVP_CIMIndication")) << running.soFar().err;
+    return running;
+  }
+
   static std::vector<Json> eventsOf(const CommandResult& result) {
     std::vector<Json> events;
     for (const std::string& line : linesOf(result.out)) {
@@ -32,13 +39,10 @@ protected:
 
 TEST_F(TvpcimWatch, PrintsEachIndicationOnALineAndNoMoreThanWereAskedFor) {
   const std::string drive = addDrive("ssd", "10GiB");
-  RunningCommand both = command("tvpcim", {"watch", "--count", "2", "-o", "json"}).start();
+  RunningCommand both = watching(command("tvpcim", {"watch", "--count", "2", "-o", "json"}));
   // Where summer time applies all year, two hours ahead.
   RunningCommand single =
-      command("tvpcim", {"watch", "--count", "1", "-o", "json"}).with("TZ", "AAA-1BBB,0/0,365/25").start();
-  for (RunningCommand* watch : {&both, &single}) {
-    ASSERT_TRUE(watch->waitFor("watching TVP_CIMIndication")) << watch->soFar().err;
-  }
+      watching(command("tvpcim", {"watch", "--count", "1", "-o", "json"}).with("TZ", "AAA-1BBB,0/0,365/25"));
   const std::time_t before = std::time(nullptr);
   causeEvents(drive);
   const CommandResult result = both.finish();
@@ -69,10 +73,8 @@ TEST_F(TvpcimWatch, PrintsEachIndicationOnALineAndNoMoreThanWereAskedFor) {
 
 TEST_F(TvpcimWatch, EndsCleanlyOnASignalAndKeepsWhatItPrinted) {
   const std::string drive = addDrive("ssd", "10GiB");
-  RunningCommand interrupted = command("tvpcim", {"watch"}).start();
-  RunningCommand terminated = command("tvpcim", {"watch"}).start();
-  ASSERT_TRUE(interrupted.waitFor("watching TVP_CIMIndication")) << interrupted.soFar().err;
-  ASSERT_TRUE(terminated.waitFor("watching TVP_CIMIndication")) << terminated.soFar().err;
+  RunningCommand interrupted = watching(command("tvpcim", {"watch"}));
+  RunningCommand terminated = watching(command("tvpcim", {"watch"}));
   causeEvents(drive);
   for (RunningCommand* watch : {&interrupted, &terminated}) {
     EXPECT_TRUE(watch->waitFor("was deleted")) << "lines come as they happen, not at the end";
@@ -87,10 +89,9 @@ TEST_F(TvpcimWatch, EndsCleanlyOnASignalAndKeepsWhatItPrinted) {
 
 TEST_F(TvpcimWatch, EndsWithAFailureWhenItsOutputCannotBeWritten) {
   const std::string drive = addDrive("ssd", "10GiB");
-  RunningCommand watch = Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim watch > /dev/full"})
-                             .with("VOLTVK_STATE", directory().file("state.db"))
-                             .start();
-  ASSERT_TRUE(watch.waitFor("watching TVP_CIMIndication")) << watch.soFar().err;
+  RunningCommand watch =
+      watching(Command({"/bin/sh", "-c", "exec " TVP_BINARY_DIR "/bin/tvpcim watch > /dev/full"})
+                   .with("VOLTVK_STATE", directory().file("state.db")));
   causeEvents(drive);
   const CommandResult result = watch.finish();
   EXPECT_EQ(result.exitStatus, 1);
