@@ -141,17 +141,8 @@ private:
   std::optional<InUse> m_first;
 };
 
-/** What a client sees of an answer. */
-struct Answer {
-  CMPIrc rc;
-  std::string text;
-
-  bool operator==(const Answer& other) const { return rc == other.rc && text == other.text; }
-};
-
-std::ostream& operator<<(std::ostream& stream, const Answer& answer) {
-  return stream << answer.text;
-}
+/** What a client sees of an answer: its status and all of it as text. */
+using Answer = std::pair<CMPIrc, std::string>;
 
 template <typename Outcome>
 Answer seen(const Outcome& outcome) {
@@ -235,12 +226,12 @@ protected:
       values.name = name;
       values.drive = drive(index);
       values.tier = index == 1 ? 3 : 1;
-      EXPECT_EQ(call("CreateVirtualPool", values).rc, CMPI_RC_OK);
+      EXPECT_EQ(call("CreateVirtualPool", values).first, CMPI_RC_OK);
     }
     m_good.diskPool = m_good.pool = values.diskPool = pool("disks");
     m_good.flashPool = values.flashPool = pool("flash");
     values.name = "cached";
-    EXPECT_EQ(call("CreateVirtualVolume", values).rc, CMPI_RC_OK);
+    EXPECT_EQ(call("CreateVirtualVolume", values).first, CMPI_RC_OK);
     m_good.volume = identifierOf(m_provider->enumerateInstances(classPath("TVP_VirtualVolume")), "cached");
     m_good.name = "a pool or a volume";
     m_good.drive = drive(3);
@@ -277,7 +268,7 @@ protected:
           break;
         }
         ++m_failures;
-        if (answer.rc == CMPI_RC_OK) {
+        if (answer.first == CMPI_RC_OK) {
           EXPECT_EQ(answer, expected) << "success, with another answer";
         }
         const std::string after = state();
@@ -397,7 +388,7 @@ TEST_F(AllocationFailures, AreSurvivedByTheListener) {
   MethodValues knob = m_good;
   const auto happen = [&] {
     knob.name = knob.name == "cached" ? "changed" : "cached";
-    EXPECT_EQ(call("ModifyVirtualVolume", knob).rc, CMPI_RC_OK);
+    EXPECT_EQ(call("ModifyVirtualVolume", knob).first, CMPI_RC_OK);
   };
   for (const Failing failing : {Failing::One, Failing::AllAfter}) {
     happen();
