@@ -130,6 +130,7 @@ class Leaks {
 public:
   void check() {
     const InUse now;
+    EXPECT_GT(now.blocks, 0U) << "blocks are not counted";
     if (!m_first) {
       m_first = now;
     }
