@@ -7,7 +7,6 @@
 
 #include <functional>
 #include <thread>
-#include <tuple>
 
 namespace tvp::test {
 namespace {
@@ -240,16 +239,22 @@ TEST_F(InboundConversionTest, NullObjectsEndInExceptions) {
   }
   CMPIArgs noArguments{nullptr, nullptr};
   CMPIArgs* const someArguments = m_request.outputArguments();
-  const std::tuple<CMPIArgs*, CMPIArgs*, const CMPIBroker*> nulls[] = {
+  const struct {
+    CMPIArgs* in;
+    CMPIArgs* out;
+    const CMPIBroker* broker;
+  } nulls[] = {
       {nullptr, nullptr, m_broker.cmpi()},
       {&noArguments, &noArguments, m_broker.cmpi()},
       {nullptr, someArguments, nullptr}};
-  for (const auto& [in, out, broker] : nulls) {
+  for (const auto& given : nulls) {
     CIMMethodParam parameters;
     parameters.addArgument(scalar<std::string>("Text", PDT_STRING, "t"));
-    EXPECT_EQ(thrownCode([&] { CMPIHelper::CMPIArgsToFrameWorkMethodParam(in, parameters); }), 1U);
+    EXPECT_EQ(thrownCode([&] { CMPIHelper::CMPIArgsToFrameWorkMethodParam(given.in, parameters); }), 1U);
     EXPECT_EQ(
-        thrownCode([&] { CMPIHelper::FrameworkArgumentsToCMPIArguments(parameters, out, broker); }), 1U);
+        thrownCode(
+            [&] { CMPIHelper::FrameworkArgumentsToCMPIArguments(parameters, given.out, given.broker); }),
+        1U);
   }
   EXPECT_EQ(CMPIHelper::objectPathText(nullptr), CIMObjectPath().toString());
 }
