@@ -2,10 +2,9 @@
 #ifndef TERMINAL_WIDTH_H
 #define TERMINAL_WIDTH_H
 
+#include <clocale>
 #include <cstddef>
 #include <string>
-
-#include <locale.h>
 
 namespace tvp::terminal {
 

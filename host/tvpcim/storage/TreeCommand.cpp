@@ -57,6 +57,7 @@ public:
       readPool(pool.number);
     }
     std::vector<Instance> roots;
+    roots.reserve(volumes.size());
     for (const Volume& volume : volumes) {
       roots.push_back(volumeNode(volume));
     }
