@@ -56,6 +56,7 @@ Owner ownerBelowRuntime() {
   } walk{false, Owner::Other};
   const auto visit = [](_Unwind_Context* frame, void* data) {
     auto& found = *static_cast<Walk*>(data);
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the unwinder tells addresses as numbers
     const Owner owner = ownerOf(reinterpret_cast<void*>(_Unwind_GetIP(frame)));
     if (found.inRuntime && owner != Owner::Runtime) {
       found.owner = owner;
