@@ -12,20 +12,20 @@ namespace {
 using namespace tvp::test;
 
 TEST(ForeignHosts, RunTheWholeLife) {
+  const std::string build = TVP_BINARY_DIR;
   std::list<TemporaryDirectory> directories;
   std::list<std::pair<std::string, RunningCommand>> hosts;
   for (const std::string program : {"tiny_c_host", "tiny_cpp_host"}) {
     for (const bool otherPluginFirst : {false, true}) {
       const std::string state = directories.emplace_back().file("state.db");
       const CommandResult added =
-          Command({TVP_BINARY_DIR "/bin/voltvkctl", "drive", "add", "--type", "hdd", "--size", "100GiB"})
+          Command({build + "/bin/voltvkctl", "drive", "add", "--type", "hdd", "--size", "100GiB"})
               .with("VOLTVK_STATE", state)
               .run();
       ASSERT_EQ(added.exitStatus, 0) << added.err;
-      std::vector<std::string> line = {
-          TVP_BINARY_DIR "/bin/" + program, TVP_BINARY_DIR "/lib/libtarvexProProvider.so"};
+      std::vector<std::string> line = {build + "/bin/" + program, build + "/lib/libtarvexProProvider.so"};
       if (otherPluginFirst) {
-        line.emplace_back(TVP_BINARY_DIR "/lib/libother_plugin.so");
+        line.emplace_back(build + "/lib/libother_plugin.so");
       }
       hosts.emplace_back(
           program + (otherPluginFirst ? " after another plugin" : ""),

@@ -5,12 +5,13 @@
 #include "cmpift.h"
 #include "cmpimacs.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
 #include <dlfcn.h>
 #include <pthread.h>
-#include <stdio.h>
-#include <stdlib.h>
-#include <string.h>
-#include <time.h>
 
 namespace {
 

@@ -70,7 +70,11 @@ TEST_F(Log, TracesAndMessagesHaveTheirOwnLineFormats) {
     EXPECT_EQ(KvsTrace("Entering %s %n"), 0);
     const std::vector<std::string> written = lines(module);
     ASSERT_EQ(written.size(), 3U);
-    const std::string header = STAMP + R"(\[)" + module + dashes + threadColumn() + R"(\])";
+    std::string header = STAMP;
+    for (const std::string& part :
+         {std::string(R"(\[)"), module, dashes, threadColumn(), std::string(R"(\])")}) {
+      header += part;
+    }
     EXPECT_TRUE(
         std::regex_match(written[0], std::regex(header + "  :LOG_INFO :: ######OSLIB Init Suucesazful#####")))
         << written[0];
@@ -165,6 +169,7 @@ TEST_F(Log, LinesOfThreadsDoNotMix) {
   constexpr int THREADS = 4;
   constexpr int PAIRS = 100;
   std::vector<std::future<void>> writers;
+  writers.reserve(THREADS);
   for (int thread = 0; thread < THREADS; ++thread) {
     writers.push_back(std::async(std::launch::async, [] {
       for (int pair = 0; pair < PAIRS; ++pair) {
@@ -201,6 +206,7 @@ TEST_F(Log, EndsInTheMiddleOfLinesWithoutLeavingALock) {
   ASSERT_EQ(KvsLogInit("TVP"), 0);
   std::atomic<bool> stop{false};
   std::vector<std::future<void>> writers;
+  writers.reserve(2);
   for (int writer = 0; writer < 2; ++writer) {
     writers.push_back(std::async(std::launch::async, [&stop] {
       while (!stop) {

@@ -332,7 +332,7 @@ TEST_F(RefusalsTest, ADetailIsOneLineOfWholeCharacters) {
   EXPECT_EQ(Ret(cut).getDetail(), fitting.substr(1))
       << "the character that did not fit is left out as a whole";
   std::uint32_t first = 0;
-  std::memcpy(&first, &cut, sizeof first);
+  std::memcpy(&first, static_cast<const void*>(&cut), sizeof first);
   EXPECT_EQ(first, TVK_BUSY) << "who knows the status alone finds it first";
 }
 

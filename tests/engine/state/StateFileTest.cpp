@@ -328,8 +328,7 @@ TEST_F(StateFileTest, IsReadAgainOnlyWhenTheConfigurationHasChanged) {
   for (const char* sql :
        {"UPDATE drive SET present = 0", "UPDATE pool SET description = 'x'", "UPDATE volume SET knob = 3",
         "UPDATE setting SET value = 0 WHERE name = 'policy_running'",
-        "DELETE FROM volume_extent; DELETE FROM chunk;"
-        "DELETE FROM volume",
+        "DELETE FROM volume_extent; DELETE FROM chunk; DELETE FROM volume",
         "INSERT INTO fault VALUES(1, 4, 'getIdentity', 0, 0)"}) {
     execute(sql);
     EXPECT_NE(state()->snapshot(), before) << sql;

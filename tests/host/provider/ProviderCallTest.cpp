@@ -277,6 +277,7 @@ TEST_F(ProviderCall, ThreadsWorkSideBySide) {
   EXPECT_TRUE(m_provider.activateFilter({}).ok());
 
   std::vector<std::future<void>> threads;
+  threads.reserve(2);
   for (int i = 0; i < 2; ++i) {
     threads.push_back(std::async(std::launch::async, [this] {
       for (int round = 0; round < 200; ++round) {
