@@ -66,7 +66,8 @@ TEST_F(TvpcimWatch, PrintsEachIndicationOnALineAndNoMoreThanWereAskedFor) {
   const char* offset = ::strptime(time.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
   ASSERT_NE(offset, nullptr) << time;
   EXPECT_STREQ(offset, "+02:00");
-  const std::time_t shown = ::timegm(&parts) - 2 * 60 * 60;
+  constexpr std::time_t OFFSET = 7200;  // seconds
+  const std::time_t shown = ::timegm(&parts) - OFFSET;
   EXPECT_GE(shown, before) << time;
   EXPECT_LE(shown, std::time(nullptr)) << time;
 }
