@@ -15,7 +15,7 @@ TEST(ForeignHosts, RunTheWholeLife) {
   const std::string build = TVP_BINARY_DIR;
   std::list<TemporaryDirectory> directories;
   std::list<std::pair<std::string, RunningCommand>> hosts;
-  for (const std::string program : {"tiny_c_host", "tiny_cpp_host"}) {
+  for (const std::string& program : {build + "/bin/tiny_c_host", build + "/bin/tiny_cpp_host"}) {
     for (const bool otherPluginFirst : {false, true}) {
       const std::string state = directories.emplace_back().file("state.db");
       const CommandResult added =
@@ -23,7 +23,7 @@ TEST(ForeignHosts, RunTheWholeLife) {
               .with("VOLTVK_STATE", state)
               .run();
       ASSERT_EQ(added.exitStatus, 0) << added.err;
-      std::vector<std::string> line = {build + "/bin/" + program, build + "/lib/libtarvexProProvider.so"};
+      std::vector<std::string> line = {program, build + "/lib/libtarvexProProvider.so"};
       if (otherPluginFirst) {
         line.emplace_back(build + "/lib/libother_plugin.so");
       }

@@ -27,6 +27,7 @@ std::string helpSection(const std::string& title, const std::vector<std::string>
 
 std::vector<std::string> kindNames() {
   std::vector<std::string> names;
+  names.reserve(std::size(KINDS));
   for (const FaultKind kind : KINDS) {
     names.emplace_back(faultKindName(kind));
   }

@@ -46,6 +46,7 @@ void Output::writeList(
   }
   for (const Json& object : list) {
     std::vector<std::string> cells;
+    cells.reserve(columns.size());
     for (const Column& column : columns) {
       cells.push_back(cell(object.at(column.member)));
     }

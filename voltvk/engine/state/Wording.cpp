@@ -17,7 +17,7 @@ std::string named(const char* noun, std::uint32_t number, const std::string& nam
 }  // namespace
 
 std::string sizeText(std::uint64_t sectors) {
-  const std::string text = tvp::text::formatSectors(sectors);
+  std::string text = tvp::text::formatSectors(sectors);
   try {
     if (tvp::text::parseSectors(text) == sectors) {
       return text;
