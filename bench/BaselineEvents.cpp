@@ -25,6 +25,7 @@ void deliver(const VolEvent& event) {
 
   constexpr char NAME_SPACE[] = "root/PG_InterOp";
   CBAttachThread(broker, threadContext);
+  CMPIGcStat* mark = broker->mft->mark(broker, nullptr);
   CMPIInstance* indication = newInstance(NAME_SPACE, "TVP_CIMIndication", [&](CMPIObjectPath* path) {
     addKey(path, "eventTime", time);
     addKey(path, "eventDesc", event.description);
@@ -37,6 +38,7 @@ void deliver(const VolEvent& event) {
   setUint32(indication, "ActionId", event.actionId);
   CBDeliverIndication(broker, threadContext, NAME_SPACE, indication);
   CMRelease(indication);
+  broker->mft->release(broker, mark);
 }
 
 CMPIStatus cleanUp(CMPIIndicationMI*, const CMPIContext*, CMPIBoolean) {
