@@ -101,6 +101,18 @@ print -r -- $text
       .out;
 }
 
+/** A storage state of the test's own, which has a process of its own: completions read the names in it. */
+class OwnState {
+public:
+  OwnState() {
+    ::setenv("VOLTVK_STATE", m_directory.file("state.db").c_str(), 1);
+    ::setenv("VOLTVK_HOST_ROOT", "/nonexistent", 1);
+  }
+
+private:
+  TemporaryDirectory m_directory;
+};
+
 class CommandReferenceTest : public testing::TestWithParam<Reference> {
 protected:
   std::string manPage() const {
@@ -132,6 +144,9 @@ protected:
       check(deeper);
     }
   }
+
+private:
+  OwnState m_state;
 };
 
 TEST_P(CommandReferenceTest, EveryVerbAndOptionIsInTheManPageAndTheCompletions) {
@@ -179,7 +194,11 @@ std::string nameOf(const testing::TestParamInfo<Reference>& info) {
 INSTANTIATE_TEST_SUITE_P(
     Commands, CommandReferenceTest, testing::Values(TVPCIM, VOLTVKCTL, TVP_REGISTER), nameOf);
 
-TEST(CommandCompletions, EveryOperationIsInTheHelpAndTheCompletions) {
+class CommandCompletions : public testing::Test {
+  OwnState m_state;
+};
+
+TEST_F(CommandCompletions, EveryOperationIsInTheHelpAndTheCompletions) {
   const std::vector<std::string> words = {"fault", "set", "fail"};
   const std::string help = Command({VOLTVKCTL.program, "fault", "set", "fail", "--help"}).run().out;
   const std::string offered = completionsOfBash(VOLTVKCTL, words, "");
@@ -189,16 +208,13 @@ TEST(CommandCompletions, EveryOperationIsInTheHelpAndTheCompletions) {
 #include "voltvk/engine/contract/Operations.def"
 }
 
-TEST(CommandCompletions, ValuesOfOptionsAndClassesAreCompleted) {
+TEST_F(CommandCompletions, ValuesOfOptionsAndClassesAreCompleted) {
   const auto offered = [](const Reference& reference, const std::vector<std::string>& words) {
     return completionsOfBash(reference, words, "");
   };
   EXPECT_EQ(offered(VOLTVKCTL, {"drive", "add", "--type"}), "hdd ssd\n");
   EXPECT_EQ(offered(TVPCIM, {"-o", "json", "pool", "create", "x", "--tier"}), "ssd hdd\n");
   EXPECT_EQ(offered(TVPCIM, {"pool", "create", "--size"}), "\n");
-  const TemporaryDirectory directory;
-  ::setenv("VOLTVK_STATE", directory.file("state.db").c_str(), 1);  // each test has a process of its own
-  ::setenv("VOLTVK_HOST_ROOT", "/nonexistent", 1);
   const auto done = [](const Reference& reference, std::vector<std::string> words) {
     words.insert(words.begin(), reference.program);
     const CommandResult result = Command(words).run();
