@@ -33,8 +33,9 @@ const Paths TOOL = OUTPUT + Paths{
                                 "host/tvpcim/Inventory.h", "host/tvpcim/Tool.h", "host/tvpcim/Commands.h"};
 const Paths STATE = {"text", "voltvk/include", "voltvk/engine/state"};
 const Paths RULES = STATE + Paths{"voltvk/engine/drives", "voltvk/engine/rules"};
+const Paths BACKING = RULES + Paths{"voltvk/engine/backing"};
 const Paths ENGINE =
-    RULES + Paths{"voltvk/engine/activity", "voltvk/engine/changes", "voltvk/engine/contract"};
+    BACKING + Paths{"voltvk/engine/activity", "voltvk/engine/changes", "voltvk/engine/contract"};
 
 /** What is no layer: it may include everything, and no layer includes it. */
 const Paths TOOLS_AND_TESTS = {"tests", "fuzz", "bench", "cmake"};
@@ -57,9 +58,10 @@ const std::vector<Layer>& layers() {
       {"voltvk/engine/state", {"text", "voltvk/include"}},
       {"voltvk/engine/drives", STATE},
       {"voltvk/engine/rules", STATE + Paths{"voltvk/engine/drives"}},
-      {"voltvk/engine/activity", RULES},
-      {"voltvk/engine/changes", RULES + Paths{"voltvk/engine/activity"}},
-      {"voltvk/engine/contract", RULES + Paths{"voltvk/engine/activity", "voltvk/engine/changes"}},
+      {"voltvk/engine/backing", RULES},
+      {"voltvk/engine/activity", BACKING},
+      {"voltvk/engine/changes", BACKING + Paths{"voltvk/engine/activity"}},
+      {"voltvk/engine/contract", BACKING + Paths{"voltvk/engine/activity", "voltvk/engine/changes"}},
       {"voltvk/ctl", ENGINE + Paths{"terminal"}},
       // The host. It meets the provider only through the functions that object managers call.
       {"host/schema", {"text", "standard/cmpi"}},

@@ -21,7 +21,8 @@ std::string typeArgument(bool internal) {
 
 std::uint32_t PoolChanges::create(const VirtualPoolSpec& spec) {
   const Configuration current = SnapshotReader(m_connection).configuration();
-  const PoolRecord pool = PoolRules(current.drives, current.pools, {}).creation(spec);
+  const PoolRecord pool = 
+      PoolRules(current.drives, current.pools, {}, limitsOf(current.backing)).creation(spec);
   Statement(
       m_connection,
       "INSERT INTO pool(name, description, tier, chunk_sectors, chunks, internal)"

@@ -285,6 +285,16 @@ void State::readSnapshot(Connection& connection) {
   m_snapshotVersion = version;
 }
 
+std::shared_ptr<Backing> State::backing() {
+  const BackingChoice choice = snapshot()->configuration().backing;
+  std::lock_guard<std::mutex> lock(m_backingMutex);
+  if (m_backing == nullptr || choice.kind != m_choice.kind || choice.group != m_choice.group) {
+    m_backing = Backing::of(choice);
+    m_choice = choice;
+  }
+  return m_backing;
+}
+
 void State::scanDrivesWhenDue() {
   std::unique_lock<std::mutex> lock(m_scanMutex, std::try_to_lock);
   if (!lock || Clock::now() < m_nextScan) {

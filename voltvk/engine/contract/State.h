@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_CONTRACT_STATE_H
 
 #include "voltvk/VolEvent.h"
+#include "voltvk/engine/backing/Backing.h"
 #include "voltvk/engine/drives/HostDriveScanner.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/Refusal.h"
@@ -58,6 +59,9 @@ public:
    * the last scan was longer than DRIVE_SCAN_INTERVAL ago.
    */
   std::shared_ptr<const Snapshot> snapshot();
+
+  /** Where the chunks are, as chosen now. Stays usable when another backing is chosen meanwhile. */
+  std::shared_ptr<Backing> backing();
 
   /**
    * Scans the machine's drives now and records what has changed, unless somebody else is changing the state.
@@ -124,6 +128,10 @@ private:
 
   std::mutex m_scanMutex;
   std::chrono::steady_clock::time_point m_nextScan;
+
+  std::mutex m_backingMutex;
+  BackingChoice m_choice;  // guarded by the mutex before, like the next one
+  std::shared_ptr<Backing> m_backing;
 
   std::mutex m_eventMutex;
   std::atomic<std::int64_t> m_lastEvent{0};

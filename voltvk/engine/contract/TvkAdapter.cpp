@@ -9,6 +9,7 @@
 #include "voltvk/engine/contract/LibraryObjects.h"
 #include "voltvk/engine/contract/Operation.h"
 #include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/contract/StorageChange.h"
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/VolumeRules.h"
 #include "voltvk/engine/state/EventJournal.h"
@@ -45,13 +46,17 @@ using Work = std::function<void(Connection&)>;
 
 /** A change of the configuration. @param reportFailure as in Operation */
 Ret change(const TvkAdapter& adapter, const char* name, const Work& work, const Work& reportFailure = {}) {
-  return run(adapter, {name, true, [&](State& state) { state.change(work); }, reportFailure});
+  return run(
+      adapter,
+      {name, true, [&](State& state) { voltvk::StorageChange(state).run(work, false); }, reportFailure});
 }
 
 /** The same for changes that use drives, which are decided by what the machine has now. */
 Ret changeWithDrives(
     const TvkAdapter& adapter, const char* name, const Work& work, const Work& reportFailure) {
-  return run(adapter, {name, true, [&](State& state) { state.changeWithDrives(work); }, reportFailure});
+  return run(
+      adapter,
+      {name, true, [&](State& state) { voltvk::StorageChange(state).run(work, true); }, reportFailure});
 }
 
 std::string lostText(std::int64_t lost) {
@@ -188,8 +193,10 @@ Ret TvkAdapter::getEvents(VolEventCollection& events) {
 
 Ret TvkAdapter::getIdentity(TvkAdapterIdentity& identity) {
   return run(*this, {operations::getIdentity, true, [&](State& state) {
-                       TvkAdapterIdentity filled = voltvk::identityOfProduct();
-                       countObjects(*state.snapshot(), filled);
+                       const auto snapshot = state.snapshot();
+                       TvkAdapterIdentity filled =
+                           voltvk::identityOfProduct(voltvk::limitsOf(snapshot->configuration().backing));
+                       countObjects(*snapshot, filled);
                        identity = filled;
                      }});
 }

@@ -9,8 +9,9 @@
 
 namespace voltvk {
 
-void requireChunkSize(std::uint64_t sectors) {
-  const auto* first = CHUNK_SECTORS.begin() + 1;
+void requireChunkSize(std::uint64_t sectors, const BackingLimits& limits) {
+  const auto* first =
+      std::lower_bound(CHUNK_SECTORS.begin() + 1, CHUNK_SECTORS.end(), limits.smallestChunkSectors);
   require(std::find(first, CHUNK_SECTORS.end(), sectors) != CHUNK_SECTORS.end(), TVK_INVALID_CHUNK_SIZE, [&] {
     std::vector<std::string> supported;
     std::transform(first, CHUNK_SECTORS.end(), std::back_inserter(supported), sizeText);
@@ -18,7 +19,7 @@ void requireChunkSize(std::uint64_t sectors) {
   });
 }
 
-TvkAdapterIdentity identityOfProduct() {
+TvkAdapterIdentity identityOfProduct(const BackingLimits& limits) {
   TvkAdapterIdentity identity{};
   identity.name = "tarvex Plus";
   identity.majorRevision = 1;
@@ -33,8 +34,10 @@ TvkAdapterIdentity identityOfProduct() {
     identity.adjustmentSupport[adjustment] = 1;
   }
   for (std::size_t index = 1; index < CHUNK_SECTORS.size(); ++index) {
-    identity.chunkSizeSupport[index] = 1;
-    identity.maxVolumeSizeInSectors[index] = CHUNK_SECTORS[index] * MAX_VOLUME_CHUNKS;
+    if (CHUNK_SECTORS[index] >= limits.smallestChunkSectors) {
+      identity.chunkSizeSupport[index] = 1;
+      identity.maxVolumeSizeInSectors[index] = CHUNK_SECTORS[index] * MAX_VOLUME_CHUNKS;
+    }
   }
   identity.maxVolumeSizeInSectors[0] = CHUNK_SECTORS.back() * MAX_VOLUME_CHUNKS;
   identity.maxTierLevels = 2;

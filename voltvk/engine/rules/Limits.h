@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_RULES_LIMITS_H
 
 #include "voltvk/TvkAdapter.h"
+#include "voltvk/engine/state/Backings.h"
 
 #include <array>
 #include <cstddef>
@@ -25,11 +26,11 @@ constexpr std::size_t MAX_POOL_DRIVES = 64;
 constexpr std::uint64_t MIN_POOL_SECTORS = 2048;
 constexpr std::uint64_t MIN_SECTORS_FROM_POOL = 2048;
 
-/** @throws Refusal TVK_INVALID_CHUNK_SIZE for a chunk size that pools cannot have */
-void requireChunkSize(std::uint64_t sectors);
+/** @throws Refusal TVK_INVALID_CHUNK_SIZE for a chunk size that pools of a backing cannot have */
+void requireChunkSize(std::uint64_t sectors, const BackingLimits& limits);
 
-/** The adapter's features and limits, without the counts of the current state. */
-TvkAdapterIdentity identityOfProduct();
+/** The adapter's features and limits with a backing, without the counts of the current state. */
+TvkAdapterIdentity identityOfProduct(const BackingLimits& limits);
 
 }  // namespace voltvk
 

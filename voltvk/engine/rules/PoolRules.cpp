@@ -99,21 +99,31 @@ std::vector<const DriveRecord*> PoolRules::drivesOf(const VirtualPoolSpec& spec)
   return drives;
 }
 
-std::vector<PoolMemberRecord> PoolRules::members(
-    const PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives) {
+std::uint64_t PoolRules::chunksOn(const DriveRecord& drive, const PoolRecord& pool) const {
+  return (drive.sectors - std::min(drive.sectors, m_limits.driveOverheadSectors)) / pool.chunkSectors;
+}
+
+void PoolRules::layOut(
+    PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives) const {
   std::vector<std::uint64_t> capacities;
   std::uint64_t total = 0;
   for (const DriveRecord* drive : drives) {
-    capacities.push_back(drive->sectors / pool.chunkSectors);
+    capacities.push_back(chunksOn(*drive, pool));
     total += capacities.back();
   }
-  require(pool.chunks <= total, TVK_NOT_ENOUGH_SPACE, [&] {
+  const std::uint64_t reserved = pool.internal ? 0 : m_limits.reservedChunks;
+  const std::uint64_t usable = total - std::min(total, reserved);
+  pool.chunks = roundedUp(sectors, pool.chunkSectors);
+  if (m_limits.needsRealDrives && pool.internal && sectors <= drives.front()->sectors) {
+    pool.chunks = std::min(pool.chunks, usable);  // what is cached is a whole drive, whatever fits on it
+  }
+  require(pool.chunks <= usable, TVK_NOT_ENOUGH_SPACE, [&] {
     const std::string who = drives.size() == 1 ? nameOf(*drives.front()) + " holds " : "the drives hold ";
-    return who + sizeText(total * pool.chunkSectors) + " in whole chunks of " + sizeText(pool.chunkSectors) +
+    return who + sizeText(usable * pool.chunkSectors) + " in whole chunks of " + sizeText(pool.chunkSectors) +
+           (reserved > 0 ? ", besides the " + sizeText(reserved * pool.chunkSectors) + " kept for moves" : "") +
            ", less than the " + sizeText(sectors) + " asked for";
   });
-  const std::vector<std::uint64_t> shares = shareOut(pool.chunks, capacities);
-  std::vector<PoolMemberRecord> members;
+  const std::vector<std::uint64_t> shares = shareOut(pool.chunks + reserved, capacities);
   for (std::size_t i = 0; i < drives.size(); ++i) {
     require(capacities[i] > 0, TVK_NOT_ENOUGH_SPACE, [&] {
       return nameOf(*drives[i]) + " has " + sizeText(drives[i]->sectors) + ", less than a chunk of " +
@@ -123,9 +133,8 @@ std::vector<PoolMemberRecord> PoolRules::members(
       return sizeText(sectors) + " asked for: " + nameOf(*drives[i]) + " would get no chunk of " +
              sizeText(pool.chunkSectors) + "; leave it out, ask for more, or use smaller chunks";
     });
-    members.push_back({drives[i]->number, shares[i]});
+    pool.members.push_back({drives[i]->number, shares[i]});
   }
-  return members;
 }
 
 PoolRecord PoolRules::creation(const VirtualPoolSpec& spec) const {
@@ -142,7 +151,7 @@ PoolRecord PoolRules::creation(const VirtualPoolSpec& spec) const {
            std::to_string(TVK_POOL_USER) + " or " + std::to_string(TVK_POOL_INTERNAL);
   });
   pool.internal = spec.poolFlag == TVK_POOL_INTERNAL;
-  requireChunkSize(spec.chunkSizeInSectors);
+  requireChunkSize(spec.chunkSizeInSectors, m_limits);
   pool.chunkSectors = spec.chunkSizeInSectors;
   const std::vector<const DriveRecord*> drives = drivesOf(spec);
   require(
@@ -154,8 +163,7 @@ PoolRecord PoolRules::creation(const VirtualPoolSpec& spec) const {
   require(spec.capacityInSectors >= MIN_POOL_SECTORS, TVK_INVALID_CAPACITY, [&] {
     return sizeText(spec.capacityInSectors) + " asked for; a pool has at least " + sizeText(MIN_POOL_SECTORS);
   });
-  pool.chunks = roundedUp(spec.capacityInSectors, pool.chunkSectors);
-  pool.members = members(pool, spec.capacityInSectors, drives);
+  layOut(pool, spec.capacityInSectors, drives);
   return pool;
 }
 

@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_RULES_POOLRULES_H
 
 #include "voltvk/Specs.h"
+#include "voltvk/engine/state/Backings.h"
 #include "voltvk/engine/state/Records.h"
 
 #include <optional>
@@ -24,10 +25,11 @@ struct PoolChange {
  */
 class PoolRules {
 public:
+  /** @param limits of the backing; without meaning for changes and deletions */
   PoolRules(
       const std::vector<DriveRecord>& drives, const std::vector<PoolRecord>& pools,
-      const std::vector<VolumeRecord>& volumes)
-      : m_drives(drives), m_pools(pools), m_volumes(volumes) {}
+      const std::vector<VolumeRecord>& volumes, const BackingLimits& limits = {})
+      : m_drives(drives), m_pools(pools), m_volumes(volumes), m_limits(limits) {}
 
   /** @return the pool to create, with its members, without an identifier. */
   PoolRecord creation(const VirtualPoolSpec& spec) const;
@@ -47,13 +49,18 @@ private:
   /** @param when how the advice to delete what uses it ends */
   void requireUnused(const PoolRecord& pool, const char* when) const;
   void checkNameUnused(const std::string& name) const;
-  /** @param sectors what was requested, before rounding to whole chunks */
-  static std::vector<PoolMemberRecord>
-  members(const PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives);
+  /** Chunks that a drive has room for. */
+  std::uint64_t chunksOn(const DriveRecord& drive, const PoolRecord& pool) const;
+  /**
+   * Gives a pool its chunks, and the room on its drives that the backing reserves.
+   * @param sectors what was requested, before rounding to whole chunks
+   */
+  void layOut(PoolRecord& pool, std::uint64_t sectors, const std::vector<const DriveRecord*>& drives) const;
 
   const std::vector<DriveRecord>& m_drives;
   const std::vector<PoolRecord>& m_pools;
   const std::vector<VolumeRecord>& m_volumes;
+  const BackingLimits m_limits;
 };
 
 }  // namespace voltvk

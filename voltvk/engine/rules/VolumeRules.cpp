@@ -196,11 +196,16 @@ void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64
       }
     }
   }
-  ChunkAllocator allocator(from.chunks, std::move(used));
-  const std::vector<Extent> extents = allocator.allocate(chunks);
+  const std::uint64_t placed = from.placedChunks();
+  ChunkAllocator allocator(placed, std::move(used));
+  // What a real backing keeps for moves has no place of its own: any free chunks will do.
+  const std::uint64_t reserved = placed - from.chunks;
+  const std::uint64_t available = allocator.freeChunks() - std::min(allocator.freeChunks(), reserved);
+  const std::vector<Extent> extents =
+      chunks <= available ? allocator.allocate(chunks) : std::vector<Extent>();
   require(!extents.empty(), TVK_NOT_ENOUGH_SPACE, [&] {
     const std::uint64_t rounded = chunks * from.chunkSectors;
-    return nameOf(from) + " has " + sizeText(allocator.freeChunks() * from.chunkSectors) +
+    return nameOf(from) + " has " + sizeText(available * from.chunkSectors) +
            " free, less than the " + sizeText(part.sectors) + " asked for" +
            (rounded == part.sectors ? "" : ", which take " + sizeText(rounded) + " in whole chunks");
   });

@@ -58,7 +58,8 @@ void check(const DriveRecord& drive) {
   }
 }
 
-void check(const PoolRecord& pool, const std::set<std::uint16_t>& drives) {
+/** @param isReal the pool keeps some of its chunks free, so that its volumes' chunks can be moved */
+void check(const PoolRecord& pool, const std::set<std::uint16_t>& drives, bool isReal) {
   checkHeading(pool);
   require(
       pool.tierLevel == 1 || pool.tierLevel == 3, pool,
@@ -77,7 +78,7 @@ void check(const PoolRecord& pool, const std::set<std::uint16_t>& drives) {
     sum += member.chunks;
   }
   require(
-      sum == pool.chunks, pool,
+      isReal ? sum >= pool.chunks : sum == pool.chunks, pool,
       "has " + counted(pool.chunks, "chunk") + ", but " + std::to_string(sum) + " on its drives");
 }
 
@@ -99,9 +100,9 @@ void check(
     const auto pool = pools.find(id);
     require(pool != pools.end(), volume, "uses pool " + std::to_string(id) + ", which does not exist");
     const PoolRecord& from = *pool->second;
+    const std::uint64_t last = from.placedChunks();
     require(
-        extent.chunks > 0 && extent.chunks <= from.chunks && extent.first <= from.chunks - extent.chunks,
-        volume, "uses chunks that " + nameOf(from) + " does not have");
+        extent.chunks > 0 && extent.chunks <= last && extent.first <= last - extent.chunks, volume, "uses chunks that " + nameOf(from) + " does not have");
     extents[id].push_back(extent);
     sectors += extent.chunks * from.chunkSectors;  // at most MAX_POOL_SECTORS, so this cannot overflow
     require(sectors <= 2 * MAX_POOL_SECTORS, volume, "uses more chunks than there are");
@@ -131,7 +132,7 @@ void checkConfiguration(const Configuration& configuration) {
   }
   std::map<std::uint32_t, const PoolRecord*> pools;
   for (const PoolRecord& pool : configuration.pools) {
-    check(pool, drives);
+    check(pool, drives, configuration.backing.isReal());
     pools[pool.id] = &pool;
   }
   ExtentsOfPools extents;

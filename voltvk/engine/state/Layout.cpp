@@ -81,6 +81,12 @@ constexpr Table TABLES[] = {
   id INTEGER PRIMARY KEY AUTOINCREMENT, kind INTEGER NOT NULL CHECK(kind BETWEEN 1 AND 5), operation TEXT NOT NULL,
   status INTEGER NOT NULL CHECK(status BETWEEN 0 AND 4294967295),
   milliseconds INTEGER NOT NULL CHECK(milliseconds BETWEEN 0 AND 600000)))sql"},
+    {"backing", R"sql((
+  id INTEGER PRIMARY KEY CHECK(id = 1), kind INTEGER NOT NULL CHECK(kind IN (1, 2)),
+  volume_group TEXT NOT NULL CHECK(length(volume_group) > 0)))sql"},
+    {"intent", R"sql((
+  position INTEGER PRIMARY KEY, step INTEGER NOT NULL CHECK(step BETWEEN 1 AND 8),
+  object INTEGER NOT NULL CHECK(object BETWEEN 1 AND 4294967295), drives TEXT NOT NULL))sql"},
     {"last_refusal", R"sql((
   id INTEGER PRIMARY KEY CHECK(id = 1), operation TEXT NOT NULL,
   status INTEGER NOT NULL CHECK(status BETWEEN 0 AND 4294967295), detail TEXT NOT NULL, time INTEGER NOT NULL))sql"},
@@ -91,7 +97,8 @@ constexpr const char* INDEXES = "CREATE INDEX volume_extent_by_pool ON volume_ex
 constexpr const char* SETTINGS =
     "INSERT INTO setting VALUES"
     "('policy_running', 1), ('last_drive_number', -1), ('last_virtual_drive', 0), ('generation', 0),"
-    "('drives_left_out', 0)";
+    "('drives_left_out', 0);"
+    "INSERT INTO backing VALUES(1, 1, 'tvp')";
 
 /** What a version needs beyond the tables above, to which the rows of every earlier version are copied. */
 struct Step {
@@ -101,6 +108,7 @@ struct Step {
 };
 
 // COMPAT: users of 1.0.0 keep their state.
+// COMPAT: users of 1.1.0 keep theirs, too.
 // A later version adds its statements here and increments STATE_VERSION.
 constexpr Step STEPS[] = {
     {1, "INSERT OR IGNORE INTO setting VALUES('generation', 0), ('drives_left_out', 0)"},
@@ -110,6 +118,7 @@ constexpr Step STEPS[] = {
      "UPDATE volume SET device = CASE WHEN EXISTS"
      " (SELECT 1 FROM volume AS other WHERE other.id < volume.id AND other.id & 65535 = volume.id & 65535)"
      " THEN 65535 - (SELECT count(*) FROM volume AS other WHERE other.id < volume.id) ELSE id & 65535 END"},
+    {2, "INSERT OR IGNORE INTO backing VALUES(1, 1, 'tvp')"},
 };
 
 void run(Connection& connection, const std::string& sql) {
@@ -132,7 +141,7 @@ void run(Connection& connection, std::initializer_list<std::string_view> parts) 
 void createTriggers(Connection& connection) {
   const std::string count =
       " BEGIN UPDATE setting SET value = (value + 1) & 4611686018427387903 WHERE name = 'generation'; END";
-  for (const std::string table : {"drive", "pool", "pool_member", "volume", "volume_extent", "fault"}) {
+  for (const std::string table : {"drive", "pool", "pool_member", "volume", "volume_extent", "fault", "backing"}) {
     const char* columns =
         table == "volume"
             ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"

@@ -34,7 +34,7 @@ struct DriveRecord {
   std::string place;  ///< where a scan found it; not recorded
 };
 
-/** A drive of a pool and how many of the pool's chunks are on it, from its first sector on. */
+/** A drive of a pool and how many of the pool's chunks are on it, from the first place for chunks on. */
 struct PoolMemberRecord {
   std::uint16_t drive = 0;
   std::uint64_t chunks = 0;
@@ -50,6 +50,9 @@ struct PoolRecord {
   std::uint64_t chunks = 0;
   bool internal = false;
   std::vector<PoolMemberRecord> members;
+
+  /** Chunks on its drives: the capacity, and what a real backing keeps free for moves. */
+  std::uint64_t placedChunks() const;
 };
 
 /** Consecutive chunks of a pool. */

@@ -6,6 +6,7 @@
 #include "voltvk/LogicalDevice.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
+#include "voltvk/engine/state/Backings.h"
 #include "voltvk/engine/state/Fault.h"
 #include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Records.h"
@@ -24,6 +25,7 @@ struct Configuration {
   std::vector<VolumeRecord> volumes;  ///< by identifier
   std::vector<Fault> faults;          ///< oldest first
   bool policyRunning = false;
+  BackingChoice backing;
   std::size_t drivesLeftOut = 0;  ///< drives of the machine that are not recorded, as there are too many
 };
 

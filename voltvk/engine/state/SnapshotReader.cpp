@@ -34,6 +34,7 @@ Configuration SnapshotReader::configuration() {
   configuration.volumes = volumes();
   configuration.faults = faults();
   configuration.policyRunning = setting("policy_running") != 0;
+  configuration.backing = backing();
   setting("last_drive_number");
   setting("last_virtual_drive");
   configuration.drivesLeftOut =
@@ -152,6 +153,14 @@ std::vector<Fault> SnapshotReader::faults() {
         {rows.as<FaultKind>(0), rows.text(1), rows.as<std::uint32_t>(2), rows.as<std::uint32_t>(3)});
   }
   return faults;
+}
+
+BackingChoice SnapshotReader::backing() {
+  Statement row(m_connection, "SELECT kind, volume_group FROM backing");
+  if (!row.step()) {
+    throw DatabaseError::ofDamage("the choice of the backing is missing");
+  }
+  return {row.as<BackingKind>(0), row.text(1)};
 }
 
 }  // namespace voltvk

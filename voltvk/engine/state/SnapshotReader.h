@@ -30,6 +30,7 @@ public:
   std::vector<PoolRecord> pools();      ///< by identifier
   std::vector<VolumeRecord> volumes();  ///< by identifier
   std::vector<Fault> faults();          ///< oldest first
+  BackingChoice backing();
 
 private:
   std::int64_t setting(const char* name);

@@ -1,0 +1,207 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/contract/StorageChange.h"
+
+#include "voltvk/engine/contract/BackingLock.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+
+#include <algorithm>
+#include <optional>
+#include <tuple>
+
+namespace voltvk {
+
+namespace {
+
+/** Ends a transaction whose work was only tried. */
+struct Rehearsed {};
+
+template <typename Record>
+const Record* find(const std::vector<Record>& records, std::uint32_t id) {
+  const auto found =
+      std::find_if(records.begin(), records.end(), [&](const Record& record) { return record.id == id; });
+  return found == records.end() ? nullptr : &*found;
+}
+
+bool isDescribedAlike(const PoolRecord& one, const PoolRecord& other) {
+  return std::tie(one.name, one.description, one.tierLevel) ==
+         std::tie(other.name, other.description, other.tierLevel);
+}
+
+bool isDescribedAlike(const VolumeRecord& one, const VolumeRecord& other) {
+  return std::tie(one.name, one.description, one.knob) ==
+         std::tie(other.name, other.description, other.knob);
+}
+
+template <typename Record>
+void addRemovals(
+    std::vector<Intent>& steps, Step remove, const std::vector<Record>& before,
+    const std::vector<Record>& after) {
+  for (const Record& record : before) {
+    if (find(after, record.id) == nullptr) {
+      steps.push_back({remove, record.id, {}});
+    }
+  }
+}
+
+template <typename Record>
+void addDescriptions(
+    std::vector<Intent>& steps, Step describe, const std::vector<Record>& before,
+    const std::vector<Record>& after) {
+  for (const Record& record : after) {
+    const Record* earlier = find(before, record.id);
+    if (earlier != nullptr && !isDescribedAlike(*earlier, record)) {
+      steps.push_back({describe, record.id, {}});
+    }
+  }
+}
+
+std::vector<std::uint16_t> drivesOf(const PoolRecord& pool) {
+  std::vector<std::uint16_t> drives;
+  for (const PoolMemberRecord& member : pool.members) {
+    drives.push_back(member.drive);
+  }
+  return drives;
+}
+
+}  // namespace
+
+/** Carries out the steps of one change. */
+class StorageChange::Steps {
+public:
+  Steps(Backing& backing, const Configuration& before, const Configuration& after)
+      : m_backing(backing), m_before(before), m_after(after) {}
+
+  void carryOut(const Intent& intent) {
+    switch (intent.step) {
+    case Step::MakePool: m_backing.makePool(*find(m_after.pools, intent.object), m_after); break;
+    case Step::RemovePool: m_backing.removePool(*find(m_before.pools, intent.object), m_before); break;
+    case Step::DescribePool: m_backing.describePool(*find(m_after.pools, intent.object), m_after); break;
+    case Step::MakeVolume: m_backing.makeVolume(*find(m_after.volumes, intent.object), m_after); break;
+    case Step::RemoveVolume: m_backing.removeVolume(intent.object); break;
+    case Step::DescribeVolume: m_backing.describeVolume(*find(m_after.volumes, intent.object)); break;
+    case Step::MoveChunks:
+    case Step::Flush: break;  // not part of a change of the configuration
+    }
+  }
+
+  void undo(const Intent& intent) {
+    switch (intent.step) {
+    case Step::MakePool: m_backing.removePool(*find(m_after.pools, intent.object), m_after); break;
+    case Step::DescribePool: m_backing.describePool(*find(m_before.pools, intent.object), m_before); break;
+    case Step::MakeVolume: m_backing.removeVolume(intent.object); break;
+    case Step::DescribeVolume: m_backing.describeVolume(*find(m_before.volumes, intent.object)); break;
+    case Step::RemovePool:
+    case Step::RemoveVolume:
+    case Step::MoveChunks:
+    case Step::Flush: break;  // what is removed stays removed; the others are undone by those who do them
+    }
+  }
+
+private:
+  Backing& m_backing;
+  const Configuration& m_before;
+  const Configuration& m_after;
+};
+
+namespace {
+
+bool removesSomething(const std::vector<Intent>& steps) {
+  return std::any_of(steps.begin(), steps.end(), [](const Intent& intent) {
+    return intent.step == Step::RemovePool || intent.step == Step::RemoveVolume;
+  });
+}
+
+}  // namespace
+
+std::vector<Intent> stepsBetween(const Configuration& before, const Configuration& after) {
+  std::vector<Intent> steps;
+  addRemovals(steps, Step::RemoveVolume, before.volumes, after.volumes);
+  addRemovals(steps, Step::RemovePool, before.pools, after.pools);
+  for (const PoolRecord& pool : after.pools) {
+    if (find(before.pools, pool.id) == nullptr) {
+      steps.push_back({Step::MakePool, pool.id, drivesOf(pool)});
+    }
+  }
+  for (const VolumeRecord& volume : after.volumes) {
+    if (find(before.volumes, volume.id) == nullptr) {
+      steps.push_back({Step::MakeVolume, volume.id, {}});
+    }
+  }
+  addDescriptions(steps, Step::DescribePool, before.pools, after.pools);
+  addDescriptions(steps, Step::DescribeVolume, before.volumes, after.volumes);
+  return steps;
+}
+
+void StorageChange::change(const State::Work& work, bool withDrives) {
+  if (withDrives) {
+    m_state.changeWithDrives(work);
+  } else {
+    m_state.change(work);
+  }
+}
+
+void StorageChange::run(const State::Work& work, bool withDrives) {
+  if (m_state.backing()->isReal()) {
+    withBacking(m_state, [&](Backing& backing) { runWithSteps(backing, work, withDrives); });
+  } else {
+    change(work, withDrives);
+  }
+}
+
+void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool withDrives) {
+  Configuration before;
+  Configuration after;
+  const auto rehearse = [&](Connection& connection) {
+    before = SnapshotReader(connection).configuration();
+    work(connection);
+    after = SnapshotReader(connection).configuration();
+    throw Rehearsed{};
+  };
+  try {
+    change(rehearse, withDrives);
+  } catch (const Rehearsed&) {
+    // Undone with its transaction.
+  }
+  const std::vector<Intent> steps = stepsBetween(before, after);
+  m_state.change([&](Connection& connection) { Intents(connection).record(steps); });
+  Steps carrier(backing, before, after);
+  std::vector<Intent> begun;
+  bool carriedOut = false;
+  try {
+    for (const Intent& step : steps) {
+      begun.insert(begun.begin(), step);
+      carrier.carryOut(step);
+    }
+    carriedOut = true;
+    m_state.change([&](Connection& connection) {
+      work(connection);
+      Intents(connection).clear();
+    });
+  } catch (...) {
+    // Rows of what is gone go when the intents are settled.
+    if (!carriedOut || !removesSomething(steps)) {
+      undo(carrier, begun);
+    }
+    throw;
+  }
+}
+
+void StorageChange::undo(Steps& carrier, const std::vector<Intent>& begun) {
+  try {
+    for (const Intent& step : begun) {
+      carrier.undo(step);
+    }
+    m_state.change([](Connection& connection) { Intents(connection).clear(); });
+  } catch (const std::exception&) {
+    // The next change finds the intents and tries once more; the caller learns why the change failed.
+  }
+}
+
+void withBacking(State& state, const std::function<void(Backing&)>& work) {
+  const BackingLock lock(state.path(), State::Clock::now() + BACKING_TIMEOUT);
+  const std::shared_ptr<Backing> backing = state.backing();
+  settleIntents(state, *backing);
+  work(*backing);
+}
+
+}  // namespace voltvk

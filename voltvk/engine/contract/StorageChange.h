@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_CONTRACT_STORAGECHANGE_H
+#define VOLTVK_ENGINE_CONTRACT_STORAGECHANGE_H
+
+#include "voltvk/engine/backing/Backing.h"
+#include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/Intents.h"
+
+#include <vector>
+
+namespace voltvk {
+
+/**
+ * A change of pools and volumes together with the drives behind them.
+ *
+ * With a backing that is not real it is one transaction. Else the work runs twice: once to learn what it would
+ * change, undone at once; then the steps of the backing are recorded as intents and carried out; then the work
+ * runs in the transaction that also removes the intents. A step that fails undoes those before it.
+ *
+ * One change at a time, over all threads and processes. Functions throw Refusal, and what the work throws.
+ */
+class StorageChange {
+public:
+  explicit StorageChange(State& state) : m_state(state) {}
+
+  /**
+   * @param work checks the rules and writes the rows and events; gives the same answer when it runs again
+   * @param withDrives it is decided by the drives that the machine has now
+   */
+  void run(const State::Work& work, bool withDrives);
+
+private:
+  class Steps;
+
+  void undo(Steps& carrier, const std::vector<Intent>& begun);
+  void runWithSteps(Backing& backing, const State::Work& work, bool withDrives);
+  void change(const State::Work& work, bool withDrives);
+
+  State& m_state;
+};
+
+/** The steps that lead from one configuration to another, in the order in which they are carried out. */
+std::vector<Intent> stepsBetween(const Configuration& before, const Configuration& after);
+
+/**
+ * Completes or undoes the change that a process left behind when it ended early; does nothing if there is
+ * none. The caller holds the BackingLock.
+ * @return what was found, for an administrator: one sentence each
+ */
+std::vector<std::string> settleIntents(State& state, Backing& backing);
+
+/** Runs a function while no other change of real pools and volumes is under way, with all intents settled. */
+void withBacking(State& state, const std::function<void(Backing&)>& work);
+
+}  // namespace voltvk
+
+#endif
