@@ -39,6 +39,7 @@ void addFaultCommands(CLI::App& app, Context& context);
 void addIoCommand(CLI::App& app, Context& context);
 void addPolicyCommands(CLI::App& app, Context& context);
 void addEventsCommand(CLI::App& app, Context& context);
+void addBackingCommands(CLI::App& app, Context& context);
 
 /**
  * Prints the names that a shell may offer for the last of some words: volumes, virtual drives. Commands and

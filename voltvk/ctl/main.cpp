@@ -42,6 +42,7 @@ int run(int count, char** arguments) {
   addIoCommand(app, context);
   addPolicyCommands(app, context);
   addEventsCommand(app, context);
+  addBackingCommands(app, context);
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& success) {

@@ -2,6 +2,7 @@
 #include "voltvk/engine/changes/PoolChanges.h"
 
 #include "voltvk/VirtualPool.h"
+#include "voltvk/engine/changes/RecordWriter.h"
 #include "voltvk/engine/rules/PoolRules.h"
 #include "voltvk/engine/rules/TextRules.h"
 #include "voltvk/engine/state/Connection.h"
@@ -23,17 +24,7 @@ std::uint32_t PoolChanges::create(const VirtualPoolSpec& spec) {
   const Configuration current = SnapshotReader(m_connection).configuration();
   const PoolRecord pool = 
       PoolRules(current.drives, current.pools, {}, limitsOf(current.backing)).creation(spec);
-  Statement(
-      m_connection,
-      "INSERT INTO pool(name, description, tier, chunk_sectors, chunks, internal)"
-      " VALUES(?, ?, ?, ?, ?, ?)",
-      pool.name, pool.description, pool.tierLevel, pool.chunkSectors, pool.chunks, pool.internal)
-      .run();
-  const auto id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
-  Statement member(m_connection, "INSERT INTO pool_member(pool, position, drive, chunks) VALUES(?, ?, ?, ?)");
-  for (std::size_t position = 0; position < pool.members.size(); ++position) {
-    member.runWith(id, position, pool.members[position].drive, pool.members[position].chunks);
-  }
+  const std::uint32_t id = RecordWriter(m_connection).insert(pool);
   const std::string tier = std::to_string(pool.tierLevel);
   const std::string sectors = std::to_string(pool.chunks * pool.chunkSectors);
   EventJournal journal(m_connection);

@@ -5,6 +5,7 @@
 #include "voltvk/Limits.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/changes/PoolChanges.h"
+#include "voltvk/engine/changes/RecordWriter.h"
 #include "voltvk/engine/rules/TextRules.h"
 #include "voltvk/engine/rules/VolumeRules.h"
 #include "voltvk/engine/state/Connection.h"
@@ -51,37 +52,8 @@ VolumeRecord VolumeChanges::find(std::uint32_t volumeId) {
   return VolumeRules({}, volumes).volume(volumeId);
 }
 
-std::uint16_t VolumeChanges::freeDeviceNumber(std::uint32_t volumeId) {
-  // The identifier, as long as it fits: clients see both.
-  constexpr std::uint32_t LARGEST = 0xFFFF;
-  std::set<std::uint32_t> taken;
-  Statement rows(m_connection, "SELECT device FROM volume WHERE id <> ?", volumeId);
-  while (rows.step()) {
-    taken.insert(rows.as<std::uint32_t>(0));
-  }
-  std::uint32_t number = (volumeId - 1) % LARGEST + 1;
-  while (taken.count(number) != 0) {
-    number = number % LARGEST + 1;
-  }
-  return static_cast<std::uint16_t>(number);
-}
-
 std::uint32_t VolumeChanges::insert(const VolumeRecord& volume) {
-  Statement(
-      m_connection,
-      "INSERT INTO volume(name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob)"
-      " VALUES(?, ?, ?, ?, ?, ?, ?)",
-      volume.name, volume.description, volume.type, volume.chunkSectors, volume.hddChunks, volume.ssdChunks,
-      volume.knob)
-      .run();
-  const auto id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
-  Statement(m_connection, "UPDATE volume SET device = ? WHERE id = ?", freeDeviceNumber(id), id).run();
-  Statement extent(
-      m_connection, "INSERT INTO volume_extent(volume, position, pool, first, chunks) VALUES(?, ?, ?, ?, ?)");
-  for (std::size_t position = 0; position < volume.extents.size(); ++position) {
-    const VolumeExtentRecord& part = volume.extents[position];
-    extent.runWith(id, position, part.pool, part.extent.first, part.extent.chunks);
-  }
+  const std::uint32_t id = RecordWriter(m_connection).insert(volume);
   EventJournal(m_connection)
       .append(
           TVK_EVENT_VOLUME_CREATED, TVK_EVENT_INFORMATION,
@@ -167,16 +139,25 @@ void VolumeChanges::remove(std::uint32_t volumeId) {
   }
 }
 
-void VolumeChanges::flush(std::uint32_t volumeId) {
-  const VolumeRecord volume = find(volumeId);
+VolumeRecord VolumeChanges::flushable(std::uint32_t volumeId) {
+  VolumeRecord volume = find(volumeId);
   require(volume.isCached(), TVK_NOT_CACHED, [&] {
     return nameOf(volume) + " is tiered: it has no cache that could be flushed";
   });
+  return volume;
+}
+
+void VolumeChanges::flush(std::uint32_t volumeId) {
+  flushable(volumeId);
   Statement(m_connection, "UPDATE chunk SET dirty = 0 WHERE volume = ? AND dirty = 1", volumeId).run();
+  reportFlushed(volumeId, static_cast<std::uint64_t>(m_connection.changes()));
+}
+
+void VolumeChanges::reportFlushed(std::uint32_t volumeId, std::uint64_t chunks) {
   EventJournal(m_connection)
       .append(
           TVK_EVENT_VOLUME_FLUSHED, TVK_EVENT_INFORMATION, "Volume {} was flushed: {} chunks written back",
-          {volume.name, std::to_string(m_connection.changes())}, volumeId);
+          {find(volumeId).name, std::to_string(chunks)}, volumeId);
 }
 
 void VolumeChanges::resetStatistics(std::uint32_t volumeId) {

@@ -34,8 +34,12 @@ public:
   /** Deletes a volume, and the internal pool that was created for it. */
   void remove(std::uint32_t volumeId);
 
-  /** Writes back the dirty chunks of the cache. */
+  /** Writes back the dirty chunks of the cache, as far as the state knows them. */
   void flush(std::uint32_t volumeId);
+  /** The volume, which has a cache that can be flushed. */
+  VolumeRecord flushable(std::uint32_t volumeId);
+  /** Reports chunks that were written back. */
+  void reportFlushed(std::uint32_t volumeId, std::uint64_t chunks);
 
   /** Sets the I/O counters to 0; the placement of chunks does not change. */
   void resetStatistics(std::uint32_t volumeId);
@@ -47,8 +51,6 @@ public:
 
 private:
   VolumeRecord find(std::uint32_t volumeId);
-  /** A number of 16 bits that no other volume has. */
-  std::uint16_t freeDeviceNumber(std::uint32_t volumeId);
   std::uint32_t insert(const VolumeRecord& volume);
 
   Connection& m_connection;

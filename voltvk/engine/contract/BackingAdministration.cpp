@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/contract/BackingAdministration.h"
+
+#include "text/Quote.h"
+#include "voltvk/engine/changes/LayoutAdoption.h"
+#include "voltvk/engine/changes/RecordWriter.h"
+#include "voltvk/engine/contract/BackingLock.h"
+#include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+
+#include <algorithm>
+
+namespace voltvk {
+
+namespace {
+
+/** What the volume manager takes as the name of a volume group. */
+void requireGroupName(const std::string& name) {
+  constexpr std::size_t LONGEST = 100;  // the names of volumes are added to it
+  const char* const ALLOWED = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+_.-";
+  require(
+      !name.empty() && name.size() <= LONGEST && name.find_first_not_of(ALLOWED) == std::string::npos &&
+          name.front() != '-' && name != "." && name != "..",
+      TVK_INVALID_ARGUMENT, [&] {
+        return tvp::text::quoted(name) + " is not a valid name of a volume group; use up to " +
+               std::to_string(LONGEST) + " letters, digits and + _ . -, not beginning with -";
+      });
+}
+
+void requireNoPools(Connection& connection, const char* before) {
+  const std::size_t pools = SnapshotReader(connection).pools().size();
+  require(pools == 0, TVK_POOL_IN_USE, [&] {
+    return "there " + std::string(pools == 1 ? "is " : "are ") + counted(pools, "pool") +
+           ", internal ones included; delete them before " + before;
+  });
+}
+
+}  // namespace
+
+void BackingAdministration::choose(const BackingChoice& choice) {
+  if (choice.isReal()) {
+    requireGroupName(choice.group);
+  }
+  const BackingLock lock(m_state.path(), State::Clock::now() + BACKING_TIMEOUT);
+  m_state.read([](Connection& connection) { requireNoPools(connection, "the backing changes"); });
+  Backing::of(choice)->requireUsable();
+  m_state.change([&](Connection& connection) {
+    requireNoPools(connection, "the backing changes");
+    Statement(connection, "UPDATE backing SET kind = ?, volume_group = ?", choice.kind, choice.group).run();
+  });
+}
+
+BackingReport BackingAdministration::check(bool repairs) {
+  const std::shared_ptr<Backing> backing = m_state.backing();
+  BackingReport report;
+  if (!backing->isReal()) {
+    return report;
+  }
+  const BackingLock lock(m_state.path(), State::Clock::now() + BACKING_TIMEOUT);
+  if (repairs) {
+    repair(*backing, report);
+  } else {
+    bool unsettled = false;
+    m_state.read([&](Connection& connection) { unsettled = !Intents(connection).list().empty(); });
+    if (unsettled) {
+      report.differences.emplace_back("a change was cut off; the next change or a repair settles it");
+    }
+  }
+  const auto differences = backing->differences(m_state.snapshot()->configuration());
+  report.differences.insert(report.differences.end(), differences.begin(), differences.end());
+  return report;
+}
+
+void BackingAdministration::repair(Backing& backing, BackingReport& report) {
+  report.repairs = settleIntents(m_state, backing);
+  backing.activate();
+  const std::shared_ptr<const Snapshot> snapshot = m_state.snapshot();
+  const Configuration& configuration = snapshot->configuration();
+  if (backing.differences(configuration).empty()) {
+    return;
+  }
+  for (const PoolRecord& pool : configuration.pools) {
+    backing.describePool(pool, configuration);
+  }
+  for (const VolumeRecord& volume : configuration.volumes) {
+    backing.describeVolume(volume);
+    const std::vector<VolumeExtentRecord> layout = backing.layout(volume, configuration);
+    m_state.change([&](Connection& connection) {
+      if (LayoutAdoption(connection).adopt(volume, layout)) {
+        report.repairs.push_back("recorded where the chunks of " + nameOf(volume) + " are");
+      }
+    });
+  }
+  report.repairs.emplace_back("recorded names and descriptions beside the data");
+}
+
+RecoveredState BackingAdministration::recover() {
+  require(
+      m_state.backing()->isReal(), TVK_NOT_POSSIBLE_HERE,
+      "pools and volumes are book-keeping only, so nothing is on the drives to rebuild the state from; "
+      "choose the backing that they were made with first");
+  RecoveredState recovered;
+  withBacking(m_state, [&](Backing& backing) {
+    m_state.read([](Connection& connection) { requireNoPools(connection, "the state is rebuilt"); });
+    backing.activate();
+    const Configuration found = backing.recovered(m_state.scanDrives());
+    m_state.change([&](Connection& connection) {
+      requireNoPools(connection, "the state is rebuilt");
+      RecordWriter writer(connection);
+      for (const PoolRecord& pool : found.pools) {
+        writer.insert(pool);
+      }
+      for (const VolumeRecord& volume : found.volumes) {
+        writer.insert(volume);
+        LayoutAdoption(connection).adopt(volume, volume.extents);
+      }
+      SnapshotReader(connection).configuration();  // refuses what does not fit together
+    });
+    recovered = {found.pools.size(), found.volumes.size()};
+  });
+  return recovered;
+}
+
+}  // namespace voltvk

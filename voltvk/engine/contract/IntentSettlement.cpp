@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/changes/LayoutAdoption.h"
+#include "voltvk/engine/changes/PoolChanges.h"
+#include "voltvk/engine/changes/VolumeChanges.h"
+#include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+
+#include <algorithm>
+
+namespace voltvk {
+
+namespace {
+
+/** Settles the steps of one change that was cut off. */
+class Settlement {
+public:
+  Settlement(State& state, Backing& backing, Configuration configuration)
+      : m_state(state), m_backing(backing), m_configuration(std::move(configuration)) {}
+
+  void settle(const Intent& intent) {
+    switch (intent.step) {
+    case Step::MakePool: unmakePool(intent); break;
+    case Step::RemovePool: completeRemoval(pool(intent.object)); break;
+    case Step::DescribePool: describe(pool(intent.object)); break;
+    case Step::MakeVolume:
+      m_backing.removeVolume(intent.object);
+      note("volume " + std::to_string(intent.object) + ", which was being made, was removed again");
+      break;
+    case Step::RemoveVolume: completeRemoval(volume(intent.object)); break;
+    case Step::DescribeVolume: describe(volume(intent.object)); break;
+    case Step::MoveChunks: adoptLayout(volume(intent.object)); break;
+    case Step::Flush: endFlush(volume(intent.object)); break;
+    }
+  }
+
+  const std::vector<std::string>& notes() const { return m_notes; }
+
+private:
+  void note(const std::string& sentence) { m_notes.push_back(sentence); }
+
+  template <typename Record>
+  const Record* find(const std::vector<Record>& records, std::uint32_t id) const {
+    const auto found =
+        std::find_if(records.begin(), records.end(), [&](const Record& record) { return record.id == id; });
+    return found == records.end() ? nullptr : &*found;
+  }
+  const PoolRecord* pool(std::uint32_t id) const { return find(m_configuration.pools, id); }
+  const VolumeRecord* volume(std::uint32_t id) const { return find(m_configuration.volumes, id); }
+
+  void unmakePool(const Intent& intent) {
+    PoolRecord made;
+    made.id = intent.object;
+    for (const std::uint16_t drive : intent.drives) {
+      made.members.push_back({drive, 0});
+    }
+    m_backing.removePool(made, m_configuration);
+    note("pool " + std::to_string(intent.object) + ", which was being made, was removed again");
+  }
+
+  void completeRemoval(const PoolRecord* removed) {
+    if (removed == nullptr || removed->internal) {
+      return;  // an internal pool goes or stays with its volume
+    }
+    m_backing.removePool(*removed, m_configuration);
+    m_state.change([&](Connection& connection) { PoolChanges(connection).remove(removed->id); });
+    note(nameOf(*removed) + ", which was being deleted, is deleted now");
+  }
+
+  void completeRemoval(const VolumeRecord* removed) {
+    if (removed == nullptr) {
+      return;
+    }
+    if (m_backing.isOpen(removed->id)) {
+      note(nameOf(*removed) + ", which was being deleted, is in use and stays");
+      return;
+    }
+    m_backing.removeVolume(removed->id);
+    for (const VolumeExtentRecord& part : removed->extents) {
+      const PoolRecord* from = pool(part.pool);
+      if (from != nullptr && from->internal) {
+        m_backing.removePool(*from, m_configuration);
+      }
+    }
+    m_state.change([&](Connection& connection) { VolumeChanges(connection).remove(removed->id); });
+    note(nameOf(*removed) + ", which was being deleted, is deleted now");
+  }
+
+  void describe(const PoolRecord* described) {
+    if (described != nullptr) {
+      m_backing.describePool(*described, m_configuration);
+    }
+  }
+
+  void describe(const VolumeRecord* described) {
+    if (described != nullptr) {
+      m_backing.describeVolume(*described);
+    }
+  }
+
+  void adoptLayout(const VolumeRecord* moved) {
+    if (moved == nullptr) {
+      return;
+    }
+    m_backing.activate();
+    const std::vector<VolumeExtentRecord> layout = m_backing.layout(*moved, m_configuration);
+    m_state.change([&](Connection& connection) { LayoutAdoption(connection).adopt(*moved, layout); });
+    note("recorded where the chunks of " + nameOf(*moved) + " are after moves that were cut off");
+  }
+
+  void endFlush(const VolumeRecord* flushed) {
+    if (flushed != nullptr) {
+      m_backing.endFlush(*flushed);
+      note("the cache of " + nameOf(*flushed) + ", whose flush was cut off, works as usual again");
+    }
+  }
+
+  State& m_state;
+  Backing& m_backing;
+  const Configuration m_configuration;
+  std::vector<std::string> m_notes;
+};
+
+}  // namespace
+
+std::vector<std::string> settleIntents(State& state, Backing& backing) {
+  std::vector<Intent> intents;
+  Configuration configuration;
+  state.read([&](Connection& connection) {
+    intents = Intents(connection).list();
+    configuration = SnapshotReader(connection).configuration();
+  });
+  if (intents.empty()) {
+    return {};
+  }
+  Settlement settlement(state, backing, std::move(configuration));
+  // What was made last is removed first, and the pool of a cached drive goes with its volume.
+  std::stable_sort(intents.begin(), intents.end(), [](const Intent& a, const Intent& b) {
+    const auto isOfVolume = [](const Intent& intent) {
+      return intent.step != Step::MakePool && intent.step != Step::RemovePool;
+    };
+    return isOfVolume(a) && !isOfVolume(b);
+  });
+  for (const Intent& intent : intents) {
+    settlement.settle(intent);
+  }
+  state.change([](Connection& connection) { Intents(connection).clear(); });
+  return settlement.notes();
+}
+
+}  // namespace voltvk
