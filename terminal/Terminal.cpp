@@ -2,6 +2,7 @@
 #include "terminal/Terminal.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include <sys/ioctl.h>
@@ -37,6 +38,16 @@ Terminal Terminal::ofStandardOutput() {
     terminal.colour = !isSet("NO_COLOR") && (kind == nullptr || std::string(kind) != "dumb");
   }
   return terminal;
+}
+
+bool isUtf8Wanted() {
+  for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    if (isSet(name)) {
+      const char* value = std::getenv(name);
+      return ::strcasestr(value, "UTF-8") != nullptr || ::strcasestr(value, "UTF8") != nullptr;
+    }
+  }
+  return false;
 }
 
 }  // namespace tvp::terminal

@@ -18,6 +18,12 @@ struct Terminal {
   static Terminal ofStandardOutput();
 };
 
+/**
+ * Whether the environment asks for UTF-8. A name is enough: the locale itself may not be installed, which
+ * says nothing about the terminal.
+ */
+bool isUtf8Wanted();
+
 }  // namespace tvp::terminal
 
 #endif

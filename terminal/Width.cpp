@@ -58,4 +58,17 @@ std::string cutToWidth(const std::string& text, std::size_t columns) {
   return text.substr(0, fit(text, columns - 1).bytes) + "…";
 }
 
+std::string wrapped(const std::string& text, std::size_t columns) {
+  std::string lines;
+  std::string rest = text;
+  while (displayWidth(rest) > columns) {
+    const std::size_t fitting = fit(rest, columns).bytes;
+    const std::size_t blank = rest.rfind(' ', fitting);
+    const bool broken = blank != std::string::npos && blank > 0;
+    lines += rest.substr(0, broken ? blank : fitting) + "\n";
+    rest.erase(0, broken ? blank + 1 : fitting);
+  }
+  return lines + rest + "\n";
+}
+
 }  // namespace tvp::terminal

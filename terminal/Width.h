@@ -28,6 +28,9 @@ private:
 std::size_t displayWidth(const std::string& text);
 /** The line cut to so many columns, an ellipsis in the last one when something was cut. */
 std::string cutToWidth(const std::string& text, std::size_t columns);
+/** The text in lines of at most so many columns, each with its newline, broken at blanks where there are any.
+ *  @param columns at least 2 */
+std::string wrapped(const std::string& text, std::size_t columns);
 
 }  // namespace tvp::terminal
 

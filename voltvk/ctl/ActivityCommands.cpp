@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/ctl/Commands.h"
+#include "voltvk/ctl/Volumes.h"
 #include "voltvk/engine/activity/PolicyEngine.h"
 #include "voltvk/engine/activity/VolumeActivity.h"
 #include "voltvk/engine/contract/State.h"
-#include "voltvk/engine/state/Refusal.h"
-#include "voltvk/engine/state/SnapshotReader.h"
 
 #include <CLI/CLI.hpp>
 
-#include <algorithm>
 #include <optional>
 #include <stdexcept>
 
@@ -20,22 +18,6 @@ struct IoOptions {
   std::string volume;
   IoPattern pattern;
 };
-
-/** The volume with an identifier or, when there is none, with a name. */
-VolumeRecord findVolume(Connection& connection, const std::string& wanted) {
-  const std::vector<VolumeRecord> volumes = SnapshotReader(connection).configuration().volumes;
-  auto found = std::find_if(volumes.begin(), volumes.end(), [&](const VolumeRecord& volume) {
-    return std::to_string(volume.id) == wanted;
-  });
-  if (found == volumes.end()) {
-    found = std::find_if(
-        volumes.begin(), volumes.end(), [&](const VolumeRecord& volume) { return volume.name == wanted; });
-  }
-  if (found == volumes.end()) {
-    throw Refusal(TVK_NO_SUCH_VOLUME, "there is no volume '" + wanted + "'; give the name or number of one");
-  }
-  return *found;
-}
 
 void playIo(const IoOptions& options, const Context& context) {
   if (options.pattern.reads + options.pattern.writes == 0) {

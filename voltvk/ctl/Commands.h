@@ -38,6 +38,8 @@ void addDriveCommands(CLI::App& app, Context& context);
 void addFaultCommands(CLI::App& app, Context& context);
 void addIoCommand(CLI::App& app, Context& context);
 void addPolicyCommands(CLI::App& app, Context& context);
+void addVolumeCommands(CLI::App& app, Context& context);
+void addHeatCommand(CLI::App& app, Context& context);
 void addEventsCommand(CLI::App& app, Context& context);
 void addBackingCommands(CLI::App& app, Context& context);
 

@@ -7,7 +7,7 @@
 namespace voltvk::ctl {
 
 void printCompletions(const Context& context, const std::vector<std::string>& words) {
-  const bool volumes = words.size() == 2 && words[0] == "io";
+  const bool volumes = words.size() == 2 && (words[0] == "io" || words[0] == "heat");
   const bool drives = words.size() == 3 && words[0] == "drive" && words[1] == "remove";
   if (!volumes && !drives) {
     return;

@@ -13,12 +13,20 @@ namespace {
 
 using tvp::terminal::Terminal;
 
+/** A list is shown with commas. */
 std::string cell(const Json& value) {
   if (value.is_string()) {
     return value.get<std::string>();
   }
   if (value.is_boolean()) {
     return value.get<bool>() ? "yes" : "no";
+  }
+  if (value.is_array()) {
+    std::string list;
+    for (const Json& element : value) {
+      list += (list.empty() ? "" : ", ") + cell(element);
+    }
+    return list;
   }
   return value.is_null() ? "" : value.dump();
 }

@@ -28,7 +28,7 @@ int run(int count, char** arguments) {
     return 0;
   }
   CLI::App app(
-      "Control the embedded storage library: drives, faults, I/O, policy engine, events.\n"
+      "Control the embedded storage library: drives, volumes, faults, I/O, heat, policy engine, events.\n"
       "The state is $VOLTVK_STATE, else /var/lib/voltvk/state.db.",
       "voltvkctl");
   app.set_version_flag("--version", "voltvkctl " TVP_VERSION);
@@ -41,6 +41,8 @@ int run(int count, char** arguments) {
   addFaultCommands(app, context);
   addIoCommand(app, context);
   addPolicyCommands(app, context);
+  addVolumeCommands(app, context);
+  addHeatCommand(app, context);
   addEventsCommand(app, context);
   addBackingCommands(app, context);
   try {
