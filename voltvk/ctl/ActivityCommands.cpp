@@ -4,6 +4,7 @@
 #include "voltvk/engine/activity/PolicyEngine.h"
 #include "voltvk/engine/activity/VolumeActivity.h"
 #include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/contract/VolumeUpkeep.h"
 
 #include <CLI/CLI.hpp>
 
@@ -24,6 +25,10 @@ void playIo(const IoOptions& options, const Context& context) {
     throw std::invalid_argument("nothing to play; give --reads or --writes");
   }
   const std::shared_ptr<State> state = context.state();
+  require(
+      !state->backing()->isReal(), TVK_NOT_POSSIBLE_HERE,
+      "volumes are real: their counters tell what programs read and write; use a program such as fio on the "
+      "device of the volume");
   VolumeRecord volume;
   std::optional<IoReplay> replay;
   state->read([&](Connection& connection) {
@@ -55,19 +60,30 @@ void setPolicy(bool running, const Context& context) {
   context.output.write({{"policy", shown}}, "the policy engine is " + shown);
 }
 
-void runPolicy(const Context& context) {
+std::string sentenceOf(const VolumeRecord& volume, const RoundResult& round, bool dryRun) {
+  return "volume " + volume.name + ": " + std::to_string(round.promoted) +
+         (dryRun ? " chunks would be moved to the SSD pool" : " chunks moved to the SSD pool");
+}
+
+/** Runs a round for every volume, also after one that failed, since others may be able to move chunks. */
+void runPolicy(bool dryRun, const Context& context) {
   const std::shared_ptr<State> state = context.state();
   const std::shared_ptr<const Snapshot> snapshot = state->snapshot();
   const bool running = snapshot->configuration().policyRunning;
   Json list = Json::array();
   std::string text;
+  std::exception_ptr failure;
   for (const VolumeRecord& volume : snapshot->configuration().volumes) {
-    std::uint64_t chunks = 0;
-    state->change([&](Connection& connection) { chunks = PolicyEngine(connection).runRound(volume.id); });
-    if (chunks > 0) {
-      list.push_back({{"volume", volume.name}, {"id", volume.id}, {"chunks", chunks}});
-      text += (text.empty() ? "volume " : "\nvolume ") + volume.name + ": " + std::to_string(chunks) +
-              " chunks moved to the SSD pool";
+    try {
+      const RoundResult round = VolumeUpkeep(*state).runRound(volume.id, dryRun);
+      if (round.promoted > 0) {
+        list.push_back({{"volume", volume.name}, {"id", volume.id}, {"chunks", round.promoted}});
+        text += (text.empty() ? "" : "\n") + sentenceOf(volume, round, dryRun);
+      }
+    } catch (const Refusal& refusal) {
+      if (refusal.status() != TVK_NO_SUCH_VOLUME && failure == nullptr) {  // else deleted meanwhile
+        failure = std::current_exception();
+      }
     }
   }
   if (text.empty()) {
@@ -75,7 +91,11 @@ void runPolicy(const Context& context) {
                ? "no chunk is hot enough to be moved"
                : "the policy engine is stopped, so nothing was moved; start it with `voltvkctl policy start`";
   }
-  context.output.write({{"policy", running ? "running" : "stopped"}, {"moved", list}}, text);
+  context.output.write(
+      {{"policy", running ? "running" : "stopped"}, {dryRun ? "planned" : "moved", list}}, text);
+  if (failure != nullptr) {
+    std::rethrow_exception(failure);
+  }
 }
 
 }  // namespace
@@ -104,7 +124,10 @@ void addPolicyCommands(CLI::App& app, Context& context) {
   policy->require_subcommand(1);
   policy->add_subcommand("start", "Start it")->callback([&context] { setPolicy(true, context); });
   policy->add_subcommand("stop", "Stop it")->callback([&context] { setPolicy(false, context); });
-  policy->add_subcommand("run", "Run one round")->callback([&context] { runPolicy(context); });
+  auto dryRun = std::make_shared<bool>(false);
+  CLI::App* round = policy->add_subcommand("run", "Run one round");
+  round->add_flag("--dry-run", *dryRun, "Only say what would be moved");
+  round->callback([dryRun, &context] { runPolicy(*dryRun, context); });
   policy->add_subcommand("status", "Print running or stopped")->callback([&context] {
     const char* shown = context.state()->snapshot()->configuration().policyRunning ? "running" : "stopped";
     context.output.write({{"policy", shown}}, shown);

@@ -77,8 +77,8 @@ Json listVolumes(State& state) {
 
 }  // namespace
 
-std::string devicePathOf(State& /*state*/, const VolumeRecord& /*volume*/) {
-  return "";  // volumes are book-keeping
+std::string devicePathOf(State& state, const VolumeRecord& volume) {
+  return state.backing()->devicePath(volume.id);
 }
 
 void addVolumeCommands(CLI::App& app, Context& context) {

@@ -2,7 +2,6 @@
 #include "voltvk/TvkAdapter.h"
 
 #include "voltvk/VirtualPool.h"
-#include "voltvk/engine/activity/VolumeActivity.h"
 #include "voltvk/engine/changes/PoolChanges.h"
 #include "voltvk/engine/changes/VolumeChanges.h"
 #include "voltvk/engine/contract/Faults.h"
@@ -10,11 +9,10 @@
 #include "voltvk/engine/contract/Operation.h"
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/contract/VolumeUpkeep.h"
 #include "voltvk/engine/rules/Limits.h"
-#include "voltvk/engine/rules/VolumeRules.h"
 #include "voltvk/engine/state/EventJournal.h"
 #include "voltvk/engine/state/Refusal.h"
-#include "voltvk/engine/state/SnapshotReader.h"
 
 #include <algorithm>
 #include <cstring>
@@ -27,6 +25,7 @@ using voltvk::Operation;
 using voltvk::PoolChanges;
 using voltvk::State;
 using voltvk::VolumeChanges;
+using voltvk::VolumeUpkeep;
 
 namespace {
 
@@ -160,15 +159,15 @@ Ret TvkAdapter::deleteVirtualVolume(std::uint32_t volumeId) {
 }
 
 Ret TvkAdapter::flushVirtualVolume(std::uint32_t volumeId) {
-  return change(*this, operations::flushVirtualVolume, [&](Connection& connection) {
-    VolumeChanges(connection).flush(volumeId);
-  });
+  return run(*this, {operations::flushVirtualVolume, true, [=](State& state) {
+                       VolumeUpkeep(state).flush(volumeId);
+                     }});
 }
 
 Ret TvkAdapter::resetVirtualVolumeStats(std::uint32_t volumeId) {
-  return change(*this, operations::resetVirtualVolumeStats, [&](Connection& connection) {
-    VolumeChanges(connection).resetStatistics(volumeId);
-  });
+  return run(*this, {operations::resetVirtualVolumeStats, true, [=](State& state) {
+                       VolumeUpkeep(state).resetStatistics(volumeId);
+                     }});
 }
 
 Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t volumeId) {
@@ -176,11 +175,7 @@ Ret TvkAdapter::getVirtualVolumeStats(d_ioctl_user_stat* stats, std::uint32_t vo
                        voltvk::require(
                            stats != nullptr, TVK_INVALID_ARGUMENT,
                            "the record that the statistics go to is missing: the pointer is null");
-                       state.read([=](Connection& connection) {
-                         const auto volumes = voltvk::SnapshotReader(connection).volumes();
-                         const auto& volume = voltvk::VolumeRules({}, volumes).volume(volumeId);
-                         voltvk::readStatistics(connection, volume, *stats);
-                       });
+                       *stats = VolumeUpkeep(state).statistics(volumeId);
                      }});
 }
 

@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "voltvk/engine/contract/VolumeUpkeep.h"
+
+#include "voltvk/engine/activity/KernelActivity.h"
+#include "voltvk/engine/activity/PolicyEngine.h"
+#include "voltvk/engine/activity/VolumeActivity.h"
+#include "voltvk/engine/changes/LayoutAdoption.h"
+#include "voltvk/engine/changes/VolumeChanges.h"
+#include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/rules/VolumeRules.h"
+#include "voltvk/engine/state/Intents.h"
+#include "voltvk/engine/state/SnapshotReader.h"
+
+namespace voltvk {
+
+namespace {
+
+bool spansBothPools(const VolumeRecord& volume) {
+  return volume.hddChunks > 0 && volume.ssdChunks > 0;
+}
+
+}  // namespace
+
+VolumeRecord VolumeUpkeep::find(std::uint32_t volumeId) {
+  VolumeRecord found;
+  m_state.read([&](Connection& connection) {
+    const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
+    found = VolumeRules({}, volumes).volume(volumeId);
+  });
+  return found;
+}
+
+void VolumeUpkeep::collect(Backing& backing, const VolumeRecord& volume) {
+  const KernelCounters counted = backing.takeCounters(volume);
+  m_state.change([&](Connection& connection) { KernelActivity(connection).collect(volume, counted); });
+}
+
+void VolumeUpkeep::flush(std::uint32_t volumeId, const FlushProgress& progress) {
+  if (!m_state.backing()->isReal()) {
+    m_state.change([&](Connection& connection) { VolumeChanges(connection).flush(volumeId); });
+    return;
+  }
+  withBacking(m_state, [&](Backing& backing) {
+    VolumeRecord volume;
+    m_state.change([&](Connection& connection) {
+      volume = VolumeChanges(connection).flushable(volumeId);
+      Intents(connection).record({{Step::Flush, volumeId, {}}});
+    });
+    std::uint64_t written = 0;
+    try {
+      written = backing.flush(volume, progress ? progress : [](std::uint64_t) { return true; });
+    } catch (...) {
+      settleIntents(m_state, backing);
+      throw;
+    }
+    m_state.change([&](Connection& connection) {
+      VolumeChanges(connection).reportFlushed(volumeId, written);
+      Intents(connection).clear();
+    });
+  });
+}
+
+void VolumeUpkeep::resetStatistics(std::uint32_t volumeId) {
+  const auto reset = [&] {
+    m_state.change([&](Connection& connection) { VolumeChanges(connection).resetStatistics(volumeId); });
+  };
+  if (!m_state.backing()->isReal()) {
+    reset();
+    return;
+  }
+  withBacking(m_state, [&](Backing& backing) {
+    collect(backing, find(volumeId));
+    reset();
+  });
+}
+
+d_ioctl_user_stat VolumeUpkeep::statistics(std::uint32_t volumeId) {
+  const std::shared_ptr<Backing> backing = m_state.backing();
+  d_ioctl_user_stat statistics{};
+  m_state.read([&](Connection& connection) {
+    const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
+    const VolumeRecord& volume = VolumeRules({}, volumes).volume(volumeId);
+    if (backing->isReal()) {
+      readStatistics(connection, volume, backing->counters(volume), statistics);
+    } else {
+      readStatistics(connection, volume, statistics);
+    }
+  });
+  return statistics;
+}
+
+RoundResult VolumeUpkeep::runRound(std::uint32_t volumeId, bool dryRun) {
+  const std::shared_ptr<Backing> backing = m_state.backing();
+  RoundResult result;
+  if (dryRun) {
+    m_state.read([&](Connection& connection) {
+      PolicyEngine engine(connection);
+      const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
+      const PolicyChoice choice = engine.isRunning()
+                                      ? engine.choose(VolumeRules({}, volumes).volume(volumeId))
+                                      : PolicyChoice();
+      result = {choice.promoted.size(), choice.demoted.size()};
+    });
+  } else if (backing->isReal()) {
+    withBacking(m_state, [&](Backing& real) { result = runRoundOnDrives(real, volumeId); });
+  } else {
+    m_state.change(
+        [&](Connection& connection) { result.promoted = PolicyEngine(connection).runRound(volumeId); });
+  }
+  return result;
+}
+
+RoundResult VolumeUpkeep::runRoundOnDrives(Backing& backing, std::uint32_t volumeId) {
+  const VolumeRecord volume = find(volumeId);
+  collect(backing, volume);
+  if (volume.isCached() || !spansBothPools(volume)) {
+    return {};  // the kernel itself decides what is in a cache
+  }
+  PolicyChoice choice;
+  Configuration configuration;
+  m_state.change([&](Connection& connection) {
+    PolicyEngine engine(connection);
+    configuration = SnapshotReader(connection).configuration();
+    if (engine.isRunning()) {
+      choice = engine.choose(volume);
+      engine.age(volume);
+    }
+    if (!choice.promoted.empty()) {
+      Intents(connection).record({{Step::MoveChunks, volumeId, {}}});
+    }
+  });
+  if (choice.promoted.empty()) {
+    return {};
+  }
+  try {
+    backing.exchange(volume, choice.demoted, choice.promoted, configuration);
+  } catch (...) {
+    settleIntents(m_state, backing);
+    throw;
+  }
+  const std::vector<VolumeExtentRecord> layout = backing.layout(volume, configuration);
+  m_state.change([&](Connection& connection) {
+    LayoutAdoption(connection).adopt(volume, layout);
+    PolicyEngine(connection).reportMoved(volume, choice.promoted.size());
+    Intents(connection).clear();
+  });
+  return {choice.promoted.size(), choice.demoted.size()};
+}
+
+}  // namespace voltvk
