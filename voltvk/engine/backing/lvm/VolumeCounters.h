@@ -53,7 +53,6 @@ private:
   using Clock = std::chrono::steady_clock;
   struct Reading {
     Clock::time_point time;
-    std::uint64_t region = 0;
     std::uint64_t timesTaken = 0;
     KernelCounters counters;
   };
