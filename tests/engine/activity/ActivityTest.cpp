@@ -161,7 +161,7 @@ TEST_F(ActivityTest, OnlyTheHottestChunksOfAHugeVolumeAreRemembered) {
     rows = connection.number("SELECT count(*) FROM chunk");
     hot = connection.number("SELECT count(*) FROM chunk WHERE number < 16 AND heat > 1000");
   });
-  EXPECT_EQ(static_cast<std::size_t>(rows), voltvk::IoReplay::REMEMBERED_CHUNKS);
+  EXPECT_EQ(static_cast<std::size_t>(rows), voltvk::TouchRecorder::REMEMBERED_CHUNKS);
   EXPECT_EQ(hot, 16);
 }
 

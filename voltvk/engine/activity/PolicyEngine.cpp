@@ -22,45 +22,60 @@ void PolicyEngine::setRunning(bool running) {
 std::uint64_t PolicyEngine::runRound(std::uint32_t volumeId) {
   const std::vector<VolumeRecord> volumes = SnapshotReader(m_connection).volumes();
   const auto volume = std::find_if(volumes.begin(), volumes.end(), [&](const VolumeRecord& candidate) {
-    return candidate.id == volumeId && candidate.hddChunks > 0 && candidate.ssdChunks > 0;
+    return candidate.id == volumeId;
   });
-  if (volume == volumes.end() || !isRunning()) {
+  if (volume == volumes.end()) {
     return 0;
   }
-  const std::uint64_t chunks = moveChunks(*volume);
-  age(*volume);
-  if (chunks > 0) {
-    EventJournal(m_connection)
-        .append(
-            TVK_EVENT_VOLUME_CHUNKS_MOVED, TVK_EVENT_INFORMATION,
-            "Volume {}: {} chunks moved to the SSD pool", {volume->name, std::to_string(chunks)}, volume->id);
-  }
-  return chunks;
+  const PolicyChoice choice = choose(*volume);
+  place(*volume, choice.demoted, false);
+  place(*volume, choice.promoted, true);
+  finishRound(*volume, choice.promoted.size());
+  return choice.promoted.size();
 }
 
-std::uint64_t PolicyEngine::moveChunks(const VolumeRecord& volume) {
+PolicyChoice PolicyEngine::choose(const VolumeRecord& volume) {
+  PolicyChoice choice;
+  if (!isWorkingOn(volume)) {
+    return choice;
+  }
   const std::vector<Candidate> hot = hottest(volume);
-  std::uint64_t room = volume.isCached() ? freeCacheChunks(volume) : 0;
+  std::uint64_t room = freeSsdChunks(volume);
   const std::size_t needed = hot.size() - std::min<std::uint64_t>(room, hot.size());
   std::vector<Candidate> cold = unusedOnSsd(volume, needed);
   for (const Candidate& candidate : coldestOnSsd(volume, needed - cold.size())) {
     cold.push_back(candidate);
   }
-  std::uint64_t moved = 0;
   auto victim = cold.begin();
   for (const Candidate& candidate : hot) {
     if (room > 0) {
       --room;
     } else if (victim != cold.end() && victim->heat < candidate.heat) {
-      place(volume, victim->number, false);
+      choice.demoted.push_back(victim->number);
       ++victim;
     } else {
       break;  // all that follows is colder still, and all that could be replaced is hotter
     }
-    place(volume, candidate.number, true);
-    ++moved;
+    choice.promoted.push_back(candidate.number);
   }
-  return moved;
+  return choice;
+}
+
+void PolicyEngine::finishRound(const VolumeRecord& volume, std::uint64_t moved) {
+  if (!isWorkingOn(volume)) {
+    return;
+  }
+  age(volume);
+  if (moved > 0) {
+    EventJournal(m_connection)
+        .append(
+            TVK_EVENT_VOLUME_CHUNKS_MOVED, TVK_EVENT_INFORMATION,
+            "Volume {}: {} chunks moved to the SSD pool", {volume.name, std::to_string(moved)}, volume.id);
+  }
+}
+
+bool PolicyEngine::isWorkingOn(const VolumeRecord& volume) {
+  return volume.hddChunks > 0 && volume.ssdChunks > 0 && isRunning();
 }
 
 void PolicyEngine::age(const VolumeRecord& volume) {
@@ -120,19 +135,25 @@ PolicyEngine::coldestOnSsd(const VolumeRecord& volume, std::size_t count) {
   return chunks;
 }
 
-std::uint64_t PolicyEngine::freeCacheChunks(const VolumeRecord& volume) {
-  Statement row(m_connection, "SELECT count(*) FROM chunk WHERE volume = ? AND ssd = 1", volume.id);
+std::uint64_t PolicyEngine::freeSsdChunks(const VolumeRecord& volume) {
+  // A tiered volume has free ones only after moves that were cut off between demoting and promoting.
+  Statement row(
+      m_connection,
+      "SELECT count(*) FILTER (WHERE ssd = 1 AND NOT laid), count(*) FILTER (WHERE ssd = 0 AND laid)"
+      " FROM (SELECT ssd, ?2 = 0 AND number >= ?3 AS laid FROM chunk WHERE volume = ?1)",
+      volume.id, volume.isCached(), volume.hddChunks);
   row.step();
-  return volume.ssdChunks - row.unsignedInteger(0);
+  const std::uint64_t left = row.unsignedInteger(1) + (volume.isCached() ? volume.ssdChunks : 0);
+  return left - std::min(left, row.unsignedInteger(0));
 }
 
-void PolicyEngine::place(const VolumeRecord& volume, std::uint64_t number, bool onSsd) {
-  Statement(
-      m_connection,
-      "INSERT INTO chunk(volume, number, heat, ssd, dirty) VALUES(?1, ?2, 0, ?3, 0)"
-      " ON CONFLICT DO UPDATE SET ssd = ?3, dirty = 0",
-      volume.id, number, onSsd)
-      .run();
+void PolicyEngine::place(const VolumeRecord& volume, const std::vector<std::uint64_t>& numbers, bool onSsd) {
+  Statement store(
+      m_connection, "INSERT INTO chunk(volume, number, heat, ssd, dirty) VALUES(?1, ?2, 0, ?3, 0)"
+                    " ON CONFLICT DO UPDATE SET ssd = ?3, dirty = 0");
+  for (const std::uint64_t number : numbers) {
+    store.runWith(volume.id, number, onSsd);
+  }
 }
 
 }  // namespace voltvk

@@ -3,12 +3,10 @@
 #define VOLTVK_ENGINE_ACTIVITY_VOLUMEACTIVITY_H
 
 #include "voltvk/UserStatistics.h"
+#include "voltvk/engine/activity/TouchRecorder.h"
 #include "voltvk/engine/state/Records.h"
 
-#include <cstddef>
 #include <cstdint>
-#include <utility>
-#include <vector>
 
 namespace voltvk {
 
@@ -38,10 +36,6 @@ public:
    * knob.
    */
   static constexpr std::uint64_t HOT_CHUNKS = 16;
-  /** Number of chunks per volume whose heat is recorded; the coldest beyond that are dropped. */
-  static constexpr std::size_t REMEMBERED_CHUNKS = 65536;
-  /** Maximum number of chunks that are recorded or dropped in one step. */
-  static constexpr std::size_t CHUNKS_PER_STEP = 4096;
 
   /**
    * Replays reads and writes, evenly mixed, in memory.
@@ -50,29 +44,10 @@ public:
   IoReplay(Connection& connection, const VolumeRecord& volume, const IoPattern& pattern);
 
   /** Records and counts the next part within the caller's transaction. @return whether there is more */
-  bool recordNext(Connection& connection);
+  bool recordNext(Connection& connection) { return m_recorder.recordNext(connection); }
 
 private:
-  struct Touches {
-    std::uint64_t reads = 0;
-    std::uint64_t writes = 0;
-
-    std::uint64_t sum() const { return reads + writes; }
-    Touches& operator+=(const Touches& other);
-  };
-  using ChunkTouches = std::pair<std::uint64_t, Touches>;  // by the number of the chunk
-
-  bool wasLaidOnSsd(std::uint64_t number) const;
-  void leaveOut(std::vector<ChunkTouches>& unknown);
-  void count(Connection& connection);
-  bool forgetColdest(Connection& connection) const;
-
-  const VolumeRecord m_volume;
-  const bool m_sequential;
-  std::vector<ChunkTouches> m_touched;  ///< those that get a row, or have one
-  std::size_t m_next = 0;
-  Touches m_uncounted;
-  Touches m_uncountedOnSsd;
+  TouchRecorder m_recorder;
 };
 
 /** Fills in the statistics of a volume. Throws DatabaseError. */

@@ -123,6 +123,7 @@ void VolumeChanges::modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec
 void VolumeChanges::remove(std::uint32_t volumeId) {
   const VolumeRecord volume = find(volumeId);
   Statement(m_connection, "DELETE FROM chunk WHERE volume = ?", volumeId).run();
+  Statement(m_connection, "DELETE FROM kernel_counter WHERE volume = ?", volumeId).run();
   Statement(m_connection, "DELETE FROM volume_extent WHERE volume = ?", volumeId).run();
   Statement(m_connection, "DELETE FROM volume WHERE id = ?", volumeId).run();
   EventJournal(m_connection)

@@ -73,6 +73,13 @@ constexpr Table TABLES[] = {
   volume INTEGER NOT NULL REFERENCES volume(id), number INTEGER NOT NULL CHECK(number BETWEEN 0 AND 4294967295),
   heat INTEGER NOT NULL CHECK(heat BETWEEN 0 AND 9223372036854775807), ssd INTEGER NOT NULL CHECK(ssd IN (0, 1)),
   dirty INTEGER NOT NULL CHECK(dirty IN (0, 1)), PRIMARY KEY(volume, number)) WITHOUT ROWID)sql"},
+    // What the kernel's counters of a volume's cache showed when they were last collected.
+    {"kernel_counter", R"sql((
+  volume INTEGER PRIMARY KEY REFERENCES volume(id),
+  read_hits INTEGER NOT NULL CHECK(read_hits BETWEEN 0 AND 9223372036854775807),
+  read_misses INTEGER NOT NULL CHECK(read_misses BETWEEN 0 AND 9223372036854775807),
+  write_hits INTEGER NOT NULL CHECK(write_hits BETWEEN 0 AND 9223372036854775807),
+  write_misses INTEGER NOT NULL CHECK(write_misses BETWEEN 0 AND 9223372036854775807)))sql"},
     {"event", R"sql((
   id INTEGER PRIMARY KEY AUTOINCREMENT, time INTEGER NOT NULL,
   code INTEGER NOT NULL CHECK(code BETWEEN 0 AND 4294967295), type INTEGER NOT NULL CHECK(type BETWEEN 0 AND 255),

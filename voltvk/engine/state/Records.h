@@ -84,6 +84,8 @@ struct VolumeRecord {
 
   bool isCached() const;
   std::uint64_t capacityChunks() const { return isCached() ? hddChunks : hddChunks + ssdChunks; }
+  /** Where a chunk is laid when the volume is made, and is as long as no row of the state says otherwise. */
+  bool wasLaidOnSsd(std::uint64_t chunk) const { return !isCached() && chunk >= hddChunks; }
   std::uint64_t capacitySectors() const { return capacityChunks() * chunkSectors; }
   /** A sum: 1 cache, 2 tier. */
   std::uint32_t features() const { return isCached() ? 1 : 2; }
