@@ -167,7 +167,7 @@ const BadState BAD_STATES[] = {
        runSql(path, "CREATE TABLE something(a); INSERT INTO something VALUES(1)");
      },
      "another program"},
-    {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=3"); },
+    {"Newer", [](auto&, auto& path) { runSql(path, "PRAGMA journal_mode=DELETE; PRAGMA user_version=4"); },
      "newer version"},
     {"SymbolicLink",
      [](auto& directory, auto& path) {

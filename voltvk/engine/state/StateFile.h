@@ -16,7 +16,7 @@ namespace voltvk {
 /** Marks a database as a state of this library ("TVK1"), in SQLite's application_id. */
 constexpr std::uint32_t STATE_APPLICATION_ID = 0x54564B31U;
 /** Layout of the tables, in SQLite's user_version. */
-constexpr std::uint32_t STATE_VERSION = 2;
+constexpr std::uint32_t STATE_VERSION = 3;
 
 /**
  * The file that holds the state, seen from the outside: where it is and whether it may be opened.
