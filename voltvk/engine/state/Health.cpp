@@ -45,7 +45,7 @@ Obstacle ineligible(const std::string& reason, const char* advice) {
   return {TVK_DEVICE_NOT_ELIGIBLE, reason + " and cannot join a pool", advice};
 }
 
-Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner) {
+Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner, bool realDrivesOnly) {
   if (owner != nullptr) {
     return {TVK_DEVICE_IN_USE, "belongs to " + nameOf(*owner), "choose a free drive"};
   }
