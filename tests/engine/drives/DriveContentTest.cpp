@@ -124,24 +124,19 @@ TEST(DriveContentTest, OnlyAnUntouchedDriveIsClaimed) {
   }
 }
 
-TEST(DriveContentTest, AContentKeepsADriveOutOfPoolsButNeverDegradesItsOwn) {
+TEST(DriveContentTest, TheMostImportantObstacleIsReported) {
   voltvk::DriveRecord drive;
-  drive.sectors = 4096;
-  drive.content = "is a physical volume of LVM";
-  EXPECT_EQ(voltvk::obstacleOf(drive, nullptr).reason, "is a physical volume of LVM and cannot join a pool");
-  drive.partitioned = true;
-  EXPECT_EQ(voltvk::obstacleOf(drive, nullptr).reason, "has partitions and cannot join a pool");
-  drive.partitioned = false;
-  voltvk::PoolRecord pool;
-  pool.chunkSectors = 2048;
-  pool.members = {{drive.number, 2}};
-  EXPECT_EQ(voltvk::Health({drive}, {pool}, {}).ofPool(pool.id), "");
-  drive.content.clear();
+  const auto reason = [&](bool realDrivesOnly) {
+    return voltvk::obstacleOf(drive, nullptr, realDrivesOnly).reason;
+  };
   drive.isVirtual = true;
-  EXPECT_EQ(voltvk::obstacleOf(drive, nullptr).reason, "");
-  EXPECT_EQ(
-      voltvk::obstacleOf(drive, nullptr, true).reason,
-      "is a virtual drive, on which nothing real can be stored, and cannot join a pool");
+  EXPECT_EQ(reason(false), "");
+  EXPECT_EQ(reason(true), "is a virtual drive, on which nothing real can be stored, and cannot join a pool");
+  EXPECT_TRUE(voltvk::isUnsuitable(drive, true) && !voltvk::isUnsuitable(drive));
+  drive.content = "holds swap space";
+  EXPECT_EQ(reason(false), "holds swap space and cannot join a pool");
+  drive.partitioned = true;
+  EXPECT_EQ(reason(false), "has partitions and cannot join a pool");
 }
 
 }  // namespace

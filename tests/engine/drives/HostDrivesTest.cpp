@@ -262,6 +262,28 @@ TEST_F(HostDrivesTest, TheOwnVolumeGroupIsNoUseOfItsDrivesAndOnlyDrivesThatSeemF
   EXPECT_EQ(m_machine.scan(scanner, "my-pools").at("/dev/sdf").content, "") << "nothing says that it changed";
   m_machine.write("sdf", {{"stat", "   9 0 72 1   1 0 8 1   0 1 2   0 0 0 0\n"}});
   EXPECT_EQ(m_machine.scan(scanner, "my-pools").at("/dev/sdf").content, "is encrypted (LUKS)");
+  const auto recorded = [&](const std::string& ownGroup) {
+    state()->change([&](voltvk::Connection& connection) {
+      voltvk::DriveRegistry(connection).reconcile(scanner.scan(ownGroup));
+    });
+    return Storage::rows("SELECT content FROM drive ORDER BY name DESC LIMIT 2");
+  };
+  EXPECT_EQ(recorded("my-pools"), "is encrypted (LUKS)|\nis encrypted (LUKS)|\n");
+  EXPECT_EQ(recorded(""), "|\n|\n");
+}
+
+TEST_F(HostDrivesTest, ADriveThatHoldsDataIsShownAsUnsuitable) {
+  addDrive(TVK_DEVICE_HDD, 2 * MIB);
+  execute("UPDATE drive SET content = 'holds swap space'");
+  EXPECT_EQ(drives()[0]->getDeviceProperty(), TVK_PROPERTY_VIRTUAL | TVK_PROPERTY_UNSUITABLE);
+  EXPECT_STREQ(drives()[0]->getObstacle(), "holds swap space and cannot join a pool");
+  auto spec = poolSpec("pool", {0}, MIB);
+  EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_DEVICE_NOT_ELIGIBLE);
+  execute("UPDATE drive SET content = ''");
+  createPool(spec);
+  execute("UPDATE drive SET content = 'is a physical volume of LVM'");
+  EXPECT_EQ(drives()[0]->getDeviceProperty(), TVK_PROPERTY_VIRTUAL);
+  EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_GOOD);
 }
 
 TEST_F(HostDrivesTest, DrivesKeepTheirNumbers) {

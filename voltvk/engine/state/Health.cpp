@@ -59,6 +59,10 @@ Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner, bool real
   return use.empty() ? obstacleOfContent(drive.content) : ineligible(use, "choose another drive");
 }
 
+bool isUnsuitable(const DriveRecord& drive, bool realDrivesOnly) {
+  return !drive.content.empty() || (drive.isVirtual && realDrivesOnly);
+}
+
 Obstacle obstacleOfContent(const std::string& content) {
   if (content.empty()) {
     return {};

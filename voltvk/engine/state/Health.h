@@ -24,6 +24,9 @@ struct Obstacle {
  */
 Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner, bool realDrivesOnly = false);
 
+/** Whether the drive keeps itself out of pools, however it is used. @param realDrivesOnly as above */
+bool isUnsuitable(const DriveRecord& drive, bool realDrivesOnly = false);
+
 /** @param reason what the drive is or does: "has partitions" @param advice what to do instead */
 Obstacle ineligible(const std::string& reason, const char* advice);
 
