@@ -9,6 +9,7 @@ namespace {
 /** What other use a drive has, as bits of its property "DeviceProperty". */
 constexpr std::uint64_t MOUNTED = 8;
 constexpr std::uint64_t READ_ONLY = 16;
+constexpr std::uint64_t UNSUITABLE = 32;
 constexpr std::uint64_t MISSING = 2;  ///< of "LD_Status"
 
 /** "yes", or why the drive cannot join a pool, in the order in which creating one would refuse it. */
@@ -21,6 +22,7 @@ std::string freedomOf(const Instance& drive) {
       {flagOf(drive, "HasPartition"), "has partitions"},
       {(property & MOUNTED) != 0, "is mounted, used for swap or held by another block device"},
       {(property & READ_ONLY) != 0, "is read-only"},
+      {(property & UNSUITABLE) != 0, "holds data or cannot store any"},
   };
   for (const auto& [applies, reason] : obstacles) {
     if (applies) {

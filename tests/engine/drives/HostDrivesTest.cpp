@@ -49,9 +49,16 @@ public:
     m_directory.write("host/proc/swaps", "Filename\t\t\tType\t\tSize\n" + table);
   }
 
-  std::map<std::string, voltvk::DriveRecord> scan() const {
+  /** What a drive stores, at an offset. */
+  void content(const std::string& name, std::size_t offset, const std::string& bytes) const {
+    m_directory.write("host/dev/" + name, std::string(offset, '\0') + bytes + std::string(1U << 20U, '\0'));
+  }
+
+  std::map<std::string, voltvk::DriveRecord> scan(
+      const voltvk::HostDriveScanner& scanner = voltvk::HostDriveScanner::ofThisMachine(),
+      const std::string& ownGroup = "") const {
     std::map<std::string, voltvk::DriveRecord> drives;
-    for (const voltvk::DriveRecord& drive : voltvk::HostDriveScanner::ofThisMachine().scan()) {
+    for (const voltvk::DriveRecord& drive : scanner.scan(ownGroup)) {
       drives[drive.name] = drive;
     }
     return drives;
@@ -204,6 +211,79 @@ TEST_F(HostDrivesTest, DrivesInUseCannotJoinAPool) {
     const std::uint32_t status = adapter().createVirtualPool(spec).getReturn();
     EXPECT_EQ(status, use.empty() ? TVK_OK : TVK_DEVICE_NOT_ELIGIBLE) << listed[i]->getDeviceName();
   }
+}
+
+TEST_F(HostDrivesTest, TheOwnVolumeGroupIsNoUseOfItsDrivesAndOnlyDrivesThatSeemFreeAreOpened) {
+  for (const char* name : {"sda", "sdb", "sdc", "sdd", "sde", "sdf"}) {
+    plainDrive(name, "", {{"dev", "8:" + std::to_string(16 * (name[2] - 'a')) + "\n"}});
+    m_machine.content(name, 0, "LUKS\xba\xbe\0\1");
+  }
+  m_machine.content("sdf", 0, "");
+  const auto mapped = [&](int number, const char* name, const char* uuid, const std::string& below) {
+    const std::string device = "dm-" + std::to_string(number);
+    m_machine.drive(
+        device, "virtual/" + device, "none",
+        {{"size", "100\n"},
+         {"dev", "253:" + std::to_string(number) + "\n"},
+         {"dm/name", name},
+         {"dm/uuid", uuid},
+         {"slaves/" + below + "/dev", "8:0\n"}});
+  };
+  mapped(0, "my--pools-vol1", "LVM-abc", "sda");
+  mapped(1, "my--pools-vol2", "CRYPT-abc", "sdb");   // of the same name, but no volume
+  mapped(2, "my--pools--2-vol1", "LVM-def", "sdc");  // of the group "my-pools-2"
+  mapped(3, "my--pools-vol3", "LVM-ghi", "sdd");     // sdd is also used by others
+  m_machine.drive("md0", "virtual/md0", "none", {{"size", "0\n"}, {"slaves/sdd/dev", "8:48\n"}});
+  m_machine.mounts("21 1 253:0 / / rw - ext4 /dev/mapper/my--pools-vol1 rw\n");
+  m_machine.swaps("/dev/dm-0 partition 100 0 -2\n");
+  const auto scanner = voltvk::HostDriveScanner::ofThisMachine();
+  const auto looks = [](const std::map<std::string, voltvk::DriveRecord>& drives) {
+    std::string text;
+    for (const auto& [name, drive] : drives) {
+      text +=
+          name.substr(5) + ": " + (drive.bootable ? "boots, " : "") + drive.use + " " + drive.content + "\n";
+    }
+    return text;
+  };
+  EXPECT_EQ(
+      looks(m_machine.scan(scanner, "my-pools")), "sda:  is a physical volume of LVM\n"
+                                                  "sdb: is held by dm-1 (my--pools-vol2) \n"
+                                                  "sdc: is held by dm-2 (my--pools--2-vol1) \n"
+                                                  "sdd: is held by md0 is a physical volume of LVM\n"
+                                                  "sde:  is encrypted (LUKS)\n"
+                                                  "sdf:  \n");
+  EXPECT_EQ(
+      looks(m_machine.scan(scanner)), "sda: boots, is held by dm-0 (my--pools-vol1) \n"
+                                      "sdb: is held by dm-1 (my--pools-vol2) \n"
+                                      "sdc: is held by dm-2 (my--pools--2-vol1) \n"
+                                      "sdd: is held by dm-3 (my--pools-vol3) \n"
+                                      "sde:  \nsdf:  \n");
+  m_machine.content("sdf", 0, "LUKS\xba\xbe\0\1");
+  EXPECT_EQ(m_machine.scan(scanner, "my-pools").at("/dev/sdf").content, "") << "nothing says that it changed";
+  m_machine.write("sdf", {{"stat", "   9 0 72 1   1 0 8 1   0 1 2   0 0 0 0\n"}});
+  EXPECT_EQ(m_machine.scan(scanner, "my-pools").at("/dev/sdf").content, "is encrypted (LUKS)");
+  const auto recorded = [&](const std::string& ownGroup) {
+    state()->change([&](voltvk::Connection& connection) {
+      voltvk::DriveRegistry(connection).reconcile(scanner.scan(ownGroup));
+    });
+    return Storage::rows("SELECT content FROM drive ORDER BY name DESC LIMIT 2");
+  };
+  EXPECT_EQ(recorded("my-pools"), "is encrypted (LUKS)|\nis encrypted (LUKS)|\n");
+  EXPECT_EQ(recorded(""), "|\n|\n");
+}
+
+TEST_F(HostDrivesTest, ADriveThatHoldsDataIsShownAsUnsuitable) {
+  addDrive(TVK_DEVICE_HDD, 2 * MIB);
+  execute("UPDATE drive SET content = 'holds swap space'");
+  EXPECT_EQ(drives()[0]->getDeviceProperty(), TVK_PROPERTY_VIRTUAL | TVK_PROPERTY_UNSUITABLE);
+  EXPECT_STREQ(drives()[0]->getObstacle(), "holds swap space and cannot join a pool");
+  auto spec = poolSpec("pool", {0}, MIB);
+  EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_DEVICE_NOT_ELIGIBLE);
+  execute("UPDATE drive SET content = ''");
+  createPool(spec);
+  execute("UPDATE drive SET content = 'is a physical volume of LVM'");
+  EXPECT_EQ(drives()[0]->getDeviceProperty(), TVK_PROPERTY_VIRTUAL);
+  EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_GOOD);
 }
 
 TEST_F(HostDrivesTest, DrivesKeepTheirNumbers) {

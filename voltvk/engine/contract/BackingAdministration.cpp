@@ -86,7 +86,7 @@ void BackingAdministration::repair(Backing& backing, BackingReport& report) {
     backing.describeVolume(volume);
     const std::vector<VolumeExtentRecord> layout = backing.layout(volume, configuration);
     m_state.change([&](Connection& connection) {
-      if (LayoutAdoption(connection).adopt(volume, layout)) {
+      if (adoptLayout(connection, volume, layout)) {
         report.repairs.push_back("recorded where the chunks of " + nameOf(volume) + " are");
       }
     });
@@ -112,7 +112,7 @@ RecoveredState BackingAdministration::recover() {
       }
       for (const VolumeRecord& volume : found.volumes) {
         writer.insert(volume);
-        LayoutAdoption(connection).adopt(volume, volume.extents);
+        adoptLayout(connection, volume, volume.extents);
       }
       SnapshotReader(connection).configuration();  // refuses what does not fit together
     });

@@ -13,14 +13,6 @@
 
 namespace voltvk {
 
-namespace {
-
-bool spansBothPools(const VolumeRecord& volume) {
-  return volume.hddChunks > 0 && volume.ssdChunks > 0;
-}
-
-}  // namespace
-
 VolumeRecord VolumeUpkeep::find(std::uint32_t volumeId) {
   VolumeRecord found;
   m_state.read([&](Connection& connection) {
@@ -32,7 +24,8 @@ VolumeRecord VolumeUpkeep::find(std::uint32_t volumeId) {
 
 void VolumeUpkeep::collect(Backing& backing, const VolumeRecord& volume) {
   const KernelCounters counted = backing.takeCounters(volume);
-  m_state.change([&](Connection& connection) { KernelActivity(connection).collect(volume, counted); });
+  m_state.change(
+      [&](Connection& connection) { KernelActivity(connection, volume, counted).collect(connection); });
 }
 
 void VolumeUpkeep::flush(std::uint32_t volumeId, const FlushProgress& progress) {
@@ -96,9 +89,7 @@ RoundResult VolumeUpkeep::runRound(std::uint32_t volumeId, bool dryRun) {
     m_state.read([&](Connection& connection) {
       PolicyEngine engine(connection);
       const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
-      const PolicyChoice choice = engine.isRunning()
-                                      ? engine.choose(VolumeRules({}, volumes).volume(volumeId))
-                                      : PolicyChoice();
+      const PolicyChoice choice = engine.choose(VolumeRules({}, volumes).volume(volumeId));
       result = {choice.promoted.size(), choice.demoted.size()};
     });
   } else if (backing->isReal()) {
@@ -113,7 +104,7 @@ RoundResult VolumeUpkeep::runRound(std::uint32_t volumeId, bool dryRun) {
 RoundResult VolumeUpkeep::runRoundOnDrives(Backing& backing, std::uint32_t volumeId) {
   const VolumeRecord volume = find(volumeId);
   collect(backing, volume);
-  if (volume.isCached() || !spansBothPools(volume)) {
+  if (volume.isCached()) {
     return {};  // the kernel itself decides what is in a cache
   }
   PolicyChoice choice;
@@ -121,11 +112,10 @@ RoundResult VolumeUpkeep::runRoundOnDrives(Backing& backing, std::uint32_t volum
   m_state.change([&](Connection& connection) {
     PolicyEngine engine(connection);
     configuration = SnapshotReader(connection).configuration();
-    if (engine.isRunning()) {
-      choice = engine.choose(volume);
-      engine.age(volume);
-    }
-    if (!choice.promoted.empty()) {
+    choice = engine.choose(volume);
+    if (choice.promoted.empty()) {
+      engine.finishRound(volume, 0);
+    } else {
       Intents(connection).record({{Step::MoveChunks, volumeId, {}}});
     }
   });
@@ -140,8 +130,8 @@ RoundResult VolumeUpkeep::runRoundOnDrives(Backing& backing, std::uint32_t volum
   }
   const std::vector<VolumeExtentRecord> layout = backing.layout(volume, configuration);
   m_state.change([&](Connection& connection) {
-    LayoutAdoption(connection).adopt(volume, layout);
-    PolicyEngine(connection).reportMoved(volume, choice.promoted.size());
+    adoptLayout(connection, volume, layout);
+    PolicyEngine(connection).finishRound(volume, choice.promoted.size());
     Intents(connection).clear();
   });
   return {choice.promoted.size(), choice.demoted.size()};

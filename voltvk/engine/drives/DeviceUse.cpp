@@ -4,7 +4,6 @@
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/state/PlainText.h"
 
-#include <algorithm>
 #include <sstream>
 
 namespace voltvk {
@@ -28,11 +27,26 @@ std::string unescaped(const std::string& field) {
   return text;
 }
 
+/** How the device mapper's names of a volume group's devices begin: hyphens in the group's name are doubled.
+ */
+std::string mapperPrefix(const std::string& group) {
+  std::string prefix;
+  for (const char character : group) {
+    prefix.append(character == '-' ? 2 : 1, character);
+  }
+  return prefix + '-';
+}
+
 }  // namespace
 
-DeviceUse::DeviceUse(const std::string& sysfs, const std::string& mountInfo, const std::string& swaps)
+DeviceUse::DeviceUse(
+    const std::string& sysfs, const std::string& mountInfo, const std::string& swaps,
+    const std::string& ownGroup)
     : m_blockDirectory(sysfs + "/block") {
   readDevices();
+  if (!ownGroup.empty()) {
+    setGroupApart(ownGroup);
+  }
   readFileSystems(sysfs + "/fs/btrfs");
   readMounts(mountInfo);
   readSwaps(swaps);
@@ -93,6 +107,22 @@ void DeviceUse::readDevices() {
   m_nameOfNumber.erase("");  // a device that vanished meanwhile
 }
 
+void DeviceUse::setGroupApart(const std::string& group) {
+  const std::string prefix = mapperPrefix(group);
+  for (const auto& [name, device] : m_mapperNames) {
+    const std::string uuid = readSystemText(m_blockDirectory + "/" + device + "/dm/uuid");
+    // A second hyphen would belong to a longer name of another group.
+    if (uuid.rfind("LVM-", 0) != 0 || name.rfind(prefix, 0) != 0 || name[prefix.size()] == '-') {
+      continue;
+    }
+    const auto lowers = m_stackedUpon.find(device);
+    if (lowers != m_stackedUpon.end()) {
+      m_belowOwnGroup.insert(lowers->second.begin(), lowers->second.end());
+      m_stackedUpon.erase(lowers);
+    }
+  }
+}
+
 void DeviceUse::readFileSystems(const std::string& btrfs) {
   for (const std::string& fileSystem : listDirectory(btrfs)) {
     const std::vector<std::string> devices = listDirectory(pathOf(btrfs, fileSystem) + "/devices");
@@ -126,12 +156,7 @@ void DeviceUse::addWithBases(const std::string& device, std::set<std::string>& o
 
 std::string DeviceUse::kernelName(const std::string& node) const {
   const auto mapped = m_mapperNames.find(baseName(node));
-  if (mapped != m_mapperNames.end()) {
-    return mapped->second;
-  }
-  std::string name = node.substr(NODES.size());
-  std::replace(name.begin(), name.end(), '/', '!');  // as sysfs writes a slash
-  return name;
+  return mapped != m_mapperNames.end() ? mapped->second : kernelNameOf(node);
 }
 
 std::vector<std::string>

@@ -15,15 +15,24 @@ namespace voltvk {
  */
 class DeviceUse {
 public:
-  /** Parameters as for HostDriveScanner. Tables that cannot be read count as empty. */
-  DeviceUse(const std::string& sysfs, const std::string& mountInfo, const std::string& swaps);
+  /**
+   * Parameters as for HostDriveScanner. Tables that cannot be read count as empty.
+   * @param ownGroup the volume group whose devices are no use of what is below them; empty for none
+   */
+  DeviceUse(
+      const std::string& sysfs, const std::string& mountInfo, const std::string& swaps,
+      const std::string& ownGroup);
 
   bool isBootable(const std::string& drive) const { return m_bootable.count(drive) != 0; }
   /** The end of a sentence about the drive: "is mounted at /data"; empty if it is not used. */
   std::string useOf(const std::string& drive) const;
+  /** True if devices of the own group are on the drive. */
+  bool isBelowOwnGroup(const std::string& drive) const { return m_belowOwnGroup.count(drive) != 0; }
 
 private:
   void readDevices();
+  /** Forgets what the group's devices are stacked upon, so that their use ends with them. */
+  void setGroupApart(const std::string& group);
   void readFileSystems(const std::string& btrfs);
   void readMounts(const std::string& mountInfo);
   /** @param number "8:1" @param sources the device nodes of a mount, separated by colons */
@@ -40,8 +49,9 @@ private:
   std::map<std::string, std::string> m_nameOfNumber;           // "8:1" -> "sda1"
   std::map<std::string, std::string> m_parent;                 // "sda1" -> "sda"
   std::map<std::string, std::set<std::string>> m_stackedUpon;  // "dm-0" -> "sda2", ...
-  std::map<std::string, std::string> m_mapperNames;            // "data" -> "dm-0"
-  std::vector<std::set<std::string>> m_fileSystems;            // those that span devices
+  std::set<std::string> m_belowOwnGroup;
+  std::map<std::string, std::string> m_mapperNames;  // "data" -> "dm-0"
+  std::vector<std::set<std::string>> m_fileSystems;  // those that span devices
   std::set<std::string> m_bootable;
   std::map<std::string, std::string> m_uses;
 };

@@ -27,7 +27,7 @@ auto looks(const DriveRecord& drive) {
   return std::tie(
       drive.identity, drive.name, drive.serial, drive.wwid, drive.vendor, drive.model, drive.sectors,
       drive.type, drive.interfaceType, drive.removable, drive.bootable, drive.partitioned, drive.mounted,
-      drive.readOnly, drive.use);
+      drive.readOnly, drive.use, drive.content);
 }
 
 std::string padded(std::int64_t number) {
@@ -114,10 +114,10 @@ void DriveRegistry::update(const DriveRecord& known, const DriveRecord& found) {
       m_connection,
       "UPDATE drive SET present = 1, identity = ?, name = ?, serial = ?, wwid = ?, vendor = ?, model = ?,"
       " sectors = ?, type = ?, interface = ?, removable = ?, bootable = ?, partitioned = ?, mounted = ?,"
-      " read_only = ?, use = ? WHERE number = ?",
+      " read_only = ?, use = ?, content = ? WHERE number = ?",
       found.identity, found.name, found.serial, found.wwid, found.vendor, found.model, found.sectors,
       found.type, found.interfaceType, found.removable, found.bootable, found.partitioned, found.mounted,
-      found.readOnly, found.use, known.number)
+      found.readOnly, found.use, found.content, known.number)
       .run();
   if (!known.present) {
     reportChange(found, true);
@@ -159,11 +159,11 @@ bool DriveRegistry::insert(DriveRecord& drive) {
   Statement(
       m_connection,
       "INSERT INTO drive(number, identity, virtual, present, name, serial, wwid, vendor, model, sectors,"
-      " type, interface, removable, bootable, partitioned, mounted, read_only, use)"
-      " VALUES(?, ?, ?, 1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
+      " type, interface, removable, bootable, partitioned, mounted, read_only, use, content)"
+      " VALUES(?, ?, ?, 1, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)",
       drive.number, drive.identity, drive.isVirtual, drive.name, drive.serial, drive.wwid, drive.vendor,
       drive.model, drive.sectors, drive.type, drive.interfaceType, drive.removable, drive.bootable,
-      drive.partitioned, drive.mounted, drive.readOnly, drive.use)
+      drive.partitioned, drive.mounted, drive.readOnly, drive.use, drive.content)
       .run();
   return true;
 }

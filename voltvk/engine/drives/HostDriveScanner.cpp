@@ -2,7 +2,9 @@
 #include "voltvk/engine/drives/HostDriveScanner.h"
 
 #include "voltvk/LogicalDevice.h"
+#include "voltvk/engine/drives/ContentProbe.h"
 #include "voltvk/engine/drives/DeviceUse.h"
+#include "voltvk/engine/drives/DriveContents.h"
 #include "voltvk/engine/drives/DriveIdentity.h"
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/state/PlainText.h"
@@ -131,16 +133,17 @@ DriveRecord describe(const std::string& directory, const std::string& kernelName
 }  // namespace
 
 HostDriveScanner HostDriveScanner::ofThisMachine() {
-  const char* root = secure_getenv("VOLTVK_HOST_ROOT");
-  const std::string prefix = root == nullptr ? "" : root;
-  return {prefix + "/sys", prefix + "/proc/self/mountinfo", prefix + "/proc/swaps"};
+  const std::string root = hostRoot();
+  return {root + "/sys", root + "/proc/self/mountinfo", root + "/proc/swaps", root};
 }
 
-HostDriveScanner::HostDriveScanner(std::string sysfs, std::string mountInfo, std::string swaps)
-    : m_sysfs(std::move(sysfs)), m_mountInfo(std::move(mountInfo)), m_swaps(std::move(swaps)) {}
+HostDriveScanner::HostDriveScanner(
+    std::string sysfs, std::string mountInfo, std::string swaps, const std::string& root)
+    : m_sysfs(std::move(sysfs)), m_mountInfo(std::move(mountInfo)), m_swaps(std::move(swaps)),
+      m_contents(std::make_shared<DriveContents>(root)) {}
 
-std::vector<DriveRecord> HostDriveScanner::scan() const {
-  const DeviceUse use(m_sysfs, m_mountInfo, m_swaps);
+std::vector<DriveRecord> HostDriveScanner::scan(const std::string& ownGroup) const {
+  const DeviceUse use(m_sysfs, m_mountInfo, m_swaps, ownGroup);
   std::vector<DriveRecord> drives;
   std::set<std::string> places;
   for (const std::string& name : listDirectory(m_sysfs + "/block")) {
@@ -163,7 +166,21 @@ std::vector<DriveRecord> HostDriveScanner::scan() const {
       drives.push_back(std::move(drive));
     }
   }
+  if (!ownGroup.empty()) {
+    readContents(drives, use);
+  }
   return drives;
+}
+
+void HostDriveScanner::readContents(std::vector<DriveRecord>& drives, const DeviceUse& use) const {
+  for (DriveRecord& drive : drives) {
+    const std::string name = kernelNameOf(drive.name);
+    if (use.isBelowOwnGroup(name)) {
+      drive.content = PHYSICAL_VOLUME;  // it is busy with the group's volumes, and there is nothing to learn
+    } else if (!drive.mounted && !drive.partitioned) {
+      drive.content = m_contents->of(drive, m_sysfs + "/block/" + name);
+    }
+  }
 }
 
 }  // namespace voltvk

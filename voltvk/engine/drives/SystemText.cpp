@@ -16,6 +16,11 @@
 
 namespace voltvk {
 
+std::string hostRoot() {
+  const char* root = secure_getenv("VOLTVK_HOST_ROOT");
+  return root == nullptr ? "" : root;
+}
+
 std::string readSystemFile(const std::string& path) {
   FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   std::string content;
@@ -68,6 +73,12 @@ std::string realPath(const std::string& path) {
 
 std::string baseName(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
+}
+
+std::string kernelNameOf(const std::string& node) {
+  std::string name = node.substr(std::string_view("/dev/").size());
+  std::replace(name.begin(), name.end(), '/', '!');  // as sysfs writes a slash
+  return name;
 }
 
 }  // namespace voltvk

@@ -7,6 +7,9 @@
 
 namespace voltvk {
 
+/** What the paths of the machine begin with: $VOLTVK_HOST_ROOT, or nothing for the running machine. */
+std::string hostRoot();
+
 /** A small system file, usually of one line, cleaned by cleanText; empty if it cannot be read. */
 std::string readSystemText(const std::string& path);
 
@@ -24,6 +27,9 @@ std::string realPath(const std::string& path);
 
 /** The last part of a path. */
 std::string baseName(const std::string& path);
+
+/** The name in sysfs of a device node below "/dev": "cciss!c0d0" for "/dev/cciss/c0d0". */
+std::string kernelNameOf(const std::string& node);
 
 }  // namespace voltvk
 

@@ -53,7 +53,7 @@ void check(const DriveRecord& drive) {
       "has " + counted(drive.sectors, "sector"));
   require(drive.type == 1 || drive.type == 2, drive, "is of the unknown type " + std::to_string(drive.type));
   for (const std::string* text :
-       {&drive.name, &drive.serial, &drive.wwid, &drive.vendor, &drive.model, &drive.use}) {
+       {&drive.name, &drive.serial, &drive.wwid, &drive.vendor, &drive.model, &drive.use, &drive.content}) {
     require(isPlainText(*text, LONGEST_DRIVE_TEXT), drive, "has a text that is not valid");
   }
 }

@@ -41,17 +41,36 @@ void append(std::string& text, const std::string& sentence) {
 
 }  // namespace
 
-Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner) {
+Obstacle ineligible(const std::string& reason, const char* advice) {
+  return {TVK_DEVICE_NOT_ELIGIBLE, reason + " and cannot join a pool", advice};
+}
+
+Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner, bool realDrivesOnly) {
   if (owner != nullptr) {
     return {TVK_DEVICE_IN_USE, "belongs to " + nameOf(*owner), "choose a free drive"};
   }
   if (!drive.present) {
     return {TVK_NO_SUCH_DEVICE, "is unplugged", "plug it in, or choose another drive"};
   }
+  if (drive.isVirtual && realDrivesOnly) {
+    return ineligible("is a virtual drive, on which nothing real can be stored,", "choose another drive");
+  }
   const std::string use = foreignUse(drive);
-  return use.empty()
-             ? Obstacle()
-             : Obstacle{TVK_DEVICE_NOT_ELIGIBLE, use + " and cannot join a pool", "choose another drive"};
+  return use.empty() ? obstacleOfContent(drive.content) : ineligible(use, "choose another drive");
+}
+
+bool isUnsuitable(const DriveRecord& drive, bool realDrivesOnly) {
+  return !drive.content.empty() || (drive.isVirtual && realDrivesOnly);
+}
+
+Obstacle obstacleOfContent(const std::string& content) {
+  if (content.empty()) {
+    return {};
+  }
+  return ineligible(
+      content, isUnreadable(content)
+                   ? "check the drive, or choose another"
+                   : "choose another drive, or erase it with wipefs if its data is not needed");
 }
 
 Health::Health(

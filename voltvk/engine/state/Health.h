@@ -18,13 +18,26 @@ struct Obstacle {
   const char* advice = "";  ///< what to do instead
 };
 
-/** @param owner the pool that the drive belongs to, or null */
-Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner);
+/**
+ * @param owner the pool that the drive belongs to, or null
+ * @param realDrivesOnly whether pools have to store something on their drives
+ */
+Obstacle obstacleOf(const DriveRecord& drive, const PoolRecord* owner, bool realDrivesOnly = false);
+
+/** Whether the drive keeps itself out of pools, however it is used. @param realDrivesOnly as above */
+bool isUnsuitable(const DriveRecord& drive, bool realDrivesOnly = false);
+
+/** @param reason what the drive is or does: "has partitions" @param advice what to do instead */
+Obstacle ineligible(const std::string& reason, const char* advice);
+
+/** @param content what is stored on a drive of no pool, or why that is unknown; empty if nothing is */
+Obstacle obstacleOfContent(const std::string& content);
 
 /**
  * What is wrong with drives, pools and volumes; nothing else decides it. A drive of a pool is in trouble
  * while it is missing, too small for what the pool keeps on it, or used by something else; its pools and
- * their volumes are then degraded. Never changes, so any number of threads may use it.
+ * their volumes are then degraded. What is stored on it is the pool's own business. Never changes, so any
+ * number of threads may use it.
  */
 class Health {
 public:

@@ -35,7 +35,8 @@ constexpr Table TABLES[] = {
   type INTEGER NOT NULL CHECK(type IN (1, 2)), interface INTEGER NOT NULL CHECK(interface BETWEEN 0 AND 255),
   removable INTEGER NOT NULL CHECK(removable IN (0, 1)), bootable INTEGER NOT NULL CHECK(bootable IN (0, 1)),
   partitioned INTEGER NOT NULL CHECK(partitioned IN (0, 1)), mounted INTEGER NOT NULL CHECK(mounted IN (0, 1)),
-  read_only INTEGER NOT NULL DEFAULT 0 CHECK(read_only IN (0, 1)), use TEXT NOT NULL DEFAULT ''))sql"},
+  read_only INTEGER NOT NULL DEFAULT 0 CHECK(read_only IN (0, 1)), use TEXT NOT NULL DEFAULT '',
+  content TEXT NOT NULL DEFAULT ''))sql"},
     {"pool", R"sql((
   id INTEGER PRIMARY KEY AUTOINCREMENT CHECK(id BETWEEN 1 AND 4294967295),
   name TEXT NOT NULL UNIQUE CHECK(length(name) > 0), description TEXT NOT NULL,

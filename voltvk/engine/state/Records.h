@@ -30,8 +30,9 @@ struct DriveRecord {
   bool partitioned = false;
   bool mounted = false;  ///< mounted, used for swap, or held by another block device
   bool readOnly = false;
-  std::string use;    ///< how it is mounted, held ...: "is mounted at /data"; may be unknown
-  std::string place;  ///< where a scan found it; not recorded
+  std::string use;      ///< how it is mounted, held ...: "is mounted at /data"; may be unknown
+  std::string content;  ///< what is stored on it: "holds swap space"; empty if nothing is, or nobody looked
+  std::string place;    ///< where a scan found it; not recorded
 };
 
 /** A drive of a pool and how many of the pool's chunks are on it, from the first place for chunks on. */

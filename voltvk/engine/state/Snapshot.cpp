@@ -41,8 +41,8 @@ class Snapshot::Drive final : public LogicalDevice {
 public:
   /** @param owner the pool that it belongs to, or null */
   Drive(const DriveRecord& record, const PoolRecord* owner, const Health& health)
-      : m_record(record), m_used(owner != nullptr), m_obstacle(obstacleOf(record, owner).reason),
-        m_trouble(health.ofDrive(record.number)) {}
+      : m_record(record), m_used(owner != nullptr), m_unsuitable(!m_used && isUnsuitable(record)),
+        m_obstacle(obstacleOf(record, owner).reason), m_trouble(health.ofDrive(record.number)) {}
 
   const char* getTypeName() const override { return "LogicalDevice"; }
   const char* getDeviceName() const override { return m_record.name.c_str(); }
@@ -64,6 +64,9 @@ public:
     if (m_record.readOnly) {
       bits |= TVK_PROPERTY_READ_ONLY;
     }
+    if (m_unsuitable) {
+      bits |= TVK_PROPERTY_UNSUITABLE;
+    }
     return static_cast<std::uint8_t>(bits);
   }
   bool isBootable() const override { return m_record.bootable; }
@@ -79,6 +82,7 @@ public:
 private:
   const DriveRecord& m_record;
   bool m_used;
+  bool m_unsuitable;
   std::string m_obstacle;
   const std::string& m_trouble;
 };

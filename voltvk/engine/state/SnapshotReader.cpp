@@ -63,8 +63,8 @@ std::vector<DriveRecord> SnapshotReader::drives() {
   std::vector<DriveRecord> drives;
   Statement rows(
       m_connection, "SELECT number, identity, virtual, present, name, serial, wwid, vendor, model,"
-                    " sectors, type, interface, removable, bootable, partitioned, mounted, read_only, use"
-                    " FROM drive ORDER BY number");
+                    " sectors, type, interface, removable, bootable, partitioned, mounted, read_only, use,"
+                    " content FROM drive ORDER BY number");
   while (rows.step()) {
     DriveRecord drive;
     drive.number = rows.as<std::uint16_t>(0);
@@ -85,6 +85,7 @@ std::vector<DriveRecord> SnapshotReader::drives() {
     drive.mounted = rows.integer(15) != 0;
     drive.readOnly = rows.integer(16) != 0;
     drive.use = rows.text(17);
+    drive.content = rows.text(18);
     drives.push_back(std::move(drive));
   }
   return drives;

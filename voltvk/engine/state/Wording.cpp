@@ -6,9 +6,13 @@
 #include "voltvk/Specs.h"
 #include "voltvk/VirtualPool.h"
 
+#include <system_error>
+
 namespace voltvk {
 
 namespace {
+
+const std::string UNREADABLE = "cannot be read (";
 
 std::string named(const char* noun, std::uint32_t number, const std::string& name) {
   return std::string(noun) + " " + std::to_string(number) + " (" + name + ")";
@@ -39,6 +43,14 @@ std::string enumerated(const std::vector<std::string>& texts) {
     whole += texts[i];
   }
   return whole;
+}
+
+std::string unreadable(int error) {
+  return UNREADABLE + std::generic_category().message(error) + ")";
+}
+
+bool isUnreadable(const std::string& content) {
+  return content.rfind(UNREADABLE, 0) == 0;
 }
 
 std::string nameOf(const DriveRecord& drive) {

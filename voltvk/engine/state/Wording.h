@@ -35,6 +35,10 @@ std::string nameOf(const PoolRecord& pool);
 /** "volume 1 (data)". */
 std::string nameOf(const VolumeRecord& volume);
 
+/** The content of a drive that cannot be read: "cannot be read (Permission denied)". @param error an errno */
+std::string unreadable(int error);
+bool isUnreadable(const std::string& content);
+
 /** "an SSD" or "a hard disk". */
 std::string kindOf(const DriveRecord& drive);
 /** "1 (hard disks)", "3 (SSDs)", or only the number for a level that does not exist. */

@@ -15,7 +15,8 @@ enum TvkDeviceProperty : std::uint8_t {
   TVK_PROPERTY_VIRTUAL = 2,  ///< created with `voltvkctl drive add`
   TVK_PROPERTY_REMOVABLE = 4,
   TVK_PROPERTY_MOUNTED = 8,  ///< mounted, used for swap, or held by another block device
-  TVK_PROPERTY_READ_ONLY = 16
+  TVK_PROPERTY_READ_ONLY = 16,
+  TVK_PROPERTY_UNSUITABLE = 32  ///< holds something that is not a pool's, or cannot store what a pool would
 };
 
 /** How a drive is attached. */
