@@ -3,6 +3,7 @@
 
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/activity/PolicyEngine.h"
+#include "voltvk/engine/changes/RecordWriter.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
@@ -63,16 +64,6 @@ std::vector<VolumeExtentRecord> merged(const std::vector<VolumeExtentRecord>& la
 
 bool isSame(const VolumeExtentRecord& a, const VolumeExtentRecord& b) {
   return a.pool == b.pool && a.extent.first == b.extent.first && a.extent.chunks == b.extent.chunks;
-}
-
-void writeExtents(
-    Connection& connection, const VolumeRecord& volume, const std::vector<VolumeExtentRecord>& parts) {
-  Statement(connection, "DELETE FROM volume_extent WHERE volume = ?", volume.id).run();
-  Statement store(connection, "INSERT INTO volume_extent VALUES(?, ?, ?, ?, ?)");
-  std::uint32_t position = 0;
-  for (const VolumeExtentRecord& part : parts) {
-    store.runWith(volume.id, position++, part.pool, part.extent.first, part.extent.chunks);
-  }
 }
 
 /** Chunks of a tiered volume that are not where they were laid, in ascending order. */
@@ -145,7 +136,9 @@ bool adoptLayout(
   const bool isMoved =
       !std::equal(parts.begin(), parts.end(), volume.extents.begin(), volume.extents.end(), isSame);
   if (isMoved) {
-    writeExtents(connection, volume, parts);
+    VolumeRecord moved = volume;
+    moved.extents = parts;
+    RecordWriter(connection).writeExtents(moved);
   }
   const bool isReplaced = !volume.isCached() && placeChunks(connection, volume, parts, pools);
   return isMoved || isReplaced;

@@ -13,6 +13,15 @@
 
 namespace voltvk {
 
+namespace {
+
+/** The volume group whose devices are no foreign use of drives; empty if there is none. */
+std::string ownGroup(const BackingChoice& backing) {
+  return backing.isReal() ? backing.group : "";
+}
+
+}  // namespace
+
 std::shared_ptr<State> State::forProcess() {
   struct Registry {
     std::mutex mutex;
@@ -127,7 +136,7 @@ void State::openForChanges() {
 }
 
 void State::recordDrivesAtOpening() {
-  const std::vector<DriveRecord> found = m_scanner.scan();
+  const std::vector<DriveRecord> found = m_scanner.scan(ownGroup(m_snapshot->configuration().backing));
   if (!DriveRegistry(*m_writer).differs(found)) {
     return;
   }
@@ -312,7 +321,9 @@ void State::scanDrivesWhenDue() {
 }
 
 std::vector<DriveRecord> State::scanDrives() {
-  std::vector<DriveRecord> found = m_scanner.scan();
+  BackingChoice backing;
+  read([&](Connection& connection) { backing = SnapshotReader(connection).backing(); });
+  std::vector<DriveRecord> found = m_scanner.scan(ownGroup(backing));
   bool differs = false;
   read([&](Connection& connection) { differs = DriveRegistry(connection).differs(found); });
   if (differs) {
