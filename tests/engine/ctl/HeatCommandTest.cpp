@@ -107,7 +107,7 @@ TEST_F(HeatCommandTest, PictureOfAHugeVolumeFitsEveryWidth) {
   const std::uint32_t pool = createPool(poolSpec("large", {2}, chunks * 8, TVK_TIER_HDD, 8));
   const std::uint32_t id = createVolume(volumeSpec("huge", TVK_VOLUME_TIERED, {{pool, chunks * 8}}));
   remember(id, {{0, 7, 0, 0}, {chunks - 1, 123456, 0, 0}});
-  for (const std::uint8_t columns : {20, 39, 40, 200}) {
+  for (const unsigned short columns : std::initializer_list<unsigned short>{20, 39, 40, 200}) {
     const CommandResult result = picture("huge").terminal(columns).with("NO_COLOR", "1").run();
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     std::size_t cells = 0;
@@ -199,20 +199,21 @@ TEST_F(HeatCommandTest, VolumeListHasPartsPoolsAndTrouble) {
       "     2  cache  cached   8 MiB  good            8 MiB   2 MiB  slow, fast\n");
   execute("UPDATE drive SET present = 0 WHERE number = 1");
   EXPECT_EQ(
-      json({"volume", "list"})[1], (Json{
-                                       {"number", 2},
-                                       {"name", "cache"},
-                                       {"type", "cached"},
-                                       {"sectors", 8 * MIB},
-                                       {"size", "8 MiB"},
-                                       {"hddSectors", 8 * MIB},
-                                       {"hddSize", "8 MiB"},
-                                       {"ssdSectors", 2 * MIB},
-                                       {"ssdSize", "2 MiB"},
-                                       {"pools", {"slow", "fast"}},
-                                       {"state", "degraded"},
-                                       {"trouble", "pool 2 (fast) is degraded: drive 1 (/dev/tvk1) is missing"},
-                                       {"device", nullptr}}));
+      json({"volume", "list"})[1],
+      (Json{
+          {"number", 2},
+          {"name", "cache"},
+          {"type", "cached"},
+          {"sectors", 8 * MIB},
+          {"size", "8 MiB"},
+          {"hddSectors", 8 * MIB},
+          {"hddSize", "8 MiB"},
+          {"ssdSectors", 2 * MIB},
+          {"ssdSize", "2 MiB"},
+          {"pools", {"slow", "fast"}},
+          {"state", "degraded"},
+          {"trouble", "pool 2 (fast) is degraded: drive 1 (/dev/tvk1) is missing"},
+          {"device", nullptr}}));
 }
 
 }  // namespace
