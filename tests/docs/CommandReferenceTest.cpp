@@ -239,6 +239,7 @@ TEST_F(CommandCompletions, ValuesOfOptionsAndClassesAreCompleted) {
       {TVPCIM, {"im", "TVP_TierService", "DeleteVirtualPool"}, "", "VirtualPoolId="},
       {TVPCIM, {"ei", "TVP_LogicalDevice", "--property"}, "Mo", "Model"},
       {VOLTVKCTL, {"io"}, "d", "data"},
+      {VOLTVKCTL, {"heat"}, "d", "data"},
       {VOLTVKCTL, {"drive", "remove"}, "", "0"},
   };
   for (const auto& [reference, words, prefix, name] : cases) {

@@ -28,6 +28,11 @@ TEST(Width, OfATextIsMeasuredAndCutInColumns) {
   }
 }
 
+TEST(Width, LinesAreBrokenAtBlanksOrElseAnywhere) {
+  EXPECT_EQ(wrapped("two words  日本語x end", 5), "two\nwords\n 日本\n語x\nend\n");
+  EXPECT_EQ(wrapped("", 5), "\n");
+}
+
 TEST(Table, LeavesOutColumnsFromTheRightAndThenCuts) {
   Table table;
   table.addColumn("NAME");

@@ -41,9 +41,14 @@ const char* typeName(const VolumeRecord& volume) {
 
 std::string heatTitle(const HeatMap& map) {
   const VolumeRecord& volume = map.volume();
-  return nameOf(volume) + ": " + typeName(volume) + ", " + sizeOf(map, volume.hddChunks) +
-         " on hard disks and " + sizeOf(map, volume.ssdChunks) +
-         (volume.isCached() ? " of cache on SSDs" : " on SSDs");
+  std::vector<std::string> parts;
+  if (volume.hddChunks > 0) {
+    parts.push_back(sizeOf(map, volume.hddChunks) + " on hard disks");
+  }
+  if (volume.ssdChunks > 0) {
+    parts.push_back(sizeOf(map, volume.ssdChunks) + (volume.isCached() ? " of cache on SSDs" : " on SSDs"));
+  }
+  return nameOf(volume) + ": " + typeName(volume) + ", " + enumerated(parts);
 }
 
 std::vector<HeatFact> heatFacts(const HeatMap& map) {
@@ -61,11 +66,18 @@ std::vector<HeatFact> heatFacts(const HeatMap& map) {
 
 std::vector<HeatCell::Place> placesOf(const HeatMap& map) {
   using Place = HeatCell::Place;
-  std::vector<Place> places = {Place::Disk};
-  if (map.chunksPerCell() > 1) {
+  const bool disk = map.volume().hddChunks > 0;
+  const bool ssd = map.volume().ssdChunks > 0;
+  std::vector<Place> places;
+  if (disk) {
+    places.push_back(Place::Disk);
+  }
+  if (disk && ssd && map.chunksPerCell() > 1) {
     places.push_back(Place::Both);
   }
-  places.push_back(Place::Ssd);
+  if (ssd) {
+    places.push_back(Place::Ssd);
+  }
   if (map.volume().isCached()) {
     places.push_back(Place::Dirty);
   }

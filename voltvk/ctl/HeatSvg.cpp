@@ -33,7 +33,7 @@ constexpr const char* STYLE = R"(<style>
 .tvp-heat .h0 { fill: #e4e7eb; }
 .tvp-heat .h1 { fill: #fdcc8a; }
 .tvp-heat .h2 { fill: #fc8d59; }
-.tvp-heat .h3 { fill: #b30000; }
+.tvp-heat .h3 { fill: #d7301f; }
 .tvp-heat .ssd, .tvp-heat .dirty { stroke: #1f2328; stroke-width: 2; }
 .tvp-heat .both { stroke: #1f2328; stroke-width: 2; stroke-dasharray: 3 3; }
 .tvp-heat .pip { fill: #ffffff; stroke: #1f2328; }
@@ -102,7 +102,9 @@ public:
   std::string text() {
     std::string body = textAt(
         MARGIN, 28, "name", tvp::terminal::cutToWidth(tvp::text::printable(heatTitle(m_map)), TITLE_COLUMNS));
-    body += cells() + legend() + facts();
+    body += cells();  // each draws below the one before it
+    body += legend();
+    body += facts();
     const std::string id = "tvp-heat-" + std::to_string(m_map.volume().id);
     return "<svg xmlns=\"http://www.w3.org/2000/svg\" class=\"tvp-heat\" role=\"img\" aria-labelledby=\"" +
            id + "-title " + id + "-desc\"" + attribute("width", WIDTH) + attribute("height", m_y) +

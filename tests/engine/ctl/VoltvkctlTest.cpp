@@ -1,36 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // The command voltvkctl.
-#include "engine/EngineFixture.h"
-#include "support/Command.h"
-
-#include <nlohmann/json.hpp>
+#include "engine/ctl/VoltvkctlFixture.h"
 
 #include <regex>
 
 using namespace tvp::test;
-using Json = nlohmann::json;
 
 namespace {
 
 const std::regex ISO_TIME("\\d{4}-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\dZ");
-
-class VoltvkctlTest : public EngineTest {
-protected:
-  CommandResult ctl(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.begin(), TVP_BINARY_DIR "/bin/voltvkctl");
-    return Command(arguments).run();
-  }
-  std::string text(const std::vector<std::string>& arguments) const {
-    const CommandResult result = ctl(arguments);
-    EXPECT_EQ(result.exitStatus, 0) << result.err;
-    EXPECT_EQ(result.err, "");
-    return result.out;
-  }
-  Json json(std::vector<std::string> arguments) const {
-    arguments.insert(arguments.end(), {"-o", "json"});
-    return Json::parse(text(arguments));
-  }
-};
 
 TEST_F(VoltvkctlTest, WrongUsageAndFailuresAreExplainedInOneLine) {
   struct Case {
@@ -60,6 +38,8 @@ TEST_F(VoltvkctlTest, WrongUsageAndFailuresAreExplainedInOneLine) {
       {2, {"io", "gold"}, "--reads"},
       {2, {"io", "gold", "--reads", "1", "--random", "--sequential"}, "excludes"},
       {2, {"io", "gold", "--reads", "1000001"}, "1000001"},
+      {1, {"heat", "nowhere"}, "no volume 'nowhere'"},
+      {2, {"heat", "gold", "--svg", "-", "-o", "json"}, "--svg the name of a file"},
       {1, {"io", "nowhere\x1b[2J", "--reads", "1"}, "no volume 'nowhere\\x1B[2J'"},
   };
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
