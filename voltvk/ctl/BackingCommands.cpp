@@ -77,9 +77,7 @@ void addBackingCommands(CLI::App& app, Context& context) {
   CLI::App* lvm =
       backing->add_subcommand("lvm", "Pools and volumes are on the drives, through the Linux volume manager");
   lvm->add_option("--group", options->choice.group, "Name of the volume group (default tvp)");
-  lvm->callback([options, &context] {
-    chooseBacking({BackingKind::Lvm, options->choice.group}, context);
-  });
+  lvm->callback([options, &context] { chooseBacking({BackingKind::Lvm, options->choice.group}, context); });
 
   CLI::App* checking = app.add_subcommand("check", "Compare the state with what is on the drives");
   checking->add_flag("--repair", options->repair, "Repair what can be repaired without touching data");

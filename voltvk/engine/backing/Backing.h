@@ -24,8 +24,8 @@ using FlushProgress = std::function<bool(std::uint64_t dirtyBlocks)>;
  *
  * Every step can be repeated: making what exists as wanted, and removing what does not exist, succeed. A step
  * throws Refusal TVK_BACKING_FAILED with the message of what failed, and leaves what it cannot undo for the
- * next attempt. Only one step at a time: the caller holds the backing's lock. The functions that only read may
- * be called from any thread at any time and start no program.
+ * next attempt. Only one step at a time: the caller holds the backing's lock. The functions that only read
+ * may be called from any thread at any time and start no program.
  */
 class Backing {
 public:

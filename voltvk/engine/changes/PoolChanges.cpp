@@ -22,7 +22,7 @@ std::string typeArgument(bool internal) {
 
 std::uint32_t PoolChanges::create(const VirtualPoolSpec& spec) {
   const Configuration current = SnapshotReader(m_connection).configuration();
-  const PoolRecord pool = 
+  const PoolRecord pool =
       PoolRules(current.drives, current.pools, {}, limitsOf(current.backing)).creation(spec);
   const std::uint32_t id = RecordWriter(m_connection).insert(pool);
   const std::string tier = std::to_string(pool.tierLevel);

@@ -38,8 +38,8 @@ public:
 
   /**
    * Compares the state with the drives.
-   * @param repair also settles a change that was cut off, makes volumes available, records beside the data what
-   *   the state says of it, and records where chunks are; never touches data
+   * @param repair also settles a change that was cut off, makes volumes available, records beside the data
+   * what the state says of it, and records where chunks are; never touches data
    */
   BackingReport check(bool repair);
 

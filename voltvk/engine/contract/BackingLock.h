@@ -13,8 +13,8 @@ namespace voltvk {
 constexpr std::chrono::seconds BACKING_TIMEOUT{30};
 
 /**
- * Held by the one change of real pools and volumes that is under way, among all threads and processes that use
- * a state. The system releases it if the process ends.
+ * Held by the one change of real pools and volumes that is under way, among all threads and processes that
+ * use a state. The system releases it if the process ends.
  */
 class BackingLock {
 public:

@@ -19,17 +19,31 @@ public:
 
   void settle(const Intent& intent) {
     switch (intent.step) {
-    case Step::MakePool: unmakePool(intent); break;
-    case Step::RemovePool: completeRemoval(pool(intent.object)); break;
-    case Step::DescribePool: describe(pool(intent.object)); break;
+    case Step::MakePool:
+      unmakePool(intent);
+      break;
+    case Step::RemovePool:
+      completeRemoval(pool(intent.object));
+      break;
+    case Step::DescribePool:
+      describe(pool(intent.object));
+      break;
     case Step::MakeVolume:
       m_backing.removeVolume(intent.object);
       note("volume " + std::to_string(intent.object) + ", which was being made, was removed again");
       break;
-    case Step::RemoveVolume: completeRemoval(volume(intent.object)); break;
-    case Step::DescribeVolume: describe(volume(intent.object)); break;
-    case Step::MoveChunks: adoptLayout(volume(intent.object)); break;
-    case Step::Flush: endFlush(volume(intent.object)); break;
+    case Step::RemoveVolume:
+      completeRemoval(volume(intent.object));
+      break;
+    case Step::DescribeVolume:
+      describe(volume(intent.object));
+      break;
+    case Step::MoveChunks:
+      adoptLayout(volume(intent.object));
+      break;
+    case Step::Flush:
+      endFlush(volume(intent.object));
+      break;
     }
   }
 

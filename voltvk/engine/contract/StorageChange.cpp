@@ -28,8 +28,7 @@ bool isDescribedAlike(const PoolRecord& one, const PoolRecord& other) {
 }
 
 bool isDescribedAlike(const VolumeRecord& one, const VolumeRecord& other) {
-  return std::tie(one.name, one.description, one.knob) ==
-         std::tie(other.name, other.description, other.knob);
+  return std::tie(one.name, one.description, one.knob) == std::tie(other.name, other.description, other.knob);
 }
 
 template <typename Record>
@@ -73,27 +72,49 @@ public:
 
   void carryOut(const Intent& intent) {
     switch (intent.step) {
-    case Step::MakePool: m_backing.makePool(*find(m_after.pools, intent.object), m_after); break;
-    case Step::RemovePool: m_backing.removePool(*find(m_before.pools, intent.object), m_before); break;
-    case Step::DescribePool: m_backing.describePool(*find(m_after.pools, intent.object), m_after); break;
-    case Step::MakeVolume: m_backing.makeVolume(*find(m_after.volumes, intent.object), m_after); break;
-    case Step::RemoveVolume: m_backing.removeVolume(intent.object); break;
-    case Step::DescribeVolume: m_backing.describeVolume(*find(m_after.volumes, intent.object)); break;
+    case Step::MakePool:
+      m_backing.makePool(*find(m_after.pools, intent.object), m_after);
+      break;
+    case Step::RemovePool:
+      m_backing.removePool(*find(m_before.pools, intent.object), m_before);
+      break;
+    case Step::DescribePool:
+      m_backing.describePool(*find(m_after.pools, intent.object), m_after);
+      break;
+    case Step::MakeVolume:
+      m_backing.makeVolume(*find(m_after.volumes, intent.object), m_after);
+      break;
+    case Step::RemoveVolume:
+      m_backing.removeVolume(intent.object);
+      break;
+    case Step::DescribeVolume:
+      m_backing.describeVolume(*find(m_after.volumes, intent.object));
+      break;
     case Step::MoveChunks:
-    case Step::Flush: break;  // not part of a change of the configuration
+    case Step::Flush:
+      break;  // not part of a change of the configuration
     }
   }
 
   void undo(const Intent& intent) {
     switch (intent.step) {
-    case Step::MakePool: m_backing.removePool(*find(m_after.pools, intent.object), m_after); break;
-    case Step::DescribePool: m_backing.describePool(*find(m_before.pools, intent.object), m_before); break;
-    case Step::MakeVolume: m_backing.removeVolume(intent.object); break;
-    case Step::DescribeVolume: m_backing.describeVolume(*find(m_before.volumes, intent.object)); break;
+    case Step::MakePool:
+      m_backing.removePool(*find(m_after.pools, intent.object), m_after);
+      break;
+    case Step::DescribePool:
+      m_backing.describePool(*find(m_before.pools, intent.object), m_before);
+      break;
+    case Step::MakeVolume:
+      m_backing.removeVolume(intent.object);
+      break;
+    case Step::DescribeVolume:
+      m_backing.describeVolume(*find(m_before.volumes, intent.object));
+      break;
     case Step::RemovePool:
     case Step::RemoveVolume:
     case Step::MoveChunks:
-    case Step::Flush: break;  // what is removed stays removed; the others are undone by those who do them
+    case Step::Flush:
+      break;  // what is removed stays removed; the others are undone by those who do them
     }
   }
 

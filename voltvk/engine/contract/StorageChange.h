@@ -13,9 +13,9 @@ namespace voltvk {
 /**
  * A change of pools and volumes together with the drives behind them.
  *
- * With a backing that is not real it is one transaction. Else the work runs twice: once to learn what it would
- * change, undone at once; then the steps of the backing are recorded as intents and carried out; then the work
- * runs in the transaction that also removes the intents. A step that fails undoes those before it.
+ * With a backing that is not real it is one transaction. Else the work runs twice: once to learn what it
+ * would change, undone at once; then the steps of the backing are recorded as intents and carried out; then
+ * the work runs in the transaction that also removes the intents. A step that fails undoes those before it.
  *
  * One change at a time, over all threads and processes. Functions throw Refusal, and what the work throws.
  */

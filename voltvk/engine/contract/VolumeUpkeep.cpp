@@ -41,7 +41,8 @@ void VolumeUpkeep::flush(std::uint32_t volumeId, const FlushProgress& progress) 
     });
     std::uint64_t written = 0;
     try {
-      written = backing.flush(volume, progress ? progress : [](std::uint64_t) { return true; });
+      written = backing.flush(
+          volume, progress ? progress : [](std::uint64_t) { return true; });
     } catch (...) {
       settleIntents(m_state, backing);
       throw;

@@ -17,14 +17,15 @@ struct RoundResult {
 };
 
 /**
- * What keeps volumes going, with any backing: flushing, counting, moving chunks. Functions throw Refusal; they
- * may be called from any thread.
+ * What keeps volumes going, with any backing: flushing, counting, moving chunks. Functions throw Refusal;
+ * they may be called from any thread.
  */
 class VolumeUpkeep {
 public:
   explicit VolumeUpkeep(State& state) : m_state(state) {}
 
-  /** Writes back what is only in the cache of a volume. @param progress as for Backing::flush; may be empty */
+  /** Writes back what is only in the cache of a volume. @param progress as for Backing::flush; may be empty
+   */
   void flush(std::uint32_t volumeId, const FlushProgress& progress = {});
 
   void resetStatistics(std::uint32_t volumeId);

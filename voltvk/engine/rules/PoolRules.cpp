@@ -63,7 +63,8 @@ const DriveRecord& PoolRules::freeDrive(std::uint8_t number) const {
   require(drive != m_drives.end(), TVK_NO_SUCH_DEVICE, [&] {
     return "no drive has the number " + std::to_string(number) + "; see the list of drives";
   });
-  const Obstacle obstacle = obstacleOf(*drive, owner == m_pools.end() ? nullptr : &*owner);
+  const Obstacle obstacle =
+      obstacleOf(*drive, owner == m_pools.end() ? nullptr : &*owner, m_limits.needsRealDrives);
   require(obstacle.status == TVK_OK, obstacle.status, [&] {
     return nameOf(*drive) + " " + obstacle.reason + "; " + obstacle.advice;
   });
@@ -120,7 +121,8 @@ void PoolRules::layOut(
   require(pool.chunks <= usable, TVK_NOT_ENOUGH_SPACE, [&] {
     const std::string who = drives.size() == 1 ? nameOf(*drives.front()) + " holds " : "the drives hold ";
     return who + sizeText(usable * pool.chunkSectors) + " in whole chunks of " + sizeText(pool.chunkSectors) +
-           (reserved > 0 ? ", besides the " + sizeText(reserved * pool.chunkSectors) + " kept for moves" : "") +
+           (reserved > 0 ? ", besides the " + sizeText(reserved * pool.chunkSectors) + " kept for moves"
+                         : "") +
            ", less than the " + sizeText(sectors) + " asked for";
   });
   const std::vector<std::uint64_t> shares = shareOut(pool.chunks + reserved, capacities);

@@ -205,8 +205,8 @@ void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64
       chunks <= available ? allocator.allocate(chunks) : std::vector<Extent>();
   require(!extents.empty(), TVK_NOT_ENOUGH_SPACE, [&] {
     const std::uint64_t rounded = chunks * from.chunkSectors;
-    return nameOf(from) + " has " + sizeText(available * from.chunkSectors) +
-           " free, less than the " + sizeText(part.sectors) + " asked for" +
+    return nameOf(from) + " has " + sizeText(available * from.chunkSectors) + " free, less than the " +
+           sizeText(part.sectors) + " asked for" +
            (rounded == part.sectors ? "" : ", which take " + sizeText(rounded) + " in whole chunks");
   });
   for (const Extent& extent : extents) {

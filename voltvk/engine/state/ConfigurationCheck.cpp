@@ -102,7 +102,8 @@ void check(
     const PoolRecord& from = *pool->second;
     const std::uint64_t last = from.placedChunks();
     require(
-        extent.chunks > 0 && extent.chunks <= last && extent.first <= last - extent.chunks, volume, "uses chunks that " + nameOf(from) + " does not have");
+        extent.chunks > 0 && extent.chunks <= last && extent.first <= last - extent.chunks, volume,
+        "uses chunks that " + nameOf(from) + " does not have");
     extents[id].push_back(extent);
     sectors += extent.chunks * from.chunkSectors;  // at most MAX_POOL_SECTORS, so this cannot overflow
     require(sectors <= 2 * MAX_POOL_SECTORS, volume, "uses more chunks than there are");

@@ -149,7 +149,8 @@ void run(Connection& connection, std::initializer_list<std::string_view> parts) 
 void createTriggers(Connection& connection) {
   const std::string count =
       " BEGIN UPDATE setting SET value = (value + 1) & 4611686018427387903 WHERE name = 'generation'; END";
-  for (const std::string table : {"drive", "pool", "pool_member", "volume", "volume_extent", "fault", "backing"}) {
+  for (const std::string table :
+       {"drive", "pool", "pool_member", "volume", "volume_extent", "fault", "backing"}) {
     const char* columns =
         table == "volume"
             ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"

@@ -39,10 +39,12 @@ private:
 
 class Snapshot::Drive final : public LogicalDevice {
 public:
-  /** @param owner the pool that it belongs to, or null */
-  Drive(const DriveRecord& record, const PoolRecord* owner, const Health& health)
-      : m_record(record), m_used(owner != nullptr), m_unsuitable(!m_used && isUnsuitable(record)),
-        m_obstacle(obstacleOf(record, owner).reason), m_trouble(health.ofDrive(record.number)) {}
+  /** @param owner the pool that it belongs to, or null @param realDrivesOnly as for obstacleOf */
+  Drive(const DriveRecord& record, const PoolRecord* owner, const Health& health, bool realDrivesOnly)
+      : m_record(record), m_used(owner != nullptr),
+        m_unsuitable(!m_used && isUnsuitable(record, realDrivesOnly)),
+        m_obstacle(obstacleOf(record, owner, realDrivesOnly).reason),
+        m_trouble(health.ofDrive(record.number)) {}
 
   const char* getTypeName() const override { return "LogicalDevice"; }
   const char* getDeviceName() const override { return m_record.name.c_str(); }
@@ -215,7 +217,8 @@ void Snapshot::addDrives() {
     if (!record.present && owners[record.number] == nullptr) {
       continue;  // an unplugged, unused drive: only its number is kept
     }
-    auto drive = std::make_unique<Drive>(record, owners[record.number], m_health);
+    auto drive = std::make_unique<Drive>(
+        record, owners[record.number], m_health, limitsOf(m_configuration.backing).needsRealDrives);
     m_driveOfNumber[record.number] = drive.get();
     m_objects.push_back(drive.get());
     m_owned.push_back(std::move(drive));
