@@ -117,7 +117,7 @@ private:
     }
     m_backing.activate();
     const std::vector<VolumeExtentRecord> layout = m_backing.layout(*moved, m_configuration);
-    m_state.change([&](Connection& connection) { adoptLayout(connection, *moved, layout); });
+    m_state.change([&](Connection& connection) { voltvk::adoptLayout(connection, *moved, layout); });
     note("recorded where the chunks of " + nameOf(*moved) + " are after moves that were cut off");
   }
 
