@@ -216,7 +216,7 @@ TEST_F(HostDrivesTest, DrivesInUseCannotJoinAPool) {
 TEST_F(HostDrivesTest, TheOwnVolumeGroupIsNoUseOfItsDrivesAndOnlyDrivesThatSeemFreeAreOpened) {
   for (const char* name : {"sda", "sdb", "sdc", "sdd", "sde", "sdf"}) {
     plainDrive(name, "", {{"dev", "8:" + std::to_string(16 * (name[2] - 'a')) + "\n"}});
-    m_machine.content(name, 0, "LUKS\xba\xbe\0\1");
+    m_machine.content(name, 0, "LUKS\xba\xbe");
   }
   m_machine.content("sdf", 0, "");
   const auto mapped = [&](int number, const char* name, const char* uuid, const std::string& below) {
@@ -258,7 +258,7 @@ TEST_F(HostDrivesTest, TheOwnVolumeGroupIsNoUseOfItsDrivesAndOnlyDrivesThatSeemF
                                       "sdc: is held by dm-2 (my--pools--2-vol1) \n"
                                       "sdd: is held by dm-3 (my--pools-vol3) \n"
                                       "sde:  \nsdf:  \n");
-  m_machine.content("sdf", 0, "LUKS\xba\xbe\0\1");
+  m_machine.content("sdf", 0, "LUKS\xba\xbe");
   EXPECT_EQ(m_machine.scan(scanner, "my-pools").at("/dev/sdf").content, "") << "nothing says that it changed";
   m_machine.write("sdf", {{"stat", "   9 0 72 1   1 0 8 1   0 1 2   0 0 0 0\n"}});
   EXPECT_EQ(m_machine.scan(scanner, "my-pools").at("/dev/sdf").content, "is encrypted (LUKS)");
@@ -279,7 +279,8 @@ TEST_F(HostDrivesTest, ADriveThatHoldsDataIsShownAsUnsuitable) {
   EXPECT_STREQ(drives()[0]->getObstacle(), "holds swap space and cannot join a pool");
   auto spec = poolSpec("pool", {0}, MIB);
   EXPECT_EQ(adapter().createVirtualPool(spec).getReturn(), TVK_DEVICE_NOT_ELIGIBLE);
-  execute("UPDATE drive SET content = ''");
+  state()->change(
+      [](voltvk::Connection& connection) { voltvk::DriveRegistry(connection).forgetContents({0}); });
   createPool(spec);
   execute("UPDATE drive SET content = 'is a physical volume of LVM'");
   EXPECT_EQ(drives()[0]->getDeviceProperty(), TVK_PROPERTY_VIRTUAL);

@@ -90,6 +90,12 @@ void DriveRegistry::reconcile(std::vector<DriveRecord> hostDrives) {
   }
 }
 
+void DriveRegistry::forgetContents(const std::vector<std::uint16_t>& drives) {
+  for (const std::uint16_t number : drives) {
+    Statement(m_connection, "UPDATE drive SET content = '' WHERE number = ?", number).run();
+  }
+}
+
 std::size_t DriveRegistry::leftOut() {
   return static_cast<std::size_t>(
       m_connection.number("SELECT value FROM setting WHERE name = 'drives_left_out'"));

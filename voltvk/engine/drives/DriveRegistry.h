@@ -41,6 +41,12 @@ public:
    */
   void reconcile(std::vector<DriveRecord> hostDrives);
 
+  /**
+   * Forgets what is stored on drives that a pool is being made of: it is the pool's own by now, and a scan in
+   * another thread or process may have recorded it already.
+   */
+  void forgetContents(const std::vector<std::uint16_t>& drives);
+
   /** How many drives of the machine the last reconcile left out. */
   std::size_t leftOut();
 

@@ -36,8 +36,8 @@ public:
    * areas of an eMMC and what has size 0 are left out, as is a drive that disappears in the meantime. Several
    * paths to one unit are one drive. What the system does not report is empty. The numbers are not set.
    * @param ownGroup the volume group that the backing keeps on the drives: its devices, and what they are
-   * used for, do not count as use of the drives, and the contents of drives that nothing else uses are looked
-   *   at. If empty, no drive is opened, and the contents are empty.
+   *   used for, do not count as use of the drives, and the contents of drives that nothing else uses are
+   * looked at. If empty, no drive is opened, and the contents are empty.
    */
   std::vector<DriveRecord> scan(const std::string& ownGroup = "") const;
 
