@@ -2,6 +2,7 @@
 #include "voltvk/engine/contract/StorageChange.h"
 
 #include "voltvk/engine/contract/BackingLock.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
 #include <algorithm>
@@ -195,6 +196,10 @@ void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool
     }
     carriedOut = true;
     m_state.change([&](Connection& connection) {
+      for (const Intent& step : steps) {
+        // A scan may have seen meanwhile what the step has put there.
+        DriveRegistry(connection).forgetContents(step.drives);
+      }
       work(connection);
       Intents(connection).clear();
     });
