@@ -1,23 +1,64 @@
-#pragma once
-#include "voltvk/engine/backing/books/BooksBacking.h"
-namespace voltvk { class LvmBacking : public Backing { public: explicit LvmBacking(std::string) {} 
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_BACKING_LVM_LVMBACKING_H
+#define VOLTVK_ENGINE_BACKING_LVM_LVMBACKING_H
+
+#include "voltvk/engine/backing/Backing.h"
+#include "voltvk/engine/backing/lvm/DeviceMapper.h"
+#include "voltvk/engine/backing/lvm/LvmCommand.h"
+#include "voltvk/engine/backing/lvm/LvmGroup.h"
+#include "voltvk/engine/backing/lvm/VolumeCounters.h"
+
+#include <string>
+
+namespace voltvk {
+
+/**
+ * Pools and volumes on the drives of the machine, through the Linux volume manager. One volume group holds
+ * all pools: a drive of a pool is a physical volume with the tags of its pool, a volume is the logical volume
+ * vol<ID>, and the cache of a volume is vol<ID>_cache.
+ */
+class LvmBacking final : public Backing {
+public:
+  explicit LvmBacking(std::string group, LvmCommand command = LvmCommand());
+
   bool isReal() const override { return true; }
-  void requireUsable() override {}
-  void activate() override {}
-  void makePool(const PoolRecord&, const Configuration&) override {}
-  void removePool(const PoolRecord&, const Configuration&) override {}
-  void describePool(const PoolRecord&, const Configuration&) override {}
-  void makeVolume(const VolumeRecord&, const Configuration&) override {}
-  void removeVolume(std::uint32_t) override {}
-  void describeVolume(const VolumeRecord&) override {}
-  void exchange(const VolumeRecord&, const std::vector<std::uint64_t>&, const std::vector<std::uint64_t>&, const Configuration&) override {}
-  std::vector<VolumeExtentRecord> layout(const VolumeRecord& volume, const Configuration&) override { return volume.extents; }
-  std::uint64_t flush(const VolumeRecord&, const FlushProgress&) override { return 0; }
-  void endFlush(const VolumeRecord&) override {}
-  std::vector<std::string> differences(const Configuration&) override { return {}; }
-  Configuration recovered(const std::vector<DriveRecord>&) override { return {}; }
-  std::string devicePath(std::uint32_t) const override { return {}; }
-  bool isOpen(std::uint32_t) const override { return false; }
-  KernelCounters counters(const VolumeRecord&) const override { return {}; }
-  KernelCounters takeCounters(const VolumeRecord&) override { return {}; }
-}; }
+  void requireUsable() override;
+  void activate() override;
+
+  void makePool(const PoolRecord& pool, const Configuration& configuration) override;
+  void removePool(const PoolRecord& pool, const Configuration& configuration) override;
+  void describePool(const PoolRecord& pool, const Configuration& configuration) override;
+
+  void makeVolume(const VolumeRecord& volume, const Configuration& configuration) override;
+  void removeVolume(std::uint32_t volumeId) override;
+  void describeVolume(const VolumeRecord& volume) override;
+  void exchange(
+      const VolumeRecord& volume, const std::vector<std::uint64_t>& demoted,
+      const std::vector<std::uint64_t>& promoted, const Configuration& configuration) override;
+  std::vector<VolumeExtentRecord>
+  layout(const VolumeRecord& volume, const Configuration& configuration) override;
+  std::uint64_t flush(const VolumeRecord& volume, const FlushProgress& progress) override;
+  void endFlush(const VolumeRecord& volume) override;
+
+  std::vector<std::string> differences(const Configuration& configuration) override;
+  Configuration recovered(const std::vector<DriveRecord>& drives) override;
+
+  std::string devicePath(std::uint32_t volumeId) const override;
+  bool isOpen(std::uint32_t volumeId) const override;
+  KernelCounters counters(const VolumeRecord& volume) const override;
+  KernelCounters takeCounters(const VolumeRecord& volume) override;
+
+private:
+  std::string deviceName(std::uint32_t volumeId) const;
+  void restoreReturnedDrives();
+  void completeMoves();
+
+  const std::string m_group;
+  const LvmCommand m_command;
+  const DeviceMapper m_mapper;
+  mutable VolumeCounters m_counters;
+};
+
+}  // namespace voltvk
+
+#endif
