@@ -50,8 +50,6 @@ public:
 
 private:
   std::string deviceName(std::uint32_t volumeId) const;
-  void restoreReturnedDrives();
-  void completeMoves();
 
   const std::string m_group;
   const LvmCommand m_command;

@@ -36,8 +36,8 @@ std::string quotedMessage(const ProgramOutcome& outcome) {
 }
 
 /** Why a command did not succeed, and what to do about it. */
-[[noreturn]] void
-refuse(const std::string& task, const std::string& verb, const ProgramOutcome& outcome,
+[[noreturn]] void refuse(
+    const std::string& task, const std::string& verb, const ProgramOutcome& outcome,
     std::chrono::milliseconds timeout) {
   switch (outcome.end) {
   case ProgramOutcome::End::Exited:
@@ -57,7 +57,8 @@ refuse(const std::string& task, const std::string& verb, const ProgramOutcome& o
         "look for other commands of the volume manager that are running, and for drives that do not respond");
   case ProgramOutcome::End::NotStarted:
     refuse(task, verb + " cannot be started: " + std::strerror(outcome.code), "correct that and try again");
-  case ProgramOutcome::End::Lost: break;
+  case ProgramOutcome::End::Lost:
+    break;
   }
   refuse(task, "the process that waited for " + verb + " was ended", "try again");
 }
@@ -112,14 +113,18 @@ std::string LvmCommand::attempt(const Words& command) const {
   return messageOf(start("use the volume manager", command, m_limits).errors);
 }
 
-nlohmann::json LvmCommand::report(const std::string& task, const Words& command) const {
-  Words words = command;
-  words.insert(words.begin() + 1, {"--reportformat", "json"});
-  const ProgramOutcome outcome = start(task, words, m_limits);
+std::string LvmCommand::output(const std::string& task, const Words& command) const {
+  ProgramOutcome outcome = start(task, command, m_limits);
   if (!outcome.isSuccess()) {
     refuse(task, command.front(), outcome, m_limits.timeout);
   }
-  nlohmann::json parsed = nlohmann::json::parse(outcome.output, nullptr, false);
+  return std::move(outcome.output);
+}
+
+nlohmann::json LvmCommand::report(const std::string& task, const Words& command) const {
+  Words words = command;
+  words.insert(words.begin() + 1, {"--reportformat", "json"});
+  nlohmann::json parsed = nlohmann::json::parse(output(task, words), nullptr, false);
   if (!parsed.is_object() || !parsed.contains("report") || !parsed["report"].is_array()) {
     refuse(
         task, command.front() + " did not print a report in JSON",

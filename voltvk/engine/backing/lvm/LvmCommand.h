@@ -39,6 +39,9 @@ public:
   /** Runs a verb, whatever its status is: what matters is what is found afterwards. @return its message */
   std::string attempt(const Words& command) const;
 
+  /** Runs a verb. @return what it prints */
+  std::string output(const std::string& task, const Words& command) const;
+
   /** Runs a verb that reports, with "--reportformat json" added. @return the array "report" */
   nlohmann::json report(const std::string& task, const Words& command) const;
 

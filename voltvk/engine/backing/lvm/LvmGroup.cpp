@@ -106,20 +106,37 @@ LvmGroup LvmGroup::read(const LvmCommand& command, const std::string& name) {
   const std::string task = "look at the volume group " + name;
   // Every field belongs to the part that it stands in; any other would be refused.
   const json report = command.report(
-      task,
-      {"fullreport", "--all", "--units", "s", "--nosuffix",
-       "--configreport", "vg", "-o", "vg_name,vg_tags,vg_extent_size",
-       "--configreport", "pv", "-o", "pv_name,pv_uuid,pv_tags,pv_pe_count,pv_missing",
-       "--configreport", "lv", "-o", "lv_name,lv_tags,lv_active,lv_health_status,move_pv",
-       "--configreport", "pvseg", "-o", "pv_uuid,pvseg_start,pvseg_size,lv_name,seg_start_pe",
-       "--configreport", "seg", "-o", "lv_name,segtype,cache_policy"});
+      task, {"fullreport",
+             "--all",
+             "--units",
+             "s",
+             "--nosuffix",
+             "--configreport",
+             "vg",
+             "-o",
+             "vg_name,vg_tags,vg_extent_size",
+             "--configreport",
+             "pv",
+             "-o",
+             "pv_name,pv_uuid,pv_tags,pv_pe_count,pv_missing",
+             "--configreport",
+             "lv",
+             "-o",
+             "lv_name,lv_tags,lv_active,lv_health_status,move_pv",
+             "--configreport",
+             "pvseg",
+             "-o",
+             "pv_uuid,pvseg_start,pvseg_size,lv_name,seg_start_pe",
+             "--configreport",
+             "seg",
+             "-o",
+             "lv_name,segtype,cache_policy"});
   try {
     return parse(report, name);
   } catch (const std::exception& error) {
     throw Refusal(
-        TVK_BACKING_FAILED,
-        "could not " + task + ": its report lacks what is needed (" + error.what() + "); see what `lvm " +
-            "fullreport --reportformat json` prints");
+        TVK_BACKING_FAILED, "could not " + task + ": its report lacks what is needed (" + error.what() +
+                                "); see what `lvm " + "fullreport --reportformat json` prints");
   }
 }
 
@@ -153,8 +170,9 @@ bool LvmGroup::isOurs() const {
 }
 
 const LvmVolume* LvmGroup::volume(const std::string& volumeName) const {
-  const auto found = std::find_if(
-      volumes.begin(), volumes.end(), [&](const LvmVolume& candidate) { return candidate.name == volumeName; });
+  const auto found = std::find_if(volumes.begin(), volumes.end(), [&](const LvmVolume& candidate) {
+    return candidate.name == volumeName;
+  });
   return found == volumes.end() ? nullptr : &*found;
 }
 
@@ -167,8 +185,8 @@ const LvmDrive* LvmGroup::member(std::uint32_t poolId, std::size_t position) con
 }
 
 const LvmDrive* LvmGroup::driveAt(const std::string& node) const {
-  const auto found = std::find_if(
-      drives.begin(), drives.end(), [&](const LvmDrive& drive) { return drive.node == node; });
+  const auto found =
+      std::find_if(drives.begin(), drives.end(), [&](const LvmDrive& drive) { return drive.node == node; });
   return found == drives.end() ? nullptr : &*found;
 }
 

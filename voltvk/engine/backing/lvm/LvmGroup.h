@@ -71,7 +71,9 @@ struct LvmGroup {
   /** The drive at a position of a pool, by its tags. */
   const LvmDrive* member(std::uint32_t poolId, std::size_t position) const;
   const LvmDrive* driveAt(const std::string& node) const;
-  std::size_t indexOf(const LvmDrive& drive) const { return static_cast<std::size_t>(&drive - drives.data()); }
+  std::size_t indexOf(const LvmDrive& drive) const {
+    return static_cast<std::size_t>(&drive - drives.data());
+  }
   /** All parts of all volumes. */
   std::size_t parts() const;
 };

@@ -35,7 +35,8 @@ std::optional<Extent> PoolLayout::chunksAt(const DrivePart& place) const {
   }
   const Extent chunks{
       m_firstChunks[place.member] + place.first / m_extentsPerChunk, place.extents / m_extentsPerChunk};
-  return chunks.first + chunks.chunks <= m_firstChunks[place.member + 1] ? std::optional(chunks) : std::nullopt;
+  return chunks.first + chunks.chunks <= m_firstChunks[place.member + 1] ? std::optional(chunks)
+                                                                         : std::nullopt;
 }
 
 std::vector<Extent> PoolLayout::freeChunks(const std::vector<DrivePart>& used) const {

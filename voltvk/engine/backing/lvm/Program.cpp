@@ -49,8 +49,8 @@ struct Plan {
   milliseconds grace{};
 };
 
-// The process may have many threads, any of which may hold the locks of the C library and of the sanitizers at
-// the time of the clone. Below, the children therefore make system calls and nothing else.
+// The process may have many threads, any of which may hold the locks of the C library and of the sanitizers
+// at the time of the clone. Below, the children therefore make system calls and nothing else.
 
 template <typename Pointer>
 long word(Pointer* pointer) {
@@ -276,8 +276,12 @@ void interpret(const std::string& reports, ProgramOutcome& outcome) {
   std::copy_n(reports.data(), sizeof record, reinterpret_cast<char*>(&record));
   outcome.code = record.value;
   switch (record.kind) {
-  case Report::NotStarted: outcome.end = ProgramOutcome::End::NotStarted; break;
-  case Report::TimedOut: outcome.end = ProgramOutcome::End::TimedOut; break;
+  case Report::NotStarted:
+    outcome.end = ProgramOutcome::End::NotStarted;
+    break;
+  case Report::TimedOut:
+    outcome.end = ProgramOutcome::End::TimedOut;
+    break;
   default:
     outcome.end = WIFEXITED(record.value) ? ProgramOutcome::End::Exited : ProgramOutcome::End::Killed;
     outcome.code = WIFEXITED(record.value) ? WEXITSTATUS(record.value) : WTERMSIG(record.value);

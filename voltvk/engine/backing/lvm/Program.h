@@ -43,9 +43,9 @@ constexpr const char* PROGRAM_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/
 std::string pathOfProgram(const std::string& name);
 
 /**
- * Runs a program and waits for it. No shell takes part. Its input is empty, its directory "/", its environment
- * has nothing of this process's. It is in a session of its own, so that keys pressed for this process do not
- * interrupt it, and goes on if this process ends.
+ * Runs a program and waits for it. No shell takes part. Its input is empty, its directory "/", its
+ * environment has nothing of this process's. It is in a session of its own, so that keys pressed for this
+ * process do not interrupt it, and goes on if this process ends.
  *
  * Can be called from any thread of any process: whatever the process does with signals, its descriptors or
  * its children, it neither notices the program nor disturbs it.

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_BACKING_LVM_LVMPOOLS_H
+#define VOLTVK_ENGINE_BACKING_LVM_LVMPOOLS_H
+
+#include "voltvk/engine/backing/lvm/LvmCommand.h"
+#include "voltvk/engine/backing/lvm/LvmGroup.h"
+#include "voltvk/engine/state/Snapshot.h"
+
+#include <string>
+#include <vector>
+
+namespace voltvk {
+
+/** Claims and releases the drives of pools. Functions throw Refusal. */
+class LvmPools {
+public:
+  LvmPools(const LvmCommand& command, std::string group) : m_command(command), m_group(std::move(group)) {}
+
+  void make(const PoolRecord& pool, const Configuration& configuration);
+  void remove(const PoolRecord& pool, const Configuration& configuration);
+  void describe(const PoolRecord& pool);
+
+  /** Uses drives again that were missing when the group was changed: what is on them is still what it was. */
+  void restoreReturned(const LvmGroup& group) const;
+
+private:
+  /** Drives of a pool that is removed, in every state they can be in. */
+  struct Claimed {
+    std::vector<std::string> members;  ///< device nodes in the group
+    std::vector<std::string> loose;    ///< device nodes of physical volumes in no group
+    bool someAreGone = false;
+    bool areAll = false;  ///< nothing else is in the group
+  };
+
+  void claim(const DriveRecord& drive) const;
+  Claimed claimed(const LvmGroup& group, const PoolRecord& pool, const Configuration& configuration) const;
+  void dropGoneDrives(const PoolRecord& pool, const Configuration& configuration) const;
+
+  const LvmCommand& m_command;
+  const std::string m_group;
+};
+
+/** The drive of a member. @throws Refusal TVK_BACKING_FAILED if the configuration has none */
+const DriveRecord& driveOf(const PoolMemberRecord& member, const Configuration& configuration);
+
+/** @throws Refusal TVK_BACKING_UNAVAILABLE if a group of that name belongs to somebody else */
+void requireOurGroup(const LvmGroup& group);
+
+}  // namespace voltvk
+
+#endif
