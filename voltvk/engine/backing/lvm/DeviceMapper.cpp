@@ -95,6 +95,9 @@ Stats listRegions(const std::string& name) {
 
 std::vector<StatisticsRegion> regionsOf(const Stats& stats) {
   std::vector<StatisticsRegion> regions;
+  if (dm_stats_get_nr_regions(stats.get()) == 0) {
+    return regions;  // libdevmapper 1.02.185 crashes on a walk through none
+  }
   dm_stats_foreach_region(stats.get()) {
     StatisticsRegion region;
     region.id = dm_stats_get_current_region(stats.get());

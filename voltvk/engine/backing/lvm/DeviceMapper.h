@@ -33,7 +33,7 @@ struct StatisticsRegion {
   std::uint64_t areaSectors = 0;  ///< of each area; the last one may be smaller
   std::uint64_t timesTaken = 0;   ///< how often the counters have been taken, by any process
 
-  std::uint64_t areas() const { return (sectors + areaSectors - 1) / areaSectors; }
+  std::uint64_t areas() const { return areaSectors == 0 ? 0 : (sectors + areaSectors - 1) / areaSectors; }
 };
 
 /** What the kernel has counted for one area of a region. */
