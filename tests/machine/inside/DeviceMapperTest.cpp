@@ -23,6 +23,8 @@ using voltvk::VolumeRecord;
 
 namespace {
 
+constexpr std::uint64_t MIB = 2048;  ///< in sectors
+
 using Counts = std::vector<std::array<std::uint64_t, 4>>;  // first chunk, chunks, reads, writes
 
 Counts countsOf(const KernelCounters& counters) {
@@ -71,13 +73,13 @@ TEST_F(DeviceMapperTest, CountsReadsAndWritesOfChunksWhereverTheyAre) {
   VolumeRecord volume;
   volume.id = 1;
   volume.type = 1;
-  volume.chunkSectors = 2 * 2048;
+  volume.chunkSectors = 2 * MIB;
   volume.hddChunks = 16;
   volume.ssdChunks = 4;
   const std::string device = DeviceMapper::deviceName("tvp", "vol1");
   EXPECT_EQ(m_mapper.obstacle(), "");
   EXPECT_TRUE(countsOf(m_counters.counters(volume)).empty());
-  EXPECT_TRUE(m_mapper.createRegion(device, 40 * 2048, 4096 + 8)) << m_mapper.lastError();
+  EXPECT_TRUE(m_mapper.createRegion(device, 40 * MIB, 2 * MIB + 8)) << m_mapper.lastError();
   m_counters.begin(volume);
   const auto region = m_mapper.region(device);
   ASSERT_TRUE(region) << m_mapper.lastError();
@@ -113,7 +115,7 @@ TEST_F(DeviceMapperTest, CountsReadsAndWritesOfChunksWhereverTheyAre) {
 TEST_F(DeviceMapperTest, CountsAsManyAreasAsThereMayBe) {
   run("lvcreate -y -Wy -Zy -l 256 -n vol1 tvp /dev/sda");
   const std::string device = DeviceMapper::deviceName("tvp", "vol1");
-  const auto region = m_mapper.createRegion(device, 65536 * 8, 8);
+  const auto region = m_mapper.createRegion(device, 256 * MIB, 8);
   ASSERT_TRUE(region) << m_mapper.lastError();
   ASSERT_EQ(region->areas(), VolumeCounters::MAX_AREAS);
   for (const std::uint64_t mebibyte : {0, 3, 4, 100, 255}) {
