@@ -15,7 +15,10 @@ struct AreaCounters {
   std::uint64_t writes = 0;
 };
 
-/** The cache of a cached volume. The four counters only grow, until the volume is made available again. */
+/**
+ * The cache of a cached volume. The four counters have 32 bits and only grow, except that they continue from
+ * earlier values after a power failure, and when the cache's policy has been changed.
+ */
 struct CacheCounters {
   std::uint64_t readHits = 0;
   std::uint64_t readMisses = 0;

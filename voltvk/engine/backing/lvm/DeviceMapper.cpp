@@ -56,10 +56,6 @@ keepMessage(int level, const char* /*file*/, int /*line*/, int /*error*/, const 
   va_end(arguments);
 }
 
-void note(const std::string& message) {
-  std::snprintf(g_message.data(), g_message.size(), "%s", message.c_str());
-}
-
 Pool makePool() {
   return Pool(dm_pool_create("voltvk", 1024));
 }
@@ -144,7 +140,9 @@ public:
     const FileDescriptor control(open(CONTROL, O_RDWR | O_CLOEXEC));
     m_isUsable = static_cast<bool>(control);
     if (!m_isUsable) {
-      note(std::string("the device mapper cannot be used: ") + CONTROL + ": " + std::strerror(errno));
+      std::snprintf(
+          g_message.data(), g_message.size(), "the device mapper cannot be used: %s: %s", CONTROL,
+          std::strerror(errno));
     }
   }
   ~Session() {
@@ -191,7 +189,7 @@ std::string DeviceMapper::obstacle() const {
     std::array<char, 64> version{};
     if (session.isUsable() && dm_driver_version(version.data(), version.size()) == 0 &&
         g_message[0] == '\0') {
-      note("the kernel's device mapper does not answer");
+      std::snprintf(g_message.data(), g_message.size(), "the kernel's device mapper does not answer");
     }
   }
   return lastError();

@@ -30,6 +30,7 @@ std::uint64_t VolumeCounters::areaSectors(const VolumeRecord& volume) {
 void VolumeCounters::begin(const VolumeRecord& volume) {
   if (!volume.isCached() && !usableRegion(volume)) {
     makeRegion(volume);
+    forget(volume);
   }
 }
 
@@ -62,9 +63,13 @@ KernelCounters VolumeCounters::take(const VolumeRecord& volume) {
   } else {
     makeRegion(volume);
   }
+  forget(volume);
+  return taken;
+}
+
+void VolumeCounters::forget(const VolumeRecord& volume) {
   const std::lock_guard<std::mutex> lock(m_mutex);
   m_latest.erase(volume.id);
-  return taken;
 }
 
 std::string VolumeCounters::deviceName(const VolumeRecord& volume) const {

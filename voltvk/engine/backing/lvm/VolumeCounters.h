@@ -57,6 +57,7 @@ private:
     KernelCounters counters;
   };
 
+  void forget(const VolumeRecord& volume);
   std::string deviceName(const VolumeRecord& volume) const;
   std::optional<StatisticsRegion> usableRegion(const VolumeRecord& volume) const;
   std::optional<StatisticsRegion> makeRegion(const VolumeRecord& volume) const;
