@@ -38,6 +38,8 @@ management clients and for demonstrations.")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONFLICTS tarvexpro-dev)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_REPLACES tarvexpro-dev)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_PROVIDES tarvexpro-dev)
+# Real volumes need these programs; pools and volumes that are book-keeping only do not.
+set(CPACK_DEBIAN_PROVIDER_PACKAGE_RECOMMENDS "lvm2, thin-provisioning-tools")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
   ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/prerm
   ${PROJECT_SOURCE_DIR}/packaging/debian/postrm ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
