@@ -148,6 +148,9 @@ void World::describe(Thing thing, const std::string& suffix) {
 }
 
 void World::heat() {
+  if (!has(TIERED)) {
+    return;
+  }
   m_state.change([&](Connection& connection) {
     connection.execute("UPDATE chunk SET heat = 0");
     voltvk::Statement touch(
