@@ -6,6 +6,8 @@ set -euo pipefail
 PATH=$(cd "$1" && pwd):$PATH
 source=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 scratch=$(mktemp -d)
+# shellcheck source=host/tour-steps.sh
+. "$source/host/tour-steps.sh"
 watcher=
 cleanUp() {
   [ -z "$watcher" ] || kill "$watcher" 2>/dev/null || true
@@ -18,21 +20,11 @@ export TVP_TEST_ROOT=$scratch/root
 mkdir -p "$TVP_TEST_ROOT/usr/VolMan"
 cp "$source/share/TVPEvents.properties" "$TVP_TEST_ROOT/usr/VolMan/"
 
-heading() { printf '\n--- %s\n' "$*"; }
-# Shows a command as one would type it, then runs it.
-step() {
-  local word line='$'
-  for word in "$@"; do
-    case $word in *' '*) line+=" '$word'" ;; *) line+=" $word" ;; esac
-  done
-  printf '\n%s\n' "$line"
-  "$@"
-}
 # addDrive VARIABLE OPTION...: shows and runs `voltvkctl drive add`, which prints the drive's number.
 addDrive() {
   local variable=$1 number
   shift
-  printf '\n$ voltvkctl drive add %s\n' "$*"
+  show voltvkctl drive add "$@"
   number=$(voltvkctl drive add "$@")
   printf '%s\n' "$number"
   printf -v "$variable" '%s' "$number"
@@ -52,7 +44,7 @@ addDrive fast1 --type ssd --size 100GiB --model Flash --serial SSD-1
 addDrive fast2 --type ssd --size 100GiB --model Flash --serial SSD-2
 
 heading 'A client subscribes to indications and waits for the first one'
-printf '\n$ tvpcim watch --count 1 &\n'
+show tvpcim watch --count 1 '&'
 tvpcim watch --count 1 --seconds 30 >"$scratch/indication" 2>"$scratch/subscribed" &
 watcher=$!
 for _ in $(seq 100); do

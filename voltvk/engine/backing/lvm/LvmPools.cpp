@@ -242,11 +242,13 @@ void LvmPools::describe(const PoolRecord& pool) {
   std::map<Words, std::vector<std::string>> nodesOfChange;
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
     const LvmDrive* drive = group.member(pool.id, position);
-    if (drive != nullptr) {
-      const Words changes = tagChanges(drive->tags, tagsOf(pool, position));
-      if (!changes.empty()) {
-        nodesOfChange[changes].push_back(drive->node.empty() ? "the missing drive" : drive->node);
-      }
+    const Words changes = drive == nullptr ? Words() : tagChanges(drive->tags, tagsOf(pool, position));
+    if (!changes.empty()) {
+      require(!drive->isMissing, TVK_BACKING_FAILED, [&] {
+        return "could not " + taskOf("describe", pool) +
+               ": one of its drives is missing; attach it and try again";
+      });
+      nodesOfChange[changes].push_back(drive->node);
     }
   }
   for (const auto& [changes, nodes] : nodesOfChange) {
