@@ -33,11 +33,18 @@ This package contains the provider, the embedded storage library with its
 command voltvkctl, the CIM schema, tvp-register, which registers the provider
 with an object manager, and tvpcim, which loads the provider without one: it
 makes CIM calls and prints the results, for administration, for developing
-management clients and for demonstrations.")
+management clients and for demonstrations.
+.
+Pools and volumes are book-keeping until an administrator makes them real;
+they then are on the drives of the machine, through the Linux volume manager.")
+# For real volumes, which are an administrator's choice: the volume manager, and the cache_check that it runs for caches.
+set(CPACK_DEBIAN_PROVIDER_PACKAGE_RECOMMENDS "lvm2, thin-provisioning-tools")
 # Version 1.0.0 had tvpcim in a package of its own.
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONFLICTS tarvexpro-dev)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_REPLACES tarvexpro-dev)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_PROVIDES tarvexpro-dev)
+# Real volumes need these programs; pools and volumes that are book-keeping only do not.
+set(CPACK_DEBIAN_PROVIDER_PACKAGE_RECOMMENDS "lvm2, thin-provisioning-tools")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
   ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/prerm
   ${PROJECT_SOURCE_DIR}/packaging/debian/postrm ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)

@@ -8,14 +8,16 @@ namespace voltvk::ctl {
 
 void printCompletions(const Context& context, const std::vector<std::string>& words) {
   const bool volumes = words.size() == 2 && (words[0] == "io" || words[0] == "heat");
+  const bool flushed = words.size() == 3 && words[0] == "volume" && words[1] == "flush";
   const bool drives = words.size() == 3 && words[0] == "drive" && words[1] == "remove";
-  if (!volumes && !drives) {
+  if (!volumes && !flushed && !drives) {
     return;
   }
   const std::shared_ptr<const Snapshot> snapshot = context.state()->snapshot();
   for (const RaidObject* object : snapshot->objects()) {
     std::string name;
-    if (const auto* volume = dynamic_cast<const VirtualVolume*>(object); volume != nullptr && volumes) {
+    if (const auto* volume = dynamic_cast<const VirtualVolume*>(object);
+        volume != nullptr && (volumes || flushed)) {
       name = volume->getName();
     }
     if (const auto* drive = dynamic_cast<const LogicalDevice*>(object); drive != nullptr && drives) {

@@ -7,6 +7,7 @@
 #include "voltvk/ctl/ReplaceFile.h"
 #include "voltvk/ctl/Volumes.h"
 #include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/state/Refusal.h"
 
 #include <CLI/CLI.hpp>
 
@@ -57,10 +58,14 @@ void showHeat(const HeatOptions& options, const Context& context) {
   }
   VolumeRecord volume;
   std::vector<RememberedChunk> chunks;
-  context.state()->read([&](Connection& connection) {
+  const std::shared_ptr<State> state = context.state();
+  state->read([&](Connection& connection) {
     volume = findVolume(connection, options.volume);
     chunks = rememberedChunks(connection, volume);
   });
+  require(
+      !volume.isCached() || !state->backing()->isReal(), TVK_NOT_POSSIBLE_HERE,
+      "the kernel does not tell which chunks are in a cache; see `tvpcim volume stats` for its hits");
   if (svgOnly) {
     std::cout << heatSvg(volume, chunks);
     return;

@@ -4,6 +4,7 @@
 #include "voltvk/ctl/HeatLegend.h"
 #include "voltvk/ctl/Volumes.h"
 #include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/contract/VolumeUpkeep.h"
 #include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
@@ -11,6 +12,11 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <array>
+#include <csignal>
+#include <iostream>
+
+#include <unistd.h>
 
 namespace voltvk::ctl {
 
@@ -75,6 +81,50 @@ Json listVolumes(State& state) {
   return list;
 }
 
+/** Set by the signal that ends a flush early. */
+volatile std::sig_atomic_t interrupted = 0;
+
+/** While it exists, Ctrl-C and a request to end are kept for the flush, which then ends in order. */
+class InterruptGuard {
+public:
+  InterruptGuard() {
+    interrupted = 0;
+    m_before = {std::signal(SIGINT, remember), std::signal(SIGTERM, remember)};
+  }
+  ~InterruptGuard() {
+    std::signal(SIGINT, m_before[0]);
+    std::signal(SIGTERM, m_before[1]);
+  }
+  InterruptGuard(const InterruptGuard&) = delete;
+  InterruptGuard& operator=(const InterruptGuard&) = delete;
+
+private:
+  static void remember(int /*signal*/) { interrupted = 1; }
+
+  std::array<void (*)(int), 2> m_before{};
+};
+
+void flush(const std::string& wanted, const Context& context) {
+  const std::shared_ptr<State> state = context.state();
+  VolumeRecord volume;
+  state->read([&](Connection& connection) { volume = findVolume(connection, wanted); });
+  const bool showsProgress = ::isatty(STDERR_FILENO) == 1;
+  const InterruptGuard guard;
+  VolumeUpkeep(*state).flush(volume.id, [&](std::uint64_t dirty) {
+    if (showsProgress) {
+      std::cerr << '\r' << volume.name << ": " << counted(dirty, "block") << " left \033[K" << std::flush;
+    }
+    return interrupted == 0;
+  });
+  if (showsProgress) {
+    std::cerr << "\r\033[K" << std::flush;
+  }
+  const bool isWhole = interrupted == 0;
+  context.output.write(
+      {{"volume", volume.name}, {"id", volume.id}, {"complete", isWhole}},
+      "volume " + volume.name + (isWhole ? ": the cache is written back" : ": ended early"));
+}
+
 }  // namespace
 
 std::string devicePathOf(State& state, const VolumeRecord& volume) {
@@ -82,8 +132,13 @@ std::string devicePathOf(State& state, const VolumeRecord& volume) {
 }
 
 void addVolumeCommands(CLI::App& app, Context& context) {
-  CLI::App* volume = app.add_subcommand("volume", "List volumes");
+  CLI::App* volume = app.add_subcommand("volume", "List volumes, write back their caches");
   volume->require_subcommand(1);
+  auto flushed = std::make_shared<std::string>();
+  CLI::App* flushing =
+      volume->add_subcommand("flush", "Write back the cache of a volume; Ctrl-C ends it early");
+  flushing->add_option("VOLUME", *flushed, "Name or number of the volume")->required();
+  flushing->callback([flushed, &context] { flush(*flushed, context); });
   volume->add_subcommand("list", "List the volumes with their parts, pools and devices")
       ->callback([&context] {
         context.output.writeList(

@@ -99,7 +99,7 @@ TEST(LvmTags, ThatAreBrokenMeanNothing) {
 }
 
 TEST(PoolLayout, FindsEveryChunkAgain) {
-  for (const std::uint64_t chunkMib : {1, 4, 32}) {
+  for (const std::uint64_t chunkMib : std::vector<std::uint64_t>{1, 4, 32}) {
     const PoolLayout layout(pool(1, TVK_TIER_HDD, chunkMib, {{0, 3}, {1, 0}, {2, 5}}));
     for (std::uint64_t first = 0; first < 8; ++first) {
       for (std::uint64_t count = 1; first + count <= 8; ++count) {

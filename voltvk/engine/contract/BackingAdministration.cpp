@@ -9,6 +9,7 @@
 #include "voltvk/engine/state/SnapshotReader.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace voltvk {
 
@@ -33,6 +34,18 @@ void requireNoPools(Connection& connection, const char* before) {
     return "there " + std::string(pools == 1 ? "is " : "are ") + counted(pools, "pool") +
            ", internal ones included; delete them before " + before;
   });
+}
+
+/** One repair. Why it cannot be made becomes a difference, so that the others are made. */
+void attempt(BackingReport& report, const std::function<void()>& repair) {
+  try {
+    repair();
+  } catch (const Refusal& refusal) {
+    if (refusal.status() != TVK_BACKING_FAILED) {
+      throw;
+    }
+    report.differences.emplace_back(refusal.what());
+  }
 }
 
 }  // namespace
@@ -80,15 +93,20 @@ void BackingAdministration::repair(Backing& backing, BackingReport& report) {
     return;
   }
   for (const PoolRecord& pool : configuration.pools) {
-    backing.describePool(pool, configuration);
+    attempt(report, [&] { backing.describePool(pool, configuration); });
   }
   for (const VolumeRecord& volume : configuration.volumes) {
-    backing.describeVolume(volume);
-    const std::vector<VolumeExtentRecord> layout = backing.layout(volume, configuration);
-    m_state.change([&](Connection& connection) {
-      if (adoptLayout(connection, volume, layout)) {
-        report.repairs.push_back("recorded where the chunks of " + nameOf(volume) + " are");
+    attempt(report, [&] {
+      backing.describeVolume(volume);
+      const std::vector<VolumeExtentRecord> layout = backing.layout(volume, configuration);
+      if (layout.empty()) {
+        return;  // it does not exist, which remains as a difference
       }
+      m_state.change([&](Connection& connection) {
+        if (adoptLayout(connection, volume, layout)) {
+          report.repairs.push_back("recorded where the chunks of " + nameOf(volume) + " are");
+        }
+      });
     });
   }
   report.repairs.emplace_back("recorded names and descriptions beside the data");
@@ -103,7 +121,9 @@ RecoveredState BackingAdministration::recover() {
   withBacking(m_state, [&](Backing& backing) {
     m_state.read([](Connection& connection) { requireNoPools(connection, "the state is rebuilt"); });
     backing.activate();
-    const Configuration found = backing.recovered(m_state.scanDrives());
+    m_state.changeWithDrives(
+        [](Connection&) {});  // an empty state has to give the drives their numbers first
+    const Configuration found = backing.recovered(m_state.snapshot()->configuration().drives);
     m_state.change([&](Connection& connection) {
       requireNoPools(connection, "the state is rebuilt");
       RecordWriter writer(connection);

@@ -13,9 +13,6 @@ namespace voltvk {
 
 namespace {
 
-/** Ends a transaction whose work was only tried. */
-struct Rehearsed {};
-
 template <typename Record>
 const Record* find(const std::vector<Record>& records, std::uint32_t id) {
   const auto found =
@@ -173,17 +170,14 @@ void StorageChange::run(const State::Work& work, bool withDrives) {
 void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool withDrives) {
   Configuration before;
   Configuration after;
-  const auto rehearse = [&](Connection& connection) {
+  if (withDrives) {
+    m_state.changeWithDrives([](Connection&) {});  // so that the drives of before are those of now
+  }
+  tryOut(m_state, [&](Connection& connection) {
     before = SnapshotReader(connection).configuration();
     work(connection);
     after = SnapshotReader(connection).configuration();
-    throw Rehearsed{};
-  };
-  try {
-    change(rehearse, withDrives);
-  } catch (const Rehearsed&) {
-    // Undone with its transaction.
-  }
+  });
   const std::vector<Intent> steps = stepsBetween(before, after);
   m_state.change([&](Connection& connection) { Intents(connection).record(steps); });
   Steps carrier(backing, before, after);
@@ -220,6 +214,18 @@ void StorageChange::undo(Steps& carrier, const std::vector<Intent>& begun) {
     m_state.change([](Connection& connection) { Intents(connection).clear(); });
   } catch (const std::exception&) {
     // The next change finds the intents and tries once more; the caller learns why the change failed.
+  }
+}
+
+void tryOut(State& state, const State::Work& work) {
+  struct TriedOut {};
+  try {
+    state.change([&](Connection& connection) {
+      work(connection);
+      throw TriedOut{};
+    });
+  } catch (const TriedOut&) {
+    // Undone with its transaction.
   }
 }
 

@@ -49,6 +49,9 @@ std::vector<Intent> stepsBetween(const Configuration& before, const Configuratio
  */
 std::vector<std::string> settleIntents(State& state, Backing& backing);
 
+/** Runs work in a transaction that is undone at once, to learn what it would do. */
+void tryOut(State& state, const State::Work& work);
+
 /** Runs a function while no other change of real pools and volumes is under way, with all intents settled. */
 void withBacking(State& state, const std::function<void(Backing&)>& work);
 

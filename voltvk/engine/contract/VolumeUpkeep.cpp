@@ -23,9 +23,10 @@ VolumeRecord VolumeUpkeep::find(std::uint32_t volumeId) {
 }
 
 void VolumeUpkeep::collect(Backing& backing, const VolumeRecord& volume) {
-  const KernelCounters counted = backing.takeCounters(volume);
-  m_state.change(
-      [&](Connection& connection) { KernelActivity(connection, volume, counted).collect(connection); });
+  // Taken when nothing can keep the state from recording them any more.
+  m_state.change([&](Connection& connection) {
+    KernelActivity(connection, volume, backing.takeCounters(volume)).collect(connection);
+  });
 }
 
 void VolumeUpkeep::flush(std::uint32_t volumeId, const FlushProgress& progress) {
@@ -83,16 +84,24 @@ d_ioctl_user_stat VolumeUpkeep::statistics(std::uint32_t volumeId) {
   return statistics;
 }
 
+RoundResult VolumeUpkeep::planRound(Backing& backing, std::uint32_t volumeId) {
+  const VolumeRecord volume = find(volumeId);
+  const KernelCounters counted = backing.isReal() ? backing.counters(volume) : KernelCounters();
+  PolicyChoice choice;
+  tryOut(m_state, [&](Connection& connection) {
+    if (backing.isReal()) {
+      KernelActivity(connection, volume, counted).collect(connection);
+    }
+    choice = PolicyEngine(connection).choose(volume);
+  });
+  return {choice.promoted.size(), choice.demoted.size()};
+}
+
 RoundResult VolumeUpkeep::runRound(std::uint32_t volumeId, bool dryRun) {
   const std::shared_ptr<Backing> backing = m_state.backing();
   RoundResult result;
   if (dryRun) {
-    m_state.read([&](Connection& connection) {
-      PolicyEngine engine(connection);
-      const std::vector<VolumeRecord> volumes = SnapshotReader(connection).volumes();
-      const PolicyChoice choice = engine.choose(VolumeRules({}, volumes).volume(volumeId));
-      result = {choice.promoted.size(), choice.demoted.size()};
-    });
+    result = planRound(*backing, volumeId);
   } else if (backing->isReal()) {
     withBacking(m_state, [&](Backing& real) { result = runRoundOnDrives(real, volumeId); });
   } else {

@@ -41,6 +41,7 @@ public:
 private:
   VolumeRecord find(std::uint32_t volumeId);
   void collect(Backing& backing, const VolumeRecord& volume);
+  RoundResult planRound(Backing& backing, std::uint32_t volumeId);
   RoundResult runRoundOnDrives(Backing& backing, std::uint32_t volumeId);
 
   State& m_state;

@@ -268,9 +268,10 @@ bool LvmMoves::complete() {
   bool found = false;
   for (const LvmVolume& volume : group.volumes) {
     if (!volume.movedFrom.empty()) {
+      const LvmVolume* source = group.volume(volume.name + "_mimage_0");
       m_command.run(
           "complete the move of extents from " + volume.movedFrom, {"pvmove", "-i", "1", volume.movedFrom},
-          limitsFor(volume.extents()));
+          limitsFor(source == nullptr ? 0 : source->extents()));
       found = true;
     }
   }

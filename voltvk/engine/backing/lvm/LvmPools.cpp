@@ -150,13 +150,16 @@ void LvmPools::make(const PoolRecord& pool, const Configuration& configuration) 
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
     const PoolMemberRecord& member = pool.members[position];
     const LvmDrive* drive = made.member(pool.id, position);
-    require(
-        drive != nullptr && drive->extents >= member.chunks * (pool.chunkSectors / EXTENT_SECTORS),
-        TVK_NOT_ENOUGH_SPACE, [&] {
-          return nameOf(driveOf(member, configuration)) + " has room for " +
-                 sizeText((drive == nullptr ? 0 : drive->extents) * EXTENT_SECTORS) + ", less than the " +
-                 sizeText(member.chunks * pool.chunkSectors) + " that its pool needs of it; ask for less";
-        });
+    require(drive != nullptr, TVK_BACKING_FAILED, [&] {
+      return nameOf(driveOf(member, configuration)) + " did not become a drive of " + nameOf(pool) +
+             "; see its tags in `pvs -o +pv_tags`";
+    });
+    const std::uint64_t needed = member.chunks * pool.chunkSectors;
+    require(drive->extents * EXTENT_SECTORS >= needed, TVK_NOT_ENOUGH_SPACE, [&] {
+      return nameOf(driveOf(member, configuration)) + " has room for " +
+             sizeText(drive->extents * EXTENT_SECTORS) + ", less than the " + sizeText(needed) +
+             " that its pool needs of it; ask for less";
+    });
   }
 }
 
@@ -239,11 +242,13 @@ void LvmPools::describe(const PoolRecord& pool) {
   std::map<Words, std::vector<std::string>> nodesOfChange;
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
     const LvmDrive* drive = group.member(pool.id, position);
-    if (drive != nullptr) {
-      const Words changes = tagChanges(drive->tags, tagsOf(pool, position));
-      if (!changes.empty()) {
-        nodesOfChange[changes].push_back(drive->node.empty() ? "the missing drive" : drive->node);
-      }
+    const Words changes = drive == nullptr ? Words() : tagChanges(drive->tags, tagsOf(pool, position));
+    if (!changes.empty()) {
+      require(!drive->isMissing, TVK_BACKING_FAILED, [&] {
+        return "could not " + taskOf("describe", pool) +
+               ": one of its drives is missing; attach it and try again";
+      });
+      nodesOfChange[changes].push_back(drive->node);
     }
   }
   for (const auto& [changes, nodes] : nodesOfChange) {

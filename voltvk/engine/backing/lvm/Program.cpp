@@ -80,7 +80,7 @@ enum ChildDescriptor : int { INPUT = 0, OUTPUT = 1, ERRORS = 2, REPORT = 3 };
 
 void report(Report::Kind kind, int value) {
   const Report record{kind, value};
-  kernel(SYS_write, REPORT, &record, sizeof record);
+  kernel(SYS_write, REPORT, &record, static_cast<long>(sizeof record));
 }
 
 void keepOnlyOwnDescriptors(const Plan& plan) {
