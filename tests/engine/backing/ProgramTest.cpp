@@ -2,6 +2,7 @@
 // Programs are run from whatever process an object manager is, and what they do is told exactly.
 #include "support/TemporaryDirectory.h"
 #include "voltvk/engine/backing/lvm/LvmCommand.h"
+#include "voltvk/engine/state/FileDescriptor.h"
 #include "voltvk/engine/state/Refusal.h"
 
 #include <gmock/gmock.h>
@@ -14,6 +15,8 @@
 #include <csignal>
 #include <thread>
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -113,6 +116,29 @@ TEST(Program, DoesNotDependOnTheProcessAroundIt) {
   int status = 0;
   ASSERT_EQ(waitpid(host, &status, 0), host);
   EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+}
+
+TEST(Program, KeepsALockWhenTheProcessAroundItIsKilled) {
+  const tvp::test::TemporaryDirectory directory;
+  const std::string lock = directory.write("lock", "");
+  const std::string started = directory.file("started");
+  const std::string goOn = directory.file("goOn");
+  ASSERT_EQ(mkfifo(started.c_str(), 0600) + mkfifo(goOn.c_str(), 0600), 0);
+  const pid_t host = fork();
+  if (host == 0) {
+    const FileDescriptor held(open(lock.c_str(), O_RDWR | O_CLOEXEC));
+    flock(held.get(), LOCK_EX);
+    const KeptOpen kept(held.get());
+    sh(": > " + started + "; : < " + goOn);
+    _exit(0);
+  }
+  close(open(started.c_str(), O_RDONLY));
+  kill(host, SIGKILL);
+  waitpid(host, nullptr, 0);
+  const FileDescriptor other(open(lock.c_str(), O_RDWR | O_CLOEXEC));
+  EXPECT_EQ(flock(other.get(), LOCK_EX | LOCK_NB), -1);
+  close(open(goOn.c_str(), O_WRONLY));
+  EXPECT_EQ(flock(other.get(), LOCK_EX), 0);
 }
 
 class LvmCommands : public testing::Test {

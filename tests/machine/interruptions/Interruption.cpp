@@ -62,10 +62,13 @@ std::string read(const char* name) {
   const bool atSync = interruption.kind == "kill-sync" || interruption.kind == "power-sync";
   s_lastSync = atSync ? interruption.step : 0;
   s_cutsPower = interruption.cutsPower();
-  write("what", interruption.kind + " " + (atSync ? "0" : std::to_string(interruption.step)) + " " +
-                    std::to_string(::getpid()));
+  write(
+      "what", interruption.kind + " " + (atSync ? "0" : std::to_string(interruption.step)) + " " +
+                  std::to_string(::getpid()));
   ::setenv("VOLTVK_LVM", TVP_SOURCE_DIR "/tests/machine/interruptions/lvm", 1);
-  ::setenv("VOLTVK_LVM_TIMEOUT", "20", 1);
+  if (interruption.kind == "hanging") {
+    ::setenv("VOLTVK_LVM_TIMEOUT", "60", 1);
+  }
   try {
     change();
   } catch (const std::exception& refusal) {

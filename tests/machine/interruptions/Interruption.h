@@ -30,9 +30,9 @@ struct Interruption {
 
 /** How a change ended. */
 struct Ending {
-  bool wasReached = false;   ///< the interruption took place
+  bool wasReached = false;  ///< the interruption took place
   bool wasKilled = false;
-  std::string refusal;       ///< why the change was refused; empty if it was not
+  std::string refusal;  ///< why the change was refused; empty if it was not
 };
 
 /**

@@ -176,7 +176,9 @@ void World::become(unsigned int things) {
     if (!has(thing)) {
       make(thing);
     }
-    describe(thing, "");
+    if (text().find(" " + NAMES.at(thing) + " (about " + NAMES.at(thing) + ")") == std::string::npos) {
+      describe(thing, "");
+    }
     if (thing == TIERED || thing == CACHED) {
       forContents(idOf(thing), true, failures);
     }
@@ -256,9 +258,12 @@ void World::compareDrives(std::vector<std::string>& found) {
     }
   }
   for (const char* node : {"/dev/sda", "/dev/sdb", "/dev/sdc", "/dev/sdd"}) {
-    const std::string content = voltvk::findDrive(node).content;
-    if (content.empty() != (members.count(numberOf(now, node)) == 0)) {
-      found.push_back(std::string(node) + (content.empty() ? " of a pool is empty" : " of no pool " + content));
+    const voltvk::DriveFinding drive = voltvk::findDrive(node);
+    const bool isMember = members.count(numberOf(now, node)) > 0;
+    const bool isUntouched = drive.error == 0 && drive.content.empty();
+    if (isMember == isUntouched) {
+      found.push_back(
+          std::string(node) + (isMember ? " of a pool is empty" : " of no pool is not: " + drive.content));
     }
   }
 }
@@ -281,7 +286,8 @@ void World::forContents(std::uint32_t volumeId, bool write, std::vector<std::str
     const ssize_t done = write ? ::pwrite(device.get(), expected.data(), BLOCK, position)
                                : ::pread(device.get(), actual.data(), BLOCK, position);
     if (done != static_cast<ssize_t>(BLOCK) || (!write && actual != expected)) {
-      found.push_back(node + (write ? ": cannot write MiB " : ": other contents in MiB ") + std::to_string(index));
+      found.push_back(
+          node + (write ? ": cannot write MiB " : ": other contents in MiB ") + std::to_string(index));
       return;
     }
   }

@@ -13,8 +13,8 @@ namespace tvp::test {
 enum Thing : unsigned int { FAST = 1, SLOW = 2, TIERED = 4, CACHED = 8 };
 
 /**
- * The pools and volumes on the drives of the machine: a pool of both SSDs, one of the first hard disk, a tiered
- * volume on both, and a cached volume on the second hard disk. There is one World at a time.
+ * The pools and volumes on the drives of the machine: a pool of both SSDs, one of the first hard disk, a
+ * tiered volume on both, and a cached volume on the second hard disk. There is one World at a time.
  */
 class World {
 public:

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Changes of real pools and volumes that are interrupted at each of their steps, which are found by running each
-// change once undisturbed. Whatever the interruption was, afterwards there is what was there before the change or
-// what there is after it, on the drives and in the state, with the contents of all volumes.
-// usage: test_interruptions [--some] KIND...
-// The kinds are those of the script "lvm" beside this file. A kind "power-..." ends the machine: what was under way is
-// beside the state, and the next run, with the same arguments, goes on. Refuses to run outside the emulated machine.
+// Changes of real pools and volumes that are interrupted at each of their steps, which are found by running
+// each change once undisturbed. Whatever the interruption was, afterwards there is what was there before the
+// change or what there is after it, on the drives and in the state, with the contents of all volumes. usage:
+// test_interruptions [--some] KIND... The kinds are those of the script "lvm" beside this file. A kind
+// "power-..." ends the machine: what was under way is beside the state, and the next run, with the same
+// arguments, goes on. Refuses to run outside the emulated machine.
 #include "Interruption.h"
 #include "World.h"
-
 #include "voltvk/engine/contract/VolumeUpkeep.h"
 
 #include <algorithm>
@@ -57,7 +56,6 @@ const std::vector<std::pair<std::string, std::string>> SOME = {
     {"move chunks", "pvmove"},
     {"make a cached volume", "lvconvert"},
     {"delete a cached volume", "lvremove"},
-    {"delete a pool", "pvremove"},
 };
 
 /** What is under way; survives a power cut. */
@@ -81,9 +79,8 @@ public:
   bool run() {
     load();
     for (; m_now.scenario < SCENARIOS.size(); ++m_now.scenario, m_now.kind = 0) {
-      const bool isDelicate = std::any_of(SOME.begin(), SOME.end(), [&](const auto& some) {
-        return some.first == scenario().name;
-      });
+      const bool isDelicate = std::any_of(
+          SOME.begin(), SOME.end(), [&](const auto& some) { return some.first == scenario().name; });
       if (m_some && !isDelicate) {
         continue;
       }
@@ -94,13 +91,13 @@ public:
         runKind();
       }
     }
-    std::filesystem::remove(FILE);
+    std::filesystem::remove(PROGRESS);
     std::cout << m_now.interruptions << " interruptions, " << m_now.failures << " failures" << std::endl;
     return m_now.failures == 0;
   }
 
 private:
-  static constexpr const char* FILE = "/var/lib/voltvk/interruptions";
+  static constexpr const char* PROGRESS = "/var/lib/voltvk/interruptions";
 
   const Scenario& scenario() const { return SCENARIOS[m_now.scenario]; }
   Interruption interruption() const { return {m_kinds[m_now.kind], m_now.step}; }
@@ -191,15 +188,15 @@ private:
     }
     if (!complaints.empty()) {
       ++m_now.failures;
-      std::cout << "    before: " << m_now.before << "\n    after: " << m_now.after << "\n    refusal: "
-                << ending.refusal << "\n";
+      std::cout << "    before: " << m_now.before << "\n    after: " << m_now.after
+                << "\n    refusal: " << ending.refusal << "\n";
       World::clear();
     }
     std::cout << std::flush;
   }
 
   void load() {
-    std::ifstream file(FILE);
+    std::ifstream file(PROGRESS);
     Progress saved;
     std::size_t lists = 0;
     if (file >> saved.scenario >> saved.kind >> saved.step >> saved.interruptions >> saved.failures) {
@@ -219,7 +216,7 @@ private:
   }
 
   void save() const {
-    std::ofstream file(FILE);
+    std::ofstream file(PROGRESS);
     file << m_now.scenario << " " << m_now.kind << " " << m_now.step << " " << m_now.interruptions << " "
          << m_now.failures << "\n"
          << m_now.before << "\n"

@@ -14,7 +14,8 @@ namespace voltvk {
 
 BackingLock::BackingLock(const std::string& state, std::chrono::steady_clock::time_point until)
     : m_file(
-          ::open((state + "-changes").c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY, 0600)) {
+          ::open((state + "-changes").c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NOCTTY, 0600)),
+      m_kept(m_file.get()) {
   require(static_cast<bool>(m_file), TVK_INTERNAL, [&] {
     return "the file " + state + "-changes cannot be opened (" + std::strerror(errno) +
            "); check its directory";

@@ -2,6 +2,7 @@
 #ifndef VOLTVK_ENGINE_CONTRACT_BACKINGLOCK_H
 #define VOLTVK_ENGINE_CONTRACT_BACKINGLOCK_H
 
+#include "voltvk/engine/backing/lvm/Program.h"
 #include "voltvk/engine/state/FileDescriptor.h"
 
 #include <chrono>
@@ -14,7 +15,8 @@ constexpr std::chrono::seconds BACKING_TIMEOUT{30};
 
 /**
  * Held by the one change of real pools and volumes that is under way, among all threads and processes that
- * use a state. The system releases it if the process ends.
+ * use a state. The system releases it if the process ends, and the program that it was running has ended too.
+ * Belongs to the thread that made it, which is the one that runs programs.
  */
 class BackingLock {
 public:
@@ -26,6 +28,7 @@ public:
 
 private:
   FileDescriptor m_file;
+  const KeptOpen m_kept;
 };
 
 }  // namespace voltvk

@@ -109,28 +109,35 @@ public:
       m_backing.describeVolume(*find(m_before.volumes, intent.object));
       break;
     case Step::RemovePool:
+      m_backing.makePool(*find(m_before.pools, intent.object), m_before);
+      break;
     case Step::RemoveVolume:
     case Step::MoveChunks:
     case Step::Flush:
-      break;  // what is removed stays removed; the others are undone by those who do them
+      break;  // a volume that is still there stays; the others are undone by those who do them
     }
   }
 
+  /** Whether everything that has been begun can be undone: not if a volume, or its cache, is gone. */
+  bool canBeUndone(const std::vector<Intent>& begun) {
+    return std::all_of(begun.begin(), begun.end(), [&](const Intent& intent) {
+      return intent.step != Step::RemoveVolume || isWhole(*find(m_before.volumes, intent.object));
+    });
+  }
+
 private:
+  bool isWhole(const VolumeRecord& volume) {
+    std::uint64_t sectors = 0;
+    for (const VolumeExtentRecord& part : m_backing.layout(volume, m_before)) {
+      sectors += part.extent.chunks * find(m_before.pools, part.pool)->chunkSectors;
+    }
+    return sectors == (volume.hddChunks + volume.ssdChunks) * volume.chunkSectors;
+  }
+
   Backing& m_backing;
   const Configuration& m_before;
   const Configuration& m_after;
 };
-
-namespace {
-
-bool removesSomething(const std::vector<Intent>& steps) {
-  return std::any_of(steps.begin(), steps.end(), [](const Intent& intent) {
-    return intent.step == Step::RemovePool || intent.step == Step::RemoveVolume;
-  });
-}
-
-}  // namespace
 
 std::vector<Intent> stepsBetween(const Configuration& before, const Configuration& after) {
   std::vector<Intent> steps;
@@ -182,13 +189,11 @@ void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool
   m_state.change([&](Connection& connection) { Intents(connection).record(steps); });
   Steps carrier(backing, before, after);
   std::vector<Intent> begun;
-  bool carriedOut = false;
   try {
     for (const Intent& step : steps) {
       begun.insert(begun.begin(), step);
       carrier.carryOut(step);
     }
-    carriedOut = true;
     m_state.change([&](Connection& connection) {
       for (const Intent& step : steps) {
         // A scan may have seen meanwhile what the step has put there.
@@ -198,16 +203,18 @@ void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool
       Intents(connection).clear();
     });
   } catch (...) {
-    // Rows of what is gone go when the intents are settled.
-    if (!carriedOut || !removesSomething(steps)) {
-      undo(carrier, begun);
+    if (!isSettled(backing, carrier, begun)) {
+      throw;
     }
-    throw;
   }
 }
 
-void StorageChange::undo(Steps& carrier, const std::vector<Intent>& begun) {
+bool StorageChange::isSettled(Backing& backing, Steps& carrier, const std::vector<Intent>& begun) {
   try {
+    if (!carrier.canBeUndone(begun)) {
+      settleIntents(m_state, backing);
+      return true;
+    }
     for (const Intent& step : begun) {
       carrier.undo(step);
     }
@@ -215,6 +222,7 @@ void StorageChange::undo(Steps& carrier, const std::vector<Intent>& begun) {
   } catch (const std::exception&) {
     // The next change finds the intents and tries once more; the caller learns why the change failed.
   }
+  return false;
 }
 
 void tryOut(State& state, const State::Work& work) {

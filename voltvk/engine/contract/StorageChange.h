@@ -15,7 +15,8 @@ namespace voltvk {
  *
  * With a backing that is not real it is one transaction. Else the work runs twice: once to learn what it
  * would change, undone at once; then the steps of the backing are recorded as intents and carried out; then
- * the work runs in the transaction that also removes the intents. A step that fails undoes those before it.
+ * the work runs in the transaction that also removes the intents. A step that fails undoes those before it;
+ * once the data of a volume is gone, its deletion is completed.
  *
  * One change at a time, over all threads and processes. Functions throw Refusal, and what the work throws.
  */
@@ -32,7 +33,11 @@ public:
 private:
   class Steps;
 
-  void undo(Steps& carrier, const std::vector<Intent>& begun);
+  /**
+   * Undoes what was begun, or completes it if data is gone already.
+   * @return true if the change was completed after all
+   */
+  bool isSettled(Backing& backing, Steps& carrier, const std::vector<Intent>& begun);
   void runWithSteps(Backing& backing, const State::Work& work, bool withDrives);
   void change(const State::Work& work, bool withDrives);
 

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <optional>
 #include <sstream>
 #include <system_error>
@@ -45,6 +46,7 @@ struct Plan {
   int output = -1;
   int errors = -1;
   int report = -1;
+  int kept = -1;  ///< stays open while the program runs; -1: nothing
   milliseconds timeout{};
   milliseconds grace{};
 };
@@ -75,8 +77,11 @@ long kernel(long number, Arguments... arguments) {
   }
 }
 
-/** Descriptors of a child: those of a program, and the pipe for reports. */
-enum ChildDescriptor : int { INPUT = 0, OUTPUT = 1, ERRORS = 2, REPORT = 3 };
+/** Descriptors of a child: those of a program, the pipe for reports, and what is kept open. */
+enum ChildDescriptor : int { INPUT = 0, OUTPUT = 1, ERRORS = 2, REPORT = 3, KEPT = 4 };
+
+/** What the programs of this thread keep open; -1: nothing. */
+thread_local int t_kept = -1;
 
 void report(Report::Kind kind, int value) {
   const Report record{kind, value};
@@ -88,13 +93,18 @@ void keepOnlyOwnDescriptors(const Plan& plan) {
   kernel(SYS_dup3, plan.output, OUTPUT, 0);
   kernel(SYS_dup3, plan.errors, ERRORS, 0);
   kernel(SYS_dup3, plan.report, REPORT, O_CLOEXEC);
-  if (kernel(SYS_close_range, REPORT + 1, 0xFFFFFFFFL, 0) == 0) {
+  if (plan.kept < 0) {
+    kernel(SYS_close, KEPT);
+  } else {
+    kernel(SYS_dup3, plan.kept, KEPT, O_CLOEXEC);
+  }
+  if (kernel(SYS_close_range, KEPT + 1, 0xFFFFFFFFL, 0) == 0) {
     return;
   }
   // Kernels before 5.9.
   rlimit limit{};
   kernel(SYS_prlimit64, 0, RLIMIT_NOFILE, nullptr, &limit);
-  for (rlim_t descriptor = REPORT + 1; descriptor < limit.rlim_cur; ++descriptor) {
+  for (rlim_t descriptor = KEPT + 1; descriptor < limit.rlim_cur; ++descriptor) {
     kernel(SYS_close, static_cast<long>(descriptor));
   }
 }
@@ -176,8 +186,8 @@ std::optional<int> waitFor(long child, milliseconds time) {
 }
 
 /** A copy of a descriptor beyond those that a child needs for itself. */
-int raised(const FileDescriptor& descriptor) {
-  const int copy = fcntl(descriptor.get(), F_DUPFD_CLOEXEC, REPORT + 1);
+int raised(int descriptor) {
+  const int copy = fcntl(descriptor, F_DUPFD_CLOEXEC, KEPT + 1);
   if (copy < 0) {
     throwSystemError("no descriptor for a program");
   }
@@ -193,8 +203,8 @@ public:
     }
     const FileDescriptor readEnd(ends[0]);
     const FileDescriptor writeEnd(ends[1]);
-    m_read.emplace(raised(readEnd));
-    m_write.emplace(raised(writeEnd));
+    m_read.emplace(raised(readEnd.get()));
+    m_write.emplace(raised(writeEnd.get()));
     fcntl(m_read->get(), F_SETFL, O_NONBLOCK);
   }
 
@@ -304,6 +314,20 @@ std::string pathOfProgram(const std::string& name) {
   return {};
 }
 
+milliseconds usualTimeout() {
+  const char* seconds = secure_getenv("VOLTVK_LVM_TIMEOUT");
+  const long asked = seconds == nullptr ? 0 : std::strtol(seconds, nullptr, 10);
+  return asked > 0 ? std::chrono::seconds(asked) : std::chrono::minutes(2);
+}
+
+KeptOpen::KeptOpen(int descriptor) {
+  t_kept = descriptor;
+}
+
+KeptOpen::~KeptOpen() {
+  t_kept = -1;
+}
+
 ProgramOutcome
 runProgram(const std::string& path, const std::vector<std::string>& arguments, const ProgramLimits& limits) {
   std::vector<std::string> words = {path};
@@ -313,13 +337,14 @@ runProgram(const std::string& path, const std::vector<std::string>& arguments, c
   const std::vector<char*> wordPointers = pointersTo(words);
   const std::vector<char*> variablePointers = pointersTo(variables);
   const FileDescriptor nothing(open("/dev/null", O_RDONLY | O_CLOEXEC));
-  const FileDescriptor input(raised(nothing));
+  const FileDescriptor input(raised(nothing.get()));
+  const FileDescriptor kept(t_kept < 0 ? -1 : raised(t_kept));
   Pipe output;
   Pipe errors;
   Pipe reports;
   const pid_t guard = startGuard(
       {path.c_str(), wordPointers.data(), variablePointers.data(), input.get(), output.writeEnd(),
-       errors.writeEnd(), reports.writeEnd(), limits.timeout, limits.grace});
+       errors.writeEnd(), reports.writeEnd(), kept.get(), limits.timeout, limits.grace});
   output.closeWriteEnd();
   errors.closeWriteEnd();
   reports.closeWriteEnd();

@@ -9,9 +9,12 @@
 
 namespace voltvk {
 
+/** Two minutes, or so many seconds as VOLTVK_LVM_TIMEOUT says, which is for tests. */
+std::chrono::milliseconds usualTimeout();
+
 /** How long a program may take, and how much it may write. */
 struct ProgramLimits {
-  std::chrono::milliseconds timeout{std::chrono::minutes(2)};
+  std::chrono::milliseconds timeout = usualTimeout();
   /** What the program may take to end by itself after SIGTERM; then it is killed. */
   std::chrono::milliseconds grace{std::chrono::seconds(20)};
   /** Bytes kept of each of its outputs. */
@@ -41,6 +44,19 @@ constexpr const char* PROGRAM_PATH = "/usr/local/sbin:/usr/local/bin:/usr/sbin:/
 
 /** Where a program is in PROGRAM_PATH; a name with a slash is itself. @return empty if it is nowhere */
 std::string pathOfProgram(const std::string& name);
+
+/**
+ * While this exists, the programs that its thread runs keep a file open until they have ended, also if this
+ * process ends before them: a lock on the file then outlives the process. One at a time in a thread.
+ */
+class KeptOpen {
+public:
+  /** @param descriptor belongs to the caller and stays open */
+  explicit KeptOpen(int descriptor);
+  ~KeptOpen();
+  KeptOpen(const KeptOpen&) = delete;
+  KeptOpen& operator=(const KeptOpen&) = delete;
+};
 
 /**
  * Runs a program and waits for it. No shell takes part. Its input is empty, its directory "/", its
