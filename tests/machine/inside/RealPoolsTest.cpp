@@ -143,6 +143,10 @@ TEST_F(RealPools, AreNewerThanAStateFromABackup) {
   for (const char* missing : {"vol1", "vol2", "vol3"}) {
     EXPECT_THAT(found, Contains(HasSubstr(missing)));
   }
+  // The number of a volume that is made now is that of the newer one.
+  VirtualVolumeSpec spec = volumeSpec("another", TVK_VOLUME_TIERED, {{1, 10 * MIB}});
+  EXPECT_EQ(adapter().createVirtualVolume(spec).getReturn(), TVK_BACKING_FAILED);
+  EXPECT_THAT(shell("lvm lvs --noheadings -o lv_name tvp"), HasSubstr("vol3"));
   const voltvk::BackingReport report = voltvk::BackingAdministration(*state()).check(true);
   EXPECT_THAT(report.repairs, Contains(HasSubstr("where the chunks of volume")));
   EXPECT_THAT(report.differences, testing::Not(Contains(HasSubstr("vol1"))));
