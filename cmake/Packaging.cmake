@@ -37,8 +37,6 @@ management clients and for demonstrations.
 .
 Pools and volumes are book-keeping until an administrator makes them real;
 they then are on the drives of the machine, through the Linux volume manager.")
-# For real volumes, which are an administrator's choice: the volume manager, and the cache_check that it runs for caches.
-set(CPACK_DEBIAN_PROVIDER_PACKAGE_RECOMMENDS "lvm2, thin-provisioning-tools")
 # Version 1.0.0 had tvpcim in a package of its own.
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONFLICTS tarvexpro-dev)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_REPLACES tarvexpro-dev)

@@ -50,7 +50,7 @@ createAndFill() {
   step mkfs.ext4 -q /dev/tvp/vol2
   mountAll
   local file size
-  for file in data/cold:60M data/hot:12M mail/letters:40M; do
+  for file in data/cold:24M data/hot:12M mail/letters:16M; do
     size=${file#*:}
     file=/mnt/${file%:*}
     typed "head -c $size /dev/urandom >$file"

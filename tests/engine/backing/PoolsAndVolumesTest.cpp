@@ -167,7 +167,6 @@ TEST_F(PoolsAndVolumes, GoInAnyOrderThatLeavesVolumesTheirPools) {
       const Ret ret = std::isupper(next) ? adapter().deleteVirtualPool(ids[next])
                                          : adapter().deleteVirtualVolume(ids[next]);
       EXPECT_EQ(ret.getReturn(), TVK_OK) << next << " in " << order << ": " << ret.getDetail();
-      EXPECT_THAT(differences(), IsEmpty());
     }
     EXPECT_EQ(m_backing->onDrives(), "");
   }

@@ -34,7 +34,7 @@ protected:
 };
 
 TEST_F(RealPools, TakeOnlyDrivesThatNothingIsOn) {
-  const std::string address = shell("basename $(readlink -f /sys/block/sda/device) | tr : ' '");
+  const std::string address = shell("basename $(readlink /sys/block/sda/device) | tr ':\\n' ' '");
   const struct {
     std::string use;
     std::string end;
@@ -49,7 +49,8 @@ TEST_F(RealPools, TakeOnlyDrivesThatNothingIsOn) {
       {"blockdev --setro /dev/sda", "blockdev --setrw /dev/sda", TVK_DEVICE_NOT_ELIGIBLE, "read-only"},
       {"echo 1 >/sys/block/sda/device/delete",
        "set -- " + address +
-           "; echo $2 $3 $4 >/sys/class/scsi_host/host$1/scan; until [ -b /dev/sda ]; do :; done",
+           "; echo $2 $3 $4 >/sys/class/scsi_host/host$1/scan"
+           "; for i in $(seq 100); do [ -b /dev/sda ] && exit; sleep 0.1; done; exit 1",
        TVK_NO_SUCH_DEVICE, "unplugged"},
   };
   for (const auto& test : cases) {
@@ -142,6 +143,10 @@ TEST_F(RealPools, AreNewerThanAStateFromABackup) {
   for (const char* missing : {"vol1", "vol2", "vol3"}) {
     EXPECT_THAT(found, Contains(HasSubstr(missing)));
   }
+  // The number of a volume that is made now is that of the newer one.
+  VirtualVolumeSpec spec = volumeSpec("another", TVK_VOLUME_TIERED, {{1, 10 * MIB}});
+  EXPECT_EQ(adapter().createVirtualVolume(spec).getReturn(), TVK_BACKING_FAILED);
+  EXPECT_THAT(shell("lvm lvs --noheadings -o lv_name tvp"), HasSubstr("vol3"));
   const voltvk::BackingReport report = voltvk::BackingAdministration(*state()).check(true);
   EXPECT_THAT(report.repairs, Contains(HasSubstr("where the chunks of volume")));
   EXPECT_THAT(report.differences, testing::Not(Contains(HasSubstr("vol1"))));

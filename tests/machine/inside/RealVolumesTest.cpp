@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The real backing on the drives of the emulated machine: what it makes, moves and removes, and what it
 // leaves alone. Refuses to run anywhere else.
+#include "machine/inside/Shell.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
 #include "voltvk/engine/backing/lvm/LvmBacking.h"
@@ -28,28 +29,11 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using tvp::test::isEmulatedMachine;
+using tvp::test::shell;
 
 constexpr std::size_t MIB = 1048576;
 constexpr std::uint64_t MIB_SECTORS = 2048;
-
-bool isEmulatedMachine() {
-  std::ifstream file("/proc/cmdline");
-  std::string line;
-  std::getline(file, line);
-  return line.find("machine.drives=") != std::string::npos;
-}
-
-/** What a command of a shell prints. */
-std::string shell(const std::string& command) {
-  FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-  std::string output;
-  char buffer[4096];
-  for (std::size_t length = 0; (length = fread(buffer, 1, sizeof buffer, pipe)) > 0;) {
-    output.append(buffer, length);
-  }
-  const int status = pclose(pipe);
-  return status == 0 ? output : output + "(status " + std::to_string(status) + ")";
-}
 
 /** The status with which a step is refused; TVK_OK if it is not. */
 template <typename Step>
@@ -95,7 +79,7 @@ protected:
     for (const PoolRecord& pool : m_configuration.pools) {
       EXPECT_EQ(statusOf([&] { m_backing.removePool(pool, m_configuration); }), TVK_OK);
     }
-    EXPECT_EQ(shell("blkid -p /dev/sd[abcd]"), "(status 512)") << shell("lvm pvs -a; lvm lvs -a tvp");
+    EXPECT_EQ(shell("blkid -p /dev/sd[abcd]"), "(status 2)") << shell("lvm pvs -a; lvm lvs -a tvp");
   }
 
   PoolRecord pool(

@@ -9,7 +9,8 @@ namespace tvp::test {
 /** True in the emulated machine, whose drives may be written to. */
 bool isEmulatedMachine();
 
-/** What a command of a shell prints, with its status at the end if that is not 0. */
+/** What a command of a shell prints, of the last one its errors as well, with its status at the end if that
+ * is not 0. */
 std::string shell(const std::string& command);
 
 }  // namespace tvp::test

@@ -4,6 +4,7 @@
 
 #include "voltvk/engine/backing/KernelCounters.h"
 #include "voltvk/engine/state/Backings.h"
+#include "voltvk/engine/state/Intents.h"
 #include "voltvk/engine/state/Records.h"
 #include "voltvk/engine/state/Snapshot.h"
 
@@ -48,6 +49,13 @@ public:
 
   /** Makes volumes available that a start of the machine left inactive; completes interrupted moves. */
   virtual void activate() = 0;
+
+  /**
+   * Looks whether what is to be made exists already, before any of it is made or, if that fails, removed.
+   * @throws Refusal TVK_BACKING_FAILED if a pool or volume has the number of one that is to be made: the
+   * state is older than what is on the drives
+   */
+  virtual void requireUnknown(const std::vector<Intent>& steps) = 0;
 
   /**
    * Claims the drives of a pool. @param configuration contains the pool and its drives

@@ -186,6 +186,7 @@ void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool
     after = SnapshotReader(connection).configuration();
   });
   const std::vector<Intent> steps = stepsBetween(before, after);
+  backing.requireUnknown(steps);
   m_state.change([&](Connection& connection) { Intents(connection).record(steps); });
   Steps carrier(backing, before, after);
   std::vector<Intent> begun;

@@ -12,6 +12,7 @@ public:
   bool isReal() const override { return false; }
   void requireUsable() override {}
   void activate() override {}
+  void requireUnknown(const std::vector<Intent>&) override {}
   void makePool(const PoolRecord&, const Configuration&) override {}
   void removePool(const PoolRecord&, const Configuration&) override {}
   void describePool(const PoolRecord&, const Configuration&) override {}

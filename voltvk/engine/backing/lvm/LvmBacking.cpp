@@ -55,6 +55,32 @@ void LvmBacking::activate() {
   }
 }
 
+void LvmBacking::requireUnknown(const std::vector<Intent>& steps) {
+  const bool makesSomething = std::any_of(steps.begin(), steps.end(), [](const Intent& intent) {
+    return intent.step == Step::MakePool || intent.step == Step::MakeVolume;
+  });
+  if (!makesSomething) {
+    return;
+  }
+  const LvmGroup group = LvmGroup::read(m_command, m_group);
+  const auto refuseIf = [&](bool exists, const char* what, std::uint32_t id) {
+    require(!exists, TVK_BACKING_FAILED, [&] {
+      return std::string(what) + " " + std::to_string(id) +
+             " is on the drives already, and the state does not have "
+             "it; compare both with `voltvkctl check`, and rebuild a state that is older than the drives";
+    });
+  };
+  for (const Intent& step : steps) {
+    if (step.step == Step::MakePool) {
+      const auto isOfPool = [&](const LvmDrive& drive) { return poolIdIn(drive.tags) == step.object; };
+      refuseIf(std::any_of(group.drives.begin(), group.drives.end(), isOfPool), "pool", step.object);
+    } else if (step.step == Step::MakeVolume) {
+      const auto isOfVolume = [&](const LvmVolume& volume) { return volumeIdIn(volume.tags) == step.object; };
+      refuseIf(std::any_of(group.volumes.begin(), group.volumes.end(), isOfVolume), "volume", step.object);
+    }
+  }
+}
+
 void LvmBacking::makePool(const PoolRecord& pool, const Configuration& configuration) {
   LvmPools(m_command, m_group).make(pool, configuration);
 }

@@ -24,6 +24,7 @@ public:
   bool isReal() const override { return true; }
   void requireUsable() override;
   void activate() override;
+  void requireUnknown(const std::vector<Intent>& steps) override;
 
   void makePool(const PoolRecord& pool, const Configuration& configuration) override;
   void removePool(const PoolRecord& pool, const Configuration& configuration) override;

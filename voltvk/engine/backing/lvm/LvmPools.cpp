@@ -217,7 +217,11 @@ void LvmPools::remove(const PoolRecord& pool, const Configuration& configuration
     requireUnused(group, pool, configuration);
   }
   Claimed mine = claimed(group, pool, configuration);
-  if (mine.someAreGone) {
+  // Without the second case, a cached drive could not be deleted after its SSD has died: the pool of the SSD
+  // cannot go first, and the volume manager takes no drive out of a group that lacks one.
+  const bool someOthersAreGone = std::any_of(
+      group.drives.begin(), group.drives.end(), [](const LvmDrive& drive) { return drive.isMissing; });
+  if (mine.someAreGone || (pool.internal && group.isOurs() && someOthersAreGone)) {
     dropGoneDrives(pool, configuration);
     group = LvmGroup::read(m_command, m_group);
     mine = claimed(group, pool, configuration);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/backing/lvm/LvmTags.h"
 
+#include "text/Utf8.h"
 #include "voltvk/Limits.h"
 #include "voltvk/VirtualPool.h"
 #include "voltvk/VirtualVolume.h"
@@ -50,7 +51,8 @@ public:
     into = m_isGood ? static_cast<Number>(value) : Number{};
   }
 
-  void text(std::string_view name, std::string& into, std::size_t least, std::size_t most) {
+  /** @param isValid what the text has to fulfil */
+  void text(std::string_view name, std::string& into, bool (*isValid)(const std::string&)) {
     const std::string_view digits = find(name);
     into.clear();
     m_isGood = m_isGood && digits.size() % 2 == 0;
@@ -60,7 +62,7 @@ public:
       m_isGood = high != std::string_view::npos && low != std::string_view::npos;
       into += static_cast<char>(high * 16 + low);
     }
-    m_isGood = m_isGood && into.size() >= least && isPlainText(into, most);
+    m_isGood = m_isGood && isValid(into);
   }
 
 private:
@@ -93,10 +95,19 @@ void addCommonTags(LvmTags& tags, const Record& record) {
   tags.push_back(tag("chunk", record.chunkSectors));
 }
 
+bool isName(const std::string& text) {
+  return !text.empty() && isPlainText(text, TVK_LONGEST_NAME);
+}
+
+/** Unlike a name, it may have several lines. */
+bool isDescription(const std::string& text) {
+  return text.size() <= TVK_LONGEST_DESCRIPTION && tvp::text::isUtf8(text);
+}
+
 template <typename Record>
 void readCommonTags(TagReader& reader, Record& record) {
-  reader.text("name", record.name, 1, TVK_LONGEST_NAME);
-  reader.text("description", record.description, 0, TVK_LONGEST_DESCRIPTION);
+  reader.text("name", record.name, isName);
+  reader.text("description", record.description, isDescription);
   reader.number("chunk", record.chunkSectors, 8, 65536);
 }
 
