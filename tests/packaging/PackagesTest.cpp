@@ -44,6 +44,8 @@ std::set<std::string> installedFiles() {
       completionsOfZsh + "/_tvpcim",
       completionsOfZsh + "/_voltvkctl",
       completionsOfZsh + "/_tvp-register",
+      "lib/systemd/system/voltvk-policy.service",
+      "lib/systemd/system/voltvk-policy.timer",
       "share/lintian/overrides/tarvexpro-provider",
       "share/doc/tarvexpro-provider/README.md",
       "share/doc/tarvexpro-provider/docs/architecture.md",

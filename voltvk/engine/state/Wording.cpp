@@ -12,7 +12,7 @@ namespace voltvk {
 
 namespace {
 
-const std::string UNREADABLE = "cannot be read (";
+constexpr std::string_view UNREADABLE = "cannot be read (";
 
 std::string named(const char* noun, std::uint32_t number, const std::string& name) {
   return std::string(noun) + " " + std::to_string(number) + " (" + name + ")";
@@ -46,7 +46,7 @@ std::string enumerated(const std::vector<std::string>& texts) {
 }
 
 std::string unreadable(int error) {
-  return UNREADABLE + std::generic_category().message(error) + ")";
+  return std::string(UNREADABLE) + std::generic_category().message(error) + ")";
 }
 
 bool isUnreadable(const std::string& content) {
