@@ -169,9 +169,17 @@ void StorageChange::change(const State::Work& work, bool withDrives) {
 void StorageChange::run(const State::Work& work, bool withDrives) {
   if (m_state.backing()->isReal()) {
     withBacking(m_state, [&](Backing& backing) { runWithSteps(backing, work, withDrives); });
-  } else {
-    change(work, withDrives);
+    return;
   }
+  change(
+      [&](Connection& connection) {
+        // Who chooses a real backing makes sure that there are no pools, not that none is being made.
+        require(
+            !SnapshotReader(connection).backing().isReal(), TVK_BUSY,
+            "another backing was chosen meanwhile; try again");
+        work(connection);
+      },
+      withDrives);
 }
 
 void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool withDrives) {

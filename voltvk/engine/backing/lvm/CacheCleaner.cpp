@@ -69,7 +69,7 @@ void CacheCleaner::loadCleaner() {
 std::uint64_t CacheCleaner::clean(const FlushProgress& progress) {
   const std::uint64_t before = status().counters.dirtyBlocks;
   m_command.run("write back the cache of " + m_volume, {"lvchange", "--cachepolicy", "cleaner", m_volume});
-  // Before 2.03.17, the volume manager does not pass the policy of such a cache to the kernel.
+  // The volume manager (seen with 2.03.16) does not pass the policy of such a cache to the kernel.
   if (status().policy != "cleaner") {
     loadCleaner();
   }
