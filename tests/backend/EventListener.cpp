@@ -155,11 +155,11 @@ TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsNormally) {
   const pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    ::alarm(20);
+    ::alarm(120);
     TvproEventManager::getInstance()->initEventListener();
     const pid_t grandchild = ::fork();
     if (grandchild == 0) {
-      ::alarm(3);
+      ::alarm(60);
       std::exit(0);  // has the handle, but not the thread
     }
     int status = 1;
