@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef HOST_CIMXML_SERVER_HTTPSERVER_H
+#define HOST_CIMXML_SERVER_HTTPSERVER_H
+
+#include "host/cimxml/server/Exchange.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tvp::host::cimxml {
+
+/** Decides who a client is. Called by several threads at once; may take its time. */
+class Users {
+public:
+  virtual ~Users() = default;
+  /** Whether requests without credentials are answered, and as whom. */
+  virtual std::optional<std::string> anonymous() const = 0;
+  /** Whether the password is the user's, and the user may use the server. */
+  virtual bool accepts(const std::string& user, const std::string& password) = 0;
+};
+
+struct HttpLimits {
+  std::size_t connections = 256;               ///< a further one is answered with 503 and closed
+  std::size_t requestBytes = 8 * 1024 * 1024;  ///< a longer body is answered with 413
+  std::chrono::seconds request{30};            ///< from the first byte of a request to its last: 408
+  std::chrono::seconds idle{30};               ///< between two requests of a connection
+  std::chrono::seconds answer{60};             ///< a client that does not take its answer
+};
+
+struct HttpServerOptions {
+  std::string address = "127.0.0.1";
+  std::uint16_t port = 5988;  ///< 0: any free one
+  std::string tlsCertificate;  ///< file names; both empty without TLS
+  std::string tlsKey;
+  HttpLimits limits;
+  /** Receives one line per request, without its newline. Called by several threads. */
+  std::function<void(const std::string& line)> log;
+};
+
+/** An HTTP server for calls of CIM-XML (POST) and for pages (GET). Thread-safe. */
+class HttpServer {
+public:
+  /** @throws std::runtime_error that says what was wrong and what to do */
+  HttpServer(HttpServerOptions options, std::shared_ptr<Users> users);
+  ~HttpServer();
+  HttpServer(const HttpServer&) = delete;
+  HttpServer& operator=(const HttpServer&) = delete;
+
+  /** What answers POST at /cimom (and any other path, as object managers do). Before start(). */
+  void onCall(CallHandler handler);
+  /** What answers GET at a path. Before start(). */
+  void onPage(const std::string& path, CallHandler handler);
+
+  /** Begins to listen; the threads are the server's own. @throws std::runtime_error */
+  void start();
+  /** The port that it listens on, after start(). */
+  std::uint16_t port() const;
+  /** Takes no more connections, finishes the requests that run, and returns. */
+  void stop();
+
+private:
+  struct Content;
+  std::unique_ptr<Content> m_content;
+};
+
+}  // namespace tvp::host::cimxml
+
+#endif
