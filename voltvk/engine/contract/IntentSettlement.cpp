@@ -136,6 +136,11 @@ private:
 
 }  // namespace
 
+void recordIntents(State& state, Connection& connection, const std::vector<Intent>& intents) {
+  ChangeNote(state.path()).write(intents);
+  Intents(connection).record(intents);
+}
+
 std::vector<std::string> settleIntents(State& state, Backing& backing) {
   std::vector<Intent> intents;
   Configuration configuration;
@@ -145,6 +150,12 @@ std::vector<std::string> settleIntents(State& state, Backing& backing) {
   });
   if (intents.empty()) {
     return {};
+  }
+  const auto forget = [&] { state.change([](Connection& connection) { Intents(connection).clear(); }); };
+  const ChangeNote underWay(state.path());
+  if (!underWay.isOf(intents)) {
+    forget();
+    return {"what an older copy of the state had under way was not carried out"};
   }
   Settlement settlement(state, backing, std::move(configuration));
   // What was made last is removed first, and the pool of a cached drive goes with its volume.
@@ -157,7 +168,8 @@ std::vector<std::string> settleIntents(State& state, Backing& backing) {
   for (const Intent& intent : intents) {
     settlement.settle(intent);
   }
-  state.change([](Connection& connection) { Intents(connection).clear(); });
+  forget();
+  underWay.erase();
   return settlement.notes();
 }
 

@@ -195,7 +195,7 @@ void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool
   });
   const std::vector<Intent> steps = stepsBetween(before, after);
   backing.requireUnknown(steps);
-  m_state.change([&](Connection& connection) { Intents(connection).record(steps); });
+  m_state.change([&](Connection& connection) { recordIntents(m_state, connection, steps); });
   Steps carrier(backing, before, after);
   std::vector<Intent> begun;
   try {
@@ -228,6 +228,7 @@ bool StorageChange::isSettled(Backing& backing, Steps& carrier, const std::vecto
       carrier.undo(step);
     }
     m_state.change([](Connection& connection) { Intents(connection).clear(); });
+    ChangeNote(m_state.path()).erase();
   } catch (const std::exception&) {
     // The next change finds the intents and tries once more; the caller learns why the change failed.
   }
@@ -251,6 +252,7 @@ void withBacking(State& state, const std::function<void(Backing&)>& work) {
   const std::shared_ptr<Backing> backing = state.backing();
   settleIntents(state, *backing);
   work(*backing);
+  ChangeNote(state.path()).erase();
 }
 
 }  // namespace voltvk
