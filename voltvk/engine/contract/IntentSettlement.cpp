@@ -3,6 +3,7 @@
 #include "voltvk/engine/changes/PoolChanges.h"
 #include "voltvk/engine/changes/VolumeChanges.h"
 #include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
 #include <algorithm>
@@ -52,14 +53,8 @@ public:
 private:
   void note(const std::string& sentence) { m_notes.push_back(sentence); }
 
-  template <typename Record>
-  const Record* find(const std::vector<Record>& records, std::uint32_t id) const {
-    const auto found =
-        std::find_if(records.begin(), records.end(), [&](const Record& record) { return record.id == id; });
-    return found == records.end() ? nullptr : &*found;
-  }
-  const PoolRecord* pool(std::uint32_t id) const { return find(m_configuration.pools, id); }
-  const VolumeRecord* volume(std::uint32_t id) const { return find(m_configuration.volumes, id); }
+  const PoolRecord* pool(std::uint32_t id) const { return findById(m_configuration.pools, id); }
+  const VolumeRecord* volume(std::uint32_t id) const { return findById(m_configuration.volumes, id); }
 
   void unmakePool(const Intent& intent) {
     PoolRecord made;
