@@ -93,7 +93,7 @@ TEST(MessageWriter, WritesArgumentsThatReadTheSame) {
 
 TEST(MessageWriter, ReplacesWhatXmlCannotHave) {
   Arguments odd;
-  odd.add("a\x01", Value::string(std::string("\0\x1B\x7F\xFF\xC3 \xED\xA0\x80 \xEF\xBF\xBF", 15)));
+  odd.add("a\x01", Value::string(std::string("\0\x1B\x7F\xFF\xC3 \xED\xA0\x80 \xEF\xBF\xBF", 13)));
   odd.add("half", Value::unsignedInteger(CMPI_char16, 0xD800));
   const AnswerMessage answer = AnswerMessage::read(methodAnswer(HEAD, Value(), odd), *sampleSchema());
   const std::string mark = "\xEF\xBF\xBD";
