@@ -56,7 +56,10 @@ propertyAt(const SchemaClass* schemaClass, std::size_t position, const std::stri
                                                                            : schemaClass->property(name);
 }
 
-/** What marks a string that contains an instance. */
+/**
+ * What marks a string that contains an instance. The spelling of DSP0201 before 2.3, EMBEDDEDOBJECT, is not
+ * written as well, as some servers do: wbemcli does not read an element that has both.
+ */
 std::string_view embedding(CMPIType type) {
   return presentIf(type == CMPI_instance, "instance");
 }
@@ -122,8 +125,7 @@ void ElementWriter::typedValue(std::string_view tag, std::string_view name, cons
       m_output, tag,
       {{"NAME", name},
        {"PARAMTYPE", presentIf(content.type() != CMPI_null, xmlTypeName(type))},
-       {"EmbeddedObject", embedding(type)},
-       {"EMBEDDEDOBJECT", embedding(type)}});
+       {"EmbeddedObject", embedding(type)}});
   value(content);
 }
 
@@ -233,8 +235,7 @@ void ElementWriter::property(const NamedValue& property, const SchemaProperty* d
       {{"NAME", property.name},
        {"CLASSORIGIN", declared == nullptr ? ABSENT : declared->origin},
        {"TYPE", presentIf(!isReference, typeText)},
-       {"EmbeddedObject", embedding(type)},
-       {"EMBEDDEDOBJECT", embedding(type)}});
+       {"EmbeddedObject", embedding(type)}});
   value(property.value);
 }
 
@@ -259,8 +260,7 @@ void ElementWriter::property(const SchemaProperty& property, const SchemaClass& 
        {"CLASSORIGIN", presentIf(m_detail->classOrigin, property.origin)},
        {"PROPAGATED", presentIf(!equalNames(property.origin, schemaClass.name), "true")},
        {"TYPE", presentIf(!isReference, xmlTypeName(type))},
-       {"EmbeddedObject", embedding(type)},
-       {"EMBEDDEDOBJECT", embedding(type)}});
+       {"EmbeddedObject", embedding(type)}});
   qualifiers(property.qualifiers);
 }
 
