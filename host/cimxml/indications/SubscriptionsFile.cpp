@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/cimxml/indications/SubscriptionsFile.h"
 
+#include "host/cimxml/indications/InteropNames.h"
 #include "host/schema/ObjectPathText.h"
 #include "host/schema/RegularFile.h"
 #include "text/Quote.h"
@@ -160,9 +161,7 @@ StoredInstance storedOf(const Json& json, const Schema& schema) {
   if (known == nullptr) {
     throw std::invalid_argument("there is no class " + json.at("class").dump());
   }
-  ObjectPath path;
-  path.className = known->name;
-  StoredInstance result{schema.emptyInstance(path), json.at("owner").get<std::string>()};
+  StoredInstance result{emptyInteropInstance(schema, known->name), json.at("owner").get<std::string>()};
   for (const auto& [name, value] : json.at("properties").items()) {
     const SchemaProperty* property = known->property(name);
     if (property == nullptr) {
@@ -170,6 +169,7 @@ StoredInstance storedOf(const Json& json, const Schema& schema) {
     }
     setValue(result.instance.properties, name, valueOf(value, property->type));
   }
+  takeKeys(result.instance, *known);
   return result;
 }
 
