@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/cimxml/client/Listener.h"
+#include "host/cimxml/client/IndicationListener.h"
 #include "host/cimxml/client/ServerUrl.h"
 #include "host/tvpcim/Commands.h"
 #include "host/tvpcim/remote/EventPrinter.h"
@@ -23,7 +23,7 @@ void listen(Tool& tool, const ListenOptions& options) {
   url.host = options.address;
   EventPrinter printer(tool, options.limits, url.isLoopback());
   const SignalReader signals;  // before there are threads, which inherit what is blocked
-  const cimxml::Listener listener(options.address, options.port, [&](const Instance& indication) {
+  const cimxml::IndicationListener listener(options.address, options.port, [&](const Instance& indication) {
     if (printer.receive(indication) != CMPI_RC_OK) {
       throw std::runtime_error("the indication was not printed");
     }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/cimxml/client/Listener.h"
+#include "host/cimxml/client/IndicationListener.h"
 #include "host/schema/Names.h"
 #include "host/tvpcim/Commands.h"
 #include "host/tvpcim/Failure.h"
@@ -89,7 +89,7 @@ public:
   void begin() {
     cimxml::ServerUrl destination;
     destination.host = cimxml::addressTowards(m_host);
-    m_listener = std::make_unique<cimxml::Listener>(
+    m_listener = std::make_unique<cimxml::IndicationListener>(
         destination.host, 0, [printer = m_printer.get()](const Instance& indication) {
           if (printer->receive(indication) != CMPI_RC_OK) {
             throw std::runtime_error("the indication was not printed");
@@ -108,7 +108,7 @@ private:
   const std::string m_query;
   SubscriptionList m_subscriptions;
   const std::shared_ptr<EventPrinter> m_printer;
-  std::unique_ptr<cimxml::Listener> m_listener;
+  std::unique_ptr<cimxml::IndicationListener> m_listener;
   std::string m_name;
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#ifndef HOST_CIMXML_CLIENT_LISTENER_H
-#define HOST_CIMXML_CLIENT_LISTENER_H
+#ifndef HOST_CIMXML_CLIENT_INDICATIONLISTENER_H
+#define HOST_CIMXML_CLIENT_INDICATIONLISTENER_H
 
 #include "host/schema/Value.h"
 
@@ -15,7 +15,7 @@ namespace tvp::host::cimxml {
  * An HTTP server for exports, which are the indications that a server sends. It knows no users: whoever
  * reaches its port can send it something, so that it belongs on an address that only the senders reach.
  */
-class Listener {
+class IndicationListener {
 public:
   /** Receives an indication; called by several threads at once. What it throws is answered as a failure,
    * after which the sender tries again. */
@@ -26,11 +26,11 @@ public:
    * @param port 0: any free one
    * @throws std::runtime_error with what to do, when the address or the port cannot be had
    */
-  Listener(const std::string& address, std::uint16_t port, Handler handler);
+  IndicationListener(const std::string& address, std::uint16_t port, Handler handler);
   /** Finishes the exports that are being received. */
-  ~Listener();
-  Listener(const Listener&) = delete;
-  Listener& operator=(const Listener&) = delete;
+  ~IndicationListener();
+  IndicationListener(const IndicationListener&) = delete;
+  IndicationListener& operator=(const IndicationListener&) = delete;
 
   std::uint16_t port() const;
 

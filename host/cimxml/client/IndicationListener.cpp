@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "host/cimxml/client/Listener.h"
+#include "host/cimxml/client/IndicationListener.h"
 
 #include "host/cimxml/message/Failure.h"
 #include "host/cimxml/message/MessageWriter.h"
@@ -29,7 +29,8 @@ constexpr int PAYLOAD_TOO_LARGE = 413;
 constexpr const char* XML = "application/xml; charset=\"utf-8\"";
 
 /** Answers the export that a body contains. */
-void answerExport(const std::string& body, const Listener::Handler& handler, httplib::Response& response) {
+void answerExport(
+    const std::string& body, const IndicationListener::Handler& handler, httplib::Response& response) {
   const RequestMessage request = RequestMessage::read(body);
   if (request.kind() != RequestKind::Export) {
     throw BadMessage("unsupported-operation", "a listener answers exports only");
@@ -48,7 +49,7 @@ void answerExport(const std::string& body, const Listener::Handler& handler, htt
 
 }  // namespace
 
-struct Listener::Content {
+struct IndicationListener::Content {
   explicit Content(Handler given) : handler(std::move(given)) {
     server.set_payload_max_length(LARGEST_EXPORT);
     server.set_read_timeout(PATIENCE);
@@ -99,7 +100,7 @@ struct Listener::Content {
   std::thread thread;
 };
 
-Listener::Listener(const std::string& address, std::uint16_t port, Handler handler)
+IndicationListener::IndicationListener(const std::string& address, std::uint16_t port, Handler handler)
     : m_content(std::make_unique<Content>(std::move(handler))) {
   httplib::Server& server = m_content->server;
   const int bound = port == 0                            ? server.bind_to_any_port(address)
@@ -121,9 +122,9 @@ Listener::Listener(const std::string& address, std::uint16_t port, Handler handl
   }
 }
 
-Listener::~Listener() = default;
+IndicationListener::~IndicationListener() = default;
 
-std::uint16_t Listener::port() const {
+std::uint16_t IndicationListener::port() const {
   return m_content->port;
 }
 
