@@ -21,9 +21,9 @@ private:
 };
 
 /**
- * A message that is not one of CIM-XML, or contradicts its headers: its answer is the HTTP status 400 (501 for
- * "multiple-requests-unsupported", "unsupported-operation" and unsupported versions) with the value of the
- * header CIMError.
+ * A message that is not one of CIM-XML, or contradicts its headers: its answer is the HTTP status 400 (501
+ * for "multiple-requests-unsupported", "unsupported-operation" and unsupported versions) with the value of
+ * the header CIMError.
  */
 class BadMessage : public std::runtime_error {
 public:

@@ -14,9 +14,9 @@ namespace tvp::host::cimxml {
 
 /** How much of instances and classes is written. */
 struct Detail {
-  bool qualifiers = false;   ///< IncludeQualifiers, of classes
-  bool classOrigin = false;  ///< IncludeClassOrigin
-  bool localOnly = false;    ///< of classes: own properties and methods only
+  bool qualifiers = false;                             ///< IncludeQualifiers, of classes
+  bool classOrigin = false;                            ///< IncludeClassOrigin
+  bool localOnly = false;                              ///< of classes: own properties and methods only
   std::optional<std::vector<std::string>> properties;  ///< PropertyList; without a value all
 };
 
@@ -32,8 +32,8 @@ enum class PathShape {
 };
 
 /**
- * Texts that cannot be written in XML 1.0 (control characters, bytes that are not UTF-8) are replaced by U+FFFD.
- * All functions write complete documents, are without state and safe for several threads.
+ * Texts that cannot be written in XML 1.0 (control characters, bytes that are not UTF-8) are replaced by
+ * U+FFFD. All functions write complete documents, are without state and safe for several threads.
  */
 
 /** The answers to an intrinsic operation. @param id, operation those of the request */
@@ -49,8 +49,8 @@ std::string instancesAnswer(
     const AnswerHead& head, const std::vector<Instance>& instances, ObjectShape shape, const Detail& detail,
     const Schema& schema);
 std::string pathsAnswer(const AnswerHead& head, const std::vector<ObjectPath>& paths, PathShape shape);
-std::string classesAnswer(
-    const AnswerHead& head, const std::vector<const SchemaClass*>& classes, const Detail& detail);
+std::string
+classesAnswer(const AnswerHead& head, const std::vector<const SchemaClass*>& classes, const Detail& detail);
 std::string classNamesAnswer(const AnswerHead& head, const std::vector<std::string>& names);
 /** @param value written as VALUE; null is no value at all. For GetProperty and its like */
 std::string valueAnswer(const AnswerHead& head, const Value& value);

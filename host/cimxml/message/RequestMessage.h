@@ -25,8 +25,8 @@ class RequestMessage {
 public:
   /**
    * @param xml one complete document, in UTF-8
-   * @throws BadMessage when it is not well-formed, not a request of CIM-XML, of an unsupported version, several
-   * requests in one, nested too deeply, or has a document type definition
+   * @throws BadMessage when it is not well-formed, not a request of CIM-XML, of an unsupported version,
+   * several requests in one, nested too deeply, or has a document type definition
    */
   static RequestMessage read(std::string_view xml);
   RequestMessage(RequestMessage&&) noexcept;
@@ -40,8 +40,8 @@ public:
   /** "root/interop"; empty for an export. */
   const std::string& nameSpace() const;
 
-  // Parameters of intrinsic operations. Each returns nothing when the parameter is absent or has no value, and
-  // throws CimFailure(CMPI_RC_ERR_INVALID_PARAMETER) when it is of another kind or malformed.
+  // Parameters of intrinsic operations. Each returns nothing when the parameter is absent or has no value,
+  // and throws CimFailure(CMPI_RC_ERR_INVALID_PARAMETER) when it is of another kind or malformed.
   /** Names of parameters, to refuse those that an operation does not have and those that come twice. */
   std::vector<std::string> parameters() const;
   std::optional<std::string> className(const std::string& parameter) const;

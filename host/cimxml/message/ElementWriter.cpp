@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "host/cimxml/message/ElementWriter.h"
+
+#include "host/cimxml/message/ScalarText.h"
+#include "host/cimxml/message/XmlWriter.h"
+#include "host/schema/Names.h"
+
+#include <algorithm>
+#include <climits>
+
+#include <unistd.h>
+
+namespace tvp::host::cimxml {
+namespace {
+
+/** A view without data: an attribute that is left out. */
+constexpr std::string_view ABSENT;
+
+std::string_view presentIf(bool condition, std::string_view text) {
+  return condition ? text : ABSENT;
+}
+
+CMPIType elementType(const Value& value) {
+  return static_cast<CMPIType>(value.type() & ~CMPI_ARRAY);
+}
+
+CMPIType elementType(const TypedElement& element) {
+  return static_cast<CMPIType>(element.type & ~CMPI_ARRAY);
+}
+
+const std::string& machineName() {
+  static const std::string known = [] {
+    char name[HOST_NAME_MAX + 1] = {};
+    return std::string(gethostname(name, HOST_NAME_MAX) == 0 && name[0] != '\0' ? name : "localhost");
+  }();
+  return known;
+}
+
+/** PROPERTY, PARAMETER and their like, with the suffix that the type requires. */
+std::string tagOf(const char* kind, const TypedElement& element) {
+  const bool isArray = (element.type & CMPI_ARRAY) != 0;
+  const char* suffix = elementType(element) == CMPI_ref ? isArray ? ".REFARRAY" : ".REFERENCE"
+                       : isArray                        ? ".ARRAY"
+                                                        : "";
+  return std::string(kind) + suffix;
+}
+
+/** Instances have the properties in the order of the class, mostly all of them. @return null if unknown */
+const SchemaProperty*
+propertyAt(const SchemaClass* schemaClass, std::size_t position, const std::string& name) {
+  if (schemaClass == nullptr) {
+    return nullptr;
+  }
+  const auto& properties = schemaClass->properties;
+  return position < properties.size() && properties[position].name == name ? &properties[position]
+                                                                           : schemaClass->property(name);
+}
+
+/** What marks a string that contains an instance. */
+std::string_view embedding(CMPIType type) {
+  return presentIf(type == CMPI_instance, "instance");
+}
+
+}  // namespace
+
+void ElementWriter::scalar(const Value& value) {
+  if (value.isNull()) {
+    m_output += "<VALUE.NULL/>\n";
+    return;
+  }
+  m_output += "<VALUE>";
+  if (value.type() == CMPI_instance) {
+    std::string embedded;
+    ElementWriter(embedded).instance(value.asInstance());
+    appendEscaped(m_output, embedded);
+  } else {
+    appendScalar(m_output, value);
+  }
+  m_output += "</VALUE>\n";
+}
+
+void ElementWriter::list(const Value& value) {
+  const bool references = elementType(value) == CMPI_ref;
+  const XmlElement array(m_output, references ? "VALUE.REFARRAY" : "VALUE.ARRAY");
+  for (const Value& element : value.asArray()) {
+    if (references && !element.isNull()) {
+      reference(element.asReference());
+    } else {
+      scalar(element);
+    }
+  }
+}
+
+void ElementWriter::value(const Value& value) {
+  if (value.isNull()) {
+    return;
+  }
+  if (value.isArray()) {
+    list(value);
+  } else if (value.type() == CMPI_ref) {
+    reference(value.asReference());
+  } else {
+    scalar(value);
+  }
+}
+
+void ElementWriter::argument(const NamedValue& argument) {
+  typedValue("PARAMVALUE", argument.name, argument.value);
+}
+
+void ElementWriter::returnValue(const Value& value) {
+  if (!value.isNull()) {
+    typedValue("RETURNVALUE", ABSENT, value);
+  }
+}
+
+void ElementWriter::typedValue(std::string_view tag, std::string_view name, const Value& content) {
+  const CMPIType type = elementType(content);
+  // COMPAT: clients written for DSP0201 before 2.3 know the second spelling of the mark, later ones the
+  // first.
+  const XmlElement element(
+      m_output, tag,
+      {{"NAME", name},
+       {"PARAMTYPE", presentIf(content.type() != CMPI_null, xmlTypeName(type))},
+       {"EmbeddedObject", embedding(type)},
+       {"EMBEDDEDOBJECT", embedding(type)}});
+  value(content);
+}
+
+void ElementWriter::localNameSpacePath(std::string_view nameSpace) {
+  const XmlElement element(m_output, "LOCALNAMESPACEPATH");
+  while (!nameSpace.empty()) {
+    const std::size_t length = std::min(nameSpace.find('/'), nameSpace.size());
+    if (length > 0) {
+      appendTag(m_output, "NAMESPACE", {{"NAME", nameSpace.substr(0, length)}}, "/>\n");
+    }
+    nameSpace.remove_prefix(std::min(length + 1, nameSpace.size()));
+  }
+}
+
+void ElementWriter::className(std::string_view name) {
+  appendTag(m_output, "CLASSNAME", {{"NAME", name}}, "/>\n");
+}
+
+void ElementWriter::instanceName(const ObjectPath& path) {
+  const XmlElement element(m_output, "INSTANCENAME", {{"CLASSNAME", path.className}});
+  for (const NamedValue& key : path.keys) {
+    if (!key.value.isNull() && !key.value.isArray()) {
+      keyBinding(key);
+    }
+  }
+}
+
+void ElementWriter::keyBinding(const NamedValue& key) {
+  const XmlElement element(m_output, "KEYBINDING", {{"NAME", key.name}});
+  const CMPIType type = key.value.type();
+  if (type == CMPI_ref) {
+    reference(key.value.asReference());
+    return;
+  }
+  const bool isText = type == CMPI_string || type == CMPI_dateTime || type == CMPI_char16;
+  const std::string_view kind = type == CMPI_boolean ? "boolean" : isText ? "string" : "numeric";
+  appendTag(m_output, "KEYVALUE", {{"VALUETYPE", kind}}, ">");
+  if (type != CMPI_instance) {
+    appendScalar(m_output, key.value);
+  }
+  m_output += "</KEYVALUE>\n";
+}
+
+void ElementWriter::instancePath(const ObjectPath& path) {
+  const XmlElement element(m_output, "INSTANCEPATH");
+  {
+    const XmlElement place(m_output, "NAMESPACEPATH");
+    appendText(m_output, "HOST", {}, path.host.empty() ? machineName() : path.host);
+    localNameSpacePath(path.nameSpace);
+  }
+  instanceName(path);
+}
+
+void ElementWriter::localPath(const ObjectPath& path) {
+  const bool isClass = path.keys.empty();
+  const XmlElement element(m_output, isClass ? "LOCALCLASSPATH" : "LOCALINSTANCEPATH");
+  localNameSpacePath(path.nameSpace);
+  if (isClass) {
+    className(path.className);
+  } else {
+    instanceName(path);
+  }
+}
+
+void ElementWriter::reference(const ObjectPath& path) {
+  const XmlElement element(m_output, "VALUE.REFERENCE");
+  if (path.nameSpace.empty()) {
+    instanceName(path);
+  } else if (path.host.empty() || path.keys.empty()) {
+    localPath(path);
+  } else {
+    instancePath(path);
+  }
+}
+
+bool ElementWriter::isWanted(const std::string& property) const {
+  if (m_detail == nullptr || !m_detail->properties) {
+    return true;
+  }
+  const auto& wanted = *m_detail->properties;
+  return std::any_of(wanted.begin(), wanted.end(), [&property](const std::string& name) {
+    return equalNames(name, property);
+  });
+}
+
+void ElementWriter::instance(const Instance& instance) {
+  const bool origins = m_schema != nullptr && m_detail != nullptr && m_detail->classOrigin;
+  const SchemaClass* schemaClass = origins ? m_schema->find(instance.path.className) : nullptr;
+  const XmlElement element(m_output, "INSTANCE", {{"CLASSNAME", instance.path.className}});
+  for (std::size_t position = 0; position < instance.properties.size(); ++position) {
+    const NamedValue& entry = instance.properties[position];
+    if (isWanted(entry.name)) {
+      property(entry, propertyAt(schemaClass, position, entry.name));
+    }
+  }
+}
+
+void ElementWriter::property(const NamedValue& property, const SchemaProperty* declared) {
+  const CMPIType type = elementType(property.value);
+  const bool isReference = type == CMPI_ref && !property.value.isArray();
+  const std::string_view tag = isReference                ? "PROPERTY.REFERENCE"
+                               : property.value.isArray() ? "PROPERTY.ARRAY"
+                                                          : "PROPERTY";
+  const std::string typeText = xmlTypeName(type);
+  const XmlElement element(
+      m_output, tag,
+      {{"NAME", property.name},
+       {"CLASSORIGIN", declared == nullptr ? ABSENT : declared->origin},
+       {"TYPE", presentIf(!isReference, typeText)},
+       {"EmbeddedObject", embedding(type)},
+       {"EMBEDDEDOBJECT", embedding(type)}});
+  value(property.value);
+}
+
+void ElementWriter::qualifiers(const Qualifiers& qualifiers) {
+  if (!m_detail->qualifiers) {
+    return;
+  }
+  for (const NamedValue& qualifier : qualifiers) {
+    const XmlElement element(
+        m_output, "QUALIFIER", {{"NAME", qualifier.name}, {"TYPE", xmlTypeName(qualifier.value.type())}});
+    value(qualifier.value);
+  }
+}
+
+void ElementWriter::property(const SchemaProperty& property, const SchemaClass& schemaClass) {
+  const CMPIType type = elementType(property);
+  const bool isReference = type == CMPI_ref;
+  const XmlElement element(
+      m_output, tagOf("PROPERTY", property),
+      {{"NAME", property.name},
+       {"REFERENCECLASS", presentIf(isReference, property.className)},
+       {"CLASSORIGIN", presentIf(m_detail->classOrigin, property.origin)},
+       {"PROPAGATED", presentIf(!equalNames(property.origin, schemaClass.name), "true")},
+       {"TYPE", presentIf(!isReference, xmlTypeName(type))},
+       {"EmbeddedObject", embedding(type)},
+       {"EMBEDDEDOBJECT", embedding(type)}});
+  qualifiers(property.qualifiers);
+}
+
+void ElementWriter::method(const SchemaMethod& method, const SchemaClass& schemaClass) {
+  const XmlElement element(
+      m_output, "METHOD",
+      {{"NAME", method.name},
+       {"TYPE", xmlTypeName(method.type)},
+       {"CLASSORIGIN", presentIf(m_detail->classOrigin, method.origin)},
+       {"PROPAGATED", presentIf(!equalNames(method.origin, schemaClass.name), "true")}});
+  qualifiers(method.qualifiers);
+  for (const SchemaParameter& entry : method.parameters) {
+    const CMPIType type = elementType(entry);
+    const XmlElement parameter(
+        m_output, tagOf("PARAMETER", entry),
+        {{"NAME", entry.name},
+         {"REFERENCECLASS", presentIf(type == CMPI_ref, entry.className)},
+         {"TYPE", presentIf(type != CMPI_ref, xmlTypeName(type))}});
+    qualifiers(entry.qualifiers);
+  }
+}
+
+void ElementWriter::schemaClass(const SchemaClass& schemaClass) {
+  const XmlElement element(
+      m_output, "CLASS",
+      {{"NAME", schemaClass.name},
+       {"SUPERCLASS", presentIf(!schemaClass.superclass.empty(), schemaClass.superclass)}});
+  const auto isShown = [this, &schemaClass](const std::string& origin) {
+    return !m_detail->localOnly || equalNames(origin, schemaClass.name);
+  };
+  qualifiers(schemaClass.qualifiers);
+  for (const SchemaProperty& entry : schemaClass.properties) {
+    if (isShown(entry.origin) && isWanted(entry.name)) {
+      property(entry, schemaClass);
+    }
+  }
+  for (const SchemaMethod& entry : schemaClass.methods) {
+    if (isShown(entry.origin)) {
+      method(entry, schemaClass);
+    }
+  }
+}
+
+}  // namespace tvp::host::cimxml
