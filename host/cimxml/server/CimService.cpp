@@ -10,6 +10,7 @@
 #include "text/Quote.h"
 #include "text/Trim.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
@@ -170,8 +171,11 @@ HttpReply CimService::answer(const HttpCall& call) {
     m_content->answer(message, call.user, reply);
   } catch (const BadMessage& error) {
     return badMessage(std::move(reply), error);
-  } catch (const std::exception& error) {
-    return badMessage(std::move(reply), BadMessage("request-not-valid", error.what()));
+  } catch (const CimFailure& failure) {
+    return badMessage(std::move(reply), BadMessage("request-not-valid", failure.what()));
+  } catch (const std::exception&) {
+    reply.status = 500;  // memory is exhausted
+    reply.code = CMPI_RC_ERR_FAILED;
   }
   return reply;
 }
