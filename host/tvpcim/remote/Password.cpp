@@ -82,8 +82,8 @@ std::string askPassword(const std::string& prompt) {
                          "--password-file");
   }
   std::setvbuf(terminal.get(), nullptr, _IONBF, 0);
-  std::fputs(prompt.c_str(), terminal.get());
   const QuietTerminal quiet(::fileno(terminal.get()));
+  std::fputs(prompt.c_str(), terminal.get());
   std::string password = firstLine(terminal.get(), "on the terminal");
   std::fputs("\n", terminal.get());
   return password;
