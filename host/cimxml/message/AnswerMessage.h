@@ -22,7 +22,7 @@ struct AnswerMessage {
   Arguments output;
 
   /**
-   * @param schema gives types where the message has none, as OpenPegasus leaves them out for keys
+   * @param schema gives types where the message has none, as some servers leave them out for keys
    * @param method the method that was called; null for an intrinsic operation
    * @throws BadMessage for what is not an answer of CIM-XML
    */

@@ -2,6 +2,7 @@
 #include "host/cimxml/message/ElementReader.h"
 
 #include "host/cimxml/message/Failure.h"
+#include "host/cimxml/message/KeyTypes.h"
 #include "host/cimxml/message/ScalarText.h"
 #include "host/cimxml/message/XmlDocument.h"
 #include "host/schema/Names.h"
@@ -81,26 +82,6 @@ std::vector<std::string> textsOf(const pugi::xml_node& array) {
     }
   }
   return texts;
-}
-
-/** Whether a key that a message calls a text, a number or a boolean may be of a type. */
-bool mayBe(CMPIType inMessage, CMPIType declared) {
-  constexpr auto isText = [](CMPIType type) {
-    return type == CMPI_string || type == CMPI_dateTime || type == CMPI_char16;
-  };
-  return inMessage == CMPI_boolean ? declared == CMPI_boolean
-                                   : declared != CMPI_boolean && isText(inMessage) == isText(declared);
-}
-
-/** The same number or text as a value of another type; unchanged when it cannot be one. */
-Value retyped(const Value& key, CMPIType type) {
-  std::string text;
-  if (key.type() == CMPI_string) {
-    text = key.asString();
-  } else {
-    appendScalar(text, key);
-  }
-  return parseScalar(text, type).value_or(key);
 }
 
 }  // namespace
@@ -374,30 +355,6 @@ Instance ElementReader::embeddedInstance(const std::string& xml) const {
     fail(std::string("an embedded instance: ") + error.what());
   }
   return ElementReader(m_schema, m_embedding + 1).instance(firstElement(document));
-}
-
-void applyKeyTypes(ObjectPath& path, const Schema& schema) {
-  const SchemaClass* schemaClass = schema.find(path.className);
-  if (schemaClass == nullptr) {
-    return;
-  }
-  for (const SchemaProperty& property : schemaClass->properties) {
-    Value* key = property.key ? findValue(path.keys, property.name) : nullptr;
-    if (property.key && key == nullptr && path.keys.size() == 1 && path.keys.front().name.empty()) {
-      path.keys.front().name = property.name;
-      key = &path.keys.front().value;
-    }
-    if (key == nullptr || key->isNull() || key->isArray()) {
-      continue;
-    }
-    if (key->type() == CMPI_ref) {
-      ObjectPath referenced = key->asReference();
-      applyKeyTypes(referenced, schema);
-      *key = Value::reference(std::move(referenced));
-    } else if (key->type() != property.type && mayBe(key->type(), property.type)) {
-      *key = retyped(*key, property.type);
-    }
-  }
 }
 
 }  // namespace tvp::host::cimxml

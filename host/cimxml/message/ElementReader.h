@@ -5,12 +5,12 @@
 #include "host/schema/Schema.h"
 #include "host/schema/Value.h"
 
+#include <pugixml.hpp>
+
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include <pugixml.hpp>
 
 namespace tvp::host::cimxml {
 
@@ -62,13 +62,6 @@ private:
   const Schema* m_schema;
   unsigned int m_embedding = 0;  ///< how many instances this one is embedded in
 };
-
-/**
- * Gives the keys of a path the types that the schema declares, where it has the class and a key's text is of
- * that type; messages say only whether keys are texts, numbers or booleans. A single key without a name
- * becomes the only key of the class. Other keys stay as they are. References in keys are treated likewise.
- */
-void applyKeyTypes(ObjectPath& path, const Schema& schema);
 
 }  // namespace tvp::host::cimxml
 

@@ -2,9 +2,9 @@
 #ifndef HOST_CIMXML_MESSAGE_ENVELOPE_H
 #define HOST_CIMXML_MESSAGE_ENVELOPE_H
 
-#include <string>
-
 #include <pugixml.hpp>
+
+#include <string>
 
 namespace tvp::host::cimxml {
 

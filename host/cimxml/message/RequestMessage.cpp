@@ -8,9 +8,9 @@
 #include "host/cimxml/message/XmlDocument.h"
 #include "host/schema/Names.h"
 
-#include <set>
-
 #include <pugixml.hpp>
+
+#include <set>
 
 namespace tvp::host::cimxml {
 

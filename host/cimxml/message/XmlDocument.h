@@ -2,11 +2,11 @@
 #ifndef HOST_CIMXML_MESSAGE_XMLDOCUMENT_H
 #define HOST_CIMXML_MESSAGE_XMLDOCUMENT_H
 
+#include <pugixml.hpp>
+
 #include <cstddef>
 #include <string>
 #include <string_view>
-
-#include <pugixml.hpp>
 
 namespace tvp::host::cimxml {
 

@@ -3,22 +3,31 @@
 
 #include "text/Utf8.h"
 
-#include <algorithm>
+#include <array>
 
 namespace tvp::host::cimxml {
 namespace {
 
 constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD";  // U+FFFD
 
-/** Whether a byte is written as it is, wherever it stands. */
-constexpr bool isPlain(char character) {
-  const auto byte = static_cast<unsigned char>(character);
-  return byte > 0x20 && byte < 0x7F && character != '<' && character != '>' && character != '&' &&
-         character != '"' && character != '\'';
+/** Which bytes are written as they are, wherever they stand. */
+constexpr std::array<bool, 256> plainBytes() {
+  std::array<bool, 256> plain{};
+  for (std::size_t byte = '!'; byte < '\x7F'; ++byte) {
+    plain[byte] = byte != '<' && byte != '>' && byte != '&' && byte != '"' && byte != '\'';
+  }
+  return plain;
+}
+
+bool isPlain(char character) {
+  static constexpr std::array<bool, 256> PLAIN = plainBytes();
+  return PLAIN[static_cast<unsigned char>(character)];
 }
 
 std::string_view escapeOf(char character) {
   switch (character) {
+  case ' ':
+    return "&#32;";
   case '<':
     return "&lt;";
   case '>':
@@ -57,27 +66,23 @@ std::size_t appendWide(std::string& output, std::string_view text, std::size_t p
 }  // namespace
 
 void appendEscaped(std::string& output, std::string_view text) {
-  std::size_t position = 0;
-  while (position < text.size()) {
-    const auto* begin = text.data() + position;
-    const auto* plainEnd = std::find_if_not(begin, text.data() + text.size(), isPlain);
-    output.append(begin, plainEnd);
-    position = static_cast<std::size_t>(plainEnd - text.data());
-    if (position == text.size()) {
-      return;
-    }
-    const char special = text[position];
-    if (static_cast<unsigned char>(special) >= 0x80) {
-      position += appendWide(output, text, position);
+  std::size_t begin = 0;  // of what is not yet appended
+  for (std::size_t position = 0; position < text.size();) {
+    const char character = text[position];
+    if (isPlain(character) || (character == ' ' && blankStands(text, position))) {
+      ++position;
       continue;
     }
-    if (special == ' ') {
-      output += blankStands(text, position) ? " " : "&#32;";
+    output.append(text, begin, position - begin);
+    if (static_cast<unsigned char>(character) < 0x80) {
+      output += escapeOf(character);
+      ++position;
     } else {
-      output += escapeOf(special);
+      position += appendWide(output, text, position);
     }
-    ++position;
+    begin = position;
   }
+  output.append(text, begin);
 }
 
 void appendTag(std::string& output, std::string_view tag, XmlAttributes attributes, std::string_view end) {

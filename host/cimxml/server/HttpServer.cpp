@@ -68,6 +68,7 @@ struct Client {
   Connection connection;
   std::string address;
   std::string authorization;  ///< that was accepted last
+  std::string accepted;       ///< its user
   Clock::time_point acceptedUntil;
   // Of the current request.
   std::string user;
@@ -165,6 +166,8 @@ struct HttpServer::Content {
 
 void HttpServer::Content::setUp() {
   requests.set_keep_alive_timeout(options.limits.idle.count());
+  constexpr std::size_t NO_LIMIT = 1000000;
+  requests.set_keep_alive_max_count(NO_LIMIT);  // a header says so; nobody counts
   requests.set_logger([](const httplib::Request& /*request*/, const httplib::Response& response) {
     servedClient->reply.status = response.status;
   });
@@ -177,6 +180,7 @@ void HttpServer::Content::setUp() {
 bool HttpServer::Content::authenticate(Client& client, const std::string& authorization) const {
   const auto now = Clock::now();
   if (authorization == client.authorization && !authorization.empty() && now < client.acceptedUntil) {
+    client.user = client.accepted;
     return true;
   }
   client.authorization.clear();
@@ -193,6 +197,7 @@ bool HttpServer::Content::authenticate(Client& client, const std::string& author
     return false;
   }
   client.authorization = authorization;
+  client.accepted = client.user;
   client.acceptedUntil = Clock::now() + ACCEPTED;
   return true;
 }
@@ -341,7 +346,7 @@ bool HttpServer::Content::serveRequest(Client& client) {
 }
 
 void HttpServer::Content::serve(int socket, const std::string& address) {
-  Client client{{socket, tls.get(), options.limits, stop.get()}, address, {}, {}, {}, {}, true};
+  Client client{{socket, tls.get(), options.limits, stop.get()}, address, {}, {}, {}, {}, {}, true};
   if (!client.connection.open()) {
     log(address + " - - - no-tls " + milliseconds(Clock::now() - client.connection.requestBegan()));
     return;
@@ -469,11 +474,11 @@ void HttpServer::stop() {
   const std::uint64_t one = 1;
   (void)!::write(m_content->stop.get(), &one, sizeof one);
   m_content->acceptor.join();
+  m_content->listener.reset();  // so that nobody waits in its queue
   for (Content::Worker& worker : m_content->workers) {
     worker.thread.join();
   }
   m_content->workers.clear();
-  m_content->listener.reset();
 }
 
 }  // namespace tvp::host::cimxml
