@@ -50,6 +50,7 @@ install(TARGETS voltvkctl RUNTIME DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT
 install(TARGETS tvpcim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT provider)
 install(PROGRAMS ${CMAKE_BINARY_DIR}/sbin/tvp-register DESTINATION ${CMAKE_INSTALL_SBINDIR} COMPONENT provider)
 install(FILES ${CMAKE_BINARY_DIR}/share/tarvexpro/TVP.mof ${CMAKE_BINARY_DIR}/share/tarvexpro/TVPIndication.mof
+  ${CMAKE_BINARY_DIR}/share/tarvexpro/Interop.mof
   DESTINATION ${TVP_SHARED_DIRECTORY} COMPONENT provider)
 install(FILES schema/pegasus/TVPRegistration.mof DESTINATION ${TVP_SHARED_DIRECTORY}/pegasus COMPONENT provider)
 install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_DIRECTORY}/sfcb COMPONENT provider)

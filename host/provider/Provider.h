@@ -2,53 +2,18 @@
 #ifndef HOST_PROVIDER_PROVIDER_H
 #define HOST_PROVIDER_PROVIDER_H
 
+#include "host/provider/Operations.h"
 #include "host/provider/ProviderLibrary.h"
 #include "host/provider/Request.h"
 #include "host/schema/Value.h"
 
 #include <memory>
-#include <optional>
 #include <string>
-#include <vector>
 
 namespace tvp::host {
 
-/** The outcome of a call: the provider's status, and its message. */
-struct [[nodiscard]] Outcome {
-  CMPIrc rc = CMPI_RC_OK;
-  std::string message;  ///< empty if the status had none
-  /** What the provider logged through the broker on the thread of the request, in order. */
-  std::vector<std::string> remarks;
-
-  bool ok() const { return rc == CMPI_RC_OK; }
-};
-
-struct InstancesOutcome : Outcome {
-  std::vector<Instance> instances;
-};
-
-struct PathsOutcome : Outcome {
-  std::vector<ObjectPath> paths;
-};
-
-struct MethodOutcome : Outcome {
-  Value returnValue;  ///< null without a type if the provider returned none
-  Arguments output;
-};
-
-/** The names that restrict an association request; an empty name is passed as null. */
-struct AssociationFilter {
-  std::string associationClass;
-  std::string resultClass;
-  std::string role;
-  std::string resultRole;
-};
-
 /** A path as an object manager passes it to a provider: whole numbers as CMPI_sint64. */
 ObjectPath managerPath(ObjectPath path);
-
-/** The list of properties that a request asks for; without a value, all of them. */
-using PropertyList = std::optional<std::vector<std::string>>;
 
 /** An indication filter as a subscription passes it; all indications by default. */
 struct IndicationFilter {
@@ -70,47 +35,83 @@ struct IndicationFilter {
  *
  * Thread-safe: several threads may make requests at once; cleanup() must come after them.
  */
-class Provider {
+class Provider : public Operations {
 public:
   /** Creates the interfaces. The broker must outlive this object. */
   Provider(Broker& broker, const ProviderFactories& factories, CallOptions defaults = {});
   /** The same for a loaded library; unless cleaned up before destruction, it stays in the process. */
   Provider(Broker& broker, std::shared_ptr<ProviderLibrary> library, CallOptions defaults = {});
   /** Does not clean up: a one-shot host exits without waiting for the provider's threads. */
-  ~Provider();
+  ~Provider() override;
   Provider(const Provider&) = delete;
   Provider& operator=(const Provider&) = delete;
 
-  InstancesOutcome enumerateInstances(
-      const ObjectPath& path, const PropertyList& properties = {}, const CallOptions* options = nullptr);
-  PathsOutcome enumerateInstanceNames(const ObjectPath& path, const CallOptions* options = nullptr);
-  /** Success without an instance stays success here; a client of an object manager sees "not found". */
-  InstancesOutcome getInstance(
-      const ObjectPath& path, const PropertyList& properties = {}, const CallOptions* options = nullptr);
-  PathsOutcome
-  createInstance(const ObjectPath& path, const Instance& instance, const CallOptions* options = nullptr);
-  /** Without a list, the names of all properties that are set are passed; as SFCB, a null list. */
+  // The operations, with the default options and with given ones; null stands for the defaults.
+  InstancesOutcome enumerateInstances(const ObjectPath& path, const PropertyList& properties = {}) override {
+    return enumerateInstances(path, properties, nullptr);
+  }
+  InstancesOutcome
+  enumerateInstances(const ObjectPath& path, const PropertyList& properties, const CallOptions* options);
+  PathsOutcome enumerateInstanceNames(const ObjectPath& path) override {
+    return enumerateInstanceNames(path, nullptr);
+  }
+  PathsOutcome enumerateInstanceNames(const ObjectPath& path, const CallOptions* options);
+  InstancesOutcome getInstance(const ObjectPath& path, const PropertyList& properties = {}) override {
+    return getInstance(path, properties, nullptr);
+  }
+  InstancesOutcome
+  getInstance(const ObjectPath& path, const PropertyList& properties, const CallOptions* options);
+  PathsOutcome createInstance(const ObjectPath& path, const Instance& instance) override {
+    return createInstance(path, instance, nullptr);
+  }
+  PathsOutcome createInstance(const ObjectPath& path, const Instance& instance, const CallOptions* options);
+  /** As SFCB, a null list is passed on as it is. */
   Outcome modifyInstance(
-      const ObjectPath& path, const Instance& instance, const PropertyList& properties = {},
-      const CallOptions* options = nullptr);
-  Outcome deleteInstance(const ObjectPath& path, const CallOptions* options = nullptr);
+      const ObjectPath& path, const Instance& instance, const PropertyList& properties = {}) override {
+    return modifyInstance(path, instance, properties, nullptr);
+  }
+  Outcome modifyInstance(
+      const ObjectPath& path, const Instance& instance, const PropertyList& properties,
+      const CallOptions* options);
+  Outcome deleteInstance(const ObjectPath& path) override { return deleteInstance(path, nullptr); }
+  Outcome deleteInstance(const ObjectPath& path, const CallOptions* options);
+  InstancesOutcome
+  execQuery(const ObjectPath& path, const std::string& query, const std::string& language) override {
+    return execQuery(path, query, language, nullptr);
+  }
   InstancesOutcome execQuery(
       const ObjectPath& path, const std::string& query, const std::string& language,
-      const CallOptions* options = nullptr);
-  /** The arguments are passed with the types they have. */
+      const CallOptions* options);
+  MethodOutcome
+  invokeMethod(const ObjectPath& path, const std::string& method, const Arguments& input) override {
+    return invokeMethod(path, method, input, nullptr);
+  }
   MethodOutcome invokeMethod(
-      const ObjectPath& path, const std::string& method, const Arguments& input,
-      const CallOptions* options = nullptr);
+      const ObjectPath& path, const std::string& method, const Arguments& input, const CallOptions* options);
   InstancesOutcome associators(
-      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties = {},
-      const CallOptions* options = nullptr);
-  PathsOutcome associatorNames(
-      const ObjectPath& path, const AssociationFilter& filter, const CallOptions* options = nullptr);
+      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties = {}) override {
+    return associators(path, filter, properties, nullptr);
+  }
+  InstancesOutcome associators(
+      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties,
+      const CallOptions* options);
+  PathsOutcome associatorNames(const ObjectPath& path, const AssociationFilter& filter) override {
+    return associatorNames(path, filter, nullptr);
+  }
+  PathsOutcome
+  associatorNames(const ObjectPath& path, const AssociationFilter& filter, const CallOptions* options);
   InstancesOutcome references(
-      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties = {},
-      const CallOptions* options = nullptr);
-  PathsOutcome referenceNames(
-      const ObjectPath& path, const AssociationFilter& filter, const CallOptions* options = nullptr);
+      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties = {}) override {
+    return references(path, filter, properties, nullptr);
+  }
+  InstancesOutcome references(
+      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties,
+      const CallOptions* options);
+  PathsOutcome referenceNames(const ObjectPath& path, const AssociationFilter& filter) override {
+    return referenceNames(path, filter, nullptr);
+  }
+  PathsOutcome
+  referenceNames(const ObjectPath& path, const AssociationFilter& filter, const CallOptions* options);
 
   Outcome authorizeFilter(const IndicationFilter& filter, const CallOptions* options = nullptr);
   Outcome mustPoll(const IndicationFilter& filter, const CallOptions* options = nullptr);

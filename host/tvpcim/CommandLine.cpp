@@ -33,8 +33,9 @@ std::vector<std::string> verbsOf(const CLI::App& app) {
 }
 
 bool takesValue(const std::string& option) {
-  static const std::vector<std::string> OPTIONS = {"-o",       "--output", "--provider",
-                                                   "--schema", "--user",   "--namespace"};
+  static const std::vector<std::string> OPTIONS = {"-o",       "--output",        "--provider",
+                                                   "--schema", "--user",          "--namespace",
+                                                   "--url",    "--password-file", "--cert"};
   return std::find(OPTIONS.begin(), OPTIONS.end(), option) != OPTIONS.end();
 }
 
@@ -91,7 +92,8 @@ CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
   addGlobalOptions();
   for (const auto add :
        {addIdentityCommand, addDriveCommands, addPoolCommands, addVolumeCommands, addTreeCommand,
-        addWatchCommand, addInstanceCommands, addMethodCommand, addAssociationCommands, addSchemaCommands}) {
+        addWatchCommand, addInstanceCommands, addMethodCommand, addAssociationCommands, addSchemaCommands,
+        addServeCommand, addListenCommand, addSubscriptionCommands}) {
     add(m_app, m_tool);
   }
   addHelp();
@@ -110,11 +112,29 @@ void CommandLine::addGlobalOptions() {
       ->capture_default_str()
       ->check(CLI::IsMember(formats));
   m_app.add_flag("--wide", options.wide, "Show every column of a table, whatever the width of the terminal");
-  m_app.add_option("--user", options.user, "User name of the requests; default: yours")->type_name("NAME");
+  CLI::Option* url = m_app
+                         .add_option(
+                             "--url", options.url,
+                             "Ask a server, http://USER@HOST:PORT, and not the provider of this machine")
+                         ->type_name("URL");
+  m_app
+      .add_option(
+          "--password-file", options.passwordFile,
+          "File of the password of the server's user; without it, the terminal is asked")
+      ->type_name("FILE");
+  m_app
+      .add_option(
+          "--cert", options.certificates,
+          "File of the certificates that a server may have; default: the system's")
+      ->type_name("FILE");
+  m_app.add_option("--user", options.user, "User name of the requests; default: yours")
+      ->type_name("NAME")
+      ->excludes(url);
   m_app
       .add_option(
           "--provider", options.provider, "The provider's library; default: the one that belongs to tvpcim")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->excludes(url);
   m_app
       .add_option("--schema", options.schema, "File of the classes; default: the one that belongs to tvpcim")
       ->type_name("FILE");

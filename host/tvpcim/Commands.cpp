@@ -11,7 +11,11 @@ CLI::App& addVerb(
       "\n" + help + (help.empty() ? "" : "\n") +
       "Every verb also takes the options of 'tvpcim --help', such as -o json.");
   const std::string fullName = parent.get_parent() == nullptr ? name : parent.get_name() + " " + name;
-  verb->callback([&tool, fullName, action = std::move(action)] { tool.choose(fullName, action); });
+  verb->callback([&tool, verb, fullName, action = std::move(action)] {
+    if (verb->get_subcommands().empty()) {
+      tool.choose(fullName, action);
+    }
+  });
   return *verb;
 }
 

@@ -25,8 +25,12 @@ void addInstanceCommands(CLI::App& app, Tool& tool);
 void addMethodCommand(CLI::App& app, Tool& tool);
 void addAssociationCommands(CLI::App& app, Tool& tool);
 void addSchemaCommands(CLI::App& app, Tool& tool);
+void addServeCommand(CLI::App& app, Tool& tool);
+void addListenCommand(CLI::App& app, Tool& tool);
+void addSubscriptionCommands(CLI::App& app, Tool& tool);
 
-/** Adds a verb. @param help the end of its --help, may be empty */
+/** Adds a verb; it may get verbs below it, and runs when none of them is given. @param help the end of its
+ * --help, may be empty */
 CLI::App& addVerb(
     CLI::App& parent, Tool& tool, const std::string& name, const std::string& summary,
     const std::string& help, std::function<void()> action);

@@ -77,6 +77,9 @@ Place placeAfter(CLI::App& app, const std::vector<std::string>& words) {
 
 std::vector<std::string> namesOfKind(Tool& tool, const ObjectKind& kind) {
   std::vector<std::string> names;
+  if (tool.session().isRemote()) {
+    return names;
+  }
   for (const Instance& instance : tool.inventory().instances(kind)) {
     names.push_back(textOf(instance, kind.name));
   }
@@ -121,6 +124,13 @@ std::vector<std::string> featuresAt(Tool& tool, const Place& place) {
   return method == nullptr ? std::vector<std::string>() : withEnd(inputsOf(*method), "=");
 }
 
+/** Whether a server is asked: its names would take a password, and as long as the network does. */
+bool namesServer(const std::vector<std::string>& words) {
+  return std::any_of(words.begin(), words.end(), [](const std::string& word) {
+    return word == "--url" || word.compare(0, 6, "--url=") == 0;
+  });
+}
+
 std::vector<std::string> candidatesAt(Tool& tool, const Place& place, const std::string& word) {
   const auto isOneOf = [&](std::initializer_list<const char*> names) {
     return std::find(names.begin(), names.end(), place.wanted) != names.end();
@@ -161,6 +171,9 @@ std::vector<std::string> completionsOf(Tool& tool, CLI::App& app, const std::vec
   const std::string word = words.empty() ? "" : words.back();
   const Place place =
       placeAfter(app, words.empty() ? words : std::vector<std::string>(words.begin(), words.end() - 1));
+  if (namesServer(words)) {
+    tool.options.url = "http://localhost";
+  }
   std::vector<std::string> matching;
   for (const std::string& candidate : candidatesAt(tool, place, word)) {
     // A name with control characters could not be typed, and would obey the terminal.

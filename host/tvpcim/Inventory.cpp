@@ -161,7 +161,7 @@ MethodOutcome Inventory::callService(const std::string& method, const Arguments&
   service.keys = {
       {"CreationClassName", Value::string("TVP_TierService")},
       {"Name", Value::string("TVP_TierServiceInstance1")}};
-  return m_session.provider().invokeMethod(service, method, arguments);
+  return m_session.operations().invokeMethod(service, method, arguments);
 }
 
 }  // namespace tvp::host::tvpcim

@@ -7,6 +7,7 @@
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/InstalledFiles.h"
 #include "host/tvpcim/output/Text.h"
+#include "host/tvpcim/remote/Connection.h"
 #include "text/Trim.h"
 
 #include <cstdlib>
@@ -15,6 +16,10 @@
 #include <thread>
 
 namespace tvp::host::tvpcim {
+
+std::chrono::milliseconds cleanUpLimit() {
+  return std::getenv("TVPCIM_STRICT") == nullptr ? std::chrono::milliseconds(300) : std::chrono::minutes(1);
+}
 
 std::string describe(const Outcome& outcome) {
   std::string text = statusName(outcome.rc);
@@ -145,6 +150,18 @@ Provider& Session::provider() {
   return *m_provider;
 }
 
+Operations& Session::server(const std::string& defaultUrl) {
+  if (m_server == nullptr) {
+    schema();
+    m_server = connect(isRemote() ? m_options.url : defaultUrl, m_options, m_schema);
+  }
+  return *m_server;
+}
+
+Operations& Session::operations() {
+  return isRemote() ? server() : provider();
+}
+
 void Session::check(const Outcome& outcome) const {
   if (!outcome.ok()) {
     throw OperationError(describe(outcome), hintOf(outcome));
@@ -152,7 +169,7 @@ void Session::check(const Outcome& outcome) const {
 }
 
 InstancesOutcome Session::enumerate(const std::string& className) {
-  InstancesOutcome outcome = provider().enumerateInstances(pathOf(className));
+  InstancesOutcome outcome = operations().enumerateInstances(pathOf(className));
   check(outcome);
   return outcome;
 }

@@ -16,8 +16,8 @@
 namespace tvp::host::tvpcim {
 
 /**
- * The way to the provider: the classes, the broker and the provider itself, each loaded when it is first
- * needed, and the requests with the user's name on them.
+ * The way to the operations: the classes, and either the broker and the provider itself with the user's name
+ * on the requests, or the connection to a server; each is made when it is first needed.
  *
  * A request that fails is an OperationError with the name of its status, its message and what to do. Belongs
  * to one thread. The destructor does not clean the provider up and must not run while the provider is loaded:
@@ -40,7 +40,15 @@ public:
    *  malformed text, an unknown class or a key that the class does not have. */
   ObjectPath parsePath(const std::string& text);
 
-  /** @throws OperationError when it cannot be loaded. */
+  /** Whether a server is asked, and not the provider of this machine. */
+  bool isRemote() const { return !m_options.url.empty(); }
+  /** What the verbs ask. @throws OperationError when the provider cannot be loaded, UsageError for a wrong
+   * URL; those of a server throw cimxml::ServerError */
+  Operations& operations();
+  /** The server at the URL of the options, else at the given one, with the schema if it is at hand.
+   *  @throws as operations() */
+  Operations& server(const std::string& defaultUrl = "");
+  /** The provider of this machine. @throws OperationError when it cannot be loaded. */
   Provider& provider();
   /** Handlers for the broker, to be set before provider() is called. */
   void setHandlers(BrokerHandlers handlers) { m_handlers = std::move(handlers); }
@@ -68,7 +76,12 @@ private:
   std::map<std::string, SchemaClass> m_standardClasses;
   std::unique_ptr<Broker> m_broker;
   std::unique_ptr<Provider> m_provider;
+  std::unique_ptr<Operations> m_server;
 };
+
+/** How long a command waits for the provider to clean up. Its listener sleeps for seconds at a time, which
+ * nobody wants to wait for, except who looks for breaches of the rules: some are only seen at the end. */
+std::chrono::milliseconds cleanUpLimit();
 
 /** "CIM_ERR_FAILED: message" */
 std::string describe(const Outcome& outcome);

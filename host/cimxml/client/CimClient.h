@@ -2,6 +2,7 @@
 #ifndef HOST_CIMXML_CLIENT_CIMCLIENT_H
 #define HOST_CIMXML_CLIENT_CIMCLIENT_H
 
+#include "host/cimxml/client/ServerUrl.h"
 #include "host/provider/Operations.h"
 #include "host/schema/Schema.h"
 
@@ -12,19 +13,6 @@
 
 namespace tvp::host::cimxml {
 
-/** Where a server is and who asks it. */
-struct ServerUrl {
-  bool tls = false;
-  std::string host;
-  std::uint16_t port = 5988;  ///< 5989 with TLS
-  std::string user;           ///< may be empty
-  std::string path = "/cimom";
-
-  /** Reads "http://USER@HOST:PORT". @throws std::invalid_argument that says what is wrong; a password in it is
-   * refused */
-  static ServerUrl parse(const std::string& text);
-};
-
 /** A server that cannot be reached, refuses the user, or does not answer CIM-XML; what() says what to do. */
 class ServerError : public std::runtime_error {
 public:
@@ -34,16 +22,38 @@ public:
 struct CimClientOptions {
   ServerUrl url;
   std::string password;
-  std::string certificates;  ///< file of trusted certificates; empty: those of the system
-  std::chrono::seconds timeout{60};
+  std::string certificates;          ///< file of trusted certificates; empty: those of the system
+  std::chrono::seconds timeout{60};  ///< for a whole answer
 };
 
-/** A WBEM client: the operations, asked of a server over one connection. One thread. */
+/**
+ * A WBEM client: the operations, asked of a server over one connection, which is made when it is first needed
+ * and kept. A status of the server is in the outcome; what is no answer is a ServerError. One thread.
+ */
 class CimClient : public Operations {
 public:
+  /** @param schema gives the types and the properties that an answer leaves out; a class that it does not
+   * have is taken as it comes. @throws ServerError for a file of certificates that cannot be used */
   CimClient(CimClientOptions options, std::shared_ptr<const Schema> schema);
   ~CimClient() override;
-  // The operations of Operations; each throws ServerError. A status of the server is in the outcome.
+
+  InstancesOutcome enumerateInstances(const ObjectPath& path, const PropertyList& properties = {}) override;
+  PathsOutcome enumerateInstanceNames(const ObjectPath& path) override;
+  InstancesOutcome getInstance(const ObjectPath& path, const PropertyList& properties = {}) override;
+  PathsOutcome createInstance(const ObjectPath& path, const Instance& instance) override;
+  Outcome modifyInstance(
+      const ObjectPath& path, const Instance& instance, const PropertyList& properties = {}) override;
+  Outcome deleteInstance(const ObjectPath& path) override;
+  InstancesOutcome
+  execQuery(const ObjectPath& path, const std::string& query, const std::string& language) override;
+  MethodOutcome
+  invokeMethod(const ObjectPath& path, const std::string& method, const Arguments& input) override;
+  InstancesOutcome associators(
+      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties = {}) override;
+  PathsOutcome associatorNames(const ObjectPath& path, const AssociationFilter& filter) override;
+  InstancesOutcome references(
+      const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties = {}) override;
+  PathsOutcome referenceNames(const ObjectPath& path, const AssociationFilter& filter) override;
 
 private:
   struct Content;

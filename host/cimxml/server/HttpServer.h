@@ -17,11 +17,19 @@ namespace tvp::host::cimxml {
 /** Decides who a client is. Called by several threads at once; may take its time. */
 class Users {
 public:
+  Users() = default;
   virtual ~Users() = default;
-  /** Whether requests without credentials are answered, and as whom. */
+  Users(const Users&) = delete;
+  Users& operator=(const Users&) = delete;
+
+  /** As whom everybody is answered, whatever credentials they send; without a value, credentials are asked
+   * for.
+   */
   virtual std::optional<std::string> anonymous() const = 0;
-  /** Whether the password is the user's, and the user may use the server. */
+  /** Whether the password is the user's. */
   virtual bool accepts(const std::string& user, const std::string& password) = 0;
+  /** Whether a user who was accepted may use the server; others are answered with 403. */
+  virtual bool permits(const std::string& /*user*/) const { return true; }
 };
 
 struct HttpLimits {
@@ -33,19 +41,33 @@ struct HttpLimits {
 };
 
 struct HttpServerOptions {
-  std::string address = "127.0.0.1";
-  std::uint16_t port = 5988;  ///< 0: any free one
-  std::string tlsCertificate;  ///< file names; both empty without TLS
+  std::string address = "127.0.0.1";  ///< of IPv4 or IPv6
+  std::uint16_t port = 5988;          ///< 0: any free one
+  std::string tlsCertificate;         ///< file names; both empty without TLS
   std::string tlsKey;
   HttpLimits limits;
-  /** Receives one line per request, without its newline. Called by several threads. */
+  std::chrono::milliseconds wrongPassword{1000};  ///< after which a wrong password is answered
+  /** Receives one line per request, without its newline, and warnings. Called by several threads. */
   std::function<void(const std::string& line)> log;
 };
 
-/** An HTTP server for calls of CIM-XML (POST) and for pages (GET). Thread-safe. */
+/** Whether an address is one that only programs of the same machine reach. */
+bool isLoopback(const std::string& address);
+
+/**
+ * An HTTP server for calls of CIM-XML (POST) and for pages (GET), with a thread for each connection.
+ * Thread-safe.
+ *
+ * A line of the log has the client, the user, the operation, the class, the status (OK, that of CIM, or that
+ * of HTTP) and the time from the first byte of the request to the last of the answer; "-" stands for what is
+ * unknown.
+ */
 class HttpServer {
 public:
-  /** @throws std::runtime_error that says what was wrong and what to do */
+  /**
+   * @throws std::runtime_error that says what was wrong and what to do: also for an address that other
+   * machines reach without TLS, or without asking for a password
+   */
   HttpServer(HttpServerOptions options, std::shared_ptr<Users> users);
   ~HttpServer();
   HttpServer(const HttpServer&) = delete;

@@ -25,19 +25,19 @@ void printPaths(Tool& tool, const char* noun, const PathsOutcome& outcome) {
 }
 
 void listAssociators(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
-  printInstances(tool, "associated objects", tool.session().provider().associators(path, filter));
+  printInstances(tool, "associated objects", tool.session().operations().associators(path, filter));
 }
 
 void listReferences(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
-  printInstances(tool, "associations", tool.session().provider().references(path, filter));
+  printInstances(tool, "associations", tool.session().operations().references(path, filter));
 }
 
 void listReferenceNames(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
-  printPaths(tool, "associations", tool.session().provider().referenceNames(path, filter));
+  printPaths(tool, "associations", tool.session().operations().referenceNames(path, filter));
 }
 
 void listAssociatorNames(Tool& tool, const ObjectPath& path, const AssociationFilter& filter) {
-  const PathsOutcome outcome = tool.session().provider().associatorNames(path, filter);
+  const PathsOutcome outcome = tool.session().operations().associatorNames(path, filter);
   if (!outcome.ok() && filter.associationClass.empty()) {
     throw OperationError(
         describe(outcome), "the provider may need an association class; name it with --assoc-class");

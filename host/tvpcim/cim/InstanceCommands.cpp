@@ -47,7 +47,7 @@ void enumerateInstances(Tool& tool, const InstanceOptions& options) {
   Session& session = tool.session();
   const ObjectPath path = session.pathOf(options.object);
   const PropertyList wanted = checkedProperties(session.classNamed(options.object), options.properties);
-  const InstancesOutcome outcome = session.provider().enumerateInstances(path, wanted);
+  const InstancesOutcome outcome = session.operations().enumerateInstances(path, wanted);
   session.check(outcome);
   tool.print(tool.formatter().listing({"instances", outcome.instances, columnsOf(outcome.instances)}));
   if (outcome.instances.empty()) {
@@ -57,7 +57,7 @@ void enumerateInstances(Tool& tool, const InstanceOptions& options) {
 
 void enumerateNames(Tool& tool, const InstanceOptions& options) {
   Session& session = tool.session();
-  const PathsOutcome outcome = session.provider().enumerateInstanceNames(session.pathOf(options.object));
+  const PathsOutcome outcome = session.operations().enumerateInstanceNames(session.pathOf(options.object));
   session.check(outcome);
   tool.print(tool.formatter().paths("instance names", outcome.paths));
 }
@@ -66,7 +66,7 @@ void getInstance(Tool& tool, const InstanceOptions& options) {
   Session& session = tool.session();
   const ObjectPath path = session.parsePath(options.object);
   const PropertyList wanted = checkedProperties(session.classNamed(path.className), options.properties);
-  const InstancesOutcome outcome = session.provider().getInstance(path, wanted);
+  const InstancesOutcome outcome = session.operations().getInstance(path, wanted);
   session.check(outcome);
   if (outcome.instances.empty()) {
     tool.print(tool.formatter().nothing());
@@ -92,7 +92,7 @@ void modifyInstance(Tool& tool, const InstanceOptions& options) {
   Instance instance;
   instance.path = session.parsePath(options.object);
   instance.properties = parseProperties(session.classNamed(instance.path.className), options.values);
-  session.check(session.provider().modifyInstance(instance.path, instance));
+  session.check(session.operations().modifyInstance(instance.path, instance));
   printDone(tool, "ModifyInstance", instance.path);
 }
 
@@ -107,14 +107,14 @@ void createInstance(Tool& tool, const InstanceOptions& options) {
       instance.path.keys.push_back(property);
     }
   }
-  const PathsOutcome outcome = session.provider().createInstance(instance.path, instance);
+  const PathsOutcome outcome = session.operations().createInstance(instance.path, instance);
   session.check(outcome);
   printDone(tool, "CreateInstance", outcome.paths.empty() ? instance.path : outcome.paths.front());
 }
 
 void deleteInstance(Tool& tool, const InstanceOptions& options) {
   const ObjectPath path = tool.session().parsePath(options.object);
-  tool.session().check(tool.session().provider().deleteInstance(path));
+  tool.session().check(tool.session().operations().deleteInstance(path));
   printDone(tool, "DeleteInstance", path);
 }
 

@@ -47,7 +47,7 @@ void invokeMethod(Tool& tool, const MethodOptions& options) {
   const ObjectPath path = session.parsePath(options.object);
   const SchemaMethod& method = methodNamed(session.classNamed(path.className), options.method);
   const Arguments arguments = parseArguments(method, options.arguments);
-  const MethodOutcome outcome = session.provider().invokeMethod(path, method.name, arguments);
+  const MethodOutcome outcome = session.operations().invokeMethod(path, method.name, arguments);
   if (!outcome.ok()) {
     const std::string missing = missingArguments(method, arguments);
     throw OperationError(describe(outcome), missing.empty() ? hintOf(outcome) : missing);
