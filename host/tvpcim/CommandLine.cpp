@@ -93,7 +93,7 @@ CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
   for (const auto add :
        {addIdentityCommand, addDriveCommands, addPoolCommands, addVolumeCommands, addTreeCommand,
         addWatchCommand, addInstanceCommands, addMethodCommand, addAssociationCommands, addSchemaCommands,
-        addListenCommand, addSubscriptionCommands}) {
+        addServeCommand, addListenCommand, addSubscriptionCommands}) {
     add(m_app, m_tool);
   }
   addHelp();

@@ -25,6 +25,7 @@ void addInstanceCommands(CLI::App& app, Tool& tool);
 void addMethodCommand(CLI::App& app, Tool& tool);
 void addAssociationCommands(CLI::App& app, Tool& tool);
 void addSchemaCommands(CLI::App& app, Tool& tool);
+void addServeCommand(CLI::App& app, Tool& tool);
 void addListenCommand(CLI::App& app, Tool& tool);
 void addSubscriptionCommands(CLI::App& app, Tool& tool);
 

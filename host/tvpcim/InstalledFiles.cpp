@@ -19,7 +19,7 @@ fs::path ownPrefix() {
   return error ? fs::path() : executable.parent_path().parent_path();
 }
 
-std::string firstOf(const std::string& what, const std::string& option, const std::vector<fs::path>& places) {
+std::string firstOf(const std::string& what, const std::string& advice, const std::vector<fs::path>& places) {
   std::vector<std::string> tried;
   for (const fs::path& place : places) {
     std::error_code error;
@@ -28,7 +28,12 @@ std::string firstOf(const std::string& what, const std::string& option, const st
     }
     tried.push_back(place.string());
   }
-  throw OperationError(what + " was not found; looked for " + join(tried, ", ") + "; name it with " + option);
+  throw OperationError(what + " was not found; looked for " + join(tried, ", ") + "; " + advice);
+}
+
+std::string sharedFile(const std::string& file, const std::string& what, const std::string& advice) {
+  const fs::path name = fs::path("tarvexpro") / file;
+  return firstOf(what, advice, {ownPrefix() / "share" / name, fs::path(TVP_INSTALL_FULL_DATADIR) / name});
 }
 
 }  // namespace
@@ -36,16 +41,18 @@ std::string firstOf(const std::string& what, const std::string& option, const st
 std::string installedProvider() {
   const std::string name = "libtarvexProProvider.so";
   return firstOf(
-      "the provider", "--provider",
+      "the provider", "name it with --provider",
       {ownPrefix() / "lib" / name, ownPrefix() / TVP_INSTALL_LIBDIR / name,
        fs::path(TVP_INSTALL_FULL_LIBDIR) / name});
 }
 
 std::string installedSchema() {
-  const fs::path name = fs::path("tarvexpro") / "TVP.mof";
-  return firstOf(
-      "the file of the classes", "--schema",
-      {ownPrefix() / "share" / name, fs::path(TVP_INSTALL_FULL_DATADIR) / name});
+  return sharedFile("TVP.mof", "the file of the classes", "name it with --schema");
+}
+
+std::string installedInteropSchema() {
+  return sharedFile(
+      "Interop.mof", "the file of the classes of the interop namespace", "install the package again");
 }
 
 }  // namespace tvp::host::tvpcim

@@ -15,6 +15,9 @@ std::string installedProvider();
 /** The file of the classes that belongs to this command; as installedProvider(). */
 std::string installedSchema();
 
+/** The file of the classes of the interop namespace; as installedProvider(). */
+std::string installedInteropSchema();
+
 }  // namespace tvp::host::tvpcim
 
 #endif

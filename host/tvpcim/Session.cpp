@@ -17,6 +17,10 @@
 
 namespace tvp::host::tvpcim {
 
+std::chrono::milliseconds cleanUpLimit() {
+  return std::getenv("TVPCIM_STRICT") == nullptr ? std::chrono::milliseconds(300) : std::chrono::minutes(1);
+}
+
 std::string describe(const Outcome& outcome) {
   std::string text = statusName(outcome.rc);
   const std::string message(text::trimmed(outcome.message));

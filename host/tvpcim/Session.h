@@ -79,6 +79,10 @@ private:
   std::unique_ptr<Operations> m_server;
 };
 
+/** How long a command waits for the provider to clean up. Its listener sleeps for seconds at a time, which
+ * nobody wants to wait for, except who looks for breaches of the rules: some are only seen at the end. */
+std::chrono::milliseconds cleanUpLimit();
+
 /** "CIM_ERR_FAILED: message" */
 std::string describe(const Outcome& outcome);
 /** What the provider remarked while it worked on the request, on one line; empty when it did not. */

@@ -19,12 +19,6 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-/** How long the provider may take to clean up. Its listener sleeps for seconds at a time, which nobody wants
- * to wait for, except who looks for breaches of the rules: some are only seen at the end. */
-std::chrono::milliseconds cleanUpLimit() {
-  return std::getenv("TVPCIM_STRICT") == nullptr ? std::chrono::milliseconds(300) : std::chrono::minutes(1);
-}
-
 /** The class by that name. @throws UsageError unless it is one of indications */
 const SchemaClass& indicationClass(Session& session, const std::string& name) {
   const SchemaClass& found = session.classNamed(name);
