@@ -161,6 +161,9 @@ ObjectPath ElementReader::instanceName(const pugi::xml_node& element) const {
       fail("the key " + shown(name) + " has no value");
     }
   }
+  if (names.size() > 1 && names.count("") > 0) {
+    fail("a key without a name stands beside others");
+  }
   if (m_schema != nullptr) {
     applyKeyTypes(result, *m_schema);
   }
