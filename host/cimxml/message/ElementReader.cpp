@@ -56,7 +56,7 @@ std::optional<CMPIType> messageType(const pugi::xml_node& element, const char* a
   if (name.empty()) {
     return std::nullopt;
   }
-  if (equalNames(name, "reference")) {
+  if (equalNames(name.c_str(), "reference")) {
     return CMPI_ref;
   }
   const std::optional<CMPIType> type = typeOfName(name);
