@@ -56,7 +56,7 @@ std::optional<CMPIType> messageType(const pugi::xml_node& element, const char* a
   if (name.empty()) {
     return std::nullopt;
   }
-  if (equalNames(name, "reference")) {
+  if (equalNames(name.c_str(), "reference")) {
     return CMPI_ref;
   }
   const std::optional<CMPIType> type = typeOfName(name);
@@ -160,6 +160,9 @@ ObjectPath ElementReader::instanceName(const pugi::xml_node& element) const {
     } else {
       fail("the key " + shown(name) + " has no value");
     }
+  }
+  if (names.size() > 1 && names.count("") > 0) {
+    fail("a key without a name stands beside others");
   }
   if (m_schema != nullptr) {
     applyKeyTypes(result, *m_schema);

@@ -140,25 +140,28 @@ void ElementWriter::className(std::string_view name) {
 void ElementWriter::instanceName(const ObjectPath& path) {
   const XmlElement element(m_output, "INSTANCENAME", {{"CLASSNAME", path.className}});
   for (const NamedValue& key : path.keys) {
-    if (!key.value.isNull() && !key.value.isArray()) {
-      keyBinding(key);
+    if (key.value.isNull() || key.value.isArray() || key.value.type() == CMPI_instance) {
+      continue;  // nothing that a key can have
+    }
+    if (key.name.empty()) {
+      keyValue(key.value);  // the only key, of a class that was unknown where the path was read
+    } else {
+      const XmlElement binding(m_output, "KEYBINDING", {{"NAME", key.name}});
+      keyValue(key.value);
     }
   }
 }
 
-void ElementWriter::keyBinding(const NamedValue& key) {
-  const XmlElement element(m_output, "KEYBINDING", {{"NAME", key.name}});
-  const CMPIType type = key.value.type();
+void ElementWriter::keyValue(const Value& value) {
+  const CMPIType type = value.type();
   if (type == CMPI_ref) {
-    reference(key.value.asReference());
+    reference(value.asReference());
     return;
   }
   const bool isText = type == CMPI_string || type == CMPI_dateTime || type == CMPI_char16;
   const std::string_view kind = type == CMPI_boolean ? "boolean" : isText ? "string" : "numeric";
   appendTag(m_output, "KEYVALUE", {{"VALUETYPE", kind}}, ">");
-  if (type != CMPI_instance) {
-    appendScalar(m_output, key.value);
-  }
+  appendScalar(m_output, value);
   m_output += "</KEYVALUE>\n";
 }
 

@@ -46,7 +46,7 @@ private:
   void scalar(const Value& value);
   void list(const Value& value);
   void reference(const ObjectPath& path);
-  void keyBinding(const NamedValue& key);
+  void keyValue(const Value& value);
   const std::string& startTag(std::size_t position, const NamedValue& property);
   void property(const SchemaProperty& property, const SchemaClass& schemaClass);
   void method(const SchemaMethod& method, const SchemaClass& schemaClass);

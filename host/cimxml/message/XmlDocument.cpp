@@ -50,6 +50,14 @@ void checkCharacters(std::string_view text) {
   }
 }
 
+constexpr std::array<bool, 256> bytesOf(std::string_view characters) {
+  std::array<bool, 256> bytes{};
+  for (const char character : characters) {
+    bytes[static_cast<unsigned char>(character)] = true;
+  }
+  return bytes;
+}
+
 /** Checks the markup of a document from front to back; that end tags match is left to the parser. */
 class MarkupCheck {
 public:
@@ -223,7 +231,11 @@ private:
   }
 
   std::string_view takeName() {
-    const std::size_t end = std::min(m_text.find_first_of(" \t\r\n=/><\"'&", m_position), m_text.size());
+    static constexpr std::array<bool, 256> ENDS = bytesOf(" \t\r\n=/><\"'&");
+    std::size_t end = m_position;
+    while (end < m_text.size() && !ENDS[static_cast<unsigned char>(m_text[end])]) {
+      ++end;
+    }
     const std::string_view name = m_text.substr(m_position, end - m_position);
     if (name.empty()) {
       stop("a tag or an attribute without a name");
