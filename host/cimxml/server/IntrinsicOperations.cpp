@@ -2,6 +2,7 @@
 #include "host/cimxml/server/IntrinsicOperations.h"
 
 #include "host/cimxml/message/Failure.h"
+#include "host/cimxml/message/KeyTypes.h"
 #include "host/cimxml/message/MessageWriter.h"
 #include "text/Quote.h"
 
@@ -43,6 +44,7 @@ const SchemaClass& namedClass(IntrinsicCall& call, const std::string& className)
 ObjectPath pathInNamespace(IntrinsicCall& call, ObjectPath path) {
   path.className = namedClass(call, path.className).name;
   path.nameSpace = call.nameSpace.name();
+  applyKeyTypes(path, call.nameSpace.schema());
   return path;
 }
 
