@@ -99,8 +99,7 @@ void ActiveSubscriptions::deliver(const Instance& indication) {
   for (const std::shared_ptr<Active>& active : m_active) {
     try {
       if (active->query.selects(indication)) {
-        active->queue->add(
-            exportRequest(std::to_string(++m_exports), active->query.project(indication)));
+        active->queue->add(exportRequest(std::to_string(++m_exports), active->query.project(indication)));
       }
     } catch (const std::exception& error) {
       report(
@@ -114,9 +113,10 @@ void ActiveSubscriptions::deliver(const Instance& indication) {
 bool ActiveSubscriptions::isUsed(const std::string& className) const {
   const std::lock_guard<std::mutex> lock(m_mutex);
   return std::any_of(m_active.begin(), m_active.end(), [&](const auto& active) {
-    return className.empty() || std::any_of(active->filters.begin(), active->filters.end(), [&](const IndicationFilter& filter) {
-      return filter.className == className;
-    });
+    return className.empty() ||
+           std::any_of(active->filters.begin(), active->filters.end(), [&](const IndicationFilter& filter) {
+             return filter.className == className;
+           });
   });
 }
 

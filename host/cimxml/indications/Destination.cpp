@@ -27,9 +27,8 @@ constexpr std::size_t LONGEST_ANSWER = 65536;
 
 [[noreturn]] void refuse(const std::string& url, const std::string& problem) {
   throw CimFailure(
-      CMPI_RC_ERR_INVALID_PARAMETER,
-      text::quoted(url) + " is not a valid destination: " + problem +
-          "; expected http://HOST:PORT/PATH or https://HOST:PORT/PATH");
+      CMPI_RC_ERR_INVALID_PARAMETER, text::quoted(url) + " is not a valid destination: " + problem +
+                                         "; expected http://HOST:PORT/PATH or https://HOST:PORT/PATH");
 }
 
 std::uint16_t portOf(const std::string& url, const std::string& digits) {

@@ -17,17 +17,17 @@ namespace tvp::host::cimxml {
 
 /** How exports are repeated and what is kept of them. */
 struct DeliveryOptions {
-  std::size_t waiting = 1000;                   ///< exports of one destination; then the oldest is dropped
-  std::chrono::milliseconds firstPause{1000};   ///< after a failure; each further one is twice as long
+  std::size_t waiting = 1000;                  ///< exports of one destination; then the oldest is dropped
+  std::chrono::milliseconds firstPause{1000};  ///< after a failure; each further one is twice as long
   std::chrono::milliseconds longestPause{60000};
-  std::chrono::milliseconds patience{600000};   ///< then an export that still fails is dropped
+  std::chrono::milliseconds patience{600000};  ///< then an export that still fails is dropped
   ExportAttempt attempt;
 };
 
 /**
- * The exports that wait for one destination, with the thread that makes them one after the other, in order. An
- * export that fails is repeated, with growing pauses, until it is too old. A listener that takes an export and
- * goes away before it answers gets it again. Thread-safe.
+ * The exports that wait for one destination, with the thread that makes them one after the other, in order.
+ * An export that fails is repeated, with growing pauses, until it is too old. A listener that takes an export
+ * and goes away before it answers gets it again. Thread-safe.
  */
 class ExportQueue {
 public:

@@ -30,8 +30,8 @@ void takeKeys(Instance& instance, const SchemaClass& schemaClass);
 
 /**
  * A path as this server spells it, so that equal paths compare equal: the namespace, also of the paths in its
- * keys, is INTEROP_NAMESPACE for each of its names and for none; there is no host; a reference that was sent as
- * a text is one.
+ * keys, is INTEROP_NAMESPACE for each of its names and for none; there is no host; a reference that was sent
+ * as a text is one.
  */
 ObjectPath interopPath(ObjectPath path);
 

@@ -25,9 +25,9 @@ public:
   /**
    * @param language "WQL", "DMTF:CQL" or "CIM:CQL", in any case
    * @param schema the classes; it has to outlive the query
-   * @throws CimFailure with CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED; CMPI_RC_ERR_INVALID_QUERY, with what was
-   * expected and where, also for a property that no selected class has, and for a comparison of a number with
-   * a text and the like; CMPI_RC_ERR_INVALID_CLASS
+   * @throws CimFailure with CMPI_RC_ERR_QUERY_LANGUAGE_NOT_SUPPORTED; CMPI_RC_ERR_INVALID_QUERY, with what
+   * was expected and where, also for a property that no selected class has, and for a comparison of a number
+   * with a text and the like; CMPI_RC_ERR_INVALID_CLASS
    */
   Query(const std::string& text, const std::string& language, const Schema& schema);
   Query(Query&&) noexcept;

@@ -84,9 +84,8 @@ QueryToken QueryLexer::takeNumber() {
     return token;
   }
   errno = 0;
-  token.literal = token.text.front() == '-'
-                      ? Value::sint64(std::strtoll(token.text.c_str(), nullptr, 10))
-                      : Value::uint64(std::strtoull(token.text.c_str(), nullptr, 10));
+  token.literal = token.text.front() == '-' ? Value::sint64(std::strtoll(token.text.c_str(), nullptr, 10))
+                                            : Value::uint64(std::strtoull(token.text.c_str(), nullptr, 10));
   if (errno == ERANGE) {
     failQuery("the number " + token.text + " does not fit in 64 bits");
   }

@@ -60,7 +60,8 @@ Value typedValue(const Value& given, const SchemaProperty& property) {
   return given;
 }
 
-void checkNumber(const Instance& instance, const char* property, std::initializer_list<unsigned int> offered) {
+void checkNumber(
+    const Instance& instance, const char* property, std::initializer_list<unsigned int> offered) {
   const Value* value = instance.property(property);
   if (value == nullptr || value->isNull() ||
       std::find(offered.begin(), offered.end(), value->asUnsigned()) != offered.end()) {
@@ -163,7 +164,8 @@ void checkSubscription(const Instance& subscription) {
   checkNumber(subscription, "RepeatNotificationPolicy", {0, 2});
   if (!subscription.property("SubscriptionDuration")->isNull()) {
     throw CimFailure(
-        CMPI_RC_ERR_NOT_SUPPORTED, "subscriptions last until they are deleted: SubscriptionDuration is not supported");
+        CMPI_RC_ERR_NOT_SUPPORTED,
+        "subscriptions last until they are deleted: SubscriptionDuration is not supported");
   }
 }
 

@@ -14,8 +14,8 @@ namespace tvp::host::cimxml {
 constexpr std::uint16_t SUBSCRIPTION_ENABLED = 2;
 constexpr std::uint16_t SUBSCRIPTION_DISABLED = 4;
 
-/** What a client has given, as a whole instance with its path: values of the class's types, and the usual ones
- * for what was left out. @throws CimFailure for what the class does not have */
+/** What a client has given, as a whole instance with its path: values of the class's types, and the usual
+ * ones for what was left out. @throws CimFailure for what the class does not have */
 Instance completeInstance(const Instance& given, const Schema& interop);
 
 /**

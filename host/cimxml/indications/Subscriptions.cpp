@@ -31,7 +31,8 @@ bool isListed(const PropertyList& properties, const std::string& name) {
          });
 }
 
-/** An instance with the SubscriptionState that a client wants. @throws CimFailure if it wants anything else */
+/** An instance with the SubscriptionState that a client wants. @throws CimFailure if it wants anything else
+ */
 Instance stateChanged(Instance before, const Instance& wanted, const PropertyList& properties) {
   for (const NamedValue& property : wanted.properties) {
     const Value* present = before.property(property.name);
@@ -113,7 +114,8 @@ struct Subscriptions::Content {
   const char* kindOf(const std::string& className) const {
     const SchemaClass* known = interop->find(className);
     for (const char* kind : KINDS) {
-      if (known != nullptr && interop->isA(known->name, kind) && findValue(known->qualifiers, "Abstract") == nullptr) {
+      if (known != nullptr && interop->isA(known->name, kind) &&
+          findValue(known->qualifiers, "Abstract") == nullptr) {
         return kind;
       }
     }
@@ -186,8 +188,8 @@ void Subscriptions::attach(Provider& provider) {
       active->start(m_content->parts(instance, record->owner));
     } catch (const CimFailure& failure) {
       m_content->report(
-          "the stored subscription " + toPathText(instance.path) + " is not active: " +
-          statusName(failure.code()) + ": " + failure.what());
+          "the stored subscription " + toPathText(instance.path) +
+          " is not active: " + statusName(failure.code()) + ": " + failure.what());
     }
   }
 }
@@ -304,8 +306,8 @@ void Subscriptions::remove(const ObjectPath& path, const std::string& /*user*/) 
     if (m_content->interop->isA(record->instance.path.className, SUBSCRIPTION_CLASS) &&
         refersTo(record->instance, removed->instance.path)) {
       throw CimFailure(
-          CMPI_RC_ERR_FAILED, "it is used by the subscription " + toPathText(record->instance.path) +
-                                  "; delete that first");
+          CMPI_RC_ERR_FAILED,
+          "it is used by the subscription " + toPathText(record->instance.path) + "; delete that first");
     }
   }
   m_content->commit(std::move(changed));

@@ -6,6 +6,8 @@
 #include "host/schema/RegularFile.h"
 #include "text/Quote.h"
 
+#include <nlohmann/json.hpp>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -15,7 +17,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <nlohmann/json.hpp>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -24,7 +25,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int LAYOUT = 1;                      ///< of the file
+constexpr int LAYOUT = 1;                         ///< of the file
 constexpr std::uint64_t LARGEST_FILE = 64 << 20;  ///< bytes; far more than the server stores
 
 std::string withReason(const std::string& what) {
@@ -71,7 +72,8 @@ public:
     }
     m_name.clear();
     const std::string directory = std::filesystem::path(m_target).parent_path().string();
-    const int opened = ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY);
+    const int opened =
+        ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_CLOEXEC | O_DIRECTORY);
     if (opened >= 0) {
       ::fsync(opened);  // where it fails, the file system does not offer it
       ::close(opened);
@@ -152,7 +154,9 @@ Json jsonOf(const StoredInstance& stored) {
     }
   }
   return {
-      {"class", stored.instance.path.className}, {"owner", stored.owner}, {"properties", std::move(properties)}};
+      {"class", stored.instance.path.className},
+      {"owner", stored.owner},
+      {"properties", std::move(properties)}};
 }
 
 /** @throws std::exception for anything unexpected */

@@ -63,9 +63,11 @@ std::optional<Value> parseReal(std::string_view text, CMPIType type) {
   if (text.empty() || error != std::errc() || last != end) {
     return std::nullopt;
   }
-  if (type == CMPI_real32 && std::isfinite(number) &&
-      std::abs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
-    return std::nullopt;
+  if (type == CMPI_real32) {
+    if (std::isfinite(number) && std::abs(number) > static_cast<double>(std::numeric_limits<float>::max())) {
+      return std::nullopt;
+    }
+    number = static_cast<double>(static_cast<float>(number));
   }
   return Value::real(type, number);
 }
@@ -114,6 +116,9 @@ void appendReal(std::string& output, const Value& value) {
 
 void appendCharacter(std::string& output, std::uint64_t code) {
   std::string text;
+  if (code >= 0xD800 && code <= 0xDFFF) {
+    code = 0xFFFD;  // half of a pair, which no text can have alone
+  }
   if (code < 0x80) {
     text += static_cast<char>(code);
   } else if (code < 0x800) {

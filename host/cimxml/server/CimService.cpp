@@ -46,7 +46,8 @@ HeaderObject readObject(std::string_view text) {
 
 /** What can be said of a call before its body is read. @throws BadMessage */
 void checkProtocol(const HttpCall& call) {
-  if (!call.exportOperation.empty() || (!call.operation.empty() && !equalNames(call.operation, "MethodCall"))) {
+  if (!call.exportOperation.empty() ||
+      (!call.operation.empty() && !equalNames(call.operation, "MethodCall"))) {
     throw BadMessage("unsupported-operation", "this server takes operations, CIMOperation: MethodCall, only");
   }
   if (call.operation.empty()) {
@@ -118,7 +119,8 @@ struct CimService::Content {
     return methodAnswer({message.id(), message.name()}, outcome.returnValue, outcome.output);
   }
 
-  std::string answerOperation(const RequestMessage& message, const std::string& user, std::string& className) {
+  std::string
+  answerOperation(const RequestMessage& message, const std::string& user, std::string& className) {
     IntrinsicCall call{message, nameSpace(message.nameSpace()), user, {}};
     try {
       std::string answer = answerIntrinsic(call);

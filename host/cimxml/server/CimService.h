@@ -16,8 +16,8 @@ struct CimServiceOptions {
 };
 
 /**
- * The operations of a WBEM server: instances, associations and methods go to the provider, classes come from the
- * schema, and the interop namespace answers what clients look for first and keeps the subscriptions.
+ * The operations of a WBEM server: instances, associations and methods go to the provider, classes come from
+ * the schema, and the interop namespace answers what clients look for first and keeps the subscriptions.
  * Thread-safe.
  */
 class CimService {

@@ -123,8 +123,8 @@ void InteropNamespace::remove(const ObjectPath& path, const std::string& user) {
   m_subscriptions.remove(path, user);
 }
 
-std::vector<Instance> InteropNamespace::query(
-    const std::string& text, const std::string& language, const std::string& /*user*/) {
+std::vector<Instance>
+InteropNamespace::query(const std::string& text, const std::string& language, const std::string& /*user*/) {
   const Query parsed(text, language, schema());
   std::vector<Instance> selected;
   for (Instance& instance : instances(parsed.className())) {

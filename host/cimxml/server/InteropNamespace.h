@@ -8,8 +8,8 @@
 namespace tvp::host::cimxml {
 
 /**
- * What clients look for first: the namespaces, the server, and the filters, handlers and subscriptions. It has
- * the provider's classes of indications, too, as indications come from this namespace.
+ * What clients look for first: the namespaces, the server, and the filters, handlers and subscriptions. It
+ * has the provider's classes of indications, too, as indications come from this namespace.
  */
 class InteropNamespace : public ServedNamespace {
 public:
@@ -37,13 +37,13 @@ public:
   std::vector<Instance> associators(
       const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties,
       const std::string& user) override;
-  std::vector<ObjectPath> associatorNames(
-      const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
+  std::vector<ObjectPath>
+  associatorNames(const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
   std::vector<Instance> references(
       const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties,
       const std::string& user) override;
-  std::vector<ObjectPath> referenceNames(
-      const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
+  std::vector<ObjectPath>
+  referenceNames(const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
   /** None of its classes has a method. */
   MethodOutcome invoke(
       const ObjectPath& path, const std::string& method, const Arguments& input,

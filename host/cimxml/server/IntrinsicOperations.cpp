@@ -128,8 +128,7 @@ void restrictTo(Detail& detail, const SchemaClass& schemaClass) {
   std::vector<std::string> names;
   for (const SchemaProperty& property : schemaClass.properties) {
     const auto isProperty = [&property](const std::string& name) { return equalNames(name, property.name); };
-    if (!detail.properties ||
-        std::any_of(detail.properties->begin(), detail.properties->end(), isProperty)) {
+    if (!detail.properties || std::any_of(detail.properties->begin(), detail.properties->end(), isProperty)) {
       names.push_back(property.name);
     }
   }
@@ -143,8 +142,8 @@ std::string enumerateInstances(IntrinsicCall& call) {
     restrictTo(detail, *call.nameSpace.schema().find(path.className));
   }
   return instancesAnswer(
-      headOf(call), call.nameSpace.enumerate(path, propertyList(call), call.user),
-      ObjectShape::NamedInstance, detail, call.nameSpace.schema());
+      headOf(call), call.nameSpace.enumerate(path, propertyList(call), call.user), ObjectShape::NamedInstance,
+      detail, call.nameSpace.schema());
 }
 
 std::string enumerateInstanceNames(IntrinsicCall& call) {
@@ -171,8 +170,7 @@ std::string getProperty(IntrinsicCall& call) {
 }
 
 std::string createInstance(IntrinsicCall& call) {
-  Instance instance =
-      required(call.message.instance("NewInstance", call.nameSpace.schema()), "NewInstance");
+  Instance instance = required(call.message.instance("NewInstance", call.nameSpace.schema()), "NewInstance");
   instance.path = pathInNamespace(call, std::move(instance.path));
   instance.path.keys.clear();
   return pathsAnswer(headOf(call), {call.nameSpace.create(instance, call.user)}, PathShape::InstanceName);
@@ -222,16 +220,14 @@ AssociationFilter associationFilter(const IntrinsicCall& call) {
 std::string associators(IntrinsicCall& call) {
   const ObjectPath path = associatedPath(call);
   return instancesAnswer(
-      headOf(call),
-      call.nameSpace.associators(path, associationFilter(call), propertyList(call), call.user),
+      headOf(call), call.nameSpace.associators(path, associationFilter(call), propertyList(call), call.user),
       ObjectShape::ObjectWithPath, instanceDetail(call), call.nameSpace.schema());
 }
 
 std::string references(IntrinsicCall& call) {
   const ObjectPath path = associatedPath(call);
   return instancesAnswer(
-      headOf(call),
-      call.nameSpace.references(path, associationFilter(call), propertyList(call), call.user),
+      headOf(call), call.nameSpace.references(path, associationFilter(call), propertyList(call), call.user),
       ObjectShape::ObjectWithPath, instanceDetail(call), call.nameSpace.schema());
 }
 
@@ -272,7 +268,8 @@ const std::vector<Operation>& operations() {
        {"ClassName", "DeepInheritance", "LocalOnly", "IncludeQualifiers", "IncludeClassOrigin"},
        enumerateClasses},
       {"EnumerateClassNames", {"ClassName", "DeepInheritance"}, enumerateClassNames},
-      {"EnumerateInstances", CONTENT + Names{"ClassName", "LocalOnly", "DeepInheritance"}, enumerateInstances},
+      {"EnumerateInstances", CONTENT + Names{"ClassName", "LocalOnly", "DeepInheritance"},
+       enumerateInstances},
       {"EnumerateInstanceNames", {"ClassName"}, enumerateInstanceNames},
       {"GetInstance", CONTENT + Names{"InstanceName", "LocalOnly"}, getInstance},
       {"GetProperty", {"InstanceName", "PropertyName"}, getProperty},
@@ -290,9 +287,10 @@ const std::vector<Operation>& operations() {
 void checkParameters(const RequestMessage& message, const Operation& operation) {
   std::set<std::string, NameLess> seen;
   for (const std::string& name : message.parameters()) {
-    const bool known = std::any_of(
-        operation.parameters.begin(), operation.parameters.end(),
-        [&name](const char* parameter) { return equalNames(name, parameter); });
+    const bool known =
+        std::any_of(operation.parameters.begin(), operation.parameters.end(), [&name](const char* parameter) {
+          return equalNames(name, parameter);
+        });
     if (!known) {
       refuseParameter(std::string(operation.name) + " has no parameter " + text::quoted(name));
     }

@@ -146,8 +146,8 @@ void ProviderNamespace::remove(const ObjectPath& path, const std::string& user) 
   check(m_provider.deleteInstance(path, &options));
 }
 
-std::vector<Instance> ProviderNamespace::query(
-    const std::string& text, const std::string& language, const std::string& user) {
+std::vector<Instance>
+ProviderNamespace::query(const std::string& text, const std::string& language, const std::string& user) {
   const Query parsed(text, language, schema());
   ObjectPath path;
   path.nameSpace = m_name;

@@ -32,13 +32,13 @@ public:
   std::vector<Instance> associators(
       const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties,
       const std::string& user) override;
-  std::vector<ObjectPath> associatorNames(
-      const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
+  std::vector<ObjectPath>
+  associatorNames(const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
   std::vector<Instance> references(
       const ObjectPath& path, const AssociationFilter& filter, const PropertyList& properties,
       const std::string& user) override;
-  std::vector<ObjectPath> referenceNames(
-      const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
+  std::vector<ObjectPath>
+  referenceNames(const ObjectPath& path, const AssociationFilter& filter, const std::string& user) override;
   MethodOutcome invoke(
       const ObjectPath& path, const std::string& method, const Arguments& input,
       const std::string& user) override;

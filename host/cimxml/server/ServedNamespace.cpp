@@ -46,8 +46,7 @@ std::vector<ObjectPath> pathsOf(const std::vector<Instance>& instances) {
   return paths;
 }
 
-std::shared_ptr<const Schema>
-withBases(const std::vector<const SchemaClass*>& classes, const Schema& bases) {
+std::shared_ptr<const Schema> withBases(const std::vector<const SchemaClass*>& classes, const Schema& bases) {
   auto schema = std::make_shared<Schema>();
   for (const SchemaClass* added : classes) {
     addWithBases(*schema, *added, bases);

@@ -66,8 +66,7 @@ std::vector<ObjectPath> pathsOf(const std::vector<Instance>& instances);
  * Classes, preceded by those that they inherit from: a class that `classes` only names is taken from `bases`.
  * What both lack stays a name.
  */
-std::shared_ptr<const Schema>
-withBases(const std::vector<const SchemaClass*>& classes, const Schema& bases);
+std::shared_ptr<const Schema> withBases(const std::vector<const SchemaClass*>& classes, const Schema& bases);
 
 }  // namespace tvp::host::cimxml
 
