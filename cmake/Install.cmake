@@ -57,9 +57,11 @@ install(FILES schema/sfcb/TVP.reg DESTINATION ${TVP_SHARED_DIRECTORY}/sfcb COMPO
 # The provider reads its catalogue from exactly this location, whatever the prefix.
 install(FILES share/TVPEvents.properties DESTINATION /usr/VolMan COMPONENT provider)
 
-# Not enabled: whoever chooses real volumes enables the timer.
-install(FILES packaging/systemd/voltvk-policy.service packaging/systemd/voltvk-policy.timer
+# Not enabled: whoever chooses real volumes enables the timer, and whoever wants a server the service.
+install(FILES packaging/systemd/voltvk-policy.service packaging/systemd/voltvk-policy.timer packaging/systemd/tvpcim.service
   DESTINATION lib/systemd/system COMPONENT provider)
+# PAM looks there, whatever the prefix.
+install(FILES packaging/pam/tvpcim DESTINATION /etc/pam.d COMPONENT provider)
 install(FILES packaging/debian/lintian-overrides RENAME tarvexpro-provider
   DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT provider)
 

@@ -45,6 +45,7 @@ set(CPACK_DEBIAN_PROVIDER_PACKAGE_PROVIDES tarvexpro-dev)
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_RECOMMENDS "lvm2, thin-provisioning-tools")
 set(CPACK_DEBIAN_PROVIDER_PACKAGE_CONTROL_EXTRA
   ${PROJECT_SOURCE_DIR}/packaging/debian/postinst ${PROJECT_SOURCE_DIR}/packaging/debian/prerm
-  ${PROJECT_SOURCE_DIR}/packaging/debian/postrm ${PROJECT_SOURCE_DIR}/packaging/debian/triggers)
+  ${PROJECT_SOURCE_DIR}/packaging/debian/postrm ${PROJECT_SOURCE_DIR}/packaging/debian/triggers
+  ${PROJECT_SOURCE_DIR}/packaging/debian/conffiles)
 
 include(CPack)

@@ -31,6 +31,7 @@ std::set<std::string> installedFiles() {
       "bin/tvpcim",
       "sbin/voltvkctl",
       "sbin/tvp-register",
+      "share/tarvexpro/Interop.mof",
       "share/tarvexpro/TVP.mof",
       "share/tarvexpro/TVPIndication.mof",
       "share/tarvexpro/pegasus/TVPRegistration.mof",
@@ -44,6 +45,7 @@ std::set<std::string> installedFiles() {
       completionsOfZsh + "/_tvpcim",
       completionsOfZsh + "/_voltvkctl",
       completionsOfZsh + "/_tvp-register",
+      "lib/systemd/system/tvpcim.service",
       "lib/systemd/system/voltvk-policy.service",
       "lib/systemd/system/voltvk-policy.timer",
       "share/lintian/overrides/tarvexpro-provider",
@@ -102,6 +104,7 @@ protected:
 TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
   std::set<std::string> provider = installedFiles();
   provider.insert("VolMan/TVPEvents.properties");
+  provider.insert("/etc/pam.d/tvpcim");
   // Every page of the documentation belongs to the package: new ones need no change here.
   for (const fs::directory_entry& page : fs::directory_iterator(TVP_SOURCE_DIR "/docs")) {
     provider.insert("share/doc/tarvexpro-provider/docs/" + page.path().filename().string());
