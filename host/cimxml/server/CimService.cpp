@@ -2,6 +2,7 @@
 #include "host/cimxml/server/CimService.h"
 
 #include "host/cimxml/message/Failure.h"
+#include "host/cimxml/message/KeyTypes.h"
 #include "host/cimxml/message/MessageWriter.h"
 #include "host/cimxml/message/RequestMessage.h"
 #include "host/cimxml/server/InteropNamespace.h"
@@ -113,6 +114,7 @@ struct CimService::Content {
     const SchemaClass& known = existingClass(served.schema(), target.className);
     className = target.className = known.name;
     target.nameSpace = served.name();
+    applyKeyTypes(target, served.schema());
     // A method that the class does not declare is the provider's to refuse, as with object managers.
     const Arguments input = message.arguments(known.method(message.name()));
     const MethodOutcome outcome = served.invoke(target, message.name(), input, user);

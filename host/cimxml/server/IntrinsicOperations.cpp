@@ -2,6 +2,7 @@
 #include "host/cimxml/server/IntrinsicOperations.h"
 
 #include "host/cimxml/message/Failure.h"
+#include "host/cimxml/message/KeyTypes.h"
 #include "host/cimxml/message/MessageWriter.h"
 #include "text/Quote.h"
 
@@ -43,6 +44,7 @@ const SchemaClass& namedClass(IntrinsicCall& call, const std::string& className)
 ObjectPath pathInNamespace(IntrinsicCall& call, ObjectPath path) {
   path.className = namedClass(call, path.className).name;
   path.nameSpace = call.nameSpace.name();
+  applyKeyTypes(path, call.nameSpace.schema());
   return path;
 }
 
@@ -61,19 +63,21 @@ PropertyList propertyList(const IntrinsicCall& call) {
   return call.message.texts("PropertyList");
 }
 
-/** How much of instances is wanted. Qualifiers of instances are not sent, and LocalOnly of instances has no
- * effect: the standard has withdrawn both. */
-Detail instanceDetail(const IntrinsicCall& call) {
+/** How much is wanted; qualifiers, and own features of classes only, unless told otherwise. */
+Detail detailOf(const IntrinsicCall& call) {
   Detail detail;
   detail.classOrigin = flag(call, "IncludeClassOrigin", false);
+  detail.qualifiers = flag(call, "IncludeQualifiers", true);
+  detail.localOnly = flag(call, "LocalOnly", true);
   detail.properties = propertyList(call);
   return detail;
 }
 
-Detail classDetail(const IntrinsicCall& call) {
-  Detail detail = instanceDetail(call);
-  detail.qualifiers = flag(call, "IncludeQualifiers", true);
-  detail.localOnly = flag(call, "LocalOnly", true);
+/** Of instances, neither qualifiers nor LocalOnly have an effect: the standard has withdrawn both. */
+Detail instanceDetail(const IntrinsicCall& call) {
+  Detail detail = detailOf(call);
+  detail.qualifiers = false;
+  detail.localOnly = false;
   return detail;
 }
 
@@ -108,11 +112,11 @@ std::string getClass(IntrinsicCall& call) {
   if (known == nullptr) {
     throw CimFailure(CMPI_RC_ERR_NOT_FOUND, call.className);
   }
-  return classesAnswer(headOf(call), {known}, classDetail(call));
+  return classesAnswer(headOf(call), {known}, detailOf(call));
 }
 
 std::string enumerateClasses(IntrinsicCall& call) {
-  return classesAnswer(headOf(call), enumeratedClasses(call), classDetail(call));
+  return classesAnswer(headOf(call), enumeratedClasses(call), detailOf(call));
 }
 
 std::string enumerateClassNames(IntrinsicCall& call) {

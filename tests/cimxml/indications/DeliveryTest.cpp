@@ -116,6 +116,49 @@ TEST_F(Delivery, AnAttemptHasALimitHoweverSlowlyAListenerAnswers) {
   EXPECT_TRUE(waitFor([&] { return ended.load(); }));
 }
 
+TEST_F(Delivery, ACertificateHasToBeTrusted) {
+  const tvp::test::TemporaryDirectory directory;
+  const tvp::test::CertificateFiles files = tvp::test::makeCertificate(directory, "listener", 0, 3600);
+  TestListener listener(files);
+  const Destination destination = Destination::parse(listener.url());
+  ExportAttempt attempt;
+  EXPECT_THAT(postExport(destination, "<CIM/>", attempt, [] { return false; }), HasSubstr("is not trusted"));
+  attempt.certificates = files.certificate;
+  EXPECT_EQ(postExport(destination, "<CIM/>", attempt, [] { return false; }), "");
+  EXPECT_THAT(listener.exports(), SizeIs(1));
+}
+
+TEST_F(Delivery, SubscriptionsComeAndGoWhileIndicationsArrive) {
+  TestListener listener;
+  const auto held = subscriptions(options());
+  std::atomic<bool> ended{false};
+  std::thread provider([&] {
+    while (!ended) {
+      held->deliver("root/interop", alarm("again"));
+    }
+  });
+  const std::vector<std::string> names = {"one", "two"};
+  std::vector<std::thread> clients;
+  for (const std::string& name : names) {
+    clients.emplace_back([&, name] {
+      for (int round = 0; round < 10; ++round) {
+        const ObjectPath path = subscribe(*held, name, listener.url());
+        EXPECT_FALSE(held->instances("CIM_IndicationSubscription").empty());
+        held->remove(path, "ann");
+        held->remove(path.key("Filter")->asReference(), "ann");
+        held->remove(path.key("Handler")->asReference(), "ann");
+      }
+    });
+  }
+  for (std::thread& client : clients) {
+    client.join();
+  }
+  held->stop();
+  ended = true;
+  provider.join();
+  EXPECT_THAT(held->instances("CIM_ManagedElement"), ElementsAre());
+}
+
 TEST_F(Delivery, ASubscriptionThatIsDisabledOrDeletedGetsNothing) {
   TestListener listener;
   const auto held = subscriptions(options());
