@@ -4,12 +4,13 @@
 #include "host/cimxml/message/AnswerMessage.h"
 #include "host/cimxml/message/Failure.h"
 #include "host/cimxml/message/MessageWriter.h"
+#include "host/schema/Names.h"
 #include "host/schema/ObjectPathText.h"
 #include "text/Quote.h"
 
-#include <utility>
-
 #include <httplib.h>
+
+#include <utility>
 
 namespace tvp::host::cimxml {
 namespace {
@@ -108,6 +109,12 @@ Parameters restrictions(const ObjectPath& path, const AssociationFilter& filter,
   return parameters;
 }
 
+/** Servers put the name of the status in front of the provider's message, where it would be repeated. */
+std::string withoutStatus(std::string message, CMPIrc code) {
+  const std::string prefix = statusName(code) + ": ";
+  return message.compare(0, prefix.size(), prefix) == 0 ? message.substr(prefix.size()) : message;
+}
+
 }  // namespace
 
 struct CimClient::Content {
@@ -204,7 +211,7 @@ struct CimClient::Content {
   static Result outcomeOf(AnswerMessage& answer) {
     Result outcome;
     outcome.rc = answer.code;
-    outcome.message = std::move(answer.message);
+    outcome.message = withoutStatus(std::move(answer.message), answer.code);
     return outcome;
   }
 

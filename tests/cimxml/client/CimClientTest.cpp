@@ -169,7 +169,8 @@ TEST_F(CimClientTest, ReadsAnswersAndCompletesWhatTheyLeaveOut) {
   reply.body = answer("EnumerateInstanceNames", "<IRETURNVALUE>" + DISK_NAME + "</IRETURNVALUE>");
   EXPECT_EQ(asked.enumerateInstanceNames(CLASS).paths, std::vector<ObjectPath>{PATH});
 
-  reply.body = answer("DeleteInstance", R"(<ERROR CODE="2" DESCRIPTION="not &lt;you&gt;"/>)");
+  reply.body =
+      answer("DeleteInstance", R"(<ERROR CODE="2" DESCRIPTION="CIM_ERR_ACCESS_DENIED: not &lt;you&gt;"/>)");
   const Outcome refused = asked.deleteInstance(PATH);
   EXPECT_EQ(refused.rc, CMPI_RC_ERR_ACCESS_DENIED);
   EXPECT_EQ(refused.message, "not <you>");
