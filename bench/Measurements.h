@@ -28,6 +28,18 @@ void measureGrowth(Subject::Kind kind, const Scenario& scenario);
 /** One row: microseconds from loading the module to the end of its first enumeration. */
 void measureFirstAnswer(Subject::Kind kind, const Scenario& scenario);
 
+/**
+ * Rows: request, clients, the connection, requests per second, microseconds of the median and of the 99th
+ * percentile. The connections are those of a server in the same process, and none.
+ */
+void measureServer(const Scenario& scenario);
+
+/** One row: requests per second that a server and eight clients manage on all cores, or on one. */
+void measureServerCores(const Scenario& scenario, bool one);
+
+/** One row: as measureGrowth, for requests to a server. */
+void measureServerGrowth(const Scenario& scenario);
+
 }  // namespace bench
 
 #endif

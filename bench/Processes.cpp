@@ -1,42 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "bench/Measurements.h"
 #include "bench/Median.h"
+#include "bench/Threads.h"
 #include "bench/Work.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <stdexcept>
-#include <thread>
 #include <vector>
 
 namespace bench {
 
 namespace {
-
-/** A number from /proc/self/status, in KiB. */
-long statusNumber(const std::string& key) {
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.rfind(key + ":", 0) == 0) {
-      return std::stol(line.substr(key.size() + 1));
-    }
-  }
-  throw std::runtime_error("/proc/self/status has no line " + key);
-}
-
-/** Runs work on a number of threads at once and waits for all of them. */
-template <typename Work>
-void onThreads(unsigned int threads, Work work) {
-  std::vector<std::thread> workers;
-  for (unsigned int i = 0; i < threads; ++i) {
-    workers.emplace_back(work);
-  }
-  for (std::thread& worker : workers) {
-    worker.join();
-  }
-}
 
 /** Requests per second made by a number of threads together. */
 double rateOf(const Work& work, Subject& subject, unsigned int threads) {

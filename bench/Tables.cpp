@@ -181,6 +181,29 @@ void printMemory(Runner& runner) {
   }
 }
 
+void printServer(Runner& runner) {
+  std::printf(
+      "\n| request over HTTP | clients | connection | requests/s | median, us | 99th percentile, us |\n"
+      "|---|---:|---|---:|---:|---:|\n");
+  for (const char* scenario : {"drives-8", "drives-64", "pools-8"}) {
+    for (const Row& row : runner.run("server", scenario)) {
+      std::printf(
+          "| %s | %s | %s | %s | %s | %ld |\n", row.at(0).c_str(), row.at(1).c_str(), row.at(2).c_str(),
+          row.at(3).c_str(), row.at(4).c_str(), std::stol(row.at(5)));
+      std::fflush(stdout);
+    }
+  }
+  const double one = runner.number("server-cores", "drives-8", "one");
+  const double all = runner.number("server-cores", "drives-8", "all");
+  std::printf(
+      "\nEight clients and the server: %.0f requests/s on one core, %.0f on all: %.2f\n", one, all,
+      all / one);
+  const Row growth = runner.run("server-growth", "drives-8").at(0);
+  std::printf(
+      "Resident memory with the server: %s KiB after 1,000 requests, %ld KiB after 100,000\n",
+      growth.at(0).c_str(), std::stol(growth.at(1)));
+}
+
 }  // namespace
 
 void printTables() {
@@ -190,6 +213,7 @@ void printTables() {
   printCostPerProperty(absentLog);
   printThreads(runner);
   printMemory(runner);
+  printServer(runner);
 }
 
 }  // namespace bench

@@ -33,6 +33,12 @@ void measure(
     bench::measureGrowth(kindOf(subject), scenario);
   } else if (measurement == "first") {
     bench::measureFirstAnswer(kindOf(subject), scenario);
+  } else if (measurement == "server") {
+    bench::measureServer(scenario);
+  } else if (measurement == "server-cores") {
+    bench::measureServerCores(scenario, subject == "one");
+  } else if (measurement == "server-growth") {
+    bench::measureServerGrowth(scenario);
   } else {
     throw std::invalid_argument("unknown measurement '" + measurement + "'");
   }

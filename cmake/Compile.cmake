@@ -29,6 +29,15 @@ if(TVP_COVERAGE)
   target_link_options(tvp_compile INTERFACE --coverage -Wl,--wrap=_exit)
 endif()
 
+# tvp_compile_quickly(TARGET PRIVATE|INTERFACE OPTION): for what is not worth the optimizer's time. Without any
+# optimization there is no fortification either.
+function(tvp_compile_quickly target scope option)
+  if(option STREQUAL "-O0")
+    string(APPEND option " -U_FORTIFY_SOURCE")
+  endif()
+  target_compile_options(${target} ${scope} "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:SHELL:${option}>")
+endfunction()
+
 # tvp_add_layer(NAME [DIRECTORIES directories...] [LINK targets...]): a static library from all sources of the current
 # directory and of the named subdirectories.
 function(tvp_add_layer name)

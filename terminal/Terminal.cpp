@@ -23,9 +23,10 @@ std::size_t columnsOfTerminal() {
   return number == 0 ? USUAL_COLUMNS : number;
 }
 
-bool isSet(const char* name) {
+/** Of the environment; empty if it is not set. */
+std::string variable(const char* name) {
   const char* value = std::getenv(name);
-  return value != nullptr && *value != '\0';
+  return value == nullptr ? "" : value;
 }
 
 }  // namespace
@@ -33,18 +34,18 @@ bool isSet(const char* name) {
 Terminal Terminal::ofStandardOutput() {
   Terminal terminal;
   if (::isatty(STDOUT_FILENO) == 1) {
-    const char* kind = std::getenv("TERM");
     terminal.columns = columnsOfTerminal();
-    terminal.colour = !isSet("NO_COLOR") && (kind == nullptr || std::string(kind) != "dumb");
+    terminal.colour = variable("NO_COLOR").empty() && variable("TERM") != "dumb";
   }
   return terminal;
 }
 
 bool isUtf8Wanted() {
   for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
-    if (isSet(name)) {
-      const char* value = std::getenv(name);
-      return ::strcasestr(value, "UTF-8") != nullptr || ::strcasestr(value, "UTF8") != nullptr;
+    const std::string value = variable(name);
+    if (!value.empty()) {
+      return ::strcasestr(value.c_str(), "UTF-8") != nullptr ||
+             ::strcasestr(value.c_str(), "UTF8") != nullptr;
     }
   }
   return false;

@@ -4,6 +4,7 @@
 #include "host/tvpcim/Completion.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
+#include "host/tvpcim/remote/Connection.h"
 #include "text/Size.h"
 
 #include <algorithm>
@@ -112,11 +113,10 @@ void CommandLine::addGlobalOptions() {
       ->capture_default_str()
       ->check(CLI::IsMember(formats));
   m_app.add_flag("--wide", options.wide, "Show every column of a table, whatever the width of the terminal");
-  CLI::Option* url = m_app
-                         .add_option(
-                             "--url", options.url,
-                             "Ask a server, http://USER@HOST:PORT, and not the provider of this machine")
-                         ->type_name("URL");
+  m_app
+      .add_option(
+          "--url", options.url, "Ask a server, http://USER@HOST:PORT, and not the provider of this machine")
+      ->type_name("URL");
   m_app
       .add_option(
           "--password-file", options.passwordFile,
@@ -127,14 +127,11 @@ void CommandLine::addGlobalOptions() {
           "--cert", options.certificates,
           "File of the certificates that a server may have; default: the system's")
       ->type_name("FILE");
-  m_app.add_option("--user", options.user, "User name of the requests; default: yours")
-      ->type_name("NAME")
-      ->excludes(url);
+  m_app.add_option("--user", options.user, "User name of the requests; default: yours")->type_name("NAME");
   m_app
       .add_option(
           "--provider", options.provider, "The provider's library; default: the one that belongs to tvpcim")
-      ->type_name("FILE")
-      ->excludes(url);
+      ->type_name("FILE");
   m_app
       .add_option("--schema", options.schema, "File of the classes; default: the one that belongs to tvpcim")
       ->type_name("FILE");
@@ -168,6 +165,20 @@ void CommandLine::checkVerbs(const std::vector<std::string>& arguments) {
     }
     parent = parent->get_subcommand(word);
     words += word + " ";
+  }
+}
+
+void CommandLine::checkUrl() {
+  if (m_app.count("--url") == 0) {
+    return;
+  }
+  parseUrl(m_tool.options.url);
+  for (const char* local : {"--user", "--provider"}) {
+    if (m_app.count(local) > 0) {
+      throw UsageError(
+          std::string(local) + " is for the provider of this machine; leave it or --url out" +
+          (local == std::string("--user") ? ", whose user is part of it: http://USER@HOST:PORT" : ""));
+    }
   }
 }
 
@@ -211,6 +222,7 @@ std::string CommandLine::parse(const std::vector<std::string>& arguments) {
         (words.empty() ? "" : words.substr(0, words.size() - 1) + ": ") + printable(error.what()) +
         "; see 'tvpcim " + words + "--help'");
   }
+  checkUrl();
   return "";
 }
 

@@ -24,6 +24,8 @@ public:
 private:
   void addGlobalOptions();
   void addHelp();
+  /** Refuses a wrong URL, and options of the provider of this machine beside one. */
+  void checkUrl();
   /** Finds a word that is not a verb in the place of one; CLI11 would call it an extra argument. */
   void checkVerbs(const std::vector<std::string>& arguments);
 

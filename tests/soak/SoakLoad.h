@@ -33,13 +33,15 @@ private:
   std::vector<std::string> m_findings;
 };
 
-/** Random requests to a provider. run() may run on several threads at once. */
+/** Random requests to a provider, or to a server of it. run() may run on several threads at once. */
 class Load {
 public:
-  Load(host::Provider& provider, Findings& findings) : m_provider(provider), m_findings(findings) {}
+  /** @param subscribing makes subscriptions of its own now and then; null where a server makes them */
+  Load(const host::Schema& schema, Findings& findings, host::Provider* subscribing)
+      : m_schema(schema), m_findings(findings), m_subscribing(subscribing) {}
 
   /** Makes requests until stop() is called. Two runs with one seed make the same requests. */
-  void run(unsigned int seed);
+  void run(host::Operations& operations, unsigned int seed);
   void stop() { m_stop = true; }
 
   std::uint64_t done() const { return m_done; }
@@ -47,21 +49,24 @@ public:
   std::uint64_t refused() const { return m_refused; }
 
   /** Checks that the capacity used in each pool is the sum of the extents of its volumes. */
-  void checkCapacities();
+  void checkCapacities(host::Operations& operations);
 
 private:
   using Random = std::mt19937;
 
-  void request(Random& random);
-  void changeConfiguration(Random& random);
+  void request(host::Operations& operations, Random& random);
+  void changeConfiguration(host::Operations& operations, Random& random);
   void subscribe(Random& random);
   void note(const host::Outcome& outcome, const std::string& what);
-  host::MethodOutcome call(const std::string& method, const host::Arguments& arguments);
+  host::MethodOutcome
+  call(host::Operations& operations, const std::string& method, const host::Arguments& arguments);
   /** The identifier of any pool or volume; now and then one that does not exist. */
-  std::uint32_t anyId(Random& random, const std::string& className, const std::string& key);
+  std::uint32_t
+  anyId(host::Operations& operations, Random& random, const std::string& className, const std::string& key);
 
-  host::Provider& m_provider;
+  const host::Schema& m_schema;
   Findings& m_findings;
+  host::Provider* const m_subscribing;
   std::atomic<bool> m_stop{false};
   std::atomic<std::uint64_t> m_done{0};
   std::atomic<std::uint64_t> m_refused{0};

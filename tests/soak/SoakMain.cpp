@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lets the built provider work for a long time while everything around it changes: several threads make
-// requests, other processes change the configuration and take the driver away, the log is created, fills up
-// and is removed. In the end no resource has grown and the configuration is consistent.
-#include "host/schema/MofReader.h"
+// Lets the built provider, or a server for it, work for a long time while everything around it changes:
+// several threads make requests, other processes change the configuration and take the driver away, the log
+// is created, fills up and is removed. In the end no resource has grown and the configuration is consistent.
+#include "host/cimxml/client/IndicationListener.h"
 #include "soak/SoakLoad.h"
 #include "soak/SoakUsage.h"
 #include "support/Command.h"
+#include "support/ServedProvider.h"
 
 #include <cstdio>
 #include <thread>
@@ -88,15 +89,42 @@ private:
   std::size_t m_commands = 0;
 };
 
-int runSoak(std::chrono::seconds time, unsigned int seed) {
+/** Has the indications of a server sent to a listener. */
+void subscribe(host::Operations& server, const host::cimxml::IndicationListener& listener) {
+  const auto create = [&](const char* className, std::vector<host::NamedValue> properties) {
+    const host::ObjectPath path{"root/interop", className, {}, ""};
+    const host::PathsOutcome created = server.createInstance(path, {path, std::move(properties)});
+    if (created.paths.empty()) {
+      throw std::runtime_error(std::string(className) + " was not created: " + created.message);
+    }
+    return host::Value::reference(created.paths.front());
+  };
+  const auto text = [](const std::string& value) { return host::Value::string(value); };
+  const host::Value filter = create(
+      "CIM_IndicationFilter", {{"Name", text("soak")},
+                               {"SourceNamespace", text("root/interop")},
+                               {"Query", text("SELECT * FROM TVP_CIMIndication")},
+                               {"QueryLanguage", text("WQL")}});
+  const host::Value handler = create(
+      "CIM_ListenerDestinationCIMXML",
+      {{"Name", text("soak")}, {"Destination", text("http://127.0.0.1:" + std::to_string(listener.port()))}});
+  create("CIM_IndicationSubscription", {{"Filter", filter}, {"Handler", handler}});
+}
+
+int runSoak(std::chrono::seconds time, unsigned int seed, bool overHttp) {
   Surroundings surroundings;
+  test::ServedProvider server(TVP_BINARY_DIR "/share/tarvexpro");
   host::BrokerOptions options;
   options.graveyard = 1024;  // so that its growth does not look like the provider's
-  host::Broker broker(host::MofReader::readFile(TVP_BINARY_DIR "/share/tarvexpro/TVP.mof"), options);
+  host::Broker broker(server.schema(), options);
   std::atomic<std::uint64_t> indications{0};
   host::BrokerHandlers handlers;
-  handlers.onIndication = [&](const std::string&, const host::Instance&) {
-    ++indications;
+  handlers.onIndication = [&](const std::string& nameSpace, const host::Instance& indication) {
+    if (overHttp) {
+      server.deliver(nameSpace, indication);
+    } else {
+      ++indications;
+    }
     return CMPI_RC_OK;
   };
   broker.setHandlers(handlers);
@@ -105,13 +133,26 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
   host::Provider provider(
       broker, std::make_shared<host::ProviderLibrary>(
                   TVP_BINARY_DIR "/lib/libtarvexProProvider.so", "tarvexProProvider"));
-  static_cast<void>(provider.activateFilter({}));
-  static_cast<void>(provider.enableIndications());
+  const host::cimxml::IndicationListener listener(
+      "127.0.0.1", 0, [&](const host::Instance&) { ++indications; });
+  if (overHttp) {
+    server.start(provider);
+    subscribe(*server.client(), listener);
+  } else {
+    static_cast<void>(provider.activateFilter({}));
+    static_cast<void>(provider.enableIndications());
+  }
 
-  soak::Load load(provider, findings);
+  soak::Load load(broker.schema(), findings, overHttp ? nullptr : &provider);
   std::vector<std::thread> threads;
   for (unsigned int i = 0; i < LOAD_THREADS; ++i) {
-    threads.emplace_back([&load, i, seed] { load.run(seed + i); });
+    threads.emplace_back([&, i] {
+      try {
+        load.run(overHttp ? *server.client() : provider, seed + i);
+      } catch (const host::cimxml::ServerError& error) {
+        findings.add(error.what());
+      }
+    });
   }
   std::mt19937 random(seed);
   // The listener looks for events every five seconds only, and the driver may be absent at that moment.
@@ -127,7 +168,8 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
     thread.join();
   }
   surroundings.calmDown();
-  load.checkCapacities();
+  load.checkCapacities(provider);
+  server.stop();
   static_cast<void>(provider.cleanup(true));
 
   for (const auto& text : surroundings.broken()) {
@@ -162,12 +204,13 @@ int runSoak(std::chrono::seconds time, unsigned int seed) {
 int main(int count, char** arguments) {
   const int seconds = count > 1 ? std::atoi(arguments[1]) : 0;
   if (seconds <= 0) {
-    std::fprintf(stderr, "usage: soak SECONDS [SEED]\n");
+    std::fprintf(stderr, "usage: soak SECONDS [SEED [server]]\n");
     return 2;
   }
   try {
     return runSoak(
-        std::chrono::seconds(seconds), count > 2 ? static_cast<unsigned int>(std::atoi(arguments[2])) : 1U);
+        std::chrono::seconds(seconds), count > 2 ? static_cast<unsigned int>(std::atoi(arguments[2])) : 1U,
+        count > 3 && std::string("server") == arguments[3]);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "soak: %s\n", error.what());
     return 1;

@@ -26,6 +26,7 @@ Paths operator+(Paths left, const Paths& right) {
 const Paths FRAMEWORK = {"text", "oslib", "CIM/Framework"};
 const Paths SCHEMA = {"text", "standard/cmpi", "host/schema"};
 const Paths HOST = SCHEMA + Paths{"host/broker", "host/provider"};
+const Paths CIMXML = HOST + Paths{"host/cimxml/message"};
 const Paths OUTPUT =
     HOST + Paths{"terminal", "host/tvpcim/Failure.h", "host/tvpcim/Options.h", "host/tvpcim/output"};
 const Paths TOOL = OUTPUT + Paths{
@@ -67,6 +68,10 @@ const std::vector<Layer>& layers() {
       {"host/schema", {"text", "standard/cmpi"}},
       {"host/broker", SCHEMA},
       {"host/provider", SCHEMA + Paths{"host/broker"}},
+      {"host/cimxml/message", SCHEMA},
+      {"host/cimxml/indications", CIMXML},
+      {"host/cimxml/client", CIMXML},
+      {"host/cimxml/server", CIMXML + Paths{"host/cimxml/indications"}},
       {"host/tvpcim/Failure.h", {}},
       {"host/tvpcim/Options.h", {}},
       {"host/tvpcim/output", HOST + Paths{"terminal", "host/tvpcim/Failure.h", "host/tvpcim/Options.h"}},
@@ -77,7 +82,10 @@ const std::vector<Layer>& layers() {
       {"host/tvpcim/Commands.h", OUTPUT + Paths{"host/tvpcim/Tool.h"}},
       {"host/tvpcim/storage", TOOL},
       {"host/tvpcim/cim", TOOL + Paths{"host/tvpcim/storage"}},
-      {"host/tvpcim", TOOL + Paths{"host/tvpcim/storage", "host/tvpcim/cim"}},
+      {"host/tvpcim/remote",
+       TOOL + CIMXML +
+           Paths{"host/cimxml/indications", "host/cimxml/client", "host/cimxml/server", "host/tvpcim/cim"}},
+      {"host/tvpcim", TOOL + Paths{"host/tvpcim/storage", "host/tvpcim/cim", "host/tvpcim/remote"}},
   };
   return rows;
 }

@@ -5,6 +5,7 @@
 #include "voltvk/ctl/Volumes.h"
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/contract/VolumeUpkeep.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
@@ -41,9 +42,8 @@ namespace {
 Json poolNamesOf(const VolumeRecord& volume, const std::vector<PoolRecord>& pools) {
   Json names = Json::array();
   for (const VolumeExtentRecord& extent : volume.extents) {
-    const auto pool = std::find_if(
-        pools.begin(), pools.end(), [&](const PoolRecord& candidate) { return candidate.id == extent.pool; });
-    if (pool != pools.end() && std::find(names.begin(), names.end(), pool->name) == names.end()) {
+    const PoolRecord* pool = findById(pools, extent.pool);
+    if (pool != nullptr && std::find(names.begin(), names.end(), pool->name) == names.end()) {
       names.push_back(pool->name);
     }
   }

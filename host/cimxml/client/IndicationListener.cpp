@@ -6,6 +6,8 @@
 #include "host/cimxml/message/RequestMessage.h"
 #include "text/Quote.h"
 
+#include <httplib.h>
+
 #include <array>
 #include <atomic>
 #include <cerrno>
@@ -14,7 +16,6 @@
 #include <thread>
 #include <utility>
 
-#include <httplib.h>
 #include <netdb.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -51,6 +52,11 @@ void answerExport(
 
 struct IndicationListener::Content {
   explicit Content(Handler given) : handler(std::move(given)) {
+    // The library's own choice would let two listeners have one port, and each of them a part of the exports.
+    server.set_socket_options([](socket_t socket) {
+      const int on = 1;
+      ::setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    });
     server.set_payload_max_length(LARGEST_EXPORT);
     server.set_read_timeout(PATIENCE);
     server.set_write_timeout(PATIENCE);

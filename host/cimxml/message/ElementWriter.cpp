@@ -45,18 +45,14 @@ std::string tagOf(const char* kind, const TypedElement& element) {
   return std::string(kind) + suffix;
 }
 
-/** Instances have the properties in the order of the class, mostly all of them. @return null if unknown */
-const SchemaProperty*
-propertyAt(const SchemaClass* schemaClass, std::size_t position, const std::string& name) {
-  if (schemaClass == nullptr) {
-    return nullptr;
-  }
-  const auto& properties = schemaClass->properties;
-  return position < properties.size() && properties[position].name == name ? &properties[position]
-                                                                           : schemaClass->property(name);
+std::string_view propertyTag(const Value& value) {
+  return value.isArray() ? "PROPERTY.ARRAY" : value.type() == CMPI_ref ? "PROPERTY.REFERENCE" : "PROPERTY";
 }
 
-/** What marks a string that contains an instance. */
+/**
+ * What marks a string that contains an instance. The spelling of DSP0201 before 2.3, EMBEDDEDOBJECT, is not
+ * written as well, as some servers do: wbemcli does not read an element that has both.
+ */
 std::string_view embedding(CMPIType type) {
   return presentIf(type == CMPI_instance, "instance");
 }
@@ -122,8 +118,7 @@ void ElementWriter::typedValue(std::string_view tag, std::string_view name, cons
       m_output, tag,
       {{"NAME", name},
        {"PARAMTYPE", presentIf(content.type() != CMPI_null, xmlTypeName(type))},
-       {"EmbeddedObject", embedding(type)},
-       {"EMBEDDEDOBJECT", embedding(type)}});
+       {"EmbeddedObject", embedding(type)}});
   value(content);
 }
 
@@ -210,32 +205,45 @@ bool ElementWriter::isWanted(const std::string& property) const {
 }
 
 void ElementWriter::instance(const Instance& instance) {
-  const bool origins = m_schema != nullptr && m_detail != nullptr && m_detail->classOrigin;
-  const SchemaClass* schemaClass = origins ? m_schema->find(instance.path.className) : nullptr;
-  const XmlElement element(m_output, "INSTANCE", {{"CLASSNAME", instance.path.className}});
+  const std::string& className = instance.path.className;
+  if (className != m_className) {
+    m_className = className;
+    m_startTags.clear();
+  }
+  const XmlElement element(m_output, "INSTANCE", {{"CLASSNAME", className}});
   for (std::size_t position = 0; position < instance.properties.size(); ++position) {
-    const NamedValue& entry = instance.properties[position];
-    if (isWanted(entry.name)) {
-      property(entry, propertyAt(schemaClass, position, entry.name));
+    const NamedValue& property = instance.properties[position];
+    const std::string& tag = startTag(position, property);
+    if (!tag.empty()) {
+      m_output += tag;
+      value(property.value);
+      m_output.append("</").append(propertyTag(property.value)).append(">\n");
     }
   }
 }
 
-void ElementWriter::property(const NamedValue& property, const SchemaProperty* declared) {
-  const CMPIType type = elementType(property.value);
-  const bool isReference = type == CMPI_ref && !property.value.isArray();
-  const std::string_view tag = isReference                ? "PROPERTY.REFERENCE"
-                               : property.value.isArray() ? "PROPERTY.ARRAY"
-                                                          : "PROPERTY";
-  const std::string typeText = xmlTypeName(type);
-  const XmlElement element(
-      m_output, tag,
-      {{"NAME", property.name},
-       {"CLASSORIGIN", declared == nullptr ? ABSENT : declared->origin},
-       {"TYPE", presentIf(!isReference, typeText)},
-       {"EmbeddedObject", embedding(type)},
-       {"EMBEDDEDOBJECT", embedding(type)}});
-  value(property.value);
+const std::string& ElementWriter::startTag(std::size_t position, const NamedValue& property) {
+  m_startTags.resize(std::max(m_startTags.size(), position + 1));
+  StartTag& known = m_startTags[position];
+  const CMPIType type = property.value.type();
+  if (known.name != property.name || known.type != type) {
+    known = {property.name, type, ""};
+    if (isWanted(property.name)) {
+      const bool isReference = type == CMPI_ref;
+      const bool origins = m_schema != nullptr && m_detail != nullptr && m_detail->classOrigin;
+      const SchemaClass* schemaClass = origins ? m_schema->find(m_className) : nullptr;
+      const SchemaProperty* declared =
+          schemaClass == nullptr ? nullptr : schemaClass->property(property.name);
+      appendTag(
+          known.text, propertyTag(property.value),
+          {{"NAME", property.name},
+           {"CLASSORIGIN", declared == nullptr ? ABSENT : declared->origin},
+           {"TYPE", presentIf(!isReference, xmlTypeName(type))},
+           {"EmbeddedObject", embedding(elementType(property.value))}},
+          ">\n");
+    }
+  }
+  return known.text;
 }
 
 void ElementWriter::qualifiers(const Qualifiers& qualifiers) {
@@ -259,8 +267,7 @@ void ElementWriter::property(const SchemaProperty& property, const SchemaClass& 
        {"CLASSORIGIN", presentIf(m_detail->classOrigin, property.origin)},
        {"PROPAGATED", presentIf(!equalNames(property.origin, schemaClass.name), "true")},
        {"TYPE", presentIf(!isReference, xmlTypeName(type))},
-       {"EmbeddedObject", embedding(type)},
-       {"EMBEDDEDOBJECT", embedding(type)}});
+       {"EmbeddedObject", embedding(type)}});
   qualifiers(property.qualifiers);
 }
 

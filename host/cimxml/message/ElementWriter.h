@@ -8,6 +8,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tvp::host::cimxml {
 
@@ -46,15 +47,24 @@ private:
   void list(const Value& value);
   void reference(const ObjectPath& path);
   void keyBinding(const NamedValue& key);
-  void property(const NamedValue& property, const SchemaProperty* declared);
+  const std::string& startTag(std::size_t position, const NamedValue& property);
   void property(const SchemaProperty& property, const SchemaClass& schemaClass);
   void method(const SchemaMethod& method, const SchemaClass& schemaClass);
   void qualifiers(const Qualifiers& qualifiers);
   bool isWanted(const std::string& property) const;
 
+  /** The start tag of a property of the latest instance; without a text when it is not wanted. */
+  struct StartTag {
+    std::string name;
+    CMPIType type = CMPI_null;
+    std::string text;
+  };
+
   std::string& m_output;
   const Schema* m_schema;
   const Detail* m_detail;
+  std::string m_className;            ///< of the latest instance
+  std::vector<StartTag> m_startTags;  ///< by position, as instances of a class differ in the values only
 };
 
 }  // namespace tvp::host::cimxml

@@ -37,14 +37,17 @@ std::string message(const Frame& frame, const AnswerHead& head, Body body) {
 
 /** The answer to an intrinsic operation that returns objects: without any, it has no IRETURNVALUE. */
 template <class Objects, class Write>
-std::string objectsAnswer(const AnswerHead& head, const Objects& objects, Write write) {
+std::string objectsAnswer(
+    const AnswerHead& head, const Objects& objects, Write write, const Schema* schema = nullptr,
+    const Detail* detail = nullptr) {
   return message(INTRINSIC_ANSWER, head, [&](std::string& output) {
     if (objects.empty()) {
       return;
     }
     const XmlElement returned(output, "IRETURNVALUE");
+    ElementWriter writer(output, schema, detail);
     for (const auto& object : objects) {
-      write(output, object);
+      write(writer, output, object);
     }
   });
 }
@@ -117,8 +120,7 @@ std::string errorAnswer(const AnswerHead& head, bool method, CMPIrc code, const 
 std::string instancesAnswer(
     const AnswerHead& head, const std::vector<Instance>& instances, ObjectShape shape, const Detail& detail,
     const Schema& schema) {
-  return objectsAnswer(head, instances, [&](std::string& output, const Instance& instance) {
-    ElementWriter writer(output, &schema, &detail);
+  const auto write = [shape](ElementWriter& writer, std::string& output, const Instance& instance) {
     switch (shape) {
     case ObjectShape::Instance:
       writer.instance(instance);
@@ -133,31 +135,33 @@ std::string instancesAnswer(
       break;
     }
     }
-  });
+  };
+  return objectsAnswer(head, instances, write, &schema, &detail);
 }
 
 std::string pathsAnswer(const AnswerHead& head, const std::vector<ObjectPath>& paths, PathShape shape) {
-  return objectsAnswer(head, paths, [shape](std::string& output, const ObjectPath& path) {
-    ElementWriter writer(output);
-    if (shape == PathShape::InstanceName) {
-      writer.instanceName(path);
-    } else {
-      const XmlElement element(output, "OBJECTPATH");
-      writer.instancePath(path);
-    }
-  });
+  return objectsAnswer(
+      head, paths, [shape](ElementWriter& writer, std::string& output, const ObjectPath& path) {
+        if (shape == PathShape::InstanceName) {
+          writer.instanceName(path);
+        } else {
+          const XmlElement element(output, "OBJECTPATH");
+          writer.instancePath(path);
+        }
+      });
 }
 
 std::string
 classesAnswer(const AnswerHead& head, const std::vector<const SchemaClass*>& classes, const Detail& detail) {
-  return objectsAnswer(head, classes, [&detail](std::string& output, const SchemaClass* schemaClass) {
-    ElementWriter(output, nullptr, &detail).schemaClass(*schemaClass);
-  });
+  const auto write = [](ElementWriter& writer, std::string&, const SchemaClass* schemaClass) {
+    writer.schemaClass(*schemaClass);
+  };
+  return objectsAnswer(head, classes, write, nullptr, &detail);
 }
 
 std::string classNamesAnswer(const AnswerHead& head, const std::vector<std::string>& names) {
-  return objectsAnswer(head, names, [](std::string& output, const std::string& name) {
-    ElementWriter(output).className(name);
+  return objectsAnswer(head, names, [](ElementWriter& writer, std::string&, const std::string& name) {
+    writer.className(name);
   });
 }
 

@@ -10,24 +10,20 @@ namespace {
 
 constexpr std::string_view REPLACEMENT = "\xEF\xBF\xBD";  // U+FFFD
 
-/** Which bytes are written as they are, wherever they stand. */
-constexpr std::array<bool, 256> plainBytes() {
-  std::array<bool, 256> plain{};
-  for (std::size_t byte = '!'; byte < '\x7F'; ++byte) {
+using Bytes = std::array<bool, 256>;
+
+/** Which bytes are written as they are. Readers make blanks of line ends and tabs in attributes. */
+constexpr Bytes plainBytes(bool inAttribute) {
+  Bytes plain{};
+  for (std::size_t byte = ' '; byte < 0x80; ++byte) {
     plain[byte] = byte != '<' && byte != '>' && byte != '&' && byte != '"' && byte != '\'';
   }
+  plain['\t'] = plain['\n'] = !inAttribute;
   return plain;
-}
-
-bool isPlain(char character) {
-  static constexpr std::array<bool, 256> PLAIN = plainBytes();
-  return PLAIN[static_cast<unsigned char>(character)];
 }
 
 std::string_view escapeOf(char character) {
   switch (character) {
-  case ' ':
-    return "&#32;";
   case '<':
     return "&lt;";
   case '>':
@@ -44,15 +40,9 @@ std::string_view escapeOf(char character) {
     return "&#10;";
   case '\r':
     return "&#13;";
-  case '\x7F':
-    return "&#127;";
   default:
     return REPLACEMENT;
   }
-}
-
-bool blankStands(std::string_view text, std::size_t position) {
-  return position > 0 && position + 1 < text.size() && text[position - 1] != ' ';
 }
 
 /** Appends a character that is not ASCII. @return its bytes */
@@ -63,19 +53,17 @@ std::size_t appendWide(std::string& output, std::string_view text, std::size_t p
   return character.step();
 }
 
-}  // namespace
-
-void appendEscaped(std::string& output, std::string_view text) {
+void appendEscaped(std::string& output, std::string_view text, const Bytes& plain) {
   std::size_t begin = 0;  // of what is not yet appended
   for (std::size_t position = 0; position < text.size();) {
-    const char character = text[position];
-    if (isPlain(character) || (character == ' ' && blankStands(text, position))) {
+    const auto byte = static_cast<unsigned char>(text[position]);
+    if (plain[byte]) {
       ++position;
       continue;
     }
     output.append(text, begin, position - begin);
-    if (static_cast<unsigned char>(character) < 0x80) {
-      output += escapeOf(character);
+    if (byte < 0x80) {
+      output += escapeOf(text[position]);
       ++position;
     } else {
       position += appendWide(output, text, position);
@@ -85,7 +73,15 @@ void appendEscaped(std::string& output, std::string_view text) {
   output.append(text, begin);
 }
 
+}  // namespace
+
+void appendEscaped(std::string& output, std::string_view text) {
+  static constexpr Bytes PLAIN = plainBytes(false);
+  appendEscaped(output, text, PLAIN);
+}
+
 void appendTag(std::string& output, std::string_view tag, XmlAttributes attributes, std::string_view end) {
+  static constexpr Bytes PLAIN = plainBytes(true);
   output += '<';
   output += tag;
   for (const XmlAttribute& attribute : attributes) {
@@ -93,7 +89,7 @@ void appendTag(std::string& output, std::string_view tag, XmlAttributes attribut
       output += ' ';
       output += attribute.name;
       output += "=\"";
-      appendEscaped(output, attribute.value);
+      appendEscaped(output, attribute.value, PLAIN);
       output += '"';
     }
   }

@@ -9,9 +9,9 @@
 namespace tvp::host::cimxml {
 
 /**
- * Appends a text such that an XML reader gets it back. Control characters that XML 1.0 cannot have and bytes
- * that are not UTF-8 become U+FFFD. Blanks that readers are known to drop (at the ends, or several) are
- * written as references, and so are line ends and tabs.
+ * Appends the text of an element such that an XML reader gets it back. Control characters that XML 1.0 cannot
+ * have and bytes that are not UTF-8 become U+FFFD. Blanks, tabs and line feeds stay as they are, since
+ * clients are known that do not read references to characters.
  */
 void appendEscaped(std::string& output, std::string_view text);
 

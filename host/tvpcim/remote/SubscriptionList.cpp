@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/tvpcim/remote/SubscriptionList.h"
 
+#include "host/cimxml/client/CimClient.h"
 #include "host/schema/Names.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Listing.h"
@@ -27,7 +28,7 @@ ObjectPath classPath(const std::string& nameSpace, const std::string& className)
 SubscriptionList::SubscriptionList(Session& session)
     : m_session(session), m_server(session.server(DEFAULT_URL)) {
   for (const std::string& name : INTEROP_NAMES) {
-    const Outcome outcome = m_server.enumerateInstanceNames(classPath(name, SUBSCRIPTION));
+    const Outcome outcome = probe(classPath(name, SUBSCRIPTION));
     if (outcome.rc != CMPI_RC_ERR_INVALID_NAMESPACE) {
       m_session.check(outcome);
       m_nameSpace = name;
@@ -36,6 +37,17 @@ SubscriptionList::SubscriptionList(Session& session)
   }
   throw OperationError(
       "the server has no interop namespace, where subscriptions are: none of " + join(INTEROP_NAMES, ", "));
+}
+
+Outcome SubscriptionList::probe(const ObjectPath& path) {
+  try {
+    return m_server.enumerateInstanceNames(path);
+  } catch (const cimxml::ServerError& error) {
+    if (m_session.isRemote()) {
+      throw;
+    }
+    throw OperationError(error.what(), "start one with 'tvpcim serve', or name another with --url");
+  }
 }
 
 std::string SubscriptionList::textAt(const ObjectPath& path, const std::string& property) {

@@ -39,6 +39,8 @@ public:
   void remove(const std::string& name);
 
 private:
+  /** Makes a first request. @throws cimxml::ServerError; OperationError where nobody named the server */
+  Outcome probe(const ObjectPath& path);
   /** @return its path */
   ObjectPath create(const std::string& className, std::vector<NamedValue> properties);
   /** Text of a property of what a path leads to; empty when it cannot be had. */

@@ -55,7 +55,7 @@ Arguments everyType() {
   all.add("r32", Value::real(CMPI_real32, 0.1F)).add("r64", Value::real(CMPI_real64, -0.1));
   all.add("inf", Value::real(CMPI_real64, -HUGE_VAL)).add("c", Value::unsignedInteger(CMPI_char16, 0x20AC));
   all.add("blank", Value::unsignedInteger(CMPI_char16, ' ')).add("time", Value::dateTime(DateTime()));
-  all.add("text", Value::string("  a  b\t\r\n]]><&>'\" \xC3\xA9\xF0\x9F\x98\x80 "));
+  all.add("text", Value::string("  a  b\t\r\n\x7F]]><&>'\" \xC3\xA9\xF0\x9F\x98\x80 "));
   all.add("empty", Value::string("")).add("null", Value::null(CMPI_uint16));
   all.add("list", Value::array(CMPI_string, {Value::string(""), Value::null(CMPI_string)}));
   all.add("none", Value::array(CMPI_uint8, {})).add("ref", outer.properties[5].value);
@@ -182,7 +182,7 @@ TEST(MessageWriter, WritesClasses) {
   for (const char* part :
        {"<PROPERTY.ARRAY NAME=\"Sizes\" CLASSORIGIN=\"T_Pool\" TYPE=\"uint32\">",
         "<PROPERTY.REFERENCE NAME=\"Parent\" REFERENCECLASS=\"T_Base\" CLASSORIGIN=\"T_Pool\">",
-        "<PROPERTY NAME=\"Part\" CLASSORIGIN=\"T_Pool\" TYPE=\"string\" EmbeddedObject=\"instance\"",
+        "<PROPERTY NAME=\"Part\" CLASSORIGIN=\"T_Pool\" TYPE=\"string\" EmbeddedObject=\"instance\">",
         "<METHOD NAME=\"Grow\" TYPE=\"uint32\" CLASSORIGIN=\"T_Pool\">",
         "<PARAMETER.ARRAY NAME=\"Steps\" TYPE=\"uint8\">",
         "<PARAMETER.REFERENCE NAME=\"Result\" REFERENCECLASS=\"T_Base\">", "<PARAMETER NAME=\"Note\""}) {

@@ -2,6 +2,8 @@
 // What only real pools and volumes have to withstand, as seen through the contract and its programs.
 #include "engine/backing/PoolsAndVolumesFixture.h"
 #include "machine/inside/Shell.h"
+#include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/Intents.h"
 
 #include <csignal>
 
@@ -129,7 +131,12 @@ TEST_F(RealPools, AreFoundOnTheDrivesWhenTheStateIsLost) {
 
 TEST_F(RealPools, AreNewerThanAStateFromABackup) {
   createVolumes();
-  reopen([&] { shell("cp " + m_state + " " + m_state + ".backup"); });
+  reopen([&] {
+    shell("cp " + m_state + " " + m_state + ".backup");
+    // Made while volume 1 was being deleted, say, which did not happen then.
+    voltvk::Connection backup(m_state + ".backup");
+    voltvk::Intents(backup).record({{voltvk::Step::RemoveVolume, 1, {}}});
+  });
   ASSERT_EQ(adapter().deleteVirtualVolume(2).getReturn(), TVK_OK);
   createVolume(volumeSpec("newer", TVK_VOLUME_TIERED, {{1, 10 * MIB}}));
   m_backing->read(1, 9, 9);

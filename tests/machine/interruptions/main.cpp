@@ -7,6 +7,7 @@
 // arguments, goes on. Refuses to run outside the emulated machine.
 #include "Interruption.h"
 #include "World.h"
+#include "machine/inside/Shell.h"
 #include "voltvk/engine/contract/VolumeUpkeep.h"
 
 #include <algorithm>
@@ -248,13 +249,6 @@ private:
   const std::chrono::steady_clock::time_point m_started = std::chrono::steady_clock::now();
   Progress m_now;
 };
-
-bool isEmulatedMachine() {
-  std::ifstream file("/proc/cmdline");
-  std::string line;
-  std::getline(file, line);
-  return line.find("machine.drives=") != std::string::npos;
-}
 
 }  // namespace
 }  // namespace tvp::test

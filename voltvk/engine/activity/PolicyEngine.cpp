@@ -3,6 +3,7 @@
 
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/EventJournal.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/PolicyLimits.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
@@ -21,10 +22,8 @@ void PolicyEngine::setRunning(bool running) {
 
 std::uint64_t PolicyEngine::runRound(std::uint32_t volumeId) {
   const std::vector<VolumeRecord> volumes = SnapshotReader(m_connection).volumes();
-  const auto volume = std::find_if(volumes.begin(), volumes.end(), [&](const VolumeRecord& candidate) {
-    return candidate.id == volumeId;
-  });
-  if (volume == volumes.end()) {
+  const VolumeRecord* volume = findById(volumes, volumeId);
+  if (volume == nullptr) {
     return 0;
   }
   const PolicyChoice choice = choose(*volume);

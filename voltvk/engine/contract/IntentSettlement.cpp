@@ -3,6 +3,7 @@
 #include "voltvk/engine/changes/PoolChanges.h"
 #include "voltvk/engine/changes/VolumeChanges.h"
 #include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
 #include <algorithm>
@@ -52,14 +53,8 @@ public:
 private:
   void note(const std::string& sentence) { m_notes.push_back(sentence); }
 
-  template <typename Record>
-  const Record* find(const std::vector<Record>& records, std::uint32_t id) const {
-    const auto found =
-        std::find_if(records.begin(), records.end(), [&](const Record& record) { return record.id == id; });
-    return found == records.end() ? nullptr : &*found;
-  }
-  const PoolRecord* pool(std::uint32_t id) const { return find(m_configuration.pools, id); }
-  const VolumeRecord* volume(std::uint32_t id) const { return find(m_configuration.volumes, id); }
+  const PoolRecord* pool(std::uint32_t id) const { return findById(m_configuration.pools, id); }
+  const VolumeRecord* volume(std::uint32_t id) const { return findById(m_configuration.volumes, id); }
 
   void unmakePool(const Intent& intent) {
     PoolRecord made;
@@ -136,6 +131,11 @@ private:
 
 }  // namespace
 
+void recordIntents(State& state, Connection& connection, const std::vector<Intent>& intents) {
+  ChangeNote(state.path()).write(intents);
+  Intents(connection).record(intents);
+}
+
 std::vector<std::string> settleIntents(State& state, Backing& backing) {
   std::vector<Intent> intents;
   Configuration configuration;
@@ -145,6 +145,12 @@ std::vector<std::string> settleIntents(State& state, Backing& backing) {
   });
   if (intents.empty()) {
     return {};
+  }
+  const auto forget = [&] { state.change([](Connection& connection) { Intents(connection).clear(); }); };
+  const ChangeNote underWay(state.path());
+  if (!underWay.isOf(intents)) {
+    forget();
+    return {"what an older copy of the state had under way was not carried out"};
   }
   Settlement settlement(state, backing, std::move(configuration));
   // What was made last is removed first, and the pool of a cached drive goes with its volume.
@@ -157,7 +163,8 @@ std::vector<std::string> settleIntents(State& state, Backing& backing) {
   for (const Intent& intent : intents) {
     settlement.settle(intent);
   }
-  state.change([](Connection& connection) { Intents(connection).clear(); });
+  forget();
+  underWay.erase();
   return settlement.notes();
 }
 

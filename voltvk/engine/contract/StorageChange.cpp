@@ -3,6 +3,7 @@
 
 #include "voltvk/engine/contract/BackingLock.h"
 #include "voltvk/engine/drives/DriveRegistry.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
 #include <algorithm>
@@ -12,13 +13,6 @@
 namespace voltvk {
 
 namespace {
-
-template <typename Record>
-const Record* find(const std::vector<Record>& records, std::uint32_t id) {
-  const auto found =
-      std::find_if(records.begin(), records.end(), [&](const Record& record) { return record.id == id; });
-  return found == records.end() ? nullptr : &*found;
-}
 
 bool isDescribedAlike(const PoolRecord& one, const PoolRecord& other) {
   return std::tie(one.name, one.description, one.tierLevel) ==
@@ -34,7 +28,7 @@ void addRemovals(
     std::vector<Intent>& steps, Step remove, const std::vector<Record>& before,
     const std::vector<Record>& after) {
   for (const Record& record : before) {
-    if (find(after, record.id) == nullptr) {
+    if (findById(after, record.id) == nullptr) {
       steps.push_back({remove, record.id, {}});
     }
   }
@@ -45,7 +39,7 @@ void addDescriptions(
     std::vector<Intent>& steps, Step describe, const std::vector<Record>& before,
     const std::vector<Record>& after) {
   for (const Record& record : after) {
-    const Record* earlier = find(before, record.id);
+    const Record* earlier = findById(before, record.id);
     if (earlier != nullptr && !isDescribedAlike(*earlier, record)) {
       steps.push_back({describe, record.id, {}});
     }
@@ -71,22 +65,22 @@ public:
   void carryOut(const Intent& intent) {
     switch (intent.step) {
     case Step::MakePool:
-      m_backing.makePool(*find(m_after.pools, intent.object), m_after);
+      m_backing.makePool(*findById(m_after.pools, intent.object), m_after);
       break;
     case Step::RemovePool:
-      m_backing.removePool(*find(m_before.pools, intent.object), m_before);
+      m_backing.removePool(*findById(m_before.pools, intent.object), m_before);
       break;
     case Step::DescribePool:
-      m_backing.describePool(*find(m_after.pools, intent.object), m_after);
+      m_backing.describePool(*findById(m_after.pools, intent.object), m_after);
       break;
     case Step::MakeVolume:
-      m_backing.makeVolume(*find(m_after.volumes, intent.object), m_after);
+      m_backing.makeVolume(*findById(m_after.volumes, intent.object), m_after);
       break;
     case Step::RemoveVolume:
       m_backing.removeVolume(intent.object);
       break;
     case Step::DescribeVolume:
-      m_backing.describeVolume(*find(m_after.volumes, intent.object));
+      m_backing.describeVolume(*findById(m_after.volumes, intent.object));
       break;
     case Step::MoveChunks:
     case Step::Flush:
@@ -97,19 +91,19 @@ public:
   void undo(const Intent& intent) {
     switch (intent.step) {
     case Step::MakePool:
-      m_backing.removePool(*find(m_after.pools, intent.object), m_after);
+      m_backing.removePool(*findById(m_after.pools, intent.object), m_after);
       break;
     case Step::DescribePool:
-      m_backing.describePool(*find(m_before.pools, intent.object), m_before);
+      m_backing.describePool(*findById(m_before.pools, intent.object), m_before);
       break;
     case Step::MakeVolume:
       m_backing.removeVolume(intent.object);
       break;
     case Step::DescribeVolume:
-      m_backing.describeVolume(*find(m_before.volumes, intent.object));
+      m_backing.describeVolume(*findById(m_before.volumes, intent.object));
       break;
     case Step::RemovePool:
-      m_backing.makePool(*find(m_before.pools, intent.object), m_before);
+      m_backing.makePool(*findById(m_before.pools, intent.object), m_before);
       break;
     case Step::RemoveVolume:
     case Step::MoveChunks:
@@ -121,7 +115,7 @@ public:
   /** Whether everything that has been begun can be undone: not if a volume, or its cache, is gone. */
   bool canBeUndone(const std::vector<Intent>& begun) {
     return std::all_of(begun.begin(), begun.end(), [&](const Intent& intent) {
-      return intent.step != Step::RemoveVolume || isWhole(*find(m_before.volumes, intent.object));
+      return intent.step != Step::RemoveVolume || isWhole(*findById(m_before.volumes, intent.object));
     });
   }
 
@@ -129,7 +123,7 @@ private:
   bool isWhole(const VolumeRecord& volume) {
     std::uint64_t sectors = 0;
     for (const VolumeExtentRecord& part : m_backing.layout(volume, m_before)) {
-      sectors += part.extent.chunks * find(m_before.pools, part.pool)->chunkSectors;
+      sectors += part.extent.chunks * findById(m_before.pools, part.pool)->chunkSectors;
     }
     return sectors == (volume.hddChunks + volume.ssdChunks) * volume.chunkSectors;
   }
@@ -144,12 +138,12 @@ std::vector<Intent> stepsBetween(const Configuration& before, const Configuratio
   addRemovals(steps, Step::RemoveVolume, before.volumes, after.volumes);
   addRemovals(steps, Step::RemovePool, before.pools, after.pools);
   for (const PoolRecord& pool : after.pools) {
-    if (find(before.pools, pool.id) == nullptr) {
+    if (findById(before.pools, pool.id) == nullptr) {
       steps.push_back({Step::MakePool, pool.id, drivesOf(pool)});
     }
   }
   for (const VolumeRecord& volume : after.volumes) {
-    if (find(before.volumes, volume.id) == nullptr) {
+    if (findById(before.volumes, volume.id) == nullptr) {
       steps.push_back({Step::MakeVolume, volume.id, {}});
     }
   }
@@ -195,7 +189,7 @@ void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool
   });
   const std::vector<Intent> steps = stepsBetween(before, after);
   backing.requireUnknown(steps);
-  m_state.change([&](Connection& connection) { Intents(connection).record(steps); });
+  m_state.change([&](Connection& connection) { recordIntents(m_state, connection, steps); });
   Steps carrier(backing, before, after);
   std::vector<Intent> begun;
   try {
@@ -228,6 +222,7 @@ bool StorageChange::isSettled(Backing& backing, Steps& carrier, const std::vecto
       carrier.undo(step);
     }
     m_state.change([](Connection& connection) { Intents(connection).clear(); });
+    ChangeNote(m_state.path()).erase();
   } catch (const std::exception&) {
     // The next change finds the intents and tries once more; the caller learns why the change failed.
   }
@@ -251,6 +246,7 @@ void withBacking(State& state, const std::function<void(Backing&)>& work) {
   const std::shared_ptr<Backing> backing = state.backing();
   settleIntents(state, *backing);
   work(*backing);
+  ChangeNote(state.path()).erase();
 }
 
 }  // namespace voltvk

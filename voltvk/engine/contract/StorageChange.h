@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_CONTRACT_STORAGECHANGE_H
 
 #include "voltvk/engine/backing/Backing.h"
+#include "voltvk/engine/contract/ChangeNote.h"
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/state/Intents.h"
 
@@ -48,8 +49,15 @@ private:
 std::vector<Intent> stepsBetween(const Configuration& before, const Configuration& after);
 
 /**
+ * Records the steps that are about to be carried out, in the state and in the note beside it, within the
+ * caller's transaction. The caller holds the BackingLock. @throws Refusal
+ */
+void recordIntents(State& state, Connection& connection, const std::vector<Intent>& intents);
+
+/**
  * Completes or undoes the change that a process left behind when it ended early; does nothing if there is
- * none. The caller holds the BackingLock.
+ * none. Intents that came with a copy of the state from another day are dropped. The caller holds the
+ * BackingLock.
  * @return what was found, for an administrator: one sentence each
  */
 std::vector<std::string> settleIntents(State& state, Backing& backing);

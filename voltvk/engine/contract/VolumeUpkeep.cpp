@@ -38,7 +38,7 @@ void VolumeUpkeep::flush(std::uint32_t volumeId, const FlushProgress& progress) 
     VolumeRecord volume;
     m_state.change([&](Connection& connection) {
       volume = VolumeChanges(connection).flushable(volumeId);
-      Intents(connection).record({{Step::Flush, volumeId, {}}});
+      recordIntents(m_state, connection, {{Step::Flush, volumeId, {}}});
     });
     std::uint64_t written = 0;
     try {
@@ -126,7 +126,7 @@ RoundResult VolumeUpkeep::runRoundOnDrives(Backing& backing, std::uint32_t volum
     if (choice.promoted.empty()) {
       engine.finishRound(volume, 0);
     } else {
-      Intents(connection).record({{Step::MoveChunks, volumeId, {}}});
+      recordIntents(m_state, connection, {{Step::MoveChunks, volumeId, {}}});
     }
   });
   if (choice.promoted.empty()) {

@@ -7,6 +7,7 @@
 #include "voltvk/engine/rules/ChunkAllocator.h"
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Refusal.h"
 
@@ -47,9 +48,8 @@ void PoolRules::checkNameUnused(const std::string& name) const {
 }
 
 const PoolRecord& PoolRules::pool(std::uint32_t poolId) const {
-  const auto found = std::find_if(
-      m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) { return candidate.id == poolId; });
-  require(found != m_pools.end(), TVK_NO_SUCH_POOL, [&] { return missing("pool", poolId); });
+  const PoolRecord* found = findById(m_pools, poolId);
+  require(found != nullptr, TVK_NO_SUCH_POOL, [&] { return missing("pool", poolId); });
   return *found;
 }
 

@@ -7,6 +7,7 @@
 #include "voltvk/engine/rules/ChunkAllocator.h"
 #include "voltvk/engine/rules/Limits.h"
 #include "voltvk/engine/rules/TextRules.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Refusal.h"
 
 #include <algorithm>
@@ -39,9 +40,8 @@ void VolumeRules::checkNameUnused(const std::string& name) const {
 }
 
 const PoolRecord& VolumeRules::pool(std::uint32_t poolId) const {
-  const auto found = std::find_if(
-      m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) { return candidate.id == poolId; });
-  require(found != m_pools.end(), TVK_NO_SUCH_POOL, [&] { return missing("pool", poolId); });
+  const PoolRecord* found = findById(m_pools, poolId);
+  require(found != nullptr, TVK_NO_SUCH_POOL, [&] { return missing("pool", poolId); });
   return *found;
 }
 
@@ -54,10 +54,8 @@ const PoolRecord& VolumeRules::userPool(std::uint32_t poolId) const {
 }
 
 const VolumeRecord& VolumeRules::volume(std::uint32_t volumeId) const {
-  const auto found = std::find_if(m_volumes.begin(), m_volumes.end(), [&](const VolumeRecord& candidate) {
-    return candidate.id == volumeId;
-  });
-  require(found != m_volumes.end(), TVK_NO_SUCH_VOLUME, [&] { return missing("volume", volumeId); });
+  const VolumeRecord* found = findById(m_volumes, volumeId);
+  require(found != nullptr, TVK_NO_SUCH_VOLUME, [&] { return missing("volume", volumeId); });
   return *found;
 }
 

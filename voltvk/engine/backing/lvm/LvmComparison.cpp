@@ -3,6 +3,7 @@
 
 #include "voltvk/engine/backing/lvm/LvmPools.h"
 #include "voltvk/engine/backing/lvm/LvmVolumes.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Wording.h"
 
@@ -16,11 +17,6 @@ namespace voltvk {
 namespace {
 
 using Sentences = std::vector<std::string>;
-
-template <typename Record>
-bool hasId(const std::vector<Record>& records, std::uint32_t id) {
-  return std::any_of(records.begin(), records.end(), [&](const Record& record) { return record.id == id; });
-}
 
 std::string nodeOf(const LvmDrive& drive) {
   return drive.node.empty() ? "a drive that is missing" : drive.node;
@@ -42,7 +38,7 @@ public:
       const std::uint32_t owner = poolIdIn(drive.tags);
       if (owner == 0) {
         note(nodeOf(drive) + " is in the volume group " + m_group.name + " without belonging to a pool");
-      } else if (!hasId(m_configuration.pools, owner)) {
+      } else if (findById(m_configuration.pools, owner) == nullptr) {
         note(
             nodeOf(drive) + " has the marks of pool " + std::to_string(owner) +
             ", which the state does not have");
@@ -140,7 +136,7 @@ Sentences volumeDifferences(const Configuration& configuration, const LvmGroup& 
       sentences.push_back("a move of chunks away from " + volume.movedFrom + " is not completed");
     } else if (id == 0 && !volume.isHidden) {
       sentences.push_back(who + " belongs to somebody else and is left alone");
-    } else if (id != 0 && !hasId(configuration.volumes, id)) {
+    } else if (id != 0 && findById(configuration.volumes, id) == nullptr) {
       sentences.push_back(
           who + " has the marks of volume " + std::to_string(id) + ", which the state does not have");
     }

@@ -4,6 +4,7 @@
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/backing/lvm/LvmPools.h"
 #include "voltvk/engine/backing/lvm/PoolLayout.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Wording.h"
 
@@ -91,12 +92,8 @@ std::uint64_t cacheBlockSectors(const VolumeRecord& volume, const PoolRecord& ss
 }  // namespace
 
 const PoolRecord& poolOf(const VolumeExtentRecord& extent, const Configuration& configuration) {
-  const auto found =
-      std::find_if(configuration.pools.begin(), configuration.pools.end(), [&](const PoolRecord& pool) {
-        return pool.id == extent.pool;
-      });
-  require(
-      found != configuration.pools.end(), TVK_BACKING_FAILED, [&] { return missing("pool", extent.pool); });
+  const PoolRecord* found = findById(configuration.pools, extent.pool);
+  require(found != nullptr, TVK_BACKING_FAILED, [&] { return missing("pool", extent.pool); });
   return *found;
 }
 

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+#ifndef VOLTVK_ENGINE_STATE_FINDBYID_H
+#define VOLTVK_ENGINE_STATE_FINDBYID_H
+
+#include <algorithm>
+#include <cstdint>
+#include <vector>
+
+namespace voltvk {
+
+/** The pool or volume of a number; null if there is none. Points into the records. */
+template <typename Record>
+const Record* findById(const std::vector<Record>& records, std::uint32_t id) {
+  const auto found =
+      std::find_if(records.begin(), records.end(), [&](const Record& record) { return record.id == id; });
+  return found == records.end() ? nullptr : &*found;
+}
+
+}  // namespace voltvk
+
+#endif
