@@ -134,7 +134,7 @@ TEST_F(HttpServerTest, ConnectionsBeyondTheLimitAreRefusedAtOnceAndTheOthersGoOn
   {
     RawClient second(server->port());
     EXPECT_THAT(second.send(post("2")).answer(), HasSubstr("|2"));
-    for (int number = 0; number < 1000; ++number) {
+    for (int number = 0; number < 10000; ++number) {
       ASSERT_THAT(RawClient(server->port()).rest(), StartsWith("HTTP/1.1 503 ")) << number;
     }
     EXPECT_THAT(first.send(post("3")).answer(), HasSubstr("|3"));
