@@ -258,8 +258,7 @@ void HttpServer::Content::call(
     response.set_header(name, value);
   }
   if (!client.reply.body.empty()) {
-    response.body.swap(client.reply.body);
-    response.set_header("Content-Length", std::to_string(response.body.size()));
+    response.body.swap(client.reply.body);  // its length is added by the library
     response.set_header("Content-Type", client.reply.contentType);
   }
 }
