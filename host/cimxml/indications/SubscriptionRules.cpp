@@ -49,7 +49,7 @@ Value typedValue(const Value& given, const SchemaProperty& property) {
     ObjectPath subscription;
     subscription.className = SUBSCRIPTION_CLASS;
     subscription.keys = {{property.name, given}};
-    const Value reference = interopPath(subscription).keys.front().value;
+    Value reference = interopPath(subscription).keys.front().value;
     if (reference.type() == CMPI_ref) {
       return reference;
     }
