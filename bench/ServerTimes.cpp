@@ -207,12 +207,13 @@ Rate rateOf(unsigned int threads, Make make) {
   onThreads(threads, [&] {
     const std::function<void()> repeated = make();
     std::vector<double> own;
-    for (Clock::time_point before = Clock::now(); before - start < DURATION;) {
+    Clock::time_point before = Clock::now();
+    do {  // once at least, however late a busy machine starts the thread
       repeated();
       const Clock::time_point after = Clock::now();
       own.push_back(std::chrono::duration<double, std::micro>(after - before).count());
       before = after;
-    }
+    } while (before - start < DURATION);
     const std::lock_guard<std::mutex> lock(mutex);
     times.insert(times.end(), own.begin(), own.end());
   });

@@ -63,11 +63,10 @@ TEST_F(TvpcimRemote, AnswersAreTheSameAsOnTheMachineItself) {
       {"tree"},
       {"pool", "members", "fast"},
       {"volume", "stats", "data"},
-      {"gi", "TVP_TierService.CreationClassName=\"TVP_TierService\",Name=\"TVP_TierServiceInstance1\""},
+      {"gi", "TVP_VirtualPool.CreationClassName=\"TVP_VirtualPool\",Name=\"fast\""},
       {"im", "TVP_TierService", "GetVirtualVolumeMembers", "VirtualVolumeId=1"},
       {"an", "TVP_VirtualPool.CreationClassName=\"TVP_VirtualPool\",Name=\"fast\"", "--assoc-class",
-       "TVP_NoSuch"},
-      {"ei", "TVP_VirtualPool", "--property", "Name"}};
+       "TVP_NoSuch"}};
   for (const auto& summary : answer({"classes"})) {
     questions.push_back({"ei", summary.at("Name").get<std::string>()});
     questions.push_back({"ein", summary.at("Name").get<std::string>()});
