@@ -54,7 +54,11 @@ std::string asPrinted(const nlohmann::ordered_json& value) {
     return value.get<bool>() ? "TRUE" : "FALSE";
   }
   if (value.is_string()) {
-    return '"' + value.get<std::string>() + '"';
+    std::string text = "\"";
+    for (const char c : value.get<std::string>()) {
+      text += c == '"' ? "\\\"" : std::string(1, c);
+    }
+    return text + '"';
   }
   if (value.is_array()) {
     std::string text;
@@ -134,11 +138,14 @@ TEST_F(StockClient, InvokesModifiesAndReadsClasses) {
   const Json pools = answer({"pools"});
   ASSERT_EQ(pools.size(), 1U);
   EXPECT_EQ(pools[0].at("NumberOfLogicalDevice"), 2);
+  EXPECT_THAT(
+      refusal(
+          {"mi", url("TVP_VirtualPool.CreationClassName=\"TVP_VirtualPool\",Name=\"basement\""),
+           "Name=\"other\""}),
+      HasSubstr("CIM_ERR_NOT_SUPPORTED: modifyInstance ::"));
   printed({"cm", service, "DeleteVirtualPool.VirtualPoolId=1"});
   EXPECT_EQ(answer({"pools"}).size(), 0U);
   EXPECT_THAT(refusal({"cm", service, "DeleteVirtualPool.VirtualPoolId=1"}), HasSubstr("CIM_ERR_FAILED: "));
-  EXPECT_THAT(
-      refusal({"mi", service, "Name=\"other\""}), HasSubstr("CIM_ERR_NOT_SUPPORTED: modifyInstance ::"));
   EXPECT_THAT(refusal({"ei", url("TVP_NoSuch")}), HasSubstr("CIM_ERR_INVALID_CLASS: TVP_NoSuch"));
   EXPECT_THAT(refusal({"ei", url("TVP_VirtualPool", "nowhere")}), HasSubstr("CIM_ERR_INVALID_NAMESPACE"));
   for (const Json& declared : answer({"classes"})) {
@@ -205,6 +212,9 @@ TEST_F(StockClient, SubscribesAndIsSentEachIndicationOnce) {
   }
   EXPECT_EQ(codes, (std::vector<int>{201, 205, 201, 205})) << heard.out;
   EXPECT_THAT(refusal({"di", interop(filterPath)}), HasSubstr("CIM_ERR_FAILED"));
+  printed({"mi", interop(subscriptionPath), "SubscriptionState=4"});
+  EXPECT_THAT(
+      printed({"ei", "-nl", interop("CIM_IndicationSubscription")}), HasSubstr("-SubscriptionState=4"));
   for (const std::string& path : {subscriptionPath, handlerPath, filterPath}) {
     printed({"di", interop(path)});
   }
