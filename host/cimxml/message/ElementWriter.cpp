@@ -263,8 +263,9 @@ void ElementWriter::qualifiers(const Qualifiers& qualifiers) {
 void ElementWriter::property(const SchemaProperty& property, const SchemaClass& schemaClass) {
   const CMPIType type = elementType(property);
   const bool isReference = type == CMPI_ref;
+  const std::string tag = tagOf("PROPERTY", property);  // which the element needs until its end
   const XmlElement element(
-      m_output, tagOf("PROPERTY", property),
+      m_output, tag,
       {{"NAME", property.name},
        {"REFERENCECLASS", presentIf(isReference, property.className)},
        {"CLASSORIGIN", presentIf(m_detail->classOrigin, property.origin)},
@@ -284,8 +285,9 @@ void ElementWriter::method(const SchemaMethod& method, const SchemaClass& schema
   qualifiers(method.qualifiers);
   for (const SchemaParameter& entry : method.parameters) {
     const CMPIType type = elementType(entry);
+    const std::string tag = tagOf("PARAMETER", entry);
     const XmlElement parameter(
-        m_output, tagOf("PARAMETER", entry),
+        m_output, tag,
         {{"NAME", entry.name},
          {"REFERENCECLASS", presentIf(type == CMPI_ref, entry.className)},
          {"TYPE", presentIf(type != CMPI_ref, xmlTypeName(type))}});
