@@ -16,7 +16,12 @@
 
 namespace tvp::host::cimxml::testing {
 
-using namespace tvp::host::testing;  // NOLINT(google-build-using-namespace): a fixture
+using host::testing::ok;
+using host::testing::sampleBehaviour;
+using host::testing::sampleFactories;
+using host::testing::sampleIndicationTable;
+using host::testing::samplePath;
+using host::testing::sampleSchema;
 
 inline std::shared_ptr<const Schema> interopSchema() {
   static const std::shared_ptr<const Schema> schema =

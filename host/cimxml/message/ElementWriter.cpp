@@ -112,8 +112,7 @@ void ElementWriter::returnValue(const Value& value) {
 
 void ElementWriter::typedValue(std::string_view tag, std::string_view name, const Value& content) {
   const CMPIType type = elementType(content);
-  // COMPAT: clients written for DSP0201 before 2.3 know the second spelling of the mark, later ones the
-  // first.
+  // Not EMBEDDEDOBJECT as well, as some servers write: wbemcli refuses an element that has both.
   const XmlElement element(
       m_output, tag,
       {{"NAME", name},

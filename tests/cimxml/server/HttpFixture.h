@@ -19,7 +19,15 @@
 
 namespace tvp::test {
 
-using namespace tvp::host::cimxml;
+using host::cimxml::AdministratorsOnly;
+using host::cimxml::CallHandler;
+using host::cimxml::HttpCall;
+using host::cimxml::HttpReply;
+using host::cimxml::HttpServer;
+using host::cimxml::HttpServerOptions;
+using host::cimxml::OpenUsers;
+using host::cimxml::PamUsers;
+using host::cimxml::Users;
 using testing::HasSubstr;
 using testing::StartsWith;
 
