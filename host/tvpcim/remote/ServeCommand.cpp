@@ -12,6 +12,7 @@
 #include "host/tvpcim/output/Text.h"
 #include "host/tvpcim/remote/SignalReader.h"
 #include "text/Quote.h"
+#include "text/Trim.h"
 
 #include <systemd/sd-daemon.h>
 
@@ -168,6 +169,10 @@ private:
     m_subscriptions = std::make_shared<cimxml::Subscriptions>(m_interop, std::move(options));
     BrokerHandlers handlers;
     // Keeps the subscriptions alive: the provider's thread may outlive the clean-up.
+    // Why a request was refused, which clients are not told.
+    handlers.onLog = [](int /*severity*/, const std::string& /*id*/, const std::string& reason) {
+      logLine("tvpcim: reason: " + std::string(text::trimmed(reason)));
+    };
     handlers.onIndication = [kept =
                                  m_subscriptions](const std::string& nameSpace, const Instance& indication) {
       kept->deliver(nameSpace, indication);
