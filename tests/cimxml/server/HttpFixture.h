@@ -26,7 +26,6 @@ using host::cimxml::HttpReply;
 using host::cimxml::HttpServer;
 using host::cimxml::HttpServerOptions;
 using host::cimxml::OpenUsers;
-using host::cimxml::PamUsers;
 using host::cimxml::Users;
 using testing::HasSubstr;
 using testing::StartsWith;

@@ -7,6 +7,8 @@
 #include <sys/stat.h>
 
 namespace tvp::test {
+using host::cimxml::PamUsers;
+
 namespace {
 
 /** Two users with the same password, of whom one may not use the server. */
