@@ -20,6 +20,8 @@ using host::testing::ok;
 using host::testing::sampleBehaviour;
 using host::testing::sampleFactories;
 using host::testing::sampleIndicationTable;
+using host::testing::sampleInstanceTable;
+using host::testing::sampleMethodTable;
 using host::testing::samplePath;
 using host::testing::sampleSchema;
 
