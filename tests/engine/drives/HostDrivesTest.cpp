@@ -235,6 +235,7 @@ TEST_F(HostDrivesTest, TheOwnVolumeGroupIsNoUseOfItsDrivesAndOnlyDrivesThatSeemF
   mapped(3, "my--pools-vol3", "LVM-ghi", "sdd");     // sdd is also used by others
   m_machine.drive("md0", "virtual/md0", "none", {{"size", "0\n"}, {"slaves/sdd/dev", "8:48\n"}});
   m_machine.mounts("21 1 253:0 / / rw - ext4 /dev/mapper/my--pools-vol1 rw\n");
+  mapped(4, "", "", "sde");  // about to vanish
   m_machine.swaps("/dev/dm-0 partition 100 0 -2\n");
   const auto scanner = voltvk::HostDriveScanner::ofThisMachine();
   const auto looks = [](const std::map<std::string, voltvk::DriveRecord>& drives) {

@@ -210,12 +210,14 @@ void World::settle(bool asRepair) {
   }
 }
 
-std::vector<std::string> World::complaints() {
+std::vector<std::string> World::complaints(unsigned int filled) {
   std::vector<std::string> found = voltvk::BackingAdministration(m_state).check(false).differences;
   compareUsage(found);
   compareDrives(found);
   for (const voltvk::VolumeRecord& volume : configuration().volumes) {
-    forContents(volume.id, false, found);
+    if ((filled & (volume.isCached() ? CACHED : TIERED)) != 0) {
+      forContents(volume.id, false, found);
+    }
   }
   return found;
 }

@@ -37,8 +37,11 @@ public:
   /** The configuration without what differs between two that are made alike. */
   std::string text();
 
-  /** Everything that is wrong: the state, the drives, both together, and the contents of the volumes. */
-  std::vector<std::string> complaints();
+  /**
+   * Everything that is wrong: the state, the drives, both together, and the contents of volumes.
+   * @param filled the volumes that have contents, as those that become() makes
+   */
+  std::vector<std::string> complaints(unsigned int filled);
   /** Settles what a change left behind, as the next change does, or as an administrator repairs it. */
   void settle(bool asRepair);
 

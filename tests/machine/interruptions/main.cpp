@@ -129,7 +129,7 @@ private:
     m_now.steps = findSteps([&] { change(); });
     World world;
     m_now.after = world.text();
-    finish("undisturbed", {}, world.complaints());
+    finish("undisturbed", {}, world.complaints(scenario().things));
   }
 
   void runKind() {
@@ -182,7 +182,7 @@ private:
       if (!done.cutsPower() && !ending.wasReached) {
         complaints.emplace_back("the step was not reached");
       }
-      const std::vector<std::string> found = world.complaints();
+      const std::vector<std::string> found = world.complaints(scenario().things);
       complaints.insert(complaints.end(), found.begin(), found.end());
     } catch (const std::exception& error) {
       complaints.emplace_back(error.what());

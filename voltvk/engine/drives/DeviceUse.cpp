@@ -56,8 +56,11 @@ DeviceUse::DeviceUse(
     }
   }
   for (const auto& [upper, lowers] : m_stackedUpon) {
+    const std::string name = readSystemText(m_blockDirectory + "/" + upper + "/dm/name");
+    if (name.empty() && upper.rfind("dm-", 0) == 0) {
+      continue;  // it is being removed, as the volume manager does with devices that it needs for a moment
+    }
     for (const std::string& lower : lowers) {
-      const std::string name = readSystemText(m_blockDirectory + "/" + upper + "/dm/name");
       setUse(lower, "is held by " + upper + (name.empty() ? "" : " (" + name + ")"));
     }
   }
