@@ -4,14 +4,15 @@
 
 #include "support/TemporaryDirectory.h"
 
-#include <memory>
-#include <stdexcept>
-#include <string>
-
 #include <openssl/ec.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+
 #include <sys/stat.h>
 
 namespace tvp::test {

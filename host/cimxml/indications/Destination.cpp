@@ -5,14 +5,14 @@
 #include "host/schema/Names.h"
 #include "text/Quote.h"
 
+#include <httplib.h>
+
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <thread>
-
-#include <httplib.h>
 
 namespace tvp::host::cimxml {
 namespace {

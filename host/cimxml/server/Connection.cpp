@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "host/cimxml/server/Connection.h"
 
+#include <openssl/err.h>
+#include <openssl/sslerr.h>
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
 #include <cstring>
 
-#include <openssl/err.h>
-#include <openssl/sslerr.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>

@@ -3,9 +3,9 @@
 
 #include "host/schema/Names.h"
 
-#include <algorithm>
-
 #include <openssl/evp.h>
+
+#include <algorithm>
 
 namespace tvp::host::cimxml {
 

@@ -8,6 +8,8 @@
 #include "host/schema/Names.h"
 #include "text/Utf8.h"
 
+#include <httplib.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -20,7 +22,6 @@
 #include <thread>
 #include <utility>
 
-#include <httplib.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>

@@ -3,11 +3,11 @@
 
 #include "host/cimxml/server/Credentials.h"
 
+#include <security/pam_appl.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <utility>
-
-#include <security/pam_appl.h>
 
 namespace tvp::host::cimxml {
 namespace {

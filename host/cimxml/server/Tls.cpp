@@ -3,10 +3,11 @@
 
 #include "text/Quote.h"
 
-#include <stdexcept>
-
 #include <openssl/err.h>
 #include <openssl/x509.h>
+
+#include <stdexcept>
+
 #include <sys/stat.h>
 
 namespace tvp::host::cimxml {

@@ -2,11 +2,11 @@
 #ifndef HOST_CIMXML_SERVER_TLS_H
 #define HOST_CIMXML_SERVER_TLS_H
 
+#include <openssl/ssl.h>
+
 #include <functional>
 #include <memory>
 #include <string>
-
-#include <openssl/ssl.h>
 
 namespace tvp::host::cimxml {
 

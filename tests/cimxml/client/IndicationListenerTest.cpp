@@ -5,7 +5,6 @@
 #include "host/cimxml/message/MessageWriter.h"
 
 #include <gmock/gmock.h>
-
 #include <httplib.h>
 
 namespace tvp::host::cimxml {
