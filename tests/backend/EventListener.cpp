@@ -157,6 +157,10 @@ TEST_F(EventListener, AProcessThatExitsWithoutCleaningUpEndsNormally) {
   if (child == 0) {
     ::alarm(120);
     TvproEventManager::getInstance()->initEventListener();
+    // A fork takes along the locks that the thread holds, and nobody there would release them.
+    waitFor([this] {
+      return log.has(LogCapture::trace("Entering TvproEventManager::pollForEvent()")) && allOthersAreAsleep();
+    });
     const pid_t grandchild = ::fork();
     if (grandchild == 0) {
       ::alarm(60);

@@ -44,6 +44,17 @@ inline bool isAsleep(pid_t thread) {
   return name != std::string::npos && status.compare(name + 2, 1, "S") == 0;
 }
 
+/** Whether all threads of this process but the calling one sleep. */
+inline bool allOthersAreAsleep() {
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
+    const auto thread = static_cast<pid_t>(std::atoi(entry.path().filename().c_str()));
+    if (thread != threadNumber() && !isAsleep(thread)) {
+      return false;
+    }
+  }
+  return true;
+}
+
 /**
  * While one lives, the other threads of this process do not sleep: the listener goes from round to round at
  * once, and ends at once when it is stopped.
