@@ -38,6 +38,13 @@ function(tvp_compile_quickly target scope option)
   target_compile_options(${target} ${scope} "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:SHELL:${option}>")
 endfunction()
 
+# tvp_compile_together(TARGET): compiles several sources of the target at a time, for sources that spend most of their time
+# on the same headers. Tools that look at each source alone switch it off.
+option(TVP_COMPILE_TOGETHER "Compile several sources of the command lines at a time, which takes a third of the time" ON)
+function(tvp_compile_together target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${TVP_COMPILE_TOGETHER} UNITY_BUILD_BATCH_SIZE 6)
+endfunction()
+
 # tvp_add_layer(NAME [DIRECTORIES directories...] [LINK targets...]): a static library from all sources of the current
 # directory and of the named subdirectories.
 function(tvp_add_layer name)

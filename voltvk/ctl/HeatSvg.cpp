@@ -11,7 +11,7 @@ namespace voltvk::ctl {
 namespace {
 
 constexpr std::size_t CELLS_PER_ROW = 64;
-constexpr std::size_t MAX_ROWS = 32;
+constexpr std::size_t MAX_DRAWN_ROWS = 32;
 // In user units, which are pixels at the natural size.
 constexpr std::size_t TILE = 12;
 constexpr std::size_t PITCH = 15;
@@ -200,7 +200,7 @@ private:
 }  // namespace
 
 std::string heatSvg(const VolumeRecord& volume, const std::vector<RememberedChunk>& chunks) {
-  return Drawing(HeatMap(volume, chunks, CELLS_PER_ROW * MAX_ROWS)).text();
+  return Drawing(HeatMap(volume, chunks, CELLS_PER_ROW * MAX_DRAWN_ROWS)).text();
 }
 
 }  // namespace voltvk::ctl
