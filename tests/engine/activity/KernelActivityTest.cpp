@@ -84,7 +84,7 @@ protected:
 TEST_F(KernelActivityTest, CountsOfAreasOfAnySizeAreShownAtOnceAndCollectedOnce) {
   create(TVK_VOLUME_TIERED, 300, 100);
   std::uint64_t heat = 0;
-  for (const std::uint64_t size : {1, 7, 64, 400}) {
+  for (const std::uint64_t size : {1U, 7U, 64U, 400U}) {
     withEngine([&](PolicyEngine& engine) {
       engine.place(volume(), {m_random() % 300, m_random() % 300}, true);
       engine.place(volume(), {300 + m_random() % 100, 300 + m_random() % 100}, false);

@@ -118,7 +118,7 @@ TEST_F(DeviceMapperTest, CountsAsManyAreasAsThereMayBe) {
   const auto region = m_mapper.createRegion(device, 256 * MIB, 8);
   ASSERT_TRUE(region) << m_mapper.lastError();
   ASSERT_EQ(region->areas(), VolumeCounters::MAX_AREAS);
-  for (const std::uint64_t mebibyte : {0, 3, 4, 100, 255}) {
+  for (const std::uint64_t mebibyte : {0U, 3U, 4U, 100U, 255U}) {
     access("vol1", O_RDONLY, mebibyte, 256);
   }
   for (const auto& areas : {m_mapper.read(device, *region), m_mapper.take(device, *region)}) {
