@@ -85,7 +85,8 @@ ssize_t Connection::tryOnce(Direction direction, char* data, std::size_t size, s
     return static_cast<ssize_t>(moved);
   }
   const int error = SSL_get_error(m_tls.get(), result);
-  wanted = error == SSL_ERROR_WANT_READ ? POLLIN : error == SSL_ERROR_WANT_WRITE ? POLLOUT : 0;
+  const int events = error == SSL_ERROR_WANT_READ ? POLLIN : error == SSL_ERROR_WANT_WRITE ? POLLOUT : 0;
+  wanted = static_cast<short>(events);
   m_failed = m_failed || error == SSL_ERROR_SSL || error == SSL_ERROR_SYSCALL;
   return error == SSL_ERROR_ZERO_RETURN ? 0 : -1;
 }

@@ -33,11 +33,11 @@ public:
 };
 
 struct HttpLimits {
-  std::size_t connections = 256;               ///< a further one is answered with 503 and closed
-  std::size_t requestBytes = 8 * 1024 * 1024;  ///< a longer body is answered with 413
-  std::chrono::seconds request{30};            ///< from the first byte of a request to its last: 408
-  std::chrono::seconds idle{30};               ///< between two requests of a connection
-  std::chrono::seconds answer{60};             ///< a client that does not take its answer
+  std::size_t connections = 256;                     ///< a further one is answered with 503 and closed
+  std::size_t requestBytes = std::size_t{8} << 20U;  ///< a longer body is answered with 413
+  std::chrono::seconds request{30};                  ///< from the first byte of a request to its last: 408
+  std::chrono::seconds idle{30};                     ///< between two requests of a connection
+  std::chrono::seconds answer{60};                   ///< a client that does not take its answer
 };
 
 struct HttpServerOptions {

@@ -109,7 +109,7 @@ refusalOfFraming(const std::string& method, const Headers& headers, std::size_t 
     }
   }
   if (length != headers.end()) {
-    if (const auto refusal = refusalOfLength(length->second, longestBody)) {
+    if (auto refusal = refusalOfLength(length->second, longestBody)) {
       return refusal;
     }
   }
@@ -179,14 +179,14 @@ std::string refusalText(const Refusal& refusal) {
 
 std::optional<Refusal> refusalOf(std::string_view head, std::size_t longestBody) {
   std::string method;
-  if (const auto refusal = refusalOfRequestLine(nextLine(head), method)) {
+  if (auto refusal = refusalOfRequestLine(nextLine(head), method)) {
     return refusal;
   }
   Headers headers;
-  if (const auto refusal = readHeaders(head, headers)) {
+  if (auto refusal = readHeaders(head, headers)) {
     return refusal;
   }
-  if (const auto refusal = refusalOfFraming(method, headers, longestBody)) {
+  if (auto refusal = refusalOfFraming(method, headers, longestBody)) {
     return refusal;
   }
   return refusalOfFeatures(headers);
