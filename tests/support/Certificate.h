@@ -46,7 +46,7 @@ makeCertificate(const TemporaryDirectory& directory, const std::string& name, lo
   X509_set_pubkey(certificate.get(), key.get());
   X509_sign(certificate.get(), key.get(), EVP_sha256());
 
-  const CertificateFiles files{directory.write(name + ".pem", ""), directory.write(name + ".key", "")};
+  CertificateFiles files{directory.write(name + ".pem", ""), directory.write(name + ".key", "")};
   ::chmod(files.key.c_str(), S_IRUSR | S_IWUSR);
   const std::unique_ptr<BIO, int (*)(BIO*)> certificateFile(
       BIO_new_file(files.certificate.c_str(), "w"), BIO_free);

@@ -52,7 +52,7 @@ public:
       if (end != std::string::npos && length < end) {
         const std::size_t size = end + 4 + std::stoul(m_received.substr(length + 16));
         if (m_received.size() >= size) {
-          const std::string whole = m_received.substr(0, size);
+          std::string whole = m_received.substr(0, size);
           m_received.erase(0, size);
           return whole;
         }

@@ -10,7 +10,6 @@ namespace {
 using std::chrono::milliseconds;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::SizeIs;
 using tvp::test::waitFor;
 
@@ -139,6 +138,7 @@ TEST_F(Delivery, SubscriptionsComeAndGoWhileIndicationsArrive) {
   });
   const std::vector<std::string> names = {"one", "two"};
   std::vector<std::thread> clients;
+  clients.reserve(names.size());
   for (const std::string& name : names) {
     clients.emplace_back([&, name] {
       for (int round = 0; round < 10; ++round) {

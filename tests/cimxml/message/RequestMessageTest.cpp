@@ -76,7 +76,7 @@ TEST(RequestMessage, RefusesWhatIsNotARequest) {
   } cases[] = {
       {"", "request-not-well-formed"},
       {"no XML", "request-not-well-formed"},
-      {"\xFF\xFE<\0C\0",
+      {std::string("\xFF\xFE<\0C", 5),
        "request-not-well-formed: the message is not well-formed XML: a byte that is not UTF-8"},
       {good.substr(0, good.size() - 1), "request-not-well-formed"},
       {good + "x", "request-not-well-formed"},
