@@ -94,8 +94,11 @@ private:
       for (std::size_t level = 0; level < lowest.size(); ++level) {
         const std::string colour = m_colour ? COLOURS.at(level) : "";
         const std::string blanks(level + 1 < lowest.size() ? lowest[level].size() - 1 : 0, ' ');
-        text += gap + colour + m_symbols[static_cast<std::size_t>(place)].at(level) +
-                (colour.empty() ? "" : PLAIN) + blanks;
+        text += gap;
+        text += colour;
+        text += m_symbols[static_cast<std::size_t>(place)].at(level);
+        text += colour.empty() ? "" : PLAIN;
+        text += blanks;
       }
       text += "\n";
     }

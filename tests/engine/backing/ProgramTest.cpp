@@ -26,7 +26,6 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::HasSubstr;
-using testing::StartsWith;
 using End = ProgramOutcome::End;
 
 ProgramOutcome

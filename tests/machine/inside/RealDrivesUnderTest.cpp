@@ -60,7 +60,7 @@ private:
   }
   static off_t addressOf(std::uint64_t chunk) { return static_cast<off_t>(chunk * MIB * 512); }
   static std::uint64_t contentOf(std::uint32_t volume, std::uint64_t chunk) {
-    return volume * 1000003U + chunk;
+    return std::uint64_t{volume} * 1000003U + chunk;
   }
   static void require(ssize_t length) {
     if (length != sizeof m_block) {

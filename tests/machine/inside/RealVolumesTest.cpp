@@ -155,7 +155,7 @@ protected:
 
   static void mark(std::vector<char>& block, std::uint32_t id, std::size_t index) {
     for (std::size_t i = 0; i < block.size(); ++i) {
-      block[i] = static_cast<char>(i / 512 + 31 * index + 7 * id);
+      block[i] = static_cast<char>(i / 512 + 31 * index + std::size_t{7} * id);
     }
   }
 
@@ -311,7 +311,10 @@ TEST_F(RealVolumes, ThatWereHalfMadeAreCompletedOrRemoved) {
   const VolumeRecord cached = volume(3, TVK_VOLUME_CACHED, 1, 64, 40, {{1, {80, 64}}, {2, {10, 40}}});
   const std::string origin = "lvm lvcreate -y -n vol3 --addtag tvp.volume=3 -l 20 tvp /dev/sda:80-99";
   const std::string cache = "lvm lvcreate -y -n vol3_cache --addtag tvp.volume=3 -l 40 tvp /dev/sdc:10-49";
-  for (const std::string& made : {origin, cache, origin + " && " + cache}) {
+  std::string both = origin;
+  both += " && ";
+  both += cache;
+  for (const std::string& made : {origin, cache, both}) {
     shell(made);
     m_backing.makeVolume(cached, m_configuration);
     EXPECT_EQ(layout(cached), "1:80+20 1:100+44 2:10+40 ") << made;
