@@ -246,7 +246,10 @@ void LvmPools::describe(const PoolRecord& pool) {
   std::map<Words, std::vector<std::string>> nodesOfChange;
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
     const LvmDrive* drive = group.member(pool.id, position);
-    const Words changes = drive == nullptr ? Words() : tagChanges(drive->tags, tagsOf(pool, position));
+    if (drive == nullptr) {
+      continue;
+    }
+    const Words changes = tagChanges(drive->tags, tagsOf(pool, position));
     if (!changes.empty()) {
       require(!drive->isMissing, TVK_BACKING_FAILED, [&] {
         return "could not " + taskOf("describe", pool) +

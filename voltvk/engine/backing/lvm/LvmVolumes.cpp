@@ -207,7 +207,7 @@ void LvmVolumes::make(const VolumeRecord& volume, const Configuration& configura
   const LvmVolume* existing = group.volume(name);
   if (existing == nullptr || existing->type != "cache") {
     makeLinear(volume, name, origin, group);
-    if (volume.isCached()) {
+    if (volume.isCached() && ssdPool != nullptr) {
       makeLinear(volume, lvmCacheNameOf(volume.id), cache, group);
       attachCache(volume, *ssdPool);
     }

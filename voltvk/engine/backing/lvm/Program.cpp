@@ -306,7 +306,9 @@ std::string pathOfProgram(const std::string& name) {
   }
   std::istringstream directories(PROGRAM_PATH);
   for (std::string directory; std::getline(directories, directory, ':');) {
-    const std::string path = directory + "/" + name;
+    std::string path = directory;
+    path += '/';
+    path += name;
     if (access(path.c_str(), X_OK) == 0) {
       return path;
     }
