@@ -61,8 +61,8 @@ for rw in randread randrw; do
     lvcreate -y -Wy -Zy -n cache -l 128 other /dev/sdd
     lvconvert -y --type cache --cachevol other/cache --cachemode writeback --chunksize 1m other/plain
   } >/dev/null
-  row "the volume manager's own cache by hand, cold" "$shown" "$(measure /dev/other/plain $rw | perSecond)"
-  row "the volume manager's own cache by hand, warm" "$shown" "$(measure /dev/other/plain $rw | perSecond)"
+  row "the volume manager's cache by hand, cold" "$shown" "$(measure /dev/other/plain $rw | perSecond)"
+  row "the volume manager's cache by hand, warm" "$shown" "$(measure /dev/other/plain $rw | perSecond)"
   quietly lvremove -y other/plain
 done
 
