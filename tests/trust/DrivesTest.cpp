@@ -22,8 +22,8 @@ TEST(DrivesOfThisMachine, AreNotOpenedForWriting) {
   ASSERT_EQ(::mknod(drive.c_str(), S_IFBLK | 0600, makedev(NO_MAJOR, 0)), 0);
   const char* const ENDED = "tried to write to the drive";
   EXPECT_DEATH(::open(drive.c_str(), O_RDWR | O_CLOEXEC), ENDED);
-  EXPECT_DEATH(::openat(AT_FDCWD, drive.c_str(), O_WRONLY | O_CLOEXEC), ENDED);
-  EXPECT_DEATH(static_cast<void>(std::ofstream{drive}), ENDED);
+  EXPECT_DEATH(static_cast<void>(::openat(AT_FDCWD, drive.c_str(), O_WRONLY | O_CLOEXEC)), ENDED);
+  EXPECT_DEATH(std::ofstream{drive}, ENDED);
   EXPECT_DEATH(std::system(("exec 3>" + drive).c_str()) == 0 ? void() : std::abort(), ENDED);
   EXPECT_EQ(::open(drive.c_str(), O_RDONLY | O_CLOEXEC), -1);
 }
