@@ -38,20 +38,24 @@ function(tvp_compile_quickly target scope option)
   target_compile_options(${target} ${scope} "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:SHELL:${option}>")
 endfunction()
 
-# tvp_compile_together(TARGET): compiles several sources of the target at a time, for sources that spend most of their time
-# on the same headers. Tools that look at each source alone switch it off.
-option(TVP_COMPILE_TOGETHER "Compile several sources of the command lines at a time, which takes a third of the time" ON)
+# tvp_compile_together(TARGET [ALONE sources...]): compiles several sources of the target at a time, since most of the time
+# goes into the same headers. ALONE are those whose internal names are also the ones of others. Tools that look at each
+# source alone switch it off.
+option(TVP_COMPILE_TOGETHER "Compile several sources at a time, which takes half of the time" ON)
 function(tvp_compile_together target)
+  cmake_parse_arguments(ARG "" "" "ALONE" ${ARGN})
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${TVP_COMPILE_TOGETHER} UNITY_BUILD_BATCH_SIZE 6)
+  set_source_files_properties(${ARG_ALONE} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
 endfunction()
 
-# tvp_add_layer(NAME [DIRECTORIES directories...] [LINK targets...]): a static library from all sources of the current
-# directory and of the named subdirectories.
+# tvp_add_layer(NAME [DIRECTORIES directories...] [LINK targets...] [ALONE sources...]): a static library from all sources of
+# the current directory and of the named subdirectories. ALONE as above.
 function(tvp_add_layer name)
-  cmake_parse_arguments(ARG "" "" "DIRECTORIES;LINK" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "DIRECTORIES;LINK;ALONE" ${ARGN})
   list(TRANSFORM ARG_DIRECTORIES APPEND "/*.cpp")
   list(TRANSFORM ARG_DIRECTORIES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${ARG_DIRECTORIES})
   add_library(${name} STATIC ${sources})
   target_link_libraries(${name} PUBLIC tvp_compile ${ARG_LINK})
+  tvp_compile_together(${name} ALONE ${ARG_ALONE})
 endfunction()
