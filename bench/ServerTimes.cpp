@@ -197,10 +197,11 @@ struct Rate {
   double slow = 0;    ///< the 99th percentile
 };
 
-/** Lets a number of threads repeat what each of them makes, for a while. */
+constexpr std::chrono::milliseconds A_WHILE(500);
+
+/** Lets a number of threads repeat what each of them makes. */
 template <typename Make>
-Rate rateOf(unsigned int threads, Make make) {
-  constexpr std::chrono::milliseconds DURATION(500);
+Rate rateOf(unsigned int threads, std::chrono::milliseconds duration, Make make) {
   std::mutex mutex;
   std::vector<double> times;
   const Clock::time_point start = Clock::now();
@@ -213,7 +214,7 @@ Rate rateOf(unsigned int threads, Make make) {
       const Clock::time_point after = Clock::now();
       own.push_back(std::chrono::duration<double, std::micro>(after - before).count());
       before = after;
-    } while (before - start < DURATION);
+    } while (before - start < duration);
     const std::lock_guard<std::mutex> lock(mutex);
     times.insert(times.end(), own.begin(), own.end());
   });
@@ -225,15 +226,18 @@ Rate rateOf(unsigned int threads, Make make) {
       times[times.size() * (PERCENT - 1) / PERCENT]};
 }
 
-Rate rateOverHttp(const Served& served, const ServedRequest& request, unsigned int clients, bool keepAlive) {
-  return rateOf(clients, [&]() -> std::function<void()> {
+Rate rateOverHttp(
+    const Served& served, const ServedRequest& request, unsigned int clients, bool keepAlive,
+    std::chrono::milliseconds duration = A_WHILE) {
+  return rateOf(clients, duration, [&]() -> std::function<void()> {
     const auto client = std::make_shared<Client>(served.port(), request, keepAlive);
     return [client] { client->exchange(); };
   });
 }
 
 Rate rateWithoutHttp(Served& served, const ServedRequest& request, unsigned int threads) {
-  return rateOf(threads, [&]() -> std::function<void()> { return [&] { request.call(served.provider()); }; });
+  return rateOf(
+      threads, A_WHILE, [&]() -> std::function<void()> { return [&] { request.call(served.provider()); }; });
 }
 
 }  // namespace
@@ -266,8 +270,9 @@ void measureServerCores(const Scenario& scenario, bool one) {
     }
   }
   constexpr unsigned int CLIENTS = 8;
+  constexpr std::chrono::seconds LONG(2);
   const Served served;
-  std::printf("%.1f\n", rateOverHttp(served, enumeration(scenario), CLIENTS, true).perSecond);
+  std::printf("%.1f\n", rateOverHttp(served, enumeration(scenario), CLIENTS, true, LONG).perSecond);
 }
 
 void measureServerGrowth(const Scenario& scenario) {
