@@ -19,6 +19,7 @@ void measure(
     const std::string& program, const std::string& measurement, const bench::Scenario& scenario,
     const std::string& subject) {
   bench::requireScratch();
+  bench::switchLog(false);  // an earlier one may have left a log, even a full one
   if (measurement == "prepare") {
     bench::prepare(scenario);
   } else if (measurement == "times" || measurement == "events") {
