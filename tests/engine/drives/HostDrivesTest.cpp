@@ -4,8 +4,12 @@
 #include "support/Threads.h"
 #include "voltvk/engine/drives/HostDriveScanner.h"
 
+#include <atomic>
 #include <filesystem>
+#include <fstream>
 #include <map>
+#include <set>
+#include <thread>
 
 using namespace tvp::test;
 namespace fs = std::filesystem;
@@ -271,6 +275,44 @@ TEST_F(HostDrivesTest, TheOwnVolumeGroupIsNoUseOfItsDrivesAndOnlyDrivesThatSeemF
   };
   EXPECT_EQ(recorded("my-pools"), "is encrypted (LUKS)|\nis encrypted (LUKS)|\n");
   EXPECT_EQ(recorded(""), "|\n|\n");
+}
+
+TEST_F(HostDrivesTest, DevicesOfTheOwnGroupThatComeAndGoAreNoUse) {
+  plainDrive("sda");
+  m_machine.drive("dm-0", "virtual/dm-0", "none", {{"dm/name", "own-vol1\n"}, {"dm/uuid", "LVM-abc\n"}});
+  for (int i = 0; i < 40; ++i) {  // time between the list of devices and the look at what holds the drive
+    m_machine.drive(
+        "loop" + std::to_string(i), "virtual/loop" + std::to_string(i), "none", {{"size", "0\n"}});
+  }
+  const fs::path system = m_directory.path() / "host/sys";
+  const fs::path device = system / "block/dm-0";
+  const fs::path holder = system / "block/sda/holders/dm-0";
+  const fs::path place = fs::read_symlink(device);
+  fs::create_directories(holder.parent_path());
+  std::atomic<bool> isOver{false};
+  std::thread volumeManager([&] {
+    const auto pause = [](unsigned int length) {
+      for (unsigned int i = 0; i < length; ++i) {
+        std::this_thread::yield();
+      }
+    };
+    for (unsigned int round = 0; !isOver; ++round) {
+      fs::remove(device);
+      pause(round % 7 * 100);
+      fs::create_directory_symlink(place, device);
+      std::ofstream(holder) << '\n';
+      pause(round % 11 * 100);
+      fs::remove(holder);
+    }
+  });
+  const auto scanner = voltvk::HostDriveScanner::ofThisMachine();
+  std::set<std::string> uses;
+  for (int i = 0; i < 500; ++i) {
+    uses.insert(m_machine.scan(scanner, "own").at("/dev/sda").use);
+  }
+  isOver = true;
+  volumeManager.join();
+  EXPECT_EQ(uses, std::set<std::string>{""});
 }
 
 TEST_F(HostDrivesTest, ADriveThatHoldsDataIsShownAsUnsuitable) {

@@ -4,6 +4,8 @@
 #include "voltvk/engine/drives/SystemText.h"
 #include "voltvk/engine/state/PlainText.h"
 
+#include <algorithm>
+#include <iterator>
 #include <sstream>
 
 namespace voltvk {
@@ -25,6 +27,11 @@ std::string unescaped(const std::string& field) {
     }
   }
   return text;
+}
+
+/** Whether it is one of the device mapper's. */
+bool isMapped(const std::string& device) {
+  return device.rfind("dm-", 0) == 0;
 }
 
 /** How the device mapper's names of a volume group's devices begin: hyphens in the group's name are doubled.
@@ -56,12 +63,10 @@ DeviceUse::DeviceUse(
     }
   }
   for (const auto& [upper, lowers] : m_stackedUpon) {
-    const std::string name = readSystemText(m_blockDirectory + "/" + upper + "/dm/name");
-    if (name.empty() && upper.rfind("dm-", 0) == 0) {
-      continue;  // it is being removed, as the volume manager does with devices that it needs for a moment
-    }
+    const auto mapped = m_mapped.find(upper);
     for (const std::string& lower : lowers) {
-      setUse(lower, "is held by " + upper + (name.empty() ? "" : " (" + name + ")"));
+      setUse(
+          lower, "is held by " + upper + (mapped == m_mapped.end() ? "" : " (" + mapped->second.name + ")"));
     }
   }
 }
@@ -102,20 +107,35 @@ void DeviceUse::readDevices() {
     for (const std::string& slave : listDirectory(directory + "/slaves")) {
       m_stackedUpon[device].insert(slave);
     }
-    const std::string mapperName = readSystemText(directory + "/dm/name");
-    if (!mapperName.empty()) {
-      m_mapperNames[mapperName] = device;
+    if (isMapped(device)) {
+      m_stackedUpon[device];
     }
   }
   m_nameOfNumber.erase("");  // a device that vanished meanwhile
+  readMapped();
+}
+
+void DeviceUse::readMapped() {
+  // Its holders name a device that was not there yet when the list was made. The volume manager makes devices
+  // that it needs for a moment: one is looked at only if it was there, with both names, from first to last.
+  for (auto entry = m_stackedUpon.begin(); entry != m_stackedUpon.end();) {
+    const std::string directory = m_blockDirectory + "/" + entry->first + "/dm/";
+    const std::string name = readSystemText(directory + "name");
+    const std::string uuid = readSystemText(directory + "uuid");
+    const bool wasThere = !name.empty() && readSystemText(directory + "name") == name;
+    if (wasThere) {
+      m_mapped[entry->first] = {name, uuid};
+    }
+    entry = wasThere || !isMapped(entry->first) ? std::next(entry) : m_stackedUpon.erase(entry);
+  }
 }
 
 void DeviceUse::setGroupApart(const std::string& group) {
   const std::string prefix = mapperPrefix(group);
-  for (const auto& [name, device] : m_mapperNames) {
-    const std::string uuid = readSystemText(m_blockDirectory + "/" + device + "/dm/uuid");
+  for (const auto& [device, mapped] : m_mapped) {
     // A second hyphen would belong to a longer name of another group.
-    if (uuid.rfind("LVM-", 0) != 0 || name.rfind(prefix, 0) != 0 || name[prefix.size()] == '-') {
+    if (mapped.uuid.rfind("LVM-", 0) != 0 || mapped.name.rfind(prefix, 0) != 0 ||
+        mapped.name[prefix.size()] == '-') {
       continue;
     }
     const auto lowers = m_stackedUpon.find(device);
@@ -158,8 +178,10 @@ void DeviceUse::addWithBases(const std::string& device, std::set<std::string>& o
 }
 
 std::string DeviceUse::kernelName(const std::string& node) const {
-  const auto mapped = m_mapperNames.find(baseName(node));
-  return mapped != m_mapperNames.end() ? mapped->second : kernelNameOf(node);
+  const std::string name = baseName(node);
+  const auto mapped = std::find_if(
+      m_mapped.begin(), m_mapped.end(), [&](const auto& entry) { return entry.second.name == name; });
+  return mapped != m_mapped.end() ? mapped->first : kernelNameOf(node);
 }
 
 std::vector<std::string>

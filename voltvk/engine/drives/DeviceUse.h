@@ -30,7 +30,15 @@ public:
   bool isBelowOwnGroup(const std::string& drive) const { return m_belowOwnGroup.count(drive) != 0; }
 
 private:
+  /** What the device mapper calls a device. */
+  struct Mapped {
+    std::string name;
+    std::string uuid;
+  };
+
   void readDevices();
+  /** Reads the names of devices of the device mapper; forgets those that are coming or going. */
+  void readMapped();
   /** Forgets what the group's devices are stacked upon, so that their use ends with them. */
   void setGroupApart(const std::string& group);
   void readFileSystems(const std::string& btrfs);
@@ -50,7 +58,7 @@ private:
   std::map<std::string, std::string> m_parent;                 // "sda1" -> "sda"
   std::map<std::string, std::set<std::string>> m_stackedUpon;  // "dm-0" -> "sda2", ...
   std::set<std::string> m_belowOwnGroup;
-  std::map<std::string, std::string> m_mapperNames;  // "data" -> "dm-0"
+  std::map<std::string, Mapped> m_mapped;            // by "dm-0"
   std::vector<std::set<std::string>> m_fileSystems;  // those that span devices
   std::set<std::string> m_bootable;
   std::map<std::string, std::string> m_uses;
