@@ -19,7 +19,6 @@ namespace voltvk {
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 
 PoolRecord

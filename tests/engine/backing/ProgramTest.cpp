@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -94,9 +95,9 @@ TEST(Program, DoesNotDependOnTheProcessAroundIt) {
       }
     });
     std::atomic<int> failures{0};
-    std::vector<std::thread> callers;
-    for (int caller = 0; caller < 4; ++caller) {
-      callers.emplace_back([&] {
+    std::array<std::thread, 4> callers;
+    for (std::thread& caller : callers) {
+      caller = std::thread([&] {
         for (int i = 0; i < 10; ++i) {
           const ProgramOutcome outcome = sh("grep -E '^Sig(Blk|Ign)' /proc/self/status | grep -cv "
                                             "0000000000000000; ls /proc/$$/fd; exit 5");
