@@ -39,8 +39,8 @@ function(tvp_compile_quickly target scope option)
 endfunction()
 
 # tvp_compile_together(TARGET [ALONE sources...]): compiles several sources of the target at a time, since most of the time
-# goes into the same headers. ALONE are those whose internal names are also the ones of others. Tools that look at each
-# source alone switch it off.
+# goes into the same headers. Sources after ALONE are left out: their internal names collide with those of others. Tools that
+# look at each source alone switch it off.
 option(TVP_COMPILE_TOGETHER "Compile several sources at a time, which takes half of the time" ON)
 function(tvp_compile_together target)
   cmake_parse_arguments(ARG "" "" "ALONE" ${ARGN})

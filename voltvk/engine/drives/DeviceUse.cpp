@@ -116,8 +116,8 @@ void DeviceUse::readDevices() {
 }
 
 void DeviceUse::readMapped() {
-  // Its holders name a device that was not there yet when the list was made. The volume manager makes devices
-  // that it needs for a moment: one is looked at only if it was there, with both names, from first to last.
+  // The volume manager makes devices that it needs for a moment. A drive's holders may name one that appeared
+  // after the devices were listed, so a device counts only if its name is there before and after its UUID.
   for (auto entry = m_stackedUpon.begin(); entry != m_stackedUpon.end();) {
     const std::string directory = m_blockDirectory + "/" + entry->first + "/dm/";
     const std::string name = readSystemText(directory + "name");
