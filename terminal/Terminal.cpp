@@ -13,9 +13,8 @@ namespace {
 
 constexpr std::size_t USUAL_COLUMNS = 80;
 
-std::size_t columnsOfTerminal() {
-  winsize size{};
-  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+std::size_t columnsOf(const winsize& size) {
+  if (size.ws_col > 0) {
     return size.ws_col;
   }
   const char* columns = std::getenv("COLUMNS");
@@ -34,7 +33,10 @@ std::string variable(const char* name) {
 Terminal Terminal::ofStandardOutput() {
   Terminal terminal;
   if (::isatty(STDOUT_FILENO) == 1) {
-    terminal.columns = columnsOfTerminal();
+    winsize size{};
+    ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);  // nothing is known where it fails
+    terminal.columns = columnsOf(size);
+    terminal.rows = size.ws_row;
     terminal.colour = variable("NO_COLOR").empty() && variable("TERM") != "dumb";
   }
   return terminal;

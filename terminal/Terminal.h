@@ -13,6 +13,7 @@ struct Terminal {
 
   std::size_t columns = UNLIMITED;  ///< UNLIMITED unless output is a terminal: nothing is cut in files
   bool colour = false;              ///< a terminal, and NO_COLOR is not set
+  std::size_t rows = 0;             ///< of the terminal; 0 where they are not known
 
   /** Standard output of this process; the columns are those of the terminal, else of COLUMNS, else 80. */
   static Terminal ofStandardOutput();

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstdio>
 #include <limits>
 #include <optional>
@@ -115,6 +116,15 @@ std::uint64_t parseSectors(std::string_view text) {
     refuse(text, "is not a multiple of 512 bytes");
   }
   return bytes / SECTOR_SIZE;
+}
+
+std::optional<unsigned> percentage(std::string_view text) {
+  unsigned number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  std::string_view rest = text.substr(static_cast<std::size_t>(end - text.data()));
+  rest.remove_prefix(std::min(rest.find_first_not_of(' '), rest.size()));
+  const bool isShare = error == std::errc() && rest == "%" && number >= 1 && number <= 100;
+  return isShare ? std::optional(number) : std::nullopt;
 }
 
 std::string formatSectors(std::uint64_t sectors) {

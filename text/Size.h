@@ -3,6 +3,7 @@
 #define TEXT_SIZE_H
 
 #include <cstdint>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -28,6 +29,13 @@ public:
  * @throws SizeError when the text is not a size, is 16 EiB or more, or is not a whole number of sectors
  */
 std::uint64_t parseSectors(std::string_view text);
+
+/**
+ * Reads a share as people write it: a whole number from 1 to 100 and a percent sign, with blanks between them
+ * if they like: "25%".
+ * @return nothing for any other text, which may be a size
+ */
+std::optional<unsigned> percentage(std::string_view text);
 
 /** A size for people, in the largest binary unit that gives at least 1, with two decimals at most: "100 GiB",
  *  "1.5 TiB", "512 B". */

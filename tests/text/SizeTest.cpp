@@ -68,6 +68,16 @@ TEST(Size, IsRefusedWithAReason) {
   }
 }
 
+TEST(Size, IsReadAsAShare) {
+  for (const auto& [text, share] : {std::pair{"1%", 1U}, {"25 %", 25U}, {"100%", 100U}}) {
+    EXPECT_EQ(percentage(text), share) << text;
+  }
+  for (const char* text :
+       {"", "%", "0%", "101%", "-5%", "+5%", "1.5%", "5", " 5%", "5%%", "5% ", "4294967297%"}) {
+    EXPECT_EQ(percentage(text), std::nullopt) << text;
+  }
+}
+
 TEST(Size, IsShownInTheLargestUnitThatFits) {
   const struct {
     std::uint64_t sectors;
