@@ -42,7 +42,7 @@ void playIo(const IoOptions& options, const Context& context) {
   d_ioctl_user_stat statistics{};
   state->read([&](Connection& connection) { readStatistics(connection, volume, statistics); });
   const std::string& name = volume.name;
-  context.output.write(
+  context.report(
       {{"volume", name},
        {"reads", options.pattern.reads},
        {"writes", options.pattern.writes},
@@ -57,7 +57,7 @@ void playIo(const IoOptions& options, const Context& context) {
 void setPolicy(bool running, const Context& context) {
   context.state()->change([&](Connection& connection) { PolicyEngine(connection).setRunning(running); });
   const std::string shown = running ? "running" : "stopped";
-  context.output.write({{"policy", shown}}, "the policy engine is " + shown);
+  context.report({{"policy", shown}}, "the policy engine is " + shown);
 }
 
 std::string sentenceOf(const VolumeRecord& volume, const RoundResult& round, bool dryRun) {
@@ -66,7 +66,8 @@ std::string sentenceOf(const VolumeRecord& volume, const RoundResult& round, boo
 }
 
 /** Runs a round for every volume, also after one that failed, since others may be able to move chunks. */
-void runPolicy(bool dryRun, const Context& context) {
+void runPolicy(bool isPlanWanted, const Context& context) {
+  const bool dryRun = isPlanWanted || context.isDryRun;
   const std::shared_ptr<State> state = context.state();
   const std::shared_ptr<const Snapshot> snapshot = state->snapshot();
   const bool running = snapshot->configuration().policyRunning;
@@ -91,8 +92,7 @@ void runPolicy(bool dryRun, const Context& context) {
                ? "no chunk is hot enough to be moved"
                : "the policy engine is stopped, so nothing was moved; start it with `voltvkctl policy start`";
   }
-  context.output.write(
-      {{"policy", running ? "running" : "stopped"}, {dryRun ? "planned" : "moved", list}}, text);
+  context.report({{"policy", running ? "running" : "stopped"}, {dryRun ? "planned" : "moved", list}}, text);
   if (failure != nullptr) {
     std::rethrow_exception(failure);
   }

@@ -17,7 +17,7 @@ struct BackingOptions {
 void showBacking(const Context& context) {
   const BackingChoice choice = context.state()->snapshot()->configuration().backing;
   const std::string name = nameOf(choice.kind);
-  context.output.write(
+  context.report(
       {{"backing", name}, {"group", choice.isReal() ? Json(choice.group) : Json(nullptr)}},
       choice.isReal() ? name + ", volume group " + choice.group : name);
 }
@@ -43,7 +43,7 @@ void check(bool repair, const Context& context) {
   if (lines.empty()) {
     lines.emplace_back("the state and the drives agree");
   }
-  context.output.write({{"differences", report.differences}, {"repairs", report.repairs}}, linesOf(lines));
+  context.report({{"differences", report.differences}, {"repairs", report.repairs}}, linesOf(lines));
   require(count == 0, TVK_BACKING_FAILED, [&] {
     return counted(count, "difference") + " between the state and the drives" +
            (repair ? " cannot be repaired without touching data; see the manual page"
@@ -53,7 +53,7 @@ void check(bool repair, const Context& context) {
 
 void recover(const Context& context) {
   const RecoveredState recovered = BackingAdministration(*context.state()).recover();
-  context.output.write(
+  context.report(
       {{"pools", recovered.pools}, {"volumes", recovered.volumes}},
       counted(recovered.pools, "pool") + " and " + counted(recovered.volumes, "volume") +
           " found on the drives");

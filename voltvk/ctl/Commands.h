@@ -23,9 +23,16 @@ namespace voltvk::ctl {
  */
 struct Context {
   Output output;
+  /** Set by the option -n: nothing changes but a copy, of which this process alone knows. */
+  bool isDryRun = false;
 
   /** @throws Refusal when the state cannot be used */
   std::shared_ptr<State> state() const;
+  /** The same, for what also has to do with a state that cannot be used. */
+  std::shared_ptr<State> anyState() const;
+
+  /** Writes what was changed, as Output::write; in a dry run with what would have been done for it. */
+  void report(Json document, const std::string& text) const;
 };
 
 /**
@@ -38,13 +45,15 @@ void addDriveCommands(CLI::App& app, Context& context);
 void addFaultCommands(CLI::App& app, Context& context);
 void addIoCommand(CLI::App& app, Context& context);
 void addPolicyCommands(CLI::App& app, Context& context);
+void addPoolCommands(CLI::App& app, Context& context);
 void addVolumeCommands(CLI::App& app, Context& context);
 void addHeatCommand(CLI::App& app, Context& context);
 void addEventsCommand(CLI::App& app, Context& context);
 void addBackingCommands(CLI::App& app, Context& context);
+void addBackupCommands(CLI::App& app, Context& context);
 
 /**
- * Prints the names that a shell may offer for the last of some words: volumes, virtual drives. Commands and
+ * Prints the names that a shell may offer for the last of some words: volumes, pools, drives. Commands and
  * options are left to the shell, which takes them from the help. @throws Refusal when the state cannot be
  * used
  */

@@ -54,12 +54,12 @@ void addDrive(const DriveOptions& options, const Context& context) {
   std::uint16_t number = 0;
   context.state()->change(
       [&](Connection& connection) { number = DriveRegistry(connection).addVirtual(spec); });
-  context.output.write({{"number", number}}, std::to_string(number));
+  context.report({{"number", number}}, std::to_string(number));
 }
 
 void removeDrive(std::uint16_t number, const Context& context) {
   context.state()->change([&](Connection& connection) { DriveRegistry(connection).removeVirtual(number); });
-  context.output.write({{"number", number}}, "drive " + std::to_string(number) + " removed");
+  context.report({{"number", number}}, "drive " + std::to_string(number) + " removed");
 }
 
 }  // namespace

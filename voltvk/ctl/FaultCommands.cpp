@@ -45,7 +45,7 @@ Json describe(const Fault& fault) {
 
 void setFault(const Fault& fault, const Context& context) {
   Faults(context.state()).set(fault);
-  context.output.write(describe(fault), "fault set: " + describeFault(fault));
+  context.report(describe(fault), "fault set: " + describeFault(fault));
 }
 
 void addSetCommands(CLI::App& set, Context& context) {
@@ -90,7 +90,7 @@ void clearFaults(const ClearOptions& options, const Context& context) {
     throw std::invalid_argument("there is no fault '" + options.kind + "'; use one of: " + known);
   }
   const std::size_t count = Faults(context.state()).clear(kind, options.operation);
-  context.output.write(
+  context.report(
       {{"cleared", count}},
       count == 0 ? "no such fault was set" : "faults cleared: " + std::to_string(count));
 }

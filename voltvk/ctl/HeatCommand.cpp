@@ -31,6 +31,10 @@ Json describe(const VolumeRecord& volume, const std::vector<RememberedChunk>& ch
     list.push_back(
         {{"number", chunk.number}, {"heat", chunk.heat}, {"ssd", chunk.ssd}, {"dirty", chunk.dirty}});
   }
+  Json laidOnSsd = Json::array();
+  for (const Extent& laid : volume.laidOnSsd) {
+    laidOnSsd.push_back({{"first", laid.first}, {"chunks", laid.chunks}});
+  }
   return {
       {"number", volume.id},
       {"name", volume.name},
@@ -40,6 +44,7 @@ Json describe(const VolumeRecord& volume, const std::vector<RememberedChunk>& ch
       {"totalChunks", total.chunks},
       {"hddChunks", volume.hddChunks},
       {"ssdChunks", volume.ssdChunks},
+      {"laidOnSsd", std::move(laidOnSsd)},
       {"chunksOnSsd", total.onSsd},
       {"dirtyChunks", total.dirty},
       {"threshold", map.threshold()},

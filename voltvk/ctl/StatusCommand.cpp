@@ -2,6 +2,7 @@
 #include "voltvk/ctl/Commands.h"
 #include "voltvk/ctl/IsoTime.h"
 #include "voltvk/engine/contract/Faults.h"
+#include "voltvk/engine/contract/Findings.h"
 #include "voltvk/engine/contract/LastRefusal.h"
 #include "voltvk/engine/contract/Operation.h"
 #include "voltvk/engine/contract/State.h"
@@ -9,15 +10,40 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdlib>
+
 namespace voltvk::ctl {
 
+std::shared_ptr<State> Context::anyState() const {
+  if (isDryRun) {
+    ::setenv("VOLTVK_DRY_RUN", "1", 1);
+  }
+  return State::forProcess();
+}
+
 std::shared_ptr<State> Context::state() const {
-  std::shared_ptr<State> state = State::forProcess();
+  std::shared_ptr<State> state = anyState();
   const std::string error = state->openError();
   if (!error.empty()) {
     throw Refusal(TVK_NO_DRIVER, error);
   }
   return state;
+}
+
+void Context::report(Json document, const std::string& text) const {
+  const std::shared_ptr<State> current = state();
+  if (!current->isDryRun()) {
+    output.write(document, text);
+    return;
+  }
+  const std::vector<std::string> steps = current->rehearsedSteps();
+  std::string shown = "dry run, nothing was changed; otherwise:\n" + text;
+  for (const std::string& step : steps) {
+    shown += "\n- " + step;
+  }
+  document["dryRun"] = true;
+  document["steps"] = steps;
+  output.write(document, shown);
 }
 
 namespace {
@@ -80,12 +106,40 @@ std::string textOf(const Json& refusal) {
   return detail.empty() ? text : text + ": " + detail;
 }
 
+Json describe(const std::vector<Finding>& findings) {
+  Json list = Json::array();
+  for (const Finding& finding : findings) {
+    list.push_back(
+        {{"object", finding.object},
+         {"kind", finding.kind},
+         {"severity", finding.severity == Finding::Severity::Failed ? "failed" : "degraded"},
+         {"cause", finding.cause},
+         {"remedy", finding.remedy}});
+  }
+  return list;
+}
+
+/** The findings below each other; but for the driver, of which the reason of the status tells. */
+std::string textOf(const std::vector<Json>& findings) {
+  std::string text;
+  for (const Json& finding : findings) {
+    if (finding.at("kind") == "driver") {
+      continue;
+    }
+    text += text.empty() ? "" : "\n" + std::string(10, ' ');
+    text += finding.at("object").get<std::string>() + ": " + finding.at("cause").get<std::string>() + "; " +
+            finding.at("remedy").get<std::string>();
+  }
+  return text;
+}
+
 Json describe(State& state) {
   Json status = {{"state", state.path()}, {"driver", "available"}, {"reason", nullptr}};
   const std::string error = state.openError();
   if (!error.empty()) {
     status["driver"] = "not available";
     status["reason"] = error;
+    status["findings"] = describe(findingsOf(state));
     return status;
   }
   const std::shared_ptr<const Snapshot> snapshot = state.snapshot();
@@ -108,7 +162,17 @@ Json describe(State& state) {
       status["refusal"] = describe(*refusal);
     }
   });
+  status["findings"] = describe(findingsOf(state));
   return status;
+}
+
+std::string textOf(const std::string& name, const Json& value) {
+  if (value.is_string()) {
+    return value.get<std::string>();
+  }
+  return name == "refusal"    ? textOf(value)
+         : name == "findings" ? textOf(value.get<std::vector<Json>>())
+                              : value.dump();
 }
 
 }  // namespace
@@ -121,14 +185,12 @@ void addStatusCommand(CLI::App& app, Context& context) {
     for (const auto& [name, value] : document.items()) {
       if (name == "internalPools") {
         text += value == 0 ? "" : " and " + value.dump() + " internal";
-      } else if (!value.is_null()) {
+      } else if (const std::string shown = value.is_null() ? "" : textOf(name, value); !shown.empty()) {
         text += text.empty() ? "" : "\n";
         text += name;
         text += ':';
         text.append(9 - name.size(), ' ');
-        text += value.is_string()   ? value.get<std::string>()
-                : value.is_object() ? textOf(value)
-                                    : value.dump();
+        text += shown;
       }
     }
     context.output.write(document, text);

@@ -2,8 +2,10 @@
 #include "text/Size.h"
 #include "voltvk/ctl/Commands.h"
 #include "voltvk/ctl/HeatLegend.h"
+#include "voltvk/ctl/LongWork.h"
 #include "voltvk/ctl/Volumes.h"
 #include "voltvk/engine/contract/State.h"
+#include "voltvk/engine/contract/StorageGrowth.h"
 #include "voltvk/engine/contract/VolumeUpkeep.h"
 #include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Health.h"
@@ -13,27 +15,37 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <array>
-#include <csignal>
-#include <iostream>
-
-#include <unistd.h>
+#include <optional>
 
 namespace voltvk::ctl {
 
-VolumeRecord findVolume(Connection& connection, const std::string& wanted) {
-  const std::vector<VolumeRecord> volumes = SnapshotReader(connection).configuration().volumes;
-  auto found = std::find_if(volumes.begin(), volumes.end(), [&](const VolumeRecord& volume) {
-    return std::to_string(volume.id) == wanted;
+namespace {
+
+/** The record with an identifier or else a name. */
+template <typename Record>
+Record
+find(const std::vector<Record>& records, const std::string& wanted, TvkStatus otherwise, const char* noun) {
+  auto found = std::find_if(records.begin(), records.end(), [&](const Record& record) {
+    return std::to_string(record.id) == wanted;
   });
-  if (found == volumes.end()) {
+  if (found == records.end()) {
     found = std::find_if(
-        volumes.begin(), volumes.end(), [&](const VolumeRecord& volume) { return volume.name == wanted; });
+        records.begin(), records.end(), [&](const Record& record) { return record.name == wanted; });
   }
-  if (found == volumes.end()) {
-    throw Refusal(TVK_NO_SUCH_VOLUME, "there is no volume '" + wanted + "'; give the name or number of one");
-  }
+  require(found != records.end(), otherwise, [&] {
+    return "there is no " + std::string(noun) + " '" + wanted + "'; give the name or number of one";
+  });
   return *found;
+}
+
+}  // namespace
+
+VolumeRecord findVolume(Connection& connection, const std::string& wanted) {
+  return find(SnapshotReader(connection).configuration().volumes, wanted, TVK_NO_SUCH_VOLUME, "volume");
+}
+
+PoolRecord findPool(Connection& connection, const std::string& wanted) {
+  return find(SnapshotReader(connection).configuration().pools, wanted, TVK_NO_SUCH_POOL, "pool");
 }
 
 namespace {
@@ -81,48 +93,51 @@ Json listVolumes(State& state) {
   return list;
 }
 
-/** Set by the signal that ends a flush early. */
-volatile std::sig_atomic_t interrupted = 0;
-
-/** While it exists, Ctrl-C and a request to end are kept for the flush, which then ends in order. */
-class InterruptGuard {
-public:
-  InterruptGuard() {
-    interrupted = 0;
-    m_before = {std::signal(SIGINT, remember), std::signal(SIGTERM, remember)};
-  }
-  ~InterruptGuard() {
-    std::signal(SIGINT, m_before[0]);
-    std::signal(SIGTERM, m_before[1]);
-  }
-  InterruptGuard(const InterruptGuard&) = delete;
-  InterruptGuard& operator=(const InterruptGuard&) = delete;
-
-private:
-  static void remember(int /*signal*/) { interrupted = 1; }
-
-  std::array<void (*)(int), 2> m_before{};
-};
-
 void flush(const std::string& wanted, const Context& context) {
   const std::shared_ptr<State> state = context.state();
   VolumeRecord volume;
   state->read([&](Connection& connection) { volume = findVolume(connection, wanted); });
-  const bool showsProgress = ::isatty(STDERR_FILENO) == 1;
-  const InterruptGuard guard;
+  LongWork work;
   VolumeUpkeep(*state).flush(volume.id, [&](std::uint64_t dirty) {
-    if (showsProgress) {
-      std::cerr << '\r' << volume.name << ": " << counted(dirty, "block") << " left \033[K" << std::flush;
-    }
-    return interrupted == 0;
+    return work.goesOn(volume.name + ": " + counted(dirty, "block") + " left");
   });
-  if (showsProgress) {
-    std::cerr << "\r\033[K" << std::flush;
-  }
-  const bool isWhole = interrupted == 0;
-  context.output.write(
+  const bool isWhole = !work.isInterrupted();
+  context.report(
       {{"volume", volume.name}, {"id", volume.id}, {"complete", isWhole}},
       "volume " + volume.name + (isWhole ? ": the cache is written back" : ": ended early"));
+}
+
+struct GrowOptions {
+  std::string volume;
+  std::string size;
+  std::string pool;
+};
+
+void grow(const GrowOptions& options, const Context& context) {
+  const std::shared_ptr<State> state = context.state();
+  VolumeGrowth wanted;
+  if (options.size == "max") {
+    wanted.percent = 100;
+  } else if (const std::optional<unsigned> share = tvp::text::percentage(options.size)) {
+    wanted.percent = *share;
+  } else {
+    wanted.sectors = tvp::text::parseSectors(options.size);
+  }
+  VolumeRecord volume;
+  const auto find = [&](Connection& connection) { volume = findVolume(connection, options.volume); };
+  state->read([&](Connection& connection) {
+    find(connection);
+    if (!options.pool.empty()) {
+      wanted.pool = findPool(connection, options.pool).id;
+    }
+  });
+  const std::uint64_t before = volume.capacitySectors();
+  StorageGrowth(*state).growVolume(volume.id, wanted);
+  state->read(find);
+  const std::uint64_t after = volume.capacitySectors();
+  context.report(
+      {{"volume", volume.name}, {"id", volume.id}, {"previousSectors", before}, {"sectors", after}},
+      nameOf(volume) + ": made larger, from " + sizeText(before) + " to " + sizeText(after));
 }
 
 }  // namespace
@@ -132,13 +147,24 @@ std::string devicePathOf(State& state, const VolumeRecord& volume) {
 }
 
 void addVolumeCommands(CLI::App& app, Context& context) {
-  CLI::App* volume = app.add_subcommand("volume", "List volumes, write back their caches");
+  CLI::App* volume = app.add_subcommand("volume", "List volumes, write back their caches, make them larger");
   volume->require_subcommand(1);
   auto flushed = std::make_shared<std::string>();
   CLI::App* flushing =
       volume->add_subcommand("flush", "Write back the cache of a volume; Ctrl-C ends it early");
   flushing->add_option("VOLUME", *flushed, "Name or number of the volume")->required();
   flushing->callback([flushed, &context] { flush(*flushed, context); });
+  auto grown = std::make_shared<GrowOptions>();
+  CLI::App* growing = volume->add_subcommand("grow", "Make a volume larger, while it is in use");
+  growing->add_option("VOLUME", grown->volume, "Name or number of the volume")->required();
+  growing
+      ->add_option(
+          "SIZE", grown->size,
+          "Size that it is to have, such as 100GiB; max: with all the room of its pool; "
+          "25%: with that share of the room")
+      ->required();
+  growing->add_option("--pool", grown->pool, "Pool to grow on (default: that of hard disks, if it has one)");
+  growing->callback([grown, &context] { grow(*grown, context); });
   volume->add_subcommand("list", "List the volumes with their parts, pools and devices")
       ->callback([&context] {
         context.output.writeList(

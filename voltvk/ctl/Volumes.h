@@ -20,6 +20,9 @@ namespace voltvk::ctl {
  */
 VolumeRecord findVolume(Connection& connection, const std::string& wanted);
 
+/** The same for a pool. @throws Refusal TVK_NO_SUCH_POOL */
+PoolRecord findPool(Connection& connection, const std::string& wanted);
+
 /** The device node of a volume, to be formatted and mounted; empty if it has none. */
 std::string devicePathOf(State& state, const VolumeRecord& volume);
 

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "terminal/StandardStreams.h"
 #include "text/Utf8.h"
 #include "voltvk/ctl/Commands.h"
 
@@ -36,15 +37,19 @@ int run(int count, char** arguments) {
   app.fallthrough();  // -o is understood behind every command
   app.add_option("-o,--output", context.output.format, "Output format (default table)")
       ->check(CLI::IsMember({"table", "json"}));
+  app.add_flag(
+      "-n,--dry-run", context.isDryRun, "Change nothing: show what a command would do, or why it is refused");
   addStatusCommand(app, context);
   addDriveCommands(app, context);
   addFaultCommands(app, context);
   addIoCommand(app, context);
   addPolicyCommands(app, context);
+  addPoolCommands(app, context);
   addVolumeCommands(app, context);
   addHeatCommand(app, context);
   addEventsCommand(app, context);
   addBackingCommands(app, context);
+  addBackupCommands(app, context);
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& success) {
@@ -65,6 +70,7 @@ int run(int count, char** arguments) {
 }  // namespace
 
 int main(int count, char** arguments) {
+  tvp::terminal::takeClosedStreams();
   try {
     return run(count, arguments);
   } catch (const std::invalid_argument& error) {

@@ -22,6 +22,7 @@ VolumeRecord volumeOf(TvkVolumeType type, std::uint64_t hddChunks, std::uint64_t
   volume.hddChunks = hddChunks;
   volume.ssdChunks = ssdChunks;
   volume.knob = TVK_KNOB_NORMAL;
+  volume.layAsNew();
   return volume;
 }
 

@@ -197,10 +197,11 @@ TEST_F(LvmGroups, DifferInWhatAnAdministratorIsTold) {
   struct Case {
     std::function<void(nlohmann::json&)> change;
     std::vector<std::string> sentences;
+    std::size_t contradictions = 0;  ///< of them, those of a configuration of another time
   };
   const std::string volume = "volume 4 (" + tieredVolume().name + ") ";
   const std::vector<Case> cases = {
-      {[](auto& one) { one["vg"][0]["vg_tags"] = ""; }, {"the volume group tvp belongs to somebody else"}},
+      {[](auto& one) { one["vg"][0]["vg_tags"] = ""; }, {"the volume group tvp belongs to somebody else"}, 1},
       {[](auto& one) { one["pv"][1]["pv_name"] = "[unknown]"; },
        {"drive 1 (/dev/sdb) of pool 1 (p1) is missing"}},
       {[](auto& one) { one["pv"][1]["pv_missing"] = "missing"; },
@@ -210,18 +211,32 @@ TEST_F(LvmGroups, DifferInWhatAnAdministratorIsTold) {
         "/dev/sdc is in the volume group tvp without belonging to a pool",
         volume +
             "cannot be compared: the logical volume tvp/vol4 uses /dev/sdc:0-7, which is not where chunks of "
-            "a pool are; see `voltvkctl check`"}},
+            "a pool are; see `voltvkctl check`"},
+       2},
+      {[](auto& one) { one["pv"][2]["pv_name"] = "/dev/sdx"; },
+       {"drive 2 (/dev/sdc) of pool 2 (p2) is /dev/sdx in the volume group tvp"},
+       1},
+      {[](auto& one) {
+         one["pv"].push_back(one["pv"][1]);
+         one["pv"][3]["pv_name"] = "/dev/sdd";
+         one["pv"][3]["pv_uuid"] = "D";
+       },
+       {"/dev/sdd has the marks of pool 1 (p1), which does not have it"},
+       1},
       {[](auto& one) { one["lv"][0]["lv_active"] = ""; }, {volume + "is not active"}},
       {[](auto& one) { one["lv"][0]["lv_health_status"] = "partial"; },
        {volume + "lacks a drive that is missing"}},
       {[](auto& one) { one["lv"][0]["lv_tags"] = "tvp.volume=4"; },
-       {volume + "has other marks than the state: its name, description, size or knob"}},
+       {volume + "has other marks than the state: its name, description, size or knob"},
+       1},
       {[](auto& one) { one["lv"][0]["lv_tags"] = "tvp.volume=5"; },
        {volume + "has no logical volume tvp/vol4",
-        "the logical volume tvp/vol4 has the marks of volume 5, which the state does not have"}},
+        "the logical volume tvp/vol4 has the marks of volume 5, which the state does not have"},
+       2},
       {[](auto& one) { one["lv"][0]["lv_tags"] = "other"; },
        {volume + "has no logical volume tvp/vol4",
-        "the logical volume tvp/vol4 belongs to somebody else and is left alone"}},
+        "the logical volume tvp/vol4 belongs to somebody else and is left alone"},
+       1},
       {[](auto& one) { one["pvseg"][0]["pvseg_start"] = "4"; },
        {volume + "has chunks elsewhere than the state says"}},
       {[](auto& one) { one["seg"][0]["cache_policy"] = "cleaner"; },
@@ -230,6 +245,7 @@ TEST_F(LvmGroups, DifferInWhatAnAdministratorIsTold) {
     nlohmann::json changed = report();
     one.change(changed[0]);
     EXPECT_EQ(differencesBetween(m_configuration, group(changed)), one.sentences);
+    EXPECT_EQ(contradictionsBetween(m_configuration, group(changed)).size(), one.contradictions);
   }
   EXPECT_EQ(differencesBetween(m_configuration, LvmGroup::parse({}, "tvp")).size(), 4U);
 }

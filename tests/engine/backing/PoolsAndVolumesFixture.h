@@ -5,6 +5,7 @@
 #include "engine/EngineFixture.h"
 #include "engine/backing/TestedBacking.h"
 #include "voltvk/engine/contract/BackingAdministration.h"
+#include "voltvk/engine/contract/StorageGrowth.h"
 #include "voltvk/engine/contract/VolumeUpkeep.h"
 
 #include <gmock/gmock.h>
@@ -119,6 +120,27 @@ protected:
 
   static voltvk::RoundResult runRound(std::uint32_t volume, bool dryRun = false) {
     return voltvk::VolumeUpkeep(*state()).runRound(volume, dryRun);
+  }
+
+  /** What growing is answered with, as if it were an operation of the contract. */
+  static Ret grow(const std::function<void(voltvk::StorageGrowth&)>& work) {
+    try {
+      voltvk::StorageGrowth growth(*state());
+      work(growth);
+      return Ret();
+    } catch (const voltvk::Refusal& refusal) {
+      return Ret(refusal.status(), refusal.what());
+    }
+  }
+  static Ret growVolume(std::uint32_t id, const voltvk::VolumeGrowth& wanted) {
+    return grow([&](voltvk::StorageGrowth& growth) { growth.growVolume(id, wanted); });
+  }
+  static Ret addDriveTo(std::uint32_t pool, std::uint16_t drive) {
+    return grow([&](voltvk::StorageGrowth& growth) { growth.addDrive(pool, drive); });
+  }
+  static Ret replaceDrive(
+      std::uint32_t pool, std::uint16_t from, std::uint16_t to, const voltvk::MoveProgress& progress = {}) {
+    return grow([&](voltvk::StorageGrowth& growth) { growth.replaceDrive(pool, {from, to}, progress); });
   }
 
   d_ioctl_user_stat statistics(std::uint32_t volume) const {

@@ -146,6 +146,18 @@ TEST_F(PoolsAndVolumes, AreNotChangedByARefusal) {
       {library.flushVirtualVolume(data), TVK_NOT_CACHED},
       {library.resetVirtualVolumeStats(9), TVK_NO_SUCH_VOLUME},
       {knob(4), TVK_INVALID_KNOB},
+      {addDriveTo(9, 1), TVK_NO_SUCH_POOL},
+      {addDriveTo(slow, 9), TVK_NO_SUCH_DEVICE},
+      {addDriveTo(slow, 2), TVK_DEVICE_IN_USE},
+      {addDriveTo(slow, 3), TVK_DEVICE_KINDS_MIXED},
+      {replaceDrive(slow, 0, 0), TVK_DEVICE_IN_USE},
+      {replaceDrive(slow, 0, 3), TVK_DEVICE_KINDS_MIXED},
+      {replaceDrive(slow, 2, 1), TVK_NO_SUCH_DEVICE},
+      {growVolume(9, {300 * MIB}), TVK_NO_SUCH_VOLUME},
+      {growVolume(data, {199 * MIB}), TVK_INVALID_CAPACITY},
+      {growVolume(data, {200 * MIB}), TVK_INVALID_CAPACITY},
+      {growVolume(data, {401 * MIB}), TVK_NOT_ENOUGH_SPACE},
+      {growVolume(data, {300 * MIB, 0, 9}), TVK_NO_SUCH_POOL},
   };
   for (const auto& [ret, status] : refusals) {
     EXPECT_EQ(ret.getReturn(), status) << ret.getDetail();
@@ -205,6 +217,72 @@ TEST_F(PoolsAndVolumes, KeepTheirContentsWhileHotChunksMoveToSsds) {
     }
     newEvents();
   }
+}
+
+TEST_F(PoolsAndVolumes, GrowWithWhatTheyHold) {
+  const std::uint32_t slow = createPool(poolSpec("slow", {0}, 300 * MIB));
+  const std::uint32_t fast = createPool(poolSpec("fast", {2}, 200 * MIB, TVK_TIER_SSD));
+  const std::uint32_t data =
+      createVolume(volumeSpec("data", TVK_VOLUME_TIERED, {{slow, 100 * MIB}, {fast, 20 * MIB}}));
+  const std::uint32_t mail =
+      createVolume(volumeSpec("mail", TVK_VOLUME_CACHED, {{slow, 40 * MIB}, {fast, 20 * MIB}}));
+  m_backing->fill(data, 120);
+  m_backing->fill(mail, 40);
+  newEvents();
+  const auto expectDone = [](const Ret& ret) { EXPECT_EQ(ret.getReturn(), TVK_OK) << ret.getDetail(); };
+  expectDone(addDriveTo(slow, 1));
+  expectDone(growVolume(data, {150 * MIB}));
+  expectDone(growVolume(mail, {60 * MIB - 1}));
+  expectDone(growVolume(data, {160 * MIB, 0, fast}));
+  EXPECT_EQ(growVolume(mail, {90 * MIB, 0, fast}).getReturn(), TVK_POOL_KINDS_CONFLICT) << "its cache";
+  const std::string whole = std::to_string(300 + usableMib());
+  EXPECT_THAT(poolTexts(), ElementsAre("slow " + whole + " 190 2 2", "fast 200 50 1 2"));
+  EXPECT_THAT(volumeTexts(), ElementsAre("data 1 160 fast:30 slow:130", "mail 2 60 fast:20 slow:60"));
+  EXPECT_THAT(differences(), IsEmpty());
+  EXPECT_TRUE(m_backing->isFilled(data, 120));
+  EXPECT_TRUE(m_backing->isFilled(mail, 40));
+
+  // What was added is used like the rest: here are 30 MiB on hard disks, and 10 on SSDs behind them.
+  m_backing->fill(data, 160);
+  adapter().resetVirtualVolumeStats(data);
+  for (const std::uint64_t chunk : {99U, 119U, 120U, 149U, 150U, 159U}) {
+    m_backing->read(data, chunk, 8);
+  }
+  expectReads(data, 48, 24);
+  EXPECT_EQ(runRound(data).promoted, 3U);
+  EXPECT_TRUE(m_backing->isFilled(data, 160));
+  EXPECT_THAT(differences(), IsEmpty());
+  newEvents();
+
+  if (m_backing->isReal()) {
+    // Interrupted before anything is moved, and in the middle.
+    const Ret unbegun = replaceDrive(fast, 2, 3, [](auto...) { return false; });
+    EXPECT_EQ(unbegun.getReturn(), TVK_BACKING_FAILED);
+    EXPECT_THAT(
+        unbegun.getDetail(), testing::HasSubstr("before anything was moved: pool 2 (fast) is as before"));
+    EXPECT_THAT(differences(), IsEmpty());
+    EXPECT_EQ(
+        replaceDrive(fast, 2, 3, [](auto moved, auto) { return moved == 0; }).getReturn(),
+        TVK_BACKING_FAILED);
+    EXPECT_THAT(differences(), testing::Not(IsEmpty()));
+    EXPECT_EQ(voltvk::BackingAdministration(*state()).check(true).repairs.size(), 1U);
+  } else {
+    expectDone(replaceDrive(fast, 2, 3));
+  }
+  expectDone(growVolume(data, {0, 10, fast}));
+  expectDone(growVolume(data, {0, 100, fast}));
+  EXPECT_EQ(growVolume(data, {0, 100, fast}).getReturn(), TVK_NOT_ENOUGH_SPACE);
+  EXPECT_THAT(volumeTexts(), ElementsAre("data 1 310 fast:180 slow:130", "mail 2 60 fast:20 slow:60"));
+  EXPECT_THAT(
+      newEvents(), ElementsAre(
+                       "20E Drive [" + std::string(drives()[2]->getDeviceName()) +
+                           "] of pool [fast] was replaced by [" + drives()[3]->getDeviceName() + "]",
+                       "410 Volume [data] has grown from [160 MiB] to [175 MiB]",
+                       "410 Volume [data] has grown from [175 MiB] to [310 MiB]"));
+  EXPECT_FALSE(drives()[2]->isUsed());
+  EXPECT_TRUE(m_backing->isFilled(data, 160));
+  EXPECT_TRUE(m_backing->isFilled(mail, 40));
+  EXPECT_THAT(differences(), IsEmpty());
 }
 
 }  // namespace

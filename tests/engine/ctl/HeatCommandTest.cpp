@@ -142,6 +142,7 @@ TEST_F(HeatCommandTest, JsonHasEveryRememberedChunk) {
                                   {"totalChunks", 12},
                                   {"hddChunks", 9},
                                   {"ssdChunks", 3},
+                                  {"laidOnSsd", {{{"first", 9}, {"chunks", 3}}}},
                                   {"chunksOnSsd", 3},
                                   {"dirtyChunks", 0},
                                   {"threshold", 4},

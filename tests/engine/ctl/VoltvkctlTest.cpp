@@ -2,6 +2,7 @@
 // The command voltvkctl.
 #include "engine/ctl/VoltvkctlFixture.h"
 
+#include <filesystem>
 #include <regex>
 
 using namespace tvp::test;
@@ -55,6 +56,150 @@ TEST_F(VoltvkctlTest, WrongUsageAndFailuresAreExplainedInOneLine) {
   }
 }
 
+TEST_F(VoltvkctlTest, PoolsAndVolumesGrow) {
+  for (const TvkDeviceType type : {TVK_DEVICE_HDD, TVK_DEVICE_HDD, TVK_DEVICE_HDD, TVK_DEVICE_SSD}) {
+    addDrive(type, 1000 * MIB);
+  }
+  createPool(poolSpec("slow", {0}, 1000 * MIB));
+  createVolume(volumeSpec("data", TVK_VOLUME_TIERED, {{1, 900 * MIB}}));
+  EXPECT_EQ(
+      text({"pool", "add-drive", "slow", "/dev/tvk1"}),
+      "drive 1 (/dev/tvk1) added to pool 1 (slow), which has 1.95 GiB (4096000 sectors) now\n");
+  EXPECT_EQ(json({"pool", "replace-drive", "1", "0", "2"})["replacement"], 2);
+  EXPECT_EQ(
+      text({"volume", "grow", "data", "1000MiB"}),
+      "volume 1 (data): made larger, from 900 MiB to 1000 MiB\n");
+  EXPECT_EQ(json({"volume", "grow", "1", "50%"})["sectors"], 1500 * MIB);
+  EXPECT_EQ(json({"volume", "grow", "data", "max", "--pool", "slow"})["sectors"], 2000 * MIB);
+  const std::vector<std::pair<std::vector<std::string>, const char*>> refused = {
+      {{"volume", "grow", "data", "1G"}, "more than the 1 GiB asked for; a volume cannot be made smaller"},
+      {{"volume", "grow", "data", "101%"}, "'101%' cannot be read"},
+      {{"volume", "grow", "data", "max"}, "add a drive to it"},
+      {{"pool", "add-drive", "slow", "3"}, "is an SSD"},
+      {{"pool", "add-drive", "slow", "9"}, "no drive '9'"},
+      {{"pool", "replace-drive", "gold", "2", "1"}, "no pool 'gold'"},
+  };
+  execute("UPDATE drive SET present = 0 WHERE number = 1");
+  EXPECT_NE(ctl({"pool", "add-drive", "slow", "0"}).err.find("slow) is degraded"), std::string::npos);
+  EXPECT_EQ(json({"pool", "replace-drive", "slow", "1", "0"})["replacement"], 0) << "nothing is stored on it";
+  for (const auto& [arguments, message] : refused) {
+    const CommandResult result = ctl(arguments);
+    EXPECT_NE(result.exitStatus, 0);
+    EXPECT_NE(result.err.find(message), std::string::npos) << result.err;
+  }
+}
+
+/**
+ * What there is in a directory, but for what SQLite shares with others; by another process, since closing a
+ * file here would give up the locks that this one has on it.
+ */
+std::string contentsOf(const std::string& directory) {
+  const char* const script = "cd \"$1\" && ls -R && for file in $(ls | grep -v shm); do stat -c '%n %a %y' "
+                             "$file; cksum <$file; done";
+  return Command({"/bin/sh", "-c", script, "sh", directory}).run().out;
+}
+
+TEST_F(VoltvkctlTest, DryRunsShowWhatWouldBeAndChangeNothing) {
+  addDrive(TVK_DEVICE_HDD, 1000 * MIB);
+  addDrive(TVK_DEVICE_HDD, 1000 * MIB);
+  createPool(poolSpec("slow", {0}, 1000 * MIB));
+  createVolume(volumeSpec("data", TVK_VOLUME_TIERED, {{1, 900 * MIB}}));
+  const std::string added =
+      "drive 1 (/dev/tvk1) added to pool 1 (slow), which has 1.95 GiB (4096000 sectors) now\n";
+  const TemporaryDirectory temporary;
+  const auto dryRun = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {TVP_BINARY_DIR "/bin/voltvkctl", "-n"});
+    return Command(arguments).with("TMPDIR", temporary.path()).run();
+  };
+  // In use by this process, then by nobody, then left behind by one that was killed, then not there.
+  for (const std::string users : {"one", "none", "killed", "no state"}) {
+    SCOPED_TRACE(users);
+    if (users != "one") {
+      m_lib.reset();
+    }
+    if (users == "killed") {
+      m_directory.write("state.db-wal", "x");
+    }
+    if (users == "no state") {
+      Command({"/bin/sh", "-c", "rm $VOLTVK_STATE*"}).run();
+    }
+    const std::string before = contentsOf(m_directory.path());
+    if (users == "no state") {
+      EXPECT_EQ(
+          dryRun({"drive", "add", "--type", "ssd", "--size", "1G"}).out,
+          "dry run, nothing was changed; otherwise:\n0\n");
+    } else {
+      EXPECT_EQ(
+          dryRun({"pool", "add-drive", "slow", "1"}).out,
+          "dry run, nothing was changed; otherwise:\n" + added);
+      EXPECT_EQ(dryRun({"drive", "remove", "1"}).exitStatus, 0);
+      EXPECT_EQ(dryRun({"policy", "stop"}).exitStatus, 0);
+      const CommandResult refused = dryRun({"drive", "remove", "0"});
+      EXPECT_EQ(refused.exitStatus, 1);
+      EXPECT_NE(refused.err.find("pool slow"), std::string::npos) << refused.err;
+    }
+    EXPECT_EQ(contentsOf(m_directory.path()), before);
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
+  }
+}
+
+TEST_F(VoltvkctlTest, ADryRunShowsTheStepsOfRealVolumesWithoutTheVolumeManager) {
+  addDrive(TVK_DEVICE_HDD, 1000 * MIB);
+  createPool(poolSpec("slow", {0}, 1000 * MIB));
+  createVolume(volumeSpec("data", TVK_VOLUME_TIERED, {{1, 900 * MIB}}));
+  execute("UPDATE backing SET kind = 2");
+  const std::string called = m_directory.file("called");
+  m_directory.write("lvm", "#!/bin/sh\necho \"$@\" >>" + called + "\n");
+  std::filesystem::permissions(m_directory.file("lvm"), std::filesystem::perms::owner_all);
+  const CommandResult result = Command({std::string(TVP_BINARY_DIR) + "/bin/voltvkctl", "-n", "volume",
+                                        "grow", "data", "max", "-o", "json"})
+                                   .with("VOLTVK_LVM", m_directory.file("lvm"))
+                                   .run();
+  const Json document = Json::parse(result.out);
+  EXPECT_EQ(document["dryRun"], true);
+  EXPECT_EQ(document["steps"], Json::array({"extend volume 1 (data) to 1000 MiB of pool 1 (slow)"}));
+  EXPECT_FALSE(std::filesystem::exists(called));
+  EXPECT_FALSE(std::filesystem::exists(m_directory.file("state.db-changes")));
+  EXPECT_EQ(Storage::rows("SELECT hdd_chunks FROM volume"), "900|\n");
+  execute("UPDATE backing SET kind = 1");
+}
+
+TEST_F(VoltvkctlTest, AnotherBackingIsChosenWhenTheLastChangeIsSettled) {
+  execute("INSERT INTO intent(step, object, drives) VALUES(1, 1, '0 ')");
+  EXPECT_EQ(json({"status"})["findings"][0]["kind"], "changes");
+  text({"backing", "books"});
+  EXPECT_EQ(json({"status"})["findings"], Json::array());
+}
+
+TEST_F(VoltvkctlTest, CompletionsNameWhatFits) {
+  for (const TvkDeviceType type : {TVK_DEVICE_HDD, TVK_DEVICE_HDD, TVK_DEVICE_HDD, TVK_DEVICE_SSD}) {
+    addDrive(type, 100 * MIB);
+  }
+  createPool(poolSpec("slow", {0, 2}, 100 * MIB));
+  createPool(poolSpec("fast", {3}, 100 * MIB, TVK_TIER_SSD));
+  createVolume(volumeSpec("data", TVK_VOLUME_TIERED, {{1, 50 * MIB}}));
+  const std::vector<std::pair<std::vector<std::string>, const char*>> cases = {
+      {{"heat", ""}, "data\n"},
+      {{"-o", "json", "volume", "grow", "d"}, "data\n"},
+      {{"volume", "--output=json", "flush", "x"}, ""},
+      {{"volume", "grow", "data", "max", "--pool", ""}, "slow\nfast\n"},
+      {{"volume", "grow", "--pool", "f"}, "fast\n"},
+      {{"volume", "grow", "--pool", "fast", ""}, "data\n"},
+      {{"heat", "-o", ""}, ""},
+      {{"-n", "drive", "remove", ""}, "0\n1\n2\n3\n"},
+      {{"-n", "pool", "add-drive", "s"}, "slow\n"},
+      {{"--dry-run", "pool", "add-drive", "slow", ""}, "1\n"},
+      {{"pool", "replace-drive", ""}, "slow\nfast\n"},
+      {{"pool", "replace-drive", "slow", ""}, "0\n2\n"},
+      {{"pool", "replace-drive", "2", ""}, "3\n"},
+      {{"pool", "replace-drive", "slow", "0", ""}, "1\n"},
+  };
+  for (std::pair<std::vector<std::string>, const char*> one : cases) {
+    one.first.insert(one.first.begin(), "__complete");
+    EXPECT_EQ(text(one.first), one.second) << testing::PrintToString(one.first);
+  }
+}
+
 TEST_F(VoltvkctlTest, OutputThatCannotBeWrittenIsAFailure) {
   for (const std::string words : {"--help", "status", "drive list"}) {
     const CommandResult full =
@@ -90,10 +235,25 @@ TEST_F(VoltvkctlTest, DrivesAreAddedListedAndRemovedWithTheirEvents) {
 }
 
 TEST_F(VoltvkctlTest, StatusShowsWhatIsWrongWithDrives) {
-  createPool(poolSpec("pool", {addDrive(TVK_DEVICE_HDD, 10 * MIB)}, 10 * MIB));
+  addDrive(TVK_DEVICE_HDD, 10 * MIB);
+  addDrive(TVK_DEVICE_HDD, 10 * MIB);
+  createPool(poolSpec("pool", {0, 1}, 20 * MIB));
+  createVolume(volumeSpec("data", TVK_VOLUME_TIERED, {{1, 5 * MIB}}));
   EXPECT_EQ(text({"status"}).find("trouble"), std::string::npos);
-  execute("UPDATE drive SET present = 0");
+  execute("UPDATE drive SET present = 0 WHERE number = 0");
   EXPECT_NE(text({"status"}).find("trouble:  drive 0 (/dev/tvk0) is missing\n"), std::string::npos);
+  // With real drives, another one can take its place only if nothing is stored on it.
+  const auto remedy = [&](const char* sql) {
+    execute(sql);
+    return json({"status"})["findings"][0]["remedy"].get<std::string>();
+  };
+  EXPECT_NE(
+      remedy("UPDATE backing SET kind = 1").find("`voltvkctl pool replace-drive 1 0 DRIVE`"),
+      std::string::npos);
+  EXPECT_NE(remedy("UPDATE backing SET kind = 2").find("`voltvkctl check --repair`"), std::string::npos);
+  EXPECT_NE(
+      remedy("UPDATE drive SET present = 1 - number").find("`voltvkctl pool replace-drive 1 1 DRIVE`"),
+      std::string::npos);
 }
 
 TEST_F(VoltvkctlTest, StatusSaysWhyThereIsNoDriver) {
@@ -109,6 +269,8 @@ TEST_F(VoltvkctlTest, StatusSaysWhyThereIsNoDriver) {
     return Json::parse(result.out);
   };
   EXPECT_NE(failure()["reason"].get<std::string>().find("fault clear"), std::string::npos);
+  EXPECT_EQ(failure()["findings"][0]["kind"], "driver");
+  EXPECT_EQ(ctl({"status"}).out.find("findings"), std::string::npos) << "the reason is there already";
   m_lib.reset();
   m_directory.write(
       "state.db", "this is not a database, whatever its name says: it is a text of some length. "

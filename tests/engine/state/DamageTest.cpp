@@ -199,7 +199,8 @@ TEST_F(DamageTest, IsNamedForAPerson) {
     m_lib = std::make_unique<TvkLib>();
     const std::string error = m_lib->getOpenError();
     EXPECT_NE(error.find("cannot be used (" + std::string(one.said)), std::string::npos) << error;
-    EXPECT_NE(error.find("); restore it from a backup"), std::string::npos) << error;
+    EXPECT_NE(error.find("); move it and the files beside it away, then restore a backup"), std::string::npos)
+        << error;
     EXPECT_FALSE(drives().isReadable());
     m_lib.reset();
   }

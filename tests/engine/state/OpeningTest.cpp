@@ -126,7 +126,10 @@ TEST_F(OpeningTest, OnlyAFileThatWasLeftOpenIsReadWhole) {
     m_lib.reset();
   }
   const std::string error = openError();
-  EXPECT_NE(error.find("is damaged; restore it from a backup"), std::string::npos) << error;
+  EXPECT_NE(
+      error.find("is damaged; move it and the files beside it away, then restore a backup"),
+      std::string::npos)
+      << error;
   m_lib.reset();
   fs::remove(m_path + "-wal");
   write(bytes);

@@ -295,10 +295,10 @@ TEST_F(StateFileTest, DamageFoundWhileItIsUsedIsSaidInTheDatabasesOwnWords) {
   const Ret ret = m_lib->refreshConfiguration();
   EXPECT_EQ(ret.getReturn(), TVK_NO_DRIVER);
   EXPECT_EQ(
-      ret.getDetail(), "the state file " + m_path +
-                           " cannot be used (malformed database schema (volume) - invalid rootpage); restore "
-                           "it from a backup, or move "
-                           "it away to start with an empty one");
+      ret.getDetail(),
+      "the state file " + m_path +
+          " cannot be used (malformed database schema (volume) - invalid rootpage); move "
+          "it and the files beside it away, then restore a backup or start with an empty one");
 }
 
 TEST_F(StateFileTest, TheLastRefusalIsLostRatherThanWaitedFor) {

@@ -44,6 +44,7 @@ TEST_F(UpgradeTest, KeepsEverything) {
   EXPECT_EQ(statistics.readIoCount + statistics.ssdWriteIoCount, 27U);
   EXPECT_EQ(Storage::rows("SELECT heat || ' ' || ssd FROM chunk WHERE volume = 7 AND number = 4"), "9 1|\n");
   EXPECT_EQ(Storage::rows("SELECT group_concat(name) FROM sqlite_master WHERE name LIKE 'old%'"), "-|\n");
+  EXPECT_EQ(Storage::rows("SELECT volume, chunks FROM laid_on_ssd"), "7|20|\n");
   EXPECT_EQ(addDrive(TVK_DEVICE_HDD, 10 * MIB), 2U);
   EXPECT_EQ(createPool(poolSpec("new", {2}, 10 * MIB)), 4U)
       << "the number of the deleted pool is not given again";
@@ -68,7 +69,8 @@ TEST_F(UpgradeTest, LeavesADamagedStateAsItIs) {
     open(damage);
     const std::string error = m_lib->getOpenError();
     EXPECT_NE(error.find("earlier version and cannot be converted ("), std::string::npos) << error;
-    EXPECT_NE(error.find("; restore it from a backup"), std::string::npos) << error;
+    EXPECT_NE(error.find("; move it and the files beside it away, then restore a backup"), std::string::npos)
+        << error;
     m_lib.reset();
     sqlite3* handle = nullptr;
     ASSERT_EQ(sqlite3_open(m_path.c_str(), &handle), SQLITE_OK);

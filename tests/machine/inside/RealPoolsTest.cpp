@@ -2,6 +2,7 @@
 // What only real pools and volumes have to withstand, as seen through the contract and its programs.
 #include "engine/backing/PoolsAndVolumesFixture.h"
 #include "machine/inside/Shell.h"
+#include "voltvk/engine/contract/StateBackups.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/Intents.h"
 
@@ -129,8 +130,32 @@ TEST_F(RealPools, AreFoundOnTheDrivesWhenTheStateIsLost) {
   EXPECT_TRUE(m_backing->isFilled(1, 44));
 }
 
+TEST_F(RealPools, AreFoundOnTheDrivesAfterTheyHaveGrown) {
+  createVolumes();
+  ASSERT_EQ(growVolume(1, {54 * MIB}).getReturn(), TVK_OK);
+  ASSERT_EQ(growVolume(1, {58 * MIB, 0, 2}).getReturn(), TVK_OK);
+  m_backing->fill(1, 58);
+  const std::vector<std::string> before = volumeTexts();
+  reopen([&] { shell("rm " + m_state + "*"); });
+  voltvk::BackingAdministration administration(*state());
+  administration.choose({voltvk::BackingKind::Lvm, "tvp"});
+  administration.recover();
+  EXPECT_EQ(volumeTexts(), before);
+  EXPECT_THAT(differences(), IsEmpty());
+  // Of what was added, 10 MiB are on the hard disk and 4 MiB behind them on SSDs.
+  adapter().resetVirtualVolumeStats(1);
+  m_backing->read(1, 45, 9);
+  m_backing->read(1, 55, 9);
+  expectReads(1, 18, 9);
+  EXPECT_EQ(runRound(1).promoted, 1U);
+  EXPECT_EQ(volumeTexts(), before);
+  EXPECT_THAT(differences(), IsEmpty());
+  EXPECT_TRUE(m_backing->isFilled(1, 58));
+}
+
 TEST_F(RealPools, AreNewerThanAStateFromABackup) {
   createVolumes();
+  createVolume(volumeSpec("grown", TVK_VOLUME_TIERED, {{1, 10 * MIB}}));
   reopen([&] {
     shell("cp " + m_state + " " + m_state + ".backup");
     // Made while volume 1 was being deleted, say, which did not happen then.
@@ -139,6 +164,8 @@ TEST_F(RealPools, AreNewerThanAStateFromABackup) {
   });
   ASSERT_EQ(adapter().deleteVirtualVolume(2).getReturn(), TVK_OK);
   createVolume(volumeSpec("newer", TVK_VOLUME_TIERED, {{1, 10 * MIB}}));
+  EXPECT_EQ(growVolume(3, {20 * MIB}).getReturn(), TVK_OK);
+  EXPECT_EQ(addDriveTo(1, 1).getReturn(), TVK_OK);
   m_backing->read(1, 9, 9);
   EXPECT_EQ(runRound(1).promoted, 1U);
   reopen([&] {
@@ -147,18 +174,61 @@ TEST_F(RealPools, AreNewerThanAStateFromABackup) {
         m_state);
   });
   const std::vector<std::string> found = differences();
-  for (const char* missing : {"volume 1 (data) has chunks elsewhere", "tvp/vol2", "tvp/vol3"}) {
+  for (const char* missing :
+       {"volume 1 (data) has chunks elsewhere", "tvp/vol2", "tvp/vol4", "volume 3 (grown) has other marks",
+        "/dev/sdb has the marks of pool 1 (slow \xC3\xA4), which does not have it"}) {
     EXPECT_THAT(found, Contains(HasSubstr(missing)));
   }
   // The number of a volume that is made now is that of the newer one.
   VirtualVolumeSpec spec = volumeSpec("another", TVK_VOLUME_TIERED, {{1, 10 * MIB}});
   EXPECT_EQ(adapter().createVirtualVolume(spec).getReturn(), TVK_BACKING_FAILED);
-  EXPECT_THAT(shell("lvm lvs --noheadings -o lv_name tvp"), HasSubstr("vol3"));
+  EXPECT_THAT(shell("lvm lvs --noheadings -o lv_name tvp"), HasSubstr("vol4"));
   const voltvk::BackingReport report = voltvk::BackingAdministration(*state()).check(true);
   EXPECT_THAT(report.repairs, Contains(HasSubstr("where the chunks of volume")));
+  EXPECT_THAT(report.repairs, testing::Not(Contains(HasSubstr("description")))) << "there was none to write";
   EXPECT_THAT(report.differences, testing::Not(Contains(HasSubstr("volume 1 (data)"))));
+  for (const char* grown : {"pool 1 (slow \xC3\xA4) has another size", "volume 3 (grown) has another size"}) {
+    EXPECT_THAT(report.differences, Contains(HasSubstr(grown)));
+  }
   EXPECT_TRUE(m_backing->isFilled(1, 44));
   reopen([&] { shell("rm -f " + m_state + " " + m_state + "-*; mv " + m_state + ".new " + m_state); });
+  EXPECT_THAT(differences(), IsEmpty()) << "an older state changes nothing on the drives";
+}
+
+TEST_F(RealPools, AreRestoredFromABackupThatMatchesTheDrives) {
+  createVolumes();
+  const std::string backup = m_directory.file("backup");
+  voltvk::StateBackups(*state()).make(backup, "1", false);
+  m_backing->read(1, 9, 9);
+  ASSERT_EQ(runRound(1).promoted, 1U);
+  const std::string before = configuration();
+  reopen([&] {
+    shell("rm " + m_state + "*");
+    const voltvk::BackupOutcome trial = voltvk::StateBackups(*state()).restore(backup, true);
+    EXPECT_THAT(trial.notes, Contains(HasSubstr("volume 1 (data) has chunks elsewhere")));
+    EXPECT_EQ(shell("test -e " + m_state), "(status 1)");
+    const voltvk::BackupOutcome outcome = voltvk::StateBackups(*state()).restore(backup, false);
+    EXPECT_THAT(
+        outcome.notes, testing::ElementsAre(HasSubstr("where the chunks of volume 1 (data) are now")));
+  });
+  EXPECT_EQ(configuration(), before);
+  EXPECT_THAT(differences(), IsEmpty());
+  EXPECT_TRUE(m_backing->isFilled(1, 44));
+
+  // What is newer than the backup is told by the marks on the drives.
+  VirtualVolumeSpec renamed = volumeSpec("renamed", 0, {});
+  EXPECT_EQ(adapter().modifyVirtualVolume(2, renamed).getReturn(), TVK_OK);
+  createVolume(volumeSpec("newer", TVK_VOLUME_TIERED, {{1, 10 * MIB}}));
+  const std::string after = configuration();
+  try {
+    voltvk::StateBackups(*state()).restore(backup, false);
+    FAIL() << "restored";
+  } catch (const voltvk::Refusal& refusal) {
+    EXPECT_THAT(
+        refusal.what(), HasSubstr("does not match what is on the drives: volume 2 (mail) has other marks"));
+    EXPECT_THAT(refusal.what(), HasSubstr("and 1 more difference; "));
+  }
+  EXPECT_EQ(configuration(), after);
 }
 
 }  // namespace

@@ -1,169 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // The real backing on the drives of the emulated machine: what it makes, moves and removes, and what it
 // leaves alone. Refuses to run anywhere else.
-#include "machine/inside/Shell.h"
-#include "voltvk/VirtualPool.h"
-#include "voltvk/VirtualVolume.h"
-#include "voltvk/engine/backing/lvm/LvmBacking.h"
-#include "voltvk/engine/state/FileDescriptor.h"
-#include "voltvk/engine/state/Refusal.h"
+#include "machine/inside/RealVolumesFixture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <fstream>
-#include <iterator>
-#include <sstream>
-
-#include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 namespace voltvk {
 namespace {
 
-using testing::AllOf;
-using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using tvp::test::isEmulatedMachine;
 using tvp::test::shell;
-
-constexpr std::size_t MIB = 1048576;
-constexpr std::uint64_t MIB_SECTORS = 2048;
-
-/** The status with which a step is refused; TVK_OK if it is not. */
-template <typename Step>
-TvkStatus statusOf(const Step& step, std::string* sentence = nullptr) {
-  try {
-    step();
-    return TVK_OK;
-  } catch (const Refusal& refusal) {
-    if (sentence != nullptr) {
-      *sentence = refusal.what();
-    }
-    return refusal.status();
-  }
-}
-
-std::string text(const std::vector<VolumeExtentRecord>& layout) {
-  std::string result;
-  for (const VolumeExtentRecord& part : layout) {
-    result += std::to_string(part.pool) + ":" + std::to_string(part.extent.first) + "+" +
-              std::to_string(part.extent.chunks) + " ";
-  }
-  return result;
-}
-
-class RealVolumes : public testing::Test {
-protected:
-  void SetUp() override {
-    ASSERT_TRUE(isEmulatedMachine()) << "this test writes to drives; run it with tests/machine/run";
-    for (std::uint16_t number = 0; number < 4; ++number) {
-      DriveRecord drive;
-      drive.number = number;
-      drive.name = std::string("/dev/sd") + static_cast<char>('a' + number);
-      drive.type = number < 2 ? 1 : 2;
-      std::ifstream("/sys/class/block/" + drive.name.substr(5) + "/size") >> drive.sectors;
-      m_configuration.drives.push_back(drive);
-    }
-  }
-
-  void TearDown() override {
-    for (const VolumeRecord& volume : m_configuration.volumes) {
-      EXPECT_EQ(statusOf([&] { m_backing.removeVolume(volume.id); }), TVK_OK);
-    }
-    for (const PoolRecord& pool : m_configuration.pools) {
-      EXPECT_EQ(statusOf([&] { m_backing.removePool(pool, m_configuration); }), TVK_OK);
-    }
-    EXPECT_EQ(shell("blkid -p /dev/sd[abcd]"), "(status 2)") << shell("lvm pvs -a; lvm lvs -a tvp");
-  }
-
-  PoolRecord pool(
-      std::uint32_t id, std::uint64_t chunkMib, const std::vector<std::uint16_t>& drives,
-      std::uint64_t chunks) {
-    PoolRecord made;
-    made.id = id;
-    made.name = "pool \xC3\xA4 " + std::to_string(id);
-    made.tierLevel = drives.front() < 2 ? TVK_TIER_HDD : TVK_TIER_SSD;
-    made.chunkSectors = chunkMib * MIB_SECTORS;
-    made.chunks = chunks * drives.size() - 4;
-    for (const std::uint16_t drive : drives) {
-      made.members.push_back({drive, chunks});
-    }
-    m_configuration.pools.push_back(made);
-    return made;
-  }
-
-  VolumeRecord volume(
-      std::uint32_t id, std::uint8_t type, std::uint64_t chunkMib, std::uint64_t hdd, std::uint64_t ssd,
-      const std::vector<VolumeExtentRecord>& extents) {
-    VolumeRecord made;
-    made.id = id;
-    made.name = "volume " + std::to_string(id);
-    made.type = type;
-    made.knob = TVK_KNOB_NORMAL;
-    made.deviceNumber = 1;
-    made.chunkSectors = chunkMib * MIB_SECTORS;
-    made.hddChunks = hdd;
-    made.ssdChunks = ssd;
-    made.extents = extents;
-    m_configuration.volumes.push_back(made);
-    return made;
-  }
-
-  void makePools() {
-    for (const PoolRecord& one : m_configuration.pools) {
-      m_backing.makePool(one, m_configuration);
-    }
-  }
-
-  /** Writes something else to each MiB of a volume. */
-  void fill(std::uint32_t id) {
-    const FileDescriptor device(open(m_backing.devicePath(id).c_str(), O_WRONLY));
-    std::vector<char> block(MIB);
-    for (std::size_t index = 0; index < sizeOf(id); ++index) {
-      mark(block, id, index);
-      ASSERT_EQ(pwrite(device.get(), block.data(), MIB, static_cast<off_t>(index * MIB)), MIB);
-    }
-    ASSERT_EQ(fsync(device.get()), 0);
-  }
-
-  void expectFilled(std::uint32_t id) {
-    const FileDescriptor device(open(m_backing.devicePath(id).c_str(), O_RDONLY));
-    ioctl(device.get(), BLKFLSBUF);
-    std::vector<char> block(MIB);
-    std::vector<char> expected(MIB);
-    for (std::size_t index = 0; index < sizeOf(id); ++index) {
-      mark(expected, id, index);
-      ASSERT_EQ(pread(device.get(), block.data(), MIB, static_cast<off_t>(index * MIB)), MIB);
-      ASSERT_EQ(block == expected, true) << "MiB " << index;
-    }
-  }
-
-  std::size_t sizeOf(std::uint32_t id) const {
-    for (const VolumeRecord& one : m_configuration.volumes) {
-      if (one.id == id) {
-        return one.capacitySectors() / MIB_SECTORS;
-      }
-    }
-    return 0;
-  }
-
-  static void mark(std::vector<char>& block, std::uint32_t id, std::size_t index) {
-    for (std::size_t i = 0; i < block.size(); ++i) {
-      block[i] = static_cast<char>(i / 512 + 31 * index + std::size_t{7} * id);
-    }
-  }
-
-  std::string layout(const VolumeRecord& one) { return text(m_backing.layout(one, m_configuration)); }
-
-  Configuration m_configuration;
-  LvmBacking m_backing{"tvp"};
-};
 
 TEST_F(RealVolumes, AreMadeChangedComparedRecoveredAndRemoved) {
   EXPECT_EQ(statusOf([&] { m_backing.requireUsable(); }), TVK_OK);
@@ -370,55 +218,6 @@ TEST_F(RealVolumes, LeaveAloneWhatBelongsToSomebodyElse) {
   EXPECT_THAT(sentence, HasSubstr("tvp/theirs is on its drive /dev/sda"));
   EXPECT_EQ(shell("lvm lvs --noheadings -o lv_name tvp"), "  theirs\n  vol2  \n");
   shell("lvm lvremove -y tvp/theirs tvp/vol2");
-}
-
-TEST_F(RealVolumes, AreRemovedThoughADriveIsDead) {
-  pool(1, 1, {0}, 100);
-  pool(2, 1, {3}, 100);
-  pool(3, 1, {1}, 100);
-  makePools();
-  const VolumeRecord tiered = volume(1, TVK_VOLUME_TIERED, 1, 20, 20, {{1, {0, 20}}, {2, {0, 20}}});
-  const VolumeRecord cached = volume(2, TVK_VOLUME_CACHED, 1, 64, 40, {{1, {30, 64}}, {2, {30, 40}}});
-  m_backing.makeVolume(tiered, m_configuration);
-  m_backing.makeVolume(cached, m_configuration);
-  fill(1);
-  const std::string address = shell("basename $(readlink -f /sys/block/sdd/device)");
-  const auto die = [] { shell("echo 1 > /sys/block/sdd/device/delete"); };
-  const auto comeBack = [&] {
-    std::string numbers = address.substr(address.find(':') + 1);
-    std::replace(numbers.begin(), numbers.end(), ':', ' ');
-    shell(
-        "echo '" + numbers.substr(0, numbers.find('\n')) + "' > /sys/class/scsi_host/host" +
-        address.substr(0, address.find(':')) +
-        "/scan; for i in $(seq 100); do [ -b /dev/sdd ] && break; sleep 0.1; done");
-  };
-  // A drive that comes back is used again, also after the group was changed without it.
-  shell("lvm vgchange -an tvp");
-  die();
-  m_backing.activate();
-  EXPECT_EQ(m_backing.differences(m_configuration).size(), 3U);
-  shell("lvm lvchange --addtag other tvp/vol1");
-  comeBack();
-  EXPECT_THAT(m_backing.differences(m_configuration), Each(AllOf(HasSubstr("missing"))));
-  m_backing.activate();
-  EXPECT_THAT(m_backing.differences(m_configuration), IsEmpty());
-  expectFilled(1);
-  // One that does not is dropped with its pool.
-  die();
-  std::string sentence;
-  EXPECT_EQ(
-      statusOf([&] { m_backing.removePool(m_configuration.pools[1], m_configuration); }), TVK_BACKING_FAILED);
-  EXPECT_EQ(
-      statusOf([&] { m_backing.removePool(m_configuration.pools[2], m_configuration); }, &sentence),
-      TVK_BACKING_FAILED);
-  EXPECT_THAT(sentence, HasSubstr("while PVs are missing"));
-  m_backing.removeVolume(1);
-  m_backing.removeVolume(2);
-  m_backing.removePool(m_configuration.pools[1], m_configuration);
-  EXPECT_EQ(shell("lvm lvs --noheadings -a tvp"), "");
-  EXPECT_EQ(m_backing.differences(m_configuration).size(), 3U);
-  comeBack();
-  shell("wipefs -a /dev/sdd");
 }
 
 }  // namespace

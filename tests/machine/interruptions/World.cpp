@@ -8,7 +8,9 @@
 #include "voltvk/engine/changes/VolumeChanges.h"
 #include "voltvk/engine/contract/BackingAdministration.h"
 #include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/contract/StorageGrowth.h"
 #include "voltvk/engine/drives/DriveClaim.h"
+#include "voltvk/engine/state/FindById.h"
 
 #include <algorithm>
 #include <array>
@@ -147,6 +149,36 @@ void World::describe(Thing thing, const std::string& suffix) {
       false);
 }
 
+void World::extend() {
+  voltvk::StorageGrowth(m_state).addDrive(idOf(SLOW), numberOf(configuration(), "/dev/sdb"));
+}
+
+void World::grow() {
+  voltvk::StorageGrowth(m_state).growVolume(idOf(TIERED), {HDD_SECTORS + SSD_SECTORS + 8 * MIB});
+}
+
+void World::replace() {
+  const voltvk::Configuration now = configuration();
+  voltvk::StorageGrowth(m_state).replaceDrive(
+      idOf(SLOW), {numberOf(now, "/dev/sda"), numberOf(now, "/dev/sdb")}, {});
+}
+
+bool World::isAsMade(Thing thing) {
+  const voltvk::Configuration now = configuration();
+  const auto* pool = voltvk::findById(now.pools, idOf(thing));
+  const auto* volume = voltvk::findById(now.volumes, idOf(thing));
+  switch (thing) {
+  case FAST:
+    return pool->members.size() == 2;
+  case SLOW:
+    return pool->members.size() == 1 && pool->members.front().drive == numberOf(now, "/dev/sda");
+  case TIERED:
+    return volume->capacitySectors() == HDD_SECTORS + SSD_SECTORS;
+  default:
+    return volume->capacitySectors() == CACHED_SECTORS;
+  }
+}
+
 void World::heat() {
   if (!has(TIERED)) {
     return;
@@ -163,8 +195,11 @@ void World::heat() {
 }
 
 void World::become(unsigned int things) {
+  const bool isAsBefore =
+      std::all_of(THINGS.begin(), THINGS.end(), [&](Thing thing) { return !has(thing) || isAsMade(thing); });
+  const unsigned int kept = isAsBefore ? things : 0;
   for (auto thing = THINGS.rbegin(); thing != THINGS.rend(); ++thing) {
-    if ((things & *thing) == 0 && has(*thing)) {
+    if ((kept & *thing) == 0 && has(*thing)) {
       remove(*thing);
     }
   }
@@ -192,8 +227,11 @@ std::string World::text() {
   std::ostringstream text;
   const voltvk::Configuration now = configuration();
   for (const voltvk::PoolRecord& pool : now.pools) {
-    text << "pool " << pool.name << " (" << pool.description << ") of " << pool.members.size() << ", "
-         << pool.chunks << "; ";
+    text << "pool " << pool.name << " (" << pool.description << ") of";
+    for (const voltvk::PoolMemberRecord& member : pool.members) {
+      text << " " << member.drive;
+    }
+    text << ", " << pool.chunks << "; ";
   }
   for (const voltvk::VolumeRecord& volume : now.volumes) {
     text << "volume " << volume.name << " (" << volume.description << ") of " << volume.hddChunks << "+"
@@ -273,16 +311,17 @@ void World::compareDrives(std::vector<std::string>& found) {
 void World::forContents(std::uint32_t volumeId, bool write, std::vector<std::string>& found) {
   const std::string node = m_state.backing()->devicePath(volumeId);
   const voltvk::FileDescriptor device(::open(node.c_str(), (write ? O_WRONLY : O_RDONLY) | O_CLOEXEC));
-  std::uint64_t size = 0;
-  if (!device || ::ioctl(device.get(), BLKGETSIZE64, &size) != 0) {
+  if (!device) {
     found.push_back("volume " + std::to_string(volumeId) + " cannot be opened");
     return;
   }
   ::ioctl(device.get(), BLKFLSBUF);
   constexpr std::uint64_t BLOCK = 1048576;
+  // What a volume has become larger by was never written.
+  const std::uint64_t blocks = (volumeId == idOf(TIERED) ? HDD_SECTORS + SSD_SECTORS : CACHED_SECTORS) / MIB;
   std::vector<std::uint64_t> expected(BLOCK / sizeof(std::uint64_t));
   std::vector<std::uint64_t> actual = expected;
-  for (std::uint64_t index = 0; index < size / BLOCK; ++index) {
+  for (std::uint64_t index = 0; index < blocks; ++index) {
     mark(expected, volumeId, index);
     const auto position = static_cast<off_t>(index * BLOCK);
     const ssize_t done = write ? ::pwrite(device.get(), expected.data(), BLOCK, position)

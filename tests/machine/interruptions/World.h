@@ -30,6 +30,12 @@ public:
   void remove(Thing thing);
   /** Gives it a name and, other than it has, a description. */
   void describe(Thing thing, const std::string& suffix);
+  /** Adds /dev/sdb to the slow pool. */
+  void extend();
+  /** Makes the tiered volume larger. */
+  void grow();
+  /** Replaces /dev/sda of the slow pool by /dev/sdb. */
+  void replace();
   /** Lets the chunks of the tiered volume that are on the hard disk become hot. */
   void heat();
   std::uint32_t idOf(Thing thing);
@@ -50,6 +56,8 @@ public:
 
 private:
   bool has(Thing thing) { return idOf(thing) != 0; }
+  /** Neither larger nor on other drives than make() makes it. */
+  bool isAsMade(Thing thing);
   void compareUsage(std::vector<std::string>& found);
   void compareDrives(std::vector<std::string>& found);
   void forContents(std::uint32_t volumeId, bool write, std::vector<std::string>& found);

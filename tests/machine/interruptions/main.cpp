@@ -27,6 +27,7 @@ struct Scenario {
   const char* name;
   unsigned int things;  ///< what there is before
   std::function<void(World&)> change;
+  bool isResumed = false;  ///< not undone once it has moved something: the next change completes it
 };
 
 void moveChunks(World& world) {
@@ -43,6 +44,9 @@ const std::vector<Scenario> SCENARIOS = {
     {"describe a pool", FAST | SLOW | TIERED, [](World& world) { world.describe(FAST, "er"); }},
     {"describe a volume", FAST | SLOW | TIERED, [](World& world) { world.describe(TIERED, " volume"); }},
     {"move chunks", FAST | SLOW | TIERED, moveChunks},
+    {"add a drive to a pool", FAST | SLOW | TIERED, [](World& world) { world.extend(); }},
+    {"make a tiered volume larger", FAST | SLOW | TIERED, [](World& world) { world.grow(); }},
+    {"replace a drive", FAST | SLOW | TIERED, [](World& world) { world.replace(); }, true},
     {"make a cached volume", FAST | SLOW | TIERED, [](World& world) { world.make(CACHED); }},
     {"flush a cached volume", FAST | SLOW | TIERED | CACHED,
      [](World& world) { voltvk::VolumeUpkeep(world.state()).flush(world.idOf(CACHED)); }},
@@ -54,10 +58,9 @@ const std::vector<Scenario> SCENARIOS = {
 
 /** The steps at which an interruption is most delicate: scenario, verb. */
 const std::vector<std::pair<std::string, std::string>> SOME = {
-    {"make a pool of two drives", "vgcreate"},
-    {"move chunks", "pvmove"},
-    {"make a cached volume", "lvconvert"},
-    {"delete a cached volume", "lvremove"},
+    {"make a pool of two drives", "vgcreate"},   {"move chunks", "pvmove"},
+    {"make a tiered volume larger", "lvextend"}, {"replace a drive", "pvmove"},
+    {"make a cached volume", "lvconvert"},       {"delete a cached volume", "lvremove"},
 };
 
 /** What the refusal of a change says, by the kind of the interruption. */
@@ -175,8 +178,12 @@ private:
           complaints.push_back("the refusal is: " + ending.refusal);
         }
       }
+      if (scenario().isResumed) {
+        world.settle(false);
+      }
       const bool isAsBefore = world.text() == m_now.before;
-      if (!isAsBefore && (world.text() != m_now.after || !ending.refusal.empty())) {
+      const bool isDone = world.text() == m_now.after && (ending.refusal.empty() || scenario().isResumed);
+      if (!isAsBefore && !isDone) {
         complaints.push_back("there is " + world.text());
       }
       if (!done.cutsPower() && !ending.wasReached) {

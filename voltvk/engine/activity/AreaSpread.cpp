@@ -37,8 +37,11 @@ public:
   void add(const AreaCounters& area) {
     const std::uint64_t end = area.firstChunk + area.chunks;
     Touches others = before(area, end);
-    Touches othersOnSsd = others;
-    othersOnSsd -= before(area, m_volume.hddChunks);
+    Touches othersOnSsd;
+    for (const Extent& laid : m_volume.laidOnSsd) {
+      othersOnSsd += before(area, laid.first + laid.chunks);
+      othersOnSsd -= before(area, laid.first);
+    }
     m_result.onSsd += othersOnSsd;
     auto known = m_known.lower_bound(area.firstChunk);
     for (std::uint64_t chunk = area.firstChunk; chunk < end; ++chunk) {

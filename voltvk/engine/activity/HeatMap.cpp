@@ -18,9 +18,14 @@ std::uint64_t sumOf(std::uint64_t a, std::uint64_t b) {
   return a > most - b ? most : a + b;
 }
 
-/** The first of a volume's chunks that were laid on the SSD pool; those of a cache are copies. */
-std::uint64_t firstOnSsd(const VolumeRecord& volume) {
-  return volume.isCached() ? volume.capacityChunks() : volume.hddChunks;
+/** How many of some consecutive chunks of a volume are laid on the SSD pool; those of a cache are copies. */
+std::uint64_t laidOnSsd(const VolumeRecord& volume, std::uint64_t first, std::uint64_t chunks) {
+  std::uint64_t sum = 0;
+  for (const Extent& laid : volume.laidOnSsd) {
+    sum += std::clamp(laid.first + laid.chunks, first, first + chunks) -
+           std::clamp(laid.first, first, first + chunks);
+  }
+  return sum;
 }
 
 }  // namespace
@@ -70,20 +75,18 @@ HeatMap::HeatMap(VolumeRecord volume, const std::vector<RememberedChunk>& chunks
 
 void HeatMap::layOut() {
   const std::uint64_t capacity = m_volume.capacityChunks();
-  const std::uint64_t ssd = firstOnSsd(m_volume);
   for (std::uint64_t first = 0; first < capacity; first += m_chunksPerCell) {
     HeatCell cell;
     cell.first = first;
     cell.chunks = std::min(m_chunksPerCell, capacity - first);
-    cell.onSsd = first + cell.chunks - std::clamp(ssd, first, first + cell.chunks);
+    cell.onSsd = laidOnSsd(m_volume, first, cell.chunks);
     m_cells.push_back(cell);
   }
 }
 
 void HeatMap::add(const RememberedChunk& chunk) {
   HeatCell& cell = m_cells.at(chunk.number / m_chunksPerCell);
-  const bool laidOnSsd = chunk.number >= firstOnSsd(m_volume);
-  cell.onSsd = cell.onSsd - (laidOnSsd ? 1 : 0) + (chunk.ssd ? 1 : 0);
+  cell.onSsd = cell.onSsd - (m_volume.wasLaidOnSsd(chunk.number) ? 1 : 0) + (chunk.ssd ? 1 : 0);
   const bool hot = chunk.heat >= threshold();
   HeatCell added;
   added.hot = hot ? 1 : 0;

@@ -4,6 +4,7 @@
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/EventJournal.h"
 #include "voltvk/engine/state/FindById.h"
+#include "voltvk/engine/state/LaidOnSsd.h"
 #include "voltvk/engine/state/PolicyLimits.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
@@ -81,8 +82,8 @@ void PolicyEngine::age(const VolumeRecord& volume) {
   Statement(m_connection, "UPDATE chunk SET heat = heat / 2 WHERE volume = ? AND heat > 0", volume.id).run();
   // A cold chunk in its original place needs no row.
   Statement(
-      m_connection, "DELETE FROM chunk WHERE volume = ? AND heat = 0 AND ssd = (? = 0 AND number >= ?)",
-      volume.id, volume.isCached(), volume.hddChunks)
+      m_connection, "DELETE FROM chunk WHERE volume = ? AND heat = 0 AND ssd = " + std::string(LAID_ON_SSD),
+      volume.id)
       .run();
 }
 
@@ -103,20 +104,19 @@ std::vector<PolicyEngine::Candidate> PolicyEngine::hottest(const VolumeRecord& v
 std::vector<PolicyEngine::Candidate>
 PolicyEngine::unusedOnSsd(const VolumeRecord& volume, std::size_t count) {
   std::vector<Candidate> chunks;
-  if (volume.isCached()) {
-    return chunks;
-  }
   // The gaps between the rows: chunks that were originally placed on the SSD pool and never used.
-  std::uint64_t next = volume.hddChunks;
-  Statement rows(
-      m_connection, "SELECT number FROM chunk WHERE volume = ? AND number >= ? ORDER BY number", volume.id,
-      volume.hddChunks);
-  while (chunks.size() < count && next < volume.capacityChunks()) {
-    const std::uint64_t used = rows.step() ? rows.unsignedInteger(0) : volume.capacityChunks();
-    for (; next < used && chunks.size() < count; ++next) {
-      chunks.push_back({next, 0});
+  for (const Extent& laid : volume.laidOnSsd) {
+    const std::uint64_t end = laid.first + laid.chunks;
+    Statement rows(
+        m_connection,
+        "SELECT number FROM chunk WHERE volume = ? AND number >= ? AND number < ? ORDER BY number", volume.id,
+        laid.first, end);
+    for (std::uint64_t next = laid.first; chunks.size() < count && next < end; ++next) {
+      const std::uint64_t used = rows.step() ? rows.unsignedInteger(0) : end;
+      for (; next < used && chunks.size() < count; ++next) {
+        chunks.push_back({next, 0});
+      }
     }
-    next = used + 1;
   }
   return chunks;
 }
@@ -139,8 +139,9 @@ std::uint64_t PolicyEngine::freeSsdChunks(const VolumeRecord& volume) {
   Statement row(
       m_connection,
       "SELECT count(*) FILTER (WHERE ssd = 1 AND NOT laid), count(*) FILTER (WHERE ssd = 0 AND laid)"
-      " FROM (SELECT ssd, ?2 = 0 AND number >= ?3 AS laid FROM chunk WHERE volume = ?1)",
-      volume.id, volume.isCached(), volume.hddChunks);
+      " FROM (SELECT ssd, " +
+          std::string(LAID_ON_SSD) + " AS laid FROM chunk WHERE volume = ?1)",
+      volume.id);
   row.step();
   const std::uint64_t left = row.unsignedInteger(1) + (volume.isCached() ? volume.ssdChunks : 0);
   return left - std::min(left, row.unsignedInteger(0));

@@ -2,6 +2,7 @@
 #include "voltvk/engine/activity/TouchRecorder.h"
 
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/LaidOnSsd.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Statement.h"
 
@@ -72,9 +73,9 @@ bool TouchRecorder::forgetColdest(Connection& connection) const {
   Statement(
       connection,
       "DELETE FROM chunk WHERE volume = ?1 AND number IN (SELECT number FROM chunk WHERE volume = ?1"
-      " AND ssd = (?2 = 0 AND number >= ?3) ORDER BY heat, number DESC LIMIT ?4)",
-      m_volume.id, m_volume.isCached(), m_volume.hddChunks,
-      std::min<std::uint64_t>(rows - REMEMBERED_CHUNKS, CHUNKS_PER_STEP))
+      " AND ssd = " +
+          std::string(LAID_ON_SSD) + " ORDER BY heat, number DESC LIMIT ?2)",
+      m_volume.id, std::min<std::uint64_t>(rows - REMEMBERED_CHUNKS, CHUNKS_PER_STEP))
       .run();
   return connection.changes() > 0;
 }

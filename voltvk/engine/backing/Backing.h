@@ -16,8 +16,21 @@
 
 namespace voltvk {
 
+/** The progress of moving chunks from one drive to another, in sectors. @return whether to go on */
+using MoveProgress = std::function<bool(std::uint64_t moved, std::uint64_t total)>;
+
 /** The progress of a flush: blocks that have still to be written back. @return whether to go on */
 using FlushProgress = std::function<bool(std::uint64_t dirtyBlocks)>;
+
+/** Follows the name of a pool or volume among the differences of a backing: what is recorded beside its data
+ * is not what the configuration says. */
+constexpr const char* OTHER_MARKS = "has other marks than the state: ";
+
+/** A drive of a pool, and one that takes its place. */
+struct DriveExchange {
+  std::uint16_t from = 0;
+  std::uint16_t to = 0;
+};
 
 /**
  * Where the chunks of pools and volumes really are. The rules, the state and the events do not know which
@@ -52,10 +65,11 @@ public:
 
   /**
    * Looks whether what is to be made exists already, before any of it is made or, if that fails, removed.
+   * @param configuration contains the drives of the steps
    * @throws Refusal TVK_BACKING_FAILED if a pool or volume has the number of one that is to be made: the
    * state is older than what is on the drives
    */
-  virtual void requireUnknown(const std::vector<Intent>& steps) = 0;
+  virtual void requireUnknown(const std::vector<Intent>& steps, const Configuration& configuration) = 0;
 
   /**
    * Claims the drives of a pool. @param configuration contains the pool and its drives
@@ -64,14 +78,42 @@ public:
   virtual void makePool(const PoolRecord& pool, const Configuration& configuration) = 0;
   /** Releases the drives of a pool, also those that were claimed in part. @param configuration as above */
   virtual void removePool(const PoolRecord& pool, const Configuration& configuration) = 0;
-  /** Records a changed name or description beside the data. */
-  virtual void describePool(const PoolRecord& pool, const Configuration& configuration) = 0;
+  /**
+   * Claims a drive for a pool that exists. @param pool with the drive as its last member
+   * @throws Refusal as makePool
+   */
+  virtual void extendPool(const PoolRecord& pool, const Configuration& configuration) = 0;
+  /** Releases a drive that a pool does not have. @param pool without the drive, which holds nothing of it */
+  virtual void
+  releaseDrive(const PoolRecord& pool, std::uint16_t drive, const Configuration& configuration) = 0;
+  /**
+   * Moves all chunks from one drive to another, to the same places, and releases the first one. Volumes can
+   * be used meanwhile. Goes on where an earlier call ended.
+   * @param pool has the first drive as a member @param progress is called between moves; may be empty
+   * @throws Refusal TVK_BACKING_FAILED also if progress ends it early; what is moved stays where it is
+   */
+  virtual void replaceDrive(
+      const PoolRecord& pool, const DriveExchange& drives, const Configuration& configuration,
+      const MoveProgress& progress) = 0;
+  /** Releases the second drive, unless chunks have been moved to it, or the first one is released already.
+   * @return whether the first drive is the pool's as before */
+  virtual bool undoReplacement(
+      const PoolRecord& pool, const DriveExchange& drives, const Configuration& configuration) = 0;
+  /** Records a changed name or description beside the data. @return whether something else was recorded there
+   */
+  virtual bool describePool(const PoolRecord& pool, const Configuration& configuration) = 0;
 
   /** Makes the block device of a volume. @param configuration contains its pools and their drives */
   virtual void makeVolume(const VolumeRecord& volume, const Configuration& configuration) = 0;
   /** @throws Refusal TVK_VOLUME_OPEN if the volume is mounted or otherwise open */
   virtual void removeVolume(std::uint32_t volumeId) = 0;
-  virtual void describeVolume(const VolumeRecord& volume) = 0;
+  /** The same for a volume. */
+  virtual bool describeVolume(const VolumeRecord& volume) = 0;
+  /**
+   * Makes a volume as large as its record says: adds what is missing at its end, or drops what is behind it.
+   * Everything before that stays as it is, and the volume can be used meanwhile.
+   */
+  virtual void resizeVolume(const VolumeRecord& volume, const Configuration& configuration) = 0;
 
   /**
    * Moves chunks of a tiered volume between its two pools. Contents do not change, and the volume can be used
@@ -99,6 +141,12 @@ public:
 
   /** Differences between the configuration and what there is: one sentence each, in the order of numbers. */
   virtual std::vector<std::string> differences(const Configuration& configuration) = 0;
+
+  /**
+   * Those of the differences that show a configuration of another time or machine: pools, volumes or drives
+   * that only one of both has, or that have other marks. Not what is missing or broken, nor where chunks are.
+   */
+  virtual std::vector<std::string> contradictions(const Configuration& configuration) = 0;
 
   /** The configuration as far as it can be told from the drives alone: drives are matched by device node. */
   virtual Configuration recovered(const std::vector<DriveRecord>& drives) = 0;

@@ -5,6 +5,7 @@
 #include "voltvk/engine/activity/PolicyEngine.h"
 #include "voltvk/engine/changes/RecordWriter.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/LaidOnSsd.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
@@ -70,10 +71,22 @@ bool isSame(const VolumeExtentRecord& a, const VolumeExtentRecord& b) {
 std::vector<std::uint64_t> displacedChunks(
     const VolumeRecord& volume, const std::vector<VolumeExtentRecord>& layout, const PoolsById& pools) {
   std::vector<std::uint64_t> displaced;
+  const auto addAll = [&](std::uint64_t first, std::uint64_t end) {
+    for (; first < end; ++first) {
+      displaced.push_back(first);
+    }
+  };
   const auto add = [&](std::uint64_t first, std::uint64_t end, bool onSsd) {
-    const std::uint64_t last = onSsd ? std::min(end, volume.hddChunks) : end;
-    for (std::uint64_t chunk = onSsd ? first : std::max(first, volume.hddChunks); chunk < last; ++chunk) {
-      displaced.push_back(chunk);
+    for (const Extent& laid : volume.laidOnSsd) {
+      if (onSsd) {
+        addAll(first, std::min(end, laid.first));
+        first = std::max(first, laid.first + laid.chunks);
+      } else {
+        addAll(std::max(first, laid.first), std::min(end, laid.first + laid.chunks));
+      }
+    }
+    if (onSsd) {
+      addAll(first, end);
     }
   };
   std::uint64_t next = 0;     // the first chunk that has not been looked at
@@ -99,8 +112,9 @@ std::vector<std::uint64_t> displacedChunks(
 std::vector<std::uint64_t> recordedAsDisplaced(Connection& connection, const VolumeRecord& volume) {
   std::vector<std::uint64_t> displaced;
   Statement rows(
-      connection, "SELECT number FROM chunk WHERE volume = ? AND ssd <> (number >= ?) ORDER BY number",
-      volume.id, volume.hddChunks);
+      connection,
+      "SELECT number FROM chunk WHERE volume = ? AND ssd <> " + std::string(LAID_ON_SSD) + " ORDER BY number",
+      volume.id);
   while (rows.step()) {
     displaced.push_back(rows.unsignedInteger(0));
   }

@@ -9,6 +9,9 @@
 #include "voltvk/engine/state/EventJournal.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
+#include "voltvk/engine/state/Wording.h"
+
+#include <algorithm>
 
 namespace voltvk {
 
@@ -16,6 +19,14 @@ namespace {
 
 std::string typeArgument(bool internal) {
   return std::to_string(internal ? TVK_POOL_INTERNAL : TVK_POOL_USER);
+}
+
+std::string deviceOf(const Configuration& configuration, std::uint16_t number) {
+  const auto found =
+      std::find_if(configuration.drives.begin(), configuration.drives.end(), [&](const DriveRecord& drive) {
+        return drive.number == number;
+      });
+  return found == configuration.drives.end() ? std::to_string(number) : found->name;
 }
 
 }  // namespace
@@ -70,6 +81,32 @@ void PoolChanges::modify(std::uint32_t poolId, const VirtualPoolSpec& spec) {
         TVK_EVENT_POOL_LEVEL_CHANGED, TVK_EVENT_INFORMATION, "Pool {} has now the tier level {}",
         {name, std::to_string(*change.tierLevel)}, poolId);
   }
+}
+
+void PoolChanges::addDrive(std::uint32_t poolId, std::uint16_t drive) {
+  const Configuration current = SnapshotReader(m_connection).configuration();
+  const PoolRecord grown =
+      PoolRules(current.drives, current.pools, current.volumes, limitsOf(current.backing))
+          .extension(poolId, drive);
+  RecordWriter(m_connection).resize(grown);
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_POOL_DRIVE_ADDED, TVK_EVENT_INFORMATION,
+          "Drive {} was added to pool {}, which has now {}",
+          {deviceOf(current, drive), grown.name, sizeText(grown.chunks * grown.chunkSectors)}, poolId);
+}
+
+void PoolChanges::replaceDrive(
+    std::uint32_t poolId, std::uint16_t from, std::uint16_t to, Contents contents) {
+  const Configuration current = SnapshotReader(m_connection).configuration();
+  const PoolRecord changed =
+      PoolRules(current.drives, current.pools, current.volumes, limitsOf(current.backing))
+          .replacement(poolId, from, to, contents);
+  RecordWriter(m_connection).resize(changed);
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_POOL_DRIVE_REPLACED, TVK_EVENT_INFORMATION, "Drive {} of pool {} was replaced by {}",
+          {deviceOf(current, from), changed.name, deviceOf(current, to)}, poolId);
 }
 
 void PoolChanges::remove(std::uint32_t poolId) {

@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_CHANGES_POOLCHANGES_H
 
 #include "voltvk/Specs.h"
+#include "voltvk/engine/rules/PoolRules.h"
 #include "voltvk/engine/state/Records.h"
 
 #include <cstdint>
@@ -24,6 +25,11 @@ public:
   std::uint32_t create(const VirtualPoolSpec& spec);
   void modify(std::uint32_t poolId, const VirtualPoolSpec& spec);
   void remove(std::uint32_t poolId);
+  /** Adds a free drive, and all the room that it has. */
+  void addDrive(std::uint32_t poolId, std::uint16_t drive);
+  /** Gives the place of a drive to another one. */
+  void replaceDrive(
+      std::uint32_t poolId, std::uint16_t from, std::uint16_t to, Contents contents = Contents::ToBeMoved);
 
   /** Removes an internal pool whose volume has been deleted. */
   void removeInternal(const PoolRecord& pool);

@@ -17,12 +17,23 @@ std::uint32_t RecordWriter::insert(const PoolRecord& pool) {
       " VALUES(nullif(?, 0), ?, ?, ?, ?, ?, ?)",
       pool.id, pool.name, pool.description, pool.tierLevel, pool.chunkSectors, pool.chunks, pool.internal)
       .run();
-  const auto id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
+  PoolRecord made = pool;
+  made.id = static_cast<std::uint32_t>(m_connection.lastInsertedId());
+  writeMembers(made);
+  return made.id;
+}
+
+void RecordWriter::writeMembers(const PoolRecord& pool) {
+  Statement(m_connection, "DELETE FROM pool_member WHERE pool = ?", pool.id).run();
   Statement member(m_connection, "INSERT INTO pool_member(pool, position, drive, chunks) VALUES(?, ?, ?, ?)");
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
-    member.runWith(id, position, pool.members[position].drive, pool.members[position].chunks);
+    member.runWith(pool.id, position, pool.members[position].drive, pool.members[position].chunks);
   }
-  return id;
+}
+
+void RecordWriter::resize(const PoolRecord& pool) {
+  Statement(m_connection, "UPDATE pool SET chunks = ? WHERE id = ?", pool.chunks, pool.id).run();
+  writeMembers(pool);
 }
 
 std::uint16_t RecordWriter::freeDeviceNumber(std::uint32_t volumeId) {
@@ -53,6 +64,7 @@ std::uint32_t RecordWriter::insert(const VolumeRecord& volume) {
   const std::uint16_t device = made.deviceNumber != 0 ? made.deviceNumber : freeDeviceNumber(made.id);
   Statement(m_connection, "UPDATE volume SET device = ? WHERE id = ?", device, made.id).run();
   writeExtents(made);
+  writeLaid(made);
   return made.id;
 }
 
@@ -64,6 +76,23 @@ void RecordWriter::writeExtents(const VolumeRecord& volume) {
     const VolumeExtentRecord& part = volume.extents[position];
     extent.runWith(volume.id, position, part.pool, part.extent.first, part.extent.chunks);
   }
+}
+
+void RecordWriter::writeLaid(const VolumeRecord& volume) {
+  Statement(m_connection, "DELETE FROM laid_on_ssd WHERE volume = ?", volume.id).run();
+  Statement laid(m_connection, "INSERT INTO laid_on_ssd(volume, first, chunks) VALUES(?, ?, ?)");
+  for (const Extent& part : volume.laidOnSsd) {
+    laid.runWith(volume.id, part.first, part.chunks);
+  }
+}
+
+void RecordWriter::resize(const VolumeRecord& volume) {
+  Statement(
+      m_connection, "UPDATE volume SET hdd_chunks = ?, ssd_chunks = ? WHERE id = ?", volume.hddChunks,
+      volume.ssdChunks, volume.id)
+      .run();
+  writeExtents(volume);
+  writeLaid(volume);
 }
 
 }  // namespace voltvk

@@ -120,11 +120,25 @@ void VolumeChanges::modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec
   }
 }
 
+void VolumeChanges::grow(std::uint32_t volumeId, const VolumeGrowth& wanted) {
+  const Configuration current = SnapshotReader(m_connection).configuration();
+  const VolumeRules rules(current.pools, current.volumes);
+  const VolumeRecord grown = rules.growth(volumeId, wanted);
+  rules.checkHealth(grown, Health(current.drives, current.pools, current.volumes));
+  RecordWriter(m_connection).resize(grown);
+  EventJournal(m_connection)
+      .append(
+          TVK_EVENT_VOLUME_GROWN, TVK_EVENT_INFORMATION, "Volume {} has grown from {} to {}",
+          {grown.name, sizeText(rules.volume(volumeId).capacitySectors()), sizeText(grown.capacitySectors())},
+          volumeId);
+}
+
 void VolumeChanges::remove(std::uint32_t volumeId) {
   const VolumeRecord volume = find(volumeId);
   Statement(m_connection, "DELETE FROM chunk WHERE volume = ?", volumeId).run();
   Statement(m_connection, "DELETE FROM kernel_counter WHERE volume = ?", volumeId).run();
   Statement(m_connection, "DELETE FROM volume_extent WHERE volume = ?", volumeId).run();
+  Statement(m_connection, "DELETE FROM laid_on_ssd WHERE volume = ?", volumeId).run();
   Statement(m_connection, "DELETE FROM volume WHERE id = ?", volumeId).run();
   EventJournal(m_connection)
       .append(

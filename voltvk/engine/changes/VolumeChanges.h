@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_CHANGES_VOLUMECHANGES_H
 
 #include "voltvk/Specs.h"
+#include "voltvk/engine/rules/VolumeRules.h"
 #include "voltvk/engine/state/Records.h"
 
 #include <cstdint>
@@ -30,6 +31,9 @@ public:
       const VirtualPoolSpec& ssdPool, VirtualPoolSpec& hddPool, const VirtualVolumeSpec& volume);
 
   void modify(std::uint32_t volumeId, const VirtualVolumeSpec& spec);
+
+  /** Makes a volume larger. */
+  void grow(std::uint32_t volumeId, const VolumeGrowth& wanted);
 
   /** Deletes a volume, and the internal pool that was created for it. */
   void remove(std::uint32_t volumeId);

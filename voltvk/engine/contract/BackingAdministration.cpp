@@ -54,7 +54,8 @@ void BackingAdministration::choose(const BackingChoice& choice) {
   if (choice.isReal()) {
     requireGroupName(choice.group);
   }
-  const BackingLock lock(m_state.path(), State::Clock::now() + BACKING_TIMEOUT);
+  const std::unique_ptr<BackingLock> lock = lockChanges(m_state);
+  settleIntents(m_state, *m_state.backing());  // another backing knows nothing of them
   m_state.read([](Connection& connection) { requireNoPools(connection, "the backing changes"); });
   Backing::of(choice)->requireUsable();
   m_state.change([&](Connection& connection) {
@@ -69,7 +70,7 @@ BackingReport BackingAdministration::check(bool repairs) {
   if (!backing->isReal()) {
     return report;
   }
-  const BackingLock lock(m_state.path(), State::Clock::now() + BACKING_TIMEOUT);
+  const std::unique_ptr<BackingLock> lock = lockChanges(m_state);
   if (repairs) {
     repair(*backing, report);
   } else {
@@ -89,15 +90,27 @@ void BackingAdministration::repair(Backing& backing, BackingReport& report) {
   backing.activate();
   const std::shared_ptr<const Snapshot> snapshot = m_state.snapshot();
   const Configuration& configuration = snapshot->configuration();
-  if (backing.differences(configuration).empty()) {
+  const std::vector<std::string> differences = backing.differences(configuration);
+  if (differences.empty()) {
     return;
   }
+  const auto hasOtherMarks = [&](const std::string& name) {
+    return std::any_of(differences.begin(), differences.end(), [&](const std::string& sentence) {
+      return sentence.find(name + " " + OTHER_MARKS) != std::string::npos;
+    });
+  };
   for (const PoolRecord& pool : configuration.pools) {
-    attempt(report, [&] { backing.describePool(pool, configuration); });
+    attempt(report, [&] {
+      if (hasOtherMarks(nameOf(pool)) && backing.describePool(pool, configuration)) {
+        report.repairs.push_back("recorded the name and description of " + nameOf(pool) + " on its drives");
+      }
+    });
   }
   for (const VolumeRecord& volume : configuration.volumes) {
     attempt(report, [&] {
-      backing.describeVolume(volume);
+      if (hasOtherMarks(nameOf(volume)) && backing.describeVolume(volume)) {
+        report.repairs.push_back("recorded the name and description of " + nameOf(volume) + " on its drives");
+      }
       const std::vector<VolumeExtentRecord> layout = backing.layout(volume, configuration);
       if (layout.empty()) {
         return;  // it does not exist, which remains as a difference
@@ -109,7 +122,6 @@ void BackingAdministration::repair(Backing& backing, BackingReport& report) {
       });
     });
   }
-  report.repairs.emplace_back("recorded names and descriptions beside the data");
 }
 
 RecoveredState BackingAdministration::recover() {

@@ -31,8 +31,9 @@ public:
 
   /**
    * Chooses where pools and volumes are from now on.
-   * @throws Refusal TVK_POOL_IN_USE while there are pools, TVK_INVALID_ARGUMENT for an impossible group name,
-   *   TVK_BACKING_UNAVAILABLE if the machine lacks what the backing needs
+   * A change that was cut off is settled first. @throws Refusal TVK_POOL_IN_USE while there are pools,
+   * TVK_INVALID_ARGUMENT for an impossible group name, TVK_BACKING_UNAVAILABLE if the machine lacks what the
+   * backing needs
    */
   void choose(const BackingChoice& choice);
 

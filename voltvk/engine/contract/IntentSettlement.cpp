@@ -3,6 +3,7 @@
 #include "voltvk/engine/changes/PoolChanges.h"
 #include "voltvk/engine/changes/VolumeChanges.h"
 #include "voltvk/engine/contract/StorageChange.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
 #include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 
@@ -39,6 +40,15 @@ public:
     case Step::DescribeVolume:
       describe(volume(intent.object));
       break;
+    case Step::ExtendPool:
+      unextend(intent);
+      break;
+    case Step::ReplaceDrive:
+      settleReplacement(intent);
+      break;
+    case Step::GrowVolume:
+      ungrow(volume(intent.object));
+      break;
     case Step::MoveChunks:
       adoptLayout(volume(intent.object));
       break;
@@ -64,6 +74,49 @@ private:
     }
     m_backing.removePool(made, m_configuration);
     note("pool " + std::to_string(intent.object) + ", which was being made, was removed again");
+  }
+
+  void unextend(const Intent& intent) {
+    if (const PoolRecord* extended = pool(intent.object)) {
+      m_backing.releaseDrive(*extended, intent.drives.at(0), m_configuration);
+      note(nameOf(*extended) + ", to which a drive was being added, is as before");
+    }
+  }
+
+  /** What has been moved is not moved back: the rest follows. */
+  void settleReplacement(const Intent& intent) {
+    const PoolRecord* changed = pool(intent.object);
+    if (changed == nullptr) {
+      return;
+    }
+    const DriveExchange drives = exchangeOf(intent);
+    if (std::none_of(changed->members.begin(), changed->members.end(), [&](const PoolMemberRecord& member) {
+          return member.drive == drives.from;
+        })) {
+      return;  // recorded, by a settlement that was cut off before it forgot the intent
+    }
+    m_backing.activate();
+    if (m_backing.undoReplacement(*changed, drives, m_configuration)) {
+      note(nameOf(*changed) + ", of which a drive was being replaced, is as before");
+      return;
+    }
+    m_backing.replaceDrive(*changed, drives, m_configuration, {});
+    m_state.change([&](Connection& connection) {
+      DriveRegistry(connection).forgetContents(intent.drives);
+      PoolChanges(connection).replaceDrive(changed->id, drives.from, drives.to, Contents::Moved);
+    });
+    note("a drive of " + nameOf(*changed) + ", which was being replaced, is replaced now");
+  }
+
+  void ungrow(const VolumeRecord* grown) {
+    if (grown == nullptr) {
+      return;
+    }
+    m_backing.activate();
+    if (!m_backing.layout(*grown, m_configuration).empty()) {  // else somebody has removed it meanwhile
+      m_backing.resizeVolume(*grown, m_configuration);
+      note(nameOf(*grown) + ", which was being made larger, is as before");
+    }
   }
 
   void completeRemoval(const PoolRecord* removed) {
@@ -131,9 +184,22 @@ private:
 
 }  // namespace
 
+DriveExchange exchangeOf(const Intent& intent) {
+  return {intent.drives.at(0), intent.drives.at(1)};
+}
+
 void recordIntents(State& state, Connection& connection, const std::vector<Intent>& intents) {
+  if (state.isDryRun()) {
+    return;  // nothing is carried out that could be cut off
+  }
   ChangeNote(state.path()).write(intents);
   Intents(connection).record(intents);
+}
+
+void eraseNote(State& state) {
+  if (!state.isDryRun()) {
+    ChangeNote(state.path()).erase();
+  }
 }
 
 std::vector<std::string> settleIntents(State& state, Backing& backing) {
@@ -164,7 +230,7 @@ std::vector<std::string> settleIntents(State& state, Backing& backing) {
     settlement.settle(intent);
   }
   forget();
-  underWay.erase();
+  eraseNote(state);
   return settlement.notes();
 }
 

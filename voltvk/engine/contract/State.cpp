@@ -9,7 +9,10 @@
 #include "voltvk/engine/state/SnapshotReader.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
+#include <string_view>
+#include <utility>
 
 namespace voltvk {
 
@@ -20,31 +23,48 @@ std::string ownGroup(const BackingChoice& backing) {
   return backing.isReal() ? backing.group : "";
 }
 
+/** Whatever is not clearly a no is taken as a yes: it does no harm. */
+bool isDryRunWanted() {
+  const char* wanted = std::getenv("VOLTVK_DRY_RUN");
+  return wanted != nullptr && *wanted != '\0' && std::string_view(wanted) != "0";
+}
+
 }  // namespace
 
 std::shared_ptr<State> State::forProcess() {
   struct Registry {
     std::mutex mutex;
-    std::map<std::string, std::weak_ptr<State>> states;
+    std::map<std::pair<std::string, Purpose>, std::weak_ptr<State>> states;
+    std::vector<std::shared_ptr<State>> dryRuns;
   };
   // Never destroyed: a thread of a host that exits without clean-up may still be in here.
   static auto& registry = *new Registry;
   const std::string path = StateFile(StateFile::defaultPath()).path();
+  const Purpose purpose = isDryRunWanted() ? Purpose::DryRun : Purpose::Change;
   std::lock_guard<std::mutex> lock(registry.mutex);
-  std::shared_ptr<State> state = registry.states[path].lock();
+  std::weak_ptr<State>& known = registry.states[{path, purpose}];
+  std::shared_ptr<State> state = known.lock();
   if (state == nullptr) {
-    state = std::make_shared<State>(path, HostDriveScanner::ofThisMachine());
-    registry.states[path] = state;
+    state = std::make_shared<State>(path, HostDriveScanner::ofThisMachine(), purpose);
+    known = state;
+    if (state->isDryRun()) {
+      registry.dryRuns.push_back(state);  // nobody else keeps what it has changed
+    }
   }
   return state;
 }
 
-State::State(const std::string& path, HostDriveScanner scanner)
-    : m_scanner(std::move(scanner)), m_file(path) {}
+State::State(const std::string& path, HostDriveScanner scanner, Purpose purpose)
+    : m_scanner(std::move(scanner)),
+      m_copy(purpose == Purpose::DryRun ? std::make_unique<PrivateCopy>(path) : nullptr), m_file(path) {}
+
+const std::string& State::shownPath() const {
+  return isDryRun() ? m_copy->original() : m_file.path();
+}
 
 std::string State::path() {
   std::lock_guard<std::mutex> lock(m_readerMutex);
-  return m_file.path();
+  return shownPath();
 }
 
 std::string State::openError() {
@@ -57,7 +77,7 @@ std::string State::openError() {
 }
 
 bool State::isUsable() const {
-  return m_isOpen && !m_suspect && m_file.isSame();
+  return m_isOpen && !m_suspect && (isDryRun() || m_file.isSame());
 }
 
 void State::open() {
@@ -78,7 +98,7 @@ void State::open() {
     }
     throw Refusal(
         TVK_NO_DRIVER,
-        "the state file " + m_file.path() + " cannot be used (" + error.what() + "); " + error.advice());
+        "the state file " + shownPath() + " cannot be used (" + error.what() + "); " + error.advice());
   } catch (const Refusal& refusal) {
     closeConnections();
     m_isImpatient = refusal.status() == TVK_BUSY;
@@ -96,12 +116,20 @@ void State::closeConnections() {
   m_reader.reset();
   m_writer.reset();
   m_file.close();
+  if (isDryRun()) {
+    m_copy->vanish();
+  }
 }
 
 void State::openConnections(Clock::time_point until) {
   const bool sameFile = m_file.isSame();
+  bool canBeChanged = true;
+  if (isDryRun()) {
+    canBeChanged = m_copy->make(until);
+    m_file.moveTo(m_copy->path());
+  }
   m_file.prepare(until);
-  if (m_file.isReadOnly()) {
+  if (m_file.isReadOnly() || !canBeChanged) {
     openReadOnly();
   } else {
     openForChanges();
@@ -117,6 +145,9 @@ void State::openConnections(Clock::time_point until) {
   if (!sameFile || newest < m_lastEvent) {
     m_lastEvent = newest;
   }
+  if (isDryRun()) {
+    m_copy->vanish();  // both connections have read, so they have all of its files open
+  }
   m_suspect = false;
   m_damaged = false;
   m_isOpen = true;
@@ -125,12 +156,12 @@ void State::openConnections(Clock::time_point until) {
 void State::openReadOnly() {
   const auto access = m_file.isFrozen() ? Connection::Access::Frozen : Connection::Access::Read;
   m_reader = std::make_unique<Connection>(m_file.path(), access);
-  Schema::accept(*m_reader, m_file.path(), m_file.wasLeftOpen() || m_damaged);
+  Schema::accept(*m_reader, shownPath(), m_file.wasLeftOpen() || m_damaged);
 }
 
 void State::openForChanges() {
   m_writer = std::make_unique<Connection>(m_file.path());
-  Schema::establish(*m_writer, m_file.path(), m_file.wasLeftOpen() || m_damaged);
+  Schema::establish(*m_writer, shownPath(), m_file.wasLeftOpen() || m_damaged);
   m_reader = std::make_unique<Connection>(m_file.path());
   m_reader->execute("PRAGMA query_only = ON");
 }
@@ -155,7 +186,7 @@ void State::recordDrivesAtOpening() {
 
 Refusal State::busy(const char* reason) const {
   return {
-      TVK_BUSY, "the state file " + m_file.path() + " is held by another process (" + reason +
+      TVK_BUSY, "the state file " + shownPath() + " is held by another process (" + reason +
                     "); try again when that has ended"};
 }
 
@@ -168,7 +199,7 @@ void State::fail(const DatabaseError& error) {
     m_damaged = error.isDamage();
   }
   throw Refusal(
-      TVK_INTERNAL, "the state file " + m_file.path() + " could not be read or written (" + error.what() +
+      TVK_INTERNAL, "the state file " + shownPath() + " could not be read or written (" + error.what() +
                         "); " + error.advice());
 }
 
@@ -217,7 +248,7 @@ void State::change(const Work& work, Clock::time_point until) {
     lockWriter(lock, until);
   }
   require(m_writer != nullptr, TVK_INTERNAL, [&] {
-    return "the state file " + m_file.path() +
+    return "the state file " + shownPath() +
            " lies on a read-only file system, so it can be read but not changed; mount it with write access";
   });
   const auto rest = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now());
@@ -299,6 +330,9 @@ std::shared_ptr<Backing> State::backing() {
   std::lock_guard<std::mutex> lock(m_backingMutex);
   if (m_backing == nullptr || choice.kind != m_choice.kind || choice.group != m_choice.group) {
     m_backing = Backing::of(choice);
+    if (isDryRun() && choice.isReal()) {
+      m_backing = std::make_shared<RehearsedBacking>(std::move(m_backing), m_rehearsal);
+    }
     m_choice = choice;
   }
   return m_backing;
@@ -318,6 +352,10 @@ void State::scanDrivesWhenDue() {
     // Whoever needs the state next learns why it cannot be used.
   }
   m_nextScan = Clock::now() + DRIVE_SCAN_INTERVAL;
+}
+
+std::vector<DriveRecord> State::drivesOfMachine(const BackingChoice& backing) const {
+  return m_scanner.scan(ownGroup(backing));
 }
 
 std::vector<DriveRecord> State::scanDrives() {

@@ -4,8 +4,10 @@
 
 #include "voltvk/VolEvent.h"
 #include "voltvk/engine/backing/Backing.h"
+#include "voltvk/engine/backing/RehearsedBacking.h"
 #include "voltvk/engine/drives/HostDriveScanner.h"
 #include "voltvk/engine/state/Connection.h"
+#include "voltvk/engine/state/PrivateCopy.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Snapshot.h"
 #include "voltvk/engine/state/StateFile.h"
@@ -43,13 +45,25 @@ public:
   /** Maximum age of what is known of the machine's drives. */
   static constexpr std::chrono::milliseconds DRIVE_SCAN_INTERVAL{1000};
 
-  /** The state that $VOLTVK_STATE names, shared by all its users in this process. */
+  /**
+   * The state that $VOLTVK_STATE names, shared by all its users in this process. With VOLTVK_DRY_RUN=1 in the
+   * environment it is a dry run.
+   */
   static std::shared_ptr<State> forProcess();
 
   /** Constructs a separate state; two states in one process must not use the same file. */
-  State(const std::string& path, HostDriveScanner scanner);
+  enum class Purpose {
+    Change,
+    DryRun  ///< works on a private copy, and real backings carry out no step
+  };
+  State(const std::string& path, HostDriveScanner scanner, Purpose purpose = Purpose::Change);
 
   std::string path();
+
+  /** Changes have no effect outside of this process, in which they can be looked at. */
+  bool isDryRun() const { return m_copy != nullptr; }
+  /** What a real backing would have done for the changes of a dry run so far, a sentence each. */
+  std::vector<std::string> rehearsedSteps() const { return m_rehearsal->list(); }
 
   /** Opens the state if needed. @return why it cannot be used, for an administrator; empty if it can. */
   std::string openError();
@@ -68,6 +82,9 @@ public:
    * @return the drives that the machine has
    */
   std::vector<DriveRecord> scanDrives();
+
+  /** What the machine has as drives, with a backing; records nothing and does not need the state. */
+  std::vector<DriveRecord> drivesOfMachine(const BackingChoice& backing) const;
 
   /** Runs work in a read transaction. Exceptions from work are passed on. */
   void read(const Work& work);
@@ -108,8 +125,11 @@ private:
   [[noreturn]] void fail(const DatabaseError& error);
   void readSnapshot(Connection& connection);
   void scanDrivesWhenDue();
+  const std::string& shownPath() const;
 
   const HostDriveScanner m_scanner;
+  const std::unique_ptr<PrivateCopy> m_copy;  ///< of a dry run; used with both mutexes held
+  const std::shared_ptr<Rehearsal> m_rehearsal = std::make_shared<Rehearsal>();
 
   // Opening takes both, the writer's first.
   std::timed_mutex m_writerMutex;

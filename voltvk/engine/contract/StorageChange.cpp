@@ -54,13 +54,25 @@ std::vector<std::uint16_t> drivesOf(const PoolRecord& pool) {
   return drives;
 }
 
+void addDriveSteps(std::vector<Intent>& steps, const PoolRecord& before, const PoolRecord& after) {
+  for (std::size_t position = 0; position < after.members.size(); ++position) {
+    const std::uint16_t drive = after.members[position].drive;
+    if (position >= before.members.size()) {
+      steps.push_back({Step::ExtendPool, after.id, {drive}});
+    } else if (before.members[position].drive != drive) {
+      steps.push_back({Step::ReplaceDrive, after.id, {before.members[position].drive, drive}});
+    }
+  }
+}
+
 }  // namespace
 
 /** Carries out the steps of one change. */
 class StorageChange::Steps {
 public:
-  Steps(Backing& backing, const Configuration& before, const Configuration& after)
-      : m_backing(backing), m_before(before), m_after(after) {}
+  Steps(
+      Backing& backing, const Configuration& before, const Configuration& after, const MoveProgress& progress)
+      : m_backing(backing), m_before(before), m_after(after), m_progress(progress) {}
 
   void carryOut(const Intent& intent) {
     switch (intent.step) {
@@ -81,6 +93,16 @@ public:
       break;
     case Step::DescribeVolume:
       m_backing.describeVolume(*findById(m_after.volumes, intent.object));
+      break;
+    case Step::ExtendPool:
+      m_backing.extendPool(*findById(m_after.pools, intent.object), m_after);
+      break;
+    case Step::ReplaceDrive:
+      m_backing.replaceDrive(
+          *findById(m_before.pools, intent.object), exchangeOf(intent), m_before, m_progress);
+      break;
+    case Step::GrowVolume:
+      m_backing.resizeVolume(*findById(m_after.volumes, intent.object), m_after);
       break;
     case Step::MoveChunks:
     case Step::Flush:
@@ -104,6 +126,17 @@ public:
       break;
     case Step::RemovePool:
       m_backing.makePool(*findById(m_before.pools, intent.object), m_before);
+      break;
+    case Step::ExtendPool:
+      m_backing.releaseDrive(*findById(m_before.pools, intent.object), intent.drives.front(), m_before);
+      break;
+    case Step::ReplaceDrive:
+      require(
+          m_backing.undoReplacement(*findById(m_before.pools, intent.object), exchangeOf(intent), m_before),
+          TVK_BACKING_FAILED, "what has been moved stays where it is, until the rest follows");
+      break;
+    case Step::GrowVolume:
+      m_backing.resizeVolume(*findById(m_before.volumes, intent.object), m_before);
       break;
     case Step::RemoveVolume:
     case Step::MoveChunks:
@@ -131,6 +164,7 @@ private:
   Backing& m_backing;
   const Configuration& m_before;
   const Configuration& m_after;
+  const MoveProgress& m_progress;
 };
 
 std::vector<Intent> stepsBetween(const Configuration& before, const Configuration& after) {
@@ -142,8 +176,16 @@ std::vector<Intent> stepsBetween(const Configuration& before, const Configuratio
       steps.push_back({Step::MakePool, pool.id, drivesOf(pool)});
     }
   }
+  for (const PoolRecord& pool : after.pools) {
+    if (const PoolRecord* earlier = findById(before.pools, pool.id)) {
+      addDriveSteps(steps, *earlier, pool);
+    }
+  }
   for (const VolumeRecord& volume : after.volumes) {
-    if (findById(before.volumes, volume.id) == nullptr) {
+    const VolumeRecord* earlier = findById(before.volumes, volume.id);
+    if (earlier != nullptr && earlier->capacityChunks() != volume.capacityChunks()) {
+      steps.push_back({Step::GrowVolume, volume.id, {}});
+    } else if (earlier == nullptr) {
       steps.push_back({Step::MakeVolume, volume.id, {}});
     }
   }
@@ -188,9 +230,9 @@ void StorageChange::runWithSteps(Backing& backing, const State::Work& work, bool
     after = SnapshotReader(connection).configuration();
   });
   const std::vector<Intent> steps = stepsBetween(before, after);
-  backing.requireUnknown(steps);
+  backing.requireUnknown(steps, after);
   m_state.change([&](Connection& connection) { recordIntents(m_state, connection, steps); });
-  Steps carrier(backing, before, after);
+  Steps carrier(backing, before, after, m_progress);
   std::vector<Intent> begun;
   try {
     for (const Intent& step : steps) {
@@ -222,11 +264,17 @@ bool StorageChange::isSettled(Backing& backing, Steps& carrier, const std::vecto
       carrier.undo(step);
     }
     m_state.change([](Connection& connection) { Intents(connection).clear(); });
-    ChangeNote(m_state.path()).erase();
+    eraseNote(m_state);
   } catch (const std::exception&) {
     // The next change finds the intents and tries once more; the caller learns why the change failed.
   }
   return false;
+}
+
+std::unique_ptr<BackingLock> lockChanges(State& state) {
+  return state.isDryRun()
+             ? nullptr
+             : std::make_unique<BackingLock>(state.path(), State::Clock::now() + BACKING_TIMEOUT);
 }
 
 void tryOut(State& state, const State::Work& work) {
@@ -242,11 +290,11 @@ void tryOut(State& state, const State::Work& work) {
 }
 
 void withBacking(State& state, const std::function<void(Backing&)>& work) {
-  const BackingLock lock(state.path(), State::Clock::now() + BACKING_TIMEOUT);
+  const std::unique_ptr<BackingLock> lock = lockChanges(state);
   const std::shared_ptr<Backing> backing = state.backing();
   settleIntents(state, *backing);
   work(*backing);
-  ChangeNote(state.path()).erase();
+  eraseNote(state);
 }
 
 }  // namespace voltvk

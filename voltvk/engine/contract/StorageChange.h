@@ -3,10 +3,12 @@
 #define VOLTVK_ENGINE_CONTRACT_STORAGECHANGE_H
 
 #include "voltvk/engine/backing/Backing.h"
+#include "voltvk/engine/contract/BackingLock.h"
 #include "voltvk/engine/contract/ChangeNote.h"
 #include "voltvk/engine/contract/State.h"
 #include "voltvk/engine/state/Intents.h"
 
+#include <memory>
 #include <vector>
 
 namespace voltvk {
@@ -23,7 +25,9 @@ namespace voltvk {
  */
 class StorageChange {
 public:
-  explicit StorageChange(State& state) : m_state(state) {}
+  /** @param progress of moving chunks from one drive to another; may be empty */
+  explicit StorageChange(State& state, MoveProgress progress = {})
+      : m_state(state), m_progress(std::move(progress)) {}
 
   /**
    * @param work checks the rules and writes the rows and events; gives the same answer when it runs again
@@ -43,7 +47,11 @@ private:
   void change(const State::Work& work, bool withDrives);
 
   State& m_state;
+  const MoveProgress m_progress;
 };
+
+/** The drives of a step that replaces one. */
+DriveExchange exchangeOf(const Intent& intent);
 
 /** The steps that lead from one configuration to another, in the order in which they are carried out. */
 std::vector<Intent> stepsBetween(const Configuration& before, const Configuration& after);
@@ -61,6 +69,12 @@ void recordIntents(State& state, Connection& connection, const std::vector<Inten
  * @return what was found, for an administrator: one sentence each
  */
 std::vector<std::string> settleIntents(State& state, Backing& backing);
+
+/** Takes the note beside the state back, after the change that it is of. */
+void eraseNote(State& state);
+
+/** Waits until no other change of pools and volumes is under way. @return null in a dry run */
+std::unique_ptr<BackingLock> lockChanges(State& state);
 
 /** Runs work in a transaction that is undone at once, to learn what it would do. */
 void tryOut(State& state, const State::Work& work);

@@ -55,6 +55,12 @@ void VolumeUpkeep::flush(std::uint32_t volumeId, const FlushProgress& progress) 
   });
 }
 
+void VolumeUpkeep::collect(std::uint32_t volumeId) {
+  if (m_state.backing()->isReal()) {
+    withBacking(m_state, [&](Backing& backing) { collect(backing, find(volumeId)); });
+  }
+}
+
 void VolumeUpkeep::resetStatistics(std::uint32_t volumeId) {
   const auto reset = [&] {
     m_state.change([&](Connection& connection) { VolumeChanges(connection).resetStatistics(volumeId); });

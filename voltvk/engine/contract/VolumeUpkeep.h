@@ -28,6 +28,9 @@ public:
    */
   void flush(std::uint32_t volumeId, const FlushProgress& progress = {});
 
+  /** Adds what the kernel has counted to the statistics and the heat. */
+  void collect(std::uint32_t volumeId);
+
   void resetStatistics(std::uint32_t volumeId);
 
   d_ioctl_user_stat statistics(std::uint32_t volumeId);

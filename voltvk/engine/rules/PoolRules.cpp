@@ -53,22 +53,44 @@ const PoolRecord& PoolRules::pool(std::uint32_t poolId) const {
   return *found;
 }
 
-const DriveRecord& PoolRules::freeDrive(std::uint8_t number) const {
-  const auto drive = std::find_if(m_drives.begin(), m_drives.end(), [&](const DriveRecord& candidate) {
+const PoolRecord& PoolRules::userPool(std::uint32_t poolId) const {
+  const PoolRecord& found = pool(poolId);
+  require(!found.internal, TVK_POOL_IS_INTERNAL, [&] {
+    return nameOf(found) + " belongs to a cached volume and cannot be changed; change the volume";
+  });
+  return found;
+}
+
+const DriveRecord& PoolRules::drive(std::uint16_t number) const {
+  const auto found = std::find_if(m_drives.begin(), m_drives.end(), [&](const DriveRecord& candidate) {
     return candidate.number == number;
   });
+  require(found != m_drives.end(), TVK_NO_SUCH_DEVICE, [&] {
+    return "no drive has the number " + std::to_string(number) + "; see the list of drives";
+  });
+  return *found;
+}
+
+const DriveRecord& PoolRules::freeDrive(std::uint16_t number) const {
+  const DriveRecord& found = drive(number);
   const auto owner = std::find_if(m_pools.begin(), m_pools.end(), [&](const PoolRecord& candidate) {
     return isMember(candidate, number);
   });
-  require(drive != m_drives.end(), TVK_NO_SUCH_DEVICE, [&] {
-    return "no drive has the number " + std::to_string(number) + "; see the list of drives";
-  });
   const Obstacle obstacle =
-      obstacleOf(*drive, owner == m_pools.end() ? nullptr : &*owner, m_limits.needsRealDrives);
+      obstacleOf(found, owner == m_pools.end() ? nullptr : &*owner, m_limits.needsRealDrives);
   require(obstacle.status == TVK_OK, obstacle.status, [&] {
-    return nameOf(*drive) + " " + obstacle.reason + "; " + obstacle.advice;
+    return nameOf(found) + " " + obstacle.reason + "; " + obstacle.advice;
   });
-  return *drive;
+  return found;
+}
+
+const DriveRecord& PoolRules::fittingDrive(std::uint16_t number, const PoolRecord& pool) const {
+  const DriveRecord& found = freeDrive(number);
+  require(tierLevelOf(found) == pool.tierLevel, TVK_DEVICE_KINDS_MIXED, [&] {
+    return nameOf(found) + " is " + kindOf(found) + ", and " + nameOf(pool) + " has the tier level " +
+           tierText(pool.tierLevel) + "; choose a drive of that kind";
+  });
+  return found;
 }
 
 std::vector<const DriveRecord*> PoolRules::drivesOf(const VirtualPoolSpec& spec) const {
@@ -170,10 +192,7 @@ PoolRecord PoolRules::creation(const VirtualPoolSpec& spec) const {
 }
 
 PoolChange PoolRules::modification(std::uint32_t poolId, const VirtualPoolSpec& spec) const {
-  const PoolRecord& current = pool(poolId);
-  require(!current.internal, TVK_POOL_IS_INTERNAL, [&] {
-    return nameOf(current) + " belongs to a cached volume and cannot be changed; change the volume";
-  });
+  const PoolRecord& current = userPool(poolId);
   const std::string name = checkedName(givenName(spec));
   const std::string description = checkedDescription(givenDescription(spec));
   PoolChange change;
@@ -201,11 +220,77 @@ PoolChange PoolRules::modification(std::uint32_t poolId, const VirtualPoolSpec& 
   return change;
 }
 
+PoolRecord PoolRules::extension(std::uint32_t poolId, std::uint16_t driveNumber) const {
+  PoolRecord grown = userPool(poolId);
+  require(grown.members.size() < MAX_POOL_DRIVES, TVK_TOO_MANY_DEVICES, [&] {
+    return nameOf(grown) + " has " + counted(grown.members.size(), "drive") +
+           " already, which is the limit; make another pool";
+  });
+  const DriveRecord& added = fittingDrive(driveNumber, grown);
+  const std::uint64_t chunks = chunksOn(added, grown);
+  require(chunks > 0, TVK_NOT_ENOUGH_SPACE, [&] {
+    return nameOf(added) + " has " + sizeText(added.sectors) + ", too little for a chunk of " +
+           sizeText(grown.chunkSectors) + "; choose a larger drive";
+  });
+  const std::string& trouble = Health(m_drives, m_pools, {}).ofPool(poolId);
+  require(trouble.empty(), TVK_POOL_DEGRADED, [&] {
+    return nameOf(grown) + " is degraded: " + trouble + "; mend that first";
+  });
+  grown.members.push_back({added.number, chunks});
+  grown.chunks += chunks;
+  return grown;
+}
+
+PoolRecord
+PoolRules::replacement(std::uint32_t poolId, std::uint16_t from, std::uint16_t to, Contents contents) const {
+  PoolRecord changed = userPool(poolId);
+  const DriveRecord& replaced = drive(from);
+  const auto member =
+      std::find_if(changed.members.begin(), changed.members.end(), [&](const PoolMemberRecord& candidate) {
+        return candidate.drive == from;
+      });
+  require(member != changed.members.end(), TVK_NO_SUCH_DEVICE, [&] {
+    return nameOf(replaced) + " does not belong to " + nameOf(changed) + "; name one of its drives";
+  });
+  const DriveRecord& taken = fittingDrive(to, changed);
+  const std::uint64_t room = chunksOn(taken, changed);
+  require(room >= member->chunks, TVK_NOT_ENOUGH_SPACE, [&] {
+    return nameOf(taken) + " has room for " + sizeText(room * changed.chunkSectors) + ", less than the " +
+           sizeText(member->chunks * changed.chunkSectors) + " that " + nameOf(changed) + " keeps on " +
+           nameOf(replaced) + "; choose a larger drive";
+  });
+  const bool isLost = m_limits.needsRealDrives && contents == Contents::ToBeMoved && !replaced.present;
+  const std::vector<std::string> users = isLost ? usersOf(changed, from) : std::vector<std::string>();
+  require(users.empty(), TVK_POOL_DEGRADED, [&] {
+    return nameOf(replaced) + " is missing, so what " + enumerated(users) +
+           " has on it cannot be moved; attach the drive, or delete what uses it first";
+  });
+  member->drive = to;
+  return changed;
+}
+
 std::vector<std::string> PoolRules::usersOf(const PoolRecord& pool) const {
+  return usersOf(pool, {0, UINT64_MAX});
+}
+
+std::vector<std::string> PoolRules::usersOf(const PoolRecord& pool, std::uint16_t drive) const {
+  Extent chunks;
+  for (const PoolMemberRecord& member : pool.members) {
+    if (member.drive == drive) {
+      chunks.chunks = member.chunks;
+      break;
+    }
+    chunks.first += member.chunks;
+  }
+  return usersOf(pool, chunks);
+}
+
+std::vector<std::string> PoolRules::usersOf(const PoolRecord& pool, const Extent& chunks) const {
   std::vector<std::string> users;
   for (const VolumeRecord& volume : m_volumes) {
     if (std::any_of(volume.extents.begin(), volume.extents.end(), [&](const VolumeExtentRecord& part) {
-          return part.pool == pool.id;
+          return part.pool == pool.id && part.extent.first < chunks.first + chunks.chunks &&
+                 chunks.first < part.extent.first + part.extent.chunks;
         })) {
       users.push_back(nameOf(volume));
     }

@@ -19,6 +19,9 @@ struct PoolChange {
   std::optional<std::uint8_t> tierLevel;
 };
 
+/** What a drive that is replaced holds of volumes. */
+enum class Contents { ToBeMoved, Moved };
+
 /**
  * Decides whether a pool may be created, changed or deleted, given the existing drives, pools and volumes.
  * Changes nothing itself. Functions throw Refusal with the status of the first rule that is broken.
@@ -37,12 +40,30 @@ public:
   /** @return what to change: only what differs from the current pool. */
   PoolChange modification(std::uint32_t poolId, const VirtualPoolSpec& spec) const;
 
+  /** @return the pool with one more drive, whose room it has from then on. */
+  PoolRecord extension(std::uint32_t poolId, std::uint16_t drive) const;
+
+  /** @return the pool with one drive in the place of another, which holds the same chunks. */
+  PoolRecord replacement(
+      std::uint32_t poolId, std::uint16_t from, std::uint16_t to,
+      Contents contents = Contents::ToBeMoved) const;
+
   /** @return the pool to delete. */
   const PoolRecord& deletion(std::uint32_t poolId) const;
 
+  /** The volumes that have chunks on a drive of a pool, as a sentence names them. */
+  std::vector<std::string> usersOf(const PoolRecord& pool, std::uint16_t drive) const;
+
 private:
   const PoolRecord& pool(std::uint32_t poolId) const;
-  const DriveRecord& freeDrive(std::uint8_t number) const;
+  /** A pool that is not internal. */
+  const PoolRecord& userPool(std::uint32_t poolId) const;
+  const DriveRecord& drive(std::uint16_t number) const;
+  const DriveRecord& freeDrive(std::uint16_t number) const;
+  /** A free drive of the pool's kind. */
+  const DriveRecord& fittingDrive(std::uint16_t number, const PoolRecord& pool) const;
+  /** The volumes that have chunks among these, as a sentence names them. */
+  std::vector<std::string> usersOf(const PoolRecord& pool, const Extent& chunks) const;
   std::vector<const DriveRecord*> drivesOf(const VirtualPoolSpec& spec) const;
   /** The volumes that use the pool, as a sentence names them. */
   std::vector<std::string> usersOf(const PoolRecord& pool) const;

@@ -182,10 +182,10 @@ void VolumeRules::lay(VolumeRecord& volume, const std::vector<Part>& parts) cons
     addExtents(volume, part, units * (unit / part.pool->chunkSectors));
   }
   requirePossibleSize(volume, volume.capacityChunks());
+  volume.layAsNew();
 }
 
-void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64_t chunks) const {
-  const PoolRecord& from = *part.pool;
+ChunkAllocator VolumeRules::freeChunksOf(const PoolRecord& from) const {
   std::vector<Extent> used;
   for (const VolumeRecord& other : m_volumes) {
     for (const VolumeExtentRecord& taken : other.extents) {
@@ -194,11 +194,19 @@ void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64
       }
     }
   }
-  const std::uint64_t placed = from.placedChunks();
-  ChunkAllocator allocator(placed, std::move(used));
+  return {from.placedChunks(), std::move(used)};
+}
+
+std::uint64_t VolumeRules::availableIn(const PoolRecord& pool, const ChunkAllocator& free) {
   // What a real backing keeps for moves has no place of its own: any free chunks will do.
-  const std::uint64_t reserved = placed - from.chunks;
-  const std::uint64_t available = allocator.freeChunks() - std::min(allocator.freeChunks(), reserved);
+  const std::uint64_t reserved = pool.placedChunks() - pool.chunks;
+  return free.freeChunks() - std::min(free.freeChunks(), reserved);
+}
+
+void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64_t chunks) const {
+  const PoolRecord& from = *part.pool;
+  ChunkAllocator allocator = freeChunksOf(from);
+  const std::uint64_t available = availableIn(from, allocator);
   const std::vector<Extent> extents =
       chunks <= available ? allocator.allocate(chunks) : std::vector<Extent>();
   require(!extents.empty(), TVK_NOT_ENOUGH_SPACE, [&] {
@@ -210,6 +218,68 @@ void VolumeRules::addExtents(VolumeRecord& volume, const Part& part, std::uint64
   for (const Extent& extent : extents) {
     volume.extents.push_back({from.id, extent});
   }
+}
+
+const PoolRecord&
+VolumeRules::poolOfGrowth(const VolumeRecord& volume, std::optional<std::uint32_t> wanted) const {
+  const PoolRecord* chosen = nullptr;
+  for (const VolumeExtentRecord& part : volume.extents) {
+    const PoolRecord& used = pool(part.pool);
+    const bool isBetter = chosen == nullptr || isSsd(used) < isSsd(*chosen);
+    chosen = wanted ? (used.id == *wanted ? &used : chosen) : isBetter ? &used : chosen;
+  }
+  require(chosen != nullptr, TVK_NO_SUCH_POOL, [&] {
+    return nameOf(volume) + " does not use " + nameOf(pool(*wanted)) + "; it grows on a pool that it uses";
+  });
+  require(!volume.isCached() || !isSsd(*chosen), TVK_POOL_KINDS_CONFLICT, [&] {
+    return nameOf(*chosen) + " holds the cache of " + nameOf(volume) +
+           ", which does not grow; the volume grows on its pool of hard disks";
+  });
+  return *chosen;
+}
+
+VolumeRecord VolumeRules::growth(std::uint32_t volumeId, const VolumeGrowth& wanted) const {
+  VolumeRecord grown = volume(volumeId);
+  const std::uint64_t current = grown.capacitySectors();
+  const PoolRecord& from = poolOfGrowth(grown, wanted.pool);
+  const std::uint64_t unit = std::max(grown.chunkSectors, from.chunkSectors);
+  Part added{&from, wanted.sectors - std::min(current, wanted.sectors)};
+  if (wanted.percent > 0) {
+    const std::uint64_t room = availableIn(from, freeChunksOf(from)) * from.chunkSectors / unit;
+    added.sectors = (room / 100 * wanted.percent + room % 100 * wanted.percent / 100) * unit;
+    require(added.sectors > 0, TVK_NOT_ENOUGH_SPACE, [&] {
+      return nameOf(from) + " has no room for " + nameOf(grown) + " to grow: " + sizeText(room * unit) +
+             " in whole chunks; add a drive to it";
+    });
+  }
+  require(added.sectors > 0, TVK_INVALID_CAPACITY, [&] {
+    return nameOf(grown) + " has " + sizeText(current) +
+           (wanted.sectors == current ? " already; give the larger size that it is to have"
+                                      : ", more than the " + sizeText(wanted.sectors) +
+                                            " asked for; a volume cannot be made smaller");
+  });
+  const std::uint64_t units = roundedUp(added.sectors, unit);
+  const std::uint64_t chunks = units * (unit / grown.chunkSectors);
+  requirePossibleSize(grown, chunks);
+  requirePossibleSize(grown, grown.capacityChunks() + chunks);
+  VolumeRecord more;
+  addExtents(more, added, units * (unit / from.chunkSectors));
+  auto end = grown.extents.end();
+  if (grown.isCached()) {  // its cache comes last
+    end = std::find_if(grown.extents.begin(), end, [&](const auto& part) { return part.pool != from.id; });
+  } else if (isSsd(from)) {
+    const Extent laid{grown.capacityChunks(), chunks};
+    const bool continues = !grown.laidOnSsd.empty() &&
+                           grown.laidOnSsd.back().first + grown.laidOnSsd.back().chunks == laid.first;
+    if (continues) {
+      grown.laidOnSsd.back().chunks += chunks;
+    } else {
+      grown.laidOnSsd.push_back(laid);
+    }
+  }
+  grown.extents.insert(end, more.extents.begin(), more.extents.end());
+  (isSsd(from) ? grown.ssdChunks : grown.hddChunks) += chunks;
+  return grown;
 }
 
 void VolumeRules::checkHealth(const VolumeRecord& volume, const Health& health) const {

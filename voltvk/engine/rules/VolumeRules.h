@@ -3,6 +3,7 @@
 #define VOLTVK_ENGINE_RULES_VOLUMERULES_H
 
 #include "voltvk/Specs.h"
+#include "voltvk/engine/rules/ChunkAllocator.h"
 #include "voltvk/engine/state/Health.h"
 #include "voltvk/engine/state/Records.h"
 
@@ -17,6 +18,13 @@ struct VolumeChange {
   std::optional<std::string> name;
   std::optional<std::string> description;
   std::optional<std::uint8_t> knob;
+};
+
+/** How a volume is to grow. */
+struct VolumeGrowth {
+  std::uint64_t sectors = 0;               ///< the size that it is to have; 0 if percent says it
+  unsigned percent = 0;                    ///< of the room that its pool has: 1 to 100
+  std::optional<std::uint32_t> pool = {};  ///< which of its pools; else that of hard disks, if it has one
 };
 
 /**
@@ -44,6 +52,11 @@ public:
   /** @return what to change: only what differs from the current volume. */
   VolumeChange modification(std::uint32_t volumeId, const VirtualVolumeSpec& spec) const;
 
+  /**
+   * @return the volume as it is to be: larger at its end, where all addresses are new
+   */
+  VolumeRecord growth(std::uint32_t volumeId, const VolumeGrowth& wanted) const;
+
   const VolumeRecord& volume(std::uint32_t volumeId) const;
 
 private:
@@ -63,6 +76,12 @@ private:
   /** @param parts the part on hard disks first: the addresses of a tiered volume begin there. */
   void lay(VolumeRecord& volume, const std::vector<Part>& parts) const;
   void addExtents(VolumeRecord& volume, const Part& part, std::uint64_t chunks) const;
+  /** Which pool a volume grows on. */
+  const PoolRecord& poolOfGrowth(const VolumeRecord& volume, std::optional<std::uint32_t> wanted) const;
+  /** The chunks that a pool has free. */
+  ChunkAllocator freeChunksOf(const PoolRecord& pool) const;
+  /** Those that volumes can have. */
+  static std::uint64_t availableIn(const PoolRecord& pool, const ChunkAllocator& free);
 
   const std::vector<PoolRecord>& m_pools;
   const std::vector<VolumeRecord>& m_volumes;

@@ -113,6 +113,23 @@ void check(
       "has not as many sectors as it uses of its pools");
 }
 
+/** Where a volume's chunks are laid. */
+void checkLaid(const VolumeRecord& volume) {
+  std::uint64_t end = 0;
+  std::uint64_t chunks = 0;
+  for (const Extent& laid : volume.laidOnSsd) {
+    require(
+        laid.chunks > 0 && laid.chunks <= volume.ssdChunks && laid.first >= end &&
+            laid.first <= volume.capacityChunks() - laid.chunks,
+        volume, "is laid on SSDs where it has no chunks");
+    end = laid.first + laid.chunks;
+    chunks += laid.chunks;
+  }
+  require(
+      chunks == (volume.isCached() ? 0 : volume.ssdChunks), volume,
+      "is laid on SSDs with " + counted(chunks, "chunk"));
+}
+
 void checkOverlaps(const std::map<std::uint32_t, const PoolRecord*>& pools, ExtentsOfPools& extents) {
   for (auto& [id, used] : extents) {
     std::sort(used.begin(), used.end(), [](const Extent& a, const Extent& b) { return a.first < b.first; });
@@ -139,6 +156,7 @@ void checkConfiguration(const Configuration& configuration) {
   ExtentsOfPools extents;
   for (const VolumeRecord& volume : configuration.volumes) {
     check(volume, pools, extents);
+    checkLaid(volume);
   }
   checkOverlaps(pools, extents);
   for (const Fault& fault : configuration.faults) {

@@ -74,6 +74,19 @@ std::int64_t Connection::number(const char* sql) {
   return query.step() ? query.integer(0) : 0;
 }
 
+void Connection::copyFrom(Connection& source) {
+  constexpr int ALL_PAGES = -1;
+  sqlite3_backup* const copy = sqlite3_backup_init(handle(), "main", source.handle(), "main");
+  const int code = copy == nullptr ? sqlite3_errcode(handle()) : sqlite3_backup_step(copy, ALL_PAGES);
+  const int end = sqlite3_backup_finish(copy);
+  if (copy == nullptr || end != SQLITE_OK) {
+    throwDatabaseError(handle(), copy == nullptr ? code : end);
+  }
+  if (code != SQLITE_DONE) {
+    throw DatabaseError(code, sqlite3_errstr(code));  // busy, which is no error to the last call
+  }
+}
+
 void Connection::emptyLog() {
   waitAtMost(std::chrono::milliseconds(0));
   // Others may be reading or writing: then the log stays as it is, which does no harm.

@@ -26,7 +26,10 @@ public:
     Frozen  ///< a file that cannot be written by anyone and has no write-ahead log: nothing is locked
   };
 
-  /** @param path an existing file, absolute and without symbolic links. */
+  /**
+   * @param path an existing file, absolute and without symbolic links; empty for a database of its own, which
+   *   is gone with the connection
+   */
   explicit Connection(const std::string& path, Access access = Access::Change);
 
   /** Sets how long statements wait for other connections; initially BUSY_TIMEOUT. */
@@ -36,6 +39,9 @@ public:
   void execute(const char* sql);
   /** The single number that a query returns; 0 if it returns no row. */
   std::int64_t number(const char* sql);
+
+  /** Replaces everything by a copy of what another database has at one moment, while others change it. */
+  void copyFrom(Connection& source);
 
   /** Moves the contents of the write-ahead log into the file, unless that would mean waiting for others. */
   void emptyLog();

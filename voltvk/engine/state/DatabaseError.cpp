@@ -35,7 +35,7 @@ DatabaseError DatabaseError::ofDamage(const std::string& text) {
 
 const char* DatabaseError::advice() const {
   return isDamage()
-             ? "restore it from a backup, or move it away to start with an empty one"
+             ? REPLACE_STATE
              : "see that its disk works and has room, and that it and the files beside it can be written";
 }
 

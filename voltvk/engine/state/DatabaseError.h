@@ -9,6 +9,10 @@ struct sqlite3;
 
 namespace voltvk {
 
+/** What to do about a state file that cannot be used any more. */
+inline constexpr const char* REPLACE_STATE =
+    "move it and the files beside it away, then restore a backup or start with an empty one";
+
 /** An error reported by SQLite, or damage that SQLite cannot see. */
 class DatabaseError : public std::runtime_error {
 public:

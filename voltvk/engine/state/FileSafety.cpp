@@ -12,7 +12,7 @@
 
 namespace voltvk {
 
-std::optional<Unsafe> checkFile(int descriptor) {
+std::optional<Unsafe> checkFile(int descriptor, bool closes) {
   struct stat status {};
   if (fstat(descriptor, &status) != 0) {
     return Unsafe{"cannot be examined", "check the permissions of its directory"};
@@ -29,13 +29,13 @@ std::optional<Unsafe> checkFile(int descriptor) {
         (status.st_mode & S_IWOTH) != 0 ? "can be written by everybody" : "can be written by its group",
         "check what it holds, then chmod 600 it"};
   }
-  if ((status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
+  if (closes && (status.st_mode & (S_IRWXG | S_IRWXO)) != 0) {
     fchmod(descriptor, S_IRUSR | S_IWUSR);  // fails for root's file, which root alone may close to others
   }
   return std::nullopt;
 }
 
-std::optional<Unsafe> checkFileBeside(const std::string& path) {
+std::optional<Unsafe> checkFileBeside(const std::string& path, bool closes) {
   const FileDescriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   if (!file) {
     if (errno == ENOENT) {
@@ -49,7 +49,7 @@ std::optional<Unsafe> checkFileBeside(const std::string& path) {
   if (fstat(file.get(), &status) == 0 && status.st_nlink > 1) {
     return Unsafe{"is a link to another file as well", "find out who put it there, then remove it"};
   }
-  return checkFile(file.get());
+  return checkFile(file.get(), closes);
 }
 
 std::optional<Unsafe> checkDirectory(const std::string& path) {

@@ -16,11 +16,12 @@ struct Unsafe {
 /**
  * Checks the file behind a descriptor: regular, of this user or of root, and not writable by anyone else. Its
  * mode becomes 0600 if others can only read it, as they can a copy that was restored from a backup.
+ * @param closes false leaves the mode as it is
  */
-std::optional<Unsafe> checkFile(int descriptor);
+std::optional<Unsafe> checkFile(int descriptor, bool closes = true);
 
 /** Checks a file that SQLite keeps beside the database in the same way, if it exists. Follows no links. */
-std::optional<Unsafe> checkFileBeside(const std::string& path);
+std::optional<Unsafe> checkFileBeside(const std::string& path, bool closes = true);
 
 /**
  * Checks that nobody else can replace files in a directory: not everybody, unless only their own, and no

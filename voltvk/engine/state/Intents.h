@@ -18,14 +18,17 @@ enum class Step : std::uint8_t {
   RemoveVolume = 5,
   DescribeVolume = 6,
   MoveChunks = 7,
-  Flush = 8
+  Flush = 8,
+  ExtendPool = 9,
+  ReplaceDrive = 10,
+  GrowVolume = 11
 };
 
 /** A step that is about to be carried out. */
 struct Intent {
   Step step = Step::MakePool;
   std::uint32_t object = 0;           ///< the pool or volume
-  std::vector<std::uint16_t> drives;  ///< that MakePool claims
+  std::vector<std::uint16_t> drives;  ///< that are claimed; of ReplaceDrive the replaced one, then the other
 };
 
 /**

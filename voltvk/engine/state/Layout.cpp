@@ -70,6 +70,9 @@ constexpr Table TABLES[] = {
   pool INTEGER NOT NULL REFERENCES pool(id), first INTEGER NOT NULL CHECK(first BETWEEN 0 AND 2305843009213693952),
   chunks INTEGER NOT NULL CHECK(chunks BETWEEN 1 AND 2305843009213693952),
   PRIMARY KEY(volume, position)) WITHOUT ROWID)sql"},
+    {"laid_on_ssd", R"sql((
+  volume INTEGER NOT NULL REFERENCES volume(id), first INTEGER NOT NULL CHECK(first BETWEEN 0 AND 8589934592),
+  chunks INTEGER NOT NULL CHECK(chunks BETWEEN 1 AND 4294967296), PRIMARY KEY(volume, first)) WITHOUT ROWID)sql"},
     {"chunk", R"sql((
   volume INTEGER NOT NULL REFERENCES volume(id), number INTEGER NOT NULL CHECK(number BETWEEN 0 AND 4294967295),
   heat INTEGER NOT NULL CHECK(heat BETWEEN 0 AND 9223372036854775807), ssd INTEGER NOT NULL CHECK(ssd IN (0, 1)),
@@ -93,7 +96,7 @@ constexpr Table TABLES[] = {
   id INTEGER PRIMARY KEY CHECK(id = 1), kind INTEGER NOT NULL CHECK(kind IN (1, 2)),
   volume_group TEXT NOT NULL CHECK(length(volume_group) > 0)))sql"},
     {"intent", R"sql((
-  position INTEGER PRIMARY KEY, step INTEGER NOT NULL CHECK(step BETWEEN 1 AND 8),
+  position INTEGER PRIMARY KEY, step INTEGER NOT NULL CHECK(step BETWEEN 1 AND 11),
   object INTEGER NOT NULL CHECK(object BETWEEN 1 AND 4294967295), drives TEXT NOT NULL))sql"},
     {"last_refusal", R"sql((
   id INTEGER PRIMARY KEY CHECK(id = 1), operation TEXT NOT NULL,
@@ -127,6 +130,8 @@ constexpr Step STEPS[] = {
      " (SELECT 1 FROM volume AS other WHERE other.id < volume.id AND other.id & 65535 = volume.id & 65535)"
      " THEN 65535 - (SELECT count(*) FROM volume AS other WHERE other.id < volume.id) ELSE id & 65535 END"},
     {2, "INSERT OR IGNORE INTO backing VALUES(1, 1, 'tvp')"},
+    {3, "INSERT INTO laid_on_ssd SELECT id, hdd_chunks, ssd_chunks FROM volume WHERE type = 1 AND ssd_chunks "
+        "> 0"},
 };
 
 void run(Connection& connection, const std::string& sql) {
@@ -150,7 +155,7 @@ void createTriggers(Connection& connection) {
   const std::string count =
       " BEGIN UPDATE setting SET value = (value + 1) & 4611686018427387903 WHERE name = 'generation'; END";
   for (const std::string table :
-       {"drive", "pool", "pool_member", "volume", "volume_extent", "fault", "backing"}) {
+       {"drive", "pool", "pool_member", "volume", "volume_extent", "laid_on_ssd", "fault", "backing"}) {
     const char* columns =
         table == "volume"
             ? " OF id, name, description, type, chunk_sectors, hdd_chunks, ssd_chunks, knob, device"

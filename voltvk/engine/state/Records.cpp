@@ -3,6 +3,7 @@
 
 #include "voltvk/VirtualVolume.h"
 
+#include <algorithm>
 #include <numeric>
 
 namespace voltvk {
@@ -15,6 +16,19 @@ std::uint64_t PoolRecord::placedChunks() const {
 
 bool VolumeRecord::isCached() const {
   return type == TVK_VOLUME_CACHED;
+}
+
+bool VolumeRecord::wasLaidOnSsd(std::uint64_t chunk) const {
+  return std::any_of(laidOnSsd.begin(), laidOnSsd.end(), [&](const Extent& laid) {
+    return chunk >= laid.first && chunk - laid.first < laid.chunks;
+  });
+}
+
+void VolumeRecord::layAsNew() {
+  laidOnSsd.clear();
+  if (!isCached() && ssdChunks > 0) {
+    laidOnSsd.push_back({hddChunks, ssdChunks});
+  }
 }
 
 }  // namespace voltvk

@@ -82,11 +82,18 @@ struct VolumeRecord {
   std::uint8_t knob = 0;           ///< TvkKnob
   std::uint16_t deviceNumber = 0;  ///< as a device of the system; unlike those of the other volumes
   std::vector<VolumeExtentRecord> extents;
+  /**
+   * The chunks of a tiered volume that are laid on SSDs, in ascending order: of a new one those behind the
+   * chunks on hard disks, after which it may have grown on either.
+   */
+  std::vector<Extent> laidOnSsd;
 
   bool isCached() const;
   std::uint64_t capacityChunks() const { return isCached() ? hddChunks : hddChunks + ssdChunks; }
   /** Where a chunk is laid when the volume is made, and is as long as no row of the state says otherwise. */
-  bool wasLaidOnSsd(std::uint64_t chunk) const { return !isCached() && chunk >= hddChunks; }
+  bool wasLaidOnSsd(std::uint64_t chunk) const;
+  /** How a volume is laid that has not grown. */
+  void layAsNew();
   std::uint64_t capacitySectors() const { return capacityChunks() * chunkSectors; }
   /** A sum: 1 cache, 2 tier. */
   std::uint32_t features() const { return isCached() ? 1 : 2; }

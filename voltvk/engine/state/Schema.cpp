@@ -57,8 +57,6 @@ void switchToWriteAheadLog(Connection& connection) {
   }
 }
 
-constexpr const char* ADVICE = "; restore it from a backup, or move it away to start with an empty one";
-
 void upgrade(Connection& connection, const std::string& path) {
   connection.execute("PRAGMA foreign_keys = OFF");
   try {
@@ -74,7 +72,7 @@ void upgrade(Connection& connection, const std::string& path) {
     }
     throw Refusal(
         TVK_NO_DRIVER, "the state file " + path + " is of an earlier version and cannot be converted (" +
-                           error.what() + ")" + ADVICE);
+                           error.what() + "); " + REPLACE_STATE);
   }
 }
 
@@ -91,14 +89,15 @@ bool isEarlier(Connection& connection) {
 void checkVersion(Connection& connection, const std::string& path) {
   if (connection.number("PRAGMA application_id") != STATE_APPLICATION_ID ||
       versionOf(connection) != STATE_VERSION) {
-    throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is not a state of this version" + ADVICE);
+    throw Refusal(
+        TVK_NO_DRIVER, "the state file " + path + " is not a state of this version; " + REPLACE_STATE);
   }
 }
 
 void checkPages(Connection& connection, const std::string& path) {
   Statement query(connection, "PRAGMA quick_check(1)");
   if (!query.step() || query.text(0) != "ok") {
-    throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is damaged" + ADVICE);
+    throw Refusal(TVK_NO_DRIVER, "the state file " + path + " is damaged; " + REPLACE_STATE);
   }
 }
 

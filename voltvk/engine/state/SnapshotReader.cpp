@@ -124,7 +124,9 @@ std::vector<VolumeRecord> SnapshotReader::volumes() {
   Statement extents(
       m_connection, "SELECT volume, pool, first, chunks FROM volume_extent"
                     " ORDER BY volume, position");
+  Statement laid(m_connection, "SELECT volume, first, chunks FROM laid_on_ssd ORDER BY volume, first");
   bool more = extents.step();
+  bool moreLaid = laid.step();
   while (rows.step()) {
     VolumeRecord volume;
     volume.id = rows.as<std::uint32_t>(0);
@@ -140,9 +142,13 @@ std::vector<VolumeRecord> SnapshotReader::volumes() {
       volume.extents.push_back(
           {extents.as<std::uint32_t>(1), {extents.unsignedInteger(2), extents.unsignedInteger(3)}});
     }
+    for (; isPartOf("volume", volume.id, laid, moreLaid); moreLaid = laid.step()) {
+      volume.laidOnSsd.push_back({laid.unsignedInteger(1), laid.unsignedInteger(2)});
+    }
     volumes.push_back(std::move(volume));
   }
   isPartOf("volume", INT64_MAX, extents, more);
+  isPartOf("volume", INT64_MAX, laid, moreLaid);
   return volumes;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/state/StateFile.h"
 
+#include "voltvk/engine/state/DatabaseError.h"
+#include "voltvk/engine/state/FileHeader.h"
 #include "voltvk/engine/state/FileSafety.h"
 #include "voltvk/engine/state/Refusal.h"
 
@@ -26,8 +28,6 @@ namespace {
 
 constexpr const char* DEFAULT_PATH = "/var/lib/voltvk/state.db";
 constexpr const char* CHECK_PATH = "check the path in VOLTVK_STATE, or the permissions of its directory";
-constexpr std::size_t HEADER_SIZE = 100;
-constexpr const char MAGIC[] = "SQLite format 3";  // 16 bytes with its NUL
 
 std::string errorText(int number) {
   std::array<char, 128> buffer{};
@@ -77,11 +77,6 @@ std::uint64_t fileSize(const std::string& path) {
   return stat(path.c_str(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
-std::uint32_t bigEndian(const unsigned char* bytes) {
-  return std::uint32_t{bytes[0]} << 24U | std::uint32_t{bytes[1]} << 16U | std::uint32_t{bytes[2]} << 8U |
-         std::uint32_t{bytes[3]};
-}
-
 }  // namespace
 
 std::string StateFile::defaultPath() {
@@ -103,10 +98,10 @@ void StateFile::makeDirectorys() {
   m_path = resolved(m_path);
 }
 
-void StateFile::openFile() {
+void StateFile::openFile(int creation) {
   // O_NONBLOCK: a pipe in place of the file must not hang the caller.
   constexpr int FLAGS = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  m_file.emplace(open(m_path.c_str(), O_RDWR | O_CREAT | FLAGS, 0600));
+  m_file.emplace(open(m_path.c_str(), O_RDWR | creation | FLAGS, 0600));
   m_isReadOnly = !*m_file && errno == EROFS;
   if (m_isReadOnly) {
     m_file.emplace(open(m_path.c_str(), O_RDONLY | FLAGS));
@@ -127,8 +122,8 @@ void StateFile::openFile() {
   }
 }
 
-void StateFile::checkSafety() const {
-  if (const std::optional<Unsafe> unsafe = checkFile(m_file->get())) {
+void StateFile::checkSafety(bool closes) const {
+  if (const std::optional<Unsafe> unsafe = checkFile(m_file->get(), closes)) {
     refuse(unsafe->what, unsafe->advice);
   }
   const std::string directory = split(m_path).first;
@@ -136,7 +131,7 @@ void StateFile::checkSafety() const {
     refuse("is not safe: its directory " + directory + " " + unsafe->what, unsafe->advice);
   }
   for (const char* suffix : {"-wal", "-shm", "-journal"}) {
-    if (const std::optional<Unsafe> unsafe = checkFileBeside(m_path + suffix)) {
+    if (const std::optional<Unsafe> unsafe = checkFileBeside(m_path + suffix, closes)) {
       refuse("is not safe: " + m_path + suffix + " beside it " + unsafe->what, unsafe->advice);
     }
   }
@@ -183,8 +178,8 @@ void StateFile::examine() {
 
 void StateFile::prepare(std::chrono::steady_clock::time_point until) {
   makeDirectorys();
-  openFile();
-  checkSafety();
+  openFile(O_CREAT);
+  checkSafety(true);
   // Whoever opens the file holds a share of the turn until SQLite's own locks show that it is in use, so that
   // the one who examines it is alone.
   waitForTurn(LOCK_SH, until);
@@ -196,6 +191,20 @@ void StateFile::prepare(std::chrono::steady_clock::time_point until) {
   checkHeader();
 }
 
+bool StateFile::prepareForCopy(std::chrono::steady_clock::time_point until) {
+  m_path = resolved(m_path);
+  struct stat status {};
+  if (lstat(m_path.c_str(), &status) != 0 && errno == ENOENT) {
+    return false;
+  }
+  openFile(0);
+  checkSafety(false);
+  waitForTurn(LOCK_EX, until);
+  examine();
+  checkHeader();
+  return true;
+}
+
 void StateFile::release() const {
   flock(m_file->get(), LOCK_UN);
 }
@@ -205,34 +214,30 @@ void StateFile::close() {
 }
 
 void StateFile::checkHeader() const {
-  const std::string restore = "restore it from a backup, or move it away to start with an empty one";
   if (isNew()) {
     if (fileSize(m_path + "-wal") > 0) {
-      refuse("was cut to nothing while it was in use", restore);
+      refuse("was cut to nothing while it was in use", REPLACE_STATE);
     }
     if (m_isReadOnly) {
       refuse("is empty and lies on a read-only file system", CHECK_PATH);
     }
     return;  // new, or left empty by a process that was killed while creating the tables
   }
-  std::array<unsigned char, HEADER_SIZE> header{};
-  const ssize_t count = pread(m_file->get(), header.data(), header.size(), 0);
-  if (count != static_cast<ssize_t>(header.size()) || std::memcmp(header.data(), MAGIC, sizeof MAGIC) != 0) {
-    refuse("is not a database, or is damaged", restore);
+  const std::optional<FileHeader> header = FileHeader::read(m_file->get());
+  if (!header) {
+    refuse("is not a database, or is damaged", REPLACE_STATE);
   }
-  if (bigEndian(&header[68]) != STATE_APPLICATION_ID) {
+  if (header->applicationId != STATE_APPLICATION_ID) {
     refuse("is a database of another program", "set VOLTVK_STATE to another path");
   }
-  if (bigEndian(&header[60]) > STATE_VERSION) {
+  if (header->version > STATE_VERSION) {
     refuse(
-        "is from a newer version (layout " + std::to_string(bigEndian(&header[60])) + ")",
+        "is from a newer version (layout " + std::to_string(header->version) + ")",
         "install that version or use another state file");
   }
-  std::uint64_t pageSize = std::uint64_t{header[16]} << 8U | header[17];
-  pageSize = pageSize == 1 ? 65536 : pageSize;
   // A journal next to the file may hold the rest of it, so only a file without one is known to be truncated.
-  if (!hasLog() && m_size < pageSize * bigEndian(&header[28])) {
-    refuse("was cut short", restore);
+  if (!hasLog() && m_size < header->size) {
+    refuse("was cut short", REPLACE_STATE);
   }
 }
 

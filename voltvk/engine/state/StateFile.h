@@ -16,7 +16,7 @@ namespace voltvk {
 /** Marks a database as a state of this library ("TVK1"), in SQLite's application_id. */
 constexpr std::uint32_t STATE_APPLICATION_ID = 0x54564B31U;
 /** Layout of the tables, in SQLite's user_version. */
-constexpr std::uint32_t STATE_VERSION = 3;
+constexpr std::uint32_t STATE_VERSION = 4;
 
 /**
  * The file that holds the state, seen from the outside: where it is and whether it may be opened.
@@ -47,6 +47,16 @@ public:
    */
   void prepare(std::chrono::steady_clock::time_point until);
 
+  /**
+   * Does the same for a file that is only to be copied, and alters nothing: neither the file nor its
+   * directory is created, and no mode is corrected. Until close, no other process opens the file.
+   * @return false if there is no file
+   */
+  bool prepareForCopy(std::chrono::steady_clock::time_point until);
+
+  /** Stands for another file from now on. Not while a file is open. */
+  void moveTo(const std::string& path) { m_path = path; }
+
   /** Lets other processes continue: the file has its tables and is sound. */
   void release() const;
 
@@ -56,6 +66,8 @@ public:
    */
   bool isSame() const;
 
+  /** Somebody had the database open when the file was prepared. */
+  bool wasInUse() const { return m_wasInUse; }
   /** The file is empty: its tables have to be created. */
   bool isNew() const { return m_size == 0; }
   /**
@@ -75,8 +87,8 @@ public:
 
 private:
   void makeDirectorys();
-  void openFile();
-  void checkSafety() const;
+  void openFile(int creation);
+  void checkSafety(bool closes) const;
   void waitForTurn(int kind, std::chrono::steady_clock::time_point until) const;
   void examine();
   bool isInUse() const;

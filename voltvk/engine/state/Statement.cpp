@@ -66,6 +66,18 @@ void Statement::run() {
   reset();
 }
 
+void Statement::runWithRowOf(const Statement& other) {
+  reset();
+  for (int column = 0; column < sqlite3_column_count(other.m_statement.get()); ++column) {
+    const int code = sqlite3_bind_value(
+        m_statement.get(), ++m_bound, sqlite3_column_value(other.m_statement.get(), column));
+    if (code != SQLITE_OK) {
+      fail(code);
+    }
+  }
+  run();
+}
+
 std::int64_t Statement::integer(int column) const {
   return sqlite3_column_int64(m_statement.get(), column);
 }

@@ -27,6 +27,11 @@ public:
     (bind(arguments), ...);
   }
 
+  /** The same for a statement that is put together. */
+  template <typename... Arguments>
+  Statement(Connection& connection, const std::string& sql, const Arguments&... arguments)
+      : Statement(connection, sql.c_str(), arguments...) {}
+
   /** Steps to the next row. @return false if there is none. */
   bool step();
   /** Runs a statement that returns no rows; afterwards it can be run again. */
@@ -43,6 +48,9 @@ public:
     reset();
     (bind(arguments), ...);
   }
+
+  /** Runs a statement with the columns of another's row as its arguments. */
+  void runWithRowOf(const Statement& other);
 
   std::int64_t integer(int column) const;
   std::uint64_t unsignedInteger(int column) const { return static_cast<std::uint64_t>(integer(column)); }

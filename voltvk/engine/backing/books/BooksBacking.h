@@ -7,18 +7,26 @@
 namespace voltvk {
 
 /** Pools and volumes that exist in the state alone: there is nothing to do, and nothing to look at. */
-class BooksBacking final : public Backing {
+class BooksBacking : public Backing {
 public:
   bool isReal() const override { return false; }
   void requireUsable() override {}
   void activate() override {}
-  void requireUnknown(const std::vector<Intent>&) override {}
+  void requireUnknown(const std::vector<Intent>&, const Configuration&) override {}
   void makePool(const PoolRecord&, const Configuration&) override {}
   void removePool(const PoolRecord&, const Configuration&) override {}
-  void describePool(const PoolRecord&, const Configuration&) override {}
+  void extendPool(const PoolRecord&, const Configuration&) override {}
+  void releaseDrive(const PoolRecord&, std::uint16_t, const Configuration&) override {}
+  void
+  replaceDrive(const PoolRecord&, const DriveExchange&, const Configuration&, const MoveProgress&) override {}
+  bool undoReplacement(const PoolRecord&, const DriveExchange&, const Configuration&) override {
+    return true;
+  }
+  bool describePool(const PoolRecord&, const Configuration&) override { return false; }
   void makeVolume(const VolumeRecord&, const Configuration&) override {}
   void removeVolume(std::uint32_t) override {}
-  void describeVolume(const VolumeRecord&) override {}
+  bool describeVolume(const VolumeRecord&) override { return false; }
+  void resizeVolume(const VolumeRecord&, const Configuration&) override {}
   void exchange(
       const VolumeRecord&, const std::vector<std::uint64_t>&, const std::vector<std::uint64_t>&,
       const Configuration&) override {}
@@ -28,6 +36,7 @@ public:
   std::uint64_t flush(const VolumeRecord&, const FlushProgress&) override { return 0; }
   void endFlush(const VolumeRecord&) override {}
   std::vector<std::string> differences(const Configuration&) override { return {}; }
+  std::vector<std::string> contradictions(const Configuration&) override { return {}; }
   Configuration recovered(const std::vector<DriveRecord>&) override { return {}; }
   std::string devicePath(std::uint32_t) const override { return {}; }
   bool isOpen(std::uint32_t) const override { return false; }

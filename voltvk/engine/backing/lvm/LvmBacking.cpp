@@ -5,6 +5,7 @@
 #include "voltvk/engine/backing/lvm/LvmComparison.h"
 #include "voltvk/engine/backing/lvm/LvmMoves.h"
 #include "voltvk/engine/backing/lvm/LvmPools.h"
+#include "voltvk/engine/backing/lvm/LvmReplacement.h"
 #include "voltvk/engine/backing/lvm/LvmVolumes.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Wording.h"
@@ -15,6 +16,19 @@
 #include <unistd.h>
 
 namespace voltvk {
+
+namespace {
+
+/** What is described is not made larger or smaller: a state that says so is older than the drives. */
+void requireSameSize(const std::string& name, bool isSame) {
+  require(isSame, TVK_BACKING_FAILED, [&] {
+    return name +
+           " has another size on the drives than in the state, which is older; move the state away and "
+           "rebuild it from the drives with `voltvkctl recover`";
+  });
+}
+
+}  // namespace
 
 LvmBacking::LvmBacking(std::string group, LvmCommand command)
     : m_group(std::move(group)), m_command(std::move(command)), m_counters(m_group, m_mapper) {}
@@ -55,7 +69,7 @@ void LvmBacking::activate() {
   }
 }
 
-void LvmBacking::requireUnknown(const std::vector<Intent>& steps) {
+void LvmBacking::requireUnknown(const std::vector<Intent>& steps, const Configuration&) {
   const bool makesSomething = std::any_of(steps.begin(), steps.end(), [](const Intent& intent) {
     return intent.step == Step::MakePool || intent.step == Step::MakeVolume;
   });
@@ -89,8 +103,38 @@ void LvmBacking::removePool(const PoolRecord& pool, const Configuration& configu
   LvmPools(m_command, m_group).remove(pool, configuration);
 }
 
-void LvmBacking::describePool(const PoolRecord& pool, const Configuration&) {
-  LvmPools(m_command, m_group).describe(pool);
+void LvmBacking::extendPool(const PoolRecord& pool, const Configuration& configuration) {
+  LvmPools(m_command, m_group).make(pool, configuration, "extend");
+}
+
+void LvmBacking::releaseDrive(
+    const PoolRecord& pool, std::uint16_t drive, const Configuration& configuration) {
+  LvmPools pools(m_command, m_group);
+  pools.release(pool, drive, configuration);
+  pools.describe(pool);
+}
+
+void LvmBacking::replaceDrive(
+    const PoolRecord& pool, const DriveExchange& drives, const Configuration& configuration,
+    const MoveProgress& progress) {
+  LvmReplacement(m_command, m_group, pool, drives, configuration).carryOut(progress);
+}
+
+bool LvmBacking::undoReplacement(
+    const PoolRecord& pool, const DriveExchange& drives, const Configuration& configuration) {
+  return LvmReplacement(m_command, m_group, pool, drives, configuration).undo();
+}
+
+bool LvmBacking::describePool(const PoolRecord& pool, const Configuration&) {
+  const LvmGroup group = LvmGroup::read(m_command, m_group);
+  for (std::size_t position = 0; position < pool.members.size(); ++position) {
+    const LvmDrive* drive = group.member(pool.id, position);
+    const std::optional<PoolTag> tag = drive == nullptr ? std::nullopt : poolTagIn(drive->tags);
+    requireSameSize(
+        nameOf(pool), !tag || (tag->pool.chunks == pool.chunks && tag->members == pool.members.size() &&
+                               tag->chunks == pool.members[position].chunks));
+  }
+  return LvmPools(m_command, m_group).describe(pool);
 }
 
 void LvmBacking::makeVolume(const VolumeRecord& volume, const Configuration& configuration) {
@@ -102,8 +146,19 @@ void LvmBacking::removeVolume(std::uint32_t volumeId) {
   LvmVolumes(m_command, m_group).remove(volumeId, [&] { return isOpen(volumeId); });
 }
 
-void LvmBacking::describeVolume(const VolumeRecord& volume) {
-  LvmVolumes(m_command, m_group).describe(volume);
+bool LvmBacking::describeVolume(const VolumeRecord& volume) {
+  const LvmGroup group = LvmGroup::read(m_command, m_group);
+  const LvmVolume* found = group.volume(lvmNameOf(volume.id));
+  const std::optional<VolumeRecord> marked = found == nullptr ? std::nullopt : volumeIn(found->tags);
+  requireSameSize(
+      nameOf(volume), !marked || marked->id != volume.id ||
+                          (marked->hddChunks == volume.hddChunks && marked->ssdChunks == volume.ssdChunks));
+  return LvmVolumes(m_command, m_group).describe(volume);
+}
+
+void LvmBacking::resizeVolume(const VolumeRecord& volume, const Configuration& configuration) {
+  LvmVolumes(m_command, m_group).resize(volume, configuration);
+  m_counters.begin(volume);
 }
 
 void LvmBacking::exchange(
@@ -137,6 +192,10 @@ void LvmBacking::endFlush(const VolumeRecord& volume) {
 
 std::vector<std::string> LvmBacking::differences(const Configuration& configuration) {
   return differencesBetween(configuration, LvmGroup::read(m_command, m_group));
+}
+
+std::vector<std::string> LvmBacking::contradictions(const Configuration& configuration) {
+  return contradictionsBetween(configuration, LvmGroup::read(m_command, m_group));
 }
 
 Configuration LvmBacking::recovered(const std::vector<DriveRecord>& drives) {

@@ -24,15 +24,23 @@ public:
   bool isReal() const override { return true; }
   void requireUsable() override;
   void activate() override;
-  void requireUnknown(const std::vector<Intent>& steps) override;
+  void requireUnknown(const std::vector<Intent>& steps, const Configuration& configuration) override;
 
   void makePool(const PoolRecord& pool, const Configuration& configuration) override;
   void removePool(const PoolRecord& pool, const Configuration& configuration) override;
-  void describePool(const PoolRecord& pool, const Configuration& configuration) override;
+  void extendPool(const PoolRecord& pool, const Configuration& configuration) override;
+  void releaseDrive(const PoolRecord& pool, std::uint16_t drive, const Configuration& configuration) override;
+  void replaceDrive(
+      const PoolRecord& pool, const DriveExchange& drives, const Configuration& configuration,
+      const MoveProgress& progress) override;
+  bool undoReplacement(
+      const PoolRecord& pool, const DriveExchange& drives, const Configuration& configuration) override;
+  bool describePool(const PoolRecord& pool, const Configuration& configuration) override;
 
   void makeVolume(const VolumeRecord& volume, const Configuration& configuration) override;
   void removeVolume(std::uint32_t volumeId) override;
-  void describeVolume(const VolumeRecord& volume) override;
+  bool describeVolume(const VolumeRecord& volume) override;
+  void resizeVolume(const VolumeRecord& volume, const Configuration& configuration) override;
   void exchange(
       const VolumeRecord& volume, const std::vector<std::uint64_t>& demoted,
       const std::vector<std::uint64_t>& promoted, const Configuration& configuration) override;
@@ -42,6 +50,7 @@ public:
   void endFlush(const VolumeRecord& volume) override;
 
   std::vector<std::string> differences(const Configuration& configuration) override;
+  std::vector<std::string> contradictions(const Configuration& configuration) override;
   Configuration recovered(const std::vector<DriveRecord>& drives) override;
 
   std::string devicePath(std::uint32_t volumeId) const override;

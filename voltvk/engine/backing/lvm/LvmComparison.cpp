@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "voltvk/engine/backing/lvm/LvmComparison.h"
 
+#include "voltvk/engine/backing/Backing.h"
 #include "voltvk/engine/backing/lvm/LvmPools.h"
 #include "voltvk/engine/backing/lvm/LvmVolumes.h"
 #include "voltvk/engine/state/FindById.h"
@@ -18,6 +19,14 @@ namespace {
 
 using Sentences = std::vector<std::string>;
 
+/** A difference between a configuration and a volume group. */
+struct Difference {
+  std::string sentence;
+  /** They are not of the same time or of the same machine. Else something is broken, or moved by a round. */
+  bool isContradiction = false;
+};
+using Differences = std::vector<Difference>;
+
 std::string nodeOf(const LvmDrive& drive) {
   return drive.node.empty() ? "a drive that is missing" : drive.node;
 }
@@ -28,7 +37,7 @@ public:
   DriveComparison(const Configuration& configuration, const LvmGroup& group)
       : m_configuration(configuration), m_group(group) {}
 
-  Sentences sentences() {
+  Differences differences() {
     for (const PoolRecord& pool : m_configuration.pools) {
       for (std::size_t position = 0; position < pool.members.size(); ++position) {
         compare(pool, position);
@@ -36,15 +45,20 @@ public:
     }
     for (const LvmDrive& drive : m_group.drives) {
       const std::uint32_t owner = poolIdIn(drive.tags);
+      const PoolRecord* pool = findById(m_configuration.pools, owner);
       if (owner == 0) {
-        note(nodeOf(drive) + " is in the volume group " + m_group.name + " without belonging to a pool");
-      } else if (findById(m_configuration.pools, owner) == nullptr) {
+        note(
+            nodeOf(drive) + " is in the volume group " + m_group.name + " without belonging to a pool",
+            false);
+      } else if (pool == nullptr) {
         note(
             nodeOf(drive) + " has the marks of pool " + std::to_string(owner) +
             ", which the state does not have");
+      } else if (!isMember(drive, *pool)) {
+        note(nodeOf(drive) + " has the marks of " + nameOf(*pool) + ", which does not have it");
       }
     }
-    return std::move(m_sentences);
+    return std::move(m_differences);
   }
 
 private:
@@ -55,17 +69,31 @@ private:
     if (found == nullptr) {
       note(who + " is not in the volume group " + m_group.name);
     } else if (found->isMissing) {
-      note(who + (found->node.empty() ? " is missing" : " was missing for a time and is not used yet"));
+      note(
+          who + (found->node.empty() ? " is missing" : " was missing for a time and is not used yet"), false);
+    } else if (drive.present && drive.name != found->node) {
+      note(who + " is " + found->node + " in the volume group " + m_group.name);
     } else if (!tagChanges(found->tags, tagsOf(pool, position)).empty()) {
-      note(who + " has other marks than the state: the name, the description or the size of the pool");
+      note(who + " " + OTHER_MARKS + "the name, the description or the size of the pool");
     }
   }
 
-  void note(const std::string& sentence) { m_sentences.push_back(sentence); }
+  /** Whether the state knows a drive as one of the pool that it has the marks of. */
+  bool isMember(const LvmDrive& drive, const PoolRecord& pool) const {
+    const std::optional<PoolTag> tag = poolTagIn(drive.tags);
+    return (tag && tag->position < pool.members.size() && m_group.member(pool.id, tag->position) == &drive) ||
+           std::any_of(pool.members.begin(), pool.members.end(), [&](const PoolMemberRecord& member) {
+             return driveOf(member, m_configuration).name == drive.node;
+           });
+  }
+
+  void note(const std::string& sentence, bool isContradiction = true) {
+    m_differences.push_back({sentence, isContradiction});
+  }
 
   const Configuration& m_configuration;
   const LvmGroup& m_group;
-  Sentences m_sentences;
+  Differences m_differences;
 };
 
 bool isSame(const std::vector<VolumeExtentRecord>& one, const std::vector<VolumeExtentRecord>& other) {
@@ -90,58 +118,67 @@ std::vector<VolumeExtentRecord> normalized(const std::vector<VolumeExtentRecord>
   return result;
 }
 
-/** What is wrong with a volume; empty if nothing is. */
-std::string troubleOf(const VolumeRecord& volume, const Configuration& configuration, const LvmGroup& group) {
+/** What is wrong with a volume; without a sentence if nothing is. */
+Difference troubleOf(const VolumeRecord& volume, const Configuration& configuration, const LvmGroup& group) {
   const LvmVolume* found = group.volume(lvmNameOf(volume.id));
   if (found == nullptr || volumeIdIn(found->tags) != volume.id) {
-    return "has no logical volume " + group.name + "/" + lvmNameOf(volume.id);
-  }
-  if (found->isPartial) {
-    return "lacks a drive that is missing";
-  }
-  if (volume.isCached() && found->type != "cache") {
-    return "has no cache";
-  }
-  if (found->cachePolicy == "cleaner") {
-    return "has a cache that only writes back";
-  }
-  if (!found->isActive) {
-    return "is not active";
+    return {"has no logical volume " + group.name + "/" + lvmNameOf(volume.id), true};
   }
   if (!tagChanges(found->tags, tagsOf(volume)).empty()) {
-    return "has other marks than the state: its name, description, size or knob";
+    return {OTHER_MARKS + std::string("its name, description, size or knob"), true};
+  }
+  if (found->isPartial) {
+    return {"lacks a drive that is missing"};
+  }
+  if (volume.isCached() && found->type != "cache") {
+    return {"has no cache"};
+  }
+  if (found->cachePolicy == "cleaner") {
+    return {"has a cache that only writes back"};
+  }
+  if (!found->isActive) {
+    return {"is not active"};
   }
   try {
     const auto layout = layoutOf(group, volume, configuration.pools);
-    return isSame(normalized(layout), normalized(volume.extents))
-               ? ""
-               : "has chunks elsewhere than the state says";
+    const bool isAlike = isSame(normalized(layout), normalized(volume.extents));
+    return {isAlike ? "" : "has chunks elsewhere than the state says"};
   } catch (const Refusal& refusal) {
-    return std::string("cannot be compared: ") + refusal.what();
+    return {std::string("cannot be compared: ") + refusal.what(), true};
   }
 }
 
-Sentences volumeDifferences(const Configuration& configuration, const LvmGroup& group) {
-  Sentences sentences;
+Differences volumeDifferences(const Configuration& configuration, const LvmGroup& group) {
+  Differences differences;
   for (const VolumeRecord& volume : configuration.volumes) {
-    const std::string trouble = troubleOf(volume, configuration, group);
-    if (!trouble.empty()) {
-      sentences.push_back(nameOf(volume) + " " + trouble);
+    const Difference trouble = troubleOf(volume, configuration, group);
+    if (!trouble.sentence.empty()) {
+      differences.push_back({nameOf(volume) + " " + trouble.sentence, trouble.isContradiction});
     }
   }
   for (const LvmVolume& volume : group.volumes) {
     const std::string who = "the logical volume " + group.name + "/" + volume.name;
     const std::uint32_t id = volumeIdIn(volume.tags);
     if (!volume.movedFrom.empty()) {
-      sentences.push_back("a move of chunks away from " + volume.movedFrom + " is not completed");
+      differences.push_back({"a move of chunks away from " + volume.movedFrom + " is not completed"});
     } else if (id == 0 && !volume.isHidden) {
-      sentences.push_back(who + " belongs to somebody else and is left alone");
+      differences.push_back({who + " belongs to somebody else and is left alone"});
     } else if (id != 0 && findById(configuration.volumes, id) == nullptr) {
-      sentences.push_back(
-          who + " has the marks of volume " + std::to_string(id) + ", which the state does not have");
+      differences.push_back(
+          {who + " has the marks of volume " + std::to_string(id) + ", which the state does not have", true});
     }
   }
-  return sentences;
+  return differences;
+}
+
+Differences compare(const Configuration& configuration, const LvmGroup& group) {
+  if (group.exists && !group.isOurs()) {
+    return {{"the volume group " + group.name + " belongs to somebody else", true}};
+  }
+  Differences differences = DriveComparison(configuration, group).differences();
+  const Differences ofVolumes = volumeDifferences(configuration, group);
+  differences.insert(differences.end(), ofVolumes.begin(), ofVolumes.end());
+  return differences;
 }
 
 /** Rebuilds pools and volumes. */
@@ -223,13 +260,21 @@ private:
 
 }  // namespace
 
-std::vector<std::string> differencesBetween(const Configuration& configuration, const LvmGroup& group) {
-  if (group.exists && !group.isOurs()) {
-    return {"the volume group " + group.name + " belongs to somebody else"};
+Sentences differencesBetween(const Configuration& configuration, const LvmGroup& group) {
+  Sentences sentences;
+  for (const Difference& difference : compare(configuration, group)) {
+    sentences.push_back(difference.sentence);
   }
-  Sentences sentences = DriveComparison(configuration, group).sentences();
-  const Sentences ofVolumes = volumeDifferences(configuration, group);
-  sentences.insert(sentences.end(), ofVolumes.begin(), ofVolumes.end());
+  return sentences;
+}
+
+Sentences contradictionsBetween(const Configuration& configuration, const LvmGroup& group) {
+  Sentences sentences;
+  for (const Difference& difference : compare(configuration, group)) {
+    if (difference.isContradiction) {
+      sentences.push_back(difference.sentence);
+    }
+  }
   return sentences;
 }
 

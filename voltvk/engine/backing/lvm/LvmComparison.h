@@ -13,6 +13,9 @@ namespace voltvk {
 /** As Backing::differences. */
 std::vector<std::string> differencesBetween(const Configuration& configuration, const LvmGroup& group);
 
+/** As Backing::contradictions. */
+std::vector<std::string> contradictionsBetween(const Configuration& configuration, const LvmGroup& group);
+
 /**
  * As Backing::recovered.
  * @throws Refusal TVK_BACKING_FAILED if a drive of a pool is not there, or a volume is not complete

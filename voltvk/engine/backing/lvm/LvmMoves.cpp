@@ -17,13 +17,6 @@ namespace {
 /** Ranges in one command: a single argument of a program may have 128 KiB. */
 constexpr std::size_t LARGEST_BATCH = 1000;
 
-/** What a command that moves data may take; the slowest drives move some MiB in a second. */
-ProgramLimits limitsFor(std::uint64_t extents) {
-  ProgramLimits limits;
-  limits.timeout += std::chrono::seconds(2 * extents);
-  return limits;
-}
-
 /** Pieces of a volume between two of its extents. */
 std::vector<LvmPart> slice(const std::vector<LvmPart>& parts, std::uint64_t first, std::uint64_t extents) {
   std::vector<LvmPart> pieces;
@@ -184,6 +177,12 @@ extentsPerChunk(const std::vector<VolumeExtentRecord>& extents, const Configurat
 }
 
 }  // namespace
+
+ProgramLimits limitsFor(std::uint64_t extents) {
+  ProgramLimits limits;
+  limits.timeout += std::chrono::seconds(2 * extents);
+  return limits;
+}
 
 std::vector<LvmMoveBatch> planMoves(
     const LvmGroup& group, const VolumeRecord& volume, std::vector<std::uint64_t> chunks,

@@ -21,6 +21,9 @@ struct LvmMove {
   std::uint64_t extents = 0;
 };
 
+/** What a command that moves so many extents may take; the slowest drives move some MiB in a second. */
+ProgramLimits limitsFor(std::uint64_t extents);
+
 /** Moves that one command carries out: all of them from one drive. */
 using LvmMoveBatch = std::vector<LvmMove>;
 

@@ -80,15 +80,19 @@ void requireUnused(const LvmGroup& group, const PoolRecord& pool, const Configur
 
 }  // namespace
 
-const DriveRecord& driveOf(const PoolMemberRecord& member, const Configuration& configuration) {
+const DriveRecord& driveOf(std::uint16_t number, const Configuration& configuration) {
   const auto found =
       std::find_if(configuration.drives.begin(), configuration.drives.end(), [&](const DriveRecord& drive) {
-        return drive.number == member.drive;
+        return drive.number == number;
       });
   require(found != configuration.drives.end(), TVK_BACKING_FAILED, [&] {
-    return "no drive has the number " + std::to_string(member.drive) + "; see the list of drives";
+    return "no drive has the number " + std::to_string(number) + "; see the list of drives";
   });
   return *found;
+}
+
+const DriveRecord& driveOf(const PoolMemberRecord& member, const Configuration& configuration) {
+  return driveOf(member.drive, configuration);
 }
 
 void requireOurGroup(const LvmGroup& group) {
@@ -106,7 +110,63 @@ void LvmPools::claim(const DriveRecord& drive) const {
                                  "--dataalignment", "1m", drive.name});
 }
 
-void LvmPools::make(const PoolRecord& pool, const Configuration& configuration) {
+void LvmPools::mark(
+    const LvmGroup& group, const PoolRecord& pool, std::size_t position, const DriveRecord& drive,
+    const std::string& task) const {
+  const LvmDrive* known = group.driveAt(drive.name);
+  Words describe = tagChanges(known == nullptr ? LvmTags() : known->tags, tagsOf(pool, position));
+  if (!describe.empty()) {
+    describe.insert(describe.begin(), "pvchange");
+    describe.push_back(drive.name);
+    m_command.run(task, describe);
+  }
+}
+
+void LvmPools::claimReplacement(const PoolRecord& pool, std::size_t position, const DriveRecord& drive) {
+  const LvmGroup group = LvmGroup::read(m_command, m_group);
+  requireOurGroup(group);
+  const LvmDrive* known = group.driveAt(drive.name);
+  if (known == nullptr) {
+    if (!isLoose(group, drive.name)) {
+      claim(drive);
+    }
+    m_command.run("use " + nameOf(drive), {"vgextend", m_group, drive.name});
+  }
+  mark(group, pool, position, drive, "use " + nameOf(drive));
+  const LvmGroup claimed = LvmGroup::read(m_command, m_group);
+  known = claimed.driveAt(drive.name);
+  const std::uint64_t needed = pool.members.at(position).chunks * pool.chunkSectors;
+  require(known != nullptr && known->extents * EXTENT_SECTORS >= needed, TVK_NOT_ENOUGH_SPACE, [&] {
+    return nameOf(drive) + " has no room for the " + sizeText(needed) + " that it is to have of " +
+           nameOf(pool) + "; choose a larger drive";
+  });
+}
+
+void LvmPools::release(const PoolRecord& pool, std::uint16_t number, const Configuration& configuration) {
+  const DriveRecord& drive = driveOf(number, configuration);
+  const LvmGroup group = LvmGroup::read(m_command, m_group);
+  const LvmDrive* known = group.isOurs() && drive.present ? group.driveAt(drive.name) : nullptr;
+  // Nothing is taken out of a group that lacks a drive; and which one it lacks, the group does not say.
+  const bool someAreMissing =
+      group.isOurs() && !isLoose(group, drive.name) &&
+      std::any_of(group.drives.begin(), group.drives.end(), [&](const LvmDrive& candidate) {
+        const std::uint32_t owner = poolIdIn(candidate.tags);
+        return candidate.isMissing && (owner == 0 || owner == pool.id);
+      });
+  if (someAreMissing) {
+    dropGoneDrives(pool, configuration, "release " + nameOf(drive));
+  }
+  const bool isMember =
+      known != nullptr && isOurs(*known) && (poolIdIn(known->tags) == 0 || poolIdIn(known->tags) == pool.id);
+  if (isMember) {
+    m_command.run("release " + nameOf(drive), {"vgreduce", m_group, drive.name});
+  }
+  if (isMember || isLoose(group, drive.name)) {
+    m_command.run("release " + nameOf(drive), {"pvremove", drive.name});
+  }
+}
+
+void LvmPools::make(const PoolRecord& pool, const Configuration& configuration, const char* verb) {
   const LvmGroup group = LvmGroup::read(m_command, m_group);
   requireOurGroup(group);
   std::vector<const DriveRecord*> unclaimed;
@@ -134,17 +194,10 @@ void LvmPools::make(const PoolRecord& pool, const Configuration& configuration) 
                      ? Words{"vgextend", m_group}
                      : Words{"vgcreate", "--physicalextentsize", "1m", "--addtag", GROUP_TAG, m_group};
     add(join, outside);
-    m_command.run(taskOf("make", pool), join);
+    m_command.run(taskOf(verb, pool), join);
   }
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
-    const DriveRecord& drive = driveOf(pool.members[position], configuration);
-    const LvmDrive* known = group.driveAt(drive.name);
-    Words describe = tagChanges(known == nullptr ? LvmTags() : known->tags, tagsOf(pool, position));
-    if (!describe.empty()) {
-      describe.insert(describe.begin(), "pvchange");
-      describe.push_back(drive.name);
-      m_command.run(taskOf("make", pool), describe);
-    }
+    mark(group, pool, position, driveOf(pool.members[position], configuration), taskOf(verb, pool));
   }
   const LvmGroup made = LvmGroup::read(m_command, m_group);
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
@@ -197,15 +250,16 @@ void LvmPools::restoreReturned(const LvmGroup& group) const {
   }
 }
 
-void LvmPools::dropGoneDrives(const PoolRecord& pool, const Configuration& configuration) const {
+void LvmPools::dropGoneDrives(
+    const PoolRecord& pool, const Configuration& configuration, const std::string& task) const {
   // This drops every missing drive that holds no part of a volume, also that of another pool: the volume
   // manager cannot drop a single one. It reports a failure if a volume of another pool needs a missing drive.
   const std::string message = m_command.attempt({"vgreduce", "--removemissing", m_group});
   const LvmGroup left = LvmGroup::read(m_command, m_group);
   require(!claimed(left, pool, configuration).someAreGone, TVK_BACKING_FAILED, [&] {
-    return "could not " + taskOf("delete", pool) +
-           ": a drive of it that is missing cannot be dropped from the " + "volume group " + m_group + ": " +
-           message + "; correct that and try again";
+    return "could not " + task + ": a drive of " + nameOf(pool) +
+           " that is missing cannot be dropped from the volume group " + m_group + ": " + message +
+           "; attach it, or delete what is on it, and try again";
   });
 }
 
@@ -222,7 +276,7 @@ void LvmPools::remove(const PoolRecord& pool, const Configuration& configuration
   const bool someOthersAreGone = std::any_of(
       group.drives.begin(), group.drives.end(), [](const LvmDrive& drive) { return drive.isMissing; });
   if (mine.someAreGone || (pool.internal && group.isOurs() && someOthersAreGone)) {
-    dropGoneDrives(pool, configuration);
+    dropGoneDrives(pool, configuration, taskOf("delete", pool));
     group = LvmGroup::read(m_command, m_group);
     mine = claimed(group, pool, configuration);
   }
@@ -241,7 +295,7 @@ void LvmPools::remove(const PoolRecord& pool, const Configuration& configuration
   }
 }
 
-void LvmPools::describe(const PoolRecord& pool) {
+bool LvmPools::describe(const PoolRecord& pool) {
   const LvmGroup group = LvmGroup::read(m_command, m_group);
   std::map<Words, std::vector<std::string>> nodesOfChange;
   for (std::size_t position = 0; position < pool.members.size(); ++position) {
@@ -264,6 +318,7 @@ void LvmPools::describe(const PoolRecord& pool) {
     add(command, nodes);
     m_command.run(taskOf("describe", pool), command);
   }
+  return !nodesOfChange.empty();
 }
 
 }  // namespace voltvk

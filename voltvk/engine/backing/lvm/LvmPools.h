@@ -16,9 +16,29 @@ class LvmPools {
 public:
   LvmPools(const LvmCommand& command, std::string group) : m_command(command), m_group(std::move(group)) {}
 
-  void make(const PoolRecord& pool, const Configuration& configuration);
+  /** Claims what is not the pool's yet. @param verb what for: "make", "extend" */
+  void make(const PoolRecord& pool, const Configuration& configuration, const char* verb = "make");
   void remove(const PoolRecord& pool, const Configuration& configuration);
-  void describe(const PoolRecord& pool);
+  /** @return whether the drives carried something else */
+  bool describe(const PoolRecord& pool);
+
+  /**
+   * Claims a drive that is to have what another drive of a pool has: it gets the marks of that drive, too.
+   * @param position of the other drive in the pool
+   */
+  void claimReplacement(const PoolRecord& pool, std::size_t position, const DriveRecord& drive);
+  /**
+   * Takes an empty drive out of a pool, however far it came into it; does nothing if it is not of the pool.
+   * @throws Refusal also if it may be one that is missing and holds parts of volumes
+   */
+  void release(const PoolRecord& pool, std::uint16_t drive, const Configuration& configuration);
+
+  /**
+   * Drops the drives of a pool that are missing.
+   * @param task what for: "delete pool 2 (fast)" @throws Refusal if parts of volumes are on them
+   */
+  void
+  dropGoneDrives(const PoolRecord& pool, const Configuration& configuration, const std::string& task) const;
 
   /** Uses drives again that were missing when the group was changed: what is on them is still what it was. */
   void restoreReturned(const LvmGroup& group) const;
@@ -34,12 +54,16 @@ private:
 
   void claim(const DriveRecord& drive) const;
   Claimed claimed(const LvmGroup& group, const PoolRecord& pool, const Configuration& configuration) const;
-  void dropGoneDrives(const PoolRecord& pool, const Configuration& configuration) const;
+  void mark(
+      const LvmGroup& group, const PoolRecord& pool, std::size_t position, const DriveRecord& drive,
+      const std::string& task) const;
 
   const LvmCommand& m_command;
   const std::string m_group;
 };
 
+/** The drive with a number. @throws Refusal TVK_BACKING_FAILED if the configuration has none */
+const DriveRecord& driveOf(std::uint16_t number, const Configuration& configuration);
 /** The drive of a member. @throws Refusal TVK_BACKING_FAILED if the configuration has none */
 const DriveRecord& driveOf(const PoolMemberRecord& member, const Configuration& configuration);
 

@@ -175,6 +175,8 @@ std::optional<VolumeRecord> volumeIn(const LvmTags& tags) {
   reader.number("ssd", volume.ssdChunks, 0, MAX_VOLUME_PART);
   reader.number("knob", volume.knob, TVK_KNOB_AGGRESSIVE, TVK_KNOB_PASSIVE);
   reader.number("device", volume.deviceNumber, 0, 65535);
+  // How it grew is not recorded: chunks that are laid elsewhere are taken as moved.
+  volume.layAsNew();
   return reader.isGood() && isPowerOfTwo(volume.chunkSectors) && volume.hddChunks + volume.ssdChunks > 0
              ? std::optional(volume)
              : std::nullopt;

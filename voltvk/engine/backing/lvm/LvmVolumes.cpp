@@ -58,6 +58,26 @@ private:
   const Configuration& m_configuration;
 };
 
+/** Where all of a volume is to be. */
+struct VolumePlaces {
+  std::vector<LvmPart> origin;
+  std::vector<LvmPart> cache;
+  const PoolRecord* ssdPool = nullptr;
+};
+
+VolumePlaces
+placementOf(const VolumeRecord& volume, const Configuration& configuration, const LvmGroup& group) {
+  const Placement placement(group, configuration);
+  VolumePlaces places;
+  for (const VolumeExtentRecord& extent : volume.extents) {
+    const PoolRecord& pool = poolOf(extent, configuration);
+    const bool isCache = volume.isCached() && isSsd(pool);
+    placement.add(isCache ? places.cache : places.origin, extent);
+    places.ssdPool = isSsd(pool) ? &pool : places.ssdPool;
+  }
+  return places;
+}
+
 /** The parts of what is wanted that do not exist yet. @throws Refusal if something else exists */
 std::vector<LvmPart> missingParts(
     const std::vector<LvmPart>& wanted, const std::vector<LvmPart>& existing, const std::string& name) {
@@ -156,12 +176,14 @@ layoutOf(const LvmGroup& group, const VolumeRecord& volume, const std::vector<Po
 
 void LvmVolumes::makeLinear(
     const VolumeRecord& volume, const std::string& name, const std::vector<LvmPart>& wanted,
-    const LvmGroup& group) {
+    const LvmGroup& group, const std::string& task) {
   const LvmVolume* existing = group.volume(name);
   const std::string fullName = m_group + "/" + name;
   require(existing == nullptr || volumeIdIn(existing->tags) == volume.id, TVK_BACKING_FAILED, [&] {
     return "the logical volume " + fullName + " belongs to somebody else; rename it with `lvrename`";
   });
+  const LvmVolume* hidden = group.volume(name + "_corig");
+  existing = hidden == nullptr ? existing : hidden;  // a cached volume has no parts of its own
   const std::vector<LvmPart> none;
   bool isNew = existing == nullptr;
   // One range at a time: of several, the volume manager takes the largest first.
@@ -177,7 +199,7 @@ void LvmVolumes::makeLinear(
       command = {"lvextend", "-y", "-l", "+" + extents, fullName};
     }
     command.push_back(rangeOf(group, part));
-    m_command.run(taskOf("make", volume), command);
+    m_command.run(task, command);
     isNew = false;
   }
 }
@@ -193,23 +215,14 @@ void LvmVolumes::attachCache(const VolumeRecord& volume, const PoolRecord& ssdPo
 void LvmVolumes::make(const VolumeRecord& volume, const Configuration& configuration) {
   const LvmGroup group = LvmGroup::read(m_command, m_group);
   requireOurGroup(group);
-  const Placement placement(group, configuration);
   const std::string name = lvmNameOf(volume.id);
-  std::vector<LvmPart> origin;
-  std::vector<LvmPart> cache;
-  const PoolRecord* ssdPool = nullptr;
-  for (const VolumeExtentRecord& extent : volume.extents) {
-    const PoolRecord& pool = poolOf(extent, configuration);
-    const bool isCache = volume.isCached() && isSsd(pool);
-    placement.add(isCache ? cache : origin, extent);
-    ssdPool = isSsd(pool) ? &pool : ssdPool;
-  }
+  const VolumePlaces places = placementOf(volume, configuration, group);
   const LvmVolume* existing = group.volume(name);
   if (existing == nullptr || existing->type != "cache") {
-    makeLinear(volume, name, origin, group);
-    if (volume.isCached() && ssdPool != nullptr) {
-      makeLinear(volume, lvmCacheNameOf(volume.id), cache, group);
-      attachCache(volume, *ssdPool);
+    makeLinear(volume, name, places.origin, group, taskOf("make", volume));
+    if (volume.isCached() && places.ssdPool != nullptr) {
+      makeLinear(volume, lvmCacheNameOf(volume.id), places.cache, group, taskOf("make the cache of", volume));
+      attachCache(volume, *places.ssdPool);
     }
   }
 }
@@ -238,18 +251,41 @@ void LvmVolumes::remove(std::uint32_t volumeId, const std::function<bool()>& isO
   }
 }
 
-void LvmVolumes::describe(const VolumeRecord& volume) {
+void LvmVolumes::resize(const VolumeRecord& volume, const Configuration& configuration) {
+  const LvmGroup group = LvmGroup::read(m_command, m_group);
+  const std::string name = lvmNameOf(volume.id);
+  const LvmVolume* whole = group.volume(name);
+  require(whole != nullptr && volumeIdIn(whole->tags) == volume.id, TVK_BACKING_FAILED, [&] {
+    return "there is no logical volume " + m_group + "/" + name + "; see `voltvkctl check`";
+  });
+  const LvmVolume* hidden = group.volume(name + "_corig");
+  const std::uint64_t extents = (hidden == nullptr ? whole : hidden)->extents();
+  const std::uint64_t wanted = volume.capacitySectors() / EXTENT_SECTORS;
+  if (extents > wanted) {
+    m_command.run(
+        taskOf("drop what was added to", volume),
+        {"lvreduce", "-y", "-l", std::to_string(wanted), m_group + "/" + name});
+  } else if (extents < wanted) {
+    makeLinear(
+        volume, name, placementOf(volume, configuration, group).origin, group, taskOf("extend", volume));
+  }
+  describe(volume);
+}
+
+bool LvmVolumes::describe(const VolumeRecord& volume) {
   const LvmGroup group = LvmGroup::read(m_command, m_group);
   const LvmVolume* existing = group.volume(lvmNameOf(volume.id));
   if (existing == nullptr || volumeIdIn(existing->tags) != volume.id) {
-    return;
+    return false;
   }
   Words command = tagChanges(existing->tags, tagsOf(volume));
-  if (!command.empty()) {
-    command.insert(command.begin(), "lvchange");
-    command.push_back(m_group + "/" + existing->name);
-    m_command.run(taskOf("describe", volume), command);
+  if (command.empty()) {
+    return false;
   }
+  command.insert(command.begin(), "lvchange");
+  command.push_back(m_group + "/" + existing->name);
+  m_command.run(taskOf("describe", volume), command);
+  return true;
 }
 
 }  // namespace voltvk

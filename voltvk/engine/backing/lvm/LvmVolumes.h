@@ -20,12 +20,16 @@ public:
   void make(const VolumeRecord& volume, const Configuration& configuration);
   /** Removes what there is of a volume, however far making it came. @param isOpen asked before each step */
   void remove(std::uint32_t volumeId, const std::function<bool()>& isOpen);
-  void describe(const VolumeRecord& volume);
+  /** @return whether the volume carried something else */
+  bool describe(const VolumeRecord& volume);
+  /** As Backing::resizeVolume. */
+  void resize(const VolumeRecord& volume, const Configuration& configuration);
 
 private:
+  /** @param task what it is for: "make volume 3 (data)" */
   void makeLinear(
       const VolumeRecord& volume, const std::string& name, const std::vector<LvmPart>& wanted,
-      const LvmGroup& group);
+      const LvmGroup& group, const std::string& task);
   void attachCache(const VolumeRecord& volume, const PoolRecord& ssdPool);
 
   const LvmCommand& m_command;
