@@ -19,7 +19,8 @@ struct HttpCall {
   std::string protocolVersion;  ///< CIMProtocolVersion
   std::string contentType;
   std::string body;
-  std::string user;    ///< who asks, for the principal
+  std::string query;   ///< of a page: what follows the question mark of its address, as it is
+  std::string user;    ///< who asks, for the principal; of a page, empty for whoever was not asked
   std::string client;  ///< address and port, for the log
 };
 
@@ -33,6 +34,7 @@ struct HttpReply {
   std::string operation;  ///< for the log: "EnumerateInstances", or the method's name
   std::string className;
   CMPIrc code = CMPI_RC_OK;
+  bool routine = false;  ///< not worth a line of the log, which only failures get
 };
 
 /** Answers one call. Called by several threads at once; never throws. */

@@ -4,6 +4,7 @@
 #include "host/cimxml/server/Connection.h"
 #include "host/cimxml/server/Credentials.h"
 #include "host/cimxml/server/Listener.h"
+#include "host/cimxml/server/RequestStream.h"
 #include "host/cimxml/server/Tls.h"
 #include "host/schema/Names.h"
 #include "text/Utf8.h"
@@ -16,7 +17,6 @@
 #include <csignal>
 #include <cstdio>
 #include <list>
-#include <map>
 #include <stdexcept>
 #include <string_view>
 #include <thread>
@@ -35,35 +35,6 @@ using Clock = Connection::Clock;
 /** How long credentials that were accepted stay so on their connection. */
 constexpr std::chrono::minutes ACCEPTED{1};
 
-/** What httplib reads a request from and writes the answer to: the head that was looked at, then the
- * connection. */
-class RequestStream : public httplib::Stream {
-public:
-  RequestStream(Connection& connection, std::string_view head) : m_connection(connection), m_head(head) {}
-
-  bool is_readable() const override { return true; }
-  bool is_writable() const override { return true; }
-  ssize_t read(char* data, std::size_t size) override {
-    if (m_head.empty()) {
-      return m_connection.read(data, size);
-    }
-    const std::size_t count = m_head.copy(data, size);
-    m_head.remove_prefix(count);
-    return static_cast<ssize_t>(count);
-  }
-  ssize_t write(const char* data, std::size_t size) override {
-    return m_connection.write(data, size) ? static_cast<ssize_t>(size) : -1;
-  }
-  void get_remote_ip_and_port(std::string& /*address*/, int& /*port*/) const override {}
-  void get_local_ip_and_port(std::string& /*address*/, int& /*port*/) const override {}
-  // Only asked to find numbers that select() cannot take, and nothing here selects.
-  socket_t socket() const override { return -1; }
-
-private:
-  Connection& m_connection;
-  std::string_view m_head;
-};
-
 /** A client that is being served: its connection, who it is, and its current request. */
 struct Client {
   Connection connection;
@@ -74,6 +45,7 @@ struct Client {
   // Of the current request.
   std::string user;
   HttpReply reply;
+  Asked asked = Asked::Nothing;
   bool inStep = true;  ///< whether the next request begins where the connection is read next
 };
 
@@ -129,18 +101,20 @@ struct HttpServer::Content {
 
   void acceptAll();
   std::size_t reapWorkers();
-  void refuseConnection(int socket) const;
+  void refuseConnection(int socket);
   void serve(int socket, const std::string& address);
   /** @return whether the connection goes on */
   bool serveRequest(Client& client);
-  void refuse(Client& client, const Refusal& refusal) const;
-  void logRequest(const Client& client, bool taken) const;
+  void refuse(Client& client, const Refusal& refusal);
+  void logRequest(const Client& client, bool taken);
 
   void setUp();
   void answerPost(
       const httplib::Request& request, httplib::Response& response,
       const httplib::ContentReader& reader) const;
   void answerGet(const httplib::Request& request, httplib::Response& response) const;
+  /** Whether a page is open to a client who is not asked for a password. */
+  static bool isOpen(const Page* page, const Client& client, const httplib::Request& request);
   /** Finds out who asks. @return whether the request may go on; else the response says why not */
   bool admit(Client& client, const httplib::Request& request, httplib::Response& response) const;
   bool authenticate(Client& client, const std::string& authorization) const;
@@ -156,7 +130,8 @@ struct HttpServer::Content {
   const std::shared_ptr<Users> users;
   TlsContext tls;
   CallHandler callHandler;
-  std::map<std::string, CallHandler> pages;
+  Pages pages;
+  RequestCounters counters;
   Requests requests;
   OwnedFile stop;  ///< can be read once the server stops
   std::optional<Listener> listener;
@@ -274,6 +249,16 @@ void HttpServer::Content::answerPost(
     return;
   }
   HttpCall operation;
+  const std::string_view path = pathOf(request.target);
+  if (path != "/" && pages.find(path) != nullptr) {
+    client.asked = Asked::Page;
+    if (readBody(client, reader, nullptr, response)) {
+      answerWith(response, 405, "A page is asked for with GET or HEAD.");
+      response.set_header("Allow", "GET, HEAD");
+    }
+    return;
+  }
+  client.asked = Asked::Operation;
   if (!readBody(client, reader, &operation.body, response)) {
     return;
   }
@@ -286,31 +271,53 @@ void HttpServer::Content::answerPost(
   call(client, callHandler, std::move(operation), request, response);
 }
 
+bool HttpServer::Content::isOpen(const Page* page, const Client& client, const httplib::Request& request) {
+  return page != nullptr && (page->readers == PageReaders::Everyone ||
+                             (page->readers == PageReaders::SameMachine && isOnThisMachine(client.address) &&
+                              namesThisMachine(request.get_header_value("Host"))));
+}
+
 void HttpServer::Content::answerGet(const httplib::Request& request, httplib::Response& response) const {
   Client& client = *servedClient;
-  if (!admit(client, request, response)) {
-    return;
+  const Page* page = pages.find(request.target);
+  client.asked = page == nullptr ? Asked::Nothing : Asked::Page;
+  if (!isOpen(page, client, request)) {
+    if (!admit(client, request, response)) {
+      return;
+    }
+    if (users->anonymous() && !namesThisMachine(request.get_header_value("Host"))) {
+      answerWith(
+          response, 403,
+          "Where no password is asked for, pages are for this machine: use localhost in their address.");
+      return;
+    }
   }
-  const auto page = pages.find(request.target.substr(0, request.target.find('?')));
-  if (page == pages.end()) {
+  if (page == nullptr) {
     answerWith(response, 404, "There is no such page; operations of CIM-XML are sent with POST.");
     return;
   }
-  call(client, page->second, {}, request, response);
+  HttpCall asked;
+  asked.query = request.target.substr(std::min(request.target.find('?'), request.target.size() - 1) + 1);
+  call(client, page->handler, std::move(asked), request, response);
 }
 
-void HttpServer::Content::logRequest(const Client& client, bool taken) const {
+void HttpServer::Content::logRequest(const Client& client, bool taken) {
   const HttpReply& reply = client.reply;
+  const Clock::duration time = Clock::now() - client.connection.requestBegan();
+  const bool failed = reply.status == 200 && reply.code != CMPI_RC_OK;
+  counters.add({client.asked, reply.status, failed, taken, time});
+  if (reply.routine && taken && reply.status == 200 && !failed) {
+    return;
+  }
   const std::string status = !taken                     ? "lost"
                              : reply.status != 200      ? std::to_string(reply.status)
                              : reply.code == CMPI_RC_OK ? "OK"
                                                         : statusName(reply.code);
   log(client.address + " " + logged(client.user) + " " + logged(reply.operation) + " " +
-      logged(reply.className) + " " + status + " " +
-      milliseconds(Clock::now() - client.connection.requestBegan()));
+      logged(reply.className) + " " + status + " " + milliseconds(time));
 }
 
-void HttpServer::Content::refuse(Client& client, const Refusal& refusal) const {
+void HttpServer::Content::refuse(Client& client, const Refusal& refusal) {
   const std::string text = refusalText(refusal);
   client.reply.status = refusal.status;
   const bool taken = client.connection.write(text.data(), text.size()) && client.connection.flush();
@@ -321,6 +328,7 @@ void HttpServer::Content::refuse(Client& client, const Refusal& refusal) const {
 bool HttpServer::Content::serveRequest(Client& client) {
   client.user.clear();
   client.reply = {};
+  client.asked = Asked::Nothing;
   std::string head;
   std::optional<Refusal> refusal = client.connection.readHead(head);
   if (!refusal) {
@@ -346,13 +354,16 @@ bool HttpServer::Content::serveRequest(Client& client) {
 }
 
 void HttpServer::Content::serve(int socket, const std::string& address) {
-  Client client{{socket, tls.get(), options.limits, stop.get()}, address, {}, {}, {}, {}, {}, true};
+  Client client{
+      {socket, tls.get(), options.limits, stop.get()}, address, {}, {}, {}, {}, {}, Asked::Nothing, true};
   if (!client.connection.open()) {
     log(address + " - - - no-tls " + milliseconds(Clock::now() - client.connection.requestBegan()));
     return;
   }
+  counters.open();
   while (!stopping() && client.connection.awaitRequest() && serveRequest(client)) {
   }
+  counters.close();
 }
 
 std::size_t HttpServer::Content::reapWorkers() {
@@ -367,7 +378,8 @@ std::size_t HttpServer::Content::reapWorkers() {
   return workers.size();
 }
 
-void HttpServer::Content::refuseConnection(int socket) const {
+void HttpServer::Content::refuseConnection(int socket) {
+  counters.refuseConnection();
   const OwnedFile file(socket);
   if (tls == nullptr) {
     const std::string text =
@@ -438,8 +450,8 @@ void HttpServer::onCall(CallHandler handler) {
   m_content->callHandler = std::move(handler);
 }
 
-void HttpServer::onPage(const std::string& path, CallHandler handler) {
-  m_content->pages[path] = std::move(handler);
+void HttpServer::onPage(const std::string& path, CallHandler handler, PageReaders readers) {
+  m_content->pages.add(path, {std::move(handler), readers});
 }
 
 void HttpServer::start() {
@@ -465,6 +477,10 @@ void HttpServer::start() {
 
 std::uint16_t HttpServer::port() const {
   return m_content->listener->port();
+}
+
+ServerCounts HttpServer::counts() const {
+  return m_content->counters.counts();
 }
 
 void HttpServer::stop() {

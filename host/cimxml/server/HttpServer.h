@@ -3,6 +3,8 @@
 #define HOST_CIMXML_SERVER_HTTPSERVER_H
 
 #include "host/cimxml/server/Exchange.h"
+#include "host/cimxml/server/Pages.h"
+#include "host/cimxml/server/RequestCounters.h"
 
 #include <chrono>
 #include <cstddef>
@@ -75,13 +77,18 @@ public:
 
   /** What answers POST at /cimom (and any other path, as object managers do). Before start(). */
   void onCall(CallHandler handler);
-  /** What answers GET at a path. Before start(). */
-  void onPage(const std::string& path, CallHandler handler);
+  /**
+   * What answers GET and HEAD at a path; POST is answered with 405 there, except at "/". Before start().
+   * Where nobody is asked for a password, the address of the request has to name this machine.
+   */
+  void onPage(const std::string& path, CallHandler handler, PageReaders readers = PageReaders::Users);
 
   /** Begins to listen; the threads are the server's own. @throws std::runtime_error */
   void start();
   /** The port that it listens on, after start(). */
   std::uint16_t port() const;
+  /** What was done so far. */
+  ServerCounts counts() const;
   /** Takes no more connections, finishes the requests that run, and returns. */
   void stop();
 

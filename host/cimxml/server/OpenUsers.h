@@ -21,6 +21,9 @@ private:
   const std::string m_user;
 };
 
+/** Whether a user's primary group is root's, which lets him change things. */
+bool isAdministrator(const std::string& user);
+
 /** Of some users, permits those only whose primary group is root's. */
 class AdministratorsOnly : public Users {
 public:
@@ -30,7 +33,9 @@ public:
   bool accepts(const std::string& user, const std::string& password) override {
     return m_users->accepts(user, password);
   }
-  bool permits(const std::string& user) const override;
+  bool permits(const std::string& user) const override {
+    return m_users->permits(user) && isAdministrator(user);
+  }
 
 private:
   const std::shared_ptr<Users> m_users;

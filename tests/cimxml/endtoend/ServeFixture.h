@@ -41,6 +41,8 @@ protected:
     return result.err;
   }
 
+  void signal(int number) const { m_server->signal(number); }
+
   std::uint16_t port() const { return m_port; }
   std::string url(const std::string& path, const std::string& nameSpace = "root/kvs/tvp/smi_15") const {
     return "http://127.0.0.1:" + std::to_string(m_port) + "/" + nameSpace + (path.empty() ? "" : ":" + path);

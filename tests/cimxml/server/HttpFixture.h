@@ -78,6 +78,12 @@ protected:
     });
   }
 
+  /** The log so far. */
+  std::vector<std::string> lines() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_lines;
+  }
+
   HttpServerOptions options;
   std::shared_ptr<Users> users = std::make_shared<OpenUsers>("carol");
   CallHandler handler = echo;
