@@ -16,14 +16,14 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-constexpr int DONE = 0;
 constexpr int FAILED = 1;
 constexpr int WRONG_USAGE = 2;
 
 const char* const SUMMARY =
     "Talks to the storage provider as a CIM object manager does: storage verbs, CIM verbs and indications.";
-const char* const FOOTER = "\nExit status: 0 done, 1 the operation failed, 2 wrong usage.\n"
-                           "'tvpcim VERB --help' describes a verb.";
+const char* const FOOTER =
+    "\nExit status: 0 done, 1 the operation failed, 2 wrong usage; of status also 3 degraded, 4 failed.\n"
+    "'tvpcim VERB --help' describes a verb.";
 
 std::vector<std::string> verbsOf(const CLI::App& app) {
   std::vector<std::string> names;
@@ -40,6 +40,15 @@ bool takesValue(const std::string& option) {
   return std::find(OPTIONS.begin(), OPTIONS.end(), option) != OPTIONS.end();
 }
 
+/** The variable of the storage library that has it work on a copy. */
+constexpr const char* DRY_RUN = "VOLTVK_DRY_RUN";
+
+/** Whether the environment asks for it already, as the storage library reads it. */
+bool isDryRunPrescribed() {
+  const char* wanted = std::getenv(DRY_RUN);
+  return wanted != nullptr && *wanted != '\0' && std::string(wanted) != "0";
+}
+
 void printError(const Tool& tool, const std::string& text) {
   Tool::complain(tool.verb() + (tool.verb().empty() ? "" : ": ") + text);
 }
@@ -50,7 +59,7 @@ int perform(Tool& tool, CommandLine& commandLine, const std::vector<std::string>
     tool.print(commandLine.parse(arguments));
     tool.run();
     tool.flush();
-    return DONE;
+    return tool.exitStatus();
   } catch (const UsageError& error) {
     printError(tool, error.what());
     return WRONG_USAGE;
@@ -92,9 +101,10 @@ CommandLine::CommandLine(Tool& tool) : m_tool(tool), m_app(SUMMARY, "tvpcim") {
   m_app.set_version_flag("--version", "tvpcim " TVP_VERSION);
   addGlobalOptions();
   for (const auto add :
-       {addIdentityCommand, addDriveCommands, addPoolCommands, addVolumeCommands, addTreeCommand,
-        addWatchCommand, addInstanceCommands, addMethodCommand, addAssociationCommands, addSchemaCommands,
-        addServeCommand, addListenCommand, addSubscriptionCommands}) {
+       {addIdentityCommand, addStatusCommand, addDriveCommands, addPoolCommands, addVolumeCommands,
+        addStatisticsCommand, addTreeCommand, addMetricsCommand, addWatchCommand, addInstanceCommands,
+        addMethodCommand, addAssociationCommands, addSchemaCommands, addServeCommand, addListenCommand,
+        addSubscriptionCommands}) {
     add(m_app, m_tool);
   }
   addHelp();
@@ -113,6 +123,8 @@ void CommandLine::addGlobalOptions() {
       ->capture_default_str()
       ->check(CLI::IsMember(formats));
   m_app.add_flag("--wide", options.wide, "Show every column of a table, whatever the width of the terminal");
+  m_app.add_flag(
+      "-n,--dry-run", options.dryRun, "Change nothing: show what a change would make, or why it is refused");
   m_app
       .add_option(
           "--url", options.url, "Ask a server, http://USER@HOST:PORT, and not the provider of this machine")
@@ -182,6 +194,29 @@ void CommandLine::checkUrl() {
   }
 }
 
+void CommandLine::prepareDryRun() {
+  static const std::vector<std::string> CHANGES = {
+      "pool create",   "pool modify",   "pool delete",  "volume create",      "volume cache",
+      "volume modify", "volume delete", "volume flush", "volume reset-stats", "im"};
+  const bool isChange = std::find(CHANGES.begin(), CHANGES.end(), m_tool.verb()) != CHANGES.end();
+  if (isDryRunPrescribed() && !m_tool.session().isRemote()) {
+    if (m_tool.verb() == "serve") {
+      throw UsageError(std::string(DRY_RUN) + " is set, so no client's change would be kept; unset it");
+    }
+    m_tool.options.dryRun = m_tool.options.dryRun || isChange;
+  }
+  if (!m_tool.options.dryRun || m_tool.verb().empty()) {
+    return;
+  }
+  if (!isChange) {
+    throw UsageError("--dry-run is for verbs that change something: " + join(CHANGES, ", "));
+  }
+  if (m_tool.session().isRemote()) {
+    throw UsageError("--dry-run tries a change on a copy, which a server cannot do; leave it or --url out");
+  }
+  ::setenv(DRY_RUN, "1", 1);  // before the provider brings the storage library
+}
+
 void CommandLine::addHelp() {
   const auto verbs = std::make_shared<std::vector<std::string>>();
   addVerb(
@@ -223,6 +258,7 @@ std::string CommandLine::parse(const std::vector<std::string>& arguments) {
         "; see 'tvpcim " + words + "--help'");
   }
   checkUrl();
+  prepareDryRun();
   return "";
 }
 
@@ -232,7 +268,7 @@ void runAndExit(int argumentCount, char** arguments) {
   int status = perform(
       tool, commandLine,
       std::vector<std::string>(arguments + std::min(argumentCount, 1), arguments + argumentCount));
-  if (reportBreaches(tool) && status == DONE) {
+  if (reportBreaches(tool) && status == tool.exitStatus()) {
     status = FAILED;
   }
   // The provider's listener sleeps for seconds at a time; nobody waits for it when the answer is out.

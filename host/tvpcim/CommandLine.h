@@ -26,6 +26,8 @@ private:
   void addHelp();
   /** Refuses a wrong URL, and options of the provider of this machine beside one. */
   void checkUrl();
+  /** Refuses a dry run of what is not a change of this machine, and prepares the others. */
+  void prepareDryRun();
   /** Finds a word that is not a verb in the place of one; CLI11 would call it an extra argument. */
   void checkVerbs(const std::vector<std::string>& arguments);
 

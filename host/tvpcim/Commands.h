@@ -16,10 +16,14 @@ namespace tvp::host::tvpcim {
  * UsageError for wrong usage, OperationError for failures. The tool must outlive the command line.
  */
 void addIdentityCommand(CLI::App& app, Tool& tool);
+void addStatusCommand(CLI::App& app, Tool& tool);
 void addDriveCommands(CLI::App& app, Tool& tool);
 void addPoolCommands(CLI::App& app, Tool& tool);
 void addVolumeCommands(CLI::App& app, Tool& tool);
+/** Adds "volume stats", after the other verbs of volumes. */
+void addStatisticsCommand(CLI::App& app, Tool& tool);
 void addTreeCommand(CLI::App& app, Tool& tool);
+void addMetricsCommand(CLI::App& app, Tool& tool);
 void addWatchCommand(CLI::App& app, Tool& tool);
 void addInstanceCommands(CLI::App& app, Tool& tool);
 void addMethodCommand(CLI::App& app, Tool& tool);

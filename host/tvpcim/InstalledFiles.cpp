@@ -38,6 +38,18 @@ std::string sharedFile(const std::string& file, const std::string& what, const s
 
 }  // namespace
 
+std::string installedStorageTool() {
+  constexpr const char* NAME = "voltvkctl";
+  for (const char* directory : {"bin", "sbin"}) {
+    const fs::path file = ownPrefix() / directory / NAME;
+    std::error_code error;
+    if (fs::exists(file, error)) {
+      return file.string();
+    }
+  }
+  return NAME;
+}
+
 std::string installedProvider() {
   const std::string name = "libtarvexProProvider.so";
   return firstOf(

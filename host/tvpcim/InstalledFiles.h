@@ -12,6 +12,10 @@ namespace tvp::host::tvpcim {
  */
 std::string installedProvider();
 
+/** The command of the storage library that belongs to this command; its name alone, for the search path, when
+ * there is none. */
+std::string installedStorageTool();
+
 /** The file of the classes that belongs to this command; as installedProvider(). */
 std::string installedSchema();
 

@@ -156,6 +156,12 @@ std::vector<Instance> Inventory::members(const ObjectKind& kind, std::uint32_t n
   return found;
 }
 
+bool Inventory::mayCallMethods() {
+  Arguments arguments;
+  arguments.add(Pool::KIND.number, Value::uint32(0));  // of no pool: only the status of the answer counts
+  return callService(Pool::KIND.membersMethod, arguments).rc != CMPI_RC_ERR_ACCESS_DENIED;
+}
+
 MethodOutcome Inventory::callService(const std::string& method, const Arguments& arguments) {
   ObjectPath service = m_session.pathOf("TVP_TierService");
   service.keys = {

@@ -16,6 +16,9 @@ namespace tvp::host::tvpcim {
 constexpr const char* NO_DRIVER = "no storage driver answers";
 constexpr const char* SEE_STATUS = "'voltvkctl status' shows why";
 
+/** The status of a drive that is there, of a good pool or volume. */
+constexpr std::uint64_t IN_ORDER = 1;
+
 /** A kind of storage object, and what its class calls the properties that all of them have. */
 struct ObjectKind {
   const char* className;
@@ -144,6 +147,8 @@ public:
     return {found.begin(), found.end()};
   }
 
+  /** Whether methods are not refused to the user, as they are to others than administrators. */
+  bool mayCallMethods();
   /** Calls a method of the tier service, whatever comes of it. */
   MethodOutcome callService(const std::string& method, const Arguments& arguments);
   /** Makes later questions read the present state. */

@@ -16,6 +16,7 @@ struct Options {
   std::string url;           ///< of the server that is asked; empty: the provider of this machine
   std::string passwordFile;  ///< file of the password for the URL's user; empty: asked for
   std::string certificates;  ///< file of the certificates that servers may have; empty: those of the system
+  bool dryRun = false;       ///< changes are only tried, on a copy of the storage's configuration
   std::string nameSpace = "root/kvs/tvp/smi_15";
 };
 

@@ -35,6 +35,10 @@ public:
   /** Writes a line to standard error; whatever bytes the text has, it stays one line and harmless. */
   static void complain(const std::string& text);
 
+  /** How the process ends if the verb succeeds, where that says more than 0. */
+  void endWith(int exitStatus) { m_exitStatus = exitStatus; }
+  int exitStatus() const { return m_exitStatus; }
+
   /** Remembers what the command line asks for. */
   void choose(const std::string& verb, std::function<void()> action);
   /** The verb that was chosen, "pool create"; empty before. */
@@ -48,6 +52,7 @@ private:
   std::unique_ptr<const Formatter> m_formatter;
   std::string m_verb;
   std::function<void()> m_action;
+  int m_exitStatus = 0;
 };
 
 }  // namespace tvp::host::tvpcim

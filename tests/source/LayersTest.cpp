@@ -82,10 +82,13 @@ const std::vector<Layer>& layers() {
       {"host/tvpcim/Commands.h", OUTPUT + Paths{"host/tvpcim/Tool.h"}},
       {"host/tvpcim/storage", TOOL},
       {"host/tvpcim/cim", TOOL + Paths{"host/tvpcim/storage"}},
-      {"host/tvpcim/remote",
-       TOOL + CIMXML +
-           Paths{"host/cimxml/indications", "host/cimxml/client", "host/cimxml/server", "host/tvpcim/cim"}},
-      {"host/tvpcim", TOOL + Paths{"host/tvpcim/storage", "host/tvpcim/cim", "host/tvpcim/remote"}},
+      {"host/tvpcim/remote", TOOL + CIMXML +
+                                 Paths{
+                                     "host/cimxml/indications", "host/cimxml/client", "host/cimxml/server",
+                                     "host/tvpcim/storage", "host/tvpcim/cim"}},
+      {"host/tvpcim/status", TOOL + Paths{"host/tvpcim/storage", "host/tvpcim/remote"}},
+      {"host/tvpcim",
+       TOOL + Paths{"host/tvpcim/storage", "host/tvpcim/cim", "host/tvpcim/remote", "host/tvpcim/status"}},
   };
   return rows;
 }

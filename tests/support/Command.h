@@ -161,9 +161,10 @@ public:
     m_limit = time;
     return *this;
   }
-  /** Standard output becomes a terminal with the given number of columns. */
-  Command& terminal(unsigned short columns) {
+  /** Standard output becomes a terminal of the given size. */
+  Command& terminal(unsigned short columns, unsigned short rows = 25) {
     m_columns = columns;
+    m_rows = rows;
     return *this;
   }
 
@@ -173,7 +174,7 @@ public:
     int out[2] = {-1, -1};
     int err[2] = {-1, -1};
     winsize size{};
-    size.ws_row = 25;
+    size.ws_row = m_rows;
     size.ws_col = m_columns;
     const bool opened = m_columns == 0 ? ::pipe2(out, O_CLOEXEC) == 0
                                        : ::openpty(&out[0], &out[1], nullptr, nullptr, &size) == 0 &&
@@ -215,7 +216,8 @@ private:
   std::vector<std::string> m_arguments;
   std::map<std::string, std::optional<std::string>> m_environment;  ///< changes; nothing: taken out
   std::chrono::milliseconds m_limit{180000};
-  unsigned short m_columns = 0;
+  unsigned short m_columns = 0;  ///< 0: no terminal
+  unsigned short m_rows = 0;
 };
 
 }  // namespace tvp::test

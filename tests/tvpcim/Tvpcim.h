@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,13 +20,32 @@ protected:
   using Json = nlohmann::ordered_json;
   using Words = std::vector<std::string>;
 
+  /** @param program a built one, or the path of another */
   Command command(const std::string& program, const Words& words) const {
-    Words arguments = {std::string(TVP_BINARY_DIR "/bin/") + program};
+    Words arguments = {(std::filesystem::path(TVP_BINARY_DIR "/bin") / program).string()};
     arguments.insert(arguments.end(), words.begin(), words.end());
     Command result(std::move(arguments));
     result.with("VOLTVK_STATE", m_directory.file("state.db")).with("TVPCIM_STRICT", "1").without("NO_COLOR");
     result.with("VOLTVK_HOST_ROOT", "/nonexistent");  // the machine's own drives would shift the numbers
+    result.with("TVP_TEST_ROOT", m_directory.file("root"));  // the machine may have a log and event texts
     return result;
+  }
+
+  /** tvpcim of a place of its own, beside which voltvkctl is a script. @param script empty: there is none */
+  Command besideScript(const std::string& script, const Words& words) const {
+    namespace fs = std::filesystem;
+    const fs::path prefix = m_directory.path() / "prefix";
+    fs::remove_all(prefix);
+    fs::create_directories(prefix / "bin");
+    fs::copy_file(TVP_BINARY_DIR "/bin/tvpcim", prefix / "bin/tvpcim");
+    for (const char* part : {"lib", "share"}) {
+      fs::create_directory_symlink(fs::path(TVP_BINARY_DIR) / part, prefix / part);
+    }
+    if (!script.empty()) {
+      fs::permissions(
+          m_directory.write("prefix/bin/voltvkctl", "#!/bin/sh\n" + script + "\n"), fs::perms::owner_all);
+    }
+    return command((prefix / "bin/tvpcim").string(), words).with("PATH", "/nonexistent");
   }
 
   CommandResult tvpcim(const Words& words) const { return command("tvpcim", words).run(); }

@@ -53,6 +53,9 @@ void invokeMethod(Tool& tool, const MethodOptions& options) {
     throw OperationError(describe(outcome), missing.empty() ? hintOf(outcome) : missing);
   }
   tool.print(tool.formatter().record(answerOf(method.name, outcome)));
+  if (tool.options.dryRun) {
+    tool.notice("this was a dry run; nothing was changed");
+  }
 }
 
 }  // namespace

@@ -10,6 +10,10 @@
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/InstalledFiles.h"
 #include "host/tvpcim/output/Text.h"
+#include "host/tvpcim/remote/LocalServer.h"
+#include "host/tvpcim/remote/ProviderSubscription.h"
+#include "host/tvpcim/remote/RecentEvents.h"
+#include "host/tvpcim/remote/ServedPages.h"
 #include "host/tvpcim/remote/SignalReader.h"
 #include "text/Quote.h"
 #include "text/Trim.h"
@@ -20,6 +24,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 
 #include <poll.h>
@@ -40,6 +45,7 @@ struct ServeOptions {
   std::string authentication;
   bool administratorsOnly = false;
   std::string subscriptions;  ///< file; empty: the default
+  std::optional<cimxml::PageReaders> metrics;
   cimxml::HttpLimits limits;
 };
 
@@ -66,21 +72,6 @@ void readEndpoint(const std::string& text, cimxml::HttpServerOptions& server) {
   }
 }
 
-/** Where the subscriptions of the user's server are kept. */
-std::string defaultSubscriptions() {
-  if (::geteuid() == 0) {
-    return "/var/lib/tvpcim/subscriptions.json";
-  }
-  const char* state = std::getenv("XDG_STATE_HOME");
-  const char* home = std::getenv("HOME");
-  if ((state == nullptr || *state == '\0') && home == nullptr) {
-    throw UsageError("there is no home directory to keep subscriptions in; name a file with --subscriptions");
-  }
-  const fs::path directory =
-      state == nullptr || *state == '\0' ? fs::path(home) / ".local/state" : fs::path(state);
-  return directory / "tvpcim" / "subscriptions.json";
-}
-
 /** The file, in a directory that exists. @throws OperationError */
 std::string subscriptionsFile(const std::string& given) {
   if (!given.empty()) {
@@ -104,6 +95,18 @@ void logLine(const std::string& line) {
   std::fprintf(stderr, "%s\n", printable(line).c_str());
 }
 
+/** Stops a server at the end of a block, also one that an exception ends: what answers use goes after it. */
+class EndOfAnswers {
+public:
+  explicit EndOfAnswers(cimxml::HttpServer& server) : m_server(server) {}
+  ~EndOfAnswers() { m_server.stop(); }
+  EndOfAnswers(const EndOfAnswers&) = delete;
+  EndOfAnswers& operator=(const EndOfAnswers&) = delete;
+
+private:
+  cimxml::HttpServer& m_server;
+};
+
 /** Answers clients over HTTP with the provider of this machine, until a signal. */
 class Serving {
 public:
@@ -122,6 +125,10 @@ public:
     cimxml::CimServiceOptions options;
     options.nameSpace = m_tool.options.nameSpace;
     cimxml::CimService service(provider, schema, m_interop, *m_subscriptions, options);
+    subscribePage();
+    ServedPages pages(m_tool, *m_events);
+    pages.offer(m_http, m_options.metrics);
+    const EndOfAnswers end(m_http);
     m_http.onCall([&service](const cimxml::HttpCall& call) { return service.answer(call); });
     m_http.start();
     announce();
@@ -173,12 +180,22 @@ private:
     handlers.onLog = [](int /*severity*/, const std::string& /*id*/, const std::string& reason) {
       logLine("tvpcim: reason: " + std::string(text::trimmed(reason)));
     };
-    handlers.onIndication = [kept =
-                                 m_subscriptions](const std::string& nameSpace, const Instance& indication) {
-      kept->deliver(nameSpace, indication);
+    handlers.onIndication = [subscriptions = m_subscriptions,
+                             events = m_events](const std::string& nameSpace, const Instance& indication) {
+      subscriptions->deliver(nameSpace, indication);
+      events->add(indication);
       return CMPI_RC_OK;
     };
     m_tool.session().setHandlers(std::move(handlers));
+  }
+
+  /** Has the provider's indications come for the page, whoever else subscribes. */
+  void subscribePage() {
+    try {
+      ProviderSubscription(m_tool.session(), ProviderSubscription::EVENTS, m_tool.options.user).begin();
+    } catch (const OperationError& error) {
+      m_tool.notice(std::string("the page will not show events: ") + error.what());
+    }
   }
 
   void announce() const {
@@ -198,6 +215,7 @@ private:
   cimxml::HttpServer m_http;
   const std::shared_ptr<const Schema> m_interop;
   std::shared_ptr<cimxml::Subscriptions> m_subscriptions;
+  const std::shared_ptr<RecentEvents> m_events = std::make_shared<RecentEvents>();
 };
 
 void serve(Tool& tool, const ServeOptions& options) {
@@ -215,7 +233,8 @@ void addServeCommand(CLI::App& app, Tool& tool) {
       app, tool, "serve", "Answer WBEM clients over HTTP with this machine's provider, until Ctrl-C",
       "An address that other machines reach needs TLS and passwords.\n"
       "Without passwords, every client is the user of --user.\n"
-      "Standard error gets a line for each request: client, user, operation, class, status, time.",
+      "Standard error gets a line for each request: client, user, operation, class, status, time.\n"
+      "A browser that asks for the address gets a page which shows the storage.",
       [&tool, options] { serve(tool, *options); });
   verb.add_option(
           "--listen", options->listen,
@@ -236,6 +255,15 @@ void addServeCommand(CLI::App& app, Tool& tool) {
           "--subscriptions", options->subscriptions,
           "Where subscriptions are kept; default: /var/lib/tvpcim/subscriptions.json for root")
       ->type_name("FILE");
+  verb.add_option_function<std::string>(
+          "--metrics",
+          [options](const std::string& readers) {
+            options->metrics =
+                readers == "all" ? cimxml::PageReaders::Everyone : cimxml::PageReaders::SameMachine;
+          },
+          "Offer metrics at /metrics: without a password to programs of this machine, or to all")
+      ->type_name("READERS")
+      ->check(CLI::IsMember({"local", "all"}));
   constexpr std::size_t MOST_CONNECTIONS = 10000;
   verb.add_option("--connections", options->limits.connections, "The most connections at a time")
       ->type_name("N")

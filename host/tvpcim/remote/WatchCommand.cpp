@@ -5,6 +5,7 @@
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/remote/Connection.h"
 #include "host/tvpcim/remote/EventPrinter.h"
+#include "host/tvpcim/remote/ProviderSubscription.h"
 #include "host/tvpcim/remote/SignalReader.h"
 #include "host/tvpcim/remote/SubscriptionList.h"
 
@@ -38,11 +39,8 @@ const SchemaClass& indicationClass(Session& session, const std::string& name) {
 class ProviderWatch {
 public:
   ProviderWatch(Tool& tool, const std::string& className, std::shared_ptr<EventPrinter> printer)
-      : m_session(tool.session()), m_printer(std::move(printer)) {
-    m_filter.className = className;
-    m_filter.query = "SELECT * FROM " + className;
-    m_filter.path = m_session.pathOf(className);
-    m_filter.owner = tool.options.user;
+      : m_session(tool.session()), m_printer(std::move(printer)),
+        m_subscription(m_session, className, tool.options.user) {
     BrokerHandlers handlers;
     // Keeps the printer alive: the provider's thread may outlive the clean-up.
     handlers.onIndication = [kept = m_printer](const std::string& /*nameSpace*/, const Instance& indication) {
@@ -51,25 +49,14 @@ public:
     m_session.setHandlers(std::move(handlers));
   }
 
-  /** Subscribes as an object manager does. */
-  void begin() {
-    Provider& provider = m_session.provider();
-    m_session.check(provider.authorizeFilter(m_filter));
-    m_session.check(provider.mustPoll(m_filter));
-    m_session.check(provider.activateFilter(m_filter));
-    m_session.check(provider.enableIndications());
-  }
-  /** Takes the subscription back. */
-  void end() {
-    m_session.check(m_session.provider().deActivateFilter(m_filter));
-    m_session.check(m_session.provider().disableIndications());
-  }
+  void begin() { m_subscription.begin(); }
+  void end() { m_subscription.end(); }
   void cleanUp() { m_session.cleanUp(cleanUpLimit()); }
 
 private:
   Session& m_session;
-  IndicationFilter m_filter;
   const std::shared_ptr<EventPrinter> m_printer;
+  ProviderSubscription m_subscription;
 };
 
 /** Prints the indications of a server: it sends them to a listener of this process, for a subscription that
@@ -107,7 +94,7 @@ private:
 };
 
 struct WatchOptions {
-  std::string className = "TVP_CIMIndication";
+  std::string className = ProviderSubscription::EVENTS;
   EventLimits limits;
 };
 

@@ -12,9 +12,11 @@ constexpr std::uint64_t READ_ONLY = 16;
 constexpr std::uint64_t UNSUITABLE = 32;
 constexpr std::uint64_t MISSING = 2;  ///< of "LD_Status"
 
-/** "yes", or why the drive cannot join a pool, in the order in which creating one would refuse it. */
+}  // namespace
+
 std::string freedomOf(const Instance& drive) {
   const std::uint64_t property = numberOf(drive, "DeviceProperty");
+  // In the order in which creating a pool would refuse it.
   const std::pair<bool, const char*> obstacles[] = {
       {flagOf(drive, "isUsedByTarvexPro"), "belongs to a pool"},
       {numberOf(drive, "LD_Status") == MISSING, "is unplugged"},
@@ -31,6 +33,8 @@ std::string freedomOf(const Instance& drive) {
   }
   return "yes";
 }
+
+namespace {
 
 void listDrives(Tool& tool) {
   const SchemaClass& drives = tool.session().classNamed(Drive::KIND.className);

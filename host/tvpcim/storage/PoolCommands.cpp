@@ -95,7 +95,9 @@ void createPool(Tool& tool, const PoolOptions& options) {
   const std::optional<Pool> pool = tool.inventory().named<Pool>(options.name);
   answer.record.properties.push_back({"VirtualPoolId", Value::uint32(pool ? pool->number : 0)});
   answer.record.properties.push_back({"Name", Value::string(options.name)});
-  printChange(tool, answer, pool.has_value(), "there is no pool " + text::quoted(options.name));
+  printChange(
+      tool, answer, {Pool::KIND, pool ? pool->number : 0, "created", columnsOfPools(tool)}, pool.has_value(),
+      "there is no pool " + text::quoted(options.name));
 }
 
 void modifyPool(Tool& tool, const PoolOptions& options) {
@@ -110,18 +112,22 @@ void modifyPool(Tool& tool, const PoolOptions& options) {
   const ServiceAnswer answer = callService(tool, "ModifyVirtualPool", Pool::KIND, number, changes);
   const std::optional<Pool> pool = tool.inventory().find<Pool>(number);
   printChange(
-      tool, answer,
+      tool, answer, {Pool::KIND, number, "changed", columnsOfPools(tool)},
       pool && (options.name.empty() || pool->name == options.name) &&
           (options.description.empty() || pool->description == options.description),
       "the pool is unchanged");
 }
 
-void deletePool(Tool& tool, const std::string& object) {
-  const std::uint32_t number = tool.inventory().resolve(Pool::KIND, object);
-  const ServiceAnswer answer = callService(tool, "DeleteVirtualPool", Pool::KIND, number);
-  printChange(
-      tool, answer, !tool.inventory().exists(Pool::KIND, number),
-      "pool " + std::to_string(number) + " still exists");
+/** "Delete pool 1 (slow), 1 GiB on drive 2 (/dev/sdb)?" */
+std::string deletionOf(Tool& tool, std::uint32_t number) {
+  const std::optional<Pool> pool = tool.inventory().find<Pool>(number);
+  std::vector<std::string> drives;
+  for (const DriveExtent& extent : tool.inventory().membersOf<DriveExtent>(Pool::KIND, number)) {
+    drives.push_back(titleOf(tool, Drive::KIND, extent.drive));
+  }
+  return "Delete " + titleOf(tool, Pool::KIND, number) +
+         (pool ? ", " + text::formatSectors(pool->capacity) : "") +
+         (drives.empty() ? "" : " on " + join(drives, ", ")) + "?";
 }
 
 void listMembers(Tool& tool, const std::string& object) {
@@ -173,7 +179,7 @@ void addPoolCommands(CLI::App& app, Tool& tool) {
       [](Tool& own, const std::string& object) { printOne(own, Pool::KIND, object, columnsOfPools(own)); });
   addCreation(family, tool);
   addModification(family, tool);
-  addObjectVerb(family, tool, Pool::KIND, "delete", "Delete a pool", deletePool);
+  addDeletion(family, tool, Pool::KIND, "Delete a pool", "DeleteVirtualPool", deletionOf);
   addObjectVerb(family, tool, Pool::KIND, "members", "List the extents of a pool on its drives", listMembers);
 }
 

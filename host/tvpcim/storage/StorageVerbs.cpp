@@ -4,10 +4,16 @@
 #include "host/schema/Names.h"
 #include "host/tvpcim/Failure.h"
 #include "host/tvpcim/output/Text.h"
+#include "text/Size.h"
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
+#include <iostream>
 #include <memory>
+#include <optional>
+
+#include <unistd.h>
 
 namespace tvp::host::tvpcim {
 namespace {
@@ -39,7 +45,7 @@ std::string refusal(const SchemaMethod* method, const MethodOutcome& outcome) {
 
 }  // namespace
 
-void addObjectVerb(
+CLI::App& addObjectVerb(
     CLI::App& family, Tool& tool, const ObjectKind& kind, const char* name, const char* summary,
     std::function<void(Tool& tool, const std::string& object)> action) {
   auto object = std::make_shared<std::string>();
@@ -47,10 +53,11 @@ void addObjectVerb(
   std::transform(argument.begin(), argument.end(), argument.begin(), [](unsigned char letter) {
     return static_cast<char>(std::toupper(letter));
   });
-  addVerb(
-      family, tool, name, summary, "", [&tool, object, action = std::move(action)] { action(tool, *object); })
-      .add_option(argument, *object, std::string("Name or identifier of the ") + kind.noun)
-      ->required();
+  CLI::App& verb = addVerb(family, tool, name, summary, "", [&tool, object, action = std::move(action)] {
+    action(tool, *object);
+  });
+  verb.add_option(argument, *object, std::string("Name or identifier of the ") + kind.noun)->required();
+  return verb;
 }
 
 std::string helpOnName(const std::string& noun) {
@@ -79,9 +86,12 @@ void printAll(Tool& tool, const ObjectKind& kind, std::vector<Column> columns) {
   tool.print(tool.formatter().listing({kind.nouns, tool.inventory().instances(kind), std::move(columns)}));
 }
 
-void printOne(
-    Tool& tool, const ObjectKind& kind, const std::string& object, const std::vector<Column>& columns) {
-  const std::uint32_t number = tool.inventory().resolve(kind, object);
+namespace {
+
+/** An object with its members, for people as the columns show it. @throws OperationError when there is none
+ */
+Instance describedObject(
+    Tool& tool, const ObjectKind& kind, std::uint32_t number, const std::vector<Column>& columns) {
   const Instance* found = tool.inventory().byNumber(kind, number);
   if (found == nullptr) {
     refuseUnknown(tool, kind, number);
@@ -98,7 +108,15 @@ void printOne(
     members.push_back(Value::instance(std::move(member)));
   }
   shown.properties.push_back({"Members", Value::array(CMPI_instance, std::move(members))});
-  tool.print(tool.formatter().record(shown));
+  return shown;
+}
+
+}  // namespace
+
+void printOne(
+    Tool& tool, const ObjectKind& kind, const std::string& object, const std::vector<Column>& columns) {
+  const std::uint32_t number = tool.inventory().resolve(kind, object);
+  tool.print(tool.formatter().record(describedObject(tool, kind, number, columns)));
 }
 
 void printMembers(
@@ -133,11 +151,113 @@ ServiceAnswer callService(
   return answer;
 }
 
-void printChange(Tool& tool, const ServiceAnswer& answer, bool done, const std::string& expectation) {
+namespace {
+
+/** Prints what a change would have made, as the copy has it that it was tried on. */
+void printTrial(Tool& tool, const ServiceAnswer& answer, const ChangedObject& object) {
+  const bool isShown = !object.columns.empty() && tool.inventory().exists(object.kind, object.number);
+  Instance shown =
+      isShown ? describedObject(tool, object.kind, object.number, object.columns) : answer.record;
+  if (tool.formatter().forPeople()) {
+    tool.print(
+        printable(
+            "Nothing was changed; " +
+            (object.title.empty() ? titleOf(tool, object.kind, object.number) : object.title) + " would be " +
+            object.participle + (isShown ? ":" : ".")) +
+        "\n");
+    if (!isShown) {
+      return;
+    }
+  } else {
+    shown.properties.push_back({"DryRun", Value::boolean(true)});
+  }
+  tool.print(tool.formatter().record(shown));
+}
+
+}  // namespace
+
+std::string titleOf(Tool& tool, const ObjectKind& kind, std::uint32_t number) {
+  const Instance* found = tool.inventory().byNumber(kind, number);
+  return std::string(kind.noun) + " " + std::to_string(number) +
+         (found == nullptr ? "" : " (" + textOf(*found, kind.name) + ")");
+}
+
+namespace {
+
+/** Asks a person on a terminal whether to delete something. @throws OperationError unless it is confirmed */
+void confirmDeletion(Tool& tool, const ObjectKind& kind, std::uint32_t number, DeletionQuestion question) {
+  if (::isatty(STDIN_FILENO) == 0 || ::isatty(STDERR_FILENO) == 0) {
+    return;
+  }
+  std::fprintf(stderr, "%s [y/N] ", printable(question(tool, number)).c_str());
+  std::fflush(stderr);
+  const std::string title = titleOf(tool, kind, number);
+  std::string answer;
+  std::getline(std::cin, answer);
+  if (answer != "y" && answer != "Y" && answer != "yes") {
+    throw OperationError("not confirmed, so nothing was deleted");
+  }
+  tool.inventory().forget();
+  if (titleOf(tool, kind, number) != title) {
+    throw OperationError(title + " was changed meanwhile, so nothing was deleted; look at it again");
+  }
+}
+
+}  // namespace
+
+void addDeletion(
+    CLI::App& family, Tool& tool, const ObjectKind& kind, const char* summary, const char* method,
+    DeletionQuestion question) {
+  const auto confirmed = std::make_shared<bool>(false);
+  addObjectVerb(
+      family, tool, kind, "delete", summary,
+      [&kind, confirmed, method, question](Tool& own, const std::string& object) {
+        const std::uint32_t number = own.inventory().resolve(kind, object);
+        // Nothing more is asked than is needed: where nothing answers, the change itself says why.
+        const std::string title = own.options.dryRun ? titleOf(own, kind, number) : "";
+        if (!*confirmed && !own.options.dryRun) {
+          confirmDeletion(own, kind, number, question);
+        }
+        const ServiceAnswer answer = callService(own, method, kind, number);
+        printChange(
+            own, answer, {kind, number, "deleted", {}, title}, !own.inventory().exists(kind, number),
+            std::string(kind.noun) + " " + std::to_string(number) + " still exists");
+      })
+      .add_flag("-y,--yes", *confirmed, "Do not ask; only terminals are asked at all");
+}
+
+bool isShare(const std::string& text) {
+  return text == "max" || text::percentage(text).has_value();
+}
+
+std::uint64_t
+sectorsOfShare(const std::string& text, std::uint64_t room, std::uint64_t chunk, const std::string& where) {
+  if (!isShare(text)) {
+    return text::parseSectors(text);
+  }
+  constexpr std::uint64_t WHOLE = 100;
+  const std::uint64_t share = text == "max" ? WHOLE : *text::percentage(text);
+  const std::uint64_t sectors = room / WHOLE * share + room % WHOLE * share / WHOLE;
+  const std::uint64_t whole = chunk == 0 ? sectors : sectors / chunk * chunk;
+  if (whole == 0) {
+    throw OperationError(
+        where + " has " + text::formatSectors(room) + " free, of which " + text::quoted(text) +
+        " is less than a chunk; free some of it, or choose another");
+  }
+  return whole;
+}
+
+void printChange(
+    Tool& tool, const ServiceAnswer& answer, const ChangedObject& object, bool done,
+    const std::string& expectation) {
   if (!done) {
     throw OperationError(
         "the provider reported success, but the change did not take effect",
         answer.hint.empty() ? expectation + "; look at 'voltvkctl status' and try again" : answer.hint);
+  }
+  if (tool.options.dryRun) {
+    printTrial(tool, answer, object);
+    return;
   }
   tool.print(tool.formatter().record(answer.record));
 }

@@ -9,8 +9,6 @@
 namespace tvp::host::tvpcim {
 namespace {
 
-constexpr std::uint64_t IN_ORDER = 1;  ///< the status of a drive that is there, of a good pool or volume
-
 Value::List asValues(std::vector<Instance> nodes) {
   Value::List values;
   for (Instance& node : nodes) {

@@ -66,7 +66,22 @@ void printCreated(Tool& tool, ServiceAnswer answer, const VolumeOptions& options
   const std::optional<Volume> volume = tool.inventory().named<Volume>(name);
   answer.record.properties.push_back({"VirtualVolumeId", Value::uint32(volume ? volume->number : 0)});
   answer.record.properties.push_back({"VolumeName", Value::string(name)});
-  printChange(tool, answer, volume.has_value(), "there is no volume " + text::quoted(name));
+  printChange(
+      tool, answer, {Volume::KIND, volume ? volume->number : 0, "created", columnsOfVolumes(tool)},
+      volume.has_value(), "there is no volume " + text::quoted(name));
+}
+
+std::uint64_t chunkOfPool(Tool& tool, std::uint32_t number) {
+  const Instance* pool = tool.inventory().byNumber(Pool::KIND, number);
+  return pool == nullptr ? 0 : numberOf(*pool, "ChunkSize");
+}
+
+/** What a volume takes from a pool. @param share a size, "max" or a percentage @param chunk of the volume */
+std::uint64_t
+sectorsFromPool(Tool& tool, std::uint32_t number, const std::string& share, std::uint64_t chunk) {
+  const std::optional<Pool> pool = tool.inventory().find<Pool>(number);
+  const std::uint64_t room = pool ? pool->capacity - std::min(pool->capacity, pool->used) : 0;
+  return sectorsOfShare(share, room, chunk, titleOf(tool, Pool::KIND, number));
 }
 
 void createVolume(Tool& tool, const VolumeOptions& options) {
@@ -74,15 +89,26 @@ void createVolume(Tool& tool, const VolumeOptions& options) {
     throw UsageError(
         "a volume uses one or two pools; --pool is given " + std::to_string(options.pools.size()) + " times");
   }
+  std::vector<std::string> shares;
   Value::List pools;
   Value::List sizes;
+  std::uint64_t chunk = 0;  // the larger one is the volume's
   for (const std::string& share : options.pools) {
     const std::size_t colon = share.rfind(':');  // names may hold colons, sizes do not
     if (colon == std::string::npos || colon == 0) {
       throw UsageError("--pool takes NAME_OR_ID:SIZE, such as gold:10GiB, not " + text::quoted(share));
     }
-    sizes.push_back(Value::uint64(text::parseSectors(share.substr(colon + 1))));
-    pools.push_back(Value::uint32(tool.inventory().resolve(Pool::KIND, share.substr(0, colon))));
+    shares.push_back(share.substr(colon + 1));
+    if (!isShare(shares.back())) {
+      text::parseSectors(shares.back());  // what is wrong by itself is refused before anything is asked
+    }
+    const std::uint32_t pool = tool.inventory().resolve(Pool::KIND, share.substr(0, colon));
+    chunk = std::max(chunk, chunkOfPool(tool, pool));
+    pools.push_back(Value::uint32(pool));
+  }
+  for (std::size_t i = 0; i < shares.size(); ++i) {
+    const auto pool = static_cast<std::uint32_t>(pools[i].asUnsigned());
+    sizes.push_back(Value::uint64(sectorsFromPool(tool, pool, shares[i], chunk)));
   }
   Arguments arguments;
   arguments.add("VolumeName", Value::string(options.name))
@@ -96,15 +122,24 @@ void createVolume(Tool& tool, const VolumeOptions& options) {
 }
 
 void cacheDrive(Tool& tool, const VolumeOptions& options) {
-  const std::uint64_t size = text::parseSectors(options.size);
   const std::uint64_t chunk = text::parseSectors(options.chunk);
-  const std::uint64_t ssdSize = text::parseSectors(options.ssdSize);
+  for (const std::string* size : {&options.size, &options.ssdSize}) {
+    if (!isShare(*size)) {
+      text::parseSectors(*size);
+    }
+  }
   const std::uint8_t drive = driveNumber(tool, options.drive);
+  const std::optional<Drive> hardDisk = tool.inventory().find<Drive>(drive);
+  const std::uint64_t size = sectorsOfShare(
+      options.size, hardDisk ? hardDisk->capacity : 0, chunk, titleOf(tool, Drive::KIND, drive));
+  const std::uint32_t ssdPool = tool.inventory().resolve(Pool::KIND, options.ssdPool);
+  const std::uint64_t ssdSize =
+      sectorsFromPool(tool, ssdPool, options.ssdSize, std::max(chunk, chunkOfPool(tool, ssdPool)));
   Arguments arguments;
   arguments.add("VolumeName", Value::string(options.name))
       .add("Description", Value::string(options.description))
       .add("VolumeType", Value::uint8(Volume::CACHED))
-      .add("SSDPoolId", Value::uint32(tool.inventory().resolve(Pool::KIND, options.ssdPool)))
+      .add("SSDPoolId", Value::uint32(ssdPool))
       .add("reqCapacityFromSSDPool", Value::uint64(ssdSize))
       .add("LDDeviceNumber", Value::array(CMPI_uint8, {Value::uint8(drive)}))
       .add("LDCapacityInSectors", Value::uint64(size))
@@ -126,25 +161,35 @@ void modifyVolume(Tool& tool, const VolumeOptions& options) {
   const ServiceAnswer answer = callService(tool, "ModifyVirtualVolume", Volume::KIND, number, changes);
   const std::optional<Volume> volume = tool.inventory().find<Volume>(number);
   printChange(
-      tool, answer,
+      tool, answer, {Volume::KIND, number, "changed", columnsOfVolumes(tool)},
       volume && (options.name.empty() || volume->name == options.name) &&
           (options.description.empty() || volume->description == options.description) &&
           (knob == 0 || volume->knob == knob),
       "the volume is unchanged");
 }
 
-void deleteVolume(Tool& tool, const std::string& object) {
-  const std::uint32_t number = tool.inventory().resolve(Volume::KIND, object);
-  const ServiceAnswer answer = callService(tool, "DeleteVirtualVolume", Volume::KIND, number);
-  printChange(
-      tool, answer, !tool.inventory().exists(Volume::KIND, number),
-      "volume " + std::to_string(number) + " still exists");
-}
-
-/** Calls a method that takes a volume alone, and prints its answer. */
-void callOnVolume(Tool& tool, const char* method, const std::string& object) {
-  const std::uint32_t number = tool.inventory().resolve(Volume::KIND, object);
-  tool.print(tool.formatter().record(callService(tool, method, Volume::KIND, number).record));
+/** "Delete volume 1 (data), 108 MiB, and all data in it? That frees its part of pool 1 (slow)." */
+std::string deletionOf(Tool& tool, std::uint32_t number) {
+  const std::optional<Volume> volume = tool.inventory().find<Volume>(number);
+  std::vector<std::string> freed;
+  const auto add = [&freed](const std::string& title) {
+    if (std::find(freed.begin(), freed.end(), title) == freed.end()) {  // a volume may have several extents
+      freed.push_back(title);
+    }
+  };
+  for (const PoolUse& use : tool.inventory().membersOf<PoolUse>(Volume::KIND, number)) {
+    if (tool.inventory().exists(Pool::KIND, use.pool)) {
+      add("its part of " + titleOf(tool, Pool::KIND, use.pool));
+      continue;
+    }
+    // Made for this volume, of the drive that it caches.
+    for (const DriveExtent& extent : tool.inventory().membersOf<DriveExtent>(Pool::KIND, use.pool)) {
+      add(titleOf(tool, Drive::KIND, extent.drive));
+    }
+  }
+  return "Delete " + titleOf(tool, Volume::KIND, number) +
+         (volume ? ", " + text::formatSectors(volume->capacity) + "," : "") + " and all data in it" +
+         (freed.empty() ? "" : ", which frees " + join(freed, " and ")) + "?";
 }
 
 void listMembers(Tool& tool, const std::string& object) {
@@ -164,7 +209,7 @@ void addCreation(CLI::App& family, Tool& tool) {
   auto options = std::make_shared<VolumeOptions>();
   CLI::App& verb = addVerb(
       family, tool, "create", "Create a volume on one or two pools",
-      "Example: tvpcim volume create data --pool slow:100GiB --pool fast:10GiB",
+      std::string("Example: tvpcim volume create data --pool slow:100GiB --pool fast:max\n") + SHARE_HELP,
       [&tool, options] { createVolume(tool, *options); });
   verb.add_option("NAME", options->name, helpOnName("volume"))->required();
   verb.add_option("--pool", options->pools, "A pool and what to take from it; once or twice")
@@ -182,7 +227,8 @@ void addCaching(CLI::App& family, Tool& tool) {
   auto options = std::make_shared<VolumeOptions>();
   CLI::App& verb = addVerb(
       family, tool, "cache", "Create a cached volume on one hard disk, with an SSD pool as its cache",
-      "Example: tvpcim volume cache data --drive 3 --size 100GiB --ssd-pool fast --ssd-size 10GiB",
+      std::string("Example: tvpcim volume cache data --drive 3 --size max --ssd-pool fast --ssd-size 25%\n") +
+          SHARE_HELP,
       [&tool, options] { cacheDrive(tool, *options); });
   verb.add_option("NAME", options->name, helpOnName("volume"))->required();
   const auto required = [&verb](const char* name, std::string& value, const char* type, const char* text) {
@@ -222,17 +268,23 @@ void addVolumeCommands(CLI::App& app, Tool& tool) {
   addCreation(family, tool);
   addCaching(family, tool);
   addModification(family, tool);
-  addObjectVerb(
-      family, tool, Volume::KIND, "delete",
-      "Delete a volume; one made with 'volume cache' frees its drive too", deleteVolume);
-  const auto addCall = [&](const char* name, const char* summary, const char* method) {
-    addObjectVerb(family, tool, Volume::KIND, name, summary, [method](Tool& own, const std::string& object) {
-      callOnVolume(own, method, object);
-    });
+  addDeletion(
+      family, tool, Volume::KIND, "Delete a volume; one made with 'volume cache' frees its drive too",
+      "DeleteVirtualVolume", deletionOf);
+  const auto addCall = [&](const char* name, const char* summary, const char* method,
+                           const char* participle) {
+    addObjectVerb(
+        family, tool, Volume::KIND, name, summary,
+        [method, participle](Tool& own, const std::string& object) {
+          const std::uint32_t number = own.inventory().resolve(Volume::KIND, object);
+          const ServiceAnswer answer = callService(own, method, Volume::KIND, number);
+          printChange(own, answer, {Volume::KIND, number, participle, {}}, true, "");
+        });
   };
-  addCall("flush", "Write the cache of a cached volume back", "FlushVirtualVolume");
-  addCall("stats", "Show the statistics of a volume", "GetVirtualVolumeStats");
-  addCall("reset-stats", "Set the statistics of a volume to 0", "ResetVirtualVolumeStats");
+  addCall("flush", "Write the cache of a cached volume back", "FlushVirtualVolume", "flushed");
+  addCall(
+      "reset-stats", "Set the statistics of a volume to 0", "ResetVirtualVolumeStats",
+      "given statistics of 0");
   addObjectVerb(
       family, tool, Volume::KIND, "members", "List the extents of a volume on its pools", listMembers);
 }
