@@ -1,15 +1,28 @@
 # SPDX-License-Identifier: Apache-2.0
-# What `cmake --install` installs, and where. One component, `provider`: tests and tools of the build
-# tree are not part of it. tvp-register and tvpcim find the rest relative to their own location, so any prefix works.
+# What `cmake --install` installs, and where: the component `provider`, and what belongs to one kind of packages only,
+# `debian` or `rpm`. Tests and tools of the build tree are not part of it. tvp-register and tvpcim find the rest relative to
+# their own location, so any prefix works.
 
 set(TVP_SHARED_DIRECTORY ${CMAKE_INSTALL_DATADIR}/tarvexpro)
 # Debian's zsh looks for packaged completions in a separate directory.
 if(EXISTS /etc/debian_version)
+  set(foreign_kind rpm)
   set(TVP_ZSH_COMPLETION_DIRECTORY ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions CACHE STRING "Completions of zsh")
 else()
+  set(foreign_kind debian)
   set(TVP_ZSH_COMPLETION_DIRECTORY ${CMAKE_INSTALL_DATADIR}/zsh/site-functions CACHE STRING "Completions of zsh")
 endif()
 find_program(TVP_GZIP gzip REQUIRED)
+
+# tvp_install_for(KIND FILES files... DESTINATION directory [RENAME name]): what only packages of this kind have, and
+# installations by hand on their systems.
+function(tvp_install_for kind)
+  set(only "")
+  if(kind STREQUAL foreign_kind)
+    set(only EXCLUDE_FROM_ALL)
+  endif()
+  install(${ARGN} COMPONENT ${kind} ${only})
+endfunction()
 
 # tvp_compress(OUTPUT_VARIABLE SOURCE NAME): NAME.gz in the build tree, without a time stamp.
 function(tvp_compress variable source name)
@@ -61,16 +74,19 @@ install(FILES share/TVPEvents.properties DESTINATION /usr/VolMan COMPONENT provi
 install(FILES packaging/systemd/voltvk-policy.service packaging/systemd/voltvk-policy.timer packaging/systemd/tvpcim.service
   DESTINATION lib/systemd/system COMPONENT provider)
 # PAM looks there, whatever the prefix.
-install(FILES packaging/pam/tvpcim DESTINATION /etc/pam.d COMPONENT provider)
-install(FILES packaging/debian/lintian-overrides RENAME tarvexpro-provider
-  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides COMPONENT provider)
+tvp_install_for(debian FILES packaging/pam/tvpcim DESTINATION /etc/pam.d)
+tvp_install_for(rpm FILES packaging/rpm/tvpcim.pam RENAME tvpcim DESTINATION /etc/pam.d)
+tvp_install_for(debian FILES packaging/debian/lintian-overrides RENAME tarvexpro-provider
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/lintian/overrides)
+tvp_install_for(rpm FILES LICENSE DESTINATION ${CMAKE_INSTALL_DATADIR}/licenses/tarvexpro-provider)
 
 set(documentation ${CMAKE_INSTALL_DATAROOTDIR}/doc/tarvexpro-provider)
 file(GLOB pages CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/docs/*.md)
 install(FILES README.md DESTINATION ${documentation} COMPONENT provider)
 install(FILES ${pages} DESTINATION ${documentation}/docs COMPONENT provider)
 tvp_compress(changes ${PROJECT_SOURCE_DIR}/packaging/debian/changelog changelog)
-install(FILES ${changes} packaging/debian/copyright DESTINATION ${documentation} COMPONENT provider)
+tvp_install_for(debian FILES ${changes} DESTINATION ${documentation})
+install(FILES packaging/debian/copyright DESTINATION ${documentation} COMPONENT provider)
 
 # tvp_configure_completion(COMMAND): the completion of a command from its help.
 function(tvp_configure_completion command)

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// The Debian package: what is in it, what it depends on, and that its maintainer scripts leave object
-// managers alone.
+// The packages for Debian and for distributions with RPM: what is in them, what they depend on, and that
+// their scripts leave object managers alone.
 #include "support/Command.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
 #include <fstream>
-#include <set>
+#include <map>
 #include <sstream>
 
 namespace {
@@ -16,15 +16,13 @@ namespace fs = std::filesystem;
 using testing::HasSubstr;
 using namespace tvp::test;
 
-const std::string packageTool = "/usr/bin/dpkg-deb";
-
 const fs::path packageDirectory = TVP_PACKAGE_DIRECTORY;
 
 const std::string libraries = TVP_INSTALL_LIBDIR;
 const std::string completionsOfZsh = TVP_ZSH_COMPLETION_DIRECTORY;
 
-/** What is installed, below the prefix. */
-std::set<std::string> installedFiles() {
+/** What is installed by both packages, below the prefix. */
+std::vector<std::string> installedFiles() {
   return {
       libraries + "/libtarvexProProvider.so",
       libraries + "/libVOLTVK.so",
@@ -48,10 +46,8 @@ std::set<std::string> installedFiles() {
       "lib/systemd/system/tvpcim.service",
       "lib/systemd/system/voltvk-policy.service",
       "lib/systemd/system/voltvk-policy.timer",
-      "share/lintian/overrides/tarvexpro-provider",
       "share/doc/tarvexpro-provider/README.md",
       "share/doc/tarvexpro-provider/docs/architecture.md",
-      "share/doc/tarvexpro-provider/changelog.gz",
       "share/doc/tarvexpro-provider/copyright"};
 }
 
@@ -59,62 +55,118 @@ std::set<std::string> installedFiles() {
 class PackagesTest : public testing::Test {
 protected:
   void SetUp() override {
-    if (!fs::exists(packageTool) || !fs::exists("/usr/bin/dpkg-shlibdeps")) {
-      GTEST_SKIP() << "needs dpkg-dev, which only systems with Debian packages have";
+    if (!fs::exists("/usr/bin/dpkg-shlibdeps") || !fs::exists("/usr/bin/rpmbuild")) {
+      GTEST_SKIP() << "needs dpkg-dev and rpm, which make the packages";
     }
     ASSERT_TRUE(fs::exists(packageDirectory))
         << "the packages are built by ctest: run 'ctest -R Packages' in the build directory";
+    m_deb = package("tarvexpro-provider_" TVP_VERSION "_", ".deb");
+    m_rpm = package("tarvexpro-provider-" TVP_VERSION "-", ".rpm");
   }
 
-  std::string package(const std::string& name) const {
+  static std::string package(const std::string& name, const char* kind) {
     for (const fs::directory_entry& entry : fs::directory_iterator(packageDirectory)) {
-      const std::string file = entry.path().filename();
-      if (file.rfind(name + "_" TVP_VERSION "_", 0) == 0 && entry.path().extension() == ".deb") {
+      if (entry.path().filename().string().rfind(name, 0) == 0 && entry.path().extension() == kind) {
         return entry.path();
       }
     }
     throw std::runtime_error("no package " + name);
   }
 
-  std::string ask(const std::vector<std::string>& arguments) const {
-    std::vector<std::string> line{packageTool};
-    line.insert(line.end(), arguments.begin(), arguments.end());
-    const CommandResult result = Command(line).run();
+  /** Runs a command; rpm makes a database in the home directory of whoever asks it something. */
+  std::string ask(const std::vector<std::string>& line) const {
+    const CommandResult result = Command(line).with("HOME", m_directory.path()).run();
     EXPECT_EQ(result.exitStatus, 0) << result.err;
     return result.out;
   }
+  std::string field(const char* name) const { return ask({"/usr/bin/dpkg-deb", "-f", m_deb, name}); }
+  std::string query(const std::string& format) const {
+    return ask({"/usr/bin/rpm", "-qp", "--qf", format, m_rpm});
+  }
 
-  /** The files of a package, directories left out, relative to /usr if they are below it. */
-  std::set<std::string> content(const std::string& name) const {
-    std::istringstream lines(ask({"-c", package(name)}));
-    std::set<std::string> files;
+  /** Modes by file, directories left out, files relative to /usr if they are below it. */
+  using Contents = std::map<std::string, std::string>;
+  /** @param lines mode, owner and, at the end, the file @param owner as expected */
+  static Contents contentsIn(const std::string& text, const std::string& owner) {
+    std::istringstream lines(text);
+    Contents files;
     for (std::string line; std::getline(lines, line);) {
-      EXPECT_THAT(line, HasSubstr(" root/root "));
-      const std::string file = line.substr(line.find(" ./") + 2);
-      if (file.back() != '/') {
-        files.insert(file.rfind("/usr/", 0) == 0 ? file.substr(5) : file);
+      EXPECT_THAT(line, HasSubstr(owner));
+      const std::string file =
+          line.substr(line.rfind(" /") == std::string::npos ? line.rfind(" ./") + 2 : line.rfind(" /") + 1);
+      if (line.front() != 'd') {
+        files[file.rfind("/usr/", 0) == 0 ? file.substr(5) : file] = line.substr(0, line.find(' '));
       }
     }
     return files;
   }
+  Contents deb() const { return contentsIn(ask({"/usr/bin/dpkg-deb", "-c", m_deb}), " root/root "); }
+  Contents rpm() const {
+    return contentsIn(
+        query("[%{FILEMODES:perms} %{FILEUSERNAME}/%{FILEGROUPNAME} %{FILENAMES}\n]"), " root/root ");
+  }
 
   TemporaryDirectory m_directory;
+  std::string m_deb;
+  std::string m_rpm;
 };
 
-TEST_F(PackagesTest, HoldWhatTheyShouldAndDependOnWhatTheyNeed) {
-  std::set<std::string> provider = installedFiles();
-  provider.insert("VolMan/TVPEvents.properties");
-  provider.insert("/etc/pam.d/tvpcim");
+TEST_F(PackagesTest, HoldTheSameFilesAndDependOnWhatTheyNeed) {
+  Contents expected;
+  for (const std::string& file : installedFiles()) {
+    const bool isProgram = file.find("bin/") <= 1;
+    expected[file] = isProgram ? "-rwxr-xr-x" : "-rw-r--r--";
+  }
+  for (const char* file : {"VolMan/TVPEvents.properties", "/etc/pam.d/tvpcim"}) {
+    expected[file] = "-rw-r--r--";
+  }
   // Every page of the documentation belongs to the package: new ones need no change here.
   for (const fs::directory_entry& page : fs::directory_iterator(TVP_SOURCE_DIR "/docs")) {
-    provider.insert("share/doc/tarvexpro-provider/docs/" + page.path().filename().string());
+    expected["share/doc/tarvexpro-provider/docs/" + page.path().filename().string()] = "-rw-r--r--";
   }
-  EXPECT_EQ(content("tarvexpro-provider"), provider);
-  EXPECT_THAT(ask({"-f", package("tarvexpro-provider"), "Depends"}), HasSubstr("libsqlite3-0"));
+  Contents ofDebian = expected;
+  ofDebian["share/lintian/overrides/tarvexpro-provider"] = "-rw-r--r--";
+  ofDebian["share/doc/tarvexpro-provider/changelog.gz"] = "-rw-r--r--";
+  EXPECT_EQ(deb(), ofDebian);
+  Contents ofRpm = expected;
+  ofRpm["share/licenses/tarvexpro-provider/LICENSE"] = "-rw-r--r--";
+  EXPECT_EQ(rpm(), ofRpm);
+
+  EXPECT_THAT(field("Depends"), HasSubstr("libsqlite3-0"));
+  EXPECT_THAT(query("[%{REQUIRES}\n]"), HasSubstr("libsqlite3.so.0()(64bit)\n"));
+  EXPECT_EQ(field("Recommends"), "lvm2, thin-provisioning-tools\n");
+  EXPECT_EQ(query("[%{RECOMMENDS}\n]"), "(device-mapper-persistent-data or thin-provisioning-tools)\nlvm2\n");
+  // A file that an administrator may have changed survives an upgrade; 17 is configuration, not to be
+  // replaced.
+  EXPECT_EQ(query("[%{FILEFLAGS} %{FILENAMES}\n]").find("17 /etc/pam.d/tvpcim\n"), 0U);
   // Its files were in another package once, which gives way.
   for (const char* relation : {"Conflicts", "Replaces", "Provides"}) {
-    EXPECT_EQ(ask({"-f", package("tarvexpro-provider"), relation}), "tarvexpro-dev\n") << relation;
+    EXPECT_EQ(field(relation), "tarvexpro-dev\n") << relation;
   }
+}
+
+TEST_F(PackagesTest, RpmIsInstalledAndRemovedWithoutATrace) {
+  const fs::path root = m_directory.path() / "root";
+  const auto rpmInRoot = [&](const std::vector<std::string>& arguments) {
+    std::vector<std::string> line{"/usr/bin/rpm", "--root",   root,         "--dbpath",
+                                  "/db",          "--nodeps", "--noscripts"};
+    line.insert(line.end(), arguments.begin(), arguments.end());
+    return ask(line);
+  };
+  const auto files = [&] {
+    std::size_t count = 0;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
+      const std::string path = entry.path().lexically_relative(root);
+      count += entry.is_directory() || path.rfind("db/", 0) == 0 ? 0 : 1;
+    }
+    return count;
+  };
+  fs::create_directory(root);
+  rpmInRoot({"-i", m_rpm});
+  EXPECT_EQ(files(), rpm().size());
+  EXPECT_EQ(rpmInRoot({"-V", "tarvexpro-provider"}), "") << "as it is in the package";
+  rpmInRoot({"-e", "tarvexpro-provider"});
+  EXPECT_EQ(files(), 0U);
 }
 
 TEST_F(PackagesTest, ScriptsLeaveObjectManagersAloneAndTakeTheirLinksAway) {
@@ -122,34 +174,58 @@ TEST_F(PackagesTest, ScriptsLeaveObjectManagersAloneAndTakeTheirLinksAway) {
   const fs::path commands = m_directory.path() / "bin";
   const fs::path records = m_directory.path() / "records";
   const fs::path link = m_directory.path() / "libVOLTVK.so";
-  ask({"-e", package("tarvexpro-provider"), control});
+  ask({"/usr/bin/dpkg-deb", "-e", m_deb, control});
+  EXPECT_TRUE(fs::exists(control / "md5sums"));
+  std::ofstream(control / "post") << query("%{POSTIN}");
+  std::ofstream(control / "preun") << query("%{PREUN}");
   fs::create_directory(commands);
-  fs::create_directory(records);
-  for (const char* command :
-       {"cimmof", "cimprovider", "cimserver", "sfcbrepos", "sfcbunstage", "systemctl"}) {
-    std::ofstream(commands / command) << "#!/bin/sh\n>'" << m_directory.file("called") << "'\n";
-    fs::permissions(commands / command, fs::perms::owner_all);
+  const auto makeCommand = [&](const char* name, const std::string& body) {
+    std::ofstream(commands / name) << "#!/bin/sh\n" << body << '\n';
+    fs::permissions(commands / name, fs::perms::owner_all);
+  };
+  for (const char* command : {"cimmof", "cimprovider", "cimserver", "sfcbrepos", "sfcbunstage"}) {
+    makeCommand(command, ">'" + m_directory.file("called") + "'");
   }
-  fs::create_symlink("/usr/" TVP_INSTALL_LIBDIR "/libVOLTVK.so", link);
-  std::ofstream(records / "pegasus") << "folder=" << m_directory.path().string() << '\n';
-  const auto runScript = [&](const char* script, const char* action, const char* version) {
-    const CommandResult result = Command({control / script, action, version})
+  // The services of this machine are left alone by the test.
+  makeCommand("systemctl", "");
+  makeCommand("deb-systemd-invoke", "");
+  const auto runScript = [&](const std::vector<std::string>& line) {
+    std::vector<std::string> words{"/bin/sh"};
+    words.insert(words.end(), line.begin(), line.end());
+    words[1] = control / line[0];
+    const CommandResult result = Command(words)
                                      .with("TVP_REGISTER_RECORDS", records)
                                      .with("PATH", commands.string() + ":/usr/bin:/bin")
                                      .run();
-    EXPECT_EQ(result.exitStatus, 0) << script << ' ' << action << ": " << result.err;
+    EXPECT_EQ(result.exitStatus, 0) << line[0] << ": " << result.err;
     return result.out;
   };
-  EXPECT_THAT(runScript("postinst", "configure", ""), HasSubstr("tvp-register --pegasus or"));
-  EXPECT_EQ(runScript("prerm", "upgrade", "2.0"), "");
-  EXPECT_THAT(runScript("postinst", "configure", "0.9"), HasSubstr("run tvp-register --pegasus and"));
-  EXPECT_TRUE(fs::is_symlink(link));
-  EXPECT_THAT(runScript("prerm", "remove", ""), HasSubstr("cimprovider -r -m tarvexProProviderModule"));
-  runScript("postrm", "purge", "");
-  EXPECT_FALSE(fs::is_symlink(link));
-  EXPECT_FALSE(fs::exists(records));
+  struct Kind {
+    std::vector<std::string> installed;
+    std::vector<std::string> beforeUpgrade;
+    std::vector<std::string> upgraded;
+    std::vector<std::string> beforeRemoval;
+  };
+  for (const Kind& kind :
+       {Kind{
+            {"postinst", "configure", ""},
+            {"prerm", "upgrade", "2.0"},
+            {"postinst", "configure", "0.9"},
+            {"prerm", "remove"}},
+        Kind{{"post", "1"}, {"preun", "1"}, {"post", "2"}, {"preun", "0"}}}) {
+    fs::create_directory(records);
+    fs::create_symlink("/usr/" TVP_INSTALL_LIBDIR "/libVOLTVK.so", link);
+    std::ofstream(records / "pegasus") << "folder=" << m_directory.path().string() << '\n';
+    EXPECT_THAT(runScript(kind.installed), HasSubstr("tvp-register --pegasus or"));
+    EXPECT_EQ(runScript(kind.beforeUpgrade), "");
+    EXPECT_THAT(runScript(kind.upgraded), HasSubstr("run tvp-register --pegasus and"));
+    EXPECT_TRUE(fs::is_symlink(link));
+    EXPECT_THAT(runScript(kind.beforeRemoval), HasSubstr("cimprovider -r -m tarvexProProviderModule"));
+    EXPECT_FALSE(fs::is_symlink(link));
+    EXPECT_FALSE(fs::exists(records));
+  }
+  runScript({"postrm", "purge"});
   EXPECT_FALSE(fs::exists(m_directory.path() / "called"));
-  EXPECT_TRUE(fs::exists(control / "md5sums"));
 }
 
 }  // namespace
