@@ -328,6 +328,8 @@ TEST_F(HostDrivesTest, ADriveThatHoldsDataIsShownAsUnsuitable) {
   execute("UPDATE drive SET content = 'is a physical volume of LVM'");
   EXPECT_EQ(drives()[0]->getDeviceProperty(), TVK_PROPERTY_VIRTUAL);
   EXPECT_EQ(pools()[0]->getPoolStatus(), TVK_HEALTH_GOOD);
+  EXPECT_EQ(adapter().deleteVirtualPool(pools()[0]->getPoolId()).getReturn(), TVK_OK);
+  EXPECT_STREQ(drives()[0]->getObstacle(), "") << "went with the pool";
 }
 
 TEST_F(HostDrivesTest, DrivesKeepTheirNumbers) {

@@ -5,22 +5,14 @@
 #include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Refusal.h"
 
-#include <algorithm>
 #include <map>
 
 namespace voltvk {
 
 namespace {
 
-const DriveRecord* driveNumbered(std::uint16_t number, const Configuration& configuration) {
-  const auto drive = std::find_if(
-      configuration.drives.begin(), configuration.drives.end(),
-      [&](const DriveRecord& candidate) { return candidate.number == number; });
-  return drive == configuration.drives.end() ? nullptr : &*drive;
-}
-
 std::string driveText(std::uint16_t number, const Configuration& configuration) {
-  const DriveRecord* drive = driveNumbered(number, configuration);
+  const DriveRecord* drive = driveNumbered(configuration.drives, number);
   return drive == nullptr ? "drive " + std::to_string(number) : nameOf(*drive);
 }
 
@@ -71,7 +63,7 @@ void RehearsedBacking::requireUnknown(const std::vector<Intent>& steps, const Co
   m_real->requireUnknown(steps, configuration);
   for (const Intent& step : steps) {
     for (const std::uint16_t number : claimedBy(step)) {
-      if (const DriveRecord* drive = driveNumbered(number, configuration)) {
+      if (const DriveRecord* drive = driveNumbered(configuration.drives, number)) {
         requireUntouched(*drive);
       }
     }

@@ -3,15 +3,17 @@
 
 #include "voltvk/VirtualPool.h"
 #include "voltvk/engine/changes/RecordWriter.h"
+#include "voltvk/engine/drives/DriveRegistry.h"
 #include "voltvk/engine/rules/PoolRules.h"
 #include "voltvk/engine/rules/TextRules.h"
 #include "voltvk/engine/state/Connection.h"
 #include "voltvk/engine/state/EventJournal.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/SnapshotReader.h"
 #include "voltvk/engine/state/Statement.h"
 #include "voltvk/engine/state/Wording.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace voltvk {
 
@@ -22,11 +24,8 @@ std::string typeArgument(bool internal) {
 }
 
 std::string deviceOf(const Configuration& configuration, std::uint16_t number) {
-  const auto found =
-      std::find_if(configuration.drives.begin(), configuration.drives.end(), [&](const DriveRecord& drive) {
-        return drive.number == number;
-      });
-  return found == configuration.drives.end() ? std::to_string(number) : found->name;
+  const DriveRecord* found = driveNumbered(configuration.drives, number);
+  return found == nullptr ? std::to_string(number) : found->name;
 }
 
 }  // namespace
@@ -121,6 +120,12 @@ void PoolChanges::removeInternal(const PoolRecord& pool) {
 }
 
 void PoolChanges::deleteRows(const PoolRecord& pool) {
+  std::vector<std::uint16_t> freed;
+  for (const PoolMemberRecord& member : pool.members) {
+    freed.push_back(member.drive);
+  }
+  // What the last scan has seen there was the pool's; until the next one it would keep others off the drives.
+  DriveRegistry(m_connection).forgetContents(freed);
   Statement(m_connection, "DELETE FROM pool_member WHERE pool = ?", pool.id).run();
   Statement(m_connection, "DELETE FROM pool WHERE id = ?", pool.id).run();
   EventJournal(m_connection)

@@ -125,10 +125,7 @@ private:
   }
 
   const DriveRecord* driveOf(const PoolMemberRecord& member) const {
-    const auto found = std::find_if(
-        m_configuration.drives.begin(), m_configuration.drives.end(),
-        [&](const DriveRecord& drive) { return drive.number == member.drive; });
-    return found == m_configuration.drives.end() ? nullptr : &*found;
+    return driveNumbered(m_configuration.drives, member.drive);
   }
 
   /** The first drive of a degraded pool that is in trouble. */

@@ -62,10 +62,8 @@ const PoolRecord& PoolRules::userPool(std::uint32_t poolId) const {
 }
 
 const DriveRecord& PoolRules::drive(std::uint16_t number) const {
-  const auto found = std::find_if(m_drives.begin(), m_drives.end(), [&](const DriveRecord& candidate) {
-    return candidate.number == number;
-  });
-  require(found != m_drives.end(), TVK_NO_SUCH_DEVICE, [&] {
+  const DriveRecord* found = driveNumbered(m_drives, number);
+  require(found != nullptr, TVK_NO_SUCH_DEVICE, [&] {
     return "no drive has the number " + std::to_string(number) + "; see the list of drives";
   });
   return *found;

@@ -3,6 +3,7 @@
 
 #include "text/Quote.h"
 #include "voltvk/engine/drives/DriveClaim.h"
+#include "voltvk/engine/state/FindById.h"
 #include "voltvk/engine/state/Refusal.h"
 #include "voltvk/engine/state/Wording.h"
 
@@ -81,11 +82,8 @@ void requireUnused(const LvmGroup& group, const PoolRecord& pool, const Configur
 }  // namespace
 
 const DriveRecord& driveOf(std::uint16_t number, const Configuration& configuration) {
-  const auto found =
-      std::find_if(configuration.drives.begin(), configuration.drives.end(), [&](const DriveRecord& drive) {
-        return drive.number == number;
-      });
-  require(found != configuration.drives.end(), TVK_BACKING_FAILED, [&] {
+  const DriveRecord* found = driveNumbered(configuration.drives, number);
+  require(found != nullptr, TVK_BACKING_FAILED, [&] {
     return "no drive has the number " + std::to_string(number) + "; see the list of drives";
   });
   return *found;
