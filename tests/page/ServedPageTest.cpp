@@ -96,8 +96,12 @@ TEST_F(ServedPageTest, MetricsAreThoseOfTheCommandAndOfTheServer) {
     EXPECT_THAT(printed.out, HasSubstr(line));
   }
   const std::string counted = "tvp_server_requests_total{asked=\"page\",status=\"200\"} ";
-  EXPECT_TRUE(waitFor([&] { return get("/metrics")->body.find(counted) != std::string::npos; }))
-      << "counted once the answer was sent";
+  std::size_t before = 0;
+  const auto hasCountedAll = [&] {
+    ++before;
+    return get("/metrics")->body.find(counted + std::to_string(before) + "\n") != std::string::npos;
+  };
+  EXPECT_TRUE(waitFor(hasCountedAll)) << "counted once the answer was sent";
   // The format: each line is a comment or a sample.
   static const std::regex LINE(
       R"x(# (HELP|TYPE) tvp_\w+ .+|tvp_\w+(\{\w+="([^"\\]|\\.)*"(,\w+="([^"\\]|\\.)*")*\})? [0-9.]+)x");

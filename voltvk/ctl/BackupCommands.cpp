@@ -41,7 +41,7 @@ void backUp(const BackupOptions& options, const Context& context) {
   const std::shared_ptr<State> state = context.anyState();
   if (state->isDryRun()) {
     throw std::invalid_argument("backup writes nothing but its own file, so there is no dry run of it; leave "
-                                "-n and VOLTVK_DRY_RUN away");
+                                "out -n, and unset VOLTVK_DRY_RUN");
   }
   const BackupOutcome outcome = StateBackups(*state).make(options.file, TVP_VERSION, options.force);
   context.output.write(

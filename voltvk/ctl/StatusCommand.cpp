@@ -119,7 +119,7 @@ Json describe(const std::vector<Finding>& findings) {
   return list;
 }
 
-/** The findings below each other; but for the driver, of which the reason of the status tells. */
+/** The findings below each other, without that of the driver: the line "reason" has the same sentence. */
 std::string textOf(const std::vector<Json>& findings) {
   std::string text;
   for (const Json& finding : findings) {

@@ -173,7 +173,7 @@ Instance recordOf(const HealthReport& report) {
   return record;
 }
 
-/** All of it for programs. @param stock nothing: it is not known */
+/** All of it for programs. @param stock empty if what there is is not known */
 Instance recordOf(
     const HealthReport& report, const std::optional<Stock>& stock, const Service& service,
     std::vector<Instance> events) {

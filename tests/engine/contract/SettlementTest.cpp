@@ -2,6 +2,7 @@
 // What becomes of a change of real pools and volumes that a process left behind.
 #include "engine/EngineFixture.h"
 #include "voltvk/engine/backing/books/BooksBacking.h"
+#include "voltvk/engine/changes/PoolChanges.h"
 #include "voltvk/engine/contract/BackingLock.h"
 #include "voltvk/engine/contract/StorageChange.h"
 #include "voltvk/engine/state/Refusal.h"
@@ -9,6 +10,7 @@
 #include <gmock/gmock.h>
 
 using namespace tvp::test;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using voltvk::Step;
 
@@ -42,12 +44,21 @@ protected:
   Drives m_drives;
 };
 
-TEST_F(Settlement, OfAReplacementNeedsNeitherTheFirstDriveNorToBeTheFirst) {
+TEST_F(Settlement, OfAReplacementNeedsNoOldDriveAndMayBeRepeated) {
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
   addDrive(TVK_DEVICE_HDD, 100 * MIB);
   createPool(poolSpec("slow", {0}, 50 * MIB));
   createVolume(volumeSpec("data", TVK_VOLUME_TIERED, {{1, 20 * MIB}}));
   execute("UPDATE backing SET kind = 2; UPDATE drive SET virtual = 0, present = number");
+  state()->read([](voltvk::Connection& connection) {
+    try {
+      voltvk::PoolChanges(connection).replaceDrive(1, 0, 1);
+      ADD_FAILURE() << "what has not been moved yet cannot be moved any more";
+    } catch (const voltvk::Refusal& refusal) {
+      EXPECT_EQ(refusal.status(), TVK_POOL_DEGRADED);
+      EXPECT_THAT(refusal.what(), HasSubstr("missing, so what volume 1 (data) has on it cannot be moved"));
+    }
+  });
   // The second time it was cut off when all was recorded, before the step was forgotten.
   for (const std::size_t notes : {1U, 0U}) {
     leaveBehind({Step::ReplaceDrive, 1, {0, 1}});
