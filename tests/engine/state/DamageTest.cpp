@@ -206,4 +206,13 @@ TEST_F(DamageTest, IsNamedForAPerson) {
   }
 }
 
+TEST_F(DamageTest, IsNoStopOfThePolicyEngineWhileTheStateIsOpen) {
+  m_lib = std::make_unique<TvkLib>();
+  RaidObject& root = *m_lib->getRootObject();
+  EXPECT_TRUE(root.isPolicyEngineRunning());
+  execute("PRAGMA ignore_check_constraints = ON; UPDATE pool SET chunk_sectors = 0 WHERE id = 1");
+  EXPECT_TRUE(root.isPolicyEngineRunning()) << "the state could not be read for once";
+  EXPECT_FALSE(root.isPolicyEngineRunning()) << "it cannot be opened again";
+}
+
 }  // namespace
