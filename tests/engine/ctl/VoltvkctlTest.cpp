@@ -234,6 +234,15 @@ TEST_F(VoltvkctlTest, DrivesAreAddedListedAndRemovedWithTheirEvents) {
   EXPECT_TRUE(std::regex_match(events[1]["time"].get<std::string>(), ISO_TIME));
 }
 
+TEST_F(VoltvkctlTest, DriveListShowsWhyADriveIsNotFreeOnAnyTerminal) {
+  createPool(poolSpec("pool", {addDrive(TVK_DEVICE_HDD, 10 * MIB)}, 10 * MIB));
+  const std::string shown =
+      Command({TVP_BINARY_DIR "/bin/voltvkctl", "drive", "list"}).terminal(72).run().out;
+  EXPECT_NE(shown.find("STATUS  FREE  WHY NOT"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("online  no    belongs to pool 1 (pool)"), std::string::npos) << shown;
+  EXPECT_NE(shown.find("3 columns hidden, -o json shows them"), std::string::npos) << shown;
+}
+
 TEST_F(VoltvkctlTest, StatusShowsWhatIsWrongWithDrives) {
   addDrive(TVK_DEVICE_HDD, 10 * MIB);
   addDrive(TVK_DEVICE_HDD, 10 * MIB);

@@ -155,8 +155,8 @@ TEST_F(TvpcimStorage, WhatIsNotFreeAndWhatIsInTroubleCanBeSeen) {
   const std::filesystem::path machine = directory().path() / "machine";
   std::filesystem::copy(
       TVP_SOURCE_DIR "/tests/docs/machine", machine, std::filesystem::copy_options::recursive);
-  const auto shown = [&](const Words& words) {
-    return command("tvpcim", words).with("VOLTVK_HOST_ROOT", machine.string()).terminal(80).run().out;
+  const auto shown = [&](const Words& words, unsigned short columns = 80) {
+    return command("tvpcim", words).with("VOLTVK_HOST_ROOT", machine.string()).terminal(columns).run().out;
   };
   shown({"pool", "create", "slow", "--drives", "/dev/sdb", "--size", "1GiB"});
   shown({"volume", "create", "data", "--pool", "slow:1GiB"});
@@ -171,6 +171,19 @@ TEST_F(TvpcimStorage, WhatIsNotFreeAndWhatIsInTroubleCanBeSeen) {
       AllOf(
           HasSubstr("\033[33mvolume 1 data (Tiered, Degraded)"), HasSubstr(" slow (Hard Disk, Degraded)"),
           HasSubstr("\033[31m  └─ drive "), HasSubstr("/dev/sdb (Hard Disk, Missing)")));
+  EXPECT_THAT(shown({"pools"}, 45), HasSubstr("NAME  TIER       CAPACITY  USED%  STATUS\033[0m"));
+}
+
+TEST_F(TvpcimStorage, TheIdentityHasItsListsInRowsWithoutTheirEndMarks) {
+  const std::string identity = tvpcim({"identity"}).out;
+  const std::string indent(35, ' ');
+  EXPECT_THAT(
+      identity, HasSubstr(
+                    "\nFeatures                           TVP_FEATURE_CACHE: yes\n" + indent +
+                    "TVP_FEATURE_TIER: yes\n"));
+  EXPECT_THAT(
+      identity, HasSubstr("TVP_CHUNKSZ_1MB: yes, volumes up to 4 PiB\n" + indent + "TVP_CHUNKSZ_4MB: yes"));
+  EXPECT_THAT(identity, testing::Not(HasSubstr("MaxIndex")));
 }
 
 TEST_F(TvpcimStorage, ANumberIsAnIdentifierBeforeItIsAName) {
