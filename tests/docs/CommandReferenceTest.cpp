@@ -235,6 +235,8 @@ TEST_F(CommandCompletions, ValuesOfOptionsAndClassesAreCompleted) {
       {TVPCIM, {"-o", "json", "volume", "stats"}, "", "data"},
       {TVPCIM, {"pool", "create", "x", "--drives"}, "", "/dev/tvk0"},
       {TVPCIM, {"pool", "create", "x", "--drives"}, "7,", "7\\,/dev/tvk0"},
+      {TVPCIM, {"volume", "cache", "x", "--drive"}, "", "/dev/tvk0"},
+      {TVPCIM, {"mi", "TVP_VirtualPool"}, "Desc", "Description="},
       {TVPCIM, {"im", "TVP_TierService"}, "DeleteVirtualP", "DeleteVirtualPool"},
       {TVPCIM, {"im", "TVP_TierService", "DeleteVirtualPool"}, "", "VirtualPoolId="},
       {TVPCIM, {"ei", "TVP_LogicalDevice", "--property"}, "Mo", "Model"},

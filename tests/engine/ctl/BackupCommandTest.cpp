@@ -240,6 +240,7 @@ TEST_F(BackupCommandTest, ReplacesOnlyWhatItMayReplace) {
   text({"backup", "--force", m_file});
   EXPECT_EQ(readFile(m_file).rfind("SQLite", 0), 0U);
   EXPECT_EQ(std::distance(fs::directory_iterator(m_place), {}), 3) << "nothing is left beside them";
+  EXPECT_THAT(text({"backup", m_place / "a\033[2J"}), HasSubstr("/a\\x1B[2J: 2 pools")) << "for terminals";
   ::setenv("VOLTVK_STATE", m_directory.file("none.db").c_str(), 1);
   EXPECT_THAT(refusal(m_place / "other", "--force"), HasSubstr("there is no state"));
   EXPECT_FALSE(fs::exists(m_directory.file("none.db")));

@@ -70,6 +70,7 @@ TEST_F(TvpcimStorage, ATieredVolumeLivesThroughAllItsVerbs) {
   EXPECT_EQ(answer({"pool", "show", "fast"}), shown);
   EXPECT_THAT(tvpcim({"volume", "show", "records"}).out, HasSubstr("CAPACITY        11 GiB\n"));
   EXPECT_EQ(answer({"volume", "list"}), answer({"volumes"}));
+  EXPECT_EQ(answer({"pool", "list"}), answer({"pools"}));
   EXPECT_EQ(member.at("DeviceNumber").dump(), m_ssd);
   EXPECT_EQ(answer({"volume", "members", "records"}).size(), 2U);
   const Json whole = answer({"tree"});
